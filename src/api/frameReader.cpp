@@ -1,0 +1,85 @@
+#include "frameReader.h"
+
+#include "byteCursor.h"
+#include "socketApi.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace gqdb {
+
+static const int headerSize = CSocketAPI::headerSize;
+
+// Length field plus header and tail in 32 bits: a length near either end of its range wraps, here and in the check.
+static int wholeSize(const QByteArray& frame)
+{
+    return static_cast<int>(load32(frame.constData() + 1) + unsigned(CSocketAPI::frameOverhead));
+}
+
+// Moves bytes into the frame until it has `wanted`, but at least one, and as far as the input goes.
+static void take(const char* buf, int size, int& pos, QByteArray& frame, int wanted)
+{
+    const int count = std::min(std::max(wanted - frame.size(), 1), size - pos);
+    frame.append(buf + pos, count);
+    pos += count;
+}
+
+bool feedFrame(const char* buf, int size, int& pos, QByteArray& frame, int& frameSize)
+{
+    while (pos < size) {
+        if (frame.isEmpty()) {
+            const void* start = std::memchr(buf + pos, CSocketAPI::frameStart, static_cast<size_t>(size - pos));
+            if (start == nullptr) {
+                pos = size;
+                return false;
+            }
+            pos = static_cast<int>(static_cast<const char*>(start) - buf) + 1;
+            frame.append(CSocketAPI::frameStart);
+            frameSize = 0;
+        } else if (frameSize <= 0) {
+            take(buf, size, pos, frame, headerSize);
+            if (frame.size() >= headerSize)
+                frameSize = wholeSize(frame); // 0 or below where the length wraps: then every byte lands here
+        } else {
+            take(buf, size, pos, frame, frameSize);
+            if (frame.size() >= frameSize)
+                return true;
+        }
+    }
+    return false;
+}
+
+bool isFrameOk(const QByteArray& frame, int frameSize, int& len)
+{
+    if (frame.size() < headerSize || frameSize < headerSize + 1 || frameSize > frame.size())
+        return false;
+    len = static_cast<int>(load32(frame.constData() + 1));
+    return wholeSize(frame) <= frameSize && frame.at(frameSize - 1) == CSocketAPI::frameEnd;
+}
+
+bool isErrorFrame(const QByteArray& frame)
+{
+    return frame.size() > headerSize && static_cast<unsigned char>(frame.at(9)) == CSocketAPI::errorCommand;
+}
+
+int errorCode(const QByteArray& frame, int len)
+{
+    return len < 4 ? -2 : static_cast<int>(load32(frame.constData() + headerSize));
+}
+
+const char* framePayload(const QByteArray& frame, int& len)
+{
+    if (frame.isEmpty()) {
+        len = 0;
+        return frame.constData();
+    }
+    return frame.constData() + headerSize;
+}
+
+void dropFrame(QByteArray& frame, int& frameSize)
+{
+    frame.clear();
+    frameSize = 0;
+}
+
+} // namespace gqdb

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QByteArray>
+
+// Reassembly and check of a reply frame, one for both clients. Their state is the pair `frame` and `frameSize`, the
+// fields recvFrame and recvFrameSize of CSocketAPI. Internal.
+namespace gqdb {
+
+// Feeds `buf` from `pos` on into the frame and moves `pos` past every byte looked at. True when the frame is whole;
+// false when the input ended first, and the next call goes on from there.
+bool feedFrame(const char* buf, int size, int& pos, QByteArray& frame, int& frameSize);
+
+// Whether lengths and end byte of an assembled frame hold; delivers its payload length as soon as it can be read.
+// Checksum, sequence and command are not looked at.
+bool isFrameOk(const QByteArray& frame, int frameSize, int& len);
+
+// Whether a checked frame is an error frame. Its code: what the server put there, or -2 if the payload is too short.
+bool isErrorFrame(const QByteArray& frame);
+int errorCode(const QByteArray& frame, int len);
+
+// The payload of a received frame. An error frame that held 1 reads as success and has left no frame behind: `len`
+// becomes 0 then, so that the parse finds an empty payload.
+const char* framePayload(const QByteArray& frame, int& len);
+
+// Gives the frame up, whole or partial.
+void dropFrame(QByteArray& frame, int& frameSize);
+
+} // namespace gqdb

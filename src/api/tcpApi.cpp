@@ -1,0 +1,317 @@
+#include "tcpApi.h"
+
+#include "frameReader.h"
+#include "gqSocketUnix.h"
+
+#include <QDateTime>
+
+#include <climits>
+#include <new>
+
+namespace gqdb {
+
+CTcpAPI::CTcpAPI() : socket(new CTcpSocket)
+{
+    CTcpAPI::setRecvOverTm(recvOverTm);
+    CTcpAPI::setSendOverTm(sendOverTm);
+}
+
+CTcpAPI::~CTcpAPI()
+{
+    delete socket;
+    socket = nullptr;
+}
+
+int CTcpAPI::setRecvOverTm(int ms)
+{
+    socket->setRecvOverTm(ms);
+    return CSocketAPI::setRecvOverTm(ms);
+}
+
+int CTcpAPI::setSendOverTm(int ms)
+{
+    socket->setSendOverTm(ms);
+    return CSocketAPI::setSendOverTm(ms);
+}
+
+// --- Link ---------------------------------------------------------------------------------------------------------
+
+int CTcpAPI::connect(const std::string& host, int port)
+{
+    if (recvBuffer == nullptr)
+        recvBuffer = new (std::nothrow) char[rawBufferSize];
+    if (recvBuffer == nullptr)
+        return -1;
+    serverHost = host;
+    serverPort = port;
+    connected = false;
+    return checkConnect();
+}
+
+int CTcpAPI::connectServer(const std::string& host, int port)
+{
+    // A socket opened in here has no time-outs: they are deliberately not set again.
+    const int result = socket->connect(host, port, false);
+    if (result != 1)
+        return result;
+    if (recvInt() > 0) // the greeting; its value has no other use
+        return 1;
+    socket->close();
+    return 0;
+}
+
+int CTcpAPI::checkConnect()
+{
+    if (connected)
+        return 1;
+    const int result = connectServer(serverHost, serverPort);
+    if (result == 1)
+        connected = true;
+    return result;
+}
+
+int CTcpAPI::close()
+{
+    if (socket != nullptr)
+        socket->close();
+    connected = false;
+    return 1;
+}
+
+// --- Ready-made commands ------------------------------------------------------------------------------------------
+
+static int currentTime()
+{
+    return static_cast<int>(QDateTime::currentSecsSinceEpoch());
+}
+
+int CTcpAPI::systemState()
+{
+    return requestInt(1, currentTime());
+}
+
+int CTcpAPI::systemTime()
+{
+    return requestInt(2, currentTime());
+}
+
+int CTcpAPI::clear()
+{
+    return requestInt(3, currentTime());
+}
+
+int CTcpAPI::setTime(int first, int second)
+{
+    QByteArray frame;
+    addHeader(5, 0, 0, frame);
+    int2Byte(first, frame); // two bare integers: this payload has no count
+    int2Byte(second, frame);
+    addEnd(frame);
+    const int sent = sendDatas(frame);
+    return sent == 1 ? recvInt() : sent;
+}
+
+int CTcpAPI::setState(int value)
+{
+    return requestInt(6, value);
+}
+
+// --- Requests -----------------------------------------------------------------------------------------------------
+
+int CTcpAPI::requestInt(const QByteArray& frame)
+{
+    int result = checkConnect();
+    if (result == 1)
+        result = sendDatas(frame);
+    return result == 1 ? recvInt() : result;
+}
+
+int CTcpAPI::requestBytes(const QByteArray& frame, int count, std::vector<unsigned char>& out)
+{
+    int result = checkConnect();
+    if (result == 1)
+        result = sendDatas(frame);
+    return result == 1 ? recvBytes(count, out) : result;
+}
+
+int CTcpAPI::requestInts(const QByteArray& frame, int count, std::vector<int>& out)
+{
+    int result = checkConnect();
+    if (result == 1)
+        result = sendDatas(frame);
+    return result == 1 ? recvInts(count, out) : result;
+}
+
+int CTcpAPI::requestStrings(const QByteArray& frame, int count, QStringList& out)
+{
+    int result = checkConnect();
+    if (result == 1)
+        result = sendDatas(frame);
+    return result == 1 ? recvStrings(count, out) : result;
+}
+
+int CTcpAPI::requestInt(unsigned char command, int value)
+{
+    int result = checkConnect();
+    if (result == 1)
+        result = sendInt(command, value);
+    return result == 1 ? recvInt() : result;
+}
+
+int CTcpAPI::requestInt(unsigned char command, const std::vector<int>& values)
+{
+    int result = checkConnect();
+    if (result == 1)
+        result = sendInts(command, values);
+    return result == 1 ? recvInt() : result;
+}
+
+// --- Sending ------------------------------------------------------------------------------------------------------
+
+int CTcpAPI::sendDatas(const QByteArray& frame)
+{
+    dropFrame(recvFrame, recvFrameSize); // what was left of an earlier reply is given up
+    if (socket == nullptr)
+        return -1;
+    if (socket->send(frame.constData(), frame.size()) > 0)
+        return 1; // a partial write too
+    socket->close();
+    connected = false;
+    return -1;
+}
+
+int CTcpAPI::sendDatas(unsigned char command)
+{
+    QByteArray frame;
+    addHeader(command, 0, 0, frame);
+    addEnd(frame);
+    return sendDatas(frame);
+}
+
+int CTcpAPI::sendInt(unsigned char command, int value)
+{
+    QByteArray frame;
+    addHeader(command, 0, 0, frame);
+    int2Byte(value, frame);
+    addEnd(frame);
+    return sendDatas(frame);
+}
+
+int CTcpAPI::sendInts(unsigned char command, const std::vector<int>& values)
+{
+    const int count = static_cast<int>(values.size());
+    QByteArray frame;
+    if (count <= (INT_MAX - frameOverhead) / 4)
+        frame.reserve(frameOverhead + 4 * count);
+    addHeader(command, 0, 0, frame);
+    int2Byte(count, frame);
+    for (const int value : values)
+        int2Byte(value, frame);
+    addEnd(frame);
+    return sendDatas(frame);
+}
+
+// --- Receiving ----------------------------------------------------------------------------------------------------
+
+int CTcpAPI::recvInt()
+{
+    int len = 0;
+    int result = recvDatas(len);
+    if (result == 1) {
+        int value = 0;
+        const char* payload = framePayload(recvFrame, len);
+        result = parseInt(payload, len, value);
+        dropFrame(recvFrame, recvFrameSize);
+        if (result == 1)
+            return value;
+    }
+    connected = false; // deliberately also after an error frame, while the socket stays open: one more request fails
+    return result;
+}
+
+int CTcpAPI::recvBytes(int count, std::vector<unsigned char>& out)
+{
+    do {
+        int len = 0;
+        int result = recvDatas(len);
+        if (result != 1)
+            return result;
+        const char* payload = framePayload(recvFrame, len);
+        result = parseBytes(payload, len, out);
+        dropFrame(recvFrame, recvFrameSize);
+        if (result <= 0)
+            return result;
+    } while (count > 0 && static_cast<int>(out.size()) < count);
+    return 1;
+}
+
+int CTcpAPI::recvInts(int count, std::vector<int>& out)
+{
+    do {
+        int len = 0;
+        int result = recvDatas(len);
+        if (result != 1)
+            return result;
+        const char* payload = framePayload(recvFrame, len);
+        result = parseInts(payload, len, out);
+        dropFrame(recvFrame, recvFrameSize);
+        if (result <= 0)
+            return result;
+    } while (count > 0 && static_cast<int>(out.size()) < count);
+    return 1;
+}
+
+int CTcpAPI::recvStrings(int count, QStringList& out)
+{
+    do {
+        int len = 0;
+        int result = recvDatas(len);
+        if (result != 1)
+            return result;
+        const char* payload = framePayload(recvFrame, len);
+        result = parseStrings(payload, len, out);
+        dropFrame(recvFrame, recvFrameSize);
+        if (result <= 0)
+            return result;
+    } while (count > 0 && out.size() < count);
+    return 1;
+}
+
+int CTcpAPI::recvDatas(int& len)
+{
+    int count = 0;
+    int pos = 0;
+    do {
+        count = socket->recv(recvBuffer, rawBufferSize);
+        if (count <= 0) {
+            connected = false;
+            socket->close(); // a time-out closes too; the partial frame stays
+            return count;
+        }
+        pos = 0;
+    } while (!recvData(recvBuffer, count, pos));
+    // Bytes of this read behind the frame are lost with it: one request, one reply.
+
+    if (!isRecvOk(len)) {
+        dropFrame(recvFrame, recvFrameSize);
+        return 0;
+    }
+    if (isErrorFrame(recvFrame)) {
+        const int code = errorCode(recvFrame, len);
+        dropFrame(recvFrame, recvFrameSize);
+        return code; // 1 is possible and reads as success, with no frame left
+    }
+    return 1;
+}
+
+bool CTcpAPI::recvData(const char* buf, int size, int& pos)
+{
+    return feedFrame(buf, size, pos, recvFrame, recvFrameSize);
+}
+
+bool CTcpAPI::isRecvOk(int& len)
+{
+    return isFrameOk(recvFrame, recvFrameSize, len);
+}
+
+} // namespace gqdb

@@ -1,0 +1,209 @@
+#include "byte2Val.h"
+
+#include "byteCursor.h"
+
+namespace gqdb {
+
+CByte2Val::CByte2Val() = default;
+
+CByte2Val::~CByte2Val() = default;
+
+// Grows `data` once by `count` bytes and returns the first of them.
+static char* grow(QByteArray& data, int count)
+{
+    const int size = data.size();
+    data.resize(size + count);
+    return data.data() + size;
+}
+
+// --- Scalars to bytes ---------------------------------------------------------------------------------------------
+
+void CByte2Val::short2Byte(int value, QByteArray& data)
+{
+    store16(static_cast<unsigned int>(value), grow(data, 2));
+}
+
+void CByte2Val::short2Byte(unsigned int value, QByteArray& data)
+{
+    store16(value, grow(data, 2));
+}
+
+void CByte2Val::short2Byte(int value, char* buf)
+{
+    store16(static_cast<unsigned int>(value), buf);
+}
+
+void CByte2Val::short2Byte(unsigned int value, char* buf)
+{
+    store16(value, buf);
+}
+
+void CByte2Val::int2Byte(int value, QByteArray& data)
+{
+    store32(static_cast<unsigned int>(value), grow(data, 4));
+}
+
+void CByte2Val::int2Byte(unsigned int value, QByteArray& data)
+{
+    store32(value, grow(data, 4));
+}
+
+void CByte2Val::int2Byte(int value, char* buf)
+{
+    store32(static_cast<unsigned int>(value), buf);
+}
+
+void CByte2Val::int2Byte(unsigned int value, char* buf)
+{
+    store32(value, buf);
+}
+
+void CByte2Val::long2Byte(unsigned long long value, QByteArray& data)
+{
+    store64(value, grow(data, 8));
+}
+
+void CByte2Val::float2Byte(float value, QByteArray& data)
+{
+    store32(floatImage(value), grow(data, 4));
+}
+
+void CByte2Val::float2Byte(float value, char* buf)
+{
+    store32(floatImage(value), buf);
+}
+
+void CByte2Val::double2Byte(double value, QByteArray& data)
+{
+    store64(doubleImage(value), grow(data, 8));
+}
+
+void CByte2Val::double2Byte(double value, char* buf)
+{
+    store64(doubleImage(value), buf);
+}
+
+// --- Bytes to scalars ---------------------------------------------------------------------------------------------
+
+int CByte2Val::byte2Short(const char* buf)
+{
+    return static_cast<short>(load16(buf));
+}
+
+int CByte2Val::byte2UShort(const char* buf)
+{
+    return static_cast<int>(load16(buf));
+}
+
+int CByte2Val::byte2Int(const char* buf)
+{
+    return static_cast<int>(load32(buf));
+}
+
+unsigned int CByte2Val::byte2UInt(const char* buf)
+{
+    return load32(buf);
+}
+
+float CByte2Val::byte2Float(const char* buf)
+{
+    return imageFloat(load32(buf));
+}
+
+long long CByte2Val::byte2Long(const char* buf)
+{
+    return static_cast<long long>(load64(buf));
+}
+
+unsigned long long CByte2Val::byte2ULong(const char* buf)
+{
+    return load64(buf);
+}
+
+double CByte2Val::byte2Double(const char* buf)
+{
+    return imageDouble(load64(buf));
+}
+
+void CByte2Val::byte2Double(const char* buf, double& value)
+{
+    value = imageDouble(load64(buf));
+}
+
+// --- Strings ------------------------------------------------------------------------------------------------------
+
+// The size of a text as the length field and the results count it: 32 bits, signed.
+static int writtenSize(int size)
+{
+    return static_cast<int>(static_cast<unsigned int>(size) + 2u);
+}
+
+static int writeText(const char* text, int size, QByteArray& data)
+{
+    CByte2Val::short2Byte(size, data); // keeps the low 16 bits; a longer text is written whole all the same
+    if (size <= 0)
+        return 2;
+    std::memcpy(grow(data, size), text, static_cast<size_t>(size));
+    return writtenSize(size);
+}
+
+static int writeText(const char* text, int size, char* buf)
+{
+    CByte2Val::short2Byte(size, buf);
+    if (size > 0)
+        std::memcpy(buf + 2, text, static_cast<size_t>(size));
+    return writtenSize(size);
+}
+
+int CByte2Val::str2Byte(const std::string& text, QByteArray& data)
+{
+    return writeText(text.data(), static_cast<int>(text.size()), data);
+}
+
+int CByte2Val::str2Byte(const std::string& text, char* buf)
+{
+    return writeText(text.data(), static_cast<int>(text.size()), buf);
+}
+
+int CByte2Val::str2Byte(const QString& text, QByteArray& data)
+{
+    const QByteArray utf8 = text.toUtf8();
+    return writeText(utf8.constData(), utf8.size(), data);
+}
+
+int CByte2Val::str2Byte(const QString& text, char* buf)
+{
+    const QByteArray utf8 = text.toUtf8();
+    return writeText(utf8.constData(), utf8.size(), buf);
+}
+
+// Length L of the string at `buf`, or -1 if `len` bytes do not hold it whole.
+static int heldText(const char* buf, int len)
+{
+    if (len < 2)
+        return -1;
+    const int size = static_cast<int>(load16(buf));
+    return len < size + 2 ? -1 : size;
+}
+
+int CByte2Val::byte2Str(const char* buf, int len, std::string& out)
+{
+    const int size = heldText(buf, len);
+    if (size < 0)
+        return 0;
+    out.reserve(static_cast<size_t>(size));
+    out.append(buf + 2, static_cast<size_t>(size)); // behind the old text: records gather into fresh strings
+    return size + 2;
+}
+
+int CByte2Val::byte2Str(const char* buf, int len, QString& out)
+{
+    const int size = heldText(buf, len);
+    if (size < 0)
+        return 0;
+    // Cut at the first zero byte, unlike the std::string form: the text ends there, the field does not.
+    out = QString::fromUtf8(buf + 2, static_cast<int>(strnlen(buf + 2, static_cast<size_t>(size))));
+    return size + 2;
+}
+
+} // namespace gqdb

@@ -1,0 +1,384 @@
+#include "gqSocketUnix.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/select.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <iostream>
+
+// --- Shared by the endpoints --------------------------------------------------------------------------------------
+
+static timeval toTimeval(int ms)
+{
+    timeval time;
+    time.tv_sec = ms / 1000;
+    time.tv_usec = (ms % 1000) * 1000; // negative as well for a negative time; the system then refuses it
+    return time;
+}
+
+static sockaddr_in toAddress(const std::string& address, int port)
+{
+    sockaddr_in end = {};
+    end.sin_family = AF_INET;
+    end.sin_port = htons(static_cast<uint16_t>(port));
+    end.sin_addr.s_addr = inet_addr(address.c_str());
+    return end;
+}
+
+// "127.0.0.1" means every interface here, so that a server told to use the loopback address is reached from outside.
+static sockaddr_in toBindAddress(const std::string& address, int port)
+{
+    if (address.empty() || address == "127.0.0.1")
+        return toAddress("0.0.0.0", port);
+    return toAddress(address, port);
+}
+
+static int bindTo(int descriptor, const std::string& address, int port)
+{
+    const sockaddr_in end = toBindAddress(address, port);
+    return ::bind(descriptor, reinterpret_cast<const sockaddr*>(&end), sizeof end);
+}
+
+static void setOption(int descriptor, int option, int value)
+{
+    setsockopt(descriptor, SOL_SOCKET, option, &value, sizeof value);
+}
+
+// One byte, where Linux wants an int: it answers EINVAL and Nagle's algorithm stays on. The peers' timing relies on it.
+static void askNoDelay(int descriptor)
+{
+    const char on = 1;
+    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+static void dropUnsentOnClose(int descriptor)
+{
+    const linger drop = {1, 0};
+    setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &drop, sizeof drop);
+}
+
+// Descriptors for select(2), with room for any number: an fd_set ends at 1023, and hardened builds abort on -1. A
+// descriptor below 0 has a bit behind all that the system looks at, which therefore stays as it was set.
+class CDescriptorSet {
+public:
+    explicit CDescriptorSet(int highest)
+        : spare(highest < 0 ? 0 : (static_cast<size_t>(highest) / wordBits + 1) * wordBits), words(spare / wordBits + 1)
+    {
+    }
+
+    void add(int descriptor) { words[bit(descriptor) / wordBits] |= 1UL << bit(descriptor) % wordBits; }
+    int contains(int descriptor) const { return words[bit(descriptor) / wordBits] >> bit(descriptor) % wordBits & 1; }
+    fd_set* data() { return reinterpret_cast<fd_set*>(words.data()); }
+
+private:
+    static constexpr size_t wordBits = 8 * sizeof(unsigned long);
+
+    size_t bit(int descriptor) const { return descriptor < 0 ? spare : static_cast<size_t>(descriptor); }
+
+    size_t spare; // the bit of a descriptor below 0
+    std::vector<unsigned long> words;
+};
+
+static int endOf(int (*query)(int, sockaddr*, socklen_t*), int descriptor, std::string& address, int& port)
+{
+    sockaddr_in end = {};
+    socklen_t length = sizeof end;
+    if (query(descriptor, reinterpret_cast<sockaddr*>(&end), &length) != 0)
+        return 0;
+    char text[20] = "";
+    inet_ntop(AF_INET, &end.sin_addr, text, sizeof text);
+    address = text;
+    port = ntohs(end.sin_port);
+    return 1;
+}
+
+// --- CAbstractSocket ----------------------------------------------------------------------------------------------
+
+CAbstractSocket::CAbstractSocket() : handle(new int(0)), opened(false), port(0) {}
+
+CAbstractSocket::~CAbstractSocket()
+{
+    delete handle;
+    handle = nullptr;
+}
+
+int CAbstractSocket::setRecvOverTm(int ms)
+{
+    if (*handle < 1)
+        return 0;
+    const timeval time = toTimeval(ms);
+    const int result = setsockopt(*handle, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
+    const int error = errno;
+    std::cout << "setRecvOverTm:" + std::to_string(result) + ", " + std::to_string(ms) + "\n" << std::flush;
+    errno = error;
+    return 1;
+}
+
+int CAbstractSocket::setSendOverTm(int ms)
+{
+    if (*handle < 1)
+        return 0;
+    const timeval time = toTimeval(ms);
+    setsockopt(*handle, SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time); // and no line printed, unlike its sibling
+    return 1;
+}
+
+bool CAbstractSocket::isValid()
+{
+    return handle != nullptr && *handle >= 1;
+}
+
+int CAbstractSocket::setAsyncMode()
+{
+    const int flags = fcntl(*handle, F_GETFL, 0) | O_NONBLOCK;
+    return fcntl(*handle, F_SETFL, flags) >= 0 ? 1 : 0;
+}
+
+int CAbstractSocket::setRecvBuf(int size)
+{
+    if (*handle < 1)
+        return 0;
+    setOption(*handle, SO_RCVBUF, size);
+    return 1;
+}
+
+int CAbstractSocket::setSendBuf(int size)
+{
+    if (*handle < 1)
+        return 0;
+    setOption(*handle, SO_SNDBUF, size);
+    return 1;
+}
+
+int CAbstractSocket::getPeerName(std::string& peerAddress, int& peerPort)
+{
+    return endOf(::getpeername, *handle, peerAddress, peerPort);
+}
+
+int CAbstractSocket::getSockName(std::string& localAddress, int& localPort)
+{
+    return endOf(::getsockname, *handle, localAddress, localPort);
+}
+
+int CAbstractSocket::isReadable(int ms)
+{
+    const int descriptor = *handle;
+    CDescriptorSet set(descriptor);
+    set.add(descriptor);
+    timeval time = toTimeval(ms);
+    if (::select(descriptor + 1, set.data(), nullptr, nullptr, &time) < 0)
+        return -1;
+    return set.contains(descriptor);
+}
+
+// --- CTcpSocket ---------------------------------------------------------------------------------------------------
+
+CTcpSocket::CTcpSocket()
+{
+    open();
+}
+
+CTcpSocket::~CTcpSocket()
+{
+    CTcpSocket::close();
+}
+
+int CTcpSocket::open()
+{
+    *handle = socket(AF_INET, SOCK_STREAM, 0);
+    if (*handle < 1)
+        return 0;
+    askNoDelay(*handle);
+    setOption(*handle, SO_REUSEADDR, 1);
+    dropUnsentOnClose(*handle);
+    setOption(*handle, SO_RCVBUF, 921600);
+    setOption(*handle, SO_SNDBUF, 921600);
+    signal(SIGPIPE, SIG_IGN);
+    opened = true;
+    return 1;
+}
+
+int CTcpSocket::connect(const std::string& peerAddress, int peerPort, bool async)
+{
+    if (!opened) {
+        open();
+        if (async)
+            setAsyncMode();
+    }
+    const sockaddr_in peer = toAddress(peerAddress, peerPort);
+    if (::connect(*handle, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) >= 0)
+        return 1;
+    if (errno == EINPROGRESS)
+        return 0;
+    return errno == EISCONN ? 1 : -1;
+}
+
+void CTcpSocket::setSocket(SocketOwner owner)
+{
+    *handle = owner.descriptor; // what was there stays open
+    opened = true;
+    setOption(*handle, SO_REUSEADDR, 1);
+    dropUnsentOnClose(*handle);
+}
+
+int CTcpSocket::bind(const std::string& localAddress, int localPort)
+{
+    return bindTo(*handle, localAddress, localPort) < 0 ? 0 : 1;
+}
+
+int CTcpSocket::isWritable(int ms)
+{
+    const int descriptor = *handle;
+    CDescriptorSet write(descriptor);
+    write.add(descriptor);
+    CDescriptorSet exception = write;
+    timeval time = toTimeval(ms);
+    if (::select(descriptor + 1, nullptr, write.data(), exception.data(), &time) <= 0)
+        return -1; // a time-out too, which is 0 in isReadable
+    if (!write.contains(descriptor) || exception.contains(descriptor))
+        return 0;
+
+    int error = 0;
+    socklen_t length = sizeof error;
+    if (getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &length) < 0)
+        error = errno;
+    if (error != 0)
+        return -1;
+
+    sockaddr_in peer = {};
+    length = sizeof peer;
+    if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &length) != 0)
+        return 0;
+    return peer.sin_port == 0 ? 0 : 1;
+}
+
+int CTcpSocket::select(int ms, int& readable, int& writable, int& exceptional)
+{
+    const int descriptor = *handle;
+    CDescriptorSet read(descriptor);
+    read.add(descriptor);
+    CDescriptorSet write = read;
+    CDescriptorSet exception = read;
+    timeval time = toTimeval(ms);
+    const int count = ::select(descriptor + 1, read.data(), write.data(), exception.data(), &time);
+    if (count < 0)
+        return count;
+    readable = read.contains(descriptor);
+    writable = write.contains(descriptor);
+    exceptional = exception.contains(descriptor);
+    return count;
+}
+
+int CTcpSocket::recv(char* buffer, int length)
+{
+    const ssize_t count = ::recv(*handle, buffer, static_cast<size_t>(length), MSG_NOSIGNAL);
+    if (count > 0)
+        return static_cast<int>(count);
+    if (count == 0)
+        return -1; // the peer closed; 0 stands for "nothing yet"
+    return errno == 0 || errno == EAGAIN ? 0 : -1;
+}
+
+int CTcpSocket::send(const char* buffer, int length)
+{
+    const ssize_t count = ::send(*handle, buffer, static_cast<size_t>(length), MSG_NOSIGNAL);
+    if (count >= 0)
+        return static_cast<int>(count);
+    return errno == 0 || errno == EAGAIN ? 0 : -1;
+}
+
+// The end of a stream and of a listener alike.
+static void shutAndClose(int* handle, bool& opened)
+{
+    if (opened && handle != nullptr) {
+        shutdown(*handle, SHUT_RDWR);
+        close(*handle);
+        *handle = -1;
+    }
+    opened = false;
+}
+
+void CTcpSocket::close()
+{
+    shutAndClose(handle, opened);
+}
+
+// --- CTcpServer ---------------------------------------------------------------------------------------------------
+
+CTcpServer::CTcpServer() = default;
+
+CTcpServer::~CTcpServer()
+{
+    if (opened)
+        CTcpServer::close();
+}
+
+int CTcpServer::open(const std::string& localAddress, int localPort, int backlog)
+{
+    *handle = socket(AF_INET, SOCK_STREAM, 0);
+    if (*handle < 1)
+        return 0;
+    askNoDelay(*handle);
+    setOption(*handle, SO_REUSEADDR, 1);
+    signal(SIGPIPE, SIG_IGN);
+    if (bindTo(*handle, localAddress, localPort) < 0 || listen(*handle, backlog) < 0)
+        return 0; // the descriptor deliberately stays open, out of close()'s reach
+    opened = true;
+    return 1;
+}
+
+CTcpSocket* CTcpServer::accept()
+{
+    sockaddr_in peer = {};
+    socklen_t length = sizeof peer;
+    const int descriptor = ::accept(*handle, reinterpret_cast<sockaddr*>(&peer), &length);
+    if (descriptor < 0)
+        return nullptr;
+    CTcpSocket* connection = new CTcpSocket;
+    // The socket that its constructor opened is deliberately not closed: callers plan for two descriptors each.
+    connection->setSocket({descriptor});
+    return connection;
+}
+
+void CTcpServer::close()
+{
+    shutAndClose(handle, opened);
+}
+
+// --- CGqSocket ----------------------------------------------------------------------------------------------------
+
+void CGqSocket::startup() {}
+
+void CGqSocket::cleanup() {}
+
+int CGqSocket::select(std::vector<TcpSocketStatus>& sockets, int ms)
+{
+    int highest = 0;
+    for (const TcpSocketStatus& row : sockets)
+        highest = std::max(highest, *row.socket->handle);
+    CDescriptorSet read(highest);
+    for (const TcpSocketStatus& row : sockets)
+        read.add(*row.socket->handle);
+    CDescriptorSet write = read;
+    CDescriptorSet exception = read;
+    timeval time = toTimeval(ms);
+    const int count = ::select(highest + 1, read.data(), write.data(), exception.data(), &time);
+    if (count < 0)
+        return count;
+    for (TcpSocketStatus& row : sockets) {
+        const int descriptor = *row.socket->handle;
+        row.readable = read.contains(descriptor);
+        row.writable = write.contains(descriptor);
+        row.exceptional = exception.contains(descriptor);
+    }
+    return count;
+}
