@@ -1,0 +1,275 @@
+// gqtool as a program: command lines, what it prints, exit codes. Station and call meet on loopback.
+
+#include <QProcess>
+#include <QStringList>
+
+#include <ctime>
+#include <gtest/gtest.h>
+
+static const int waitMs = 20000;
+
+struct Outcome {
+    int exitCode;
+    QString output;
+    QString errors;
+};
+
+static Outcome run(const QStringList& arguments)
+{
+    QProcess tool;
+    tool.start(GQTOOL, arguments);
+    if (!tool.waitForFinished(waitMs))
+        return {-1, QString(), "did not end"};
+    return {tool.exitCode(), tool.readAllStandardOutput(), tool.readAllStandardError()};
+}
+
+// A station of its own for each test, on a port that the system chooses.
+class RunningStation {
+public:
+    explicit RunningStation(const QStringList& options = {})
+    {
+        process.start(GQTOOL, QStringList{"station"} + options);
+        const QString first = nextLine();
+        EXPECT_TRUE(first.startsWith("listening on 127.0.0.1:")) << first.toStdString();
+        endpoint = first.mid(QString("listening on ").size());
+    }
+
+    ~RunningStation()
+    {
+        process.terminate();
+        process.waitForFinished(waitMs);
+    }
+
+    Outcome call(const QStringList& words) { return run(QStringList{"call", endpoint} + words); }
+
+    // A call that nobody answers.
+    Outcome callInVain() { return run({"call", "--timeout", "300", endpoint, "systemState"}); }
+
+    QString nextLine()
+    {
+        while (!process.canReadLine()) {
+            if (!process.waitForReadyRead(waitMs))
+                return "no line";
+        }
+        return QString::fromUtf8(process.readLine()).trimmed();
+    }
+
+    QString endpoint;
+
+private:
+    QProcess process;
+};
+
+// --- The program --------------------------------------------------------------------------------------------------
+
+TEST(Gqtool, printsItsVersion)
+{
+    const Outcome outcome = run({"--version"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "gqtool 1.0.0\n");
+}
+
+TEST(Gqtool, listsItsCommandsInTheHelp)
+{
+    const Outcome outcome = run({"--help"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(outcome.output.contains("station"));
+    EXPECT_TRUE(outcome.output.contains("call"));
+}
+
+TEST(Gqtool, hasAHelpForEachCommand)
+{
+    for (const char* command : {"station", "call"}) {
+        const Outcome outcome = run({command, "--help"});
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_TRUE(outcome.output.startsWith(QString("Usage: gqtool %1").arg(command)))
+            << outcome.output.toStdString();
+    }
+}
+
+TEST(Gqtool, endsWithTwoOnWrongUsage)
+{
+    for (const QStringList& arguments : {QStringList{},
+                                         {"nonsense"},
+                                         {"--nonsense"},
+                                         {"station", "--nonsense"},
+                                         {"station", "surplus"},
+                                         {"station", "--port", "65536"},
+                                         {"station", "--late", "-1"},
+                                         {"station", "--gap", "-1"},
+                                         {"station", "--pieces", "x"},
+                                         {"station", "--greeting", "x"},
+                                         {"call"},
+                                         {"call", "127.0.0.1:1"},
+                                         {"call", "127.0.0.1", "systemTime"},
+                                         {"call", ":1", "systemTime"},
+                                         {"call", "127.0.0.1:0", "systemTime"},
+                                         {"call", "127.0.0.1:1", "nonsense"},
+                                         {"call", "127.0.0.1:1", "setState"},
+                                         {"call", "127.0.0.1:1", "setState", "1", "2"},
+                                         {"call", "127.0.0.1:1", "setState", "x"},
+                                         {"call", "--timeout", "0", "127.0.0.1:1", "systemTime"}}) {
+        SCOPED_TRACE(arguments.join(' ').toStdString());
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_TRUE(outcome.errors.startsWith("gqtool: "));
+    }
+}
+
+TEST(Gqtool, tellsHowToPassANegativeNumber)
+{
+    const Outcome outcome = run({"call", "127.0.0.1:1", "setState", "-1"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(outcome.errors.contains("Ahead of a negative number, say --."));
+}
+
+// --- Calls to a station that behaves ------------------------------------------------------------------------------
+
+TEST(GqtoolCall, printsTheReplyAloneOnStandardOutput)
+{
+    RunningStation station;
+    const Outcome outcome = station.call({"systemState"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "1\n");
+    EXPECT_EQ(outcome.errors, "");
+}
+
+TEST(GqtoolCall, readsTheStationsClock)
+{
+    RunningStation station;
+    const long long before = std::time(nullptr);
+    const long long told = station.call({"systemTime"}).output.toLongLong();
+    EXPECT_GE(told, before);
+    EXPECT_LE(told, std::time(nullptr));
+}
+
+TEST(GqtoolCall, setsClockAndStateAndClearsThem)
+{
+    RunningStation station;
+    EXPECT_EQ(station.call({"setTime", "1000000000", "0"}).output, "1\n");
+    const long long told = station.call({"systemTime"}).output.toLongLong();
+    EXPECT_GE(told, 1000000000);
+    EXPECT_LE(told, 1000000060);
+
+    EXPECT_EQ(station.call({"setState", "--", "-5"}).output, "-5\n");
+    EXPECT_EQ(station.call({"systemState"}).output, "-5\n");
+
+    EXPECT_EQ(station.call({"clear"}).output, "1\n");
+    EXPECT_EQ(station.call({"systemState"}).output, "1\n");
+    EXPECT_GE(station.call({"systemTime"}).output.toLongLong(), 1700000000);
+}
+
+TEST(GqtoolCall, gathersListsFromSeveralFrames)
+{
+    RunningStation station({"--gap", "300"});
+    const QStringList ints = station.call({"ints", "250"}).output.split('\n');
+    EXPECT_EQ(ints.size(), 251); // behind the last newline nothing follows
+    EXPECT_EQ(ints.mid(0, 3).join(' '), "200 210 220");
+    EXPECT_EQ(ints[249], "690");
+
+    const QStringList bytes = station.call({"bytes", "4100"}).output.split('\n');
+    EXPECT_EQ(bytes[0], "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f");
+    EXPECT_EQ(bytes[256], "00 01 02 03");
+
+    const QStringList texts = station.call({"strings", "13"}).output.split('\n');
+    EXPECT_EQ(texts.size(), 14);
+    EXPECT_EQ(texts[0], "unit 1 temperature 1");
+    EXPECT_EQ(texts[12], "unit 2 temperature 1");
+}
+
+TEST(GqtoolCall, tellsTheCodeOfAnErrorFrame)
+{
+    RunningStation station;
+    const Outcome outcome = station.call({"error", "--", "-7"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors, "gqtool: error failed with -7: the code of an error frame\n");
+}
+
+TEST(GqtoolCall, isRefusedACountThatTheStationDoesNotHave)
+{
+    RunningStation station;
+    for (const char* count : {"0", "-1", "1001"}) {
+        const Outcome outcome = station.call({"ints", "--", count});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_TRUE(outcome.errors.startsWith("gqtool: ints failed with -11:")) << outcome.errors.toStdString();
+    }
+}
+
+TEST(GqtoolCall, failsWithoutAServer)
+{
+    QString endpoint;
+    {
+        RunningStation station;
+        endpoint = station.endpoint;
+    }
+    const Outcome outcome = run({"call", endpoint, "systemState"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: systemState failed with -1:")) << outcome.errors.toStdString();
+}
+
+// --- Stations that misbehave --------------------------------------------------------------------------------------
+
+TEST(GqtoolStation, reportsEachConnectionAndRequest)
+{
+    RunningStation station;
+    station.call({"setTime", "1", "2"});
+    const QString connected = station.nextLine();
+    EXPECT_TRUE(connected.endsWith(" connected")) << connected.toStdString();
+    const QString peer = connected.split(' ')[0];
+    EXPECT_EQ(station.nextLine(), peer + " command 0x05, 21 bytes: answered with 17 bytes");
+    EXPECT_EQ(station.nextLine(), peer + " gone");
+}
+
+TEST(GqtoolStation, refusesAPortThatIsTaken)
+{
+    RunningStation station;
+    const Outcome outcome = run({"station", "--port", station.endpoint.split(':')[1]});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't listen on 127.1, port ")) << outcome.errors.toStdString();
+}
+
+TEST(GqtoolStation, sendsRepliesInPieces)
+{
+    RunningStation station({"--pieces", "1"});
+    EXPECT_EQ(station.call({"strings", "1"}).output, "unit 1 temperature 1\n");
+}
+
+TEST(GqtoolStation, answersLate)
+{
+    RunningStation inTime({"--late", "10"});
+    EXPECT_EQ(inTime.call({"systemState"}).exitCode, 0);
+    RunningStation tooLate({"--late", "2000"});
+    EXPECT_TRUE(tooLate.callInVain().errors.startsWith("gqtool: systemState failed with 0:"));
+}
+
+TEST(GqtoolStation, staysSilent)
+{
+    RunningStation station({"--silent"});
+    EXPECT_TRUE(station.callInVain().errors.startsWith("gqtool: systemState failed with 0:"));
+    station.nextLine();
+    EXPECT_TRUE(station.nextLine().endsWith(": not answered"));
+}
+
+TEST(GqtoolStation, endsFramesWithAWrongByte)
+{
+    RunningStation station({"--wrong-end"});
+    EXPECT_TRUE(station.call({"systemState"}).errors.startsWith("gqtool: systemState failed with 0:"));
+}
+
+TEST(GqtoolStation, closesInPlaceOfAReply)
+{
+    RunningStation station({"--close"});
+    EXPECT_TRUE(station.call({"systemState"}).errors.startsWith("gqtool: systemState failed with -1:"));
+}
+
+TEST(GqtoolStation, greetsAsTold)
+{
+    RunningStation other({"--greeting", "99"});
+    EXPECT_EQ(other.call({"systemState"}).output, "1\n");
+    RunningStation refused({"--greeting", "-1"});
+    EXPECT_TRUE(refused.call({"systemState"}).errors.startsWith("gqtool: systemState failed with 0:"));
+    RunningStation mute({"--no-greeting"});
+    EXPECT_TRUE(mute.callInVain().errors.startsWith("gqtool: systemState failed with 0:"));
+}

@@ -1,0 +1,237 @@
+// Shows the library's main job on real traffic: a client that calls a simulated station over TCP on loopback, loses it
+// and comes back. One line per request; the exit status is 0 only if every result is the expected one.
+
+#include "gqtool/console.h"
+#include "gqtool/stationProtocol.h"
+
+#include <QDateTime>
+
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <tcpApi.h>
+
+using gqdb::CByte2Val;
+using gqdb::CTcpAPI;
+
+// --- What crosses the wire ----------------------------------------------------------------------------------------
+// The demo counts bytes by standing in front of the two socket calls that a client makes for each request.
+
+static long bytesSent = 0;
+static long bytesReceived = 0;
+
+extern "C" ssize_t send(int descriptor, const void* buffer, size_t length, int flags)
+{
+    const ssize_t count = sendto(descriptor, buffer, length, flags, nullptr, 0);
+    if (count > 0)
+        bytesSent += count;
+    return count;
+}
+
+extern "C" ssize_t recv(int descriptor, void* buffer, size_t length, int flags)
+{
+    const ssize_t count = recvfrom(descriptor, buffer, length, flags, nullptr, nullptr);
+    if (count > 0)
+        bytesReceived += count;
+    return count;
+}
+
+// --- The station, a process of its own ----------------------------------------------------------------------------
+
+class StationProcess {
+public:
+    explicit StationProcess(const char* gqtool) : program(gqtool) {}
+    ~StationProcess() { stop(); }
+
+    // Starts it on a port, or on one that the system chooses, and waits until it listens. False when it doesn't.
+    bool start(int wantedPort)
+    {
+        int ends[2];
+        if (pipe(ends) != 0)
+            return false;
+        child = fork();
+        if (child == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGTERM);
+            dup2(ends[1], STDOUT_FILENO);
+            close(ends[0]);
+            close(ends[1]);
+            const std::string portText = std::to_string(wantedPort);
+            execl(program, program, "station", "--port", portText.c_str(), static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        close(ends[1]);
+        lines = fdopen(ends[0], "r");
+        char line[200];
+        return std::fgets(line, sizeof line, lines) != nullptr &&
+               std::sscanf(line, "listening on %*[0-9.]:%d", &port) == 1;
+    }
+
+    void stop()
+    {
+        if (child <= 0)
+            return;
+        kill(child, SIGTERM);
+        waitpid(child, nullptr, 0);
+        child = 0;
+        std::fclose(lines);
+    }
+
+    int port = 0;
+
+private:
+    const char* program;
+    pid_t child = 0;
+    FILE* lines = nullptr;
+};
+
+// --- Lines and verdicts -------------------------------------------------------------------------------------------
+
+static int wrongResults = 0;
+
+// A heading in front of the lines that follow.
+static void say(const QString& text)
+{
+    printLine("\n" + text);
+}
+
+// One request and its result: what was called, the bytes in both directions, what came back and whether that is right.
+static void show(const QString& request, int result, bool asExpected, const QString& meaning)
+{
+    printLine(QString("  %1 sent %2  received %3  result %4  %5")
+                  .arg(request, -28)
+                  .arg(bytesSent, 3)
+                  .arg(bytesReceived, 5)
+                  .arg(result, 10)
+                  .arg(asExpected ? meaning : "UNEXPECTED, should be: " + meaning));
+    bytesSent = 0;
+    bytesReceived = 0;
+    if (!asExpected)
+        ++wrongResults;
+}
+
+static QByteArray countRequest(CTcpAPI& client, StationCommand command, int count)
+{
+    QByteArray frame;
+    client.addHeader(command, 0, 0, frame);
+    CByte2Val::int2Byte(count, frame);
+    CTcpAPI::addEnd(frame);
+    return frame;
+}
+
+// --- The scenes ---------------------------------------------------------------------------------------------------
+
+static void showReadyMadeCommands(CTcpAPI& client)
+{
+    say("The five ready-made commands, one integer each way (setTime: two there)");
+    int result = client.systemState();
+    show("systemState (1)", result, result == 1, "state 1");
+
+    const int now = static_cast<int>(QDateTime::currentSecsSinceEpoch());
+    result = client.systemTime();
+    show("systemTime (2)", result, abs(result - now) <= 2,
+         "the station's clock, " + QDateTime::fromSecsSinceEpoch(result).toString(Qt::ISODate));
+
+    result = client.clear();
+    show("clear (3)", result, result == 1, "cleared");
+
+    result = client.setTime(1000000000, 0);
+    show("setTime (5)", result, result == 1, "clock set to 1000000000");
+    result = client.systemTime();
+    show("systemTime (2)", result, result >= 1000000000 && result <= 1000000002, "the clock that was set");
+
+    result = client.setState(7);
+    show("setState (6)", result, result == 7, "state 7 taken");
+    result = client.systemState();
+    show("systemState (1)", result, result == 7, "state 7");
+}
+
+static void showLists(CTcpAPI& client)
+{
+    say("Lists, in several frames each");
+    std::vector<int> values;
+    int result = client.requestInts(countRequest(client, commandInts, 250), 250, values);
+    bool right = result == 1 && values.size() == 250 && values[1] == 210 && values[249] == 690;
+    show("250 integers (0x20)", result, right, "three frames: 200, 210, 220 ... 690");
+
+    std::vector<unsigned char> bytes;
+    result = client.requestBytes(countRequest(client, commandBytes, 10000), 10000, bytes);
+    right = result == 1 && bytes.size() == 10000 && bytes[255] == 0xFF && bytes[9999] == 0x0F;
+    show("10000 bytes (0x21)", result, right, "three frames: 00, 01, 02 ... 0f");
+
+    QStringList texts;
+    result = client.requestStrings(countRequest(client, commandStrings, 25), 25, texts);
+    right = result == 1 && texts.size() == 25 && texts[24] == "unit 3 temperature 1";
+    show("25 strings (0x22)", result, right, "three frames: " + texts.value(0) + " ... " + texts.value(24));
+}
+
+static void showErrorFrame(CTcpAPI& client)
+{
+    say("An error frame marks the link down, and the next request pays for it: it waits for a greeting in vain");
+    int result = client.requestInt(commandError, -7);
+    show("provoke error -7 (0x23)", result, result == -7 && !client.isConnected(), "the station's code; link down");
+
+    result = client.systemState();
+    show("systemState (1)", result, result == 0 && !client.isConnected(), "no greeting in time; socket closed");
+
+    result = client.systemState();
+    show("systemState (1)", result, result == 7 && client.isConnected(), "greeted on a new connection; state 7");
+}
+
+static void showLostStation(CTcpAPI& client, StationProcess& station)
+{
+    const int port = station.port;
+    say("The station goes away");
+    station.stop();
+    int result = client.systemState();
+    show("systemState (1)", result, result == -1 && !client.isConnected(), "the link is dead");
+    result = client.systemState();
+    show("systemState (1)", result, result == -1 && !client.isConnected(), "connection refused");
+
+    say("It comes back, and so does the client, without a word of the application");
+    const bool started = station.start(port);
+    result = client.systemState();
+    show("systemState (1)", result, started && result == 1 && client.isConnected(),
+         "greeted; state 1 after its restart");
+}
+
+int main(int argc, char* argv[])
+{
+    if (argc != 2) {
+        std::fputs("usage: gqdemo GQTOOL\n", stderr);
+        return 2;
+    }
+    alarm(60); // whatever goes wrong, it ends
+    // The library's own line on standard output would stand in the middle of the table.
+    takeStandardOutput();
+
+    StationProcess station(argv[1]);
+    if (!station.start(0)) {
+        std::fputs("gqdemo: the station did not start\n", stderr);
+        return 1;
+    }
+    printLine(QString("A station listens on 127.0.0.1:%1").arg(station.port));
+
+    CTcpAPI client;
+    client.setRecvOverTm(1000);
+
+    say("A client connects");
+    const int result = client.connect("127.0.0.1", station.port);
+    show("connect", result, result == 1 && client.isConnected(), "greeted; link up");
+
+    showReadyMadeCommands(client);
+    showLists(client);
+    showErrorFrame(client);
+    showLostStation(client, station);
+
+    client.close();
+    printLine(wrongResults == 0 ? QString("\nEvery result is the expected one.")
+                                : QString("\n%1 results are not the expected ones.").arg(wrongResults));
+    return wrongResults == 0 ? 0 : 1;
+}

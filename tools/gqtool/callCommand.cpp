@@ -1,0 +1,159 @@
+#include "command.h"
+#include "console.h"
+#include "results.h"
+#include "stationProtocol.h"
+
+#include <QCommandLineParser>
+
+#include <climits>
+#include <tcpApi.h>
+
+using gqdb::CByte2Val;
+using gqdb::CTcpAPI;
+
+// A command of `call`: makes the request, prints the reply. Result: 1, or the code of the failure.
+struct CallCommand {
+    const char* name;
+    const char* arguments; // their names, one word each
+    const char* meaning;
+    int (*run)(CTcpAPI& client, const std::vector<int>& arguments);
+};
+
+// The operations that answer with the reply's integer: isConnected tells a value from a code.
+static int printInt(CTcpAPI& client, int result)
+{
+    if (!client.isConnected())
+        return result;
+    printLine(QString::number(result));
+    return 1;
+}
+
+static QByteArray requestFrame(CTcpAPI& client, unsigned char command, int value)
+{
+    QByteArray frame;
+    client.addHeader(command, 0, 0, frame);
+    CByte2Val::int2Byte(value, frame);
+    CTcpAPI::addEnd(frame);
+    return frame;
+}
+
+static int callInts(CTcpAPI& client, const std::vector<int>& arguments)
+{
+    std::vector<int> values;
+    const int result = client.requestInts(requestFrame(client, commandInts, arguments[0]), arguments[0], values);
+    for (const int value : values)
+        printLine(QString::number(value));
+    return result;
+}
+
+static int callBytes(CTcpAPI& client, const std::vector<int>& arguments)
+{
+    std::vector<unsigned char> bytes;
+    const int result = client.requestBytes(requestFrame(client, commandBytes, arguments[0]), arguments[0], bytes);
+    const QByteArray data(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
+    for (int first = 0; first < data.size(); first += 16)
+        printLine(data.mid(first, 16).toHex(' '));
+    return result;
+}
+
+static int callStrings(CTcpAPI& client, const std::vector<int>& arguments)
+{
+    QStringList texts;
+    const int result = client.requestStrings(requestFrame(client, commandStrings, arguments[0]), arguments[0], texts);
+    for (const QString& text : texts)
+        printLine(text);
+    return result;
+}
+
+static const CallCommand commands[] = {
+    {"systemState", "", "the station's state",
+     [](CTcpAPI& client, const std::vector<int>&) { return printInt(client, client.systemState()); }},
+    {"systemTime", "", "its clock, in seconds since 1970",
+     [](CTcpAPI& client, const std::vector<int>&) { return printInt(client, client.systemTime()); }},
+    {"clear", "", "resets it",
+     [](CTcpAPI& client, const std::vector<int>&) { return printInt(client, client.clear()); }},
+    {"setTime", "FIRST SECOND", "sets its clock",
+     [](CTcpAPI& client, const std::vector<int>& arguments) {
+         return printInt(client, client.setTime(arguments[0], arguments[1]));
+     }},
+    {"setState", "VALUE", "sets its state",
+     [](CTcpAPI& client, const std::vector<int>& arguments) {
+         return printInt(client, client.setState(arguments[0]));
+     }},
+    {"ints", "COUNT", "integers, one a line", callInts},
+    {"bytes", "COUNT", "bytes, in hexadecimal", callBytes},
+    {"strings", "COUNT", "texts, one a line", callStrings},
+    {"error", "CODE", "an error frame, to see one",
+     [](CTcpAPI& client, const std::vector<int>& arguments) {
+         return printInt(client, client.requestInt(commandError, arguments[0]));
+     }},
+};
+
+static QString commandList()
+{
+    QString text;
+    for (const CallCommand& command : commands)
+        text +=
+            QString("  %1  %2\n").arg(QString("%1 %2").arg(command.name, command.arguments), -22).arg(command.meaning);
+    return text;
+}
+
+static const CallCommand* findCommand(const QString& name)
+{
+    for (const CallCommand& command : commands) {
+        if (name == command.name)
+            return &command;
+    }
+    return nullptr;
+}
+
+int runCall(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Makes one request to a server and prints the reply.\n\nCommands:\n" + commandList() +
+        "\nThe last four are the simulated station's own. Ahead of a negative number, say --:\n"
+        "  gqtool call 127.0.0.1:5000 setState -- -1");
+    const QCommandLineOption timeout("timeout", "Longest wait for each read and write.", "MS", "9000");
+    parser.addOption(timeout);
+    parser.addPositionalArgument("HOST:PORT", "The server, as dotted IPv4 address and port.");
+    parser.addPositionalArgument("COMMAND", "One of the commands above, and its integers.", "COMMAND [INTEGER...]");
+    int exitCode = exitGood;
+    if (!parseArguments(parser, arguments, exitCode))
+        return exitCode;
+
+    const QStringList words = parser.positionalArguments();
+    if (words.size() < 2)
+        return usageError("call takes HOST:PORT and a command");
+    const int colon = words[0].lastIndexOf(':');
+    int port = 0;
+    if (colon < 1 || !readInt(words[0].mid(colon + 1), 1, 65535, port))
+        return usageError(QString("'%1' is not HOST:PORT").arg(words[0]));
+    const CallCommand* command = findCommand(words[1]);
+    if (command == nullptr)
+        return usageError(QString("no command '%1'").arg(words[1]));
+    const QStringList names = QString(command->arguments).split(' ', Qt::SkipEmptyParts);
+    if (words.size() - 2 != names.size())
+        return usageError(QString("call %1 %2").arg(command->name, command->arguments).trimmed());
+    std::vector<int> values;
+    for (const QString& word : words.mid(2)) {
+        int value = 0;
+        if (!readInt(word, INT_MIN, INT_MAX, value))
+            return usageError(QString("'%1' is not an integer").arg(word));
+        values.push_back(value);
+    }
+    int timeoutMs = 0;
+    if (!readInt(parser.value(timeout), 1, INT_MAX, timeoutMs))
+        return usageError("--timeout takes milliseconds");
+
+    CTcpAPI client;
+    client.setRecvOverTm(timeoutMs);
+    client.setSendOverTm(timeoutMs);
+    int result = client.connect(words[0].left(colon).toStdString(), port);
+    if (result == 1)
+        result = command->run(client, values);
+    if (result == 1)
+        return exitGood;
+    printError(QString("%1 failed with %2: %3").arg(command->name).arg(result).arg(resultText(result)));
+    return exitFailed;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QStringList>
+
+class QCommandLineParser;
+
+// Exit codes of every sub-command.
+enum ExitCode {
+    exitGood = 0,
+    exitFailed = 1, // the request failed, or the data is bad
+    exitUsage = 2,
+};
+
+// A sub-command: takes the command line from its own name on, returns an exit code.
+int runStation(const QStringList& arguments);
+int runCall(const QStringList& arguments);
+
+// Reads `arguments` with `parser`, to which it adds --help. True to go on; false when all is said, with the exit code.
+bool parseArguments(QCommandLineParser& parser, const QStringList& arguments, int& exitCode);
+
+// Says what is wrong with the command line, and where help is. exitUsage.
+int usageError(const QString& message);
+
+// Reads an option or an argument as an integer within bounds, hexadecimal after 0x.
+bool readInt(const QString& text, int least, int most, int& value);

@@ -1,0 +1,110 @@
+// gqtool, the command-line tool around the library: one file per sub-command.
+
+#include "command.h"
+#include "console.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QRegularExpression>
+
+#include <csignal>
+
+struct Command {
+    const char* name;
+    const char* summary;
+    int (*run)(const QStringList& arguments);
+};
+
+static const Command commands[] = {
+    {"station", "a simulated station to develop clients against", runStation},
+    {"call", "one request to a station or server, and its reply", runCall},
+};
+
+static QString overview()
+{
+    QString text = "Usage: gqtool COMMAND [OPTIONS] [ARGUMENTS]\n\nCommands:\n";
+    for (const Command& command : commands)
+        text += QString("  %1  %2\n").arg(command.name, -8).arg(command.summary);
+    return text + "\ngqtool COMMAND --help tells more; gqtool --version prints the version.\n"
+                  "Exit codes: 0 good, 1 the request failed or the data is bad, 2 wrong usage.";
+}
+
+bool parseArguments(QCommandLineParser& parser, const QStringList& arguments, int& exitCode)
+{
+    const QCommandLineOption help({"h", "help"}, "Show this help.");
+    parser.addOption(help);
+    if (!parser.parse(arguments)) {
+        QString message = parser.errorText();
+        if (!arguments.filter(QRegularExpression("^-[0-9]")).isEmpty())
+            message += " Ahead of a negative number, say --.";
+        exitCode = usageError(message);
+        return false;
+    }
+    if (parser.isSet(help)) {
+        printLine(parser.helpText().trimmed());
+        exitCode = exitGood;
+        return false;
+    }
+    return true;
+}
+
+int usageError(const QString& message)
+{
+    printError(message);
+    printError(QString("see '%1 --help'").arg(QCoreApplication::arguments().constFirst()));
+    return exitUsage;
+}
+
+bool readInt(const QString& text, int least, int most, int& value)
+{
+    bool ok = false;
+    value = text.toInt(&ok, 0);
+    return ok && value >= least && value <= most;
+}
+
+int main(int argc, char* argv[])
+{
+    signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends quietly, by the write that fails
+    takeStandardOutput();
+
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+
+    QCommandLineParser parser;
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    const QCommandLineOption help({"h", "help"}, "Show this help.");
+    const QCommandLineOption version({"v", "version"}, "Show the version.");
+    parser.addOptions({help, version});
+    const bool parsed = parser.parse(arguments);
+    const QStringList rest = parser.positionalArguments();
+
+    // Help texts and messages call the program by tool and command.
+    QByteArray name = "gqtool";
+    if (!rest.isEmpty())
+        name += ' ' + rest.constFirst().toLocal8Bit();
+    char* programName[] = {name.data(), nullptr};
+    int programNames = 1;
+    const QCoreApplication application(programNames, programName);
+
+    if (parsed && parser.isSet(version)) {
+        printLine("gqtool " GQLIB_VERSION);
+        return exitGood;
+    }
+    if (parsed && parser.isSet(help)) {
+        printLine(overview());
+        return exitGood;
+    }
+    if (!parsed || rest.isEmpty()) {
+        printError(parsed ? QString("which command?") : parser.errorText());
+        printError("see 'gqtool --help'");
+        return exitUsage;
+    }
+    for (const Command& command : commands) {
+        if (rest.constFirst() == command.name)
+            return command.run(rest);
+    }
+    printError(QString("no command '%1'").arg(rest.constFirst()));
+    printError("see 'gqtool --help'");
+    return exitUsage;
+}

@@ -1,0 +1,239 @@
+#include "station.h"
+
+#include "console.h"
+#include "stationProtocol.h"
+
+#include <QDateTime>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <socketApi.h>
+#include <thread>
+
+using gqdb::CByte2Val;
+using gqdb::CSocketAPI;
+
+static const int largestRequest = 1 << 20; // payload bytes; what announces more is not a request
+
+Station::Station(const StationFaults& stationFaults) : faults(stationFaults) {}
+
+bool Station::listen(const QString& address, int port)
+{
+    return server.open(address.toStdString(), port, 128) == 1;
+}
+
+QString Station::endpoint()
+{
+    std::string address;
+    int port = 0;
+    server.getSockName(address, port);
+    return QString("%1:%2").arg(QString::fromStdString(address)).arg(port);
+}
+
+bool Station::serve()
+{
+    for (;;) {
+        std::shared_ptr<CTcpSocket> connection(server.accept());
+        if (!connection)
+            return false;
+        std::string address;
+        int port = 0;
+        connection->getPeerName(address, port);
+        const QString peer = QString("%1:%2").arg(QString::fromStdString(address)).arg(port);
+        std::thread([this, connection, peer] { serveConnection(*connection, peer); }).detach();
+    }
+}
+
+// --- Frames -------------------------------------------------------------------------------------------------------
+
+static QByteArray frameOf(unsigned char command, int sequence, const QByteArray& payload)
+{
+    QByteArray frame;
+    CSocketAPI::addHeader(command, 0, 0, sequence, 0, frame);
+    frame.append(payload);
+    CSocketAPI::addEnd(frame);
+    return frame;
+}
+
+static QByteArray intPayload(int value)
+{
+    QByteArray payload;
+    CByte2Val::int2Byte(value, payload);
+    return payload;
+}
+
+static bool receive(CTcpSocket& connection, QByteArray& bytes, int count)
+{
+    while (count > 0) {
+        char part[4096];
+        const int received = connection.recv(part, std::min(count, static_cast<int>(sizeof part)));
+        if (received < 0)
+            return false;
+        bytes.append(part, received);
+        count -= received;
+    }
+    return true;
+}
+
+// The next request, whole; false when the client is gone or what it sent is no frame.
+static bool receiveFrame(CTcpSocket& connection, QByteArray& frame)
+{
+    frame.clear();
+    if (!receive(connection, frame, CSocketAPI::headerSize) || frame.at(0) != CSocketAPI::frameStart)
+        return false;
+    const int length = CByte2Val::byte2Int(frame.constData() + 1);
+    if (length < 0 || length > largestRequest)
+        return false;
+    const int rest = length + CSocketAPI::frameOverhead - CSocketAPI::headerSize;
+    return receive(connection, frame, rest) && frame.at(frame.size() - 1) == CSocketAPI::frameEnd;
+}
+
+static void pause(int ms)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+bool Station::send(CTcpSocket& connection, const QByteArray& bytes)
+{
+    const int piece = faults.pieceSize > 0 ? faults.pieceSize : bytes.size();
+    for (int done = 0; done < bytes.size();) {
+        const int count = connection.send(bytes.constData() + done, std::min(piece, bytes.size() - done));
+        if (count <= 0)
+            return false;
+        done += count;
+        if (faults.pieceSize > 0)
+            pause(1); // so that the pieces travel apart
+    }
+    return true;
+}
+
+// --- Answers ------------------------------------------------------------------------------------------------------
+
+// The data set: readings that rise and fall, bytes that count, and names of points.
+static void addInt(int index, QByteArray& payload)
+{
+    const int phase = index % 200;
+    CByte2Val::int2Byte(200 + 10 * (phase < 100 ? phase : 200 - phase), payload);
+}
+
+static void addByte(int index, QByteArray& payload)
+{
+    payload.append(static_cast<char>(index));
+}
+
+static void addString(int index, QByteArray& payload)
+{
+    QByteArray text;
+    CByte2Val::str2Byte(QString("unit %1 temperature %2").arg(index / 12 + 1).arg(index % 12 + 1), text);
+    CByte2Val::short2Byte(text.size(), payload); // each text stands behind two length fields
+    payload.append(text);
+}
+
+// `count` items in as many frames as they need.
+static QByteArrayList listFrames(unsigned char command, int sequence, int count, int perFrame,
+                                 void (*addItem)(int index, QByteArray& payload))
+{
+    QByteArrayList frames;
+    for (int first = 0; first < count; first += perFrame) {
+        const int items = std::min(perFrame, count - first);
+        QByteArray payload = intPayload(items);
+        for (int index = first; index < first + items; ++index)
+            addItem(index, payload);
+        frames.append(frameOf(command, sequence, payload));
+    }
+    return frames;
+}
+
+QByteArrayList Station::answer(const QByteArray& request)
+{
+    const auto command = static_cast<unsigned char>(request.at(9));
+    const int sequence = CByte2Val::byte2UShort(request.constData() + 5);
+    const int length = request.size() - CSocketAPI::frameOverhead;
+    const long long now = QDateTime::currentSecsSinceEpoch();
+
+    const auto intReply = [&](int value) { return QByteArrayList{frameOf(command, sequence, intPayload(value))}; };
+    const auto errorReply = [&](int code) {
+        return QByteArrayList{frameOf(CSocketAPI::errorCommand, sequence, intPayload(code))};
+    };
+    if (length < 4)
+        return errorReply(errorBadPayload);
+    const int value = CByte2Val::byte2Int(request.constData() + CSocketAPI::headerSize);
+    const auto listReply = [&](int available, int perFrame, void (*addItem)(int, QByteArray&)) {
+        if (value < 1 || value > available)
+            return errorReply(errorBadPayload);
+        return listFrames(command, sequence, value, perFrame, addItem);
+    };
+
+    switch (command) {
+    case 1:
+        return intReply(state);
+    case 2:
+        return intReply(static_cast<int>(now + clockOffset));
+    case 3:
+        state = 1;
+        clockOffset = 0;
+        return intReply(1);
+    case 5:
+        clockOffset = value - now;
+        return intReply(1);
+    case 6:
+        state = value;
+        return intReply(value);
+    case commandInts:
+        return listReply(intCount, intsPerFrame, addInt);
+    case commandBytes:
+        return listReply(byteCount, bytesPerFrame, addByte);
+    case commandStrings:
+        return listReply(stringCount, stringsPerFrame, addString);
+    case commandError:
+        return errorReply(value);
+    default:
+        return errorReply(errorUnknownCommand);
+    }
+}
+
+int Station::sendReply(CTcpSocket& connection, QByteArrayList frames)
+{
+    int sent = 0;
+    pause(faults.lateMs);
+    for (QByteArray& frame : frames) {
+        if (sent > 0)
+            pause(faults.gapMs);
+        if (faults.wrongEnd)
+            frame[frame.size() - 1] = CSocketAPI::frameEnd + 1;
+        if (!send(connection, frame))
+            return -1;
+        sent += frame.size();
+    }
+    return sent;
+}
+
+void Station::serveConnection(CTcpSocket& connection, const QString& peer)
+{
+    printLine(peer + " connected");
+    if (faults.greets && !send(connection, frameOf(0, 0, intPayload(faults.greeting))))
+        return;
+    QByteArray request;
+    while (receiveFrame(connection, request)) {
+        const QString line = QString("%1 command 0x%2, %3 bytes: ")
+                                 .arg(peer)
+                                 .arg(static_cast<unsigned char>(request.at(9)), 2, 16, QChar('0'))
+                                 .arg(request.size());
+        if (faults.closes) {
+            printLine(line + "closed");
+            return;
+        }
+        if (faults.silent) {
+            printLine(line + "not answered");
+            continue;
+        }
+        const int sent = sendReply(connection, answer(request));
+        if (sent < 0) {
+            printLine(line + "gone ahead of the answer");
+            return;
+        }
+        printLine(line + QString("answered with %1 bytes").arg(sent));
+    }
+    printLine(peer + " gone");
+}

@@ -1,0 +1,67 @@
+#include "command.h"
+#include "console.h"
+#include "station.h"
+
+#include <QCommandLineParser>
+
+#include <climits>
+
+int runStation(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "A simulated station: a frame server that greets, answers the ready-made commands and serves lists.\n"
+        "Its first line says where it listens, a line per connection and request follows. It runs until it is ended.\n"
+        "\n"
+        "Commands: 1 systemState (1 until setState), 2 systemTime (its clock), 3 clear (state and clock as at the\n"
+        "start), 5 setTime (sets its clock to the first integer), 6 setState. Lists and faults, with numbers of its\n"
+        "own and one integer as payload: 0x20 integers, 0x21 bytes, 0x22 strings (how many), 0x23 an error frame\n"
+        "(which code). It answers -10 to an unknown command and -11 to a payload that it can't use.\n"
+        "\n"
+        "Each connection costs two descriptors, one of which stays open for good.");
+    const QCommandLineOption address("address", "Address to listen on; 127.0.0.1 means every interface.", "ADDRESS",
+                                     "127.1");
+    const QCommandLineOption port("port", "Port to listen on, chosen by the system if 0.", "PORT", "0");
+    const QCommandLineOption greeting("greeting", "Integer of the greeting.", "NUMBER", "1");
+    const QCommandLineOption noGreeting("no-greeting", "Do not greet.");
+    const QCommandLineOption late("late", "Answer that much later.", "MS", "0");
+    const QCommandLineOption gap("gap", "Time between the frames of one reply; clients lose frames that come together.",
+                                 "MS", "100");
+    const QCommandLineOption pieces("pieces", "Send replies in pieces of that size.", "BYTES", "0");
+    const QCommandLineOption silent("silent", "Never answer.");
+    const QCommandLineOption wrongEnd("wrong-end", "End replies with a wrong byte.");
+    const QCommandLineOption closes("close", "Close the connection in place of a reply.");
+    parser.addOptions({address, port, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes});
+    int exitCode = exitGood;
+    if (!parseArguments(parser, arguments, exitCode))
+        return exitCode;
+    if (!parser.positionalArguments().isEmpty())
+        return usageError("station takes options only");
+
+    StationFaults faults;
+    int portNumber = 0;
+    if (!readInt(parser.value(port), 0, 65535, portNumber))
+        return usageError("a port is 0 to 65535");
+    if (!readInt(parser.value(greeting), INT_MIN, INT_MAX, faults.greeting))
+        return usageError("a greeting is an integer");
+    if (!readInt(parser.value(late), 0, INT_MAX, faults.lateMs))
+        return usageError("--late takes milliseconds");
+    if (!readInt(parser.value(gap), 0, INT_MAX, faults.gapMs))
+        return usageError("--gap takes milliseconds");
+    if (!readInt(parser.value(pieces), 0, INT_MAX, faults.pieceSize))
+        return usageError("--pieces takes a number of bytes");
+    faults.greets = !parser.isSet(noGreeting);
+    faults.silent = parser.isSet(silent);
+    faults.wrongEnd = parser.isSet(wrongEnd);
+    faults.closes = parser.isSet(closes);
+
+    Station station(faults);
+    if (!station.listen(parser.value(address), portNumber)) {
+        printError(QString("can't listen on %1, port %2").arg(parser.value(address)).arg(portNumber));
+        return exitFailed;
+    }
+    printLine("listening on " + station.endpoint());
+    station.serve();
+    printError("can't accept any more connections");
+    return exitFailed;
+}
