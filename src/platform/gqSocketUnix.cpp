@@ -21,7 +21,7 @@ static timeval toTimeval(int ms)
 {
     timeval time;
     time.tv_sec = ms / 1000;
-    time.tv_usec = (ms % 1000) * 1000; // negative as well for a negative time; the system then refuses it
+    time.tv_usec = (ms % 1000) * 1000L; // negative as well for a negative time; the system then refuses it
     return time;
 }
 

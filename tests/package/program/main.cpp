@@ -12,7 +12,8 @@ int main()
     client.addHeader(0x10, 0, 0, frame);
     gqdb::CByte2Val::int2Byte(1, frame);
     gqdb::CTcpAPI::addEnd(frame);
-    if (frame.toHex() != "680400000000000000100100000000" "0016") {
+    if (frame.toHex() != "680400000000000000100100000000"
+                         "0016") {
         std::fprintf(stderr, "not the frame: %s\n", frame.toHex().constData());
         return 1;
     }
