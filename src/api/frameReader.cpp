@@ -10,10 +10,11 @@ namespace gqdb {
 
 static const int headerSize = CSocketAPI::headerSize;
 
-// Length field plus header and tail in 32 bits: a length near either end of its range wraps, here and in the check.
-static int wholeSize(const QByteArray& frame)
+// Size that a header announces: length field plus header and tail, in 32 bits. A length near either end of its range
+// wraps, here and in the check.
+static int wholeSize(const char* header)
 {
-    return static_cast<int>(load32(frame.constData() + 1) + unsigned(CSocketAPI::frameOverhead));
+    return static_cast<int>(load32(header + 1) + unsigned(CSocketAPI::frameOverhead));
 }
 
 // Moves bytes into the frame until it has `wanted`, but at least one, and as far as the input goes.
@@ -24,26 +25,42 @@ static void take(const char* buf, int size, int& pos, QByteArray& frame, int wan
     pos += count;
 }
 
+// Skips to a start byte and takes it. Where the whole header is at hand, what there is of the frame comes with it in one
+// growth: no more than that is reserved, however much the header announces.
+static void begin(const char* buf, int size, int& pos, QByteArray& frame, int& frameSize)
+{
+    const void* start = std::memchr(buf + pos, CSocketAPI::frameStart, static_cast<size_t>(size - pos));
+    if (start == nullptr) {
+        pos = size;
+        return;
+    }
+    pos = static_cast<int>(static_cast<const char*>(start) - buf);
+    frameSize = 0;
+    const int left = size - pos;
+    if (left >= headerSize && wholeSize(buf + pos) > headerSize) {
+        frameSize = wholeSize(buf + pos);
+        frame.reserve(std::min(frameSize, left));
+        take(buf, size, pos, frame, frameSize);
+    } else {
+        take(buf, size, pos, frame, 1);
+    }
+}
+
 bool feedFrame(const char* buf, int size, int& pos, QByteArray& frame, int& frameSize)
 {
     while (pos < size) {
         if (frame.isEmpty()) {
-            const void* start = std::memchr(buf + pos, CSocketAPI::frameStart, static_cast<size_t>(size - pos));
-            if (start == nullptr) {
-                pos = size;
-                return false;
-            }
-            pos = static_cast<int>(static_cast<const char*>(start) - buf) + 1;
-            frame.append(CSocketAPI::frameStart);
-            frameSize = 0;
-        } else if (frameSize <= 0) {
-            take(buf, size, pos, frame, headerSize);
-            if (frame.size() >= headerSize)
-                frameSize = wholeSize(frame); // 0 or below where the length wraps: then every byte lands here
-        } else {
+            begin(buf, size, pos, frame, frameSize);
+            if (frameSize > 0 && frame.size() >= frameSize)
+                return true;
+        } else if (frameSize > 0) {
             take(buf, size, pos, frame, frameSize);
             if (frame.size() >= frameSize)
                 return true;
+        } else {
+            take(buf, size, pos, frame, headerSize);
+            if (frame.size() >= headerSize)
+                frameSize = wholeSize(frame.constData()); // 0 or below where it wraps: then every byte lands here
         }
     }
     return false;
@@ -54,7 +71,7 @@ bool isFrameOk(const QByteArray& frame, int frameSize, int& len)
     if (frame.size() < headerSize || frameSize < headerSize + 1 || frameSize > frame.size())
         return false;
     len = static_cast<int>(load32(frame.constData() + 1));
-    return wholeSize(frame) <= frameSize && frame.at(frameSize - 1) == CSocketAPI::frameEnd;
+    return wholeSize(frame.constData()) <= frameSize && frame.at(frameSize - 1) == CSocketAPI::frameEnd;
 }
 
 bool isErrorFrame(const QByteArray& frame)
@@ -78,7 +95,10 @@ const char* framePayload(const QByteArray& frame, int& len)
 
 void dropFrame(QByteArray& frame, int& frameSize)
 {
-    frame.clear();
+    if (frame.capacity() > CSocketAPI::rawBufferSize)
+        frame.clear();
+    else
+        frame.resize(0); // the next frame goes into the same memory
     frameSize = 0;
 }
 

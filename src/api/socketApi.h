@@ -36,7 +36,7 @@ namespace gqdb {
 //    -1  dead link: the peer closed, a socket failure, no memory
 //    -2  error frame with a payload below 4 bytes
 //    -5  payload shorter than its form demands
-//   any other  the code that the server put into an error frame, unchanged (so a code of 1 reads as success)
+//   any other  the code that the server put into an error frame, unchanged
 //
 // Nothing is locked: one thread at a time on one object. Objects are destroyed through their own type, for the
 // destructors are not virtual.

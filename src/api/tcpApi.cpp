@@ -153,9 +153,13 @@ int CTcpAPI::requestStrings(const QByteArray& frame, int count, QStringList& out
 int CTcpAPI::requestInt(unsigned char command, int value)
 {
     int result = checkConnect();
+    if (result != 1)
+        return result;
+    result = sendInt(command, value);
     if (result == 1)
-        result = sendInt(command, value);
-    return result == 1 ? recvInt() : result;
+        return recvInt();
+    connected = false;
+    return result;
 }
 
 int CTcpAPI::requestInt(unsigned char command, const std::vector<int>& values)

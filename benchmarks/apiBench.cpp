@@ -1,0 +1,202 @@
+#include "apiBench.h"
+
+#include "comparison.h"
+#include "echoPeer.h"
+#include "tcpApi.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+using gqdb::CSocketAPI;
+using gqdb::CTcpAPI;
+
+// --- Reassembly ---------------------------------------------------------------------------------------------------
+
+// A client with its frame in the open.
+class OpenClient : public CTcpAPI {
+public:
+    // Feeds the reassembly, without a network, in reads of `step` bytes. Whether the last one made the frame whole.
+    bool take(const QByteArray& bytes, int step)
+    {
+        bool whole = false;
+        for (int start = 0; start < bytes.size(); start += step) {
+            int pos = 0;
+            whole = recvData(bytes.constData() + start, std::min(step, bytes.size() - start), pos);
+        }
+        return whole;
+    }
+
+    const QByteArray& taken() const { return recvFrame; }
+
+    // As the client does behind each reply: memory up to the size of one read is kept.
+    void drop()
+    {
+        if (recvFrame.capacity() > rawBufferSize)
+            recvFrame.clear();
+        else
+            recvFrame.resize(0);
+        recvFrameSize = 0;
+    }
+};
+
+// The same reads, copied to where they belong.
+static void copy(const QByteArray& bytes, int step, char* target)
+{
+    for (int start = 0; start < bytes.size(); start += step)
+        std::memcpy(target + start, bytes.constData() + start, size_t(std::min(step, bytes.size() - start)));
+}
+
+// A frame of `size` bytes in all, its payload full of start and end bytes.
+static QByteArray frameOf(int size)
+{
+    QByteArray frame;
+    CSocketAPI::addHeader(1, 0, 0, 0, 0, frame);
+    for (int i = 0; i < size - CSocketAPI::frameOverhead; ++i)
+        frame.append(static_cast<char>(i * 7));
+    CSocketAPI::addEnd(frame);
+    return frame;
+}
+
+static void compareReassembly(const std::string& job, int frameSize, int step, double aim)
+{
+    const QByteArray frame = frameOf(frameSize);
+    const auto library = [=](benchmark::State& state) {
+        OpenClient client;
+        if (!client.take(frame, step) || client.taken() != frame)
+            fail(job + ": the library's frame differs");
+        client.drop();
+        for (auto _ : state) {
+            if (!client.take(frame, step))
+                fail(job + ": the library's frame is not whole");
+            benchmark::DoNotOptimize(client.taken().constData());
+            client.drop();
+        }
+    };
+    const auto bare = [=](benchmark::State& state) {
+        QByteArray target(frame.size(), '\0');
+        copy(frame, step, target.data());
+        if (target != frame)
+            fail(job + ": the copied frame differs");
+        char* bytes = target.data();
+        for (auto _ : state) {
+            copy(frame, step, bytes);
+            benchmark::DoNotOptimize(bytes);
+            benchmark::ClobberMemory();
+        }
+    };
+    compare(job, {{Clock::processor, aim}}, library, bare);
+}
+
+// --- Round trip ---------------------------------------------------------------------------------------------------
+
+static const unsigned char command = 1;
+static const int value = 12345;
+// Start, length 4, sequence 0, arg2, arg1, command, value, checksum, end.
+static const QByteArray request = QByteArray::fromHex("68 04000000 0000 00 00 01 39300000 0000 16");
+static const QByteArray greeting = QByteArray::fromHex("68 04000000 0000 00 00 00 01000000 0000 16");
+
+// A request and its reply without a client: the same socket options in the same calls, one send, one recv.
+class BareClient {
+public:
+    explicit BareClient(int port);
+    ~BareClient() { close(descriptor); }
+    BareClient(const BareClient&) = delete;
+    BareClient& operator=(const BareClient&) = delete;
+
+    // Sends the request and waits for as many bytes; false if something else came of it.
+    bool roundTrip(const QByteArray& bytes)
+    {
+        return send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL) == bytes.size() &&
+               receive() == bytes.size();
+    }
+
+    ssize_t receive() { return recv(descriptor, buffer.get(), CSocketAPI::rawBufferSize, MSG_NOSIGNAL); }
+    QByteArray received(int size) const { return QByteArray(buffer.get(), size); }
+
+private:
+    int descriptor;
+    std::unique_ptr<char[]> buffer;
+};
+
+BareClient::BareClient(int port)
+    : descriptor(socket(AF_INET, SOCK_STREAM, 0)), buffer(new char[CSocketAPI::rawBufferSize])
+{
+    const char oneByte = 1; // refused; the library asks in the same way
+    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &oneByte, sizeof oneByte);
+    const int on = 1;
+    setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    const linger drop = {1, 0};
+    setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &drop, sizeof drop);
+    const int kernelBuffer = 921600;
+    setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &kernelBuffer, sizeof kernelBuffer);
+    setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof kernelBuffer);
+    const timeval limit = {9, 0};
+    setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+
+    sockaddr_in peer = {};
+    peer.sin_family = AF_INET;
+    peer.sin_port = htons(static_cast<uint16_t>(port));
+    peer.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) != 0 ||
+        receive() != greeting.size() || received(greeting.size()) != greeting)
+        fail("the bare client was not greeted");
+}
+
+// The library's request on the wire: the peer sends it back as it came.
+static void checkRequest(OpenClient& client)
+{
+    int len = 0;
+    if (client.sendInt(command, value) != 1 || client.recvDatas(len) != 1)
+        fail("the library's request did not come back");
+    QByteArray echo = client.taken();
+    echo[5] = echo[6] = 0; // the sequence, which counts on
+    if (echo != request)
+        fail("the library's request differs");
+    client.drop();
+}
+
+static void compareRoundTrip()
+{
+    static EchoPeer libraryPeer(greeting);
+    static EchoPeer barePeer(greeting);
+    static OpenClient client;
+    static BareClient bareClient(barePeer.port());
+    if (client.connect("127.0.0.1", libraryPeer.port()) != 1)
+        fail("the library's client was not greeted");
+
+    const auto library = [](benchmark::State& state) {
+        checkRequest(client);
+        for (auto _ : state) {
+            if (client.requestInt(command, value) != value)
+                fail("the library's reply differs");
+        }
+    };
+    const auto bare = [](benchmark::State& state) {
+        if (!bareClient.roundTrip(request) || bareClient.received(request.size()) != request)
+            fail("the bare reply differs");
+        for (auto _ : state) {
+            if (!bareClient.roundTrip(request))
+                fail("the bare reply did not come");
+        }
+    };
+    compare("requestInt and its reply", {{Clock::processor, 0}, {Clock::wall, 0}}, library, bare);
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+void compareApi()
+{
+    compareReassembly("frame of 1 MiB in reads of 64 KiB", 1 << 20, 1 << 16, 2);
+    compareReassembly("frame of 100 bytes in one read", 100, 100, 8);
+    compareReassembly("frame of 1 MiB in reads of 7 bytes", 1 << 20, 7, 3);
+    compareRoundTrip();
+}

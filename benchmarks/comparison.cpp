@@ -1,0 +1,120 @@
+#include "comparison.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+struct Comparison {
+    std::string job;
+    std::vector<Aim> aims;
+};
+
+static std::vector<Comparison> comparisons;
+
+static std::string libraryName(const std::string& job)
+{
+    return job + ": library";
+}
+
+static std::string bareName(const std::string& job)
+{
+    return job + ": bare";
+}
+
+void compare(const std::string& job, const std::vector<Aim>& aims, const Side& library, const Side& bare)
+{
+    comparisons.push_back({job, aims});
+    // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the registry owns what it makes of them
+    benchmark::RegisterBenchmark(libraryName(job).c_str(), library);
+    benchmark::RegisterBenchmark(bareName(job).c_str(), bare);
+    // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
+}
+
+// --- Measuring ----------------------------------------------------------------------------------------------------
+
+// The least nanoseconds of one iteration, on each clock by itself.
+struct LeastTimes {
+    double processor;
+    double wall;
+};
+
+class LeastTimesReporter : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context&) override { return true; }
+    void ReportRuns(const std::vector<Run>& runs) override;
+
+    // Null if that benchmark did not run.
+    const LeastTimes* find(const std::string& name) const;
+
+private:
+    std::map<std::string, LeastTimes> times;
+};
+
+void LeastTimesReporter::ReportRuns(const std::vector<Run>& runs)
+{
+    for (const Run& run : runs) {
+        if (run.run_type != Run::RT_Iteration)
+            continue; // a mean or the like
+        const double perIteration = 1e9 / static_cast<double>(run.iterations);
+        const LeastTimes now = {run.cpu_accumulated_time * perIteration, run.real_accumulated_time * perIteration};
+        LeastTimes& least = times.emplace(run.run_name.function_name, now).first->second;
+        least = {std::min(least.processor, now.processor), std::min(least.wall, now.wall)};
+    }
+}
+
+const LeastTimes* LeastTimesReporter::find(const std::string& name) const
+{
+    const auto found = times.find(name);
+    return found == times.end() ? nullptr : &found->second;
+}
+
+// --- The table ----------------------------------------------------------------------------------------------------
+
+static std::string decimals(double value, int digits)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*f", digits, value);
+    return text;
+}
+
+static void printRow(std::ostream& out, const std::string& job, const Aim& aim, const LeastTimes& library,
+                     const LeastTimes& bare)
+{
+    const bool isWall = aim.clock == Clock::wall;
+    const double libraryTime = isWall ? library.wall : library.processor;
+    const double bareTime = isWall ? bare.wall : bare.processor;
+    const double ratio = libraryTime / bareTime;
+    std::string verdict = "-";
+    if (aim.ratio > 0)
+        verdict = decimals(aim.ratio, 0) + (ratio <= aim.ratio ? ", met" : ", MISSED");
+    char row[200];
+    std::snprintf(row, sizeof row, "| %-38s | %-9s | %10s | %10s | %5s | %-9s |\n", job.c_str(),
+                  isWall ? "wall" : "processor", decimals(libraryTime, 1).c_str(), decimals(bareTime, 1).c_str(),
+                  decimals(ratio, 2).c_str(), verdict.c_str());
+    out << row;
+}
+
+bool runComparisons(std::ostream& out)
+{
+    LeastTimesReporter reporter;
+    if (benchmark::RunSpecifiedBenchmarks(&reporter) == 0)
+        return false;
+    out << "| job                                    | clock     | library ns |    bare ns | ratio | aim       |\n"
+           "| -------------------------------------- | --------- | ---------: | ---------: | ----: | --------- |\n";
+    for (const Comparison& comparison : comparisons) {
+        const LeastTimes* library = reporter.find(libraryName(comparison.job));
+        const LeastTimes* bare = reporter.find(bareName(comparison.job));
+        if (library == nullptr || bare == nullptr)
+            continue; // filtered out
+        for (const Aim& aim : comparison.aims)
+            printRow(out, comparison.job, aim, *library, *bare);
+    }
+    return true;
+}
+
+void fail(const std::string& what)
+{
+    std::fprintf(stderr, "gqBench: %s\n", what.c_str());
+    std::exit(EXIT_FAILURE);
+}

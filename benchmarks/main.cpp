@@ -1,0 +1,30 @@
+#include "apiBench.h"
+#include "comparison.h"
+
+#include <iostream>
+#include <vector>
+
+int main(int argc, char** argv)
+{
+    // Ahead of what the user says, which thereby prevails. Both sides of a job take turns in random order, and the
+    // least of many short runs is what a busy machine disturbs least.
+    char interleaving[] = "--benchmark_enable_random_interleaving=true";
+    char repetitions[] = "--benchmark_repetitions=21";
+    char minTime[] = "--benchmark_min_time=0.05";
+    std::vector<char*> arguments = {argv[0], interleaving, repetitions, minTime};
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    int count = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
+        return 2;
+
+    // Clients print a line when they are made; the table is to stand alone.
+    std::ostream out(std::cout.rdbuf());
+    std::cout.rdbuf(nullptr);
+
+    compareApi();
+    const bool ran = runComparisons(out);
+    std::cout.rdbuf(out.rdbuf());
+    return ran ? 0 : 1;
+}
