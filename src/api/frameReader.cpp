@@ -68,7 +68,7 @@ bool feedFrame(const char* buf, int size, int& pos, QByteArray& frame, int& fram
 
 bool isFrameOk(const QByteArray& frame, int frameSize, int& len)
 {
-    if (frame.size() < headerSize || frameSize < headerSize + 1 || frameSize > frame.size())
+    if (frameSize < headerSize + 1 || frameSize > frame.size())
         return false;
     len = static_cast<int>(load32(frame.constData() + 1));
     return wholeSize(frame.constData()) <= frameSize && frame.at(frameSize - 1) == CSocketAPI::frameEnd;

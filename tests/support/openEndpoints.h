@@ -1,0 +1,22 @@
+#pragma once
+
+#include "gqSocketUnix.h"
+
+// An endpoint with its state in the open.
+template <typename Endpoint>
+class Open : public Endpoint {
+public:
+    using Endpoint::address;
+    using Endpoint::handle;
+    using Endpoint::opened;
+    using Endpoint::port;
+};
+
+// The descriptor of an endpoint that the library made.
+inline int descriptorOf(const CAbstractSocket& endpoint)
+{
+    struct Cell : CAbstractSocket {
+        static int* CAbstractSocket::*place() { return &Cell::handle; }
+    };
+    return *(endpoint.*Cell::place());
+}

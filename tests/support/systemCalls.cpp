@@ -1,0 +1,348 @@
+#undef _FORTIFY_SOURCE // its inline forms of these functions stand in the way of defining them
+
+#include "support/systemCalls.h"
+#include "support/hex.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <cstring>
+#include <deque>
+#include <map>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/select.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+// --- The script ---
+
+struct Answer {
+    long result = 0;
+    int error = 0;
+    QByteArray out;
+    std::array<std::vector<int>, 3> ready; // of a select
+
+    void handOut(void* target, size_t room) const
+    {
+        std::memcpy(target, out.constData(), std::min(size_t(out.size()), room));
+    }
+};
+
+class SystemCallScript {
+public:
+    std::map<std::string, std::deque<Answer>> answers;
+    std::string lines;
+
+    // Writes the call down and gives its answer.
+    template <typename... Arguments>
+    Answer call(const char* function, const Arguments&... arguments)
+    {
+        std::ostringstream line;
+        const char* separator = "(";
+        line << function;
+        ((line << separator << arguments, separator = ", "), ...);
+        lines += line.str() + ")\n";
+
+        std::deque<Answer>& waiting = answers[function];
+        Answer answer;
+        if (!waiting.empty()) {
+            answer = waiting.front();
+            waiting.pop_front();
+        }
+        if (answer.result < 0)
+            errno = answer.error;
+        return answer;
+    }
+};
+
+static thread_local SystemCallScript* active = nullptr;
+
+SystemCalls::SystemCalls() : script(new SystemCallScript)
+{
+    active = script.get();
+}
+
+SystemCalls::~SystemCalls()
+{
+    active = nullptr;
+    for (const auto& [function, waiting] : script->answers)
+        EXPECT_TRUE(waiting.empty()) << waiting.size() << " answers of " << function << " were never fetched";
+}
+
+void SystemCalls::answer(const std::string& function, long result, const QByteArray& out)
+{
+    script->answers[function].push_back({result, 0, out, {}});
+}
+
+void SystemCalls::refuse(const std::string& function, int error)
+{
+    script->answers[function].push_back({-1, error, {}, {}});
+}
+
+void SystemCalls::answerSelect(int result, const Descriptors& readable, const Descriptors& writable,
+                               const Descriptors& exceptional)
+{
+    script->answers["select"].push_back({result, 0, {}, {readable, writable, exceptional}});
+}
+
+std::string SystemCalls::take()
+{
+    return std::exchange(script->lines, {});
+}
+
+// --- What a line shows ---
+
+#define NAME(constant)                                                                                                 \
+    {                                                                                                                  \
+        constant, #constant                                                                                            \
+    }
+
+static std::string named(int value, std::initializer_list<std::pair<int, const char*>> names)
+{
+    for (const auto& [constant, name] : names) {
+        if (constant == value)
+            return name;
+    }
+    return std::to_string(value);
+}
+
+static std::string familyName(int family)
+{
+    return named(family, {NAME(AF_INET), NAME(AF_CAN), NAME(AF_UNIX)});
+}
+
+static std::string typeName(int type)
+{
+    return named(type, {NAME(SOCK_STREAM), NAME(SOCK_DGRAM), NAME(SOCK_RAW)});
+}
+
+static std::string levelName(int level)
+{
+    return named(level, {NAME(SOL_SOCKET), NAME(IPPROTO_IP), NAME(IPPROTO_TCP)});
+}
+
+static std::string optionName(int level, int option)
+{
+    switch (level) {
+    case SOL_SOCKET:
+        return named(option, {NAME(SO_REUSEADDR), NAME(SO_LINGER), NAME(SO_RCVBUF), NAME(SO_SNDBUF), NAME(SO_RCVTIMEO),
+                              NAME(SO_SNDTIMEO), NAME(SO_ERROR), NAME(SO_KEEPALIVE), NAME(SO_BROADCAST)});
+    case IPPROTO_TCP:
+        return named(option, {NAME(TCP_NODELAY)});
+    default:
+        return std::to_string(option);
+    }
+}
+
+static std::string flagName(int flags)
+{
+    return named(flags, {NAME(MSG_NOSIGNAL), NAME(MSG_DONTWAIT)});
+}
+
+static std::string bytes(const void* data, size_t size)
+{
+    return "[" + hex(QByteArray(static_cast<const char*>(data), int(size))) + "]";
+}
+
+static std::string addressText(const sockaddr* address, socklen_t size)
+{
+    if (address->sa_family != AF_INET || size < sizeof(sockaddr_in))
+        return bytes(address, size);
+    sockaddr_in inet = {};
+    std::memcpy(&inet, address, sizeof inet);
+    const QByteArray port(reinterpret_cast<const char*>(&inet.sin_port), sizeof inet.sin_port);
+    const QByteArray host(reinterpret_cast<const char*>(&inet.sin_addr), sizeof inet.sin_addr);
+    return "{AF_INET, " + hex(port) + ", " + hex(host) + "}";
+}
+
+// Bit n of a set is bit n % 8 of its byte n / 8.
+static std::string setText(const fd_set* set, int count)
+{
+    if (set == nullptr)
+        return "null";
+    const auto* octets = reinterpret_cast<const unsigned char*>(set);
+    std::string text;
+    for (int descriptor = 0; descriptor < count; ++descriptor) {
+        if ((octets[descriptor / 8] >> (descriptor % 8) & 1) != 0)
+            text += (text.empty() ? "" : ", ") + std::to_string(descriptor);
+    }
+    return "{" + text + "}";
+}
+
+static void writeSet(fd_set* set, int count, const std::vector<int>& ready)
+{
+    if (set == nullptr)
+        return;
+    auto* octets = reinterpret_cast<unsigned char*>(set);
+    std::fill_n(octets, (count + 63) / 64 * 8, '\0');
+    for (const int descriptor : ready)
+        octets[descriptor / 8] |= static_cast<unsigned char>(1 << descriptor % 8);
+}
+
+static std::string timeText(const timeval* time)
+{
+    if (time == nullptr)
+        return "null";
+    return "{" + std::to_string(time->tv_sec) + ", " + std::to_string(time->tv_usec) + "}";
+}
+
+// --- The functions ---
+
+// The function of that name that these stand ahead of.
+template <typename Function>
+static Function* libc(const char* name)
+{
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+extern "C" {
+
+int socket(int family, int type, int protocol) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::socket)>("socket")(family, type, protocol);
+    return int(active->call("socket", familyName(family), typeName(type), protocol).result);
+}
+
+int setsockopt(int descriptor, int level, int option, const void* value, socklen_t size) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::setsockopt)>("setsockopt")(descriptor, level, option, value, size);
+    const std::string name = optionName(level, option);
+    return int(active->call("setsockopt", descriptor, levelName(level), name, bytes(value, size), size).result);
+}
+
+int getsockopt(int descriptor, int level, int option, void* value, socklen_t* size) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::getsockopt)>("getsockopt")(descriptor, level, option, value, size);
+    const Answer answer = active->call("getsockopt", descriptor, levelName(level), optionName(level, option), *size);
+    answer.handOut(value, *size);
+    return int(answer.result);
+}
+
+int bind(int descriptor, const sockaddr* address, socklen_t size) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::bind)>("bind")(descriptor, address, size);
+    return int(active->call("bind", descriptor, addressText(address, size), size).result);
+}
+
+int listen(int descriptor, int backlog) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::listen)>("listen")(descriptor, backlog);
+    return int(active->call("listen", descriptor, backlog).result);
+}
+
+int accept(int descriptor, sockaddr* address, socklen_t* size)
+{
+    if (active == nullptr)
+        return libc<decltype(::accept)>("accept")(descriptor, address, size);
+    const Answer answer = active->call("accept", descriptor, *size);
+    answer.handOut(address, *size);
+    return int(answer.result);
+}
+
+int connect(int descriptor, const sockaddr* address, socklen_t size)
+{
+    if (active == nullptr)
+        return libc<decltype(::connect)>("connect")(descriptor, address, size);
+    return int(active->call("connect", descriptor, addressText(address, size), size).result);
+}
+
+int shutdown(int descriptor, int how) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::shutdown)>("shutdown")(descriptor, how);
+    return int(
+        active->call("shutdown", descriptor, named(how, {NAME(SHUT_RD), NAME(SHUT_WR), NAME(SHUT_RDWR)})).result);
+}
+
+int getpeername(int descriptor, sockaddr* address, socklen_t* size) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::getpeername)>("getpeername")(descriptor, address, size);
+    const Answer answer = active->call("getpeername", descriptor, *size);
+    answer.handOut(address, *size);
+    return int(answer.result);
+}
+
+int getsockname(int descriptor, sockaddr* address, socklen_t* size) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::getsockname)>("getsockname")(descriptor, address, size);
+    const Answer answer = active->call("getsockname", descriptor, *size);
+    answer.handOut(address, *size);
+    return int(answer.result);
+}
+
+ssize_t send(int descriptor, const void* data, size_t size, int flags)
+{
+    if (active == nullptr)
+        return libc<decltype(::send)>("send")(descriptor, data, size, flags);
+    return active->call("send", descriptor, bytes(data, size), size, flagName(flags)).result;
+}
+
+ssize_t recv(int descriptor, void* buffer, size_t size, int flags)
+{
+    if (active == nullptr)
+        return libc<decltype(::recv)>("recv")(descriptor, buffer, size, flags);
+    const Answer answer = active->call("recv", descriptor, size, flagName(flags));
+    answer.handOut(buffer, size);
+    return answer.result;
+}
+
+int select(int count, fd_set* readable, fd_set* writable, fd_set* exceptional, timeval* time)
+{
+    if (active == nullptr)
+        return libc<decltype(::select)>("select")(count, readable, writable, exceptional, time);
+    const Answer answer = active->call("select", count, setText(readable, count), setText(writable, count),
+                                       setText(exceptional, count), timeText(time));
+    if (answer.result >= 0) {
+        writeSet(readable, count, answer.ready[0]);
+        writeSet(writable, count, answer.ready[1]);
+        writeSet(exceptional, count, answer.ready[2]);
+    }
+    return int(answer.result);
+}
+
+int close(int descriptor)
+{
+    if (active == nullptr)
+        return libc<decltype(::close)>("close")(descriptor);
+    return int(active->call("close", descriptor).result);
+}
+
+int fcntl(int descriptor, int command, ...)
+{
+    va_list arguments;
+    va_start(arguments, command);
+    const long argument = va_arg(arguments, long); // as wide as a pointer, which some commands take
+    va_end(arguments);
+    if (active == nullptr)
+        return libc<decltype(::fcntl)>("fcntl")(descriptor, command, argument);
+    return int(active->call("fcntl", descriptor, named(command, {NAME(F_GETFL), NAME(F_SETFL)}), int(argument)).result);
+}
+
+sighandler_t signal(int number, sighandler_t handler) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::signal)>("signal")(number, handler);
+    const std::string name = named(number, {NAME(SIGPIPE)});
+    const char* action = handler == SIG_IGN ? "SIG_IGN" : handler == SIG_DFL ? "SIG_DFL" : "a function";
+    return reinterpret_cast<sighandler_t>(active->call("signal", name, action).result);
+}
+
+} // extern "C"
