@@ -184,7 +184,7 @@ TEST(TcpApiSendDatas, failsWithoutASocketAndLeavesTheFlag)
 
 TEST(TcpApiSendDatas, neverReconnectsInAnyForm)
 {
-    ScriptedServer server{{sends(greeting)}};
+    ScriptedServer server{{sends(greeting)}, {sends(greeting)}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
     client.close();
@@ -193,7 +193,8 @@ TEST(TcpApiSendDatas, neverReconnectsInAnyForm)
     EXPECT_EQ(client.sendInt(0x22, 5), -1);
     EXPECT_EQ(client.sendInts(0x23, {6}), -1);
     EXPECT_EQ(client.link(), "down, closed");
-    EXPECT_EQ(client.sendSeq, 3); // numbers of frames that are never sent are used up
+    EXPECT_EQ(client.sendSeq, 3);        // numbers of frames that are never sent are used up
+    EXPECT_EQ(client.checkConnect(), 1); // the server was there all the time
 }
 
 // --- Requests ---
