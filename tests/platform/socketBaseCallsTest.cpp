@@ -66,6 +66,8 @@ TEST(SocketBaseClass, keepsTheOrderOfItsVirtualOperations)
     EXPECT_EQ(placeInTable(&CAbstractSocket::setRecvOverTm), 0);
     EXPECT_EQ(placeInTable(&CAbstractSocket::setSendOverTm), 1);
     EXPECT_EQ(placeInTable(&CAbstractSocket::close), 2);
+    EXPECT_EQ(placeInTable(&CTcpSocket::close), 2);
+    EXPECT_EQ(placeInTable(&CTcpServer::close), 2);
 }
 
 TEST(SocketBaseClass, keepsTheOrderOfItsFieldsBehindTheTable)

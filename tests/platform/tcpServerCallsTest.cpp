@@ -60,6 +60,8 @@ TEST_F(TcpServerOpenCalls, makesASocketBindsAndListens)
                                             "listen(7, 5)\n");
     EXPECT_EQ(*server.handle, 7);
     EXPECT_TRUE(server.opened);
+    EXPECT_EQ(server.address, ""); // kept by no one
+    EXPECT_EQ(server.port, 0);
 }
 
 TEST_F(TcpServerOpenCalls, givesTheAddressInNetworkOrder)

@@ -301,6 +301,13 @@ TEST_F(TcpSocketConnectCalls, goesByTheOpenedFlagAndNotByTheDescriptor)
     EXPECT_EQ(calls.take(), opening(8) + "connect(8, {AF_INET, 05 de, 7f 00 00 01}, 16)\n");
 }
 
+TEST_F(TcpSocketConnectCalls, keepsNeitherAddressNorPort)
+{
+    EXPECT_EQ(socket.connect("127.0.0.1", 1502, false), 1);
+    EXPECT_EQ(socket.address, "");
+    EXPECT_EQ(socket.port, 0);
+}
+
 // --- setSocket ---
 
 using TcpSocketSetSocketCalls = TcpSocketCalls;

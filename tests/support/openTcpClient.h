@@ -49,7 +49,7 @@ public:
         return int(time.tv_sec * 1000 + time.tv_usec / 1000);
     }
 
-    // As if memory for an endpoint had never been there.
+    // Leaves the client without an endpoint.
     void loseSocket()
     {
         delete socket;

@@ -342,7 +342,7 @@ sighandler_t signal(int number, sighandler_t handler) noexcept
         return libc<decltype(::signal)>("signal")(number, handler);
     const std::string name = named(number, {NAME(SIGPIPE)});
     const char* action = handler == SIG_IGN ? "SIG_IGN" : handler == SIG_DFL ? "SIG_DFL" : "a function";
-    return reinterpret_cast<sighandler_t>(active->call("signal", name, action).result);
+    return active->call("signal", name, action).result < 0 ? SIG_ERR : SIG_DFL;
 }
 
 } // extern "C"
