@@ -8,17 +8,19 @@
 int main(int argc, char* argv[])
 {
     gqdb::CTcpAPI client;
-    if (client.connect("127.0.0.1", argc > 1 ? std::atoi(argv[1]) : 0) != 1)
+    if (client.connect("127.0.0.1", argc > 1 ? std::atoi(argv[1]) : 0) != 1) {
+        std::puts("no station");
         return 1;
+    }
     const int time = client.systemTime();
+    if (client.isConnected()) // the result alone does not tell a reply from a failure
+        std::printf("time %d\n", time);
 
     QByteArray frame; // a request of our own: header, payload, end
     client.addHeader(0x20, 0, 0, frame);
     gqdb::CByte2Val::int2Byte(5, frame);
     gqdb::CTcpAPI::addEnd(frame);
     std::vector<int> values;
-    if (client.requestInts(frame, 5, values) != 1)
-        return 1;
-    std::printf("time %d, %zu values, the last one %d\n", time, values.size(), values.back());
-    return 0;
+    if (client.requestInts(frame, 5, values) == 1)
+        std::printf("%zu values, the last one %d\n", values.size(), values.back());
 }

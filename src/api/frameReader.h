@@ -2,8 +2,8 @@
 
 #include <QByteArray>
 
-// Reassembly and check of a reply frame, one for both clients. Their state is the pair `frame` and `frameSize`, the
-// fields recvFrame and recvFrameSize of CSocketAPI. Internal.
+// Reassembly and check of a reply frame. Its state is the pair `frame` and `frameSize`, the fields recvFrame and
+// recvFrameSize of CSocketAPI. Internal.
 namespace gqdb {
 
 // Feeds `buf` from `pos` on into the frame and moves `pos` past every byte looked at. True when the frame is whole;

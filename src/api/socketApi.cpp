@@ -67,8 +67,8 @@ int CSocketAPI::addEnd(QByteArray& data)
 
 // --- Payloads -----------------------------------------------------------------------------------------------------
 
-// Whether a count in front of `buf` and that many items fit into `len` bytes, which are 4 at the least. Computed in 64
-// bits: the counts that a 32-bit sum would let through by wrapping lie outside the payload and are too short as well.
+// Whether the count at `buf` and that many items fit into `len` bytes, which are 4 at the least. Computed in 64 bits, so
+// that no count wraps into a fit.
 static bool holdsItems(const char* buf, int len, unsigned int itemSize)
 {
     return len >= 4 + static_cast<long long>(load32(buf)) * itemSize;
@@ -113,14 +113,14 @@ int CSocketAPI::parseStrings(const char* buf, int len, QStringList& out)
     int pos = 4;
     for (unsigned int i = 0; i < count; ++i) {
         if (len - pos < 2)
-            return -5; // only behind a wrapped count
+            return -5; // only after a wrapped count
         const int size = byte2UShort(buf + pos);
         pos += 2;
         need += static_cast<unsigned int>(size);
         if (len < static_cast<int>(need))
             return 0;
         if (len - pos < size)
-            return -5; // only behind a wrapped count
+            return -5; // only after a wrapped count
         QString text;
         byte2Str(buf + pos, size, text); // an item that holds no whole string stays an empty text
         out.append(text);

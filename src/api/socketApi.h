@@ -13,7 +13,7 @@
 namespace gqdb {
 
 // The frame that clients and servers exchange, and the state that the TCP and the UDP client share. It owns no socket
-// and moves no byte itself; programs use CTcpAPI or CUdpAPI, or a class derived from one of them.
+// and moves no byte itself; programs use CTcpAPI, or a class derived from it.
 //
 // A frame has L + 13 bytes, the same in both directions, every value little-endian:
 //    0  1  start, 0x68
@@ -33,7 +33,7 @@ namespace gqdb {
 //     n  recvInt and what ends in it (requestInt, the ready-made commands): the integer of the reply, any value.
 //        A reply of 0 and a time-out read the same; isConnected() tells them apart
 //     0  time-out, bad frame, refused greeting, or a string item that overruns its payload
-//    -1  dead link: the peer closed, a socket failure, no memory
+//    -1  dead link: the peer closed, a socket failure, no room to send in time, no memory
 //    -2  error frame with a payload below 4 bytes
 //    -5  payload shorter than its form demands
 //   any other  the code that the server put into an error frame, unchanged
@@ -59,7 +59,7 @@ public:
     virtual int setSendOverTm(int ms);
 
     // Appends the 10 header bytes, length still 0, with the object's counter as sequence, then steps the counter: 0 for
-    // the first frame of an object, 0 again behind 65535. Neither connect nor close resets it, and a frame that is
+    // the first frame of an object, 0 again after 65535. Neither connect nor close resets it, and a frame that is
     // never sent has used its number up.
     void addHeader(unsigned char command, unsigned char arg1, unsigned char arg2, QByteArray& data);
 
@@ -71,7 +71,7 @@ public:
     // untouched. A whole header is not asked for: 4 to 9 bytes get a negative length.
     static int addEnd(QByteArray& data);
 
-    // The standard payloads. `buf` points at the payload, `len` is its length L; bytes behind the form are ignored.
+    // The standard payloads. `buf` points at the payload, `len` is its length L; bytes after the form are ignored.
     // The lists append to `out`, so that a reply in several frames gathers there. A count that could not fit into
     // `len` gives -5, however large it is.
 
@@ -89,10 +89,11 @@ public:
     //    1  all items read; an item whose string does not fit into its M bytes gives an empty text
     //    0  an item overruns the payload; the texts ahead of it are in `out`
     //   -5  too short for the count and n outer lengths, with `out` untouched (a count that wraps 32 bits is found out
-    //       only at the item that lies outside, behind the texts read so far)
+    //       only at the item that lies outside, after the texts read so far)
     int parseStrings(const char* buf, int len, QStringList& out);
 
-    // True from a successful connect until a failure or close() clears it.
+    // True from a successful connect, checkConnect or request on; cleared by a time-out, a dead link, any failed recvInt
+    // and close(). A list reply that was refused leaves it.
     bool isConnected();
 
 protected:

@@ -118,36 +118,35 @@ int CTcpAPI::setState(int value)
 
 // --- Requests -----------------------------------------------------------------------------------------------------
 
+// The first half of a request: 1, or the code that ends it.
+static int connectAndSend(CTcpAPI& client, const QByteArray& frame)
+{
+    const int result = client.checkConnect();
+    return result == 1 ? client.sendDatas(frame) : result;
+}
+
 int CTcpAPI::requestInt(const QByteArray& frame)
 {
-    int result = checkConnect();
-    if (result == 1)
-        result = sendDatas(frame);
-    return result == 1 ? recvInt() : result;
+    const int sent = connectAndSend(*this, frame);
+    return sent == 1 ? recvInt() : sent;
 }
 
 int CTcpAPI::requestBytes(const QByteArray& frame, int count, std::vector<unsigned char>& out)
 {
-    int result = checkConnect();
-    if (result == 1)
-        result = sendDatas(frame);
-    return result == 1 ? recvBytes(count, out) : result;
+    const int sent = connectAndSend(*this, frame);
+    return sent == 1 ? recvBytes(count, out) : sent;
 }
 
 int CTcpAPI::requestInts(const QByteArray& frame, int count, std::vector<int>& out)
 {
-    int result = checkConnect();
-    if (result == 1)
-        result = sendDatas(frame);
-    return result == 1 ? recvInts(count, out) : result;
+    const int sent = connectAndSend(*this, frame);
+    return sent == 1 ? recvInts(count, out) : sent;
 }
 
 int CTcpAPI::requestStrings(const QByteArray& frame, int count, QStringList& out)
 {
-    int result = checkConnect();
-    if (result == 1)
-        result = sendDatas(frame);
-    return result == 1 ? recvStrings(count, out) : result;
+    const int sent = connectAndSend(*this, frame);
+    return sent == 1 ? recvStrings(count, out) : sent;
 }
 
 int CTcpAPI::requestInt(unsigned char command, int value)
@@ -158,7 +157,7 @@ int CTcpAPI::requestInt(unsigned char command, int value)
     result = sendInt(command, value);
     if (result == 1)
         return recvInt();
-    connected = false;
+    connected = false; // sendInt has cleared it too, but for a client without a socket
     return result;
 }
 
@@ -205,7 +204,7 @@ int CTcpAPI::sendInts(unsigned char command, const std::vector<int>& values)
 {
     const int count = static_cast<int>(values.size());
     QByteArray frame;
-    if (count <= (INT_MAX - frameOverhead) / 4)
+    if (count <= (INT_MAX - frameOverhead) / 4) // a hint, four bytes short of the frame
         frame.reserve(frameOverhead + 4 * count);
     addHeader(command, 0, 0, frame);
     int2Byte(count, frame);

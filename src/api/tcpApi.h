@@ -10,20 +10,22 @@ namespace gqdb {
 // Request and reply client over one TCP connection. Call order: construct, connect, any number of request* or
 // ready-made commands, close. Frames, payloads and the results of every operation: see CSocketAPI.
 //
-// A lost link comes back by itself: request* and the ready-made commands except setTime rebuild it through
-// checkConnect. Habits to know before they are met:
+// A lost link is rebuilt by the next request: request* and the ready-made commands except setTime call checkConnect
+// first. Habits to know before they are met:
 //   - The time-outs are set on the socket that the constructor opens. A socket that a later connect opens anew has
-//     none, and a read then waits until the peer closes: call setRecvOverTm and setSendOverTm again after coming back.
-//   - A failed recvInt marks the link down but leaves the socket open, an error frame from a healthy server included.
-//     The next request then waits for a greeting that does not come, ends with 0 and closes the socket; only the one
-//     after it succeeds. A failed recvBytes, recvInts or recvStrings leaves the link up.
-//   - What a read brought behind the end of a frame is lost: the protocol is strictly one request, one reply.
+//     none: its wait for the greeting and each read last until the peer closes. A derived class opens the socket itself
+//     and sets the times before the request; setting them after it is too late for the greeting.
+//   - A reply that recvInt refuses (error frame, bad frame, short payload) marks the link down but leaves the socket
+//     open. The next request then waits for a greeting that does not come, ends with 0 and closes the socket; only the
+//     one after it succeeds. A reply that recvBytes, recvInts or recvStrings refuses leaves the link up.
+//   - What a read brought after the end of a frame is lost: the protocol is strictly one request, one reply.
 //   - One send(2) a request; a partial write counts as success.
 //
 // One thread at a time on one object.
 class GQLIB_EXPORT CTcpAPI : public CSocketAPI {
 public:
-    // The socket is open at once, with both time-outs at 9000 ms.
+    // Opens a socket at once, with both time-outs at 9000 ms. That prints "setRecvOverTm:0, 9000" on standard output, as
+    // each setRecvOverTm on an open socket prints its line, and sets SIGPIPE to be ignored in the whole process.
     CTcpAPI();
     ~CTcpAPI();
 
@@ -36,13 +38,14 @@ public:
     // First connect, to dotted IPv4 text and a port in host byte order; keeps both for reconnecting and allocates the
     // read buffer.
     //    1  connected and greeted
-    //    0  no greeting in time, a greeting of 0 or below, or the connect is still in progress
+    //    0  not greeted: silence, a server that closed first, or a greeting of 0 or below; or the connect is still in
+    //       progress
     //   -1  refused, unreachable, no memory
     // On a link that is up it waits for a second greeting, which does not come: 0, with the link down.
     int connect(const std::string& host, int port);
 
-    // One attempt: endpoint connect, then the server's greeting, a frame with one integer above 0. Neither keeps the
-    // address nor sets the connected flag. 1, 0 or -1 as above.
+    // One attempt: endpoint connect, then the server's greeting, a frame with one integer above 0. An error frame with a
+    // code above 1 passes as a greeting too. Neither keeps the address nor sets the connected flag. 1, 0 or -1 as above.
     int connectServer(const std::string& host, int port);
 
     // 1 if connected, else one attempt with the address that connect kept. connect comes first: the read buffer is
@@ -53,6 +56,8 @@ public:
     int close();
 
     // --- Ready-made commands: the integer of the reply, or a code ---
+    // What they make a server do, what its integer means and what the two integers of setTime stand for is agreed with
+    // the server; the library only carries them.
 
     int systemState();                  // command 1, payload: the current time in seconds since 1970
     int systemTime();                   // command 2, likewise
@@ -109,7 +114,7 @@ public:
     bool isRecvOk(int& len);
 
 protected:
-    CTcpSocket* socket; // owned
+    CTcpSocket* socket; // owned; its open() gives it a new descriptor
 };
 
 } // namespace gqdb

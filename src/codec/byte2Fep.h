@@ -4,7 +4,7 @@
 
 namespace gqdb {
 
-// Byte forms of the records of the front-end processors. Static and stateless like its base.
+// What the codec of the front-end processors' records stands on; it has no operation yet.
 class GQLIB_EXPORT CByte2Fep : public CByte2Val {
 public:
     CByte2Fep();

@@ -4,7 +4,7 @@
 
 namespace gqdb {
 
-// Byte forms of the records of the real-time database. Static and stateless like its base.
+// What the codec of the database records stands on; it has no operation yet.
 class GQLIB_EXPORT CByte2Rdb : public CByte2Val {
 public:
     CByte2Rdb();

@@ -141,7 +141,7 @@ static int writtenSize(int size)
 static int writeText(const char* text, int size, QByteArray& data)
 {
     CByte2Val::short2Byte(size, data); // keeps the low 16 bits; a longer text is written whole all the same
-    if (size <= 0)
+    if (size <= 0)                     // empty, or of 2 GiB and more, which counts as negative
         return 2;
     std::memcpy(grow(data, size), text, static_cast<size_t>(size));
     return writtenSize(size);

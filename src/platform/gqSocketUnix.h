@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
-// Network endpoints, thin over the POSIX socket calls: one system call an operation, no loop, no retry on EINTR, IPv4
-// only. Nothing throws or keeps an error number; errno is left as the system call set it.
+// Network endpoints, thin over the POSIX socket calls: no loop, no retry on EINTR, IPv4 only; each connect, send, recv,
+// accept and wait is one system call. Nothing is thrown but by a failed allocation. errno is left as the call set it.
 //
 // Times are milliseconds in an int, ports are in host byte order, addresses are dotted IPv4 text as inet_addr(3) takes
-// it, with no name look-up. Where an address is bound, "" and exactly "127.0.0.1" both mean every interface; to
+// it, with no name look-up. Text that is no address counts as 255.255.255.255: connecting to it fails, but Linux binds
+// and listens there, and no client arrives. Where an address is bound, "" and exactly "127.0.0.1" both mean every interface; to
 // listen on loopback alone, say "127.1".
 //
 // Objects are independent of each other; one object belongs to one thread at a time. They are destroyed through their
@@ -59,10 +60,10 @@ public:
 protected:
     friend class CGqSocket; // watches the descriptors of many sockets
 
-    int* handle; // the descriptor's cell, owned: 0 never opened, -1 closed
-    bool opened;
+    int* handle;         // the descriptor's cell, owned: 0 never opened, -1 closed
+    bool opened;         // whether close() has something to close; connect goes by it
     std::string address; // reserved for interface names
-    int port;
+    int port;            // reserved, like address
 };
 
 // A descriptor on its way to a new owner. Closes nothing by itself.
@@ -82,9 +83,10 @@ public:
     // process. On an open object the old socket stays open with no one to close it. 1, or 0 if there was no socket.
     int open();
 
-    // Connects, after opening a socket if none is open; a failure closes nothing.
+    // Connects, after opening a socket if none is open; a failure closes nothing. A blocking connect waits at most the
+    // time given to setSendOverTm.
     //    1  connected, also when it was connected already
-    //    0  in progress; isWritable tells when it has ended
+    //    0  in progress; isWritable tells when it has ended, and a further connect before that gives -1
     //   -1  failed
     // `async` makes a socket non-blocking that is opened in here. A new object is open, so that its first connect
     // blocks whatever `async` says; after close() it counts.
@@ -102,9 +104,10 @@ public:
     //   -1  not in time, select(2) failed, or the connect failed. A time-out is 0 in isReadable
     int isWritable(int ms);
 
-    // What can be done now: waits up to `ms` until the socket is readable, writable or has an exception, and sets each
+    // What can be done now: waits up to `ms` until the socket is readable, writable or has urgent data, and sets each
     // output to 0 or 1. Result: how many are set, 0 on a time-out; negative if select(2) failed, outputs untouched. A
-    // connected socket with room to send ends the wait at once; to wait for data alone, use isReadable.
+    // connected socket with room to send ends the wait at once; to wait for data alone, use isReadable. A closed object
+    // waits out the time; the result is 0 and the outputs are 1, which says nothing.
     int select(int ms, int& readable, int& writable, int& exceptional);
 
     // One recv(2). Waits at most the time given to setRecvOverTm, for ever if none was given.
@@ -134,8 +137,9 @@ public:
     // it.
     int open(const std::string& localAddress, int localPort, int backlog);
 
-    // The next connection, waiting for it; the caller owns the result and deletes it, which closes the connection.
-    // Null when accept(2) failed, EINTR included. Each accepted connection leaves one further descriptor open for the
+    // The next connection, waiting at most the time given to setRecvOverTm, for ever if none was given; the caller owns
+    // the result and deletes it, which closes the connection. Null when the time has passed or accept(2) failed, EINTR
+    // included. Each accepted connection leaves one further descriptor open for the
     // life of the process, that of the socket which a new CTcpSocket makes for itself: a service that accepts many
     // connections plans for two descriptors each, one of which never comes back.
     CTcpSocket* accept();
@@ -162,6 +166,6 @@ public:
     // Waits up to `ms` until any socket can do something, and writes the three outputs of every row. Result: how many
     // outputs are set in all, 0 on a time-out; negative if select(2) failed, rows untouched. An empty list is a sleep.
     // As in CTcpSocket::select, a socket with room to send ends the wait at once. A closed socket in the list is no
-    // error; its outputs are 1 and say nothing.
+    // error; its outputs are 1, say nothing and are not counted.
     static int select(std::vector<TcpSocketStatus>& sockets, int ms);
 };

@@ -66,7 +66,7 @@ TEST(Gqtool, printsItsVersion)
 {
     const Outcome outcome = run({"--version"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.output, "gqtool 1.0.0\n");
+    EXPECT_EQ(outcome.output, "gqtool " GQLIB_VERSION "\n");
 }
 
 TEST(Gqtool, listsItsCommandsInTheHelp)
@@ -103,6 +103,8 @@ TEST(Gqtool, endsWithTwoOnWrongUsage)
                                          {"call", "127.0.0.1:1"},
                                          {"call", "127.0.0.1", "systemTime"},
                                          {"call", ":1", "systemTime"},
+                                         {"call", "localhost:1", "systemTime"},
+                                         {"station", "--address", "localhost"},
                                          {"call", "127.0.0.1:0", "systemTime"},
                                          {"call", "127.0.0.1:1", "nonsense"},
                                          {"call", "127.0.0.1:1", "setState"},
@@ -121,7 +123,7 @@ TEST(Gqtool, tellsHowToPassANegativeNumber)
 {
     const Outcome outcome = run({"call", "127.0.0.1:1", "setState", "-1"});
     EXPECT_EQ(outcome.exitCode, 2);
-    EXPECT_TRUE(outcome.errors.contains("Ahead of a negative number, say --."));
+    EXPECT_TRUE(outcome.errors.contains("Before a negative number, say --."));
 }
 
 // --- Calls to a station that behaves ------------------------------------------------------------------------------
@@ -184,7 +186,7 @@ TEST(GqtoolCall, tellsTheCodeOfAnErrorFrame)
     const Outcome outcome = station.call({"error", "--", "-7"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
-    EXPECT_EQ(outcome.errors, "gqtool: error failed with -7: the code of an error frame\n");
+    EXPECT_EQ(outcome.errors, "gqtool: error failed with -7: the server's own code, from an error frame\n");
 }
 
 TEST(GqtoolCall, isRefusedACountThatTheStationDoesNotHave)

@@ -194,7 +194,7 @@ static void showLostStation(CTcpAPI& client, StationProcess& station)
     result = client.systemState();
     show("systemState (1)", result, result == -1 && !client.isConnected(), "connection refused");
 
-    say("It comes back, and so does the client, without a word of the application");
+    say("It comes back, and so does the client, with no call but the next request");
     const bool started = station.start(port);
     result = client.systemState();
     show("systemState (1)", result, started && result == 1 && client.isConnected(),

@@ -72,7 +72,7 @@ static const CallCommand commands[] = {
      [](CTcpAPI& client, const std::vector<int>&) { return printInt(client, client.systemTime()); }},
     {"clear", "", "resets it",
      [](CTcpAPI& client, const std::vector<int>&) { return printInt(client, client.clear()); }},
-    {"setTime", "FIRST SECOND", "sets its clock",
+    {"setTime", "FIRST SECOND", "sets its clock to FIRST; SECOND is not used",
      [](CTcpAPI& client, const std::vector<int>& arguments) {
          return printInt(client, client.setTime(arguments[0], arguments[1]));
      }},
@@ -112,9 +112,9 @@ int runCall(const QStringList& arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         "Makes one request to a server and prints the reply.\n\nCommands:\n" + commandList() +
-        "\nThe last four are the simulated station's own. Ahead of a negative number, say --:\n"
+        "\nThe last four are the simulated station's own. Before a negative number, say --:\n"
         "  gqtool call 127.0.0.1:5000 setState -- -1");
-    const QCommandLineOption timeout("timeout", "Longest wait for each read and write.", "MS", "9000");
+    const QCommandLineOption timeout("timeout", "Longest wait for each read and write (9000).", "MS", "9000");
     parser.addOption(timeout);
     parser.addPositionalArgument("HOST:PORT", "The server, as dotted IPv4 address and port.");
     parser.addPositionalArgument("COMMAND", "One of the commands above, and its integers.", "COMMAND [INTEGER...]");
@@ -127,7 +127,7 @@ int runCall(const QStringList& arguments)
         return usageError("call takes HOST:PORT and a command");
     const int colon = words[0].lastIndexOf(':');
     int port = 0;
-    if (colon < 1 || !readInt(words[0].mid(colon + 1), 1, 65535, port))
+    if (!isAddress(words[0].left(colon)) || !readInt(words[0].mid(colon + 1), 1, 65535, port))
         return usageError(QString("'%1' is not HOST:PORT").arg(words[0]));
     const CallCommand* command = findCommand(words[1]);
     if (command == nullptr)

@@ -7,6 +7,8 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 
+#include <arpa/inet.h>
+
 #include <csignal>
 
 struct Command {
@@ -36,7 +38,7 @@ bool parseArguments(QCommandLineParser& parser, const QStringList& arguments, in
     if (!parser.parse(arguments)) {
         QString message = parser.errorText();
         if (!arguments.filter(QRegularExpression("^-[0-9]")).isEmpty())
-            message += " Ahead of a negative number, say --.";
+            message += " Before a negative number, say --.";
         exitCode = usageError(message);
         return false;
     }
@@ -53,6 +55,12 @@ int usageError(const QString& message)
     printError(message);
     printError(QString("see '%1 --help'").arg(QCoreApplication::arguments().constFirst()));
     return exitUsage;
+}
+
+bool isAddress(const QString& text)
+{
+    in_addr address;
+    return inet_aton(text.toLocal8Bit().constData(), &address) != 0; // takes "127.1" too, as the library does
 }
 
 bool readInt(const QString& text, int least, int most, int& value)

@@ -4,7 +4,8 @@ QString resultText(int result)
 {
     switch (result) {
     case 0:
-        return "no reply in time, a frame that failed its check, or a greeting that was refused";
+        return "no reply in time, a frame that failed its check, a greeting that was refused, or a text that overruns "
+               "its payload";
     case -1:
         return "the link is dead: refused, closed or failed";
     case -2:
@@ -12,6 +13,6 @@ QString resultText(int result)
     case -5:
         return "a payload shorter than its form demands";
     default:
-        return "the code of an error frame";
+        return "the server's own code, from an error frame";
     }
 }

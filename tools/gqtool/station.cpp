@@ -166,18 +166,18 @@ QByteArrayList Station::answer(const QByteArray& request)
     };
 
     switch (command) {
-    case 1:
+    case 1: // systemState
         return intReply(state);
-    case 2:
+    case 2: // systemTime
         return intReply(static_cast<int>(now + clockOffset));
-    case 3:
+    case 3: // clear
         state = 1;
         clockOffset = 0;
         return intReply(1);
-    case 5:
+    case 5: // setTime
         clockOffset = value - now;
         return intReply(1);
-    case 6:
+    case 6: // setState
         state = value;
         return intReply(value);
     case commandInts:
@@ -230,7 +230,7 @@ void Station::serveConnection(CTcpSocket& connection, const QString& peer)
         }
         const int sent = sendReply(connection, answer(request));
         if (sent < 0) {
-            printLine(line + "gone ahead of the answer");
+            printLine(line + "gone before the answer");
             return;
         }
         printLine(line + QString("answered with %1 bytes").arg(sent));

@@ -14,19 +14,22 @@ int runStation(const QStringList& arguments)
         "Its first line says where it listens, a line per connection and request follows. It runs until it is ended.\n"
         "\n"
         "Commands: 1 systemState (1 until setState), 2 systemTime (its clock), 3 clear (state and clock as at the\n"
-        "start), 5 setTime (sets its clock to the first integer), 6 setState. Lists and faults, with numbers of its\n"
-        "own and one integer as payload: 0x20 integers, 0x21 bytes, 0x22 strings (how many), 0x23 an error frame\n"
+        "start), 5 setTime (sets its clock to the first integer, seconds since 1970), 6 setState. Lists and faults, "
+        "with numbers of its\n"
+        "own and one integer as payload: 0x20 up to 1000 integers, 0x21 up to 100000 bytes, 0x22 up to\n"
+        "48 strings (how many), 0x23 an error frame\n"
         "(which code). It answers -10 to an unknown command and -11 to a payload that it can't use.\n"
         "\n"
         "Each connection costs two descriptors, one of which stays open for good.");
-    const QCommandLineOption address("address", "Address to listen on; 127.0.0.1 means every interface.", "ADDRESS",
-                                     "127.1");
-    const QCommandLineOption port("port", "Port to listen on, chosen by the system if 0.", "PORT", "0");
-    const QCommandLineOption greeting("greeting", "Integer of the greeting.", "NUMBER", "1");
+    const QCommandLineOption address(
+        "address", "Address to listen on (127.1, this machine alone); 127.0.0.1 means every interface.", "ADDRESS",
+        "127.1");
+    const QCommandLineOption port("port", "Port to listen on, chosen by the system if 0 (0).", "PORT", "0");
+    const QCommandLineOption greeting("greeting", "Integer of the greeting (1).", "NUMBER", "1");
     const QCommandLineOption noGreeting("no-greeting", "Do not greet.");
     const QCommandLineOption late("late", "Answer that much later.", "MS", "0");
-    const QCommandLineOption gap("gap", "Time between the frames of one reply; clients lose frames that come together.",
-                                 "MS", "100");
+    const QCommandLineOption gap(
+        "gap", "Time between the frames of one reply (100); clients lose frames that come together.", "MS", "100");
     const QCommandLineOption pieces("pieces", "Send replies in pieces of that size.", "BYTES", "0");
     const QCommandLineOption silent("silent", "Never answer.");
     const QCommandLineOption wrongEnd("wrong-end", "End replies with a wrong byte.");
@@ -38,6 +41,8 @@ int runStation(const QStringList& arguments)
     if (!parser.positionalArguments().isEmpty())
         return usageError("station takes options only");
 
+    if (!isAddress(parser.value(address)))
+        return usageError(QString("'%1' is not a dotted IPv4 address").arg(parser.value(address)));
     StationFaults faults;
     int portNumber = 0;
     if (!readInt(parser.value(port), 0, 65535, portNumber))
