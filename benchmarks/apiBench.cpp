@@ -92,7 +92,7 @@ static void compareReassembly(const std::string& job, int frameSize, int step, d
             benchmark::ClobberMemory();
         }
     };
-    compare(job, {{Clock::processor, aim}}, library, bare);
+    compare(job, library, {{"memcpy", {{Clock::processor, aim}}, bare}});
 }
 
 // --- Round trip ---------------------------------------------------------------------------------------------------
@@ -188,7 +188,7 @@ static void compareRoundTrip()
                 fail("the bare reply did not come");
         }
     };
-    compare("requestInt and its reply", {{Clock::processor, 0}, {Clock::wall, 0}}, library, bare);
+    compare("requestInt and its reply", library, {{"send, recv", {{Clock::processor, 0}, {Clock::wall, 0}}, bare}});
 }
 
 // ------------------------------------------------------------------------------------------------------------------

@@ -5,29 +5,26 @@
 #include <cstdlib>
 #include <map>
 
+// What the table needs of a job once its sides are registered.
 struct Comparison {
     std::string job;
-    std::vector<Aim> aims;
+    std::vector<Peer> peers;
 };
 
 static std::vector<Comparison> comparisons;
 
-static std::string libraryName(const std::string& job)
+static std::string benchmarkName(const std::string& job, const std::string& side)
 {
-    return job + ": library";
+    return job + ": " + side;
 }
 
-static std::string bareName(const std::string& job)
+void compare(const std::string& job, const Side& library, const std::vector<Peer>& peers)
 {
-    return job + ": bare";
-}
-
-void compare(const std::string& job, const std::vector<Aim>& aims, const Side& library, const Side& bare)
-{
-    comparisons.push_back({job, aims});
+    comparisons.push_back({job, peers});
     // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the registry owns what it makes of them
-    benchmark::RegisterBenchmark(libraryName(job).c_str(), library);
-    benchmark::RegisterBenchmark(bareName(job).c_str(), bare);
+    benchmark::RegisterBenchmark(benchmarkName(job, "library").c_str(), library);
+    for (const Peer& peer : peers)
+        benchmark::RegisterBenchmark(benchmarkName(job, peer.name).c_str(), peer.side);
     // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
@@ -78,19 +75,19 @@ static std::string decimals(double value, int digits)
     return text;
 }
 
-static void printRow(std::ostream& out, const std::string& job, const Aim& aim, const LeastTimes& library,
-                     const LeastTimes& bare)
+static void printRow(std::ostream& out, const std::string& job, const std::string& peer, const Aim& aim,
+                     const LeastTimes& library, const LeastTimes& other)
 {
     const bool isWall = aim.clock == Clock::wall;
     const double libraryTime = isWall ? library.wall : library.processor;
-    const double bareTime = isWall ? bare.wall : bare.processor;
-    const double ratio = libraryTime / bareTime;
+    const double otherTime = isWall ? other.wall : other.processor;
+    const double ratio = libraryTime / otherTime;
     std::string verdict = "-";
     if (aim.ratio > 0)
         verdict = decimals(aim.ratio, 0) + (ratio <= aim.ratio ? ", met" : ", MISSED");
     char row[200];
-    std::snprintf(row, sizeof row, "| %-38s | %-9s | %10s | %10s | %5s | %-9s |\n", job.c_str(),
-                  isWall ? "wall" : "processor", decimals(libraryTime, 1).c_str(), decimals(bareTime, 1).c_str(),
+    std::snprintf(row, sizeof row, "| %-34s | %-16s | %-9s | %10s | %10s | %5s | %-9s |\n", job.c_str(), peer.c_str(),
+                  isWall ? "wall" : "processor", decimals(libraryTime, 1).c_str(), decimals(otherTime, 1).c_str(),
                   decimals(ratio, 2).c_str(), verdict.c_str());
     out << row;
 }
@@ -100,15 +97,19 @@ bool runComparisons(std::ostream& out)
     LeastTimesReporter reporter;
     if (benchmark::RunSpecifiedBenchmarks(&reporter) == 0)
         return false;
-    out << "| job                                    | clock     | library ns |    bare ns | ratio | aim       |\n"
-           "| -------------------------------------- | --------- | ---------: | ---------: | ----: | --------- |\n";
+    out << "| job                                | beside           | clock     | library ns |  beside ns | ratio "
+           "| aim       |\n"
+           "| ---------------------------------- | ---------------- | --------- | ---------: | ---------: | ----: "
+           "| --------- |\n";
     for (const Comparison& comparison : comparisons) {
-        const LeastTimes* library = reporter.find(libraryName(comparison.job));
-        const LeastTimes* bare = reporter.find(bareName(comparison.job));
-        if (library == nullptr || bare == nullptr)
-            continue; // filtered out
-        for (const Aim& aim : comparison.aims)
-            printRow(out, comparison.job, aim, *library, *bare);
+        const LeastTimes* library = reporter.find(benchmarkName(comparison.job, "library"));
+        for (const Peer& peer : comparison.peers) {
+            const LeastTimes* other = reporter.find(benchmarkName(comparison.job, peer.name));
+            if (library == nullptr || other == nullptr)
+                continue; // filtered out
+            for (const Aim& aim : peer.aims)
+                printRow(out, comparison.job, peer.name, aim, *library, *other);
+        }
     }
     return true;
 }

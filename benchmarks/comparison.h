@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-// A job measured twice: as the library does it, and with the bare calls that nobody could do it without. Each side is
-// a benchmark of its own; what counts is the ratio of their least times.
+// A job measured as the library does it and as others do it: with the bare calls that nobody could do it without, or
+// with another library. Each side is a benchmark of its own; what counts is the ratio of their least times.
 
 enum class Clock { processor, wall };
 
-// One row of the table: the library is to stay within `ratio` times the bare side; 0 where there is no aim.
+// One row of the table: the library is to stay within `ratio` times the other side; 0 where there is no aim.
 struct Aim {
     Clock clock;
     double ratio;
@@ -20,8 +20,15 @@ struct Aim {
 
 using Side = std::function<void(benchmark::State&)>;
 
-// Registers both sides. Each proves its own result before its loop, for a benchmark is called many times.
-void compare(const std::string& job, const std::vector<Aim>& aims, const Side& library, const Side& bare);
+// Another way to do the job, a row for each aim.
+struct Peer {
+    std::string name;
+    std::vector<Aim> aims;
+    Side side;
+};
+
+// Registers all sides. Each proves its own result before its loop, for a benchmark is called many times.
+void compare(const std::string& job, const Side& library, const std::vector<Peer>& peers);
 
 // Runs what compare has registered and what the filter leaves, then prints the table, in Markdown. False if nothing ran.
 bool runComparisons(std::ostream& out);

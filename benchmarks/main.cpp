@@ -1,4 +1,5 @@
 #include "apiBench.h"
+#include "codecBench.h"
 #include "comparison.h"
 
 #include <iostream>
@@ -6,7 +7,7 @@
 
 int main(int argc, char** argv)
 {
-    // Ahead of what the user says, which thereby prevails. Both sides of a job take turns in random order, and the
+    // Ahead of what the user says, which thereby prevails. The sides of a job take turns in random order, and the
     // least of many short runs is what a busy machine disturbs least.
     char interleaving[] = "--benchmark_enable_random_interleaving=true";
     char repetitions[] = "--benchmark_repetitions=21";
@@ -24,6 +25,7 @@ int main(int argc, char** argv)
     std::cout.rdbuf(nullptr);
 
     compareApi();
+    compareCodec();
     const bool ran = runComparisons(out);
     std::cout.rdbuf(out.rdbuf());
     return ran ? 0 : 1;

@@ -6,10 +6,11 @@
 #include <QString>
 
 #include <string>
+#include <vector>
 
 namespace gqdb {
 
-// Byte forms of single values and strings, the root of all codecs.
+// Byte forms of single values, strings and sequences of values, the root of all codecs.
 //
 // Every multi-byte value is little-endian, least significant byte first; floats and doubles travel as their IEEE 754
 // image (NaN and infinity pass unchanged). Nothing here is ever in network order.
@@ -78,6 +79,58 @@ public:
     //                result is L + 2 all the same); malformed UTF-8 gives replacement characters
     static int byte2Str(const char* buf, int len, std::string& out);
     static int byte2Str(const char* buf, int len, QString& out);
+
+    // --- Lists: a count (4 bytes), then the elements ---
+
+    // 4 bytes an element for int and float, 1 for unsigned char. The char* forms want 4 + 4 * size bytes of room.
+    static void list2Byte(const std::vector<int>& list, QByteArray& data);
+    static void list2Byte(const std::vector<int>& list, char* buf);
+    static void list2Byte(const std::vector<float>& list, char* buf);
+    static void list2Byte(const std::vector<unsigned char>& list, QByteArray& data);
+
+    // Stores 8 bytes an element but moves on by 4, so that each overwrites the upper half of the one before: 4 * size + 8
+    // bytes for a list that is not empty. byte2List does not read it back; for doubles that have to survive there are
+    // doubles2Buffer and buffer2Doubles.
+    static void list2Byte(const std::vector<double>& list, char* buf);
+
+    // Append to `out`. Bytes consumed; or 0 if `len` bytes do not hold count and elements, with `out` untouched (a count
+    // that wraps 32 bits is found out only behind the resize, with `out` at its new size). The list of double is a list
+    // of int whose elements are wanted as double.
+    static int byte2List(const char* buf, int len, std::vector<int>& out);
+    static int byte2List(const char* buf, int len, std::vector<float>& out);
+    static int byte2List(const char* buf, int len, std::vector<double>& out);
+    static int byte2List(const char* buf, int len, std::vector<unsigned char>& out);
+
+    // --- Buffers: the elements alone ---
+
+    // 2 bytes an element (the low 16 bits), 4, 4 and 8.
+    static void ushorts2Buffer(const std::vector<int>& values, char* buf);
+    static void ints2Buffer(const std::vector<int>& values, char* buf);
+    static void floats2Buffer(const std::vector<float>& values, char* buf);
+    static void doubles2Buffer(const std::vector<double>& values, char* buf);
+
+    // Replace `out` by `count` elements: 4 bytes each, 2 (0 to 65535), 2 (-32768 to 32767), 4 and 8. Bytes read. A
+    // negative count raises the vector's length failure.
+    static int buffer2Ints(const char* buf, int count, std::vector<int>& out);
+    static int buffer2UShorts(const char* buf, int count, std::vector<int>& out);
+    static int buffer2Shorts(const char* buf, int count, std::vector<int>& out);
+    static int buffer2Floats(const char* buf, int count, std::vector<float>& out);
+    static int buffer2Doubles(const char* buf, int count, std::vector<double>& out);
+
+    // --- Samples. With nothing given, nothing changes ---
+
+    // Largest and smallest element. A NaN counts only in the first place, and then stays in both.
+    static void calcLimit(const std::vector<float>& values, double& upper, double& lower);
+
+    // Maps `lower` to `upper` onto 0 to 65535, in single precision, truncated towards zero, not clamped. What no int
+    // holds, a NaN among it, gives -2147483648: every element does if the limits are equal.
+    static void float2Short(const std::vector<float>& values, float upper, float lower, std::vector<int>& out);
+
+    // Maps 0 to 65535 onto `lower` to `upper`: the quotient by 65535 in double precision, the rest in single.
+    static void short2float(const std::vector<int>& raw, float upper, float lower, std::vector<float>& out);
+
+    // raw * scale + offset in double precision, rounded to float behind each of the two.
+    static void ad2float(const std::vector<int>& raw, double scale, double offset, std::vector<float>& out);
 };
 
 } // namespace gqdb

@@ -1,10 +1,15 @@
 #pragma once
 
-// Loads and stores of the one byte order on every wire: least significant byte first, whatever the machine.
+// The one byte order on every wire: least significant byte first, whatever the machine.
 // Internal: the exported scalar operations and the code behind them share these, so that no call crosses the export
 // table. Nothing is checked; the caller has proved that the bytes are there.
 
+#include <QByteArray>
+#include <QtEndian>
+
+#include <cassert>
 #include <cstring>
+#include <string>
 
 namespace gqdb {
 
@@ -28,22 +33,20 @@ inline unsigned long long load64(const char* buf)
     return load32(buf) | static_cast<unsigned long long>(load32(buf + 4)) << 32;
 }
 
+// Through Qt, as g++ 12 makes single bytes of stores that are written with shifts.
 inline void store16(unsigned int value, char* buf)
 {
-    buf[0] = static_cast<char>(value);
-    buf[1] = static_cast<char>(value >> 8);
+    qToLittleEndian(static_cast<quint16>(value), buf);
 }
 
 inline void store32(unsigned int value, char* buf)
 {
-    store16(value, buf);
-    store16(value >> 16, buf + 2);
+    qToLittleEndian(value, buf);
 }
 
 inline void store64(unsigned long long value, char* buf)
 {
-    store32(static_cast<unsigned int>(value), buf);
-    store32(static_cast<unsigned int>(value >> 32), buf + 4);
+    qToLittleEndian(value, buf);
 }
 
 // The IEEE 754 image of a float or double travels as an integer of the same width.
@@ -74,5 +77,123 @@ inline double imageDouble(unsigned long long image)
     std::memcpy(&value, &image, sizeof value);
     return value;
 }
+
+// --- Cursors ------------------------------------------------------------------------------------------------------
+
+// Whether `len` bytes hold a whole string of the byte form: 0 length L (2 bytes), 2 the L bytes.
+inline bool holdsString(const char* buf, int len)
+{
+    return len >= 2 && len >= 2 + static_cast<int>(load16(buf));
+}
+
+// Appends such a string to `out`. Bytes consumed; or 0 if it is not whole, with `out` untouched.
+inline int takeString(const char* buf, int len, std::string& out)
+{
+    if (!holdsString(buf, len))
+        return 0;
+    const int size = static_cast<int>(load16(buf));
+    out.reserve(static_cast<size_t>(size));
+    out.append(buf + 2, static_cast<size_t>(size));
+    return size + 2;
+}
+
+// Reads fields one behind the other. Only takeText and skip look at the end: the caller tests left() ahead of the rest.
+class CByteReader {
+public:
+    CByteReader(const char* buf, int size) : first(buf), at(buf), end(buf + size) {}
+
+    const char* here() const { return at; }
+    int left() const { return static_cast<int>(end - at); }
+    int used() const { return static_cast<int>(at - first); }
+
+    char take8() { return *at++; }
+    unsigned int take16() { return load16(advance(2)); }
+    unsigned int take32() { return load32(advance(4)); }
+    int takeInt() { return static_cast<int>(take32()); }
+    float takeFloat() { return imageFloat(take32()); }
+    double takeDouble() { return imageDouble(load64(advance(8))); }
+
+    void takeBytes(void* bytes, size_t size)
+    {
+        if (size > 0)
+            std::memcpy(bytes, at, size);
+        at += size;
+    }
+
+    // False if the rest does not hold a whole string.
+    bool takeText(std::string& text) { return skip(takeString(at, left(), text)); }
+
+    // Moves behind what another reader consumed; false if that was nothing.
+    bool skip(int count)
+    {
+        if (count <= 0)
+            return false;
+        at += count;
+        return true;
+    }
+
+private:
+    const char* advance(int count)
+    {
+        at += count;
+        return at - count;
+    }
+
+    const char* first;
+    const char* at;
+    const char* end;
+};
+
+// Reserves room for `more` bytes behind those that stand in the array. Where so much does not fit an array at all, the
+// reservation is left out: it is an estimate, and what is written may well fit.
+void reserveMore(QByteArray& data, long long more);
+
+// Grows `data` by `count` bytes at once and returns the first of them. More than an array holds fails in the array.
+char* grow(QByteArray& data, long long count);
+
+// Grows an array once by a known size and fills that room field by field.
+class CByteWriter {
+public:
+    CByteWriter(QByteArray& data, long long size) : at(grow(data, size)), end(at + size) {}
+    ~CByteWriter() { assert(at == end); }
+    CByteWriter(const CByteWriter&) = delete;
+    CByteWriter& operator=(const CByteWriter&) = delete;
+
+    void put8(char value) { *at++ = value; }
+    void put16(unsigned int value)
+    {
+        store16(value, at);
+        at += 2;
+    }
+    void put32(unsigned int value)
+    {
+        store32(value, at);
+        at += 4;
+    }
+    void putInt(int value) { put32(static_cast<unsigned int>(value)); }
+    void putFloat(float value) { put32(floatImage(value)); }
+    void putDouble(double value)
+    {
+        store64(doubleImage(value), at);
+        at += 8;
+    }
+
+    // The length field keeps the low 16 bits of the size; the bytes follow whole.
+    void putText(const std::string& text)
+    {
+        put16(static_cast<unsigned int>(text.size()));
+        putBytes(text.data(), text.size());
+    }
+    void putBytes(const void* bytes, size_t size)
+    {
+        if (size > 0)
+            std::memcpy(at, bytes, size);
+        at += size;
+    }
+
+private:
+    char* at;
+    [[maybe_unused]] char* end;
+};
 
 } // namespace gqdb

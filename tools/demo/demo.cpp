@@ -3,6 +3,7 @@
 
 #include "gqtool/console.h"
 #include "gqtool/stationProtocol.h"
+#include "scenes.h"
 
 #include <QDateTime>
 
@@ -16,7 +17,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <tcpApi.h>
 
 using gqdb::CByte2Val;
 using gqdb::CTcpAPI;
@@ -95,14 +95,12 @@ private:
 
 static int wrongResults = 0;
 
-// A heading in front of the lines that follow.
-static void say(const QString& text)
+void say(const QString& text)
 {
     printLine("\n" + text);
 }
 
-// One request and its result: what was called, the bytes in both directions, what came back and whether that is right.
-static void show(const QString& request, int result, bool asExpected, const QString& meaning)
+void show(const QString& request, int result, bool asExpected, const QString& meaning)
 {
     printLine(QString("  %1 sent %2  received %3  result %4  %5")
                   .arg(request, -28)
@@ -116,11 +114,11 @@ static void show(const QString& request, int result, bool asExpected, const QStr
         ++wrongResults;
 }
 
-static QByteArray countRequest(CTcpAPI& client, StationCommand command, int count)
+QByteArray stationRequest(CTcpAPI& client, unsigned char command, int value)
 {
     QByteArray frame;
     client.addHeader(command, 0, 0, frame);
-    CByte2Val::int2Byte(count, frame);
+    CByte2Val::int2Byte(value, frame);
     CTcpAPI::addEnd(frame);
     return frame;
 }
@@ -156,17 +154,17 @@ static void showLists(CTcpAPI& client)
 {
     say("Lists, in several frames each");
     std::vector<int> values;
-    int result = client.requestInts(countRequest(client, commandInts, 250), 250, values);
+    int result = client.requestInts(stationRequest(client, commandInts, 250), 250, values);
     bool right = result == 1 && values.size() == 250 && values[1] == 210 && values[249] == 690;
     show("250 integers (0x20)", result, right, "three frames: 200, 210, 220 ... 690");
 
     std::vector<unsigned char> bytes;
-    result = client.requestBytes(countRequest(client, commandBytes, 10000), 10000, bytes);
+    result = client.requestBytes(stationRequest(client, commandBytes, 10000), 10000, bytes);
     right = result == 1 && bytes.size() == 10000 && bytes[255] == 0xFF && bytes[9999] == 0x0F;
     show("10000 bytes (0x21)", result, right, "three frames: 00, 01, 02 ... 0f");
 
     QStringList texts;
-    result = client.requestStrings(countRequest(client, commandStrings, 25), 25, texts);
+    result = client.requestStrings(stationRequest(client, commandStrings, 25), 25, texts);
     right = result == 1 && texts.size() == 25 && texts[24] == "unit 3 temperature 1";
     show("25 strings (0x22)", result, right, "three frames: " + texts.value(0) + " ... " + texts.value(24));
 }
@@ -203,8 +201,8 @@ static void showLostStation(CTcpAPI& client, StationProcess& station)
 
 int main(int argc, char* argv[])
 {
-    if (argc != 2) {
-        std::fputs("usage: gqdemo GQTOOL\n", stderr);
+    if (argc != 3) {
+        std::fputs("usage: gqdemo GQTOOL SVGFILE\n", stderr);
         return 2;
     }
     alarm(60); // whatever goes wrong, it ends
@@ -227,6 +225,7 @@ int main(int argc, char* argv[])
 
     showReadyMadeCommands(client);
     showLists(client);
+    showDatabase(client, argv[2]);
     showErrorFrame(client);
     showLostStation(client, station);
 

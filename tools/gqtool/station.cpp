@@ -1,6 +1,7 @@
 #include "station.h"
 
 #include "console.h"
+#include "pointDatabase.h"
 #include "stationProtocol.h"
 
 #include <QDateTime>
@@ -189,8 +190,12 @@ QByteArrayList Station::answer(const QByteArray& request)
     case commandError:
         return errorReply(value);
     default:
-        return errorReply(errorUnknownCommand);
+        break;
     }
+    const QByteArray records = databaseReply(command);
+    if (records.isEmpty())
+        return errorReply(errorUnknownCommand);
+    return QByteArrayList{frameOf(command, sequence, intPayload(records.size()) + records)};
 }
 
 int Station::sendReply(CTcpSocket& connection, QByteArrayList frames)

@@ -1,0 +1,297 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Records of the real-time database: plain data, moved by CByte2Rdb and given no meaning here. Strings hold raw bytes.
+// Fields stand in declared order, which is not always their order on the wire. Every field starts at zero or empty but
+// for those that say otherwise; one marked 'unset' is deliberately left alone by the constructor: set it before use.
+namespace gqdb {
+
+// --- Point definitions --------------------------------------------------------------------------------------------
+
+// The short form of a point.
+struct PointInfo {
+    char pointKind = 0; // not on the wire
+    unsigned int pointId = 0;
+    std::string text1;
+    std::string text2;
+    unsigned int code1 = 0;
+    unsigned int code2 = 0;
+};
+
+// A point with a floating-point value.
+struct FloatPoint {
+    FloatPoint() {} // user-provided, so that T() leaves code2 unset too
+
+    unsigned int pointId = 0;
+    std::string text1;
+    unsigned int code1 = 0;
+    std::string text2;
+    std::string text3;
+    std::string text4;
+    unsigned int code2; // unset
+    unsigned int code3 = 0;
+    unsigned int code4 = 0;
+    std::string text5;
+    char switch1 = 1;
+    float float1 = 0.05f;
+    char switch2 = 0;
+    unsigned int code5 = 0;
+    unsigned int code6 = 0;
+    float float2 = 0;
+    unsigned int code7 = 0;
+    float levels[8] = {};
+};
+
+// A point with an integer value.
+struct IntPoint {
+    IntPoint() {} // user-provided, so that T() leaves code2 unset too
+
+    unsigned int pointId = 0;
+    std::string text1;
+    unsigned int code1 = 0;
+    std::string text2;
+    std::string text3;
+    std::string text4;
+    unsigned int code2; // unset
+    unsigned int code3 = 0;
+    char switch0 = 0; // written, but never read
+    unsigned int code4 = 0;
+    std::string text5;
+    char switch1 = 1;
+    char switch2 = 0;
+    unsigned int code5 = 0;
+    unsigned int code6 = 0;
+    unsigned int code7 = 0;
+    unsigned int code8 = 0;
+    int levels[8] = {};
+};
+
+// A two-state point.
+struct BoolPoint {
+    BoolPoint() {} // user-provided, so that T() leaves code4 unset too
+
+    unsigned int pointId = 0;
+    std::string text1;
+    unsigned int code1 = 0;
+    std::string text2;
+    std::string text3;
+    unsigned int code2 = 0;
+    unsigned int code3 = 0;
+    unsigned int code4; // unset
+    std::string text5;
+    char switch1 = 1;
+    char switch2 = 0;
+    unsigned int code5 = 0;
+    unsigned int code6 = 0;
+    char switch3 = 0;
+};
+
+// A point whose value is a blob.
+struct BlobPoint {
+    BlobPoint() {} // user-provided, so that T() leaves code4 unset too
+
+    unsigned int pointId = 0;
+    std::string text1;
+    unsigned int code1 = 0;
+    std::string text2;
+    std::string text3;
+    std::string text4;
+    unsigned int code2 = 0;
+    unsigned int code3 = 0;
+    unsigned int code4; // unset
+    std::string text5;
+    char switch1 = 1;
+    char switch2 = 0;
+    unsigned int code5 = 0;
+    unsigned int code6 = 0;
+};
+
+// --- Values: a RealData is keyed by its point, a Data is the same without the key ---------------------------------
+
+struct FloatRealData {
+    unsigned int pointId = 0;
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    float value = 0;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
+struct FloatData {
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    float value = 0;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
+struct BoolRealData {
+    unsigned int pointId = 0;
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    char value = 0;
+    char flag1 = 0;
+};
+
+struct BoolData {
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    char value = 0;
+    char flag1 = 0;
+};
+
+struct IntRealData {
+    unsigned int pointId = 0;
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    int value = 0;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
+struct IntData {
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    int value = 0;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
+// One record type for every numeric point.
+struct PointRealData {
+    char pointKind = 0;
+    unsigned int pointId = 0;
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    double value = 0;
+    unsigned int intValue = 0;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
+struct BlobRealData {
+    unsigned int pointId = 0;
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    std::vector<unsigned char> bytes;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
+struct BlobDataInfo {
+    unsigned int pointId = 0;
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    unsigned int word4 = 0;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
+// --- Queries and events -------------------------------------------------------------------------------------------
+
+struct HisQuery {
+    unsigned int pointId = 0;
+    std::string text1; // not on the wire
+    unsigned int word1 = 0;
+    unsigned int word2 = 0;
+    unsigned int word3 = 0;
+    unsigned int word4 = 0;
+    unsigned int word5 = 0;
+    unsigned int word6 = 0;
+};
+
+struct OneSecQuery {
+    unsigned int pointId = 0;
+    std::string text1;
+    unsigned int word1 = 0;
+    unsigned int word2 = 0;
+    unsigned int word3 = 0;
+    unsigned int word4 = 0;
+};
+
+struct EventInfo {
+    unsigned int word1 = 0;
+    unsigned int word2 = 0;
+    unsigned int word3 = 0;
+    unsigned int word4 = 0;
+    char switch1 = 0;
+    std::string text1;
+    char switch2 = 0;
+    unsigned int word5 = 0;
+    double value = 0;
+    unsigned int word6 = 0;
+    unsigned int word7 = 0;
+    unsigned int word8 = 0;
+    std::string text2;
+    char switch3 = 0;
+    unsigned int word9 = 0;
+    unsigned int word10 = 0;
+    unsigned int word11 = 0; // not on the wire
+    unsigned int word12 = 0; // not on the wire
+    unsigned int word13 = 0;
+};
+
+struct EventState {
+    unsigned int word1 = 0;
+    char switch1 = 0;
+    unsigned int word2 = 0;
+    unsigned int word3 = 0;
+    unsigned int word4 = 0;
+};
+
+// --- Objects ------------------------------------------------------------------------------------------------------
+
+// A tagged value. The four values are fields of their own, side by side; `kind` says which one counts.
+struct Variant {
+    unsigned char kind = 0; // 0 intValue, 5 floatValue, 6 doubleValue, 10 textValue, 11 intValue as seconds since 1970
+    int intValue = 0;
+    float floatValue = 0;
+    double doubleValue = 0;
+    std::string textValue;
+};
+
+struct PropertyData {
+    int word1 = 0;
+    int word2 = 0;
+    std::string formatText; // of a date and time, as QDateTime::toString takes it
+    std::string valueText;
+    Variant value;
+};
+
+struct ObjectData {
+    int word1 = 0;
+    int word2 = 0;
+    int word3 = 0;
+    int word4 = 0;
+    std::string text1;
+    std::string text2;
+    std::string text3;
+    std::vector<PropertyData> properties;
+};
+
+// A blob sample without the key of its point.
+struct BlobData {
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    std::vector<unsigned char> bytes;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
+// --- Waves --------------------------------------------------------------------------------------------------------
+
+// Head of a stored wave: these 96 bytes stand in it just as they lie in memory.
+struct BlobWaveHead {
+    unsigned char headByte = 0;       //  0 the caller's; carried
+    unsigned char waveFlags = 0;      //  1 bit 0 signed raw samples, bit 1 quantised samples, bit 2 compressed
+    unsigned char headFill1[30] = {}; //  2 the caller's; carried
+    double limitHigh = 0;             // 32 largest sample; of raw samples the scale
+    double limitLow = 0;              // 40 smallest sample; of raw samples the offset
+    unsigned int sampleCount = 0;     // 48 set on writing, not used on reading
+    unsigned int markCount = 0;       // 52 set on writing, used on reading
+    unsigned char headFill2[40] = {}; // 56 the caller's; carried
+};
+
+} // namespace gqdb

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+#include <tcpApi.h>
+
+// A heading in front of the lines that follow.
+void say(const QString& text);
+
+// One request and its result: what was called, the bytes in both directions since the last one, what came back, and
+// whether that is right.
+void show(const QString& request, int result, bool asExpected, const QString& meaning);
+
+// A request of the station: a command and one integer.
+QByteArray stationRequest(gqdb::CTcpAPI& client, unsigned char command, int value);
+
+// Fetches and shows the station's point database: a table of points and values, the wave as a line of blocks and as an
+// SVG file, events and object.
+void showDatabase(gqdb::CTcpAPI& client, const QString& svgPath);
