@@ -81,16 +81,14 @@ bool isErrorFrame(const QByteArray& frame)
 
 int errorCode(const QByteArray& frame, int len)
 {
-    return len < 4 ? -2 : static_cast<int>(load32(frame.constData() + headerSize));
+    return std::min(len, frame.size() - headerSize) < 4 ? -2 : static_cast<int>(load32(frame.constData() + headerSize));
 }
 
 const char* framePayload(const QByteArray& frame, int& len)
 {
-    if (frame.isEmpty()) {
-        len = 0;
-        return frame.constData();
-    }
-    return frame.constData() + headerSize;
+    const int start = std::min(headerSize, frame.size());
+    len = std::min(len, frame.size() - start); // the check lets a length near 2^31 pass, whose sum has wrapped
+    return frame.constData() + start;
 }
 
 void dropFrame(QByteArray& frame, int& frameSize)

@@ -38,7 +38,7 @@ bool CSocketAPI::isConnected()
 void CSocketAPI::addHeader(unsigned char command, unsigned char arg1, unsigned char arg2, QByteArray& data)
 {
     addHeader(command, arg1, arg2, sendSeq, 0, data);
-    sendSeq = (sendSeq + 1) & 0xFFFF;
+    sendSeq = static_cast<int>((static_cast<unsigned int>(sendSeq) + 1) & 0xFFFF);
 }
 
 void CSocketAPI::addHeader(unsigned char command, unsigned char arg1, unsigned char arg2, int seq, int,

@@ -66,7 +66,7 @@ bool isAddress(const QString& text)
 bool readInt(const QString& text, int least, int most, int& value)
 {
     bool ok = false;
-    value = text.toInt(&ok, 0);
+    value = text.toInt(&ok, text.contains("0x") ? 16 : 10); // leading zeros do not make it octal
     return ok && value >= least && value <= most;
 }
 
