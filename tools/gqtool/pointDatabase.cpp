@@ -60,14 +60,14 @@ static std::vector<gqdb::BlobPoint> blobPoints()
     return {point};
 }
 
-static void addInfo(char kind, unsigned int pointId, const std::string& name, const std::string& description,
+static void addInfo(PointKind kind, unsigned int pointId, const std::string& name, const std::string& description,
                     std::vector<gqdb::PointInfo>& list)
 {
     gqdb::PointInfo info;
     info.pointId = pointId;
     info.text1 = name;
     info.text2 = description;
-    info.code1 = static_cast<unsigned int>(kind); // pointKind does not travel
+    info.code1 = static_cast<unsigned char>(kind); // pointKind does not travel
     list.push_back(info);
 }
 
