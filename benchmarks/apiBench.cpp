@@ -174,6 +174,7 @@ static void compareRoundTrip()
         fail("the library's client was not greeted");
 
     const auto library = [](benchmark::State& state) {
+        const OneCore core;
         checkRequest(client);
         for (auto _ : state) {
             if (client.requestInt(command, value) != value)
@@ -181,6 +182,7 @@ static void compareRoundTrip()
         }
     };
     const auto bare = [](benchmark::State& state) {
+        const OneCore core;
         if (!bareClient.roundTrip(request) || bareClient.received(request.size()) != request)
             fail("the bare reply differs");
         for (auto _ : state) {

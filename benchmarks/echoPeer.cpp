@@ -11,6 +11,23 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+OneCore::OneCore() : before()
+{
+    sched_getaffinity(0, sizeof before, &before);
+    int first = 0;
+    while (first < CPU_SETSIZE - 1 && !CPU_ISSET(first, &before))
+        ++first;
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(first, &one);
+    sched_setaffinity(0, sizeof one, &one);
+}
+
+OneCore::~OneCore()
+{
+    sched_setaffinity(0, sizeof before, &before);
+}
+
 // A listener on a port that the system chooses, told in `port`.
 static int listenOnLoopback(int& port)
 {
@@ -44,6 +61,7 @@ EchoPeer::EchoPeer(const QByteArray& greeting)
         fail("cannot start the peer's process");
     if (process == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL); // goes with the program, however that ends
+        const OneCore core;
         greetAndEcho(listener, greeting);
         _exit(0);
     }

@@ -2,6 +2,7 @@
 
 #include "byteCursor.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace gqdb {
@@ -178,12 +179,7 @@ int CByte2Val::byte2Str(const char* buf, int len, std::string& out)
 
 int CByte2Val::byte2Str(const char* buf, int len, QString& out)
 {
-    if (!holdsString(buf, len))
-        return 0;
-    const int size = static_cast<int>(load16(buf));
-    // Cut at the first zero byte, unlike the std::string form: the text ends there, the field does not.
-    out = QString::fromUtf8(buf + 2, static_cast<int>(strnlen(buf + 2, static_cast<size_t>(size))));
-    return size + 2;
+    return takeString(buf, len, out);
 }
 
 // --- Lists --------------------------------------------------------------------------------------------------------
@@ -440,6 +436,79 @@ void CByte2Val::ad2float(const std::vector<int>& raw, double scale, double offse
         const float scaled = static_cast<float>(raw[i] * scale); // rounded here too: it decides the last bit
         out[i] = static_cast<float>(scaled + offset);
     }
+}
+
+// --- Telegrams ----------------------------------------------------------------------------------------------------
+
+// The reflected CRC-16 of one byte, polynomial 0xA001: the low byte and, for shift 8, the high one.
+struct CrcTable {
+    unsigned char bytes[256];
+};
+
+static constexpr CrcTable crcTable(int shift)
+{
+    CrcTable table = {};
+    for (unsigned int i = 0; i < 256; ++i) {
+        unsigned int crc = i;
+        for (int bit = 0; bit < 8; ++bit)
+            crc = crc & 1 ? crc >> 1 ^ 0xA001 : crc >> 1;
+        table.bytes[i] = static_cast<unsigned char>(crc >> shift);
+    }
+    return table;
+}
+
+// Named after what they go into, as is usual: the table called high holds the low bytes.
+static constexpr CrcTable CrcHighTable = crcTable(0);
+static constexpr CrcTable CrcLowTable = crcTable(8);
+
+int CByte2Val::getCrc16(const char* buf, int len, unsigned char& first, unsigned char& second)
+{
+    if (len < 1)
+        return 0;
+    unsigned int high = 0xFF; // in locals: through the references each byte would take twice the time
+    unsigned int low = 0xFF;
+    for (const char* end = buf + len; buf != end; ++buf) {
+        const unsigned int i = low ^ load8(buf);
+        low = high ^ CrcHighTable.bytes[i];
+        high = CrcLowTable.bytes[i];
+    }
+    first = static_cast<unsigned char>(high);
+    second = static_cast<unsigned char>(low);
+    return 1;
+}
+
+unsigned char CByte2Val::getCs(const char* buf, int len)
+{
+    unsigned int sum = 0;
+    for (int i = 0; i < len; ++i)
+        sum += load8(buf + i);
+    return static_cast<unsigned char>(sum);
+}
+
+bool CByte2Val::isGramEqual(const QByteArray& a, const QByteArray& b)
+{
+    return a == b; // Qt counts a null array as an empty one
+}
+
+QString CByte2Val::buf2str(const char* buf, int len)
+{
+    QString text;
+    if (len < 1)
+        return text;
+    text.resize(static_cast<int>(std::min(3LL * len - 1, static_cast<long long>(INT_MAX)))); // too long fails there
+    QChar* at = text.data();
+    for (int i = 0; i < len; ++i) {
+        if (i > 0)
+            *at++ = QLatin1Char(' ');
+        *at++ = QLatin1Char("0123456789abcdef"[load8(buf + i) >> 4]);
+        *at++ = QLatin1Char("0123456789abcdef"[load8(buf + i) & 15]);
+    }
+    return text;
+}
+
+QString CByte2Val::buf2str(const QByteArray& data)
+{
+    return buf2str(data.constData(), data.size());
 }
 
 } // namespace gqdb

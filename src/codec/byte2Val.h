@@ -10,7 +10,7 @@
 
 namespace gqdb {
 
-// Byte forms of single values, strings and sequences of values, the root of all codecs.
+// Byte forms of single values, strings and sequences of values, and the checksums of telegrams: the root of all codecs.
 //
 // Every multi-byte value is little-endian, least significant byte first; floats and doubles travel as their IEEE 754
 // image (NaN and infinity pass unchanged). Nothing here is ever in network order.
@@ -131,6 +131,23 @@ public:
 
     // raw * scale + offset in double precision, rounded to float behind each of the two.
     static void ad2float(const std::vector<int>& raw, double scale, double offset, std::vector<float>& out);
+
+    // --- Telegrams of field devices. The library's own frames carry no checksum ---
+
+    // CRC-16/MODBUS of the catalogue of parametrised CRC algorithms: polynomial 0x8005 reflected, start 0xFFFF, no final
+    // XOR; "123456789" gives 0x4B37. `first` gets the high byte (0x4B), `second` the low one (0x37): a Modbus RTU
+    // telegram carries `second` ahead of `first`. 1; or 0 if `len` is below 1, with both untouched.
+    static int getCrc16(const char* buf, int len, unsigned char& first, unsigned char& second);
+
+    // The sum of the bytes modulo 256; 0 if `len` is below 1.
+    static unsigned char getCs(const char* buf, int len);
+
+    // Whether both have the same bytes, sequence numbers and all. A null array is an empty one.
+    static bool isGramEqual(const QByteArray& a, const QByteArray& b);
+
+    // Two lower-case hexadecimal digits a byte, a blank between two bytes: "68 00 ff". Empty if `len` is below 1.
+    static QString buf2str(const char* buf, int len);
+    static QString buf2str(const QByteArray& data);
 };
 
 } // namespace gqdb

@@ -4,6 +4,16 @@
 
 namespace gqdb {
 
+int takeString(const char* buf, int len, QString& out)
+{
+    if (!holdsString(buf, len))
+        return 0;
+    const int size = static_cast<int>(load16(buf));
+    // Cut at the first zero byte, unlike the std::string form: the text ends there, the field does not.
+    out = QString::fromUtf8(buf + 2, static_cast<int>(strnlen(buf + 2, static_cast<size_t>(size))));
+    return size + 2;
+}
+
 void reserveMore(QByteArray& data, long long more)
 {
     const long long largest = INT_MAX - static_cast<int>(sizeof(QArrayData)) - 1;

@@ -5,6 +5,7 @@
 // table. Nothing is checked; the caller has proved that the bytes are there.
 
 #include <QByteArray>
+#include <QString>
 #include <QtEndian>
 
 #include <cassert>
@@ -97,6 +98,9 @@ inline int takeString(const char* buf, int len, std::string& out)
     return size + 2;
 }
 
+// Puts the decoded UTF-8 of such a string into `out`, up to its first zero byte. Results as above.
+int takeString(const char* buf, int len, QString& out);
+
 // Reads fields one behind the other. Only takeText and skip look at the end: the caller tests left() ahead of the rest.
 class CByteReader {
 public:
@@ -122,6 +126,7 @@ public:
 
     // False if the rest does not hold a whole string.
     bool takeText(std::string& text) { return skip(takeString(at, left(), text)); }
+    bool takeText(QString& text) { return skip(takeString(at, left(), text)); }
 
     // Moves behind what another reader consumed; false if that was nothing.
     bool skip(int count)

@@ -125,9 +125,14 @@ static QByteArray slot(const QByteArray& string)
     return string.leftJustified(258, '\0');
 }
 
+static QByteArray stringOf(const QByteArray& text)
+{
+    return QByteArray().append(char(text.size())).append(char(text.size() >> 8)) + text;
+}
+
 static QByteArray longString(int length)
 {
-    return QByteArray().append(char(length)).append(char(length >> 8)) + QByteArray(length, 'a');
+    return stringOf(QByteArray(length, 'a'));
 }
 
 static QByteArray withLength(QByteArray bytes, int at, int length)
@@ -516,11 +521,6 @@ static const std::vector<MisplacedText> misplacedTexts = {
     {"0101"_hex + QByteArray(256, 'a'), ""},
     {"00ff"_hex + QByteArray(32, 'a'), ""}, // no sign
 };
-
-static QByteArray stringOf(const QByteArray& text)
-{
-    return QByteArray().append(char(text.size())).append(char(text.size() >> 8)) + text;
-}
 
 TEST(Byte2Variant, takesTheFirstTwoBytesOfATextForItsLength)
 {
