@@ -1,8 +1,8 @@
-// The part of the demo that fetches records: each reply is a byte list, its bytes are decoded with the record codec.
+#include "databaseScenes.h"
 
+#include "demo.h"
 #include "gqtool/console.h"
 #include "gqtool/stationProtocol.h"
-#include "scenes.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -11,23 +11,6 @@
 #include <map>
 
 using namespace gqdb;
-
-// The bytes that answer a database command. 1 and the bytes, or the code of the failure.
-static int fetch(CTcpAPI& client, StationCommand command, std::vector<unsigned char>& bytes)
-{
-    bytes.clear();
-    return client.requestBytes(stationRequest(client, command, 0), 0, bytes);
-}
-
-static const char* chars(const std::vector<unsigned char>& bytes)
-{
-    return reinterpret_cast<const char*>(bytes.data());
-}
-
-static int size(const std::vector<unsigned char>& bytes)
-{
-    return static_cast<int>(bytes.size());
-}
 
 static QString timeText(unsigned int seconds, unsigned int milliseconds)
 {
@@ -43,45 +26,46 @@ static QString text(const std::string& bytes)
 
 static void showDefinitions(CTcpAPI& client, std::map<unsigned int, QString>& units)
 {
-    std::vector<unsigned char> bytes;
+    QByteArray bytes;
 
     std::vector<FloatPoint> floats;
     int result = fetch(client, commandFloatPoints, bytes);
     bool right =
-        result == 1 && CByte2Rdb::byte2FloatPoints(chars(bytes), size(bytes), floats) == 1 && floats.size() == 3;
+        result == 1 && CByte2Rdb::byte2FloatPoints(bytes.constData(), bytes.size(), floats) == 1 && floats.size() == 3;
     show("float points (0x31)", result, right, "three definitions");
     for (const FloatPoint& point : floats)
         units[point.pointId] = text(point.text3);
 
     std::vector<IntPoint> ints;
     result = fetch(client, commandIntPoints, bytes);
-    right = result == 1 && CByte2Rdb::byte2IntPoints(chars(bytes), size(bytes), ints) == 1 && ints.size() == 1 &&
+    right = result == 1 && CByte2Rdb::byte2IntPoints(bytes.constData(), bytes.size(), ints) == 1 && ints.size() == 1 &&
             ints[0].text1 == "FEED.PUMPS" && ints[0].switch1 == 1;
     show("int points (0x32)", result, right, "one definition");
 
     std::vector<BoolPoint> bools;
     result = fetch(client, commandBoolPoints, bytes);
-    right = result == 1 && CByte2Rdb::byte2BoolPoints(chars(bytes), size(bytes), bools) == 1 && bools.size() == 1;
+    right = result == 1 && CByte2Rdb::byte2BoolPoints(bytes.constData(), bytes.size(), bools) == 1 && bools.size() == 1;
     show("bool points (0x33)", result, right, "one definition");
 
     std::vector<BlobPoint> blobs;
     result = fetch(client, commandBlobPoints, bytes);
-    right = result == 1 && CByte2Rdb::byte2BlobPoints(chars(bytes), size(bytes), blobs) == 1 && blobs.size() == 1;
+    right = result == 1 && CByte2Rdb::byte2BlobPoints(bytes.constData(), bytes.size(), blobs) == 1 && blobs.size() == 1;
     show("blob points (0x34)", result, right, "one definition");
 }
 
 static void showValues(CTcpAPI& client, const std::map<unsigned int, QString>& units)
 {
-    std::vector<unsigned char> bytes;
+    QByteArray bytes;
     std::vector<PointInfo> points;
     int result = fetch(client, commandPointInfos, bytes);
     bool right =
-        result == 1 && CByte2Rdb::byte2PointInfos(chars(bytes), size(bytes), points) == 1 && points.size() == 6;
+        result == 1 && CByte2Rdb::byte2PointInfos(bytes.constData(), bytes.size(), points) == 1 && points.size() == 6;
     show("all points (0x30)", result, right, "six in short form");
 
     std::vector<PointRealData> values;
     result = fetch(client, commandValues, bytes);
-    right = result == 1 && CByte2Rdb::byte2PointRealDatas(chars(bytes), size(bytes), values) == 1 && values.size() == 5;
+    right = result == 1 && CByte2Rdb::byte2PointRealDatas(bytes.constData(), bytes.size(), values) == 1 &&
+            values.size() == 5;
     show("current values (0x35)", result, right, "five numeric points");
 
     printLine(QString());
@@ -94,8 +78,9 @@ static void showValues(CTcpAPI& client, const std::map<unsigned int, QString>& u
                 continue;
             const bool isFloat = current.pointKind == kindFloatPoint;
             value = QString::number(current.value, 'f', isFloat ? 2 : 0);
-            if (isFloat)
-                value += ' ' + units.at(point.pointId);
+            const auto unit = units.find(point.pointId);
+            if (unit != units.end())
+                value += ' ' + unit->second;
             time = timeText(current.stamp1, current.stamp2);
         }
         printLine(QString("    %1   %2 %3 %4  %5")
@@ -168,15 +153,16 @@ static bool writeSvg(const QString& path, const std::vector<float>& samples, con
 
 static void showWave(CTcpAPI& client, const QString& svgPath)
 {
-    std::vector<unsigned char> stored;
-    const int result = fetch(client, commandWave, stored);
+    QByteArray bytes;
+    const int result = fetch(client, commandWave, bytes);
 
+    const std::vector<unsigned char> stored(bytes.begin(), bytes.end());
     BlobWaveHead head;
     std::vector<unsigned char> work(CByte2Rdb::waveBlockSize);
     std::vector<float> samples;
     std::vector<int> marks;
     const bool unpacked = result == 1 && CByte2Rdb::byte2Wave(stored, work.data(), head, samples, marks) == 1;
-    const bool right = unpacked && samples.size() == waveSamples && head.waveFlags == 6;
+    const bool right = unpacked && samples.size() == waveSamples && head.waveFlags == (2 | 4); // quantised, compressed
     show("wave (0x36)", result, right,
          QString("%1 samples in %2 bytes, quantised and compressed").arg(samples.size()).arg(stored.size()));
     if (!right)
@@ -195,11 +181,11 @@ static void showWave(CTcpAPI& client, const QString& svgPath)
 
 static void showEvents(CTcpAPI& client)
 {
-    std::vector<unsigned char> bytes;
+    QByteArray bytes;
     std::vector<EventInfo> events;
     const int result = fetch(client, commandEvents, bytes);
     const bool right =
-        result == 1 && CByte2Rdb::byte2EventInfos(chars(bytes), size(bytes), events) == 1 && events.size() == 3;
+        result == 1 && CByte2Rdb::byte2EventInfos(bytes.constData(), bytes.size(), events) == 1 && events.size() == 3;
     show("events (0x37)", result, right, "three");
     printLine(QString());
     for (const EventInfo& event : events)
@@ -212,11 +198,12 @@ static void showEvents(CTcpAPI& client)
 
 static void showObject(CTcpAPI& client)
 {
-    std::vector<unsigned char> bytes;
+    QByteArray bytes;
     ObjectData object;
     const int result = fetch(client, commandObject, bytes);
     // Two less than the bytes consumed, as blob2Object counts.
-    const bool right = result == 1 && CByte2Rdb::blob2Object(chars(bytes), size(bytes), object) == size(bytes) - 2 &&
+    const bool right = result == 1 &&
+                       CByte2Rdb::blob2Object(bytes.constData(), bytes.size(), object) == bytes.size() - 2 &&
                        object.properties.size() == 5 && object.properties[2].valueText == "350.500000";
     show("object (0x38)", result, right, text(object.text2) + ", five properties");
     printLine(QString());

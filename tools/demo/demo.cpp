@@ -1,9 +1,12 @@
-// Shows the library's main job on real traffic: a client that calls a simulated station over TCP on loopback, loses it
-// and comes back. One line per request; the exit status is 0 only if every result is the expected one.
+// Shows the library's main job on real traffic: a client that calls a simulated station over TCP on loopback, fetches its
+// records, loses it and comes back. One line per request; the exit status is 0 only if every result is the expected one.
 
+#include "demo.h"
+
+#include "databaseScenes.h"
+#include "frontEndScenes.h"
 #include "gqtool/console.h"
 #include "gqtool/stationProtocol.h"
-#include "scenes.h"
 
 #include <QDateTime>
 
@@ -123,6 +126,14 @@ QByteArray stationRequest(CTcpAPI& client, unsigned char command, int value)
     return frame;
 }
 
+int fetch(CTcpAPI& client, unsigned char command, QByteArray& bytes)
+{
+    std::vector<unsigned char> list;
+    const int result = client.requestBytes(stationRequest(client, command, 0), 0, list);
+    bytes = QByteArray(reinterpret_cast<const char*>(list.data()), static_cast<int>(list.size()));
+    return result;
+}
+
 // --- The scenes ---------------------------------------------------------------------------------------------------
 
 static void showReadyMadeCommands(CTcpAPI& client)
@@ -226,6 +237,7 @@ int main(int argc, char* argv[])
     showReadyMadeCommands(client);
     showLists(client);
     showDatabase(client, argv[2]);
+    showFrontEnd(client);
     showErrorFrame(client);
     showLostStation(client, station);
 

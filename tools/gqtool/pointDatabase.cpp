@@ -95,7 +95,7 @@ static QByteArray readableIntPoints()
         QByteArray record;
         CByte2Rdb::intPoint2Byte(point, record);
         const size_t texts = point.text1.size() + point.text2.size() + point.text3.size() + point.text4.size();
-        record.remove(8 + 4 * 2 + static_cast<int>(texts) + 8, 1);
+        record.remove(24 + static_cast<int>(texts), 1);
         data += record;
     }
     return data;
@@ -135,7 +135,7 @@ static QByteArray wave()
         samples.push_back(static_cast<float>(326 * envelope * std::sin(2 * M_PI * 50 * time)));
     }
     gqdb::BlobWaveHead head;
-    head.waveFlags = 2 | 4;
+    head.waveFlags = 2 | 4; // quantised, compressed
     std::vector<unsigned char> raw(2 * samples.size());
     std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
     std::vector<unsigned char> stored;
@@ -170,41 +170,40 @@ static std::vector<gqdb::EventInfo> events()
     return list;
 }
 
-static void addProperty(const std::string& name, const gqdb::Variant& value, const std::string& format,
-                        gqdb::ObjectData& object)
+static void addProperty(const gqdb::Variant& value, const std::string& format, gqdb::ObjectData& object)
 {
     gqdb::PropertyData property;
     property.word1 = static_cast<int>(object.properties.size());
     property.formatText = format;
-    property.valueText = name; // the reader puts the value's text in its place
     property.value = value;
     object.properties.push_back(property);
 }
 
 // The object's property names travel in text3, one behind the other with blanks between.
-static gqdb::ObjectData object()
+static gqdb::ObjectData generator()
 {
+    enum { kindInt = 0, kindFloat = 5, kindDouble = 6, kindText = 10, kindTime = 11 };
     gqdb::ObjectData object;
     object.text1 = "GEN1";
     object.text2 = "generator 1";
     object.text3 = "maker poles power revised cooling";
 
     gqdb::Variant value;
-    value.kind = 10;
+    value.kind = kindText;
     value.textValue = "works no. 4711";
-    addProperty("maker", value, "", object);
-    value.kind = 0;
+    addProperty(value, "", object);
+    value.kind = kindInt;
     value.intValue = 2;
-    addProperty("poles", value, "", object);
-    value.kind = 6;
+    addProperty(value, "", object);
+    value.kind = kindDouble;
     value.doubleValue = 350.5;
-    addProperty("power", value, "", object);
-    value.kind = 11;
+    addProperty(value, "", object);
+    value.kind = kindTime;
     value.intValue = 1700000000;
-    addProperty("revised", value, "yyyy-MM-dd", object);
-    value.kind = 5;
+    addProperty(value, "yyyy-MM-dd", object);
+    value.kind = kindFloat;
     value.floatValue = 0.25f;
-    addProperty("cooling", value, "", object);
+    addProperty(value, "", object);
     return object;
 }
 
@@ -239,7 +238,7 @@ QByteArray databaseReply(unsigned char command)
         CByte2Rdb::eventInfos2Byte(events(), data);
         break;
     case commandObject:
-        CByte2Rdb::object2Blob(object(), data);
+        CByte2Rdb::object2Blob(generator(), data);
         break;
     default:
         break;

@@ -1,6 +1,7 @@
 #include "station.h"
 
 #include "console.h"
+#include "frontEnd.h"
 #include "pointDatabase.h"
 #include "stationProtocol.h"
 
@@ -192,7 +193,9 @@ QByteArrayList Station::answer(const QByteArray& request)
     default:
         break;
     }
-    const QByteArray records = databaseReply(command);
+    QByteArray records = databaseReply(command);
+    if (records.isEmpty())
+        records = frontEndReply(command);
     if (records.isEmpty())
         return errorReply(errorUnknownCommand);
     return QByteArrayList{frameOf(command, sequence, intPayload(records.size()) + records)};

@@ -18,6 +18,14 @@ enum StationCommand : unsigned char {
     commandWave = 0x36,        // the stored wave of the blob point
     commandEvents = 0x37,      // a list of EventInfo
     commandObject = 0x38,      // an ObjectData in the blob form
+
+    // The front-end processor, in the same way
+    commandNodeHeads = 0x40, // a list of NodeHead
+    commandCommItems = 0x41, // a list of CommItem, in the form that byte2CommItems reads
+    commandYcItems = 0x42,   // a list of YcItem
+    commandYxItems = 0x43,   // a list of YxItem
+    commandYdItems = 0x44,   // a list of YdItem
+    commandYbItems = 0x45,   // a list of YbItem, in the form that byte2YbItems reads
 };
 
 enum StationError {
@@ -25,23 +33,29 @@ enum StationError {
     errorBadPayload = -11, // too short, or a count outside of 1 to what the station has
 };
 
-enum StationData {
+enum StationStock {
     intCount = 1000,
     byteCount = 100000,
     stringCount = 48,
-    intsPerFrame = 100,
-    bytesPerFrame = 4096,
-    stringsPerFrame = 10,
     waveSamples = 2000,
 };
 
-// Points are numbered by kind; the same kinds stand in code1 of a PointInfo and in pointKind of a PointRealData.
+// How the station cuts its long lists.
+enum FrameLimit {
+    intsPerFrame = 100,
+    bytesPerFrame = 4096,
+    stringsPerFrame = 10,
+};
+
+// In code1 of a PointInfo and in pointKind of a PointRealData.
 enum PointKind : char {
     kindFloatPoint = 1,
     kindIntPoint = 2,
     kindBoolPoint = 3,
     kindBlobPoint = 4,
 };
+
+// Three points with floating-point values, one of each other kind.
 enum PointNumber : unsigned int {
     firstFloatPoint = 1000,
     firstIntPoint = 2000,

@@ -14,6 +14,5 @@ void show(const QString& request, int result, bool asExpected, const QString& me
 // A request of the station: a command and one integer.
 QByteArray stationRequest(gqdb::CTcpAPI& client, unsigned char command, int value);
 
-// Fetches and shows the station's point database: a table of points and values, the wave as a line of blocks and as an
-// SVG file, events and object.
-void showDatabase(gqdb::CTcpAPI& client, const QString& svgPath);
+// Asks the station for records. 1 and the bytes of its byte list, or the code of the failure and none.
+int fetch(gqdb::CTcpAPI& client, unsigned char command, QByteArray& bytes);
