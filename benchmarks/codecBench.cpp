@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstring>
 
+#include <boost/crc.hpp>
+
 using gqdb::CByte2Rdb;
 using gqdb::CByte2Val;
 using gqdb::FloatRealData;
@@ -292,6 +294,82 @@ static void compareShort2float()
     compare("short2float of 1,000,000 samples", library, {{copyName, {{Clock::processor, 6}}, copySide(bytes)}});
 }
 
+// --- Telegrams ----------------------------------------------------------------------------------------------------
+
+// The same CRC in the barest form of one step of two tables a byte.
+class BareCrc {
+public:
+    BareCrc()
+    {
+        for (unsigned int i = 0; i < 256; ++i) {
+            unsigned int crc = i;
+            for (int bit = 0; bit < 8; ++bit)
+                crc = crc & 1 ? crc >> 1 ^ 0xA001 : crc >> 1;
+            lowBytes[i] = static_cast<unsigned char>(crc);
+            highBytes[i] = static_cast<unsigned char>(crc >> 8);
+        }
+    }
+
+    unsigned int of(const QByteArray& bytes) const
+    {
+        unsigned char high = 0xFF;
+        unsigned char low = 0xFF;
+        for (const char byte : bytes) {
+            const auto i = static_cast<unsigned char>(low ^ byte);
+            low = high ^ lowBytes[i];
+            high = highBytes[i];
+        }
+        return low | unsigned(high) << 8;
+    }
+
+private:
+    unsigned char lowBytes[256];
+    unsigned char highBytes[256];
+};
+
+static unsigned int boostCrc(const QByteArray& bytes)
+{
+    boost::crc_optimal<16, 0x8005, 0xFFFF, 0, true, true> crc;
+    crc.process_bytes(bytes.constData(), size_t(bytes.size()));
+    return crc.checksum();
+}
+
+static void compareCrc(const std::string& job, int size)
+{
+    QByteArray telegram;
+    for (int i = 0; i < size; ++i)
+        telegram.append(static_cast<char>(i * 31 + i / 256));
+    const auto library = [=](benchmark::State& state) {
+        unsigned char first = 0;
+        unsigned char second = 0;
+        if (CByte2Val::getCrc16(telegram.constData(), size, first, second) != 1 ||
+            (unsigned(first) << 8 | second) != boostCrc(telegram))
+            fail(job + ": the library's CRC differs");
+        for (auto _ : state) {
+            CByte2Val::getCrc16(telegram.constData(), size, first, second);
+            benchmark::DoNotOptimize(first);
+            benchmark::DoNotOptimize(second);
+        }
+    };
+    const auto bare = [=](benchmark::State& state) {
+        static const BareCrc crc;
+        if (crc.of(telegram) != boostCrc(telegram))
+            fail(job + ": the bare CRC differs");
+        for (auto _ : state) {
+            unsigned int sum = crc.of(telegram);
+            benchmark::DoNotOptimize(sum);
+        }
+    };
+    const auto boost = [=](benchmark::State& state) {
+        for (auto _ : state) {
+            unsigned int sum = boostCrc(telegram);
+            benchmark::DoNotOptimize(sum);
+        }
+    };
+    compare(job, library,
+            {{"two tables", {{Clock::processor, 1.2}}, bare}, {"Boost.CRC", {{Clock::processor, 0.71}}, boost}});
+}
+
 // ------------------------------------------------------------------------------------------------------------------
 
 void compareCodec()
@@ -301,4 +379,6 @@ void compareCodec()
     compareDecoding(records);
     compareFloat2Short();
     compareShort2float();
+    compareCrc("getCrc16 of 256 bytes", 256);
+    compareCrc("getCrc16 of 64 KiB", 1 << 16);
 }

@@ -1,5 +1,7 @@
 #include "comparison.h"
 
+#include <QString>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -70,9 +72,7 @@ const LeastTimes* LeastTimesReporter::find(const std::string& name) const
 
 static std::string decimals(double value, int digits)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.*f", digits, value);
-    return text;
+    return QString::number(value, 'f', digits).toStdString();
 }
 
 static void printRow(std::ostream& out, const std::string& job, const std::string& peer, const Aim& aim,
@@ -84,7 +84,7 @@ static void printRow(std::ostream& out, const std::string& job, const std::strin
     const double ratio = libraryTime / otherTime;
     std::string verdict = "-";
     if (aim.ratio > 0)
-        verdict = decimals(aim.ratio, 0) + (ratio <= aim.ratio ? ", met" : ", MISSED");
+        verdict = QString::number(aim.ratio).toStdString() + (ratio <= aim.ratio ? ", met" : ", MISSED");
     char row[200];
     std::snprintf(row, sizeof row, "| %-34s | %-16s | %-9s | %10s | %10s | %5s | %-9s |\n", job.c_str(), peer.c_str(),
                   isWall ? "wall" : "processor", decimals(libraryTime, 1).c_str(), decimals(otherTime, 1).c_str(),
