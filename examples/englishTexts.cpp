@@ -1,0 +1,21 @@
+// Relative time codes in words, in Chinese and in English.
+
+#include <gqLib/gqTools.h>
+
+#include <QCoreApplication>
+#include <QTranslator>
+
+#include <cstdio>
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication application(argc, argv);
+    std::printf("155: %s\n", qPrintable(CGqTools::relTime2Str(155)));
+
+    QTranslator english;
+    if (!english.load("gqLib_en", GQLIB_TRANSLATIONS)) // the folder: gqLib_TRANSLATIONS_DIR in CMake
+        return 1;
+    QCoreApplication::installTranslator(&english);
+    std::printf("155: %s\n", qPrintable(CGqTools::relTime2Str(155)));
+    return 0;
+}

@@ -1,0 +1,330 @@
+#include "gqTools.h"
+
+#include <QDateTime>
+#include <QObject>
+
+#include <climits>
+
+// --- Evaluation ---------------------------------------------------------------------------------------------------
+
+static const unsigned int minute = 60;
+static const unsigned int hour = 3600;
+static const unsigned int day = 86400;
+
+// The moment that a rule starts from. Its local time costs a conversion, which not every family needs.
+struct Base {
+    unsigned int seconds;
+
+    QDateTime local() const { return QDateTime::fromTime_t(seconds); }
+    QDate date() const { return local().date(); }
+};
+
+// The start of a day: where a clock change skips midnight, Qt's constructor from a date finds the first moment of the day,
+// and the one from a date and 00:00 does not.
+static QDateTime startOf(const QDate& date)
+{
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    return QDateTime(date);
+    QT_WARNING_POP
+}
+
+static unsigned int start(const QDate& date)
+{
+    return startOf(date).toTime_t();
+}
+
+static unsigned int clockTime(const QDate& date, int hours, int minutes, int seconds)
+{
+    return QDateTime(date, QTime(hours, minutes, seconds, 0), Qt::LocalTime).toTime_t();
+}
+
+// So many units, in the 32 bits that all sums wrap in.
+static unsigned int times(int number, unsigned int unit)
+{
+    return static_cast<unsigned int>(number) * unit;
+}
+
+// --- Rules of days
+
+static unsigned int dayStart(const Base& base, int daysBack)
+{
+    return start(base.date().addDays(-daysBack));
+}
+
+static unsigned int dayEnd(const Base& base, int daysBack)
+{
+    return dayStart(base, daysBack) + day - 1;
+}
+
+static unsigned int dayClockEnd(const Base& base, int)
+{
+    return clockTime(base.date(), 23, 59, 59);
+}
+
+static unsigned int sameTimeDaysBack(const Base& base, int daysBack)
+{
+    return base.local().addDays(-daysBack).toTime_t();
+}
+
+// A day of the base month, the 1st for numbers below 1; null where the month lacks it.
+static QDate dayOfMonth(const Base& base, int daysBehindFirst)
+{
+    const QDate today = base.date();
+    const QDate first(today.year(), today.month(), 1);
+    if (daysBehindFirst <= 0)
+        return first;
+    const QDate date = first.addDays(daysBehindFirst);
+    return date.month() == first.month() ? date : QDate();
+}
+
+static unsigned int monthDayStart(const Base& base, int daysBehindFirst)
+{
+    const QDate date = dayOfMonth(base, daysBehindFirst);
+    return date.isNull() ? 0 : start(date);
+}
+
+static unsigned int monthDayEnd(const Base& base, int daysBehindFirst)
+{
+    const QDate date = dayOfMonth(base, daysBehindFirst);
+    return date.isNull() ? 0 : start(date) + day - 1;
+}
+
+// --- Rules of hours and minutes
+
+static unsigned int hourStart(const Base& base, int hoursBack)
+{
+    const QDateTime local = base.local();
+    return clockTime(local.date(), local.time().hour(), 0, 0) - times(hoursBack, hour);
+}
+
+static unsigned int hourEnd(const Base& base, int hoursBack)
+{
+    const QDateTime local = base.local();
+    return clockTime(local.date(), local.time().hour(), 59, 59) - times(hoursBack, hour);
+}
+
+static unsigned int sameTimeHoursBack(const Base& base, int hoursBack)
+{
+    return base.seconds - times(hoursBack, hour);
+}
+
+static unsigned int sameTimeMinutesBack(const Base& base, int minutesBack)
+{
+    return base.seconds - times(minutesBack, minute);
+}
+
+static unsigned int hourOfDayStart(const Base& base, int hours)
+{
+    return dayStart(base, 0) + times(hours, hour) - (hours == 24 ? 1 : 0);
+}
+
+static unsigned int hourOfDayEnd(const Base& base, int hours)
+{
+    return dayStart(base, 0) + times(hours, hour) + (hours == 24 ? hour : hour - 1); // 24 gives 01:00:00, deliberately
+}
+
+// Not after the base: today or, where that is still to come, a day earlier.
+static unsigned int latest(const Base& base, unsigned int today)
+{
+    return base.seconds < today ? today - day : today;
+}
+
+static unsigned int latestHourStart(const Base& base, int hours)
+{
+    return latest(base, dayStart(base, 0) + times(hours, hour)) - (hours == 24 ? 1 : 0);
+}
+
+static unsigned int latestHourEnd(const Base& base, int hours)
+{
+    return latest(base, dayStart(base, 0) + times(hours, hour) + hour - 1) + (hours == 24 ? 1 : 0); // 24 gives 01:00:00
+}
+
+static unsigned int minuteOfDay(const Base& base, int minutes)
+{
+    return dayStart(base, 0) + times(minutes, minute) - (minutes == 1440 ? 1 : 0);
+}
+
+// --- Rules of months and years
+
+static unsigned int monthStart(const Base& base, int)
+{
+    const QDate today = base.date();
+    return start(QDate(today.year(), today.month(), 1));
+}
+
+static unsigned int monthEnd(const Base& base, int)
+{
+    const QDate today = base.date();
+    return startOf(QDate(today.year(), today.month(), 1)).addMonths(1).toTime_t() - 1;
+}
+
+static unsigned int yearsMonthStart(const Base& base, int month)
+{
+    return start(QDate(base.date().year(), month, 1));
+}
+
+static unsigned int yearsMonthEnd(const Base& base, int month) // below 1 there is none: all ones, less 1
+{
+    return startOf(QDate(base.date().year(), month, 1)).addMonths(1).toTime_t() - 1;
+}
+
+static unsigned int lastYearsMonthStart(const Base& base, int month)
+{
+    return start(QDate(base.date().year() - 1, month, 1));
+}
+
+static unsigned int lastYearsMonthEnd(const Base& base, int month)
+{
+    const int year = base.date().year();
+    return start(month == 12 ? QDate(year, 1, 1) : QDate(year - 1, month + 1, 1)) - 1;
+}
+
+static unsigned int yearStart(const Base& base, int)
+{
+    return start(QDate(base.date().year(), 1, 1));
+}
+
+static unsigned int yearClockEnd(const Base& base, int)
+{
+    return clockTime(QDate(base.date().year(), 12, 31), 23, 59, 59);
+}
+
+static unsigned int yearStartBack(const Base& base, int yearsBack)
+{
+    return startOf(QDate(base.date().year(), 1, 1)).addYears(-yearsBack).toTime_t();
+}
+
+static unsigned int yearEndBack(const Base& base, int yearsBack)
+{
+    return startOf(QDate(base.date().year(), 12, 31)).addYears(-yearsBack).toTime_t() + day - 1;
+}
+
+static unsigned int sameTimeYearsAhead(const Base& base, int years)
+{
+    return base.local().addYears(years).toTime_t();
+}
+
+// --- The number line of moments
+
+struct Family {
+    int first;
+    int last;
+    int zero; // a rule gets the code less this
+    unsigned int (*rule)(const Base& base, int number);
+};
+
+// The first row that holds a code decides; a code in no row gives 0.
+static const Family families[] = {
+    {1, 1, 1, dayStart},
+    {2, 2, 2, dayClockEnd},
+    {3, 33, 2, dayStart},
+    {34, 81, 50, dayEnd}, // ahead below 50, as all that count back are below their zero
+    {82, 131, 100, sameTimeDaysBack},
+    {132, 181, 151, monthDayStart}, // 151 is the 1st
+    {182, 231, 201, monthDayEnd},
+    {301, 301, 301, hourStart},
+    {302, 302, 302, hourEnd},
+    {232, 326, 302, hourStart},
+    {327, 353, 329, hourEnd},
+    {354, 374, 360, sameTimeHoursBack},
+    {375, 405, 381, hourOfDayStart},
+    {406, 434, 410, hourOfDayEnd},
+    {435, 459, 435, latestHourStart},
+    {460, 484, 460, latestHourEnd},
+    {501, 501, 501 - 1, sameTimeMinutesBack},
+    {503, 503, 503 - 5, sameTimeMinutesBack},
+    {504, 504, 504 - 10, sameTimeMinutesBack},
+    {505, 505, 505 - 30, sameTimeMinutesBack},
+    {1001, 1001, 1001, monthStart},
+    {1002, 1002, 1002, monthEnd},
+    {485, 1100, 1050, sameTimeDaysBack}, // days, although the texts of most speak of months
+    {1101, 1112, 1100, yearsMonthStart},
+    {1113, 1132, 1120, yearsMonthEnd},
+    {1141, 1152, 1140, lastYearsMonthStart},
+    {1153, 1164, 1152, lastYearsMonthEnd},
+    {1301, 1301, 1301, yearStart},
+    {1302, 1302, 1302, yearClockEnd},
+    {1303, 1353, 1302, yearStartBack},
+    {1401, 1451, 1400, yearEndBack},
+    {1601, 1610, 1600, sameTimeYearsAhead},
+    {2001, 3441, 2001, minuteOfDay},
+};
+
+unsigned int CGqTools::calcRelTime(int relTime, int baseTime)
+{
+    const Base base = {static_cast<unsigned int>(baseTime)};
+    for (const Family& family : families) {
+        if (relTime >= family.first && relTime <= family.last)
+            return family.rule(base, relTime - family.zero);
+    }
+    return 0;
+}
+
+// --- Text ---------------------------------------------------------------------------------------------------------
+
+static const int noNumber = INT_MIN; // in place of a zero
+
+struct Wording {
+    int first;
+    int last;
+    int zero;           // between the pieces stands the code less this
+    const char* before; // null if there is none
+    const char* after;
+};
+
+// The first row that holds a code decides. QT_TRANSLATE_NOOP marks the pieces for lupdate. Not the families above, although close to them: where the two differ, programs
+// and people are used to either.
+static const Wording wordings[] = {
+    {INT_MIN, 0, noNumber, QT_TRANSLATE_NOOP("QObject", "当前时间"), nullptr},
+    {1, 1, noNumber, QT_TRANSLATE_NOOP("QObject", "当日0点"), nullptr},
+    {2, 2, noNumber, QT_TRANSLATE_NOOP("QObject", "当日终点"), nullptr},
+    {3, 33, 2, nullptr, QT_TRANSLATE_NOOP("QObject", "天之前的0点")},
+    {34, 81, 50, nullptr, QT_TRANSLATE_NOOP("QObject", "天之前终点")},
+    {82, 131, 100, nullptr, QT_TRANSLATE_NOOP("QObject", "天之前")},
+    {132, 181, 150, nullptr, QT_TRANSLATE_NOOP("QObject", "号")},
+    {182, 231, 200, nullptr, QT_TRANSLATE_NOOP("QObject", "号终点")},
+    {301, 301, noNumber, QT_TRANSLATE_NOOP("QObject", "当时零点"), nullptr},
+    {302, 302, noNumber, QT_TRANSLATE_NOOP("QObject", "当时终点"), nullptr},
+    {232, 326, 302, nullptr, QT_TRANSLATE_NOOP("QObject", "时0点")},
+    {327, 353, 329, nullptr, QT_TRANSLATE_NOOP("QObject", "时终点")},
+    {354, 374, 360, nullptr, QT_TRANSLATE_NOOP("QObject", "时之前")},
+    {375, 405, 380, nullptr,
+     QT_TRANSLATE_NOOP("QObject", "点")}, // an hour more than is evaluated, here and in the next row
+    {406, 434, 409, nullptr, QT_TRANSLATE_NOOP("QObject", "点终点")},
+    {1001, 1001, noNumber, QT_TRANSLATE_NOOP("QObject", "当月0点"), nullptr},
+    {1002, 1002, noNumber, QT_TRANSLATE_NOOP("QObject", "当月终点"), nullptr},
+    {1003, 1003, noNumber, QT_TRANSLATE_NOOP("QObject", "上月0点"), nullptr},
+    {1021, 1021, noNumber, QT_TRANSLATE_NOOP("QObject", "上月终点"), nullptr},
+    {435, 1015, 1003, QT_TRANSLATE_NOOP("QObject", "前"), QT_TRANSLATE_NOOP("QObject", "月零点")},
+    {1016, 1033, 1021, QT_TRANSLATE_NOOP("QObject", "前"), QT_TRANSLATE_NOOP("QObject", "月终点")},
+    {1041, 1041, noNumber, QT_TRANSLATE_NOOP("QObject", "月同期起点"), nullptr},
+    {1042, 1042, noNumber, QT_TRANSLATE_NOOP("QObject", "月同期终点"), nullptr},
+    {1034, 1062, 1050, nullptr, QT_TRANSLATE_NOOP("QObject", "月之前")},
+    {1063, 1112, 1100, nullptr, QT_TRANSLATE_NOOP("QObject", "月0点")},
+    {1113, 1132, 1120, nullptr, QT_TRANSLATE_NOOP("QObject", "月终点")},
+    {1141, 1152, 1140, QT_TRANSLATE_NOOP("QObject", "去年"), QT_TRANSLATE_NOOP("QObject", "月0点")},
+    {1153, 1164, 1152, QT_TRANSLATE_NOOP("QObject", "去年"), QT_TRANSLATE_NOOP("QObject", "月终点")},
+    {1301, 1301, noNumber, QT_TRANSLATE_NOOP("QObject", "当年0点"), nullptr},
+    {1302, 1302, noNumber, QT_TRANSLATE_NOOP("QObject", "当年终点"), nullptr},
+    {1303, 1303, noNumber, QT_TRANSLATE_NOOP("QObject", "去年0点"), nullptr},
+    {1401, 1401, noNumber, QT_TRANSLATE_NOOP("QObject", "去年终点"), nullptr},
+    {1133, 2000, noNumber, QT_TRANSLATE_NOOP("QObject", "0点0分"), nullptr},
+};
+
+QString CGqTools::relTime2Str(int relTime)
+{
+    QString text;
+    for (const Wording& wording : wordings) {
+        if (relTime < wording.first || relTime > wording.last)
+            continue;
+        if (wording.before != nullptr)
+            text += QObject::tr(wording.before);
+        if (wording.zero != noNumber)
+            text += QString::number(relTime - wording.zero, 10);
+        if (wording.after != nullptr)
+            text += QObject::tr(wording.after);
+        break;
+    }
+    return text;
+}
