@@ -1,6 +1,7 @@
 #include "apiBench.h"
 #include "codecBench.h"
 #include "comparison.h"
+#include "toolsBench.h"
 
 #include <iostream>
 #include <vector>
@@ -26,6 +27,7 @@ int main(int argc, char** argv)
 
     compareApi();
     compareCodec();
+    compareTools();
     const bool ran = runComparisons(out);
     std::cout.rdbuf(out.rdbuf());
     return ran ? 0 : 1;

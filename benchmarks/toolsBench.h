@@ -1,0 +1,4 @@
+#pragma once
+
+// Registers the comparisons of relative time.
+void compareTools();
