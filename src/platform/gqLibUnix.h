@@ -1,0 +1,117 @@
+#pragma once
+
+#include "gqLibExport.h"
+
+#include <pthread.h>
+
+// Threads, locks and small helpers, thin over POSIX threads. Results of the pthread calls are looked at by start() alone.
+namespace gqdb {
+
+// A thread to derive from; run() is its whole work. Threads are detached: there is no join, and the only way to learn of
+// an end is to poll isRunning().
+//
+// start() and terminate() belong to one thread at a time. isRunning() may be asked from any: it is a plain read of a cell
+// that the thread clears at its end, without a lock or an atomic operation, so that it tells the end but orders nothing
+// else. What the thread has made, take under a lock.
+class GQLIB_EXPORT CThread {
+public:
+    CThread();
+
+    // Neither stops the thread nor waits for it. Destroy the object only once isRunning() is false: a thread that still
+    // runs goes on in a dead object, and writes into it at its end.
+    virtual ~CThread();
+
+    CThread(const CThread&) = delete;
+    CThread& operator=(const CThread&) = delete;
+
+    // An exception that leaves it ends the program.
+    virtual void run() = 0;
+
+    // Starts run() in a detached thread, with the scheduling of its starter and the system's stack size. Whether
+    // pthread_create(3) made one. After its end it can be started anew. A second start while the first still runs is
+    // not refused: whichever leaves run() first clears isRunning() for both.
+    bool start();
+
+    // Asks for cancellation, if a thread was started: see pthread_cancel(3). Does not wait. A cancelled thread goes on
+    // counting as running; call setExitState() once you know that it has ended. Code in run() that swallows every
+    // exception (catch (...)) makes the program end, for cancellation unwinds the stack. Never call it on a thread that
+    // has ended by cancellation: its handle is no longer valid.
+    void terminate();
+
+    // From start() until run() returns or setExitState() is called.
+    bool isRunning();
+
+    // Lets isRunning() answer false. Every thread does so itself behind run().
+    void setExitState();
+
+protected:
+    int threadId;            // the low 32 bits of the handle, as start() found it; for display
+    pthread_t* threadHandle; // owned; 0 in it: not running
+};
+
+// A recursive mutex: one thread may lock it several times and has to unlock it as often. There is no try-lock.
+class GQLIB_EXPORT CMutex {
+public:
+    CMutex();
+    ~CMutex();
+    CMutex(const CMutex&) = delete;
+    CMutex& operator=(const CMutex&) = delete;
+
+    void lock();
+    void unlock();
+
+protected:
+    pthread_mutex_t handle;
+};
+
+// Holds a mutex for its lifetime. The mutex is not owned, and must not be null.
+class GQLIB_EXPORT CMutexLocker {
+public:
+    explicit CMutexLocker(CMutex* mutexToLock);
+    ~CMutexLocker();
+    CMutexLocker(const CMutexLocker&) = delete;
+    CMutexLocker& operator=(const CMutexLocker&) = delete;
+
+protected:
+    CMutex* mutex;
+};
+
+// Many readers or one writer. Readers join as long as one of them is in, so that writers can starve.
+//
+// The lock belongs to the thread of the first reader, and only that thread can give it back. Where another thread is the
+// last reader out, its unlock fails unseen (EPERM), and the lock stays with the first reader's thread for good: writers in
+// all other threads wait for ever. Use it only where the thread that is first in is last out too; else use a CMutex, or
+// std::shared_mutex.
+//
+// A writer may read as well, as long as nobody else does, and a thread may lock twice, if it unlocks as often. A reader
+// that asks for writing waits for itself, unless it was the first one in.
+class GQLIB_EXPORT CReadWriteLock {
+public:
+    CReadWriteLock();
+    ~CReadWriteLock();
+    CReadWriteLock(const CReadWriteLock&) = delete;
+    CReadWriteLock& operator=(const CReadWriteLock&) = delete;
+
+    void lockForRead();
+    void unlockForRead(); // without a reader it changes nothing but gives a held write lock of this thread back
+    void lockForWrite();
+    void unlockForWrite();
+
+protected:
+    int readerCount;
+    pthread_mutex_t readerGuard; // held while readerCount changes, and while the first reader waits for a writer
+    pthread_mutex_t writeMutex;  // of the writer, or of the first reader on behalf of all
+};
+
+// Sleeps for so many milliseconds, not seconds as sleep(3) does; from 0 down it yields the processor once. A signal ends
+// it, or one of its two steps (whole seconds, then the rest), early.
+GQLIB_EXPORT void sleep(int ms);
+
+// Sleeps for so many microseconds; from 0 down it returns at once. A signal ends it early.
+GQLIB_EXPORT void usleep(int us);
+
+// A 64-bit value of two halves. A negative `low` of the signed form fills the upper half with ones, whatever `high` was.
+GQLIB_EXPORT long long int2Int64(int high, int low);
+GQLIB_EXPORT unsigned long long int2UInt64(unsigned int high, unsigned int low);
+
+} // namespace gqdb
