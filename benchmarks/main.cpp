@@ -1,6 +1,7 @@
 #include "apiBench.h"
 #include "codecBench.h"
 #include "comparison.h"
+#include "logBench.h"
 #include "toolsBench.h"
 
 #include <iostream>
@@ -27,6 +28,7 @@ int main(int argc, char** argv)
 
     compareApi();
     compareCodec();
+    compareLog();
     compareTools();
     const bool ran = runComparisons(out);
     std::cout.rdbuf(out.rdbuf());

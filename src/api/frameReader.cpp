@@ -25,8 +25,10 @@ static void take(const char* buf, int size, int& pos, QByteArray& frame, int wan
     pos += count;
 }
 
-// Skips to a start byte and takes it. Where the whole header is at hand, what there is of the frame comes with it in one
-// growth: no more than that is reserved, however much the header announces.
+// Frames up to this size get their memory at once; a larger one grows as its bytes come, however much a header announces.
+static const int largestPrepared = 4 << 20;
+
+// Skips to a start byte and takes it. Where the whole header is at hand, what there is of the frame comes with it.
 static void begin(const char* buf, int size, int& pos, QByteArray& frame, int& frameSize)
 {
     const void* start = std::memchr(buf + pos, CSocketAPI::frameStart, static_cast<size_t>(size - pos));
@@ -39,7 +41,7 @@ static void begin(const char* buf, int size, int& pos, QByteArray& frame, int& f
     const int left = size - pos;
     if (left >= headerSize && wholeSize(buf + pos) > headerSize) {
         frameSize = wholeSize(buf + pos);
-        frame.reserve(std::min(frameSize, left));
+        frame.reserve(std::min(frameSize, std::max(left, largestPrepared)));
         take(buf, size, pos, frame, frameSize);
     } else {
         take(buf, size, pos, frame, 1);

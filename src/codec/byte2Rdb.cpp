@@ -14,12 +14,18 @@ CByte2Rdb::~CByte2Rdb() = default;
 
 // --- Shared by the families ---------------------------------------------------------------------------------------
 
-// Reserves just the bytes of a list of fixed items, and returns their number.
+// Reserves the bytes of a list, count and all, and returns their number.
 static long long reserveList(QByteArray& data, int itemSize, size_t count)
 {
     const long long size = 4 + itemSize * static_cast<long long>(count);
     reserveMore(data, size);
     return size;
+}
+
+// Reserves for the items of a list alone: room told ahead, whatever the items need.
+static void reserveItems(QByteArray& data, int itemRoom, size_t count)
+{
+    reserveMore(data, itemRoom * static_cast<long long>(count));
 }
 
 static long long textSize(const std::string& text)
@@ -52,25 +58,17 @@ static bool itemsInside(int size, unsigned int itemSize, unsigned int count)
 // A list reader appends: the new size is old size plus count, cut to 32 bits. Where that falls below the old size there
 // is no room for an item, and the list is too short.
 
-// `inline` pays: the fields then go straight into the array, in the list writers too.
-static inline void put(CByteWriter& out, const PointInfo& point)
+static const int shortDefinitionRoom = 1024; // of a PointInfo
+static const int definitionRoom = 2048;
+
+void CByte2Rdb::pointInfo2Byte(const PointInfo& point, QByteArray& data)
 {
+    CByteWriter out(data, 12 + textSize(point.text1) + textSize(point.text2));
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1); // ahead of text2 on the wire
     out.putText(point.text2);
     out.put32(point.code2);
-}
-
-static long long byteSize(const PointInfo& point)
-{
-    return 12 + textSize(point.text1) + textSize(point.text2);
-}
-
-void CByte2Rdb::pointInfo2Byte(const PointInfo& point, QByteArray& data)
-{
-    CByteWriter out(data, byteSize(point));
-    put(out, point);
 }
 
 int CByte2Rdb::byte2PointInfo(const char* buf, int size, PointInfo& point)
@@ -90,7 +88,7 @@ int CByte2Rdb::byte2PointInfo(const char* buf, int size, PointInfo& point)
 
 void CByte2Rdb::pointInfos2Byte(const std::vector<PointInfo>& list, QByteArray& data)
 {
-    reserveMore(data, 1024LL * static_cast<int>(list.size()));
+    reserveItems(data, shortDefinitionRoom, list.size());
     putCount(list.size(), data);
     for (const PointInfo& point : list)
         pointInfo2Byte(point, data);
@@ -114,8 +112,11 @@ int CByte2Rdb::byte2PointInfos(const char* buf, int size, std::vector<PointInfo>
     return 1;
 }
 
-static inline void put(CByteWriter& out, const FloatPoint& point)
+void CByte2Rdb::floatPoint2Byte(const FloatPoint& point, QByteArray& data)
 {
+    const long long texts = textSize(point.text1) + textSize(point.text2) + textSize(point.text3) +
+                            textSize(point.text4) + textSize(point.text5);
+    CByteWriter out(data, 74 + texts);
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1);
@@ -135,18 +136,6 @@ static inline void put(CByteWriter& out, const FloatPoint& point)
     out.put32(point.code7);
     for (const float level : point.levels)
         out.putFloat(level);
-}
-
-static long long byteSize(const FloatPoint& point)
-{
-    return 74 + textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text4) +
-           textSize(point.text5);
-}
-
-void CByte2Rdb::floatPoint2Byte(const FloatPoint& point, QByteArray& data)
-{
-    CByteWriter out(data, byteSize(point));
-    put(out, point);
 }
 
 int CByte2Rdb::byte2FloatPoint(const char* buf, int size, FloatPoint& point)
@@ -179,7 +168,7 @@ int CByte2Rdb::byte2FloatPoint(const char* buf, int size, FloatPoint& point)
 
 void CByte2Rdb::floatPoints2Byte(const std::vector<FloatPoint>& list, QByteArray& data)
 {
-    reserveMore(data, 2048LL * static_cast<int>(list.size()));
+    reserveItems(data, definitionRoom, list.size());
     putCount(list.size(), data);
     for (const FloatPoint& point : list)
         floatPoint2Byte(point, data);
@@ -203,8 +192,11 @@ int CByte2Rdb::byte2FloatPoints(const char* buf, int size, std::vector<FloatPoin
     return 1;
 }
 
-static inline void put(CByteWriter& out, const IntPoint& point)
+void CByte2Rdb::intPoint2Byte(const IntPoint& point, QByteArray& data)
 {
+    const long long texts = textSize(point.text1) + textSize(point.text2) + textSize(point.text3) +
+                            textSize(point.text4) + textSize(point.text5);
+    CByteWriter out(data, 71 + texts);
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1);
@@ -224,18 +216,6 @@ static inline void put(CByteWriter& out, const IntPoint& point)
     out.put32(point.code8);
     for (const int level : point.levels)
         out.putInt(level);
-}
-
-static long long byteSize(const IntPoint& point)
-{
-    return 71 + textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text4) +
-           textSize(point.text5);
-}
-
-void CByte2Rdb::intPoint2Byte(const IntPoint& point, QByteArray& data)
-{
-    CByteWriter out(data, byteSize(point));
-    put(out, point);
 }
 
 int CByte2Rdb::byte2IntPoint(const char* buf, int size, IntPoint& point)
@@ -267,7 +247,7 @@ int CByte2Rdb::byte2IntPoint(const char* buf, int size, IntPoint& point)
 
 void CByte2Rdb::intPoints2Byte(const std::vector<IntPoint>& list, QByteArray& data)
 {
-    reserveMore(data, 2048LL * static_cast<int>(list.size()));
+    reserveItems(data, definitionRoom, list.size());
     putCount(list.size(), data);
     for (const IntPoint& point : list)
         intPoint2Byte(point, data);
@@ -291,8 +271,11 @@ int CByte2Rdb::byte2IntPoints(const char* buf, int size, std::vector<IntPoint>& 
     return 1;
 }
 
-static inline void put(CByteWriter& out, const BoolPoint& point)
+void CByte2Rdb::boolPoint2Byte(const BoolPoint& point, QByteArray& data)
 {
+    const long long texts =
+        textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text5);
+    CByteWriter out(data, 31 + texts);
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1);
@@ -307,17 +290,6 @@ static inline void put(CByteWriter& out, const BoolPoint& point)
     out.put32(point.code5);
     out.put32(point.code6);
     out.put8(point.switch3);
-}
-
-static long long byteSize(const BoolPoint& point)
-{
-    return 31 + textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text5);
-}
-
-void CByte2Rdb::boolPoint2Byte(const BoolPoint& point, QByteArray& data)
-{
-    CByteWriter out(data, byteSize(point));
-    put(out, point);
 }
 
 int CByte2Rdb::byte2BoolPoint(const char* buf, int size, BoolPoint& point)
@@ -346,7 +318,7 @@ int CByte2Rdb::byte2BoolPoint(const char* buf, int size, BoolPoint& point)
 
 void CByte2Rdb::boolPoints2Byte(const std::vector<BoolPoint>& list, QByteArray& data)
 {
-    reserveMore(data, 2048LL * static_cast<int>(list.size()));
+    reserveItems(data, definitionRoom, list.size());
     putCount(list.size(), data);
     for (const BoolPoint& point : list)
         boolPoint2Byte(point, data);
@@ -370,8 +342,11 @@ int CByte2Rdb::byte2BoolPoints(const char* buf, int size, std::vector<BoolPoint>
     return 1;
 }
 
-static inline void put(CByteWriter& out, const BlobPoint& point)
+void CByte2Rdb::blobPoint2Byte(const BlobPoint& point, QByteArray& data)
 {
+    const long long texts = textSize(point.text1) + textSize(point.text2) + textSize(point.text3) +
+                            textSize(point.text4) + textSize(point.text5);
+    CByteWriter out(data, 30 + texts);
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1);
@@ -386,18 +361,6 @@ static inline void put(CByteWriter& out, const BlobPoint& point)
     out.put8(point.switch2);
     out.put32(point.code5);
     out.put32(point.code6);
-}
-
-static long long byteSize(const BlobPoint& point)
-{
-    return 30 + textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text4) +
-           textSize(point.text5);
-}
-
-void CByte2Rdb::blobPoint2Byte(const BlobPoint& point, QByteArray& data)
-{
-    CByteWriter out(data, byteSize(point));
-    put(out, point);
 }
 
 int CByte2Rdb::byte2BlobPoint(const char* buf, int size, BlobPoint& point)
@@ -425,7 +388,7 @@ int CByte2Rdb::byte2BlobPoint(const char* buf, int size, BlobPoint& point)
 
 void CByte2Rdb::blobPoints2Byte(const std::vector<BlobPoint>& list, QByteArray& data)
 {
-    reserveMore(data, 2048LL * static_cast<int>(list.size()));
+    reserveItems(data, definitionRoom, list.size());
     putCount(list.size(), data);
     for (const BlobPoint& point : list)
         blobPoint2Byte(point, data);
@@ -452,6 +415,7 @@ int CByte2Rdb::byte2BlobPoints(const char* buf, int size, std::vector<BlobPoint>
 // --- Values -------------------------------------------------------------------------------------------------------
 // A list is tested once for its whole size and then read at a fixed stride.
 
+// `inline` pays: the fields then go straight into the array, in the list writers too.
 static inline void put(CByteWriter& out, const FloatRealData& record)
 {
     out.put32(record.pointId);
@@ -921,7 +885,7 @@ void CByte2Rdb::blobRealData2Byte(const BlobRealData& record, QByteArray& data)
         out.put32(record.pointId);
         out.put32(record.stamp1);
         out.put32(record.stamp2);
-        out.put8(record.flag1); // both flags ahead of the content, in this record only
+        out.put8(record.flag1);
         out.put8(record.flag2);
         out.put32(static_cast<unsigned int>(record.bytes.size()));
     }
@@ -973,109 +937,195 @@ int CByte2Rdb::byte2BlobRealDatas(const char* buf, int size, std::vector<BlobRea
     return 1;
 }
 
-// --- Waves --------------------------------------------------------------------------------------------------------
-
-static const unsigned char rawSamples = 1;       // bits of waveFlags
-static const unsigned char quantisedSamples = 2; // rawSamples goes first on reading
-static const unsigned char compressedSamples = 4;
-
-static const unsigned int waveHeadSize = sizeof(BlobWaveHead);
-static_assert(sizeof(BlobWaveHead) == 96, "a wave's head is stored as it lies in memory");
-
-// The second half of packing: `rawBuffer` holds the samples.
-static int storeWave(BlobWaveHead& head, const std::vector<int>& marks, const unsigned char* rawBuffer, size_t length,
-                     bool compressed, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
+int CByte2Rdb::blob2List(const char* buf, int size, std::vector<BlobData>& list)
 {
-    const unsigned char* block = rawBuffer;
-    if (compressed) {
-        uLongf packed = CByte2Rdb::waveBlockSize;
-        if (compress(packedBuffer, &packed, rawBuffer, length) != Z_OK)
+    if (size < 18)
+        return -1;
+    CByteReader in(buf, size);
+    const int count = in.takeInt();
+    list.resize(static_cast<size_t>(count)); // a negative count fails here
+    for (BlobData& item : list) {
+        if (in.left() < 14)
             return -1;
-        block = packedBuffer;
-        length = packed;
+        item.stamp1 = in.take32();
+        item.stamp2 = in.take32();
+        item.flag1 = in.take8();
+        item.flag2 = in.take8();
+        const int length = in.takeInt();
+        if (length > in.left())
+            return -1;
+        item.bytes.resize(static_cast<size_t>(length)); // as does a negative length
+        in.takeBytes(item.bytes.data(), item.bytes.size());
     }
-    head.markCount = static_cast<unsigned int>(marks.size());
-    stored.resize(waveHeadSize + 4 * marks.size() + length);
-    unsigned char* at = stored.data();
-    std::memcpy(at, &head, waveHeadSize);
-    at += waveHeadSize;
-    for (const int mark : marks) {
-        store32(static_cast<unsigned int>(mark), reinterpret_cast<char*>(at));
-        at += 4;
+    return in.used();
+}
+
+// --- Queries ------------------------------------------------------------------------------------------------------
+
+void CByte2Rdb::hisQuery2Byte(const HisQuery&, QByteArray&) {} // deliberately nothing; callers rely on it
+
+int CByte2Rdb::byte2HisQuery(const char* buf, int size, HisQuery& query)
+{
+    if (size < 28)
+        return -2;
+    CByteReader in(buf, size);
+    query.pointId = in.take32();
+    query.word1 = in.take32();
+    query.word2 = in.take32();
+    query.word3 = in.take32();
+    query.word4 = in.take32();
+    query.word5 = in.take32();
+    query.word6 = in.take32();
+    return 1; // not the size, unlike its siblings
+}
+
+void CByte2Rdb::oneSecQuery2Byte(const OneSecQuery& query, QByteArray& data)
+{
+    CByteWriter out(data, 20 + textSize(query.text1));
+    out.put32(query.pointId);
+    out.put32(query.word1);
+    out.put32(query.word2);
+    out.put32(query.word3);
+    out.put32(query.word4);
+    out.putText(query.text1);
+}
+
+int CByte2Rdb::byte2OneSecQuery(const char* buf, int size, OneSecQuery& query)
+{
+    if (size < 22)
+        return -2;
+    query.pointId = load32(buf);
+    query.word1 = load32(buf + 4);
+    query.word2 = load32(buf + 8);
+    query.word3 = load32(buf + 12);
+    query.word4 = load32(buf + 16);
+    // One byte less than there is: a buffer that ends exactly with the record is refused.
+    const int used = takeString(buf + 20, size - 21, query.text1);
+    return used == 0 ? 0 : 20 + used;
+}
+
+// --- Events -------------------------------------------------------------------------------------------------------
+// A list reader replaces: elements that stood there are reused as they are.
+
+static const int eventInfoRoom = 1024;
+
+void CByte2Rdb::eventInfo2Byte(const EventInfo& event, QByteArray& data)
+{
+    CByteWriter out(data, 55 + textSize(event.text1) + textSize(event.text2));
+    out.put32(event.word1);
+    out.put32(event.word2);
+    out.put32(event.word3);
+    out.put32(event.word4);
+    out.put8(event.switch1);
+    out.put8(event.switch2);
+    out.put32(event.word5);
+    out.putDouble(event.value);
+    out.put32(event.word6);
+    out.put32(event.word7);
+    out.put32(event.word8);
+    out.put32(event.word9);
+    out.put32(event.word10);
+    out.put8(event.switch3);
+    out.put32(event.word13);
+    out.putText(event.text1);
+    out.putText(event.text2);
+}
+
+int CByte2Rdb::byte2EventInfo(const char* buf, int size, EventInfo& event)
+{
+    if (size < 59)
+        return 0;
+    CByteReader in(buf, size);
+    event.word1 = in.take32();
+    event.word2 = in.take32();
+    event.word3 = in.take32();
+    event.word4 = in.take32();
+    event.switch1 = in.take8();
+    event.switch2 = in.take8();
+    event.word5 = in.take32();
+    event.value = in.takeDouble();
+    event.word6 = in.take32();
+    event.word7 = in.take32();
+    event.word8 = in.take32();
+    event.word9 = in.take32();
+    event.word10 = in.take32();
+    event.switch3 = in.take8();
+    event.word13 = in.take32();
+    if (!in.takeText(event.text1) || !in.takeText(event.text2))
+        return 0;
+    return in.used();
+}
+
+void CByte2Rdb::eventInfos2Byte(const std::vector<EventInfo>& list, QByteArray& data)
+{
+    reserveList(data, eventInfoRoom, list.size());
+    putCount(list.size(), data);
+    for (const EventInfo& event : list)
+        eventInfo2Byte(event, data);
+}
+
+int CByte2Rdb::byte2EventInfos(const char* buf, int size, std::vector<EventInfo>& list)
+{
+    if (size < 4)
+        return -2;
+    CByteReader in(buf, size);
+    list.resize(in.take32());
+    for (EventInfo& event : list) {
+        if (!in.skip(byte2EventInfo(in.here(), in.left(), event))) {
+            list.clear();
+            return -3;
+        }
     }
-    if (length > 0)
-        std::memcpy(at, block, length);
     return 1;
 }
 
-int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<float>& samples, const std::vector<int>& marks,
-                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
+static inline void put(CByteWriter& out, const EventState& event)
 {
-    char* raw = reinterpret_cast<char*>(rawBuffer);
-    size_t length = 4 * samples.size();
-    head.sampleCount = static_cast<unsigned int>(samples.size());
-    calcLimit(samples, head.limitHigh, head.limitLow);
-    if (head.waveFlags & quantisedSamples) {
-        std::vector<int> steps;
-        float2Short(samples, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow), steps);
-        ushorts2Buffer(steps, raw);
-        length = 2 * steps.size();
-    } else {
-        floats2Buffer(samples, raw);
-    }
-    return storeWave(head, marks, rawBuffer, length, head.waveFlags & compressedSamples, packedBuffer, stored);
+    out.put32(event.word1);
+    out.put8(event.switch1);
+    out.put32(event.word2);
+    out.put32(event.word3);
+    out.put32(event.word4);
 }
 
-int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<int>& samples, const std::vector<int>& marks,
-                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
+void CByte2Rdb::eventState2Byte(const EventState& event, QByteArray& data)
 {
-    head.waveFlags |= rawSamples;
-    head.sampleCount = static_cast<unsigned int>(samples.size());
-    ushorts2Buffer(samples, reinterpret_cast<char*>(rawBuffer));
-    return storeWave(head, marks, rawBuffer, 2 * samples.size(), head.waveFlags & compressedSamples, packedBuffer,
-                     stored);
+    CByteWriter out(data, 17);
+    put(out, event);
 }
 
-int CByte2Rdb::byte2Wave(const std::vector<unsigned char>& stored, unsigned char* workBuffer, BlobWaveHead& head,
-                         std::vector<float>& samples, std::vector<int>& marks)
+int CByte2Rdb::byte2EventState(const char* buf, int size, EventState& event)
 {
-    if (stored.size() < waveHeadSize)
+    if (size < 17)
         return 0;
-    std::memcpy(&head, stored.data(), waveHeadSize);
-    const char* payload = reinterpret_cast<const char*>(stored.data()) + waveHeadSize;
-    int length = static_cast<int>(stored.size() - waveHeadSize);
+    CByteReader in(buf, size);
+    event.word1 = in.take32();
+    event.switch1 = in.take8();
+    event.word2 = in.take32();
+    event.word3 = in.take32();
+    event.word4 = in.take32();
+    return in.used();
+}
 
-    if (head.markCount != 0) {
-        // The head's size counts once more: with marks, fewer than 96 bytes of samples are deliberately refused.
-        if (length < static_cast<int>(head.markCount * 4 + waveHeadSize))
-            return 0;
-        if (head.markCount > static_cast<unsigned int>(length) / 4)
-            return 0; // only behind a wrapped sum
-        marks.resize(head.markCount);
-        for (int& mark : marks) {
-            mark = static_cast<int>(load32(payload));
-            payload += 4;
+void CByte2Rdb::eventStates2Byte(const std::vector<EventState>& list, QByteArray& data)
+{
+    CByteWriter out(data, reserveList(data, 17, list.size()));
+    out.put32(static_cast<unsigned int>(list.size()));
+    for (const EventState& event : list)
+        put(out, event);
+}
+
+int CByte2Rdb::byte2EventStates(const char* buf, int size, std::vector<EventState>& list)
+{
+    if (size < 4)
+        return -2;
+    CByteReader in(buf, size);
+    list.resize(in.take32());
+    for (EventState& event : list) {
+        if (!in.skip(byte2EventState(in.here(), in.left(), event))) {
+            list.clear();
+            return -3;
         }
-        length -= static_cast<int>(4 * head.markCount);
-    }
-    if (head.waveFlags & compressedSamples) {
-        uLongf unpacked = waveBlockSize;
-        if (uncompress(workBuffer, &unpacked, reinterpret_cast<const Bytef*>(payload), static_cast<uLong>(length)) !=
-            Z_OK)
-            return 0;
-        payload = reinterpret_cast<const char*>(workBuffer);
-        length = static_cast<int>(unpacked);
-    }
-    if (head.waveFlags & rawSamples) {
-        std::vector<int> values;
-        buffer2Shorts(payload, length / 2, values);
-        ad2float(values, head.limitHigh, head.limitLow, samples);
-    } else if (head.waveFlags & quantisedSamples) {
-        std::vector<int> steps;
-        buffer2UShorts(payload, length / 2, steps);
-        short2float(steps, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow), samples);
-    } else {
-        buffer2Floats(payload, length / 4, samples);
     }
     return 1;
 }
@@ -1088,13 +1138,13 @@ enum VariantKind : unsigned char {
     kindDouble = 6,
     kindText = 10,
     kindTime = 11,
-    kindInternalInt = 101,
+    kindZero = 101,
 };
 
 static const int slotSize = 258; // of a string in the blob form
 
-// Hands the string reader a text in place of the length ahead of it, so that it takes the text's first two bytes for a
-// length: what peers see of texts in the byte form depends on it. Ordinary text is too short for that and is left out.
+// Deliberately hands the string reader a text in place of the length ahead of it, so that it takes the text's first two
+// bytes for a length. Ordinary text is too short for that and is left out.
 static void takeMisplacedText(const char* text, int size, std::string& out)
 {
     takeString(text, size, out);
@@ -1126,7 +1176,7 @@ static void putNumber(const Variant& value, QByteArray& data)
     }
 }
 
-// Reads kind and value of every kind but text. Bytes consumed, or -1.
+// Reads the value behind the kind at `buf[0]`; nothing for text and unknown kinds. Bytes consumed with the kind, or -1.
 static int takeNumber(const char* buf, int size, Variant& value)
 {
     switch (value.kind) {
@@ -1335,7 +1385,7 @@ static std::string valueText(const PropertyData& property)
     case kindFloat:
         return std::to_string(value.floatValue);
     case kindInt:
-    case kindInternalInt: // no value travels with this kind: 0
+    case kindZero: // no value travels with this kind: 0
         return std::to_string(value.intValue);
     case kindText:
         return value.textValue;
@@ -1374,198 +1424,109 @@ void CByte2Rdb::str2Blob(const std::string& text, QByteArray& data)
         data.append(slotSize - used, 0);
 }
 
-int CByte2Rdb::blob2List(const char* buf, int size, std::vector<BlobData>& list)
+// --- Waves --------------------------------------------------------------------------------------------------------
+
+static const unsigned char rawSamples = 1;       // bits of waveFlags
+static const unsigned char quantisedSamples = 2; // rawSamples goes first on reading
+static const unsigned char compressedSamples = 4;
+
+static const unsigned int waveHeadSize = sizeof(BlobWaveHead);
+static_assert(sizeof(BlobWaveHead) == 96, "a wave's head is stored as it lies in memory");
+
+// The second half of packing: `rawBuffer` holds the samples.
+static int storeWave(BlobWaveHead& head, const std::vector<int>& marks, const unsigned char* rawBuffer, size_t length,
+                     bool compressed, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
 {
-    if (size < 18)
-        return -1;
-    CByteReader in(buf, size);
-    const int count = in.takeInt();
-    list.resize(static_cast<size_t>(count)); // a negative count fails here
-    for (BlobData& item : list) {
-        if (in.left() < 14)
+    const unsigned char* block = rawBuffer;
+    if (compressed) {
+        uLongf packed = CByte2Rdb::waveBlockSize;
+        if (compress(packedBuffer, &packed, rawBuffer, length) != Z_OK)
             return -1;
-        item.stamp1 = in.take32();
-        item.stamp2 = in.take32();
-        item.flag1 = in.take8();
-        item.flag2 = in.take8();
-        const int length = in.takeInt();
-        if (length > in.left())
-            return -1;
-        item.bytes.resize(static_cast<size_t>(length)); // as does a negative length
-        in.takeBytes(item.bytes.data(), item.bytes.size());
+        block = packedBuffer;
+        length = packed;
     }
-    return in.used();
-}
-
-// --- Queries ------------------------------------------------------------------------------------------------------
-
-void CByte2Rdb::hisQuery2Byte(const HisQuery&, QByteArray&) {} // no peer takes this form from here
-
-int CByte2Rdb::byte2HisQuery(const char* buf, int size, HisQuery& query)
-{
-    if (size < 28)
-        return -2;
-    CByteReader in(buf, size);
-    query.pointId = in.take32();
-    query.word1 = in.take32();
-    query.word2 = in.take32();
-    query.word3 = in.take32();
-    query.word4 = in.take32();
-    query.word5 = in.take32();
-    query.word6 = in.take32();
-    return 1; // not the size, unlike its siblings
-}
-
-void CByte2Rdb::oneSecQuery2Byte(const OneSecQuery& query, QByteArray& data)
-{
-    CByteWriter out(data, 20 + textSize(query.text1));
-    out.put32(query.pointId);
-    out.put32(query.word1);
-    out.put32(query.word2);
-    out.put32(query.word3);
-    out.put32(query.word4);
-    out.putText(query.text1);
-}
-
-int CByte2Rdb::byte2OneSecQuery(const char* buf, int size, OneSecQuery& query)
-{
-    if (size < 22)
-        return -2;
-    query.pointId = load32(buf);
-    query.word1 = load32(buf + 4);
-    query.word2 = load32(buf + 8);
-    query.word3 = load32(buf + 12);
-    query.word4 = load32(buf + 16);
-    // One byte less than there is: a buffer that ends exactly with the record is refused.
-    const int used = takeString(buf + 20, size - 21, query.text1);
-    return used == 0 ? 0 : 20 + used;
-}
-
-// --- Events -------------------------------------------------------------------------------------------------------
-// A list reader replaces: elements that stood there are reused as they are.
-
-static inline void put(CByteWriter& out, const EventInfo& event)
-{
-    out.put32(event.word1);
-    out.put32(event.word2);
-    out.put32(event.word3);
-    out.put32(event.word4);
-    out.put8(event.switch1);
-    out.put8(event.switch2);
-    out.put32(event.word5);
-    out.putDouble(event.value);
-    out.put32(event.word6);
-    out.put32(event.word7);
-    out.put32(event.word8);
-    out.put32(event.word9);
-    out.put32(event.word10);
-    out.put8(event.switch3);
-    out.put32(event.word13);
-    out.putText(event.text1);
-    out.putText(event.text2);
-}
-
-void CByte2Rdb::eventInfo2Byte(const EventInfo& event, QByteArray& data)
-{
-    CByteWriter out(data, 55 + textSize(event.text1) + textSize(event.text2));
-    put(out, event);
-}
-
-int CByte2Rdb::byte2EventInfo(const char* buf, int size, EventInfo& event)
-{
-    if (size < 59)
-        return 0;
-    CByteReader in(buf, size);
-    event.word1 = in.take32();
-    event.word2 = in.take32();
-    event.word3 = in.take32();
-    event.word4 = in.take32();
-    event.switch1 = in.take8();
-    event.switch2 = in.take8();
-    event.word5 = in.take32();
-    event.value = in.takeDouble();
-    event.word6 = in.take32();
-    event.word7 = in.take32();
-    event.word8 = in.take32();
-    event.word9 = in.take32();
-    event.word10 = in.take32();
-    event.switch3 = in.take8();
-    event.word13 = in.take32();
-    if (!in.takeText(event.text1) || !in.takeText(event.text2))
-        return 0;
-    return in.used();
-}
-
-void CByte2Rdb::eventInfos2Byte(const std::vector<EventInfo>& list, QByteArray& data)
-{
-    reserveMore(data, 1024LL * static_cast<int>(list.size()) + 4);
-    putCount(list.size(), data);
-    for (const EventInfo& event : list)
-        eventInfo2Byte(event, data);
-}
-
-int CByte2Rdb::byte2EventInfos(const char* buf, int size, std::vector<EventInfo>& list)
-{
-    if (size < 4)
-        return -2;
-    CByteReader in(buf, size);
-    list.resize(in.take32());
-    for (EventInfo& event : list) {
-        if (!in.skip(byte2EventInfo(in.here(), in.left(), event))) {
-            list.clear();
-            return -3;
-        }
+    head.markCount = static_cast<unsigned int>(marks.size());
+    stored.resize(waveHeadSize + 4 * marks.size() + length);
+    unsigned char* at = stored.data();
+    std::memcpy(at, &head, waveHeadSize);
+    at += waveHeadSize;
+    for (const int mark : marks) {
+        store32(static_cast<unsigned int>(mark), reinterpret_cast<char*>(at));
+        at += 4;
     }
+    if (length > 0)
+        std::memcpy(at, block, length);
     return 1;
 }
 
-static inline void put(CByteWriter& out, const EventState& event)
+int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<float>& samples, const std::vector<int>& marks,
+                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
 {
-    out.put32(event.word1);
-    out.put8(event.switch1);
-    out.put32(event.word2);
-    out.put32(event.word3);
-    out.put32(event.word4);
+    char* raw = reinterpret_cast<char*>(rawBuffer);
+    size_t length = 4 * samples.size();
+    head.sampleCount = static_cast<unsigned int>(samples.size());
+    calcLimit(samples, head.limitHigh, head.limitLow);
+    if (head.waveFlags & quantisedSamples) {
+        std::vector<int> steps;
+        float2Short(samples, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow), steps);
+        ushorts2Buffer(steps, raw);
+        length = 2 * steps.size();
+    } else {
+        floats2Buffer(samples, raw);
+    }
+    return storeWave(head, marks, rawBuffer, length, head.waveFlags & compressedSamples, packedBuffer, stored);
 }
 
-void CByte2Rdb::eventState2Byte(const EventState& event, QByteArray& data)
+int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<int>& samples, const std::vector<int>& marks,
+                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
 {
-    CByteWriter out(data, 17);
-    put(out, event);
+    head.waveFlags |= rawSamples;
+    head.sampleCount = static_cast<unsigned int>(samples.size());
+    ushorts2Buffer(samples, reinterpret_cast<char*>(rawBuffer));
+    return storeWave(head, marks, rawBuffer, 2 * samples.size(), head.waveFlags & compressedSamples, packedBuffer,
+                     stored);
 }
 
-int CByte2Rdb::byte2EventState(const char* buf, int size, EventState& event)
+int CByte2Rdb::byte2Wave(const std::vector<unsigned char>& stored, unsigned char* workBuffer, BlobWaveHead& head,
+                         std::vector<float>& samples, std::vector<int>& marks)
 {
-    if (size < 17)
+    if (stored.size() < waveHeadSize)
         return 0;
-    CByteReader in(buf, size);
-    event.word1 = in.take32();
-    event.switch1 = in.take8();
-    event.word2 = in.take32();
-    event.word3 = in.take32();
-    event.word4 = in.take32();
-    return in.used();
-}
+    std::memcpy(&head, stored.data(), waveHeadSize);
+    const char* payload = reinterpret_cast<const char*>(stored.data()) + waveHeadSize;
+    int length = static_cast<int>(stored.size() - waveHeadSize);
 
-void CByte2Rdb::eventStates2Byte(const std::vector<EventState>& list, QByteArray& data)
-{
-    CByteWriter out(data, reserveList(data, 17, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
-    for (const EventState& event : list)
-        put(out, event);
-}
-
-int CByte2Rdb::byte2EventStates(const char* buf, int size, std::vector<EventState>& list)
-{
-    if (size < 4)
-        return -2;
-    CByteReader in(buf, size);
-    list.resize(in.take32());
-    for (EventState& event : list) {
-        if (!in.skip(byte2EventState(in.here(), in.left(), event))) {
-            list.clear();
-            return -3;
+    if (head.markCount != 0) {
+        // The head's size counts once more: with marks, fewer than 96 bytes of samples are deliberately refused.
+        if (length < static_cast<int>(head.markCount * 4 + waveHeadSize))
+            return 0;
+        if (head.markCount > static_cast<unsigned int>(length) / 4)
+            return 0; // only behind a wrapped sum
+        marks.resize(head.markCount);
+        for (int& mark : marks) {
+            mark = static_cast<int>(load32(payload));
+            payload += 4;
         }
+        length -= static_cast<int>(4 * head.markCount);
+    }
+    if (head.waveFlags & compressedSamples) {
+        uLongf unpacked = waveBlockSize;
+        if (uncompress(workBuffer, &unpacked, reinterpret_cast<const Bytef*>(payload), static_cast<uLong>(length)) !=
+            Z_OK)
+            return 0;
+        payload = reinterpret_cast<const char*>(workBuffer);
+        length = static_cast<int>(unpacked);
+    }
+    if (head.waveFlags & rawSamples) {
+        std::vector<int> values;
+        buffer2Shorts(payload, length / 2, values);
+        ad2float(values, head.limitHigh, head.limitLow, samples);
+    } else if (head.waveFlags & quantisedSamples) {
+        std::vector<int> steps;
+        buffer2UShorts(payload, length / 2, steps);
+        short2float(steps, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow), samples);
+    } else {
+        buffer2Floats(payload, length / 4, samples);
     }
     return 1;
 }

@@ -71,7 +71,8 @@ public:
     // --- Values ---
     // Readers of one record: its size; -5 if the buffer is shorter, with the record untouched.
     // Readers of a list append to it. 1; -5 below the list's minimum, or if count and items do not fit, with the list
-    // untouched (a count that wraps 32 bits is found out only behind the resize). The first six minimums have room for one item, so that an empty list of 4 bytes is refused.
+    // untouched (a count that wraps 32 bits is found out only behind the resize). The minimums of the float, bool and
+    // int lists have room for one item, so that an empty list of 4 bytes is refused.
 
     // 18 bytes: 0 pointId, 4 value, 8 stamp1, 12 stamp2, 16 flag2, 17 flag1 (1 byte each).
     // flag2 stands ahead of flag1 in the two float records only. A list has 22 bytes at least.
@@ -87,7 +88,8 @@ public:
     static int byte2FloatDatas(const char* buf, int size, std::vector<FloatData>& list);
 
     // 14 bytes: 0 pointId, 4 value (1 byte), 5 stamp1, 9 stamp2, 13 flag1 (1 byte). A list has 18 bytes at least; a
-    // negative count takes that many elements off its end, with 1, or raises the vector's length failure.
+    // negative count takes that many elements off the end of `list`, with 1, raises the vector's length failure, or
+    // gives -5 where the wrapped need does not fit.
     static void boolRealData2Byte(const BoolRealData& record, QByteArray& data);
     static int byte2BoolRealData(const char* buf, int size, BoolRealData& record);
     static void boolRealDatas2Byte(const std::vector<BoolRealData>& list, QByteArray& data);
@@ -100,7 +102,8 @@ public:
     static void boolDatas2Byte(const std::vector<BoolData>& list, QByteArray& data);
     static int byte2BoolDatas(const char* buf, int size, std::vector<BoolData>& list);
 
-    // 18 bytes: 0 pointId, 4 value, 8 stamp1, 12 stamp2, 16 flag1, 17 flag2 (1 byte each). A list has 22 bytes at least.
+    // 18 bytes: 0 pointId, 4 value, 8 stamp1, 12 stamp2, 16 flag1, 17 flag2 (1 byte each).
+    // A list has 22 bytes at least.
     static void intRealData2Byte(const IntRealData& record, QByteArray& data);
     static int byte2IntRealData(const char* buf, int size, IntRealData& record);
     static void intRealDatas2Byte(const std::vector<IntRealData>& list, QByteArray& data);
@@ -127,7 +130,7 @@ public:
 
     // 18+L bytes: 0 pointId, 4 stamp1, 8 stamp2, 12 flag1, 13 flag2 (1 byte each), 14 L (4 bytes), 18 the L bytes.
     // Reader of one record: 18+L; -5 if the buffer is shorter, with the five leading fields overwritten if it held 18
-    // bytes. `bytes` is replaced.
+    // bytes. `bytes` is replaced. An L of 2^31 and more raises the vector's length failure.
     // Reader of a list: -5 if the buffer has less than 4 bytes and 18 for each item; -3 if an item fails, and
     // then the list keeps its new size and the items read so far.
     static void blobRealData2Byte(const BlobRealData& record, QByteArray& data);
@@ -135,79 +138,11 @@ public:
     static void blobRealDatas2Byte(const std::vector<BlobRealData>& list, QByteArray& data);
     static int byte2BlobRealDatas(const char* buf, int size, std::vector<BlobRealData>& list);
 
-    // --- Waves ---
-
-    // A stored wave: 0 the 96 bytes of the head, 96 the marks (4 bytes each), then the samples up to its end: 2 bytes
-    // each if bit 0 or 1 of waveFlags is set, else floats of 4 bytes, in one zlib stream if bit 2 is set.
-    //
-    // The buffers are the caller's and their size is not checked: rawBuffer holds the samples uncompressed, 2 or 4 bytes
-    // each; packedBuffer and workBuffer hold waveBlockSize bytes if bit 2 is set, and are not touched otherwise.
-    static constexpr int waveBlockSize = 5000000;
-
-    // Packs floats: sets sampleCount, markCount and, if there are samples, the limits in `head`, and replaces `stored`.
-    // With bit 1 each sample is quantised to 16 bits between the limits. Clear bit 0 before: it is not looked at here,
-    // but the wave would be read as raw values.
-    // 1; or -1 if zlib failed or needs more than waveBlockSize bytes, with `stored` untouched and the head's sampleCount
-    // and limits set.
-    static int wave2Byte(BlobWaveHead& head, const std::vector<float>& samples, const std::vector<int>& marks,
-                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored);
-
-    // Packs raw values, the low 16 bits of each, and sets bit 0 in `head`. Its limits are the caller's: a reader gives
-    // value * limitHigh + limitLow. Results as above.
-    static int wave2Byte(BlobWaveHead& head, const std::vector<int>& samples, const std::vector<int>& marks,
-                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored);
-
-    // Unpacks; the number of samples comes from the bytes, not from the head.
-    // 1; or 0 below 96 bytes, with nothing changed; 0 with `head` overwritten if the marks do not fit, which with any
-    // marks at all want 96 bytes of samples behind them: a wave with marks and fewer is refused, although wave2Byte
-    // writes it; 0 with `head` and `marks` overwritten if zlib refuses the stream.
-    // Without marks in the wave `marks` stays as it is; without samples `samples` stays too if bit 0 or 1 is set.
-    static int byte2Wave(const std::vector<unsigned char>& stored, unsigned char* workBuffer, BlobWaveHead& head,
-                         std::vector<float>& samples, std::vector<int>& marks);
-
-    // --- Variants, properties, objects ---
-    // Two forms. The byte form packs strings at their length, but its readers hand the string reader the text in place
-    // of the length ahead of it: ordinary text does not come back, while numbers, kinds and sizes do. The blob form
-    // gives each string a slot of 258 bytes and carries texts of up to 256 bytes both ways: use that one for texts.
-    // No reader here returns 0.
-
-    // 0 kind (1 byte), 1 the value: kind 0 and 11 intValue, 5 floatValue (4 bytes), 6 doubleValue (8 bytes), 10
-    // textValue (string, or slot in the blob form), others nothing.
-    // Bytes consumed; -2 below 1 byte; -1 if the value does not fit, with `kind` stored.
-    static void variant2Byte(const Variant& value, QByteArray& data);
-    static int byte2Variant(const char* buf, int size, Variant& value);
-    static void variant2Blob(const Variant& value, QByteArray& data);
-    static int blob2Variant(const char* buf, int size, Variant& value);
-
-    // Byte form: 0 word1, 4 word2, 8 formatText, 8+S1 valueText, 8+S1+S2 value.
-    // Blob form: 0 word1, 4 word2, 8 formatText, 266 valueText, 524 value.
-    // Bytes consumed; -2 below 13 bytes, 525 in the blob form; -3 if a string does not fit; -4 if the value fails.
-    static void property2Byte(const PropertyData& property, QByteArray& data);
-    static int byte2Property(const char* buf, int size, PropertyData& property);
-    static void property2Blob(const PropertyData& property, QByteArray& data);
-    static int blob2Property(const char* buf, int size, PropertyData& property);
-
-    // Byte form: 0 a zero byte, 1 word1, 5 word2, 9 word3, 13 word4, 17 text1, text2, text3, 17+S1+S2+S3 number of
-    // properties (2 bytes, the low 16 bits), then the properties.
-    // Blob form: the same with text1 at 17, text2 at 275, text3 at 533, the number at 791, the properties from 793.
-    // byte2Object: bytes consumed; -2 below 25 bytes; -3 if a string does not fit; -4 if a property fails.
-    // blob2Object: two less than the bytes consumed; -2 below 793 bytes or if a string does not fit; -4 if a property
-    // fails. It also replaces each valueText by the value as text: numbers as %d and %f, kind 11 as local date and time
-    // in the format of formatText or else yyyy-MM-dd hh:mm:ss, kind 10 as it is, kind 101 intValue, others nothing.
-    // Both append to `properties`; on failure those ahead of the failed one stay.
-    static void object2Byte(const ObjectData& object, QByteArray& data);
-    static int byte2Object(const char* buf, int size, ObjectData& object);
-    static void object2Blob(const ObjectData& object, QByteArray& data);
-    static int blob2Object(const char* buf, int size, ObjectData& object);
-
-    // A string in a slot of 258 bytes: 0 length (2 bytes), 2 the text, then zero bytes. A text above 256 bytes is written
-    // whole and overruns its slot, and all that follows moves with it. byte2Str reads a slot.
-    static void str2Blob(const std::string& text, QByteArray& data);
-
     // A list of blob samples: count (4 bytes), then for each 0 stamp1, 4 stamp2, 8 flag1, 9 flag2 (1 byte each),
-    // 10 L (4 bytes), 14 the L bytes. Resizes the list to the count; elements that stood there are overwritten.
+    // 10 L (4 bytes), 14 the L bytes. Not the blob form of the objects: plain samples of a blob point.
+    // Resizes the list to the count; elements that stood there are overwritten.
     // Bytes consumed, 4 for a count of 0; -1 below 18 bytes, with the list untouched, or if an item does not fit, with
-    // the list at its new size and the items read so far. A negative count raises the vector's length failure.
+    // the list at its new size and the items read so far. A negative count or L raises the vector's length failure.
     static int blob2List(const char* buf, int size, std::vector<BlobData>& list);
 
     // --- Queries ---
@@ -219,16 +154,16 @@ public:
     static int byte2HisQuery(const char* buf, int size, HisQuery& query);
 
     // 20+S1 bytes: 0 pointId, 4 word1 to word4, 20 text1.
-    // 20+S1; -2 below 22 bytes; 0 if text1 does not fit with one byte to spare, with the rest filled: a buffer that ends
-    // exactly with the record is refused, so hand over at least one byte more.
+    // 20+S1; -2 below 22 bytes; 0 if text1 does not fit with one byte to spare, with the rest filled: a buffer that
+    // ends exactly with the record is refused, so hand over at least one byte more.
     static void oneSecQuery2Byte(const OneSecQuery& query, QByteArray& data);
     static int byte2OneSecQuery(const char* buf, int size, OneSecQuery& query);
 
     // --- Events ---
     // Readers of one record: bytes consumed; 0 if the buffer is too short or a string does not fit.
-    // Readers of a list replace: they resize it to the count and reuse the elements that stood there, texts appended to;
-    // pass an empty list for clean records. 1; -2 below 4 bytes, with the list untouched; -3 if an item fails, with the
-    // list cleared.
+    // Readers of a list replace: they resize it to the count and reuse the elements that stood there, texts appended
+    // to; pass an empty list for clean records. 1; -2 below 4 bytes, with the list untouched; -3 if an item fails, with
+    // the list cleared.
 
     // 0 word1 to word4, 16 switch1, 17 switch2 (1 byte each), 18 word5, 22 value (8 bytes), 30 word6, 34 word7,
     // 38 word8, 42 word9, 46 word10, 50 switch3 (1 byte), 51 word13, 55 text1, 55+S1 text2; 55+S1+S2 bytes.
@@ -243,6 +178,79 @@ public:
     static int byte2EventState(const char* buf, int size, EventState& event);
     static void eventStates2Byte(const std::vector<EventState>& list, QByteArray& data);
     static int byte2EventStates(const char* buf, int size, std::vector<EventState>& list);
+
+    // --- Variants, properties, objects ---
+    // Two forms. The byte form packs strings at their length, but its readers take the first two bytes of a text for
+    // the text's length, so that ordinary text comes back empty; numbers, kinds and sizes come back right. The blob
+    // form gives each string a slot of 258 bytes and carries texts of up to 256 bytes both ways: use that one for
+    // texts. To its readers a text above 256 bytes counts as one that does not fit, once it is read.
+    // No reader here returns 0.
+
+    // 0 kind (1 byte), 1 the value: kind 0 and 11 intValue, 5 floatValue (4 bytes), 6 doubleValue (8 bytes), 10
+    // textValue (string, or slot in the blob form), others nothing.
+    // Bytes consumed; -2 below 1 byte; -1 if the value does not fit, with `kind` stored.
+    static void variant2Byte(const Variant& value, QByteArray& data);
+    static int byte2Variant(const char* buf, int size, Variant& value);
+    static void variant2Blob(const Variant& value, QByteArray& data);
+    static int blob2Variant(const char* buf, int size, Variant& value);
+
+    // Byte form: 0 word1, 4 word2, 8 formatText, 8+S1 valueText, 8+S1+S2 value; S1 of formatText, S2 of valueText.
+    // Blob form: 0 word1, 4 word2, 8 formatText, 266 valueText, 524 value.
+    // Bytes consumed; -2 below 13 bytes, 525 in the blob form; -3 if a string does not fit; -4 if the value fails.
+    static void property2Byte(const PropertyData& property, QByteArray& data);
+    static int byte2Property(const char* buf, int size, PropertyData& property);
+    static void property2Blob(const PropertyData& property, QByteArray& data);
+    static int blob2Property(const char* buf, int size, PropertyData& property);
+
+    // Byte form: 0 a zero byte, 1 word1, 5 word2, 9 word3, 13 word4, 17 text1, text2, text3, 17+S1+S2+S3 number of
+    // properties (2 bytes, the low 16 bits), then the properties.
+    // Blob form: the same with text1 at 17, text2 at 275, text3 at 533, the number at 791, the properties from 793.
+    // byte2Object: bytes consumed; -2 below 25 bytes; -3 if a string does not fit; -4 if a property fails.
+    // blob2Object: two less than the bytes consumed; -2 below 793 bytes or if a string does not fit; -4 if a property
+    // fails. It also replaces each valueText by the value as text: numbers as %d and %f, with the decimal point of the
+    // program's locale, kind 11 as local date and time in the format of formatText or else yyyy-MM-dd hh:mm:ss, kind 10
+    // as it is, kind 101 as 0, others nothing.
+    // Both append to `properties`; on failure those ahead of the failed one stay.
+    static void object2Byte(const ObjectData& object, QByteArray& data);
+    static int byte2Object(const char* buf, int size, ObjectData& object);
+    static void object2Blob(const ObjectData& object, QByteArray& data);
+    static int blob2Object(const char* buf, int size, ObjectData& object);
+
+    // A string in a slot of 258 bytes: 0 length (2 bytes), 2 the text, then zero bytes. A text above 256 bytes is
+    // written whole and overruns its slot, and all that follows moves with it. byte2Str reads a slot.
+    static void str2Blob(const std::string& text, QByteArray& data);
+
+    // --- Waves ---
+
+    // A stored wave: 0 the 96 bytes of the head, 96 the marks (4 bytes each), then the samples up to its end: 2 bytes
+    // each if bit 0 or 1 of waveFlags is set, else floats of 4 bytes, in one zlib stream if bit 2 is set.
+    //
+    // The buffers are the caller's and their size is not checked: rawBuffer holds the samples uncompressed, 2 or 4
+    // bytes each; packedBuffer and workBuffer hold waveBlockSize bytes if bit 2 is set, and are not touched otherwise.
+    static constexpr int waveBlockSize = 5000000;
+
+    // Packs floats: sets sampleCount, markCount and, if there are samples, the limits in `head`, and replaces `stored`.
+    // With bit 1 each sample is quantised to 16 bits between the limits. Clear bit 0 before: it is not looked at here,
+    // but the wave would be read as raw values.
+    // 1; or -1 if zlib failed or needs more than waveBlockSize bytes, with `stored` untouched and the head's
+    // sampleCount and limits set.
+    static int wave2Byte(BlobWaveHead& head, const std::vector<float>& samples, const std::vector<int>& marks,
+                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored);
+
+    // Packs raw values, the low 16 bits of each, and sets bit 0 in `head`. Its limits are the caller's: a reader gives
+    // value * limitHigh + limitLow.
+    // 1; or -1 as above, with sampleCount and bit 0 set in `head` and nothing else changed there or in `stored`.
+    static int wave2Byte(BlobWaveHead& head, const std::vector<int>& samples, const std::vector<int>& marks,
+                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored);
+
+    // Unpacks; the number of samples comes from the bytes, not from the head.
+    // 1; or 0 below 96 bytes, with nothing changed; 0 with `head` overwritten if the marks do not fit, which with any
+    // marks at all want 96 bytes of samples behind them: a wave with marks and fewer is refused, although wave2Byte
+    // writes it; 0 with `head` and `marks` overwritten if zlib refuses the stream, or it unpacks to more than
+    // waveBlockSize bytes, which wave2Byte does not look at.
+    // Without marks in the wave `marks` stays as it is; without samples `samples` stays too if bit 0 or 1 is set.
+    static int byte2Wave(const std::vector<unsigned char>& stored, unsigned char* workBuffer, BlobWaveHead& head,
+                         std::vector<float>& samples, std::vector<int>& marks);
 };
 
 } // namespace gqdb

@@ -88,14 +88,14 @@ public:
     static void list2Byte(const std::vector<float>& list, char* buf);
     static void list2Byte(const std::vector<unsigned char>& list, QByteArray& data);
 
-    // Stores 8 bytes an element but moves on by 4, so that each overwrites the upper half of the one before: 4 * size + 8
-    // bytes for a list that is not empty. byte2List does not read it back; for doubles that have to survive there are
+    // Stores 8 bytes an element but moves on by 4, so that each overwrites the upper half of the one before: 4 * size +
+    // 8 bytes for a list that is not empty. byte2List does not read it back; for doubles that have to survive there are
     // doubles2Buffer and buffer2Doubles.
     static void list2Byte(const std::vector<double>& list, char* buf);
 
-    // Append to `out`. Bytes consumed; or 0 if `len` bytes do not hold count and elements, with `out` untouched (a count
-    // that wraps 32 bits is found out only behind the resize, with `out` at its new size). The list of double is a list
-    // of int whose elements are wanted as double.
+    // Append to `out`. Bytes consumed; or 0 if `len` bytes do not hold count and elements, with `out` untouched (a
+    // count that wraps 32 bits is found out only behind the resize, with `out` at its new size). The double form reads
+    // 4-byte integers and converts each.
     static int byte2List(const char* buf, int len, std::vector<int>& out);
     static int byte2List(const char* buf, int len, std::vector<float>& out);
     static int byte2List(const char* buf, int len, std::vector<double>& out);
@@ -122,6 +122,8 @@ public:
     // Largest and smallest element. A NaN counts only in the first place, and then stays in both.
     static void calcLimit(const std::vector<float>& values, double& upper, double& lower);
 
+    // The three that follow replace `out`; of an empty input it stays as it is.
+
     // Maps `lower` to `upper` onto 0 to 65535, in single precision, truncated towards zero, not clamped. What no int
     // holds, a NaN among it, gives -2147483648: every element does if the limits are equal.
     static void float2Short(const std::vector<float>& values, float upper, float lower, std::vector<int>& out);
@@ -134,8 +136,8 @@ public:
 
     // --- Telegrams of field devices. The library's own frames carry no checksum ---
 
-    // CRC-16/MODBUS of the catalogue of parametrised CRC algorithms: polynomial 0x8005 reflected, start 0xFFFF, no final
-    // XOR; "123456789" gives 0x4B37. `first` gets the high byte (0x4B), `second` the low one (0x37): a Modbus RTU
+    // CRC-16/MODBUS of the catalogue of parametrised CRC algorithms: polynomial 0x8005 reflected, start 0xFFFF, no
+    // final XOR; "123456789" gives 0x4B37. `first` gets the high byte (0x4B), `second` the low one (0x37): a Modbus RTU
     // telegram carries `second` ahead of `first`. 1; or 0 if `len` is below 1, with both untouched.
     static int getCrc16(const char* buf, int len, unsigned char& first, unsigned char& second);
 

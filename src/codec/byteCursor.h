@@ -93,7 +93,7 @@ inline int takeString(const char* buf, int len, std::string& out)
     if (!holdsString(buf, len))
         return 0;
     const int size = static_cast<int>(load16(buf));
-    out.reserve(static_cast<size_t>(size));
+    out.reserve(static_cast<size_t>(size)); // the field's length alone, whatever `out` holds
     out.append(buf + 2, static_cast<size_t>(size));
     return size + 2;
 }

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-// Records of the front-end processors: plain data, moved by CByte2Fep and given no meaning here. Fields stand in declared
-// order, which is not always their order on the wire. Every field starts at zero or empty but for those that say
+// Records of the front-end processors: plain data, moved by CByte2Fep and given no meaning here. The declared order is
+// not always the order on the wire; byte2Fep.h has that. Every field starts at zero or empty but for those that say
 // otherwise.
 namespace gqdb {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 // Records of the real-time database: plain data, moved by CByte2Rdb and given no meaning here. Strings hold raw bytes.
-// Fields stand in declared order, which is not always their order on the wire. Every field starts at zero or empty but
+// The declared order is not always the order on the wire; byte2Rdb.h has that. Every field starts at zero or empty but
 // for those that say otherwise; one marked 'unset' is deliberately left alone by the constructor: set it before use.
 namespace gqdb {
 
@@ -171,6 +171,15 @@ struct PointRealData {
     char flag2 = 0;
 };
 
+struct BlobDataInfo {
+    unsigned int pointId = 0;
+    unsigned int stamp1 = 0;
+    unsigned int stamp2 = 0;
+    unsigned int word4 = 0;
+    char flag1 = 0;
+    char flag2 = 0;
+};
+
 struct BlobRealData {
     unsigned int pointId = 0;
     unsigned int stamp1 = 0;
@@ -180,11 +189,11 @@ struct BlobRealData {
     char flag2 = 0;
 };
 
-struct BlobDataInfo {
-    unsigned int pointId = 0;
+// In lists only, which blob2List reads.
+struct BlobData {
     unsigned int stamp1 = 0;
     unsigned int stamp2 = 0;
-    unsigned int word4 = 0;
+    std::vector<unsigned char> bytes;
     char flag1 = 0;
     char flag2 = 0;
 };
@@ -243,9 +252,10 @@ struct EventState {
 
 // --- Objects ------------------------------------------------------------------------------------------------------
 
-// A tagged value. The four values are fields of their own, side by side; `kind` says which one counts.
+// A tagged value. The four values are fields of their own, side by side; `kind` says which one counts: 0 intValue,
+// 5 floatValue, 6 doubleValue, 10 textValue, 11 intValue as seconds since 1970, unsigned.
 struct Variant {
-    unsigned char kind = 0; // 0 intValue, 5 floatValue, 6 doubleValue, 10 textValue, 11 intValue as seconds since 1970
+    unsigned char kind = 0;
     int intValue = 0;
     float floatValue = 0;
     double doubleValue = 0;
@@ -269,15 +279,6 @@ struct ObjectData {
     std::string text2;
     std::string text3;
     std::vector<PropertyData> properties;
-};
-
-// A blob sample without the key of its point.
-struct BlobData {
-    unsigned int stamp1 = 0;
-    unsigned int stamp2 = 0;
-    std::vector<unsigned char> bytes;
-    char flag1 = 0;
-    char flag2 = 0;
 };
 
 // --- Waves --------------------------------------------------------------------------------------------------------

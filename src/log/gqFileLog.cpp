@@ -30,10 +30,7 @@ void CGqFileLog::info(const QString& text)
 
 void CGqFileLog::info(const QString& text, unsigned int seconds, unsigned int milliseconds)
 {
-    LogData record;
-    record.text = text;
-    record.seconds = seconds;
-    record.milliseconds = milliseconds;
+    const LogData record = {text, seconds, milliseconds};
     const CMutexLocker lock(&queueMutex);
     queue.append(record);
 }
@@ -53,22 +50,26 @@ bool CGqFileLog::save()
 
 // --- File ---------------------------------------------------------------------------------------------------------
 
-// "<hh:mm:ss." of a second, made anew only where the second changes.
-class ClockText {
+// The prefix of the lines. Most follow one of the same second, whose clock time is not made again.
+class TimePrefix {
 public:
-    const QString& of(unsigned int seconds)
+    void append(unsigned int seconds, unsigned int milliseconds, QByteArray& line)
     {
-        if (text.isEmpty() || seconds != shown) {
+        if (clock.isEmpty() || seconds != clockSeconds) {
             const QTime time = QDateTime::fromTime_t(seconds).time();
-            text = QString::asprintf("<%02d:%02d:%02d.", time.hour(), time.minute(), time.second());
-            shown = seconds;
+            clock = QString::asprintf("<%02d:%02d:%02d.", time.hour(), time.minute(), time.second()).toLatin1();
+            clockSeconds = seconds;
         }
-        return text;
+        line += clock;
+        if (milliseconds == 0) // as info() leaves it where it takes the time itself
+            line += "000> ";
+        else
+            line += QString::asprintf("%03d> ", static_cast<int>(milliseconds)).toLatin1();
     }
 
 private:
-    QString text;
-    unsigned int shown = 0;
+    QByteArray clock;
+    unsigned int clockSeconds = 0;
 };
 
 bool CGqFileLog::saveDatas(const QList<LogData>& batch)
@@ -77,18 +78,16 @@ bool CGqFileLog::saveDatas(const QList<LogData>& batch)
         return true;
     if (!file.open(QIODevice::Append | QIODevice::Text))
         return false;
-    ClockText clock;
-    QString line;
+    TimePrefix prefix;
+    QByteArray line;
     for (const LogData& record : batch) {
         ++savedCount;
         line.resize(0);
-        if (withTime) {
-            line += clock.of(record.seconds);
-            line += QString::asprintf("%03d> ", static_cast<int>(record.milliseconds));
-        }
-        line += record.text;
+        if (withTime)
+            prefix.append(record.seconds, record.milliseconds, line);
+        line += record.text.toUtf8();
         line += '\n';
-        file.write(line.toUtf8().constData()); // up to a NUL
+        file.write(line.constData()); // up to a NUL
     }
     file.close();
     if (savedCount < fullFile)

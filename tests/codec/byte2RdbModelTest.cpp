@@ -1,89 +1,25 @@
-// Random records, lists, buffers and waves, held against a second codec that works a byte and a step at a time. Bytes are
+// Random records, lists, objects and waves, held against a second codec that works a byte and a step at a time. Bytes are
 // cut and flipped at random, targets are never fresh, and what counts is result, target and failure to allocate alike.
 // Every random sequence starts from a fixed seed.
 
 #include "byte2Rdb.h"
+#include "support/chance.h"
 #include "support/hex.h"
 #include "support/recordChecks.h"
+#include "support/sampleModel.h"
 
 #include <QDateTime>
 
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cstdio>
 #include <ctime>
-#include <limits>
-#include <random>
 #include <zlib.h>
 
 using namespace gqdb;
 
 using Bytes = std::vector<unsigned char>;
 using uint32 = unsigned int;
-
-// --- Chance ---------------------------------------------------------------------
-
-class Chance {
-public:
-    explicit Chance(unsigned int seed) : engine(seed) {}
-
-    uint32 word() { return uint32(engine()); }
-    int below(int limit) { return int(word() % uint32(limit)); }
-    bool once(int in) { return below(in) == 0; }
-
-    Bytes bytes(int size)
-    {
-        Bytes made(static_cast<size_t>(size));
-        for (unsigned char& byte : made)
-            byte = static_cast<unsigned char>(word());
-        return made;
-    }
-    std::string text(int longest)
-    {
-        const Bytes made = bytes(below(longest + 1));
-        return std::string(made.begin(), made.end());
-    }
-    // Any image: NaN, infinity and the smallest numbers among them.
-    float anyFloat()
-    {
-        static const float special[] = {0.0f,
-                                        -0.0f,
-                                        1.0f,
-                                        -1.0f,
-                                        0.5f,
-                                        65535.0f,
-                                        1e-45f,
-                                        -1e-39f,
-                                        3.4e38f,
-                                        -3.4e38f,
-                                        std::numeric_limits<float>::infinity(),
-                                        -std::numeric_limits<float>::infinity(),
-                                        std::numeric_limits<float>::quiet_NaN()};
-        switch (below(4)) {
-        case 0:
-            return special[below(13)];
-        case 1:
-            return floatOf(word());
-        default:
-            return float(int(word())) / float(1 + below(1 << 20));
-        }
-    }
-    double anyDouble()
-    {
-        switch (below(4)) {
-        case 0:
-            return double(anyFloat());
-        case 1:
-            return doubleOf((static_cast<unsigned long long>(word()) << 32) | word());
-        default:
-            return double(int(word())) / double(1 + below(1 << 30));
-        }
-    }
-
-private:
-    std::mt19937 engine;
-};
 
 // --- The wire, a byte at a time -------------------------------------------------
 
@@ -723,8 +659,8 @@ static void compareRecords(Writer writer, Reader reader, int tooShort)
 
 // How a family of lists is read.
 struct ListRules {
-    int shortList;       // result below `least` bytes
-    int least;           //
+    int shortList; // result below `least` bytes
+    int least;
     uint32 itemSize;     // tested ahead of the items; 0: not at all
     bool stride;         // items of a fixed size, which cannot fail
     bool append;         // else the list gets the size that is counted
@@ -1211,137 +1147,6 @@ TEST(Blob2List, behavesAsItsModelOnRandomBytes)
     }
 }
 
-// --- Samples --------------------------------------------------------------------
-
-// A NaN is a NaN, whatever its image.
-static std::string shown(float value)
-{
-    unsigned int image;
-    std::memcpy(&image, &value, 4);
-    return value != value ? "NaN" : QString::number(image, 16).toStdString();
-}
-
-static std::string shown(const std::vector<float>& values)
-{
-    std::string all;
-    for (const float value : values)
-        all += shown(value) + " ";
-    return all;
-}
-
-// Each step is stored, so that no compiler carries it wider or joins two.
-static int quantised(float value, float upper, float lower)
-{
-    volatile float range = upper - lower;
-    volatile float step = value - lower;
-    step = step / range;
-    step = step * 65535.0f;
-    const double wide = double(step);
-    return wide > -2147483649.0 && wide < 2147483648.0 ? int(wide) : INT_MIN;
-}
-
-static float unquantised(int raw, float upper, float lower)
-{
-    volatile float range = upper - lower;
-    volatile double quotient = double(raw) / 65535.0;
-    volatile float step = float(quotient);
-    step = step * range;
-    step = step + lower;
-    return step;
-}
-
-static float onLine(int raw, double scale, double offset)
-{
-    volatile double product = double(raw) * scale;
-    volatile float step = float(product);
-    volatile double sum = double(step) + offset;
-    return float(sum);
-}
-
-static std::vector<float> anyFloats(Chance& chance, int count)
-{
-    std::vector<float> values;
-    for (int i = 0; i < count; ++i)
-        values.push_back(chance.anyFloat());
-    return values;
-}
-
-TEST(Float2Short, roundsEachStepToSinglePrecisionOnAnyFloats)
-{
-    Chance chance(5);
-    for (int round = 0; round < 3000 && !HasFailure(); ++round) {
-        const std::vector<float> values = anyFloats(chance, 9);
-        const float upper = chance.anyFloat();
-        const float lower = chance.once(10) ? upper : chance.anyFloat();
-        std::vector<int> expected;
-        for (const float value : values)
-            expected.push_back(quantised(value, upper, lower));
-        std::vector<int> raw(size_t(chance.below(20)), 7);
-        CByte2Val::float2Short(values, upper, lower, raw);
-        EXPECT_EQ(raw, expected) << shown(upper) << " " << shown(lower) << ": " << shown(values);
-    }
-}
-
-TEST(Short2float, dividesInDoubleAndGoesOnInSinglePrecision)
-{
-    Chance chance(6);
-    for (int round = 0; round < 3000 && !HasFailure(); ++round) {
-        const float upper = chance.anyFloat();
-        const float lower = chance.anyFloat();
-        std::vector<int> raw;
-        std::vector<float> expected;
-        for (int i = 0; i < 9; ++i) {
-            raw.push_back(chance.once(3) ? int(chance.word()) : chance.below(65536));
-            expected.push_back(unquantised(raw.back(), upper, lower));
-        }
-        std::vector<float> values(size_t(chance.below(20)), 7);
-        CByte2Val::short2float(raw, upper, lower, values);
-        EXPECT_EQ(shown(values), shown(expected));
-    }
-}
-
-TEST(Ad2float, roundsToFloatBehindTheProductAndBehindTheSum)
-{
-    Chance chance(7);
-    for (int round = 0; round < 3000 && !HasFailure(); ++round) {
-        const double scale = chance.anyDouble();
-        const double offset = chance.anyDouble();
-        std::vector<int> raw;
-        std::vector<float> expected;
-        for (int i = 0; i < 9; ++i) {
-            raw.push_back(chance.once(3) ? int(chance.word()) : chance.below(65536) - 32768);
-            expected.push_back(onLine(raw.back(), scale, offset));
-        }
-        std::vector<float> values(size_t(chance.below(20)), 7);
-        CByte2Val::ad2float(raw, scale, offset, values);
-        EXPECT_EQ(shown(values), shown(expected));
-    }
-}
-
-static void findLimits(const std::vector<float>& values, double& upper, double& lower)
-{
-    for (size_t i = 0; i < values.size(); ++i) {
-        const double value = double(values[i]);
-        if (i == 0 || value > upper)
-            upper = value;
-        if (i == 0 || lower > value)
-            lower = value;
-    }
-}
-
-TEST(CalcLimit, comparesAsDoublesDoOnAnyFloats)
-{
-    Chance chance(8);
-    for (int round = 0; round < 5000 && !HasFailure(); ++round) {
-        const std::vector<float> values = anyFloats(chance, chance.below(9));
-        double upper = 4.5, lower = 5.5, highest = 4.5, lowest = 5.5;
-        CByte2Val::calcLimit(values, upper, lower);
-        findLimits(values, highest, lowest);
-        EXPECT_EQ(std::memcmp(&upper, &highest, 8) == 0, true) << upper << " " << highest << ": " << shown(values);
-        EXPECT_EQ(std::memcmp(&lower, &lowest, 8) == 0, true) << lower << " " << lowest << ": " << shown(values);
-    }
-}
-
 // --- Waves ----------------------------------------------------------------------
 
 // Largest block that is handed to zlib, and largest that comes back.
@@ -1488,7 +1293,7 @@ TEST(RdbWaves, behaveAsTheirModelOnRandomWavesAndBytes)
             marks.push_back(int(chance.word()));
         const int count = chance.once(3) ? chance.below(4) : chance.below(120);
         const bool floats = chance.once(2);
-        std::vector<float> floatSamples = anyFloats(chance, floats ? count : 0);
+        std::vector<float> floatSamples = chance.anyFloats(floats ? count : 0);
         std::vector<int> intSamples;
         for (int i = 0; i < count; ++i)
             intSamples.push_back(int(chance.word()));
@@ -1519,63 +1324,10 @@ TEST(RdbWaves, behaveAsTheirModelOnRandomWavesAndBytes)
             for (int i = 0; i < 4; ++i)
                 bytes[size_t(52 + i)] = static_cast<unsigned char>(markCount >> 8 * i);
         }
-        const Wave target{anyHead(chance), anyFloats(chance, 3), {1, 2, 3}};
+        const Wave target{anyHead(chance), chance.anyFloats(3), {1, 2, 3}};
         const auto reader = [&](const char*, int, Wave& wave) {
             return CByte2Rdb::byte2Wave(bytes, workBuffer.data(), wave.head, wave.samples, wave.marks);
         };
         expectSameReading(bytes, target, reader, readWave);
     }
-}
-
-// --- Lists of plain values ------------------------------------------------------
-
-template <typename Value, typename Element>
-static void comparePlainLists(int (*reader)(const char*, int, std::vector<Value>&), uint32 width, Element element)
-{
-    static const uint32 oddCounts[] = {0x40000000, 0x3fffffff, 0x80000000, 0xffffffff, 0xfffffffc};
-    Chance chance(10);
-    for (int round = 0; round < 2000; ++round) {
-        Bytes bytes = chance.bytes(chance.below(40));
-        const uint32 count = chance.once(4) ? oddCounts[chance.below(5)] : uint32(chance.below(12));
-        for (size_t i = 0; i < 4 && i < bytes.size(); ++i)
-            bytes[i] = static_cast<unsigned char>(count >> 8 * i);
-        const std::vector<Value> before(size_t(chance.below(3)), Value(1));
-
-        const std::vector<char> block(bytes.begin(), bytes.end());
-        std::vector<Value> seen = before;
-        int result = INT_MIN; // stays on a failure to allocate
-        failsToAllocate([&] { result = reader(block.data(), int(block.size()), seen); });
-
-        std::vector<Value> expected = before;
-        int told = INT_MIN;
-        failsToAllocate([&] {
-            told = 0;
-            const int need = int(4 + width * count);
-            if (bytes.size() < 4 || int(bytes.size()) < need)
-                return;
-            told = INT_MIN;
-            expected.resize(before.size() + count);
-            told = 0;
-            if (4 + 1ull * width * count > bytes.size())
-                return;
-            for (uint32 i = 0; i < count; ++i)
-                expected[before.size() + i] = element(bytes, int(4 + width * i));
-            told = need;
-        });
-        ASSERT_EQ(result, told) << count << " in " << bytes.size();
-        ASSERT_EQ(seen.size(), expected.size());
-        ASSERT_EQ(seen.empty() || std::memcmp(seen.data(), expected.data(), seen.size() * sizeof(Value)) == 0, true);
-    }
-}
-
-TEST(Byte2List, behavesAsItsModelOnRandomBytes)
-{
-    comparePlainLists<int>(CByte2Val::byte2List, 4,
-                           [](const Bytes& bytes, int pos) { return int(ModelReader(bytes, pos).word()); });
-    comparePlainLists<float>(CByte2Val::byte2List, 4,
-                             [](const Bytes& bytes, int pos) { return floatOf(ModelReader(bytes, pos).word()); });
-    comparePlainLists<double>(CByte2Val::byte2List, 4,
-                              [](const Bytes& bytes, int pos) { return double(int(ModelReader(bytes, pos).word())); });
-    comparePlainLists<unsigned char>(CByte2Val::byte2List, 1,
-                                     [](const Bytes& bytes, int pos) { return ModelReader(bytes, pos).byte(); });
 }

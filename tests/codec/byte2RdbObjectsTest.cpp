@@ -9,7 +9,6 @@
 #include <cstring>
 #include <ctime>
 
-using gqdb::BlobData;
 using gqdb::CByte2Rdb;
 using gqdb::ObjectData;
 using gqdb::PropertyData;
@@ -39,11 +38,7 @@ static_assert(allAre<int ObjectData::*>(&ObjectData::word1, &ObjectData::word2, 
 static_assert(allAre<std::string ObjectData::*>(&ObjectData::text1, &ObjectData::text2, &ObjectData::text3));
 static_assert(allAre<std::vector<PropertyData> ObjectData::*>(&ObjectData::properties));
 
-static_assert(rising({offsetof(BlobData, stamp1), offsetof(BlobData, stamp2), offsetof(BlobData, bytes),
-                      offsetof(BlobData, flag1), offsetof(BlobData, flag2)}));
-static_assert(allAre<unsigned int BlobData::*>(&BlobData::stamp1, &BlobData::stamp2));
-static_assert(allAre<std::vector<unsigned char> BlobData::*>(&BlobData::bytes));
-static_assert(allAre<char BlobData::*>(&BlobData::flag1, &BlobData::flag2));
+namespace gqdb {
 
 static std::string show(const Variant& value)
 {
@@ -83,24 +78,7 @@ static std::string show(const ObjectData& object)
     return text;
 }
 
-static std::string show(const BlobData& sample)
-{
-    return FieldText()
-        .add("stamp1", sample.stamp1)
-        .add("stamp2", sample.stamp2)
-        .add("bytes", sample.bytes)
-        .add("flag1", sample.flag1)
-        .add("flag2", sample.flag2)
-        .text();
-}
-
-static std::string show(const std::vector<BlobData>& list)
-{
-    std::string text;
-    for (const BlobData& sample : list)
-        text += show(sample) + "--\n";
-    return text;
-}
+} // namespace gqdb
 
 // --- Helpers --------------------------------------------------------------------
 
@@ -135,25 +113,7 @@ static QByteArray longString(int length)
     return stringOf(QByteArray(length, 'a'));
 }
 
-static QByteArray withLength(QByteArray bytes, int at, int length)
-{
-    bytes[at] = char(length);
-    bytes[at + 1] = char(length >> 8);
-    return bytes;
-}
-
 // --- Defaults -------------------------------------------------------------------
-
-// What the constructor stores in memory full of 0xee.
-template <typename Record>
-static std::string showBuilt()
-{
-    PatternedMemory<Record> memory;
-    new (memory.room()) Record;
-    const std::string text = show(memory.record());
-    memory.record().~Record();
-    return text;
-}
 
 TEST(Variant, startsAtZeroAndEmpty)
 {
@@ -182,15 +142,6 @@ TEST(ObjectData, startsAtZeroAndEmpty)
                                        "text1: \n"
                                        "text2: \n"
                                        "text3: \n");
-}
-
-TEST(BlobData, startsAtZeroAndEmpty)
-{
-    EXPECT_EQ(showBuilt<BlobData>(), "stamp1: 00 00 00 00\n"
-                                     "stamp2: 00 00 00 00\n"
-                                     "bytes: \n"
-                                     "flag1: 00\n"
-                                     "flag2: 00\n");
 }
 
 // --- Slots ----------------------------------------------------------------------
@@ -1684,183 +1635,4 @@ TEST(ByteAndBlobForm, differInWhatAnObjectGivesBack)
     EXPECT_EQ(object.text1, "one");
     EXPECT_EQ(object.properties[0].valueText, "-2.250000");
     EXPECT_EQ(object.properties[0].value.doubleValue, -2.25);
-}
-
-// --- Lists of blob samples ------------------------------------------------------
-
-static const QByteArray blobListBytes = "03000000"  //  0 count
-                                        "01020304"  //  4 stamp1
-                                        "818283f4"  //  8 stamp2
-                                        "f1"        // 12 flag1
-                                        "12"        // 13 flag2
-                                        "03000000"  // 14 L
-                                        "a1a2a3"    // 18 bytes
-                                        "21222324"  // 21 stamp1
-                                        "31323334"  // 25 stamp2
-                                        "21"        // 29 flag1
-                                        "22"        // 30 flag2
-                                        "00000000"  // 31 L
-                                        "41424344"  // 35 stamp1
-                                        "51525354"  // 39 stamp2
-                                        "31"        // 43 flag1
-                                        "32"        // 44 flag2
-                                        "02000000"  // 45 L
-                                        "b1b2"_hex; // 49 bytes, 51 in all
-
-static std::vector<BlobData> blobSamples()
-{
-    std::vector<BlobData> list(3);
-    list[0].stamp1 = 0x04030201;
-    list[0].stamp2 = 0xf4838281;
-    list[0].flag1 = char(0xf1);
-    list[0].flag2 = 0x12;
-    list[0].bytes = {0xa1, 0xa2, 0xa3};
-    list[1].stamp1 = 0x24232221;
-    list[1].stamp2 = 0x34333231;
-    list[1].flag1 = 0x21;
-    list[1].flag2 = 0x22;
-    list[2].stamp1 = 0x44434241;
-    list[2].stamp2 = 0x54535251;
-    list[2].flag1 = 0x31;
-    list[2].flag2 = 0x32;
-    list[2].bytes = {0xb1, 0xb2};
-    return list;
-}
-
-static BlobData usedSample()
-{
-    BlobData sample;
-    sample.stamp1 = sample.stamp2 = 7;
-    sample.flag1 = sample.flag2 = 7;
-    sample.bytes = {7, 7, 7, 7, 7};
-    return sample;
-}
-
-static BlobData withBytes(BlobData sample, const std::vector<unsigned char>& bytes)
-{
-    sample.bytes = bytes;
-    return sample;
-}
-
-TEST(Blob2List, readsTheItemsAndReturnsTheBytesConsumed)
-{
-    std::vector<BlobData> list;
-    EXPECT_EQ(read(CByte2Rdb::blob2List, blobListBytes, list), 51);
-    EXPECT_EQ(show(list), show(blobSamples()));
-}
-
-TEST(Blob2List, ignoresTheBytesBehindTheLastItem)
-{
-    std::vector<BlobData> list;
-    EXPECT_EQ(read(CByte2Rdb::blob2List, blobListBytes + "ffffff"_hex, list), 51);
-    EXPECT_EQ(show(list), show(blobSamples()));
-
-    EXPECT_EQ(read(CByte2Rdb::blob2List, "01"_hex + blobListBytes.mid(1), list), 21);
-    EXPECT_EQ(show(list), show(std::vector<BlobData>{blobSamples()[0]}));
-}
-
-TEST(Blob2List, replacesReusedElementsAndDropsThoseBeyondTheCount)
-{
-    for (size_t used : {0u, 1u, 3u, 5u}) {
-        SCOPED_TRACE(used);
-        std::vector<BlobData> list(used, usedSample());
-        EXPECT_EQ(read(CByte2Rdb::blob2List, blobListBytes, list), 51);
-        EXPECT_EQ(show(list), show(blobSamples()));
-    }
-}
-
-TEST(Blob2List, refusesFewerThan18BytesAndLeavesTheList)
-{
-    for (const QByteArray& bytes : {blobListBytes, QByteArray(18, '\0'), QByteArray(18, char(0xff))}) {
-        for (int size = 0; size < 18; ++size) {
-            SCOPED_TRACE(size);
-            std::vector<BlobData> list(2, usedSample());
-            EXPECT_EQ(read(CByte2Rdb::blob2List, bytes.left(size), list), -1);
-            EXPECT_EQ(show(list), show(std::vector<BlobData>(2, usedSample())));
-        }
-    }
-    std::vector<BlobData> list(2, usedSample());
-    EXPECT_EQ(CByte2Rdb::blob2List(blobListBytes.constData(), -1, list), -1);
-    EXPECT_EQ(show(list), show(std::vector<BlobData>(2, usedSample())));
-}
-
-TEST(Blob2List, emptiesTheListOnACountOfZero)
-{
-    for (int size : {18, 19, 100}) {
-        std::vector<BlobData> list(2, usedSample());
-        EXPECT_EQ(read(CByte2Rdb::blob2List, "00000000"_hex + QByteArray(size - 4, '\1'), list), 4);
-        EXPECT_TRUE(list.empty());
-    }
-}
-
-TEST(Blob2List, takesOneEmptyItemOf18Bytes)
-{
-    std::vector<BlobData> list(1, usedSample());
-    EXPECT_EQ(read(CByte2Rdb::blob2List, "01000000"_hex + QByteArray(14, '\0'), list), 18);
-    EXPECT_EQ(show(list), show(std::vector<BlobData>(1)));
-}
-
-TEST(Blob2List, refusesEveryShorterBufferAndKeepsWhatItRead)
-{
-    const std::vector<BlobData> whole = blobSamples();
-    for (const BlobData& before : {BlobData(), usedSample()}) {
-        for (int size = 18; size < 51; ++size) {
-            SCOPED_TRACE(size);
-            std::vector<BlobData> expected(3, before);
-            expected[0] = size < 21 ? withBytes(whole[0], before.bytes) : whole[0]; // the bytes do not fit
-            if (size >= 35)                                                         // below, no room for a head
-                expected[1] = whole[1];
-            if (size >= 49)
-                expected[2] = withBytes(whole[2], before.bytes);
-
-            std::vector<BlobData> list(5, before);
-            EXPECT_EQ(read(CByte2Rdb::blob2List, blobListBytes.left(size), list), -1);
-            EXPECT_EQ(show(list), show(expected));
-        }
-    }
-}
-
-TEST(Blob2List, refusesALengthAboveTheBytesLeft)
-{
-    for (const char* length : {"03000000", "00000001", "ffffff7f"}) {
-        SCOPED_TRACE(length);
-        std::vector<BlobData> list;
-        const QByteArray bytes = blobListBytes.left(14) + QByteArray::fromHex(length) + "a1a2"_hex;
-        EXPECT_EQ(read(CByte2Rdb::blob2List, bytes, list), -1);
-        ASSERT_EQ(list.size(), 3u);
-        EXPECT_EQ(show(list[0]), show(withBytes(blobSamples()[0], {})));
-    }
-}
-
-TEST(Blob2List, passesTheFailureOnANegativeLength)
-{
-    for (const char* length : {"ffffffff", "00000080", "f2ffffff"}) {
-        SCOPED_TRACE(length);
-        std::vector<BlobData> list(1, usedSample());
-        const QByteArray bytes = blobListBytes.left(14) + QByteArray::fromHex(length) + blobListBytes.mid(18);
-        EXPECT_TRUE(failsToAllocate([&] { read(CByte2Rdb::blob2List, bytes, list); }));
-        const std::vector<BlobData> expected = {withBytes(blobSamples()[0], usedSample().bytes), BlobData(),
-                                                BlobData()};
-        EXPECT_EQ(show(list), show(expected));
-    }
-}
-
-TEST(Blob2List, passesTheFailureOnACountThatIsNegativeOrBeyondMemory)
-{
-    for (const char* count : {"ffffffff", "00000080", "ffffff7f", "00000010"}) {
-        SCOPED_TRACE(count);
-        std::vector<BlobData> list(2, usedSample());
-        const QByteArray bytes = QByteArray::fromHex(count) + blobListBytes.mid(4);
-        EXPECT_TRUE(failsToAllocate([&] { read(CByte2Rdb::blob2List, bytes, list); }));
-        EXPECT_EQ(show(list), show(std::vector<BlobData>(2, usedSample())));
-    }
-}
-
-TEST(Blob2List, keepsTheSizeOfACountWithoutItsItems)
-{
-    std::vector<BlobData> list;
-    EXPECT_EQ(read(CByte2Rdb::blob2List, "00000100"_hex + blobListBytes.mid(4), list), -1);
-    ASSERT_EQ(list.size(), 65536u);
-    EXPECT_EQ(show(list[2]), show(blobSamples()[2]));
-    EXPECT_EQ(show(list[3]), show(BlobData()));
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <stdexcept>
 
+using gqdb::BlobData;
 using gqdb::BlobDataInfo;
 using gqdb::BlobRealData;
 using gqdb::BoolData;
@@ -78,6 +79,14 @@ static_assert(rising({offsetof(BlobDataInfo, pointId), offsetof(BlobDataInfo, st
 static_assert(allAre<unsigned int BlobDataInfo::*>(&BlobDataInfo::pointId, &BlobDataInfo::stamp1, &BlobDataInfo::stamp2,
                                                    &BlobDataInfo::word4));
 static_assert(allAre<char BlobDataInfo::*>(&BlobDataInfo::flag1, &BlobDataInfo::flag2));
+
+static_assert(rising({offsetof(BlobData, stamp1), offsetof(BlobData, stamp2), offsetof(BlobData, bytes),
+                      offsetof(BlobData, flag1), offsetof(BlobData, flag2)}));
+static_assert(allAre<unsigned int BlobData::*>(&BlobData::stamp1, &BlobData::stamp2));
+static_assert(allAre<std::vector<unsigned char> BlobData::*>(&BlobData::bytes));
+static_assert(allAre<char BlobData::*>(&BlobData::flag1, &BlobData::flag2));
+
+namespace gqdb {
 
 // FloatRealData and IntRealData.
 template <typename NumberRealData>
@@ -174,15 +183,18 @@ static std::string show(const BlobDataInfo& record)
         .text();
 }
 
-// A list by its items.
-template <typename Record>
-static std::string showAll(const std::vector<Record>& list)
+static std::string show(const BlobData& sample)
 {
-    std::string text;
-    for (const Record& record : list)
-        text += show(record) + "--\n";
-    return text;
+    return FieldText()
+        .add("stamp1", sample.stamp1)
+        .add("stamp2", sample.stamp2)
+        .add("bytes", sample.bytes)
+        .add("flag1", sample.flag1)
+        .add("flag2", sample.flag2)
+        .text();
 }
+
+} // namespace gqdb
 
 // --- The records on the wire ----------------------------------------------------
 
@@ -1061,4 +1073,197 @@ TEST(Byte2BlobRealDatas, readsNoItemWhenTheVectorShrinks)
     std::vector<BlobRealData> list(3, firstBlob());
     EXPECT_EQ(readBlobs("ffffffff"_hex + blobBytes + blobBytes, list), -5);
     EXPECT_EQ(showAll(list), showAll(std::vector{firstBlob(), firstBlob()}));
+}
+
+// --- Lists of blob samples ------------------------------------------------------
+
+static const QByteArray blobListBytes = "03000000"  //  0 count
+                                        "01020304"  //  4 stamp1
+                                        "818283f4"  //  8 stamp2
+                                        "f1"        // 12 flag1
+                                        "12"        // 13 flag2
+                                        "03000000"  // 14 L
+                                        "a1a2a3"    // 18 bytes
+                                        "21222324"  // 21 stamp1
+                                        "31323334"  // 25 stamp2
+                                        "21"        // 29 flag1
+                                        "22"        // 30 flag2
+                                        "00000000"  // 31 L
+                                        "41424344"  // 35 stamp1
+                                        "51525354"  // 39 stamp2
+                                        "31"        // 43 flag1
+                                        "32"        // 44 flag2
+                                        "02000000"  // 45 L
+                                        "b1b2"_hex; // 49 bytes, 51 in all
+
+static std::vector<BlobData> blobSamples()
+{
+    std::vector<BlobData> list(3);
+    list[0].stamp1 = 0x04030201;
+    list[0].stamp2 = 0xf4838281;
+    list[0].flag1 = char(0xf1);
+    list[0].flag2 = 0x12;
+    list[0].bytes = {0xa1, 0xa2, 0xa3};
+    list[1].stamp1 = 0x24232221;
+    list[1].stamp2 = 0x34333231;
+    list[1].flag1 = 0x21;
+    list[1].flag2 = 0x22;
+    list[2].stamp1 = 0x44434241;
+    list[2].stamp2 = 0x54535251;
+    list[2].flag1 = 0x31;
+    list[2].flag2 = 0x32;
+    list[2].bytes = {0xb1, 0xb2};
+    return list;
+}
+
+static BlobData usedSample()
+{
+    BlobData sample;
+    sample.stamp1 = sample.stamp2 = 7;
+    sample.flag1 = sample.flag2 = 7;
+    sample.bytes = {7, 7, 7, 7, 7};
+    return sample;
+}
+
+static BlobData withBytes(BlobData sample, const std::vector<unsigned char>& bytes)
+{
+    sample.bytes = bytes;
+    return sample;
+}
+
+static int readSamples(const QByteArray& bytes, std::vector<BlobData>& list)
+{
+    return CByte2Rdb::blob2List(heapBytes(bytes).data(), bytes.size(), list);
+}
+
+TEST(BlobData, startsAtZeroAndEmpty)
+{
+    EXPECT_EQ(showBuilt<BlobData>(), "stamp1: 00 00 00 00\n"
+                                     "stamp2: 00 00 00 00\n"
+                                     "bytes: \n"
+                                     "flag1: 00\n"
+                                     "flag2: 00\n");
+}
+
+TEST(Blob2List, readsTheItemsAndReturnsTheBytesConsumed)
+{
+    std::vector<BlobData> list;
+    EXPECT_EQ(readSamples(blobListBytes, list), 51);
+    EXPECT_EQ(showAll(list), showAll(blobSamples()));
+}
+
+TEST(Blob2List, ignoresTheBytesBehindTheLastItem)
+{
+    std::vector<BlobData> list;
+    EXPECT_EQ(readSamples(blobListBytes + "ffffff"_hex, list), 51);
+    EXPECT_EQ(showAll(list), showAll(blobSamples()));
+
+    EXPECT_EQ(readSamples("01"_hex + blobListBytes.mid(1), list), 21);
+    EXPECT_EQ(showAll(list), showAll(std::vector<BlobData>{blobSamples()[0]}));
+}
+
+TEST(Blob2List, replacesReusedElementsAndDropsThoseBeyondTheCount)
+{
+    for (size_t used : {0u, 1u, 3u, 5u}) {
+        SCOPED_TRACE(used);
+        std::vector<BlobData> list(used, usedSample());
+        EXPECT_EQ(readSamples(blobListBytes, list), 51);
+        EXPECT_EQ(showAll(list), showAll(blobSamples()));
+    }
+}
+
+TEST(Blob2List, refusesFewerThan18BytesAndLeavesTheList)
+{
+    for (const QByteArray& bytes : {blobListBytes, QByteArray(18, '\0'), QByteArray(18, char(0xff))}) {
+        for (int size = 0; size < 18; ++size) {
+            SCOPED_TRACE(size);
+            std::vector<BlobData> list(2, usedSample());
+            EXPECT_EQ(readSamples(bytes.left(size), list), -1);
+            EXPECT_EQ(showAll(list), showAll(std::vector<BlobData>(2, usedSample())));
+        }
+    }
+    std::vector<BlobData> list(2, usedSample());
+    EXPECT_EQ(CByte2Rdb::blob2List(blobListBytes.constData(), -1, list), -1);
+    EXPECT_EQ(showAll(list), showAll(std::vector<BlobData>(2, usedSample())));
+}
+
+TEST(Blob2List, emptiesTheListOnACountOfZero)
+{
+    for (int size : {18, 19, 100}) {
+        std::vector<BlobData> list(2, usedSample());
+        EXPECT_EQ(readSamples("00000000"_hex + QByteArray(size - 4, '\1'), list), 4);
+        EXPECT_TRUE(list.empty());
+    }
+}
+
+TEST(Blob2List, takesOneEmptyItemOf18Bytes)
+{
+    std::vector<BlobData> list(1, usedSample());
+    EXPECT_EQ(readSamples("01000000"_hex + QByteArray(14, '\0'), list), 18);
+    EXPECT_EQ(showAll(list), showAll(std::vector<BlobData>(1)));
+}
+
+TEST(Blob2List, refusesEveryShorterBufferAndKeepsWhatItRead)
+{
+    const std::vector<BlobData> whole = blobSamples();
+    for (const BlobData& before : {BlobData(), usedSample()}) {
+        for (int size = 18; size < 51; ++size) {
+            SCOPED_TRACE(size);
+            std::vector<BlobData> expected(3, before);
+            expected[0] = size < 21 ? withBytes(whole[0], before.bytes) : whole[0]; // the bytes do not fit
+            if (size >= 35)                                                         // below, no room for a head
+                expected[1] = whole[1];
+            if (size >= 49)
+                expected[2] = withBytes(whole[2], before.bytes);
+
+            std::vector<BlobData> list(5, before);
+            EXPECT_EQ(readSamples(blobListBytes.left(size), list), -1);
+            EXPECT_EQ(showAll(list), showAll(expected));
+        }
+    }
+}
+
+TEST(Blob2List, refusesALengthAboveTheBytesLeft)
+{
+    for (const char* length : {"03000000", "00000001", "ffffff7f"}) {
+        SCOPED_TRACE(length);
+        std::vector<BlobData> list;
+        const QByteArray bytes = blobListBytes.left(14) + QByteArray::fromHex(length) + "a1a2"_hex;
+        EXPECT_EQ(readSamples(bytes, list), -1);
+        ASSERT_EQ(list.size(), 3u);
+        EXPECT_EQ(show(list[0]), show(withBytes(blobSamples()[0], {})));
+    }
+}
+
+TEST(Blob2List, passesTheFailureOnANegativeLength)
+{
+    for (const char* length : {"ffffffff", "00000080", "f2ffffff"}) {
+        SCOPED_TRACE(length);
+        std::vector<BlobData> list(1, usedSample());
+        const QByteArray bytes = blobListBytes.left(14) + QByteArray::fromHex(length) + blobListBytes.mid(18);
+        EXPECT_TRUE(failsToAllocate([&] { readSamples(bytes, list); }));
+        const std::vector<BlobData> expected = {withBytes(blobSamples()[0], usedSample().bytes), BlobData(),
+                                                BlobData()};
+        EXPECT_EQ(showAll(list), showAll(expected));
+    }
+}
+
+TEST(Blob2List, passesTheFailureOnACountThatIsNegativeOrBeyondMemory)
+{
+    for (const char* count : {"ffffffff", "00000080", "ffffff7f", "00000010"}) {
+        SCOPED_TRACE(count);
+        std::vector<BlobData> list(2, usedSample());
+        const QByteArray bytes = QByteArray::fromHex(count) + blobListBytes.mid(4);
+        EXPECT_TRUE(failsToAllocate([&] { readSamples(bytes, list); }));
+        EXPECT_EQ(showAll(list), showAll(std::vector<BlobData>(2, usedSample())));
+    }
+}
+
+TEST(Blob2List, keepsTheSizeOfACountWithoutItsItems)
+{
+    std::vector<BlobData> list;
+    EXPECT_EQ(readSamples("00000100"_hex + blobListBytes.mid(4), list), -1);
+    ASSERT_EQ(list.size(), 65536u);
+    EXPECT_EQ(show(list[2]), show(blobSamples()[2]));
+    EXPECT_EQ(show(list[3]), show(BlobData()));
 }

@@ -80,6 +80,16 @@ private:
     std::string lines;
 };
 
+// A list by its items. The test has a show() of one record, in the namespace of the record, where it is found from here.
+template <typename Record>
+std::string showAll(const std::vector<Record>& list)
+{
+    std::string text;
+    for (const Record& record : list)
+        text += show(record) + "--\n";
+    return text;
+}
+
 // --- What a constructor leaves alone --------------------------------------------
 
 // Memory full of 0xee for one record. Volatile, so that the compiler neither drops the pattern ahead of a constructor
@@ -105,6 +115,27 @@ public:
 private:
     alignas(Record) volatile unsigned char memory[sizeof(Record)];
 };
+
+// What a constructor stores: `build` runs it in memory full of 0xee.
+template <typename Record>
+std::string showBuilt(Record* (*build)(void*) = [](void* room) { return new (room) Record; })
+{
+    PatternedMemory<Record> memory;
+    build(memory.room());
+    const std::string text = show(memory.record());
+    memory.record().~Record();
+    return text;
+}
+
+// --- Bytes of a record ----------------------------------------------------------
+
+// The same bytes with `length` in the length field at `at`.
+inline QByteArray withLength(QByteArray bytes, int at, int length)
+{
+    bytes[at] = char(length);
+    bytes[at + 1] = char(length >> 8);
+    return bytes;
+}
 
 // --- Allocation -----------------------------------------------------------------
 

@@ -1,0 +1,4 @@
+#pragma once
+
+// Registers the comparisons of the file log.
+void compareLog();

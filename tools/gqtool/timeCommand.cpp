@@ -1,0 +1,173 @@
+#include "command.h"
+#include "console.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QTimeZone>
+#include <QTranslator>
+
+#include <climits>
+#include <ctime>
+#include <gqTools.h>
+
+// --- The number line ----------------------------------------------------------------------------------------------
+
+struct Family {
+    int first;
+    int last;
+    const char* meaning; // N is the number in the brackets
+};
+
+static const Family families[] = {
+    {1, 1, "start of the day"},
+    {2, 2, "end of the day, 23:59:59"},
+    {3, 33, "start of the day N days before (code - 2)"},
+    {34, 81, "end of the day N days before (code - 50)"},
+    {82, 131, "same time N days before (code - 100)"},
+    {132, 150, "start of the 1st of the month"},
+    {151, 181, "start of day N of the month (code - 150)"},
+    {182, 200, "end of the 1st of the month"},
+    {201, 231, "end of day N of the month (code - 200)"},
+    {232, 300, "start of the hour N hours ahead (302 - code)"},
+    {301, 301, "start of the hour"},
+    {302, 302, "end of the hour"},
+    {303, 326, "start of the hour N hours before (code - 302)"},
+    {327, 353, "end of the hour N hours before (code - 329)"},
+    {354, 374, "N hours before (code - 360)"},
+    {375, 405, "start of hour N of the day (code - 381)"},
+    {406, 434, "end of hour N of the day (code - 410)"},
+    {435, 459, "latest start of an hour N (code - 435)"},
+    {460, 484, "latest end of an hour N (code - 460)"},
+    {485, 500, "same time N days ahead (1050 - code)"},
+    {501, 501, "1 minute before"},
+    {502, 502, "same time N days ahead (1050 - code)"},
+    {503, 503, "5 minutes before"},
+    {504, 504, "10 minutes before"},
+    {505, 505, "30 minutes before"},
+    {506, 1000, "same time N days ahead (1050 - code)"},
+    {1001, 1001, "start of the month"},
+    {1002, 1002, "end of the month"},
+    {1003, 1049, "same time N days ahead (1050 - code)"},
+    {1050, 1100, "same time N days before (code - 1050)"},
+    {1101, 1112, "start of month N of the year (code - 1100)"},
+    {1113, 1120, "none: the end of a month before January"},
+    {1121, 1132, "end of month N of the year (code - 1120)"},
+    {1141, 1152, "start of month N of the year before (code - 1140)"},
+    {1153, 1164, "end of month N of the year before (code - 1152)"},
+    {1301, 1301, "start of the year"},
+    {1302, 1302, "end of the year, 23:59:59"},
+    {1303, 1353, "start of the year N years before (code - 1302)"},
+    {1401, 1451, "end of the year N years before (code - 1400)"},
+    {1601, 1610, "same time N years ahead (code - 1600)"},
+    {2001, 3441, "minute N of the day (code - 2001)"},
+};
+
+// --- Texts --------------------------------------------------------------------------------------------------------
+
+static QString momentText(unsigned int seconds)
+{
+    if (seconds == 0 || seconds >= 0xFFFFFFFE)
+        return QString("none (%1)").arg(seconds);
+    const QDateTime moment = QDateTime::fromSecsSinceEpoch(seconds);
+    const QString zone = moment.toOffsetFromUtc(moment.offsetFromUtc()).toString("t"); // "UTC", or "UTC+08:00"
+    const QString offset = zone == "UTC" ? QString("+00:00") : zone.mid(3);
+    return QString("%1%2 (%3)").arg(moment.toString("yyyy-MM-dd hh:mm:ss"), offset).arg(seconds);
+}
+
+static QString englishText(int code)
+{
+    QTranslator english;
+    english.load("gqLib_en", QCoreApplication::applicationDirPath() + "/" TRANSLATIONS);
+    QCoreApplication::installTranslator(&english);
+    return CGqTools::relTime2Str(code);
+}
+
+static void printCode(int code, unsigned int base)
+{
+    printLine(QString("code     %1").arg(code));
+    printLine("base     " + momentText(base));
+    printLine("moment   " + momentText(CGqTools::calcRelTime(code, static_cast<int>(base))));
+    printLine("text     " + CGqTools::relTime2Str(code));
+    printLine("english  " + englishText(code));
+}
+
+static void printEnd(int code, unsigned int base)
+{
+    printLine(QString("  %1  %2  %3")
+                  .arg(code, 4)
+                  .arg(momentText(CGqTools::calcRelTime(code, static_cast<int>(base))), -38)
+                  .arg(CGqTools::relTime2Str(code)));
+}
+
+static void printNumberLine(unsigned int base)
+{
+    printLine("base  " + momentText(base));
+    for (const Family& family : families) {
+        const bool isOneCode = family.first == family.last;
+        const QString codes = QString(isOneCode ? "%1" : "%1 to %2").arg(family.first);
+        printLine(QString("%1: %2").arg(isOneCode ? codes : codes.arg(family.last), family.meaning));
+        printEnd(family.first, base);
+        if (!isOneCode)
+            printEnd(family.last, base);
+    }
+    printLine("All other codes have no moment (0).");
+}
+
+// --- The command --------------------------------------------------------------------------------------------------
+
+// Seconds since 1970, or a local date and time.
+static bool readMoment(const QString& text, unsigned int& seconds)
+{
+    bool isNumber = false;
+    seconds = text.toUInt(&isNumber);
+    if (isNumber)
+        return true;
+    const QDateTime moment = QDateTime::fromString(QString(text).replace(' ', 'T'), Qt::ISODate);
+    const qint64 since1970 = moment.isValid() ? moment.toSecsSinceEpoch() : -1;
+    seconds = static_cast<unsigned int>(since1970);
+    return since1970 >= 0 && since1970 <= UINT_MAX;
+}
+
+int runTime(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Evaluates a relative time code, and shows its text.\n"
+        "\n"
+        "A moment is printed as local time, and in brackets as seconds since 1970. \"none\"\n"
+        "stands where the code has no moment. The texts count on a number line of their own,\n"
+        "which does not agree with the moments in all places.");
+    parser.addPositionalArgument("CODE", "The code.", "[CODE]");
+    const QCommandLineOption list("list", "Print all families of codes, with their first and last moment and text.");
+    const QCommandLineOption base(
+        "base", "The base moment, in seconds since 1970 or as \"2021-03-31 10:20:30\" in local time (now).", "TIME");
+    const QCommandLineOption zone("zone", "The time zone, say Europe/Berlin (the system's).", "ZONE");
+    parser.addOptions({list, base, zone});
+    int exitCode = exitGood;
+    if (!parseArguments(parser, arguments, exitCode))
+        return exitCode;
+
+    const QStringList codes = parser.positionalArguments();
+    if (codes.size() != (parser.isSet(list) ? 0 : 1))
+        return usageError("time takes one code, or --list");
+    int code = 0;
+    if (!codes.isEmpty() && !readInt(codes.constFirst(), INT_MIN, INT_MAX, code))
+        return usageError("a code is an integer");
+    if (parser.isSet(zone)) {
+        const QByteArray name = parser.value(zone).toLocal8Bit();
+        if (!QTimeZone::isTimeZoneIdAvailable(name))
+            return usageError(QString("no time zone '%1'").arg(parser.value(zone)));
+        qputenv("TZ", name);
+        tzset();
+    }
+    auto moment = static_cast<unsigned int>(QDateTime::currentSecsSinceEpoch());
+    if (parser.isSet(base) && !readMoment(parser.value(base), moment))
+        return usageError(QString("'%1' is no moment from 1970 to 2106").arg(parser.value(base)));
+
+    if (parser.isSet(list))
+        printNumberLine(moment);
+    else
+        printCode(code, moment);
+    return exitGood;
+}
