@@ -9,6 +9,8 @@
 #include "gqtool/stationProtocol.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
 
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -20,6 +22,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <gqFileLog.h>
 
 using gqdb::CByte2Val;
 using gqdb::CTcpAPI;
@@ -50,7 +53,7 @@ extern "C" ssize_t recv(int descriptor, void* buffer, size_t length, int flags)
 
 class StationProcess {
 public:
-    explicit StationProcess(const char* gqtool) : program(gqtool) {}
+    StationProcess(const char* gqtool, const QString& log) : program(gqtool), logFile(log.toLocal8Bit()) {}
     ~StationProcess() { stop(); }
 
     // Starts it on a port, or on one that the system chooses, and waits until it listens. False when it doesn't.
@@ -66,7 +69,8 @@ public:
             close(ends[0]);
             close(ends[1]);
             const std::string portText = std::to_string(wantedPort);
-            execl(program, program, "station", "--port", portText.c_str(), static_cast<char*>(nullptr));
+            execl(program, program, "station", "--port", portText.c_str(), "--log", logFile.constData(),
+                  static_cast<char*>(nullptr));
             _exit(127);
         }
         close(ends[1]);
@@ -90,6 +94,7 @@ public:
 
 private:
     const char* program;
+    QByteArray logFile;
     pid_t child = 0;
     FILE* lines = nullptr;
 };
@@ -97,6 +102,7 @@ private:
 // --- Lines and verdicts -------------------------------------------------------------------------------------------
 
 static int wrongResults = 0;
+static CGqFileLog clientLog; // what show() has shown; saved at the end
 
 void say(const QString& text)
 {
@@ -105,12 +111,14 @@ void say(const QString& text)
 
 void show(const QString& request, int result, bool asExpected, const QString& meaning)
 {
-    printLine(QString("  %1 sent %2  received %3  result %4  %5")
-                  .arg(request, -28)
-                  .arg(bytesSent, 3)
-                  .arg(bytesReceived, 5)
-                  .arg(result, 10)
-                  .arg(asExpected ? meaning : "UNEXPECTED, should be: " + meaning));
+    const QString line = QString("%1 sent %2  received %3  result %4  %5")
+                             .arg(request, -28)
+                             .arg(bytesSent, 3)
+                             .arg(bytesReceived, 5)
+                             .arg(result, 10)
+                             .arg(asExpected ? meaning : "UNEXPECTED, should be: " + meaning);
+    printLine("  " + line);
+    clientLog.info(line);
     bytesSent = 0;
     bytesReceived = 0;
     if (!asExpected)
@@ -210,17 +218,43 @@ static void showLostStation(CTcpAPI& client, StationProcess& station)
          "greeted; state 1 after its restart");
 }
 
+static void showEndOf(const QString& path)
+{
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    const QList<QByteArray> lines = file.readAll().split('\n'); // the last one is empty
+    printLine(QString("  %1, %2 lines, the last ones").arg(path).arg(lines.size() - 1));
+    for (const QByteArray& line : lines.mid(lines.size() - 3, 2))
+        printLine("    " + QString::fromUtf8(line));
+}
+
+static void showLogs(StationProcess& station, const QString& stationLog, const QString& clientLogFile)
+{
+    say("Both ends kept a log, and the station saved its own when it was told to end");
+    station.stop();
+    if (!clientLog.save())
+        ++wrongResults;
+    showEndOf(stationLog);
+    showEndOf(clientLogFile);
+}
+
 int main(int argc, char* argv[])
 {
     if (argc != 3) {
-        std::fputs("usage: gqdemo GQTOOL SVGFILE\n", stderr);
+        std::fputs("usage: gqdemo GQTOOL FOLDER\n", stderr);
         return 2;
     }
+    const QDir folder(argv[2]);
+    const QString stationLog = folder.filePath("demo-station.log");
+    const QString clientLogFile = folder.filePath("demo-client.log");
+    QFile::remove(stationLog);
+    clientLog.init(clientLogFile);
+    clientLog.clear();
     alarm(60); // whatever goes wrong, it ends
     // The library's own line on standard output would stand in the middle of the table.
     takeStandardOutput();
 
-    StationProcess station(argv[1]);
+    StationProcess station(argv[1], stationLog);
     if (!station.start(0)) {
         std::fputs("gqdemo: the station did not start\n", stderr);
         return 1;
@@ -236,12 +270,13 @@ int main(int argc, char* argv[])
 
     showReadyMadeCommands(client);
     showLists(client);
-    showDatabase(client, argv[2]);
+    showDatabase(client, folder.filePath("demo-wave.svg"));
     showFrontEnd(client);
     showErrorFrame(client);
     showLostStation(client, station);
 
     client.close();
+    showLogs(station, stationLog, clientLogFile);
     printLine(wrongResults == 0 ? QString("\nEvery result is the expected one.")
                                 : QString("\n%1 results are not the expected ones.").arg(wrongResults));
     return wrongResults == 0 ? 0 : 1;

@@ -18,7 +18,7 @@ using gqdb::CSocketAPI;
 
 static const int largestRequest = 1 << 20; // payload bytes; what announces more is not a request
 
-Station::Station(const StationFaults& stationFaults) : faults(stationFaults) {}
+Station::Station(const StationFaults& stationFaults, StationLog& stationLog) : faults(stationFaults), log(stationLog) {}
 
 bool Station::listen(const QString& address, int port)
 {
@@ -217,9 +217,15 @@ int Station::sendReply(CTcpSocket& connection, QByteArrayList frames)
     return sent;
 }
 
+void Station::say(const QString& line)
+{
+    log.add(line);
+    printLine(line);
+}
+
 void Station::serveConnection(CTcpSocket& connection, const QString& peer)
 {
-    printLine(peer + " connected");
+    say(peer + " connected");
     if (faults.greets && !send(connection, frameOf(0, 0, intPayload(faults.greeting))))
         return;
     QByteArray request;
@@ -229,19 +235,19 @@ void Station::serveConnection(CTcpSocket& connection, const QString& peer)
                                  .arg(static_cast<unsigned char>(request.at(9)), 2, 16, QChar('0'))
                                  .arg(request.size());
         if (faults.closes) {
-            printLine(line + "closed");
+            say(line + "closed");
             return;
         }
         if (faults.silent) {
-            printLine(line + "not answered");
+            say(line + "not answered");
             continue;
         }
         const int sent = sendReply(connection, answer(request));
         if (sent < 0) {
-            printLine(line + "gone before the answer");
+            say(line + "gone before the answer");
             return;
         }
-        printLine(line + QString("answered with %1 bytes").arg(sent));
+        say(line + QString("answered with %1 bytes").arg(sent));
     }
-    printLine(peer + " gone");
+    say(peer + " gone");
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "stationLog.h"
+
 #include <QByteArrayList>
 #include <QString>
 
@@ -20,11 +22,11 @@ struct StationFaults {
 };
 
 // A simulated station: a frame server that greets each connection, answers the five ready-made commands and serves
-// lists from a small data set (stationProtocol.h). One thread per connection; a line per connection and request goes
-// to the console.
+// lists from a small data set (stationProtocol.h). One thread per connection.
 class Station {
 public:
-    explicit Station(const StationFaults& faults);
+    // Says a line per connection and request, on the console and in the log, which it does not own.
+    Station(const StationFaults& faults, StationLog& log);
 
     // Listens; port 0 lets the system choose. False when that failed.
     bool listen(const QString& address, int port);
@@ -40,8 +42,10 @@ private:
     QByteArrayList answer(const QByteArray& request);
     int sendReply(CTcpSocket& connection, QByteArrayList frames); // bytes sent, or -1
     bool send(CTcpSocket& connection, const QByteArray& bytes);
+    void say(const QString& line);
 
     StationFaults faults;
+    StationLog& log;
     CTcpServer server;
     std::atomic<int> state{1};
     std::atomic<long long> clockOffset{0}; // seconds that setTime moved the station's clock

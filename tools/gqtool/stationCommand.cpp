@@ -38,7 +38,8 @@ int runStation(const QStringList& arguments)
     const QCommandLineOption silent("silent", "Never answer.");
     const QCommandLineOption wrongEnd("wrong-end", "End replies with a wrong byte.");
     const QCommandLineOption closes("close", "Close the connection in place of a reply.");
-    parser.addOptions({address, port, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes});
+    const QCommandLineOption logFile("log", "Write the lines to a file too, with the time in front.", "FILE");
+    parser.addOptions({address, port, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, logFile});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
@@ -64,12 +65,19 @@ int runStation(const QStringList& arguments)
     faults.wrongEnd = parser.isSet(wrongEnd);
     faults.closes = parser.isSet(closes);
 
-    Station station(faults);
+    static StationLog log; // outlives the threads of the connections
+    if (parser.isSet(logFile) && !log.open(parser.value(logFile))) {
+        printError(QString("can't write to %1").arg(parser.value(logFile)));
+        return exitFailed;
+    }
+    Station station(faults, log);
     if (!station.listen(parser.value(address), portNumber)) {
         printError(QString("can't listen on %1, port %2").arg(parser.value(address)).arg(portNumber));
         return exitFailed;
     }
-    printLine("listening on " + station.endpoint());
+    const QString listening = "listening on " + station.endpoint();
+    log.add(listening);
+    printLine(listening);
     station.serve();
     printError("can't accept any more connections");
     return exitFailed;

@@ -1,0 +1,50 @@
+#include "stationLog.h"
+
+#include <QDateTime>
+
+#include <unistd.h>
+
+static sigset_t endSignals()
+{
+    sigset_t endings;
+    sigemptyset(&endings);
+    sigaddset(&endings, SIGTERM);
+    sigaddset(&endings, SIGINT);
+    return endings;
+}
+
+StationLog::StationLog() : saver(log) {}
+
+bool StationLog::open(const QString& path)
+{
+    log.init(path);
+    isOpen = QFile(path).open(QIODevice::Append); // a save of an empty queue would not try
+    if (!isOpen)
+        return false;
+    const sigset_t endings = endSignals();
+    pthread_sigmask(SIG_BLOCK, &endings, nullptr);
+    return saver.start();
+}
+
+void StationLog::add(const QString& line)
+{
+    if (!isOpen)
+        return;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    log.info(line, static_cast<unsigned int>(now / 1000), static_cast<unsigned int>(now % 1000));
+}
+
+void StationLog::Saver::run()
+{
+    const sigset_t endings = endSignals();
+    const timespec pause = {0, 200 * 1000 * 1000};
+    int signal;
+    do {
+        signal = sigtimedwait(&endings, nullptr, &pause);
+        log.save();
+    } while (signal < 0);
+    // Ends as it would have without a log.
+    std::signal(signal, SIG_DFL);
+    pthread_sigmask(SIG_UNBLOCK, &endings, nullptr);
+    kill(getpid(), signal);
+}
