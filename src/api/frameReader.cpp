@@ -102,4 +102,31 @@ void dropFrame(QByteArray& frame, int& frameSize)
     frameSize = 0;
 }
 
+int frameResult(QByteArray& frame, int& frameSize, int& len)
+{
+    const bool isOk = isFrameOk(frame, frameSize, len);
+    if (isOk && !isErrorFrame(frame))
+        return 1;
+    const int result = isOk ? errorCode(frame, len) : 0;
+    dropFrame(frame, frameSize);
+    return result;
+}
+
+int receiveList(QByteArray& frame, int& frameSize, const std::function<int(int& len)>& receive,
+                const std::function<int(const char* payload, int len)>& parse, const std::function<bool()>& isComplete)
+{
+    do {
+        int len = 0;
+        int result = receive(len);
+        if (result != 1)
+            return result;
+        const char* payload = framePayload(frame, len);
+        result = parse(payload, len);
+        dropFrame(frame, frameSize);
+        if (result <= 0)
+            return result;
+    } while (!isComplete());
+    return 1;
+}
+
 } // namespace gqdb

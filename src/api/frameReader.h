@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+#include <functional>
+
 // Reassembly and check of a reply frame. Its state is the pair `frame` and `frameSize`, the fields recvFrame and
 // recvFrameSize of CSocketAPI. Internal.
 namespace gqdb {
@@ -24,5 +26,13 @@ const char* framePayload(const QByteArray& frame, int& len);
 
 // Gives the frame up, whole or partial.
 void dropFrame(QByteArray& frame, int& frameSize);
+
+// What a read ends in once its frame is whole: 1 with the frame left to parse and its payload length in `len`; 0 if it
+// fails its check, or an error frame's code, with the frame given up. A code of 1 is possible and reads as success.
+int frameResult(QByteArray& frame, int& frameSize, int& len);
+
+// A list reply: receives frame after frame and parses each payload, until all is there. 1, or the first code of a frame.
+int receiveList(QByteArray& frame, int& frameSize, const std::function<int(int& len)>& receive,
+                const std::function<int(const char* payload, int len)>& parse, const std::function<bool()>& isComplete);
 
 } // namespace gqdb

@@ -234,50 +234,26 @@ int CTcpAPI::recvInt()
 
 int CTcpAPI::recvBytes(int count, std::vector<unsigned char>& out)
 {
-    do {
-        int len = 0;
-        int result = recvDatas(len);
-        if (result != 1)
-            return result;
-        const char* payload = framePayload(recvFrame, len);
-        result = parseBytes(payload, len, out);
-        dropFrame(recvFrame, recvFrameSize);
-        if (result <= 0)
-            return result;
-    } while (count > 0 && static_cast<int>(out.size()) < count);
-    return 1;
+    return receiveList(
+        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
+        [&](const char* payload, int len) { return parseBytes(payload, len, out); },
+        [&] { return static_cast<int>(out.size()) >= count; });
 }
 
 int CTcpAPI::recvInts(int count, std::vector<int>& out)
 {
-    do {
-        int len = 0;
-        int result = recvDatas(len);
-        if (result != 1)
-            return result;
-        const char* payload = framePayload(recvFrame, len);
-        result = parseInts(payload, len, out);
-        dropFrame(recvFrame, recvFrameSize);
-        if (result <= 0)
-            return result;
-    } while (count > 0 && static_cast<int>(out.size()) < count);
-    return 1;
+    return receiveList(
+        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
+        [&](const char* payload, int len) { return parseInts(payload, len, out); },
+        [&] { return static_cast<int>(out.size()) >= count; });
 }
 
 int CTcpAPI::recvStrings(int count, QStringList& out)
 {
-    do {
-        int len = 0;
-        int result = recvDatas(len);
-        if (result != 1)
-            return result;
-        const char* payload = framePayload(recvFrame, len);
-        result = parseStrings(payload, len, out);
-        dropFrame(recvFrame, recvFrameSize);
-        if (result <= 0)
-            return result;
-    } while (count > 0 && out.size() < count);
-    return 1;
+    return receiveList(
+        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
+        [&](const char* payload, int len) { return parseStrings(payload, len, out); },
+        [&] { return out.size() >= count; });
 }
 
 int CTcpAPI::recvDatas(int& len)
@@ -294,17 +270,7 @@ int CTcpAPI::recvDatas(int& len)
         pos = 0;
     } while (!recvData(recvBuffer, count, pos));
     // Bytes of this read behind the frame are lost with it: one request, one reply.
-
-    if (!isRecvOk(len)) {
-        dropFrame(recvFrame, recvFrameSize);
-        return 0;
-    }
-    if (isErrorFrame(recvFrame)) {
-        const int code = errorCode(recvFrame, len);
-        dropFrame(recvFrame, recvFrameSize);
-        return code; // 1 is possible and reads as success, with no frame left
-    }
-    return 1;
+    return frameResult(recvFrame, recvFrameSize, len);
 }
 
 bool CTcpAPI::recvData(const char* buf, int size, int& pos)

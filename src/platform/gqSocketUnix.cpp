@@ -1,9 +1,15 @@
 #include "gqSocketUnix.h"
 
+#include <QDebug>
+
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <linux/can.h>
+#include <linux/can/raw.h>
+#include <net/if.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -13,6 +19,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <iostream>
 
 // --- Shared by the endpoints --------------------------------------------------------------------------------------
@@ -48,9 +56,9 @@ static int bindTo(int descriptor, const std::string& address, int port)
     return ::bind(descriptor, reinterpret_cast<const sockaddr*>(&end), sizeof end);
 }
 
-static void setOption(int descriptor, int option, int value)
+static int setOption(int descriptor, int option, int value)
 {
-    setsockopt(descriptor, SOL_SOCKET, option, &value, sizeof value);
+    return setsockopt(descriptor, SOL_SOCKET, option, &value, sizeof value);
 }
 
 // One byte, where Linux wants an int: it answers EINVAL and Nagle's algorithm stays on. The peers' timing relies on it.
@@ -99,6 +107,77 @@ static int endOf(int (*query)(int, sockaddr*, socklen_t*), int descriptor, std::
     address = text;
     port = ntohs(end.sin_port);
     return 1;
+}
+
+// --- Shared by streams and datagrams ------------------------------------------------------------------------------
+
+static int waitWritable(int descriptor, int ms)
+{
+    CDescriptorSet write(descriptor);
+    write.add(descriptor);
+    CDescriptorSet exception = write;
+    timeval time = toTimeval(ms);
+    if (::select(descriptor + 1, nullptr, write.data(), exception.data(), &time) <= 0)
+        return -1; // a time-out too, which is 0 in isReadable
+    if (!write.contains(descriptor) || exception.contains(descriptor))
+        return 0;
+
+    int error = 0;
+    socklen_t length = sizeof error;
+    if (getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &length) < 0)
+        error = errno;
+    if (error != 0)
+        return -1;
+
+    sockaddr_in peer = {};
+    length = sizeof peer;
+    if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &length) != 0)
+        return 0;
+    return peer.sin_port == 0 ? 0 : 1;
+}
+
+static int selectOne(int descriptor, int ms, int& readable, int& writable, int& exceptional)
+{
+    CDescriptorSet read(descriptor);
+    read.add(descriptor);
+    CDescriptorSet write = read;
+    CDescriptorSet exception = read;
+    timeval time = toTimeval(ms);
+    const int count = ::select(descriptor + 1, read.data(), write.data(), exception.data(), &time);
+    if (count < 0)
+        return count;
+    readable = read.contains(descriptor);
+    writable = write.contains(descriptor);
+    exceptional = exception.contains(descriptor);
+    return count;
+}
+
+static int receive(int descriptor, char* buffer, int length)
+{
+    const ssize_t count = ::recv(descriptor, buffer, static_cast<size_t>(length), MSG_NOSIGNAL);
+    if (count > 0)
+        return static_cast<int>(count);
+    if (count == 0)
+        return -1; // the peer closed, or sent an empty datagram; 0 stands for "nothing yet"
+    return errno == 0 || errno == EAGAIN ? 0 : -1;
+}
+
+static int transmit(int descriptor, const char* buffer, int length)
+{
+    const ssize_t count = ::send(descriptor, buffer, static_cast<size_t>(length), MSG_NOSIGNAL);
+    if (count >= 0)
+        return static_cast<int>(count);
+    return errno == 0 || errno == EAGAIN ? 0 : -1;
+}
+
+static int connectTo(int descriptor, const std::string& address, int port)
+{
+    const sockaddr_in peer = toAddress(address, port);
+    if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) >= 0)
+        return 1;
+    if (errno == EINPROGRESS)
+        return 0;
+    return errno == EISCONN ? 1 : -1;
 }
 
 // --- CAbstractSocket ----------------------------------------------------------------------------------------------
@@ -214,12 +293,7 @@ int CTcpSocket::connect(const std::string& peerAddress, int peerPort, bool async
         if (async)
             setAsyncMode();
     }
-    const sockaddr_in peer = toAddress(peerAddress, peerPort);
-    if (::connect(*handle, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) >= 0)
-        return 1;
-    if (errno == EINPROGRESS)
-        return 0;
-    return errno == EISCONN ? 1 : -1;
+    return connectTo(*handle, peerAddress, peerPort);
 }
 
 void CTcpSocket::setSocket(SocketOwner owner)
@@ -237,63 +311,22 @@ int CTcpSocket::bind(const std::string& localAddress, int localPort)
 
 int CTcpSocket::isWritable(int ms)
 {
-    const int descriptor = *handle;
-    CDescriptorSet write(descriptor);
-    write.add(descriptor);
-    CDescriptorSet exception = write;
-    timeval time = toTimeval(ms);
-    if (::select(descriptor + 1, nullptr, write.data(), exception.data(), &time) <= 0)
-        return -1; // a time-out too, which is 0 in isReadable
-    if (!write.contains(descriptor) || exception.contains(descriptor))
-        return 0;
-
-    int error = 0;
-    socklen_t length = sizeof error;
-    if (getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &length) < 0)
-        error = errno;
-    if (error != 0)
-        return -1;
-
-    sockaddr_in peer = {};
-    length = sizeof peer;
-    if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &length) != 0)
-        return 0;
-    return peer.sin_port == 0 ? 0 : 1;
+    return waitWritable(*handle, ms);
 }
 
 int CTcpSocket::select(int ms, int& readable, int& writable, int& exceptional)
 {
-    const int descriptor = *handle;
-    CDescriptorSet read(descriptor);
-    read.add(descriptor);
-    CDescriptorSet write = read;
-    CDescriptorSet exception = read;
-    timeval time = toTimeval(ms);
-    const int count = ::select(descriptor + 1, read.data(), write.data(), exception.data(), &time);
-    if (count < 0)
-        return count;
-    readable = read.contains(descriptor);
-    writable = write.contains(descriptor);
-    exceptional = exception.contains(descriptor);
-    return count;
+    return selectOne(*handle, ms, readable, writable, exceptional);
 }
 
 int CTcpSocket::recv(char* buffer, int length)
 {
-    const ssize_t count = ::recv(*handle, buffer, static_cast<size_t>(length), MSG_NOSIGNAL);
-    if (count > 0)
-        return static_cast<int>(count);
-    if (count == 0)
-        return -1; // the peer closed; 0 stands for "nothing yet"
-    return errno == 0 || errno == EAGAIN ? 0 : -1;
+    return receive(*handle, buffer, length);
 }
 
 int CTcpSocket::send(const char* buffer, int length)
 {
-    const ssize_t count = ::send(*handle, buffer, static_cast<size_t>(length), MSG_NOSIGNAL);
-    if (count >= 0)
-        return static_cast<int>(count);
-    return errno == 0 || errno == EAGAIN ? 0 : -1;
+    return transmit(*handle, buffer, length);
 }
 
 // The end of a stream and of a listener alike.
@@ -381,4 +414,359 @@ int CGqSocket::select(std::vector<TcpSocketStatus>& sockets, int ms)
         row.exceptional = exception.contains(descriptor);
     }
     return count;
+}
+
+// --- Shared by the datagram endpoints -----------------------------------------------------------------------------
+// Where a later step of opening fails, the descriptor is closed, but its number stays in the cell.
+
+static bool makeDatagramSocket(int& descriptor)
+{
+    descriptor = socket(AF_INET, SOCK_DGRAM, 0);
+    return descriptor >= 1;
+}
+
+static int sendDatagram(int descriptor, const char* buffer, int length, const std::string& address, int port)
+{
+    const sockaddr_in peer = toAddress(address, port);
+    const ssize_t count = ::sendto(descriptor, buffer, static_cast<size_t>(length), 0,
+                                   reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
+    return static_cast<int>(count);
+}
+
+// The sender goes into the outputs, where they are wanted and a datagram came.
+static int receiveDatagram(int descriptor, char* buffer, int length, std::string* address, int* port)
+{
+    sockaddr_in peer = {};
+    socklen_t size = sizeof peer;
+    const ssize_t count =
+        ::recvfrom(descriptor, buffer, static_cast<size_t>(length), 0, reinterpret_cast<sockaddr*>(&peer), &size);
+    if (count < 0)
+        return errno == 0 || errno == EAGAIN ? 0 : -1;
+    if (address != nullptr) {
+        *address = inet_ntoa(peer.sin_addr);
+        *port = ntohs(peer.sin_port);
+    }
+    return static_cast<int>(count); // 0 for an empty datagram too, unlike recv
+}
+
+// --- CUdpServer ---------------------------------------------------------------------------------------------------
+
+CUdpServer::CUdpServer() : multicastJoined(false) {}
+
+CUdpServer::~CUdpServer()
+{
+    if (opened)
+        CUdpServer::close();
+}
+
+int CUdpServer::openP2P(const std::string& localAddress, int localPort)
+{
+    if (!makeDatagramSocket(*handle))
+        return -1;
+    if (setOption(*handle, SO_REUSEADDR, 1) != 0) {
+        ::close(*handle);
+        return -2;
+    }
+    opened = true;
+    return bind(localAddress, localPort);
+}
+
+int CUdpServer::openBroadcast(const std::string& localAddress, int localPort)
+{
+    if (!makeDatagramSocket(*handle))
+        return -1;
+    if (setOption(*handle, SO_REUSEADDR, 1) != 0) {
+        ::close(*handle);
+        return -2;
+    }
+    const char on = 1; // one byte, deliberately: Linux wants an int and refuses, so that this ends here
+    if (setsockopt(*handle, SOL_SOCKET, SO_BROADCAST, &on, sizeof on) < 0) {
+        ::close(*handle);
+        return -3;
+    }
+    opened = true;
+    return bind(localAddress, localPort);
+}
+
+int CUdpServer::openMulticast(const std::string& group, int localPort, const std::string& interfaceAddress)
+{
+    if (group.empty())
+        return -1;
+    if (!makeDatagramSocket(*handle))
+        return -2;
+    if (setOption(*handle, SO_REUSEADDR, 1) != 0) {
+        ::close(*handle);
+        return -3;
+    }
+    if (bindTo(*handle, "", localPort) < 0) {
+        ::close(*handle);
+        return -4;
+    }
+    ip_mreq membership;
+    membership.imr_multiaddr.s_addr = inet_addr(group.c_str());
+    membership.imr_interface.s_addr = interfaceAddress.empty() ? 0 : inet_addr(interfaceAddress.c_str());
+    if (setsockopt(*handle, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof membership) < 0) {
+        ::close(*handle);
+        return -5;
+    }
+    multicastGroup = group;
+    multicastInterface = interfaceAddress;
+    multicastJoined = true;
+    opened = true;
+    return 1;
+}
+
+int CUdpServer::bind(const std::string& localAddress, int localPort)
+{
+    return bindTo(*handle, localAddress, localPort) < 0 ? 0 : 1;
+}
+
+int CUdpServer::sendto(const char* buffer, int length, const std::string& peerAddress, int peerPort)
+{
+    return sendDatagram(*handle, buffer, length, peerAddress, peerPort);
+}
+
+int CUdpServer::recvfrom(char* buffer, int length)
+{
+    return receiveDatagram(*handle, buffer, length, nullptr, nullptr);
+}
+
+int CUdpServer::recvfrom(char* buffer, int length, std::string& peerAddress, int& peerPort)
+{
+    return receiveDatagram(*handle, buffer, length, &peerAddress, &peerPort);
+}
+
+int CUdpServer::isWritable(int ms)
+{
+    return waitWritable(*handle, ms);
+}
+
+int CUdpServer::select(int ms, int& readable, int& writable, int& exceptional)
+{
+    return selectOne(*handle, ms, readable, writable, exceptional);
+}
+
+void CUdpServer::close()
+{
+    if (!opened)
+        return;
+    if (multicastJoined) { // for good: the next close of this object drops it again, in vain
+        ip_mreq membership;
+        membership.imr_multiaddr.s_addr = inet_addr(multicastGroup.c_str());
+        membership.imr_interface.s_addr = inet_addr(multicastInterface.c_str()); // no 0 for an empty text here
+        setsockopt(*handle, IPPROTO_IP, IP_DROP_MEMBERSHIP, &membership, sizeof membership);
+    }
+    ::close(*handle);
+    *handle = -1;
+    opened = false;
+}
+
+// --- CUdpClient ---------------------------------------------------------------------------------------------------
+
+CUdpClient::CUdpClient() = default;
+
+CUdpClient::~CUdpClient()
+{
+    if (opened)
+        CUdpClient::close();
+}
+
+int CUdpClient::openP2P()
+{
+    if (!makeDatagramSocket(*handle))
+        return -1;
+    opened = true;
+    return 1;
+}
+
+int CUdpClient::openBroadcast()
+{
+    if (!makeDatagramSocket(*handle))
+        return -1;
+    if (setOption(*handle, SO_BROADCAST, 1) < 0) {
+        ::close(*handle);
+        return -2;
+    }
+    opened = true;
+    return 1;
+}
+
+int CUdpClient::openMulticast(const std::string& interfaceAddress)
+{
+    if (!makeDatagramSocket(*handle))
+        return -1;
+    if (!interfaceAddress.empty()) {
+        const in_addr_t interface = inet_addr(interfaceAddress.c_str());
+        if (setsockopt(*handle, IPPROTO_IP, IP_MULTICAST_IF, &interface, sizeof interface) < 0) {
+            qDebug() << "2, error:" << errno;
+            ::close(*handle);
+            return -2;
+        }
+    }
+    const char off = 0;
+    if (setsockopt(*handle, IPPROTO_IP, IP_MULTICAST_LOOP, &off, sizeof off) != 0) {
+        qDebug() << "3, error:" << errno;
+        ::close(*handle);
+        return -3;
+    }
+    opened = true;
+    return 1;
+}
+
+int CUdpClient::bind(const std::string& localAddress, int localPort)
+{
+    return bindTo(*handle, localAddress, localPort) < 0 ? 0 : 1;
+}
+
+int CUdpClient::connect(const std::string& peerAddress, int peerPort, bool async)
+{
+    if (!opened)
+        openP2P();
+    if (async)
+        setAsyncMode(); // on every call, also on a socket that was open; CTcpSocket::connect differs
+    return connectTo(*handle, peerAddress, peerPort);
+}
+
+int CUdpClient::sendto(const char* buffer, int length, const std::string& peerAddress, int peerPort)
+{
+    return sendDatagram(*handle, buffer, length, peerAddress, peerPort);
+}
+
+int CUdpClient::recvfrom(char* buffer, int length)
+{
+    return receiveDatagram(*handle, buffer, length, nullptr, nullptr);
+}
+
+int CUdpClient::recvfrom(char* buffer, int length, std::string& peerAddress, int& peerPort)
+{
+    return receiveDatagram(*handle, buffer, length, &peerAddress, &peerPort);
+}
+
+int CUdpClient::recv(char* buffer, int length)
+{
+    return receive(*handle, buffer, length);
+}
+
+int CUdpClient::send(const char* buffer, int length)
+{
+    return transmit(*handle, buffer, length);
+}
+
+int CUdpClient::isWritable(int ms)
+{
+    return waitWritable(*handle, ms);
+}
+
+int CUdpClient::select(int ms, int& readable, int& writable, int& exceptional)
+{
+    return selectOne(*handle, ms, readable, writable, exceptional);
+}
+
+void CUdpClient::close()
+{
+    if (!opened)
+        return;
+    ::close(*handle);
+    *handle = -1;
+    opened = false;
+}
+
+// --- CSocketCan ---------------------------------------------------------------------------------------------------
+
+// The numbers of the receive and the send time-out at the level of sockets. At the level of CAN, where they are set here,
+// Linux knows neither and answers ENOPROTOOPT: no time-out is in force. Deliberately so; isReadable has one.
+static const int canRecvTimeout = 20;
+static const int canSendTimeout = 21;
+
+CSocketCan::CSocketCan() = default;
+
+CSocketCan::~CSocketCan() = default; // deliberately closes nothing
+
+int CSocketCan::setRecvOverTm(int ms)
+{
+    if (*handle < 1)
+        return 0;
+    const timeval time = toTimeval(ms);
+    const int result = setsockopt(*handle, SOL_CAN_RAW, canRecvTimeout, &time, sizeof time);
+    const int error = errno;
+    std::cout << "ret:" + std::to_string(result) + "\n" << std::flush;
+    errno = error;
+    return 1;
+}
+
+int CSocketCan::setSendOverTm(int ms)
+{
+    if (*handle < 1)
+        return 0;
+    const timeval time = toTimeval(ms);
+    setsockopt(*handle, SOL_CAN_RAW, canSendTimeout, &time, sizeof time);
+    return 1;
+}
+
+int CSocketCan::open(const std::string& ifaceName, int ifaceArg, int, bool nonBlocking)
+{
+    address = ifaceName;
+    port = ifaceArg;
+    *handle = socket(AF_CAN, SOCK_RAW, CAN_RAW);
+    if (*handle < 0) {
+        std::puts("can error");
+        return -1;
+    }
+
+    ifreq request = {};
+    if (std::strlen(ifaceName.c_str()) < sizeof request.ifr_name) // no system has one with a longer name
+        std::strcpy(request.ifr_name, ifaceName.c_str());
+    const int result = ioctl(*handle, SIOCGIFINDEX, &request);
+    const int index = request.ifr_ifindex;
+    if (result != 0 && index == 0) {
+        std::printf("Can't get interface index for can0, code= %d, can0 ifr_ifindex value: %d, name: %s\n", result,
+                    index, ifaceName.c_str());
+        close();
+        return -1;
+    }
+    std::printf("%s can_ifindex = %x\n", ifaceName.c_str(), static_cast<unsigned int>(index));
+
+    const int off = 0;
+    setsockopt(*handle, SOL_CAN_RAW, CAN_RAW_RECV_OWN_MSGS, &off, sizeof off);
+    sockaddr_can end = {};
+    end.can_family = AF_CAN;
+    end.can_ifindex = index;
+    const socklen_t endSize = 16; // up to the interface and its classic addresses
+    if (::bind(*handle, reinterpret_cast<const sockaddr*>(&end), endSize) < 0) {
+        std::puts("bind error");
+        close();
+        return -1;
+    }
+    if (nonBlocking && setAsyncMode() != 1)
+        return -2;
+    const timeval second = {1, 0};
+    std::printf("can ret:%d", setsockopt(*handle, SOL_CAN_RAW, canRecvTimeout, &second, sizeof second));
+    return 1;
+}
+
+int CSocketCan::recv(char* buffer, int)
+{
+    can_frame frame = {};
+    if (::read(*handle, &frame, sizeof frame) < 0)
+        return 0;
+    const int size = std::min<int>(frame.can_dlc, CAN_MAX_DLEN);
+    std::copy_n(frame.data, size, buffer);
+    return size;
+}
+
+int CSocketCan::send(const char* buffer, int length, int canId)
+{
+    can_frame frame = {};
+    frame.can_id = static_cast<canid_t>(canId);
+    frame.can_dlc = static_cast<__u8>(length);
+    std::copy_n(buffer, std::min(length, CAN_MAX_DLEN), frame.data); // none below 1; above 8 the system refuses
+    return static_cast<int>(::write(*handle, &frame, sizeof frame));
+}
+
+void CSocketCan::close()
+{
+    if (*handle >= 1) {
+        ::close(*handle);
+        *handle = 0;
+    }
 }

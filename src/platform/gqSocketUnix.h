@@ -169,3 +169,128 @@ public:
     // error; its outputs are 1, say nothing and are not counted.
     static int select(std::vector<TcpSocketStatus>& sockets, int ms);
 };
+
+// A datagram endpoint bound to a port, which answers whoever writes to it. It remembers no sender.
+//
+// Each way of opening makes a new socket; one that was open stays open with no one to close it. Where opening fails, the
+// socket is closed, but for a failed bind (0): then close() ends it. The negative codes are those of each operation.
+// Time-outs belong to the socket: set them behind opening.
+class GQLIB_EXPORT CUdpServer : public CAbstractSocket {
+public:
+    CUdpServer();  // no socket yet
+    ~CUdpServer(); // closes
+
+    // Plain unicast, with SO_REUSEADDR. 1 bound; 0 not bound; -1 no socket; -2 option refused.
+    int openP2P(const std::string& localAddress, int localPort);
+
+    // Ends in -3 on Linux, which refuses SO_BROADCAST in the one byte that is passed here. To receive broadcasts, use
+    // openP2P: the option is needed for sending alone, and CUdpClient::openBroadcast has it.
+    //   1 bound; 0 not bound; -1 no socket; -2 SO_REUSEADDR refused; -3 SO_BROADCAST refused
+    int openBroadcast(const std::string& localAddress, int localPort);
+
+    // Joins a group, on the interface with that address, or on the system's choice if it is empty. Bound to every
+    // interface, and hence receives what else comes to the port.
+    //   1 joined; -1 no group given; -2 no socket; -3 option refused; -4 not bound; -5 not joined
+    int openMulticast(const std::string& group, int localPort, const std::string& interfaceAddress);
+
+    // Fixes the local end of an open socket. 1, or 0 if bind(2) failed.
+    int bind(const std::string& localAddress, int localPort);
+
+    // One sendto(2), one datagram. Its bytes, or -1, also where there is no room.
+    int sendto(const char* buffer, int length, const std::string& peerAddress, int peerPort);
+
+    // One recvfrom(2), one datagram; what is longer than `length` is lost. Waits as CTcpSocket::recv does.
+    //   > 0  bytes read
+    //     0  an empty datagram; or nothing yet
+    //    -1  failed
+    // The second form also gives the sender, and leaves the outputs where no datagram came. It uses the static buffer of
+    // inet_ntoa(3): one thread at a time in the whole program.
+    int recvfrom(char* buffer, int length);
+    int recvfrom(char* buffer, int length, std::string& peerAddress, int& peerPort);
+
+    // As for CTcpSocket. isWritable never gives 1, for a server has no peer.
+    int isWritable(int ms);
+    int select(int ms, int& readable, int& writable, int& exceptional);
+
+    // Leaves the group and closes; harmless when closed.
+    void close() override;
+
+protected:
+    std::string multicastGroup;     // of the last openMulticast that succeeded
+    std::string multicastInterface; // likewise, empty for the system's choice
+    bool multicastJoined;           // never cleared: a later close leaves the group again, in vain
+};
+
+// A datagram endpoint that sends, mostly to the one peer that connect fixes. Opening as for CUdpServer, with codes of its
+// own.
+class GQLIB_EXPORT CUdpClient : public CAbstractSocket {
+public:
+    CUdpClient();  // no socket yet
+    ~CUdpClient(); // closes
+
+    // Plain unicast, with no option set. 1; -1 no socket.
+    int openP2P();
+
+    // May send to broadcast addresses. 1; -1 no socket; -2 SO_BROADCAST refused.
+    int openBroadcast();
+
+    // May send to groups, out of the interface with that address, or of the system's choice if it is empty. What it
+    // sends does not come back to this machine. Joins nothing. The hop limit is the system's, 1: one network.
+    //   1; -1 no socket; -2 IP_MULTICAST_IF refused; -3 IP_MULTICAST_LOOP refused; the last two with a line to qDebug()
+    int openMulticast(const std::string& interfaceAddress);
+
+    // Fixes the local end of an open socket. 1, or 0 if bind(2) failed.
+    int bind(const std::string& localAddress, int localPort);
+
+    // Fixes the peer, after openP2P if nothing is open; nothing is sent, so that it tells nothing about the peer. `async`
+    // makes the socket non-blocking, each time. 1, or -1 if connect(2) failed.
+    int connect(const std::string& peerAddress, int peerPort, bool async);
+
+    // As for CUdpServer.
+    int sendto(const char* buffer, int length, const std::string& peerAddress, int peerPort);
+    int recvfrom(char* buffer, int length);
+    int recvfrom(char* buffer, int length, std::string& peerAddress, int& peerPort);
+
+    // One datagram from and to the peer, with the results of CTcpSocket. An empty datagram gives -1 here. A peer whose
+    // port is not open makes a later call fail: -1, ECONNREFUSED.
+    int recv(char* buffer, int length);
+    int send(const char* buffer, int length);
+
+    // As for CTcpSocket; isWritable gives 1 behind a successful connect alone.
+    int isWritable(int ms);
+    int select(int ms, int& readable, int& writable, int& exceptional);
+
+    // Harmless when closed. A connect behind it opens anew, without the options of the last opening.
+    void close() override;
+};
+
+// Classic CAN frames on one interface of SocketCAN, see can(7) of the kernel's documentation: their data bytes alone.
+// All frames of the interface are received, but those that the object sent itself.
+//
+// There is no time-out: recv waits for ever, unless the socket is non-blocking. Ask isReadable first; it has one. A
+// descriptor of 0 means never opened or closed here. open and the time-outs say what they did on standard output.
+class GQLIB_EXPORT CSocketCan : public CAbstractSocket {
+public:
+    CSocketCan();
+    ~CSocketCan(); // does not close: call close() first
+
+    // Asked for at a level that knows them not: no effect. 1; or 0 with no socket. setRecvOverTm prints a line.
+    int setRecvOverTm(int ms) override;
+    int setSendOverTm(int ms) override;
+
+    // Binds to an interface by its name, say "can0". The two middle arguments are kept for programs that pass them, and
+    // change nothing. On an open object the old socket stays open with no one to close it.
+    //   1; -1 no socket, no such interface, or not bound, with the socket closed; -2 it stays blocking, and open
+    // Prints the index, or what failed; every failed look-up calls the interface can0.
+    int open(const std::string& ifaceName, int ifaceArg, int reservedArg, bool nonBlocking);
+
+    // One read(2), one frame. Its number of data bytes, 0 to 8; 0 also where nothing came or the read failed. `buffer` has
+    // room for 8 bytes, whatever `length` says. The identifier is not told.
+    int recv(char* buffer, int length);
+
+    // One write(2), one frame of up to 8 data bytes. `canId` with its flag bits (CAN_EFF_FLAG and the like), as in struct
+    // can_frame. 16, the size of that structure, not `length`; or -1.
+    int send(const char* buffer, int length, int canId);
+
+    void close() override;
+};

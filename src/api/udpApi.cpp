@@ -1,0 +1,224 @@
+#include "udpApi.h"
+
+#include "frameReader.h"
+#include "gqSocketUnix.h"
+
+#include <QDateTime>
+
+namespace gqdb {
+
+CUdpAPI::CUdpAPI() : socket(new CUdpClient)
+{
+    recvOverTm = 3000;
+}
+
+CUdpAPI::~CUdpAPI()
+{
+    delete socket;
+    socket = nullptr;
+}
+
+// --- Link ---------------------------------------------------------------------------------------------------------
+
+int CUdpAPI::connect(const std::string& host, int port)
+{
+    serverHost = host;
+    serverPort = port;
+    const int result = connectServer(serverHost, serverPort);
+    connected = result == 1;
+    return result;
+}
+
+int CUdpAPI::connectServer(const std::string& host, int port)
+{
+    return socket->connect(host, port, false);
+}
+
+int CUdpAPI::close()
+{
+    socket->close();
+    connected = false;
+    return 1;
+}
+
+// --- Ready-made commands ------------------------------------------------------------------------------------------
+
+static int currentTime()
+{
+    return static_cast<int>(QDateTime::currentSecsSinceEpoch());
+}
+
+int CUdpAPI::systemState()
+{
+    return requestInt(1, currentTime());
+}
+
+int CUdpAPI::systemTime()
+{
+    return requestInt(2, currentTime());
+}
+
+int CUdpAPI::clear()
+{
+    return requestInt(3, currentTime());
+}
+
+int CUdpAPI::setTime(int first, int second)
+{
+    return requestInt(5, std::vector<int>{first, second}); // deliberately with a count, unlike over TCP
+}
+
+int CUdpAPI::setState(int value)
+{
+    return requestInt(6, value);
+}
+
+// --- Requests -----------------------------------------------------------------------------------------------------
+
+int CUdpAPI::requestInt(const QByteArray& frame)
+{
+    const int sent = sendDatas(frame);
+    return sent == 1 ? recvInt() : sent;
+}
+
+int CUdpAPI::requestBytes(const QByteArray& frame, int count, std::vector<unsigned char>& out)
+{
+    const int sent = sendDatas(frame);
+    return sent == 1 ? recvBytes(count, out) : sent;
+}
+
+int CUdpAPI::requestInts(const QByteArray& frame, int count, std::vector<int>& out)
+{
+    const int sent = sendDatas(frame);
+    return sent == 1 ? recvInts(count, out) : sent;
+}
+
+int CUdpAPI::requestStrings(const QByteArray& frame, int count, QStringList& out)
+{
+    const int sent = sendDatas(frame);
+    return sent == 1 ? recvStrings(count, out) : sent;
+}
+
+int CUdpAPI::requestInt(unsigned char command, int value)
+{
+    const int sent = sendInt(command, value);
+    return sent == 1 ? recvInt() : sent;
+}
+
+int CUdpAPI::requestInt(unsigned char command, const std::vector<int>& values)
+{
+    const int sent = sendInts(command, values);
+    return sent == 1 ? recvInt() : sent;
+}
+
+// --- Sending ------------------------------------------------------------------------------------------------------
+
+int CUdpAPI::addEnd(QByteArray& data)
+{
+    const int leastSize = 61; // without the tail: no frame is shorter than 64 bytes
+    if (data.size() < 4)
+        return 0;
+    if (data.size() < leastSize)
+        data.append(leastSize - data.size(), '\0');
+    return CSocketAPI::addEnd(data);
+}
+
+int CUdpAPI::sendDatas(const QByteArray& frame)
+{
+    dropFrame(recvFrame, recvFrameSize); // what was left of an earlier reply is given up
+    if (socket == nullptr)
+        return -1;
+    if (socket->send(frame.constData(), frame.size()) > 0)
+        return 1;
+    socket->close();
+    connected = false;
+    return -1;
+}
+
+int CUdpAPI::sendInt(unsigned char command, int value)
+{
+    QByteArray frame;
+    addHeader(command, 0, 0, frame);
+    int2Byte(value, frame);
+    addEnd(frame);
+    return sendDatas(frame);
+}
+
+int CUdpAPI::sendInts(unsigned char command, const std::vector<int>& values)
+{
+    QByteArray frame;
+    addHeader(command, 0, 0, frame);
+    int2Byte(static_cast<int>(values.size()), frame);
+    for (const int value : values)
+        int2Byte(value, frame);
+    addEnd(frame);
+    return sendDatas(frame);
+}
+
+// --- Receiving ----------------------------------------------------------------------------------------------------
+
+int CUdpAPI::recvInt()
+{
+    int len = 0;
+    const int result = recvDatas(len);
+    if (result != 1)
+        return result;
+    int value = 0;
+    const char* payload = framePayload(recvFrame, len);
+    const int parsed = parseInt(payload, len, value);
+    dropFrame(recvFrame, recvFrameSize);
+    return parsed == 1 ? value : parsed;
+}
+
+int CUdpAPI::recvBytes(int count, std::vector<unsigned char>& out)
+{
+    return receiveList(
+        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
+        [&](const char* payload, int len) { return parseBytes(payload, len, out); },
+        [&] { return static_cast<int>(out.size()) >= count; });
+}
+
+int CUdpAPI::recvInts(int count, std::vector<int>& out)
+{
+    return receiveList(
+        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
+        [&](const char* payload, int len) { return parseInts(payload, len, out); },
+        [&] { return static_cast<int>(out.size()) >= count; });
+}
+
+int CUdpAPI::recvStrings(int count, QStringList& out)
+{
+    return receiveList(
+        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
+        [&](const char* payload, int len) { return parseStrings(payload, len, out); },
+        [&] { return out.size() >= count; });
+}
+
+int CUdpAPI::recvDatas(int& len)
+{
+    const int readable = socket->isReadable(recvOverTm);
+    if (readable != 1)
+        return readable;
+    const int count = socket->recv(recvBuffer, rawBufferSize); // -1 without a buffer, which none is made for
+    if (count <= 0) {
+        connected = false;
+        socket->close();
+        return count;
+    }
+    int pos = 0;
+    if (!recvData(recvBuffer, count, pos))
+        return 0; // the part stays, and the next call goes on with it
+    return frameResult(recvFrame, recvFrameSize, len);
+}
+
+bool CUdpAPI::recvData(const char* buf, int size, int& pos)
+{
+    return feedFrame(buf, size, pos, recvFrame, recvFrameSize);
+}
+
+bool CUdpAPI::isRecvOk(int& len)
+{
+    return isFrameOk(recvFrame, recvFrameSize, len);
+}
+
+} // namespace gqdb
