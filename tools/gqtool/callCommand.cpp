@@ -1,65 +1,68 @@
+#include "callClient.h"
 #include "command.h"
 #include "console.h"
 #include "results.h"
 #include "stationProtocol.h"
 
 #include <QCommandLineParser>
+#include <QDateTime>
 
 #include <climits>
-#include <tcpApi.h>
-
-using gqdb::CByte2Val;
-using gqdb::CTcpAPI;
 
 // A command of `call`: makes the request, prints the reply. Result: 1, or the code of the failure.
 struct CallCommand {
     const char* name;
     const char* arguments; // their names, one word each
     const char* meaning;
-    int (*run)(CTcpAPI& client, const std::vector<int>& arguments);
+    int (*run)(CallClient& client, const std::vector<int>& arguments);
 };
 
-// The operations that answer with the reply's integer: isConnected tells a value from a code.
-static int printInt(CTcpAPI& client, int result)
+static int callInt(CallClient& client, unsigned char command, int argument)
 {
-    if (!client.isConnected())
-        return result;
-    printLine(QString::number(result));
-    return 1;
+    int value = 0;
+    const int result = client.requestInt(command, argument, value);
+    if (result == 1)
+        printLine(QString::number(value));
+    return result;
 }
 
-static QByteArray requestFrame(CTcpAPI& client, unsigned char command, int value)
+static int callWithTime(CallClient& client, unsigned char command)
 {
-    QByteArray frame;
-    client.addHeader(command, 0, 0, frame);
-    CByte2Val::int2Byte(value, frame);
-    CTcpAPI::addEnd(frame);
-    return frame;
+    return callInt(client, command, static_cast<int>(QDateTime::currentSecsSinceEpoch()));
 }
 
-static int callInts(CTcpAPI& client, const std::vector<int>& arguments)
+static int callSetTime(CallClient& client, const std::vector<int>& arguments)
+{
+    int value = 0;
+    const int result = client.setTime(arguments[0], arguments[1], value);
+    if (result == 1)
+        printLine(QString::number(value));
+    return result;
+}
+
+static int callInts(CallClient& client, const std::vector<int>& arguments)
 {
     std::vector<int> values;
-    const int result = client.requestInts(requestFrame(client, commandInts, arguments[0]), arguments[0], values);
+    const int result = client.requestInts(commandInts, arguments[0], arguments[0], values);
     for (const int value : values)
         printLine(QString::number(value));
     return result;
 }
 
-static int callBytes(CTcpAPI& client, const std::vector<int>& arguments)
+static int callBytes(CallClient& client, const std::vector<int>& arguments)
 {
     std::vector<unsigned char> bytes;
-    const int result = client.requestBytes(requestFrame(client, commandBytes, arguments[0]), arguments[0], bytes);
+    const int result = client.requestBytes(commandBytes, arguments[0], arguments[0], bytes);
     const QByteArray data(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
     for (int first = 0; first < data.size(); first += 16)
         printLine(data.mid(first, 16).toHex(' '));
     return result;
 }
 
-static int callStrings(CTcpAPI& client, const std::vector<int>& arguments)
+static int callStrings(CallClient& client, const std::vector<int>& arguments)
 {
     QStringList texts;
-    const int result = client.requestStrings(requestFrame(client, commandStrings, arguments[0]), arguments[0], texts);
+    const int result = client.requestStrings(commandStrings, arguments[0], arguments[0], texts);
     for (const QString& text : texts)
         printLine(text);
     return result;
@@ -67,26 +70,18 @@ static int callStrings(CTcpAPI& client, const std::vector<int>& arguments)
 
 static const CallCommand commands[] = {
     {"systemState", "", "the station's state",
-     [](CTcpAPI& client, const std::vector<int>&) { return printInt(client, client.systemState()); }},
+     [](CallClient& client, const std::vector<int>&) { return callWithTime(client, 1); }},
     {"systemTime", "", "its clock, in seconds since 1970",
-     [](CTcpAPI& client, const std::vector<int>&) { return printInt(client, client.systemTime()); }},
-    {"clear", "", "resets it",
-     [](CTcpAPI& client, const std::vector<int>&) { return printInt(client, client.clear()); }},
-    {"setTime", "FIRST SECOND", "sets its clock to FIRST; SECOND is not used",
-     [](CTcpAPI& client, const std::vector<int>& arguments) {
-         return printInt(client, client.setTime(arguments[0], arguments[1]));
-     }},
+     [](CallClient& client, const std::vector<int>&) { return callWithTime(client, 2); }},
+    {"clear", "", "resets it", [](CallClient& client, const std::vector<int>&) { return callWithTime(client, 3); }},
+    {"setTime", "FIRST SECOND", "sets its clock to FIRST; SECOND is not used", callSetTime},
     {"setState", "VALUE", "sets its state",
-     [](CTcpAPI& client, const std::vector<int>& arguments) {
-         return printInt(client, client.setState(arguments[0]));
-     }},
+     [](CallClient& client, const std::vector<int>& arguments) { return callInt(client, 6, arguments[0]); }},
     {"ints", "COUNT", "integers, one a line", callInts},
     {"bytes", "COUNT", "bytes, in hexadecimal", callBytes},
     {"strings", "COUNT", "texts, one a line", callStrings},
     {"error", "CODE", "an error frame, to see one",
-     [](CTcpAPI& client, const std::vector<int>& arguments) {
-         return printInt(client, client.requestInt(commandError, arguments[0]));
-     }},
+     [](CallClient& client, const std::vector<int>& arguments) { return callInt(client, commandError, arguments[0]); }},
 };
 
 static QString commandList()
@@ -115,7 +110,8 @@ int runCall(const QStringList& arguments)
         "\nThe last four are the simulated station's own. Before a negative number, say --:\n"
         "  gqtool call 127.0.0.1:5000 setState -- -1");
     const QCommandLineOption timeout("timeout", "Longest wait for each read and write (9000).", "MS", "9000");
-    parser.addOption(timeout);
+    const QCommandLineOption udp("udp", "Ask by datagrams; the answer to one that is lost is a time-out.");
+    parser.addOptions({timeout, udp});
     parser.addPositionalArgument("HOST:PORT", "The server, as dotted IPv4 address and port.");
     parser.addPositionalArgument("COMMAND", "One of the commands above, and its integers.", "COMMAND [INTEGER...]");
     int exitCode = exitGood;
@@ -146,12 +142,10 @@ int runCall(const QStringList& arguments)
     if (!readInt(parser.value(timeout), 1, INT_MAX, timeoutMs))
         return usageError("--timeout takes milliseconds");
 
-    CTcpAPI client;
-    client.setRecvOverTm(timeoutMs);
-    client.setSendOverTm(timeoutMs);
-    int result = client.connect(words[0].left(colon).toStdString(), port);
+    const std::unique_ptr<CallClient> client = parser.isSet(udp) ? makeUdpClient(timeoutMs) : makeTcpClient(timeoutMs);
+    int result = client->connect(words[0].left(colon).toStdString(), port);
     if (result == 1)
-        result = command->run(client, values);
+        result = command->run(*client, values);
     if (result == 1)
         return exitGood;
     printError(QString("%1 failed with %2: %3").arg(command->name).arg(result).arg(resultText(result)));

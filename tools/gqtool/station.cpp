@@ -10,19 +10,28 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
-#include <socketApi.h>
 #include <thread>
+#include <udpApi.h>
 
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
+using gqdb::CUdpAPI;
 
 static const int largestRequest = 1 << 20; // payload bytes; what announces more is not a request
 
 Station::Station(const StationFaults& stationFaults, StationLog& stationLog) : faults(stationFaults), log(stationLog) {}
 
-bool Station::listen(const QString& address, int port)
+static QString endText(const std::string& address, int port)
 {
-    return server.open(address.toStdString(), port, 128) == 1;
+    return QString("%1:%2").arg(QString::fromStdString(address)).arg(port);
+}
+
+bool Station::listen(const QString& address, int port, bool withDatagrams)
+{
+    std::string localAddress;
+    int localPort = 0;
+    return server.open(address.toStdString(), port, 128) == 1 && server.getSockName(localAddress, localPort) == 1 &&
+           (!withDatagrams || datagrams.openP2P(address.toStdString(), localPort) == 1);
 }
 
 QString Station::endpoint()
@@ -30,11 +39,13 @@ QString Station::endpoint()
     std::string address;
     int port = 0;
     server.getSockName(address, port);
-    return QString("%1:%2").arg(QString::fromStdString(address)).arg(port);
+    return endText(address, port);
 }
 
 bool Station::serve()
 {
+    if (datagrams.isValid())
+        std::thread([this] { serveDatagrams(); }).detach();
     for (;;) {
         std::shared_ptr<CTcpSocket> connection(server.accept());
         if (!connection)
@@ -42,20 +53,19 @@ bool Station::serve()
         std::string address;
         int port = 0;
         connection->getPeerName(address, port);
-        const QString peer = QString("%1:%2").arg(QString::fromStdString(address)).arg(port);
+        const QString peer = endText(address, port);
         std::thread([this, connection, peer] { serveConnection(*connection, peer); }).detach();
     }
 }
 
 // --- Frames -------------------------------------------------------------------------------------------------------
 
+// Without its tail, which depends on how it travels.
 static QByteArray frameOf(unsigned char command, int sequence, const QByteArray& payload)
 {
     QByteArray frame;
     CSocketAPI::addHeader(command, 0, 0, sequence, 0, frame);
-    frame.append(payload);
-    CSocketAPI::addEnd(frame);
-    return frame;
+    return frame + payload;
 }
 
 static QByteArray intPayload(int value)
@@ -78,17 +88,27 @@ static bool receive(CTcpSocket& connection, QByteArray& bytes, int count)
     return true;
 }
 
+static bool isRequestHeader(const QByteArray& bytes)
+{
+    if (bytes.size() < CSocketAPI::headerSize || bytes.at(0) != CSocketAPI::frameStart)
+        return false;
+    const int length = CByte2Val::byte2Int(bytes.constData() + 1);
+    return length >= 0 && length <= largestRequest;
+}
+
+static int requestSize(const QByteArray& header)
+{
+    return CByte2Val::byte2Int(header.constData() + 1) + CSocketAPI::frameOverhead;
+}
+
 // The next request, whole; false when the client is gone or what it sent is no frame.
 static bool receiveFrame(CTcpSocket& connection, QByteArray& frame)
 {
     frame.clear();
-    if (!receive(connection, frame, CSocketAPI::headerSize) || frame.at(0) != CSocketAPI::frameStart)
+    if (!receive(connection, frame, CSocketAPI::headerSize) || !isRequestHeader(frame))
         return false;
-    const int length = CByte2Val::byte2Int(frame.constData() + 1);
-    if (length < 0 || length > largestRequest)
-        return false;
-    const int rest = length + CSocketAPI::frameOverhead - CSocketAPI::headerSize;
-    return receive(connection, frame, rest) && frame.at(frame.size() - 1) == CSocketAPI::frameEnd;
+    return receive(connection, frame, requestSize(frame) - frame.size()) &&
+           frame.at(frame.size() - 1) == CSocketAPI::frameEnd;
 }
 
 static void pause(int ms)
@@ -96,16 +116,25 @@ static void pause(int ms)
     std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }
 
-bool Station::send(CTcpSocket& connection, const QByteArray& bytes)
+bool Station::send(const QByteArray& bytes, const Transport& transport)
 {
     const int piece = faults.pieceSize > 0 ? faults.pieceSize : bytes.size();
+    for (int done = 0; done < bytes.size(); done += piece) {
+        if (!transport.send(bytes.mid(done, piece)))
+            return false;
+        if (faults.pieceSize > 0)
+            pause(1); // so that the pieces travel apart
+    }
+    return true;
+}
+
+static bool sendAll(CTcpSocket& connection, const QByteArray& bytes)
+{
     for (int done = 0; done < bytes.size();) {
-        const int count = connection.send(bytes.constData() + done, std::min(piece, bytes.size() - done));
+        const int count = connection.send(bytes.constData() + done, bytes.size() - done);
         if (count <= 0)
             return false;
         done += count;
-        if (faults.pieceSize > 0)
-            pause(1); // so that the pieces travel apart
     }
     return true;
 }
@@ -147,7 +176,7 @@ static QByteArrayList listFrames(unsigned char command, int sequence, int count,
     return frames;
 }
 
-QByteArrayList Station::answer(const QByteArray& request)
+QByteArrayList Station::answer(const QByteArray& request, bool isDatagram)
 {
     const auto command = static_cast<unsigned char>(request.at(9));
     const int sequence = CByte2Val::byte2UShort(request.constData() + 5);
@@ -158,7 +187,7 @@ QByteArrayList Station::answer(const QByteArray& request)
     const auto errorReply = [&](int code) {
         return QByteArrayList{frameOf(CSocketAPI::errorCommand, sequence, intPayload(code))};
     };
-    if (length < 4)
+    if (length < (command == 5 ? 8 : 4))
         return errorReply(errorBadPayload);
     const int value = CByte2Val::byte2Int(request.constData() + CSocketAPI::headerSize);
     const auto listReply = [&](int available, int perFrame, void (*addItem)(int, QByteArray&)) {
@@ -176,9 +205,11 @@ QByteArrayList Station::answer(const QByteArray& request)
         state = 1;
         clockOffset = 0;
         return intReply(1);
-    case 5: // setTime
-        clockOffset = value - now;
+    case 5: { // setTime: two integers, counted in a datagram
+        const int time = isDatagram ? CByte2Val::byte2Int(request.constData() + CSocketAPI::headerSize + 4) : value;
+        clockOffset = time - now;
         return intReply(1);
+    }
     case 6: // setState
         state = value;
         return intReply(value);
@@ -201,21 +232,27 @@ QByteArrayList Station::answer(const QByteArray& request)
     return QByteArrayList{frameOf(command, sequence, intPayload(records.size()) + records)};
 }
 
-int Station::sendReply(CTcpSocket& connection, QByteArrayList frames)
+int Station::sendReply(QByteArrayList frames, const Transport& transport)
 {
     int sent = 0;
     pause(faults.lateMs);
     for (QByteArray& frame : frames) {
         if (sent > 0)
             pause(faults.gapMs);
+        if (transport.isDatagram)
+            CUdpAPI::addEnd(frame);
+        else
+            CSocketAPI::addEnd(frame);
         if (faults.wrongEnd)
             frame[frame.size() - 1] = CSocketAPI::frameEnd + 1;
-        if (!send(connection, frame))
+        if (!send(frame, transport))
             return -1;
         sent += frame.size();
     }
     return sent;
 }
+
+// --- Service ------------------------------------------------------------------------------------------------------
 
 void Station::say(const QString& line)
 {
@@ -223,31 +260,59 @@ void Station::say(const QString& line)
     printLine(line);
 }
 
+bool Station::serveRequest(const QByteArray& request, const QString& peer, const Transport& transport)
+{
+    const QString line = QString("%1 command 0x%2, %3 bytes: ")
+                             .arg(peer)
+                             .arg(static_cast<unsigned char>(request.at(9)), 2, 16, QChar('0'))
+                             .arg(request.size());
+    if (faults.closes && !transport.isDatagram) {
+        say(line + "closed");
+        return false;
+    }
+    if (faults.silent || faults.closes) {
+        say(line + "not answered");
+        return true;
+    }
+    const int sent = sendReply(answer(request, transport.isDatagram), transport);
+    say(line + (sent < 0 ? QString("gone before the answer") : QString("answered with %1 bytes").arg(sent)));
+    return sent >= 0;
+}
+
 void Station::serveConnection(CTcpSocket& connection, const QString& peer)
 {
+    const Transport stream = {false, [&](const QByteArray& bytes) { return sendAll(connection, bytes); }};
     say(peer + " connected");
-    if (faults.greets && !send(connection, frameOf(0, 0, intPayload(faults.greeting))))
-        return;
+    if (faults.greets) {
+        QByteArray greeting = frameOf(0, 0, intPayload(faults.greeting));
+        CSocketAPI::addEnd(greeting);
+        if (!send(greeting, stream))
+            return;
+    }
     QByteArray request;
     while (receiveFrame(connection, request)) {
-        const QString line = QString("%1 command 0x%2, %3 bytes: ")
-                                 .arg(peer)
-                                 .arg(static_cast<unsigned char>(request.at(9)), 2, 16, QChar('0'))
-                                 .arg(request.size());
-        if (faults.closes) {
-            say(line + "closed");
+        if (!serveRequest(request, peer, stream))
             return;
-        }
-        if (faults.silent) {
-            say(line + "not answered");
-            continue;
-        }
-        const int sent = sendReply(connection, answer(request));
-        if (sent < 0) {
-            say(line + "gone before the answer");
-            return;
-        }
-        say(line + QString("answered with %1 bytes").arg(sent));
     }
     say(peer + " gone");
+}
+
+void Station::serveDatagrams()
+{
+    QByteArray request;
+    for (;;) {
+        std::string address;
+        int port = 0;
+        request.resize(65536);
+        const int count = datagrams.recvfrom(request.data(), request.size(), address, port);
+        request.resize(std::max(count, 0));
+        if (!isRequestHeader(request) || request.size() < requestSize(request) ||
+            request.at(requestSize(request) - 1) != CSocketAPI::frameEnd)
+            continue;
+        request.truncate(requestSize(request));
+        const Transport reply = {true, [&](const QByteArray& bytes) {
+                                     return datagrams.sendto(bytes.constData(), bytes.size(), address, port) > 0;
+                                 }};
+        serveRequest(request, endText(address, port) + " by UDP", reply);
+    }
 }

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <gqSocketUnix.h>
 
 // How a station sends, and misbehaves. The default is to behave.
@@ -22,14 +23,15 @@ struct StationFaults {
 };
 
 // A simulated station: a frame server that greets each connection, answers the five ready-made commands and serves
-// lists from a small data set (stationProtocol.h). One thread per connection.
+// lists from a small data set (stationProtocol.h). One thread per connection, and one for all datagrams, which have no
+// greeting.
 class Station {
 public:
     // Says a line per connection and request, on the console and in the log, which it does not own.
     Station(const StationFaults& faults, StationLog& log);
 
-    // Listens; port 0 lets the system choose. False when that failed.
-    bool listen(const QString& address, int port);
+    // Listens; port 0 lets the system choose. With datagrams: on the same port of UDP too. False when that failed.
+    bool listen(const QString& address, int port, bool withDatagrams);
 
     // Where it listens, as HOST:PORT.
     QString endpoint();
@@ -38,15 +40,24 @@ public:
     bool serve();
 
 private:
+    // How a request came and its reply goes.
+    struct Transport {
+        bool isDatagram;
+        std::function<bool(const QByteArray& bytes)> send;
+    };
+
     void serveConnection(CTcpSocket& connection, const QString& peer);
-    QByteArrayList answer(const QByteArray& request);
-    int sendReply(CTcpSocket& connection, QByteArrayList frames); // bytes sent, or -1
-    bool send(CTcpSocket& connection, const QByteArray& bytes);
+    void serveDatagrams();
+    bool serveRequest(const QByteArray& request, const QString& peer, const Transport& transport); // false: hang up
+    QByteArrayList answer(const QByteArray& request, bool isDatagram);                             // without tails
+    int sendReply(QByteArrayList frames, const Transport& transport);                              // bytes sent, or -1
+    bool send(const QByteArray& bytes, const Transport& transport);
     void say(const QString& line);
 
     StationFaults faults;
     StationLog& log;
     CTcpServer server;
+    CUdpServer datagrams;
     std::atomic<int> state{1};
     std::atomic<long long> clockOffset{0}; // seconds that setTime moved the station's clock
 };

@@ -38,8 +38,9 @@ int runStation(const QStringList& arguments)
     const QCommandLineOption silent("silent", "Never answer.");
     const QCommandLineOption wrongEnd("wrong-end", "End replies with a wrong byte.");
     const QCommandLineOption closes("close", "Close the connection in place of a reply.");
+    const QCommandLineOption udp("udp", "Answer datagrams too, on the same port; there is no greeting then.");
     const QCommandLineOption logFile("log", "Write the lines to a file too, with the time in front.", "FILE");
-    parser.addOptions({address, port, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, logFile});
+    parser.addOptions({address, port, udp, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, logFile});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
@@ -71,7 +72,7 @@ int runStation(const QStringList& arguments)
         return exitFailed;
     }
     Station station(faults, log);
-    if (!station.listen(parser.value(address), portNumber)) {
+    if (!station.listen(parser.value(address), portNumber, parser.isSet(udp))) {
         printError(QString("can't listen on %1, port %2").arg(parser.value(address)).arg(portNumber));
         return exitFailed;
     }
