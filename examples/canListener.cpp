@@ -1,0 +1,25 @@
+// Prints the data bytes of the CAN frames on an interface, until none has come for ten seconds.
+//   canListener can0
+
+#include <gqLib/byte2Val.h>
+#include <gqLib/gqSocketUnix.h>
+
+#include <cstdio>
+
+int main(int argc, char* argv[])
+{
+    CSocketCan can;
+    if (argc != 2 || can.open(argv[1], 0, 0, false) != 1) {
+        std::fprintf(stderr, "usage: canListener INTERFACE\n");
+        return 2;
+    }
+    std::printf("\n");                   // open ends its own output without one
+    while (can.isReadable(10000) == 1) { // recv itself has no time-out
+        char data[8];
+        const int size = can.recv(data, sizeof data);
+        std::printf("%s\n", qPrintable(gqdb::CByte2Val::buf2str(data, size)));
+        std::fflush(stdout);
+    }
+    can.close(); // the destructor does not
+    return 0;
+}
