@@ -30,7 +30,8 @@ struct Peer {
 // Registers all sides. Each proves its own result before its loop, for a benchmark is called many times.
 void compare(const std::string& job, const Side& library, const std::vector<Peer>& peers);
 
-// Runs what compare has registered and what the filter leaves, then prints the table, in Markdown. False if nothing ran.
+// Runs what compare has registered and what the filter leaves, then prints the table, in Markdown. False if nothing
+// ran.
 bool runComparisons(std::ostream& out);
 
 // Ends the program: a wrong result has no time worth telling.

@@ -25,7 +25,8 @@ static void take(const char* buf, int size, int& pos, QByteArray& frame, int wan
     pos += count;
 }
 
-// Frames up to this size get their memory at once; a larger one grows as its bytes come, however much a header announces.
+// Frames up to this size get their memory at once; a larger one grows as its bytes come, however much a header
+// announces.
 static const int largestPrepared = 4 << 20;
 
 // Skips to a start byte and takes it. Where the whole header is at hand, what there is of the frame comes with it.

@@ -31,7 +31,8 @@ void dropFrame(QByteArray& frame, int& frameSize);
 // fails its check, or an error frame's code, with the frame given up. A code of 1 is possible and reads as success.
 int frameResult(QByteArray& frame, int& frameSize, int& len);
 
-// A list reply: receives frame after frame and parses each payload, until all is there. 1, or the first code of a frame.
+// A list reply: receives frame after frame and parses each payload, until all is there. 1, or the first code of a
+// frame.
 int receiveList(QByteArray& frame, int& frameSize, const std::function<int(int& len)>& receive,
                 const std::function<int(const char* payload, int len)>& parse, const std::function<bool()>& isComplete);
 

@@ -67,8 +67,8 @@ int CSocketAPI::addEnd(QByteArray& data)
 
 // --- Payloads -----------------------------------------------------------------------------------------------------
 
-// Whether the count at `buf` and that many items fit into `len` bytes, which are 4 at the least. Computed in 64 bits, so
-// that no count wraps into a fit.
+// Whether the count at `buf` and that many items fit into `len` bytes, which are 4 at the least. Computed in 64 bits,
+// so that no count wraps into a fit.
 static bool holdsItems(const char* buf, int len, unsigned int itemSize)
 {
     return len >= 4 + static_cast<long long>(load32(buf)) * itemSize;

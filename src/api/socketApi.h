@@ -92,8 +92,8 @@ public:
     //       only at the item that lies outside, after the texts read so far)
     int parseStrings(const char* buf, int len, QStringList& out);
 
-    // True from a successful connect, checkConnect or request on; cleared by a time-out, a dead link, any failed recvInt
-    // and close(). A list reply that was refused leaves it.
+    // True from a successful connect, checkConnect or request on; cleared by a time-out, a dead link, any failed
+    // recvInt and close(). A list reply that was refused leaves it.
     bool isConnected();
 
 protected:

@@ -24,8 +24,8 @@ namespace gqdb {
 // One thread at a time on one object.
 class GQLIB_EXPORT CTcpAPI : public CSocketAPI {
 public:
-    // Opens a socket at once, with both time-outs at 9000 ms. That prints "setRecvOverTm:0, 9000" on standard output, as
-    // each setRecvOverTm on an open socket prints its line, and sets SIGPIPE to be ignored in the whole process.
+    // Opens a socket at once, with both time-outs at 9000 ms. That prints "setRecvOverTm:0, 9000" on standard output,
+    // as each setRecvOverTm on an open socket prints its line, and sets SIGPIPE to be ignored in the whole process.
     CTcpAPI();
     ~CTcpAPI();
 
@@ -44,8 +44,9 @@ public:
     // On a link that is up it waits for a second greeting, which does not come: 0, with the link down.
     int connect(const std::string& host, int port);
 
-    // One attempt: endpoint connect, then the server's greeting, a frame with one integer above 0. An error frame with a
-    // code above 1 passes as a greeting too. Neither keeps the address nor sets the connected flag. 1, 0 or -1 as above.
+    // One attempt: endpoint connect, then the server's greeting, a frame with one integer above 0. An error frame with
+    // a code above 1 passes as a greeting too. Neither keeps the address nor sets the connected flag. 1, 0 or -1 as
+    // above.
     int connectServer(const std::string& host, int port);
 
     // 1 if connected, else one attempt with the address that connect kept. connect comes first: the read buffer is

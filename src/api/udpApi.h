@@ -7,14 +7,16 @@ class CUdpClient;
 
 namespace gqdb {
 
-// Request and reply client over datagrams, with the frames, payloads and results of CSocketAPI and nearly the operations of
-// CTcpAPI. Nothing holds a link together: connect opens a socket and fixes the peer, no greeting comes, and nothing
-// reconnects. What a user has to know:
-//   - A plain object can't read a reply: it has no read buffer, so that a reply which comes gives -1 and closes the socket.
+// Request and reply client over datagrams, with the frames, payloads and results of CSocketAPI and nearly the
+// operations of CTcpAPI. Nothing holds a link together: connect opens a socket and fixes the peer, no greeting comes,
+// and nothing reconnects. What a user has to know:
+//   - A plain object can't read a reply: it has no read buffer, so that a reply which comes gives -1 and closes the
+//   socket.
 //     Derive a class whose constructor puts `new char[rawBufferSize]` into recvBuffer, which ~CSocketAPI gives back;
 //     docs/guide/fieldLinks.md shows one.
-//   - Frames have 64 bytes at least: addEnd of this class pads the payload with zeros, which every standard form ignores.
-//   - A wait is recvOverTm long, 3000 ms from the start, for each datagram; a time-out gives 0 and leaves the socket open.
+//   - Frames have 64 bytes at least: addEnd of this class pads the payload with zeros, which every standard form
+//   ignores. - A wait is recvOverTm long, 3000 ms from the start, for each datagram; a time-out gives 0 and leaves the
+//   socket open.
 //     setRecvOverTm and setSendOverTm only keep the time; the latter has no effect.
 //   - A refused reply, an error frame among them, leaves isConnected() as it was. A failed send or read clears it and
 //     closes the socket; connect opens it again. The requests don't look at it.
@@ -73,8 +75,8 @@ public:
     int recvInt();
 
     // Frames, a datagram each, until `out`, which is appended to, holds `count` elements in total, those on entry
-    // included; a single frame if `count` is 0 or below. 1, or the first code of a frame; what came ahead of it stays in
-    // `out`.
+    // included; a single frame if `count` is 0 or below. 1, or the first code of a frame; what came ahead of it stays
+    // in `out`.
     int recvBytes(int count, std::vector<unsigned char>& out);
     int recvInts(int count, std::vector<int>& out);
     int recvStrings(int count, QStringList& out);

@@ -5,8 +5,8 @@
 
 namespace gqdb {
 
-// Byte forms of the records of the front-end processors. Everything is static and keeps no state: any thread, on distinct
-// arguments.
+// Byte forms of the records of the front-end processors. Everything is static and keeps no state: any thread, on
+// distinct arguments.
 //
 //   writers          append to `data`, never clear it, report nothing. All but ybItem2Byte first reserve room for 1024
 //                    more bytes; a larger record still works
@@ -25,8 +25,8 @@ public:
     CByte2Fep();
     ~CByte2Fep();
 
-    // 0 nodeId, 4 text1 to text4; with A = 4+S1+S2+S3+S4: A word1, A+4 flag1 to flag4 (1 byte each), A+8 word2 to word5,
-    // A+24 text5, text6; 28+S1+...+S6 bytes. The reader wants 25 bytes at least.
+    // 0 nodeId, 4 text1 to text4; with A = 4+S1+S2+S3+S4: A word1, A+4 flag1 to flag4 (1 byte each), A+8 word2 to
+    // word5, A+24 text5, text6; 28+S1+...+S6 bytes. The reader wants 25 bytes at least.
     static void nodeHead2Byte(const NodeHead& head, QByteArray& data);
     static int byte2NodeHead(const char* buf, int size, NodeHead& head);
     static void nodeHeads2Byte(const std::vector<NodeHead>& list, QByteArray& data);
@@ -51,15 +51,16 @@ public:
     static int byte2YcItems(const char* buf, int size, std::vector<YcItem>& list);
 
     // 0 itemId, 4 text1 to text3; with A = 4+S1+S2+S3: A flag1 (1 byte), A+1 word1, A+5 word2, A+9 flag2 (1 byte),
-    // A+10 word3, A+14 flag3 to flag6 (1 byte each), A+18 text4; 22+S1+...+S4 bytes. The reader wants 24 bytes at least.
+    // A+10 word3, A+14 flag3 to flag6 (1 byte each), A+18 text4; 22+S1+...+S4 bytes. The reader wants 24 bytes at
+    // least.
     static void yxItem2Byte(const YxItem& item, QByteArray& data);
     static int byte2YxItem(const char* buf, int size, YxItem& item);
     static void yxItems2Byte(const std::vector<YxItem>& list, QByteArray& data);
     static int byte2YxItems(const char* buf, int size, std::vector<YxItem>& list);
 
-    // 0 flag1 (1 byte), 1 itemId, 5 text1 to text4; with A = 5+S1+S2+S3+S4: A flag2, A+1 flag3 (1 byte each), A+2 word1,
-    // A+6 word2, A+10 flag4 to flag7 (1 byte each), A+14 float1, A+18 float2, A+22 word3, A+26 float3, A+30 float4,
-    // A+34 word4, A+38 word5, A+42 text5; 47+S1+...+S5 bytes. The reader wants 48 bytes at least.
+    // 0 flag1 (1 byte), 1 itemId, 5 text1 to text4; with A = 5+S1+S2+S3+S4: A flag2, A+1 flag3 (1 byte each), A+2
+    // word1, A+6 word2, A+10 flag4 to flag7 (1 byte each), A+14 float1, A+18 float2, A+22 word3, A+26 float3, A+30
+    // float4, A+34 word4, A+38 word5, A+42 text5; 47+S1+...+S5 bytes. The reader wants 48 bytes at least.
     static void ydItem2Byte(const YdItem& item, QByteArray& data);
     static int byte2YdItem(const char* buf, int size, YdItem& item);
     static void ydItems2Byte(const std::vector<YdItem>& list, QByteArray& data);
@@ -67,9 +68,9 @@ public:
 
     // 0 itemId, 4 text1 to text3; with A = 4+S1+S2+S3: A flag1 (1 byte), A+1 word1, A+5 word2, A+9 flag2 (1 byte),
     // A+10 text4; 14+S1+...+S4 bytes.
-    // The reader takes another form: without flag1, word1 stands at A and everything behind it one byte earlier. It wants
-    // 21 bytes at least, and 11 from A on. What ybItem2Byte writes is misread from A on, and a list of it loses step: a
-    // peer whose record is to be read here leaves the byte out. flag1 keeps what it held.
+    // The reader takes another form: without flag1, word1 stands at A and everything behind it one byte earlier. It
+    // wants 21 bytes at least, and 11 from A on. What ybItem2Byte writes is misread from A on, and a list of it loses
+    // step: a peer whose record is to be read here leaves the byte out. flag1 keeps what it held.
     static void ybItem2Byte(const YbItem& item, QByteArray& data);
     static int byte2YbItem(const char* buf, int size, YbItem& item);
     static void ybItems2Byte(const std::vector<YbItem>& list, QByteArray& data);

@@ -222,8 +222,8 @@ void CByte2Val::list2Byte(const std::vector<unsigned char>& list, QByteArray& da
     out.putBytes(list.data(), list.size());
 }
 
-// Bytes that a list needs by its count. Wraps in 32 bits and is compared as signed, so that a large count can pass. `out`
-// is resized for it all the same; holdsList then keeps the reader off the elements.
+// Bytes that a list needs by its count. Wraps in 32 bits and is compared as signed, so that a large count can pass.
+// `out` is resized for it all the same; holdsList then keeps the reader off the elements.
 static int listNeed(const char* buf, unsigned int width)
 {
     return static_cast<int>(4 + width * load32(buf));
@@ -465,8 +465,8 @@ int CByte2Val::getCrc16(const char* buf, int len, unsigned char& first, unsigned
 {
     if (len < 1)
         return 0;
-    // In locals: through the references each byte would take twice the time. Each byte is mixed in one step ahead of its
-    // turn, so that from one look into the tables to the next there is a single XOR.
+    // In locals: through the references each byte would take twice the time. Each byte is mixed in one step ahead of
+    // its turn, so that from one look into the tables to the next there is a single XOR.
     const auto byteAt = [buf, len](int pos) { return pos < len ? load8(buf + pos) : 0; };
     unsigned int i = 0xFF ^ byteAt(0);
     unsigned int ahead = 0xFF ^ byteAt(1);

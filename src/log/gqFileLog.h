@@ -7,17 +7,17 @@
 #include <QList>
 #include <QString>
 
-// A buffered text log. info() queues a line in memory; nothing touches the disk until the application calls save(). There
-// is no thread of its own: who calls save(), and how often, is the application's decision.
+// A buffered text log. info() queues a line in memory; nothing touches the disk until the application calls save().
+// There is no thread of its own: who calls save(), and how often, is the application's decision.
 //
-// The file is UTF-8 text, a line for each record: with time the prefix "<hh:mm:ss.mmm> " (local time, no date), then the
-// message, then "\n". Behind the batch that brings it to 30000 records the file is moved aside, to its name with ".bak"
-// appended, in place of the one that was there; the next save begins a new file. Nothing else bounds or ages the log, and
-// nothing bounds the queue: without save() it grows until memory ends.
+// The file is UTF-8 text, a line for each record: with time the prefix "<hh:mm:ss.mmm> " (local time, no date), then
+// the message, then "\n". Behind the batch that brings it to 30000 records the file is moved aside, to its name with
+// ".bak" appended, in place of the one that was there; the next save begins a new file. Nothing else bounds or ages the
+// log, and nothing bounds the queue: without save() it grows until memory ends.
 //
-// info() and save() may be called from any thread at any time; info() never waits for the disk. Records of one batch keep
-// the order of their info() calls, but the batches of two concurrent save() calls may stand in the file in either order.
-// init(), clear() and saveDatas() take no lock: keep them apart from save() and from each other.
+// info() and save() may be called from any thread at any time; info() never waits for the disk. Records of one batch
+// keep the order of their info() calls, but the batches of two concurrent save() calls may stand in the file in either
+// order. init(), clear() and saveDatas() take no lock: keep them apart from save() and from each other.
 //
 // The destructor drops what is still queued: call save() first.
 class GQLIB_EXPORT CGqFileLog {
@@ -32,8 +32,8 @@ public:
     CGqFileLog(const CGqFileLog&) = delete;
     CGqFileLog& operator=(const CGqFileLog&) = delete;
 
-    // Names the file, made absolute against the working directory of this moment, and counts its records from 0, however
-    // many it holds. Creates neither the file nor a folder. Always true.
+    // Names the file, made absolute against the working directory of this moment, and counts its records from 0,
+    // however many it holds. Creates neither the file nor a folder. Always true.
     bool init(const QString& path);
 
     // Removes the file, not the ".bak". Whether QFile::remove() did. Queue and count stay as they are.

@@ -4,15 +4,16 @@
 
 #include <pthread.h>
 
-// Threads, locks and small helpers, thin over POSIX threads. Results of the pthread calls are looked at by start() alone.
+// Threads, locks and small helpers, thin over POSIX threads. Results of the pthread calls are looked at by start()
+// alone.
 namespace gqdb {
 
-// A thread to derive from; run() is its whole work. Threads are detached: there is no join, and the only way to learn of
-// an end is to poll isRunning().
+// A thread to derive from; run() is its whole work. Threads are detached: there is no join, and the only way to learn
+// of an end is to poll isRunning().
 //
-// start() and terminate() belong to one thread at a time. isRunning() may be asked from any: it is a plain read of a cell
-// that the thread clears at its end, without a lock or an atomic operation, so that it tells the end but orders nothing
-// else. What the thread has made, take under a lock.
+// start() and terminate() belong to one thread at a time. isRunning() may be asked from any: it is a plain read of a
+// cell that the thread clears at its end, without a lock or an atomic operation, so that it tells the end but orders
+// nothing else. What the thread has made, take under a lock.
 class GQLIB_EXPORT CThread {
 public:
     CThread();
@@ -78,10 +79,10 @@ protected:
 
 // Many readers or one writer. Readers join as long as one of them is in, so that writers can starve.
 //
-// The lock belongs to the thread of the first reader, and only that thread can give it back. Where another thread is the
-// last reader out, its unlock fails unseen (EPERM), and the lock stays with the first reader's thread for good: writers in
-// all other threads wait for ever. Use it only where the thread that is first in is last out too; else use a CMutex, or
-// std::shared_mutex.
+// The lock belongs to the thread of the first reader, and only that thread can give it back. Where another thread is
+// the last reader out, its unlock fails unseen (EPERM), and the lock stays with the first reader's thread for good:
+// writers in all other threads wait for ever. Use it only where the thread that is first in is last out too; else use a
+// CMutex, or std::shared_mutex.
 //
 // A writer may read as well, as long as nobody else does, and a thread may lock twice, if it unlocks as often. A reader
 // that asks for writing waits for itself, unless it was the first one in.
@@ -103,14 +104,15 @@ protected:
     pthread_mutex_t writeMutex;  // of the writer, or of the first reader on behalf of all
 };
 
-// Sleeps for so many milliseconds, not seconds as sleep(3) does; from 0 down it yields the processor once. A signal ends
-// it, or one of its two steps (whole seconds, then the rest), early.
+// Sleeps for so many milliseconds, not seconds as sleep(3) does; from 0 down it yields the processor once. A signal
+// ends it, or one of its two steps (whole seconds, then the rest), early.
 GQLIB_EXPORT void sleep(int ms);
 
 // Sleeps for so many microseconds; from 0 down it returns at once. A signal ends it early.
 GQLIB_EXPORT void usleep(int us);
 
-// A 64-bit value of two halves. A negative `low` of the signed form fills the upper half with ones, whatever `high` was.
+// A 64-bit value of two halves. A negative `low` of the signed form fills the upper half with ones, whatever `high`
+// was.
 GQLIB_EXPORT long long int2Int64(int high, int low);
 GQLIB_EXPORT unsigned long long int2UInt64(unsigned int high, unsigned int low);
 

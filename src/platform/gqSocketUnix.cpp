@@ -673,8 +673,8 @@ void CUdpClient::close()
 
 // --- CSocketCan ---------------------------------------------------------------------------------------------------
 
-// The numbers of the receive and the send time-out at the level of sockets. At the level of CAN, where they are set here,
-// Linux knows neither and answers ENOPROTOOPT: no time-out is in force. Deliberately so; isReadable has one.
+// The numbers of the receive and the send time-out at the level of sockets. At the level of CAN, where they are set
+// here, Linux knows neither and answers ENOPROTOOPT: no time-out is in force. Deliberately so; isReadable has one.
 static const int canRecvTimeout = 20;
 static const int canSendTimeout = 21;
 

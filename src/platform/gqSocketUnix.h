@@ -10,8 +10,8 @@
 //
 // Times are milliseconds in an int, ports are in host byte order, addresses are dotted IPv4 text as inet_addr(3) takes
 // it, with no name look-up. Text that is no address counts as 255.255.255.255: connecting to it fails, but Linux binds
-// and listens there, and no client arrives. Where an address is bound, "" and exactly "127.0.0.1" both mean every interface; to
-// listen on loopback alone, say "127.1".
+// and listens there, and no client arrives. Where an address is bound, "" and exactly "127.0.0.1" both mean every
+// interface; to listen on loopback alone, say "127.1".
 //
 // Objects are independent of each other; one object belongs to one thread at a time. They are destroyed through their
 // own type, for the destructors are not virtual.
@@ -172,9 +172,9 @@ public:
 
 // A datagram endpoint bound to a port, which answers whoever writes to it. It remembers no sender.
 //
-// Each way of opening makes a new socket; one that was open stays open with no one to close it. Where opening fails, the
-// socket is closed, but for a failed bind (0): then close() ends it. The negative codes are those of each operation.
-// Time-outs belong to the socket: set them behind opening.
+// Each way of opening makes a new socket; one that was open stays open with no one to close it. Where opening fails,
+// the socket is closed, but for a failed bind (0): then close() ends it. The negative codes are those of each
+// operation. Time-outs belong to the socket: set them behind opening.
 class GQLIB_EXPORT CUdpServer : public CAbstractSocket {
 public:
     CUdpServer();  // no socket yet
@@ -203,8 +203,8 @@ public:
     //   > 0  bytes read
     //     0  an empty datagram; or nothing yet
     //    -1  failed
-    // The second form also gives the sender, and leaves the outputs where no datagram came. It uses the static buffer of
-    // inet_ntoa(3): one thread at a time in the whole program.
+    // The second form also gives the sender, and leaves the outputs where no datagram came. It uses the static buffer
+    // of inet_ntoa(3): one thread at a time in the whole program.
     int recvfrom(char* buffer, int length);
     int recvfrom(char* buffer, int length, std::string& peerAddress, int& peerPort);
 
@@ -221,8 +221,8 @@ protected:
     bool multicastJoined;           // never cleared: a later close leaves the group again, in vain
 };
 
-// A datagram endpoint that sends, mostly to the one peer that connect fixes. Opening as for CUdpServer, with codes of its
-// own.
+// A datagram endpoint that sends, mostly to the one peer that connect fixes. Opening as for CUdpServer, with codes of
+// its own.
 class GQLIB_EXPORT CUdpClient : public CAbstractSocket {
 public:
     CUdpClient();  // no socket yet
@@ -242,8 +242,8 @@ public:
     // Fixes the local end of an open socket. 1, or 0 if bind(2) failed.
     int bind(const std::string& localAddress, int localPort);
 
-    // Fixes the peer, after openP2P if nothing is open; nothing is sent, so that it tells nothing about the peer. `async`
-    // makes the socket non-blocking, each time. 1, or -1 if connect(2) failed.
+    // Fixes the peer, after openP2P if nothing is open; nothing is sent, so that it tells nothing about the peer.
+    // `async` makes the socket non-blocking, each time. 1, or -1 if connect(2) failed.
     int connect(const std::string& peerAddress, int peerPort, bool async);
 
     // As for CUdpServer.
@@ -284,12 +284,12 @@ public:
     // Prints the index, or what failed; every failed look-up calls the interface can0.
     int open(const std::string& ifaceName, int ifaceArg, int reservedArg, bool nonBlocking);
 
-    // One read(2), one frame. Its number of data bytes, 0 to 8; 0 also where nothing came or the read failed. `buffer` has
-    // room for 8 bytes, whatever `length` says. The identifier is not told.
+    // One read(2), one frame. Its number of data bytes, 0 to 8; 0 also where nothing came or the read failed. `buffer`
+    // has room for 8 bytes, whatever `length` says. The identifier is not told.
     int recv(char* buffer, int length);
 
-    // One write(2), one frame of up to 8 data bytes. `canId` with its flag bits (CAN_EFF_FLAG and the like), as in struct
-    // can_frame. 16, the size of that structure, not `length`; or -1.
+    // One write(2), one frame of up to 8 data bytes. `canId` with its flag bits (CAN_EFF_FLAG and the like), as in
+    // struct can_frame. 16, the size of that structure, not `length`; or -1.
     int send(const char* buffer, int length, int canId);
 
     void close() override;

@@ -19,8 +19,8 @@ struct Base {
     QDate date() const { return local().date(); }
 };
 
-// The start of a day: where a clock change skips midnight, Qt's constructor from a date finds the first moment of the day,
-// and the one from a date and 00:00 does not.
+// The start of a day: where a clock change skips midnight, Qt's constructor from a date finds the first moment of the
+// day, and the one from a date and 00:00 does not.
 static QDateTime startOf(const QDate& date)
 {
     QT_WARNING_PUSH
@@ -273,8 +273,8 @@ struct Wording {
     const char* after;
 };
 
-// The first row that holds a code decides. QT_TRANSLATE_NOOP marks the pieces for lupdate. Not the families above, although close to them: where the two differ, programs
-// and people are used to either.
+// The first row that holds a code decides. QT_TRANSLATE_NOOP marks the pieces for lupdate. Not the families above,
+// although close to them: where the two differ, programs and people are used to either.
 static const Wording wordings[] = {
     {INT_MIN, 0, noNumber, QT_TRANSLATE_NOOP("QObject", "当前时间"), nullptr},
     {1, 1, noNumber, QT_TRANSLATE_NOOP("QObject", "当日0点"), nullptr},

@@ -1,6 +1,6 @@
-// Random records, lists, objects and waves, held against a second codec that works a byte and a step at a time. Bytes are
-// cut and flipped at random, targets are never fresh, and what counts is result, target and failure to allocate alike.
-// Every random sequence starts from a fixed seed.
+// Random records, lists, objects and waves, held against a second codec that works a byte and a step at a time. Bytes
+// are cut and flipped at random, targets are never fresh, and what counts is result, target and failure to allocate
+// alike. Every random sequence starts from a fixed seed.
 
 #include "byte2Rdb.h"
 #include "support/chance.h"

@@ -4,8 +4,8 @@
 A second evaluation of the codes, on Python's own calendar and time zones. Local time is converted as Qt 5.15 does it:
 
 - A local time that exists twice takes the offset that was used last; here that of the base.
-- A local time that does not exist: a date with a clock time is invalid; a day starts at its first moment; the same clock
-  time on another day or in another year moves ahead by the missing time.
+- A local time that does not exist, where summer time begins: a date with a clock time is invalid; a day starts at its
+  first moment; the same clock time on another day or in another year moves ahead by the missing time.
 - Local times after 2037 take the offset of the same day and clock time in 2037.
 """
 

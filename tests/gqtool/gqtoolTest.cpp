@@ -1,64 +1,9 @@
 // gqtool as a program: command lines, what it prints, exit codes. Station and call meet on loopback.
 
-#include <QProcess>
-#include <QStringList>
+#include "support/gqtoolProgram.h"
 
 #include <ctime>
 #include <gtest/gtest.h>
-
-static const int waitMs = 20000;
-
-struct Outcome {
-    int exitCode;
-    QString output;
-    QString errors;
-};
-
-static Outcome run(const QStringList& arguments)
-{
-    QProcess tool;
-    tool.start(GQTOOL, arguments);
-    if (!tool.waitForFinished(waitMs))
-        return {-1, QString(), "did not end"};
-    return {tool.exitCode(), tool.readAllStandardOutput(), tool.readAllStandardError()};
-}
-
-// A station of its own for each test, on a port that the system chooses.
-class RunningStation {
-public:
-    explicit RunningStation(const QStringList& options = {})
-    {
-        process.start(GQTOOL, QStringList{"station"} + options);
-        const QString first = nextLine();
-        EXPECT_TRUE(first.startsWith("listening on 127.0.0.1:")) << first.toStdString();
-        endpoint = first.mid(QString("listening on ").size());
-    }
-
-    ~RunningStation()
-    {
-        process.terminate();
-        process.waitForFinished(waitMs);
-    }
-
-    Outcome call(const QStringList& words) { return run(QStringList{"call", endpoint} + words); }
-
-    // A call that nobody answers.
-    Outcome callInVain() { return run({"call", "--timeout", "300", endpoint, "systemState"}); }
-
-    QString nextLine()
-    {
-        while (!process.canReadLine()) {
-            if (!process.waitForReadyRead(waitMs))
-                return "no line";
-        }
-        return QString::fromUtf8(process.readLine()).trimmed();
-    }
-
-    QString endpoint;
-
-private:
-    QProcess process;
-};
 
 // --- The program --------------------------------------------------------------------------------------------------
 
@@ -73,13 +18,13 @@ TEST(Gqtool, listsItsCommandsInTheHelp)
 {
     const Outcome outcome = run({"--help"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_TRUE(outcome.output.contains("station"));
-    EXPECT_TRUE(outcome.output.contains("call"));
+    for (const char* command : {"station", "call", "time"})
+        EXPECT_TRUE(outcome.output.contains(QString("\n  %1 ").arg(command))) << command;
 }
 
 TEST(Gqtool, hasAHelpForEachCommand)
 {
-    for (const char* command : {"station", "call"}) {
+    for (const char* command : {"station", "call", "time"}) {
         const Outcome outcome = run({command, "--help"});
         EXPECT_EQ(outcome.exitCode, 0);
         EXPECT_TRUE(outcome.output.startsWith(QString("Usage: gqtool %1").arg(command)))

@@ -1,5 +1,6 @@
-// Replaces the allocation of the program that it is linked into: more than 100 MB at once fails as it would on a machine
-// without the memory. So counts beyond any memory can be tried wherever the tests run, under AddressSanitizer too.
+// Replaces the allocation of the program that it is linked into: more than 100 MB at once fails as it would on a
+// machine without the memory. So counts beyond any memory can be tried wherever the tests run, under AddressSanitizer
+// too.
 
 #include <cstdlib>
 #include <new>

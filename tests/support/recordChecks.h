@@ -80,7 +80,8 @@ private:
     std::string lines;
 };
 
-// A list by its items. The test has a show() of one record, in the namespace of the record, where it is found from here.
+// A list by its items. The test has a show() of one record, in the namespace of the record, where it is found from
+// here.
 template <typename Record>
 std::string showAll(const std::vector<Record>& list)
 {

@@ -1,5 +1,6 @@
-// Shows the library's main job on real traffic: a client that calls a simulated station over TCP on loopback, fetches its
-// records, loses it and comes back. One line per request; the exit status is 0 only if every result is the expected one.
+// Shows the library's main job on real traffic: a client that calls a simulated station over TCP on loopback, fetches
+// its records, loses it and comes back. One line per request; the exit status is 0 only if every result is the expected
+// one.
 
 #include "demo.h"
 

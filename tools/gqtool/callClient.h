@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-// The client behind `call`, over either transport. All results: 1, or the code of the failure, as the frame clients give
-// them (results.h).
+// The client behind `call`, over either transport. All results: 1, or the code of the failure, as the frame clients
+// give them (results.h).
 class CallClient {
 public:
     virtual ~CallClient() = default;

@@ -20,8 +20,8 @@ static std::vector<gqdb::NodeHead> nodeHeads()
     return {head};
 }
 
-// text1 is the line's name, text2 its protocol, text3 where it leads, word1 its speed. text4 has two bytes in each entry,
-// or byte2CommItems would lose step.
+// text1 is the line's name, text2 its protocol, text3 where it leads, word1 its speed. text4 has two bytes in each
+// entry, or byte2CommItems would lose step.
 static std::vector<gqdb::CommItem> commItems()
 {
     gqdb::CommItem serial;

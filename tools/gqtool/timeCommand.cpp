@@ -67,12 +67,18 @@ static const Family families[] = {
 
 static QString momentText(unsigned int seconds)
 {
-    if (seconds == 0 || seconds >= 0xFFFFFFFE)
-        return QString("none (%1)").arg(seconds);
     const QDateTime moment = QDateTime::fromSecsSinceEpoch(seconds);
     const QString zone = moment.toOffsetFromUtc(moment.offsetFromUtc()).toString("t"); // "UTC", or "UTC+08:00"
     const QString offset = zone == "UTC" ? QString("+00:00") : zone.mid(3);
     return QString("%1%2 (%3)").arg(moment.toString("yyyy-MM-dd hh:mm:ss"), offset).arg(seconds);
+}
+
+// 0 may be 1970 itself, but hardly ever is.
+static QString codeText(int code, unsigned int base)
+{
+    const unsigned int moment = CGqTools::calcRelTime(code, static_cast<int>(base));
+    const bool isNone = moment == 0 || moment >= 0xFFFFFFFE;
+    return isNone ? QString("none (%1)").arg(moment) : momentText(moment);
 }
 
 static QString englishText(int code)
@@ -87,17 +93,14 @@ static void printCode(int code, unsigned int base)
 {
     printLine(QString("code     %1").arg(code));
     printLine("base     " + momentText(base));
-    printLine("moment   " + momentText(CGqTools::calcRelTime(code, static_cast<int>(base))));
+    printLine("moment   " + codeText(code, base));
     printLine("text     " + CGqTools::relTime2Str(code));
     printLine("english  " + englishText(code));
 }
 
 static void printEnd(int code, unsigned int base)
 {
-    printLine(QString("  %1  %2  %3")
-                  .arg(code, 4)
-                  .arg(momentText(CGqTools::calcRelTime(code, static_cast<int>(base))), -38)
-                  .arg(CGqTools::relTime2Str(code)));
+    printLine(QString("  %1  %2  %3").arg(code, 4).arg(codeText(code, base), -38).arg(CGqTools::relTime2Str(code)));
 }
 
 static void printNumberLine(unsigned int base)

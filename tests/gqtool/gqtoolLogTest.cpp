@@ -1,0 +1,53 @@
+// gqtool station --log FILE.
+
+#include "support/gqtoolProgram.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+static QStringList linesOf(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+}
+
+TEST(GqtoolLog, holdsTheLinesOfTheConsoleWithTheTimeWhenTheStationHasEnded)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("station.log");
+    RunningStation station({"--log", path});
+    station.call({"systemState"});
+    QStringList console = {"listening on " + station.endpoint};
+    for (int i = 0; i < 3; ++i) // connected, answered, gone
+        console.append(station.nextLine());
+    station.end();
+
+    QStringList logged;
+    for (const QString& line : linesOf(path)) {
+        const auto match = QRegularExpression("^<\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d> (.*)$").match(line);
+        EXPECT_TRUE(match.hasMatch()) << line.toStdString();
+        logged.append(match.captured(1));
+    }
+    EXPECT_EQ(logged, console);
+}
+
+TEST(GqtoolLog, goesBehindWhatTheFileHolds)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("station.log");
+    for (int i = 1; i <= 2; ++i) {
+        RunningStation station({"--log", path});
+        station.end();
+        EXPECT_EQ(linesOf(path).size(), i);
+    }
+}
+
+TEST(GqtoolLog, endsWithOneWhereTheFileCanNotBeWritten)
+{
+    const QTemporaryDir folder;
+    const Outcome outcome = run({"station", "--log", folder.filePath("missing/station.log")});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't write to ")) << outcome.errors.toStdString();
+}

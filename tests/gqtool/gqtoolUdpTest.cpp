@@ -1,0 +1,83 @@
+// gqtool station --udp and gqtool call --udp, which meet on loopback.
+
+#include "support/gqtoolProgram.h"
+
+#include <ctime>
+
+TEST(GqtoolUdp, readsAndSetsTheState)
+{
+    RunningStation station({"--udp"});
+    EXPECT_EQ(station.callByUdp({"systemState"}).output, "1\n");
+    EXPECT_EQ(station.callByUdp({"setState", "-7"}).output, "-7\n");
+    EXPECT_EQ(station.callByUdp({"systemState"}).output, "-7\n");
+    EXPECT_EQ(station.call({"systemState"}).output, "-7\n"); // one station behind both
+    EXPECT_EQ(station.callByUdp({"clear"}).output, "1\n");
+    EXPECT_EQ(station.callByUdp({"systemState"}).output, "1\n");
+}
+
+TEST(GqtoolUdp, setsTheClockByACountedList)
+{
+    RunningStation station({"--udp"});
+    EXPECT_EQ(station.callByUdp({"setTime", "1000000000", "5"}).output, "1\n");
+    const long long told = station.callByUdp({"systemTime"}).output.toLongLong();
+    EXPECT_GE(told, 1000000000);
+    EXPECT_LE(told, 1000000000 + 20);
+}
+
+TEST(GqtoolUdp, tellsAReplyOfZeroFromSilence)
+{
+    RunningStation station({"--udp"});
+    const Outcome zero = station.callByUdp({"setState", "0"});
+    EXPECT_EQ(zero.exitCode, 0);
+    EXPECT_EQ(zero.output, "0\n");
+
+    RunningStation silent({"--udp", "--silent"});
+    const Outcome outcome = run({"call", "--udp", "--timeout", "100", silent.endpoint, "systemState"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: systemState failed with 0: ")) << outcome.errors.toStdString();
+}
+
+TEST(GqtoolUdp, gathersListsFromSeveralDatagrams)
+{
+    RunningStation station({"--udp", "--gap", "0"});
+    const QStringList ints = station.callByUdp({"ints", "250"}).output.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(ints.size(), 250);
+    EXPECT_EQ(ints[0], "200");
+    EXPECT_EQ(ints[1], "210");
+    EXPECT_EQ(ints[249], "690");
+    EXPECT_EQ(station.callByUdp({"bytes", "3"}).output, "00 01 02\n");
+    EXPECT_EQ(station.callByUdp({"strings", "2"}).output, "unit 1 temperature 1\nunit 1 temperature 2\n");
+}
+
+TEST(GqtoolUdp, printsTheStationsErrorCode)
+{
+    RunningStation station({"--udp"});
+    const Outcome outcome = station.callByUdp({"error", "-9"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: error failed with -9: ")) << outcome.errors.toStdString();
+}
+
+TEST(GqtoolUdp, refusesAWrongEnd)
+{
+    RunningStation station({"--udp", "--wrong-end"});
+    EXPECT_EQ(run({"call", "--udp", "--timeout", "300", station.endpoint, "systemState"}).exitCode, 1);
+}
+
+TEST(GqtoolUdp, findsTheLinkDeadWhereNobodyListens)
+{
+    QString endpoint;
+    {
+        RunningStation station({"--udp"});
+        endpoint = station.endpoint;
+    }
+    const Outcome outcome = run({"call", "--udp", endpoint, "systemState"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: systemState failed with -1: ")) << outcome.errors.toStdString();
+}
+
+TEST(GqtoolUdp, isNotServedUnlessAsked)
+{
+    RunningStation station;
+    EXPECT_EQ(run({"call", "--udp", "--timeout", "300", station.endpoint, "systemState"}).exitCode, 1);
+}

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QProcess>
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+// gqtool, and other programs, as processes of their own.
+
+static const int waitMs = 20000;
+
+struct Outcome {
+    int exitCode;
+    QString output;
+    QString errors;
+};
+
+inline Outcome runProgram(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(waitMs))
+        return {-1, QString(), "did not end"};
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+inline Outcome run(const QStringList& arguments)
+{
+    return runProgram(GQTOOL, arguments);
+}
+
+// A program that goes on until it is told to end.
+class RunningProgram {
+public:
+    RunningProgram(const QString& program, const QStringList& arguments) { process.start(program, arguments); }
+    ~RunningProgram() { end(); }
+
+    // Ends it by SIGTERM.
+    void end()
+    {
+        process.terminate();
+        process.waitForFinished(waitMs);
+    }
+
+    QString nextLine()
+    {
+        while (!process.canReadLine()) {
+            if (!process.waitForReadyRead(waitMs))
+                return "no line";
+        }
+        return QString::fromUtf8(process.readLine()).trimmed();
+    }
+
+private:
+    QProcess process;
+};
+
+// A station of its own for each test, on a port that the system chooses.
+class RunningStation : public RunningProgram {
+public:
+    explicit RunningStation(const QStringList& options = {}) : RunningProgram(GQTOOL, QStringList{"station"} + options)
+    {
+        const QString first = nextLine();
+        EXPECT_TRUE(first.startsWith("listening on 127.0.0.1:")) << first.toStdString();
+        endpoint = first.mid(QString("listening on ").size());
+    }
+
+    Outcome call(const QStringList& words) { return run(QStringList{"call", endpoint} + words); }
+    Outcome callByUdp(const QStringList& words) { return run(QStringList{"call", "--udp", endpoint, "--"} + words); }
+
+    // A call that nobody answers.
+    Outcome callInVain() { return run({"call", "--timeout", "300", endpoint, "systemState"}); }
+
+    QString endpoint;
+};
