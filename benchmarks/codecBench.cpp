@@ -183,7 +183,7 @@ static void compareEncoding(const Records& records)
         }
     };
     compare("encode 10,000 FloatRealData", library,
-            {{copyName, {{Clock::processor, 8}}, copySide(bytes)},
+            {{copyName, {{Clock::processor, 2.5}}, copySide(bytes)},
              {protobufName, {{Clock::processor, 1}}, protobuf},
              {streamName, {{Clock::processor, 1}}, stream}});
 }
@@ -229,7 +229,7 @@ static void compareDecoding(const Records& records)
         }
     };
     compare("decode 10,000 FloatRealData", library,
-            {{copyName, {{Clock::processor, 8}}, copySide(bytes)},
+            {{copyName, {{Clock::processor, 2.5}}, copySide(bytes)},
              {protobufName, {{Clock::processor, 1}}, protobuf},
              {streamName, {{Clock::processor, 1}}, stream}});
 }

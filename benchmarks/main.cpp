@@ -2,7 +2,9 @@
 #include "codecBench.h"
 #include "comparison.h"
 #include "logBench.h"
+#include "recordBench.h"
 #include "toolsBench.h"
+#include "waveBench.h"
 
 #include <iostream>
 #include <vector>
@@ -28,6 +30,8 @@ int main(int argc, char** argv)
 
     compareApi();
     compareCodec();
+    compareRecords();
+    compareWaves();
     compareLog();
     compareTools();
     const bool ran = runComparisons(out);

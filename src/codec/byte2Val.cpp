@@ -1,6 +1,7 @@
 #include "byte2Val.h"
 
 #include "byteCursor.h"
+#include "samples.h"
 
 #include <algorithm>
 #include <climits>
@@ -387,24 +388,11 @@ void CByte2Val::calcLimit(const std::vector<float>& values, double& upper, doubl
 {
     if (values.empty())
         return;
-    float highest = values.front();
-    float lowest = highest;
-    for (const float value : values) { // a NaN fails both comparisons; float orders as double does
-        if (value > highest)
-            highest = value;
-        if (lowest > value)
-            lowest = value;
-    }
+    float highest;
+    float lowest;
+    limitsOf(values.data(), values.size(), highest, lowest);
     upper = highest;
     lower = lowest;
-}
-
-// Truncates towards zero. Out of the range of int, or NaN: the value that the processor's conversion gives, made by
-// definition here.
-static int truncated(float value)
-{
-    const bool inRange = value >= -2147483648.0f && value < 2147483648.0f;
-    return inRange ? static_cast<int>(value) : INT_MIN;
 }
 
 void CByte2Val::float2Short(const std::vector<float>& values, float upper, float lower, std::vector<int>& out)
@@ -412,9 +400,7 @@ void CByte2Val::float2Short(const std::vector<float>& values, float upper, float
     if (values.empty())
         return;
     out.resize(values.size());
-    const float range = upper - lower;
-    for (size_t i = 0; i < values.size(); ++i)
-        out[i] = truncated((values[i] - lower) / range * 65535.0f);
+    quantise(values.data(), values.size(), upper, lower, out.data());
 }
 
 void CByte2Val::short2float(const std::vector<int>& raw, float upper, float lower, std::vector<float>& out)
@@ -422,9 +408,7 @@ void CByte2Val::short2float(const std::vector<int>& raw, float upper, float lowe
     if (raw.empty())
         return;
     out.resize(raw.size());
-    const float range = upper - lower;
-    for (size_t i = 0; i < raw.size(); ++i)
-        out[i] = static_cast<float>(raw[i] / 65535.0) * range + lower;
+    unquantise(raw.data(), raw.size(), upper, lower, out.data());
 }
 
 void CByte2Val::ad2float(const std::vector<int>& raw, double scale, double offset, std::vector<float>& out)

@@ -25,6 +25,12 @@ void reserveMore(QByteArray& data, long long more)
 char* grow(QByteArray& data, long long count)
 {
     const int size = data.size();
+    if (data.isDetached() && count < data.capacity() - size) { // as resize does it, without its detours
+        QByteArray::DataPtr header = data.data_ptr();
+        header->size = size + static_cast<int>(count);
+        header->data()[header->size] = '\0';
+        return header->data() + size;
+    }
     data.resize(count <= INT_MAX - size ? size + static_cast<int>(count) : INT_MAX);
     return data.data() + size;
 }

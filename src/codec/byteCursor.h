@@ -87,15 +87,40 @@ inline bool holdsString(const char* buf, int len)
     return len >= 2 && len >= 2 + static_cast<int>(load16(buf));
 }
 
+// Copies a text. Most are short, and go without a call: in two pieces that overlap.
+inline void copyText(const char* text, size_t size, char* to)
+{
+    if (size > 16) {
+        std::memcpy(to, text, size);
+    } else if (size >= 8) {
+        unsigned long long first;
+        unsigned long long last;
+        std::memcpy(&first, text, 8);
+        std::memcpy(&last, text + size - 8, 8);
+        std::memcpy(to, &first, 8);
+        std::memcpy(to + size - 8, &last, 8);
+    } else if (size >= 4) {
+        unsigned int first;
+        unsigned int last;
+        std::memcpy(&first, text, 4);
+        std::memcpy(&last, text + size - 4, 4);
+        std::memcpy(to, &first, 4);
+        std::memcpy(to + size - 4, &last, 4);
+    } else {
+        for (size_t i = 0; i < size; ++i)
+            to[i] = text[i];
+    }
+}
+
 // Appends such a string to `out`. Bytes consumed; or 0 if it is not whole, with `out` untouched.
 inline int takeString(const char* buf, int len, std::string& out)
 {
     if (!holdsString(buf, len))
         return 0;
-    const int size = static_cast<int>(load16(buf));
-    out.reserve(static_cast<size_t>(size)); // the field's length alone, whatever `out` holds
-    out.append(buf + 2, static_cast<size_t>(size));
-    return size + 2;
+    const size_t size = load16(buf);
+    out.reserve(size); // the field's length alone, whatever `out` holds
+    out.append(buf + 2, size);
+    return static_cast<int>(size) + 2;
 }
 
 // Puts the decoded UTF-8 of such a string into `out`, up to its first zero byte. Results as above.
@@ -187,7 +212,8 @@ public:
     void putText(const std::string& text)
     {
         put16(static_cast<unsigned int>(text.size()));
-        putBytes(text.data(), text.size());
+        copyText(text.data(), text.size(), at);
+        at += text.size();
     }
     void putBytes(const void* bytes, size_t size)
     {

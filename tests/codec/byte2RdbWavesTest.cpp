@@ -3,6 +3,7 @@
 #include "support/goldenFile.h"
 #include "support/hex.h"
 #include "support/recordChecks.h"
+#include "support/sampleModel.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -892,6 +893,37 @@ TEST(Waves, comeBackWithinOneStepIfTheyAreQuantised)
             EXPECT_NEAR(unpacked.samples[i], samples[i], 1.01 * 7 / 65535) << i;
         EXPECT_EQ(unpacked.samples.front(), samples.front());
         EXPECT_EQ(unpacked.samples.back(), samples.back());
+    }
+}
+
+TEST(Waves, quantiseEverySampleOfALongWaveAndBack)
+{
+    std::mt19937 engine(11);
+    for (const size_t count : {1u, 4095u, 4096u, 4097u, 10000u}) {
+        SCOPED_TRACE(count);
+        Floats samples(count);
+        for (float& sample : samples)
+            sample = float(int(engine())) / 65536.0f;
+        double upper = 0;
+        double lower = 0;
+        findLimits(samples, upper, lower);
+
+        BlobWaveHead head = headWith(quantisedBit);
+        Bytes raw(2 * count);
+        Bytes stored;
+        ASSERT_EQ(CByte2Rdb::wave2Byte(head, samples, {}, raw.data(), nullptr, stored), 1);
+        ASSERT_EQ(stored.size(), 96 + 2 * count);
+        Floats expected(count);
+        for (size_t i = 0; i < count; ++i) {
+            const int step = quantised(samples[i], float(upper), float(lower)) & 0xffff;
+            ASSERT_EQ(stored[96 + 2 * i] | stored[97 + 2 * i] << 8, step) << i;
+            expected[i] = unquantised(step, float(upper), float(lower));
+        }
+
+        Floats back;
+        Ints marks;
+        ASSERT_EQ(CByte2Rdb::byte2Wave(stored, nullptr, head, back, marks), 1);
+        EXPECT_EQ(shown(back), shown(expected));
     }
 }
 

@@ -72,7 +72,24 @@ TEST(CalcLimit, comparesAsDoublesDoOnAnyFloats)
 {
     Chance chance(8);
     for (int round = 0; round < 5000 && !HasFailure(); ++round) {
-        const std::vector<float> values = chance.anyFloats(chance.below(9));
+        const std::vector<float> values = chance.anyFloats(chance.below(70));
+        double upper = 4.5, lower = 5.5, highest = 4.5, lowest = 5.5;
+        CByte2Val::calcLimit(values, upper, lower);
+        findLimits(values, highest, lowest);
+        EXPECT_EQ(std::memcmp(&upper, &highest, 8) == 0, true) << upper << " " << highest << ": " << shown(values);
+        EXPECT_EQ(std::memcmp(&lower, &lowest, 8) == 0, true) << lower << " " << lowest << ": " << shown(values);
+    }
+}
+
+TEST(CalcLimit, keepsTheFirstOfTheZerosWhereverItStands)
+{
+    static const float choices[] = {0.0f, -0.0f, -1.0f, 1.0f};
+    Chance chance(9);
+    for (int round = 0; round < 5000 && !HasFailure(); ++round) {
+        std::vector<float> values(static_cast<size_t>(1 + chance.below(70)));
+        const int kinds = 2 + chance.below(3); // zeros alone; the largest; the smallest or the largest
+        for (float& value : values)
+            value = choices[chance.below(kinds)];
         double upper = 4.5, lower = 5.5, highest = 4.5, lowest = 5.5;
         CByte2Val::calcLimit(values, upper, lower);
         findLimits(values, highest, lowest);

@@ -1,0 +1,289 @@
+#include "recordBench.h"
+
+#include "byte2Rdb.h"
+#include "comparison.h"
+#include "records.pb.h"
+
+#include <cstring>
+
+#include <flatbuffers/flatbuffers.h>
+
+using gqdb::CByte2Rdb;
+using gqdb::CByte2Val;
+using gqdb::FloatPoint;
+using gqdb::FloatRealData;
+
+// --- Single values ------------------------------------------------------------------------------------------------
+
+static void compareScalars()
+{
+    static const int count = 1000;
+    const auto library = [](benchmark::State& state) {
+        QByteArray data;
+        data.reserve(4 * count);
+        for (auto _ : state) {
+            data.resize(0);
+            for (int i = 0; i < count; ++i)
+                CByte2Val::int2Byte(i, data);
+            benchmark::ClobberMemory();
+        }
+        if (data.size() != 4 * count || data.mid(4 * 300, 4) != QByteArray("\x2c\x01\0\0", 4))
+            fail("int2Byte: the bytes differ");
+    };
+    const auto append = [](benchmark::State& state) {
+        QByteArray data;
+        data.reserve(4 * count);
+        for (auto _ : state) {
+            data.resize(0);
+            for (int i = 0; i < count; ++i)
+                data.append(reinterpret_cast<const char*>(&i), sizeof i);
+            benchmark::ClobberMemory();
+        }
+    };
+    compare("1,000 int2Byte to an array", library, {{"QByteArray append", {{Clock::processor, 1}}, append}});
+}
+
+// --- Lists of every size ------------------------------------------------------------------------------------------
+
+static std::vector<FloatRealData> someValues(int count)
+{
+    std::vector<FloatRealData> list(static_cast<size_t>(count));
+    for (size_t i = 0; i < list.size(); ++i) {
+        list[i].pointId = static_cast<unsigned int>(i);
+        list[i].value = static_cast<float>(i) / 4;
+    }
+    return list;
+}
+
+static Side encodeSide(int count, int repeats)
+{
+    return [=](benchmark::State& state) {
+        const std::vector<FloatRealData> list = someValues(count);
+        QByteArray data;
+        data.reserve(4 + 18 * count);
+        while (state.KeepRunningBatch(repeats)) {
+            data.resize(0);
+            CByte2Rdb::floatRealDatas2Byte(list, data);
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
+static Side decodeSide(int count, int repeats)
+{
+    return [=](benchmark::State& state) {
+        QByteArray data;
+        CByte2Rdb::floatRealDatas2Byte(someValues(count), data);
+        std::vector<FloatRealData> list;
+        while (state.KeepRunningBatch(repeats)) {
+            list.clear();
+            if (CByte2Rdb::byte2FloatRealDatas(data.constData(), data.size(), list) != 1)
+                fail("the library failed");
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
+// Each size beside the cost of as many records in a list of 10,000.
+static void compareSizes()
+{
+    for (const int count : {10, 100, 1000}) {
+        const std::string records = std::to_string(count) + " FloatRealData";
+        compare("encode " + records, encodeSide(count, 1),
+                {{"share of 10,000", {{Clock::processor, 2}}, encodeSide(10000, 10000 / count)}});
+        compare("decode " + records, decodeSide(count, 1),
+                {{"share of 10,000", {{Clock::processor, 2}}, decodeSide(10000, 10000 / count)}});
+    }
+}
+
+// --- FlatBuffers structs ------------------------------------------------------------------------------------------
+
+FLATBUFFERS_MANUALLY_ALIGNED_STRUCT(4) FlatRecord
+{
+    unsigned int pointId;
+    unsigned int stamp1;
+    unsigned int stamp2;
+    float value;
+    char flag1;
+    char flag2;
+    char padding[2];
+};
+FLATBUFFERS_STRUCT_END(FlatRecord, 20);
+
+static void compareFlatBuffers()
+{
+    static const int count = 10000;
+    const std::vector<FloatRealData> list = someValues(count);
+    const auto toFlat = [](const FloatRealData& record) {
+        return FlatRecord{record.pointId, record.stamp1, record.stamp2, record.value, record.flag1, record.flag2, {}};
+    };
+    const auto pack = [=](benchmark::State& state) {
+        flatbuffers::FlatBufferBuilder builder(1 << 19);
+        for (auto _ : state) {
+            builder.Clear();
+            FlatRecord* room = nullptr;
+            builder.CreateUninitializedVectorOfStructs<FlatRecord>(list.size(), &room);
+            for (const FloatRealData& record : list)
+                *room++ = toFlat(record);
+            benchmark::ClobberMemory();
+        }
+    };
+    const auto unpack = [=](benchmark::State& state) {
+        flatbuffers::FlatBufferBuilder builder(1 << 19);
+        FlatRecord* room = nullptr;
+        const auto offset = builder.CreateUninitializedVectorOfStructs<FlatRecord>(list.size(), &room);
+        for (const FloatRealData& record : list)
+            *room++ = toFlat(record);
+        builder.Finish(offset);
+        std::vector<FloatRealData> back;
+        for (auto _ : state) {
+            const auto* vector =
+                flatbuffers::GetRoot<flatbuffers::Vector<const FlatRecord*>>(builder.GetBufferPointer());
+            back.resize(0);
+            back.resize(vector->size());
+            for (flatbuffers::uoffset_t i = 0; i < vector->size(); ++i) {
+                const FlatRecord* record = vector->Get(i);
+                back[i].pointId = record->pointId;
+                back[i].stamp1 = record->stamp1;
+                back[i].stamp2 = record->stamp2;
+                back[i].value = record->value;
+                back[i].flag1 = record->flag1;
+                back[i].flag2 = record->flag2;
+            }
+            benchmark::ClobberMemory();
+        }
+        if (back.size() != list.size() || back[4321].value != list[4321].value)
+            fail("the records of FlatBuffers differ");
+    };
+    compare("encode 10,000 in a list", encodeSide(count, 1), {{"FlatBuffers", {{Clock::processor, 1}}, pack}});
+    compare("decode 10,000 in a list", decodeSide(count, 1), {{"FlatBuffers", {{Clock::processor, 1}}, unpack}});
+}
+
+// --- Definitions --------------------------------------------------------------------------------------------------
+
+static std::vector<FloatPoint> somePoints()
+{
+    std::vector<FloatPoint> points(1000);
+    for (size_t i = 0; i < points.size(); ++i) {
+        FloatPoint& point = points[i];
+        const std::string number = std::to_string(i);
+        point.pointId = static_cast<unsigned int>(i);
+        point.text1 = "B1.T" + number;
+        point.text2 = "temperature";
+        point.text3 = "degC";
+        point.text4 = "unit 1";
+        point.code2 = 1;
+        point.text5 = "none";
+        for (int level = 0; level < 8; ++level)
+            point.levels[level] = static_cast<float>(100 * level);
+    }
+    return points;
+}
+
+static peer::FloatPoints toMessage(const std::vector<FloatPoint>& points)
+{
+    peer::FloatPoints message;
+    for (const FloatPoint& point : points) {
+        peer::FloatPoint& item = *message.add_points();
+        item.set_point_id(point.pointId);
+        item.set_text1(point.text1);
+        item.set_code1(point.code1);
+        item.set_text2(point.text2);
+        item.set_text3(point.text3);
+        item.set_text4(point.text4);
+        item.set_code2(point.code2);
+        item.set_code3(point.code3);
+        item.set_code4(point.code4);
+        item.set_text5(point.text5);
+        item.set_switch1(static_cast<unsigned char>(point.switch1));
+        item.set_float1(point.float1);
+        item.set_switch2(static_cast<unsigned char>(point.switch2));
+        item.set_code5(point.code5);
+        item.set_code6(point.code6);
+        item.set_float2(point.float2);
+        item.set_code7(point.code7);
+        for (const float level : point.levels)
+            item.add_levels(level);
+    }
+    return message;
+}
+
+static void compareDefinitions()
+{
+    const std::vector<FloatPoint> points = somePoints();
+    QByteArray bytes;
+    CByte2Rdb::floatPoints2Byte(points, bytes);
+    const std::string serialized = toMessage(points).SerializeAsString();
+
+    const auto encode = [=](benchmark::State& state) {
+        QByteArray data;
+        data.reserve(2048 * 1001);
+        for (auto _ : state) {
+            data.resize(0);
+            CByte2Rdb::floatPoints2Byte(points, data);
+            benchmark::ClobberMemory();
+        }
+        if (data != bytes)
+            fail("the definitions' bytes differ");
+    };
+    const auto copyBytes = [=](benchmark::State& state) {
+        std::vector<char> target(static_cast<size_t>(bytes.size()));
+        for (auto _ : state) {
+            std::memcpy(target.data(), bytes.constData(), target.size());
+            benchmark::DoNotOptimize(target.data());
+            benchmark::ClobberMemory();
+        }
+    };
+    const auto protobufEncode = [=](benchmark::State& state) {
+        const peer::FloatPoints message = toMessage(points);
+        std::string room(serialized.size(), '\0');
+        for (auto _ : state) {
+            if (!message.SerializeToArray(room.data(), static_cast<int>(room.size())))
+                fail("Protocol Buffers failed");
+            benchmark::ClobberMemory();
+        }
+    };
+    const auto decode = [=](benchmark::State& state) {
+        std::vector<FloatPoint> list;
+        for (auto _ : state) {
+            list.clear();
+            if (CByte2Rdb::byte2FloatPoints(bytes.constData(), bytes.size(), list) != 1)
+                fail("the library failed");
+            benchmark::ClobberMemory();
+        }
+        if (list.size() != points.size() || list[999].text1 != points[999].text1 || list[999].levels[7] != 700)
+            fail("the definitions differ");
+    };
+    const auto copyVector = [=](benchmark::State& state) {
+        std::vector<FloatPoint> list;
+        for (auto _ : state) {
+            list.clear();
+            list.insert(list.end(), points.begin(), points.end());
+            benchmark::ClobberMemory();
+        }
+    };
+    const auto protobufDecode = [=](benchmark::State& state) {
+        peer::FloatPoints message;
+        for (auto _ : state) {
+            if (!message.ParseFromArray(serialized.data(), static_cast<int>(serialized.size())))
+                fail("Protocol Buffers failed");
+            benchmark::ClobberMemory();
+        }
+    };
+    compare("encode 1,000 FloatPoint", encode,
+            {{"memcpy", {{Clock::processor, 6}}, copyBytes},
+             {"Protocol Buffers", {{Clock::processor, 0.33}}, protobufEncode}});
+    compare("decode 1,000 FloatPoint", decode,
+            {{"copy of the vector", {{Clock::processor, 1.3}}, copyVector},
+             {"Protocol Buffers", {{Clock::processor, 0.4}}, protobufDecode}});
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+void compareRecords()
+{
+    compareScalars();
+    compareSizes();
+    compareFlatBuffers();
+    compareDefinitions();
+}

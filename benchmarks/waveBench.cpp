@@ -1,0 +1,143 @@
+#include "waveBench.h"
+
+#include "byte2Rdb.h"
+#include "comparison.h"
+
+#include <cmath>
+#include <cstring>
+
+#include <zlib.h>
+
+using gqdb::BlobWaveHead;
+using gqdb::CByte2Rdb;
+
+static const size_t sampleCount = 1000000;
+static const unsigned char quantised = 2; // bits of waveFlags
+static const unsigned char compressed = 4;
+
+// A voltage with its harmonics, in steps of 1/16 V, as a converter gives them.
+static std::vector<float> someSamples()
+{
+    std::vector<float> samples(sampleCount);
+    for (size_t i = 0; i < sampleCount; ++i) {
+        const double time = static_cast<double>(i) / 20000;
+        const double volts = 326 * std::sin(314.16 * time) + 20 * std::sin(1570.8 * time);
+        samples[i] = static_cast<float>(std::round(volts * 16) / 16);
+    }
+    return samples;
+}
+
+static std::vector<unsigned char> storedWave(const std::vector<float>& samples, unsigned char flags)
+{
+    BlobWaveHead head;
+    head.waveFlags = static_cast<char>(flags);
+    std::vector<unsigned char> raw(4 * samples.size());
+    std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
+    std::vector<unsigned char> stored;
+    if (CByte2Rdb::wave2Byte(head, samples, {}, raw.data(), packed.data(), stored) != 1)
+        fail("the wave can't be packed");
+    return stored;
+}
+
+static Side packSide(const std::vector<float>& samples, unsigned char flags)
+{
+    return [=](benchmark::State& state) {
+        std::vector<unsigned char> raw(4 * samples.size());
+        std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
+        std::vector<unsigned char> stored;
+        for (auto _ : state) {
+            BlobWaveHead head;
+            head.waveFlags = static_cast<char>(flags);
+            if (CByte2Rdb::wave2Byte(head, samples, {}, raw.data(), packed.data(), stored) != 1)
+                fail("the wave can't be packed");
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
+// Proves that the samples come back, to half a step where they are quantised.
+static Side unpackSide(const std::vector<float>& samples, unsigned char flags)
+{
+    return [=](benchmark::State& state) {
+        const std::vector<unsigned char> stored = storedWave(samples, flags);
+        std::vector<unsigned char> work(CByte2Rdb::waveBlockSize);
+        BlobWaveHead head;
+        std::vector<float> back;
+        std::vector<int> marks;
+        for (auto _ : state) {
+            if (CByte2Rdb::byte2Wave(stored, work.data(), head, back, marks) != 1)
+                fail("the wave can't be unpacked");
+            benchmark::ClobberMemory();
+        }
+        for (size_t i = 0; i < sampleCount; ++i) {
+            if (std::abs(back[i] - samples[i]) > ((flags & quantised) != 0 ? 0.011f : 0))
+                fail("the wave's samples differ");
+        }
+    };
+}
+
+// The samples as they are stored, without head: what zlib gets.
+static std::vector<unsigned char> sampleBlock(const std::vector<float>& samples, unsigned char flags)
+{
+    const std::vector<unsigned char> stored = storedWave(samples, flags & quantised);
+    return {stored.begin() + sizeof(BlobWaveHead), stored.end()};
+}
+
+static Side copySide(const std::vector<float>& samples)
+{
+    return [=](benchmark::State& state) {
+        std::vector<float> target(samples.size());
+        for (auto _ : state) {
+            std::memcpy(target.data(), samples.data(), sizeof(float) * samples.size());
+            benchmark::DoNotOptimize(target.data());
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
+static Side zlibPackSide(const std::vector<unsigned char>& block)
+{
+    return [=](benchmark::State& state) {
+        std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
+        for (auto _ : state) {
+            uLongf size = packed.size();
+            if (compress(packed.data(), &size, block.data(), block.size()) != Z_OK)
+                fail("zlib can't pack");
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
+static Side zlibUnpackSide(const std::vector<unsigned char>& block)
+{
+    return [=](benchmark::State& state) {
+        std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
+        uLongf packedSize = packed.size();
+        if (compress(packed.data(), &packedSize, block.data(), block.size()) != Z_OK)
+            fail("zlib can't pack");
+        std::vector<unsigned char> back(CByte2Rdb::waveBlockSize);
+        for (auto _ : state) {
+            uLongf size = back.size();
+            if (uncompress(back.data(), &size, packed.data(), packedSize) != Z_OK || size != block.size())
+                fail("zlib can't unpack");
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
+void compareWaves()
+{
+    const std::vector<float> samples = someSamples();
+    compare("pack 1,000,000 floats", packSide(samples, 0), {{"memcpy", {{Clock::processor, 4}}, copySide(samples)}});
+    compare("unpack 1,000,000 floats", unpackSide(samples, 0),
+            {{"memcpy", {{Clock::processor, 2}}, copySide(samples)}});
+    compare("pack 1,000,000 quantised", packSide(samples, quantised),
+            {{"memcpy", {{Clock::processor, 5}}, copySide(samples)}});
+    compare("unpack 1,000,000 quantised", unpackSide(samples, quantised),
+            {{"memcpy", {{Clock::processor, 4}}, copySide(samples)}});
+    const std::vector<unsigned char> block = sampleBlock(samples, quantised);
+    compare("pack quantised, compressed", packSide(samples, quantised | compressed),
+            {{"zlib alone", {{Clock::processor, 1.1}}, zlibPackSide(block)}});
+    compare("unpack quantised, compressed", unpackSide(samples, quantised | compressed),
+            {{"zlib alone", {{Clock::processor, 1.25}}, zlibUnpackSide(block)}});
+}

@@ -1,0 +1,4 @@
+#pragma once
+
+// Registers the comparisons of stored waves.
+void compareWaves();

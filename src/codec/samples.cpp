@@ -1,0 +1,63 @@
+#include "samples.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace gqdb {
+
+void limitsOf(const float* values, size_t count, float& highest, float& lowest)
+{
+    // In lanes, which the compiler makes vectors of. All start from the first value, so that a NaN there stays.
+    const size_t lanes = 16;
+    float most[lanes];
+    float least[lanes];
+    std::fill_n(most, lanes, values[0]);
+    std::fill_n(least, lanes, values[0]);
+    size_t i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        for (size_t lane = 0; lane < lanes; ++lane) { // a NaN fails both comparisons
+            const float value = values[i + lane];
+            most[lane] = value > most[lane] ? value : most[lane];
+            least[lane] = least[lane] > value ? value : least[lane];
+        }
+    }
+    for (; i < count; ++i) {
+        most[0] = values[i] > most[0] ? values[i] : most[0];
+        least[0] = least[0] > values[i] ? values[i] : least[0];
+    }
+    highest = most[0];
+    lowest = least[0];
+    for (size_t lane = 1; lane < lanes; ++lane) {
+        highest = most[lane] > highest ? most[lane] : highest;
+        lowest = lowest > least[lane] ? least[lane] : lowest;
+    }
+    // Equal values are the same bits, but for the zeros: there the first one counts, whatever its lane.
+    if (highest == 0)
+        highest = *std::find(values, values + count, 0.0f);
+    if (lowest == 0)
+        lowest = *std::find(values, values + count, 0.0f);
+}
+
+// Out of the range of int, or NaN: the value that the processor's conversion gives, made by definition here.
+static int truncated(float value)
+{
+    const bool inRange = value >= -2147483648.0f && value < 2147483648.0f;
+    return inRange ? static_cast<int>(value) : INT_MIN;
+}
+
+void quantise(const float* values, size_t count, float upper, float lower, int* raw)
+{
+    const float range = upper - lower;
+    for (size_t i = 0; i < count; ++i)
+        raw[i] = truncated((values[i] - lower) / range * 65535.0f);
+}
+
+void unquantise(const int* raw, size_t count, float upper, float lower, float* values)
+{
+    const double step = 1 / 65535.0; // rounded to float, the product is the quotient for every int
+    const float range = upper - lower;
+    for (size_t i = 0; i < count; ++i)
+        values[i] = static_cast<float>(raw[i] * step) * range + lower;
+}
+
+} // namespace gqdb
