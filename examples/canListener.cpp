@@ -8,10 +8,14 @@
 
 int main(int argc, char* argv[])
 {
-    CSocketCan can;
-    if (argc != 2 || can.open(argv[1], 0, 0, false) != 1) {
+    if (argc != 2) {
         std::fprintf(stderr, "usage: canListener INTERFACE\n");
         return 2;
+    }
+    CSocketCan can;
+    if (can.open(argv[1], 0, 0, false) != 1) {
+        std::fprintf(stderr, "can't open %s\n", argv[1]);
+        return 1;
     }
     std::printf("\n");                   // open ends its own output without one
     while (can.isReadable(10000) == 1) { // recv itself has no time-out

@@ -10,7 +10,7 @@
 
 using gqdb::CByte2Val;
 
-// Modbus alone has its values in network order; its CRC goes low byte first.
+// Modbus sends values high byte first, and its CRC low byte first.
 static void appendBigEndian(int value, QByteArray& data)
 {
     data.append(static_cast<char>(value >> 8));
@@ -54,7 +54,8 @@ int main(int argc, char* argv[])
         return 2;
     }
     CSerial line;
-    if (line.open(std::atoi(argv[1]), 9600, 8, 1, 2, 0) != 1) { // even parity, as Modbus asks for
+    // 9600 baud, 8 data bits, 1 stop bit, even parity (2) as Modbus asks for, no flow control
+    if (line.open(std::atoi(argv[1]), 9600, 8, 1, 2, 0) != 1) {
         std::fprintf(stderr, "can't open line %s\n", argv[1]);
         return 1;
     }
@@ -65,7 +66,10 @@ int main(int argc, char* argv[])
     appendBigEndian(std::atoi(argv[3]), request);
     appendBigEndian(count, request);
     appendCrc(request);
-    line.send(request.constData(), request.size());
+    if (line.send(request.constData(), request.size()) != request.size()) {
+        std::fprintf(stderr, "can't send\n");
+        return 1;
+    }
 
     // Unit, function, number of bytes, the registers, CRC.
     const QByteArray reply = receive(line, 5 + 2 * count);

@@ -9,10 +9,14 @@
 
 int main(int argc, char* argv[])
 {
-    CUdpServer receiver;
-    if (argc < 3 || receiver.openMulticast(argv[1], std::atoi(argv[2]), argc > 3 ? argv[3] : "") != 1) {
+    if (argc < 3) {
         std::fprintf(stderr, "usage: multicastReceiver GROUP PORT [INTERFACE]\n");
         return 2;
+    }
+    CUdpServer receiver;
+    if (receiver.openMulticast(argv[1], std::atoi(argv[2]), argc > 3 ? argv[3] : "") != 1) {
+        std::fprintf(stderr, "can't join %s\n", argv[1]);
+        return 1;
     }
     std::printf("listening\n");
     std::fflush(stdout);

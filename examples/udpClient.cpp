@@ -14,15 +14,20 @@ public:
 
 int main(int argc, char* argv[])
 {
-    UdpClient client;
-    if (argc != 3 || client.connect(argv[1], std::atoi(argv[2])) != 1) {
+    if (argc != 3) {
         std::fprintf(stderr, "usage: udpClient HOST PORT\n");
         return 2;
     }
+    UdpClient client;
+    if (client.connect(argv[1], std::atoi(argv[2])) != 1) {
+        std::fprintf(stderr, "can't reach %s\n", argv[1]);
+        return 1;
+    }
     const int time = client.systemTime();
-    if (time == 0) // 3 seconds, unless setRecvOverTm says otherwise; the socket stays open, so ask again
-        std::printf("no reply\n");
-    else
-        std::printf("time %d\n", time);
-    return time > 0 ? 0 : 1;
+    if (time <= 0) { // 0 after 3 seconds: ask again; -1 closed the socket: connect again
+        std::fprintf(stderr, "no reply: %d\n", time);
+        return 1;
+    }
+    std::printf("time %d\n", time);
+    return 0;
 }

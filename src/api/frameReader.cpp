@@ -113,8 +113,9 @@ int frameResult(QByteArray& frame, int& frameSize, int& len)
     return result;
 }
 
-int receiveList(QByteArray& frame, int& frameSize, const std::function<int(int& len)>& receive,
-                const std::function<int(const char* payload, int len)>& parse, const std::function<bool()>& isComplete)
+static int receiveList(QByteArray& frame, int& frameSize, const ReceiveFrame& receive,
+                       const std::function<int(const char* payload, int len)>& parse,
+                       const std::function<bool()>& isComplete)
 {
     do {
         int len = 0;
@@ -128,6 +129,30 @@ int receiveList(QByteArray& frame, int& frameSize, const std::function<int(int& 
             return result;
     } while (!isComplete());
     return 1;
+}
+
+int receiveBytes(CSocketAPI& client, QByteArray& frame, int& frameSize, const ReceiveFrame& receive, int count,
+                 std::vector<unsigned char>& out)
+{
+    return receiveList(
+        frame, frameSize, receive, [&](const char* payload, int len) { return client.parseBytes(payload, len, out); },
+        [&] { return static_cast<int>(out.size()) >= count; });
+}
+
+int receiveInts(CSocketAPI& client, QByteArray& frame, int& frameSize, const ReceiveFrame& receive, int count,
+                std::vector<int>& out)
+{
+    return receiveList(
+        frame, frameSize, receive, [&](const char* payload, int len) { return client.parseInts(payload, len, out); },
+        [&] { return static_cast<int>(out.size()) >= count; });
+}
+
+int receiveStrings(CSocketAPI& client, QByteArray& frame, int& frameSize, const ReceiveFrame& receive, int count,
+                   QStringList& out)
+{
+    return receiveList(
+        frame, frameSize, receive, [&](const char* payload, int len) { return client.parseStrings(payload, len, out); },
+        [&] { return out.size() >= count; });
 }
 
 } // namespace gqdb

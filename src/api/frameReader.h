@@ -1,12 +1,16 @@
 #pragma once
 
 #include <QByteArray>
+#include <QStringList>
 
 #include <functional>
+#include <vector>
 
 // Reassembly and check of a reply frame. Its state is the pair `frame` and `frameSize`, the fields recvFrame and
 // recvFrameSize of CSocketAPI. Internal.
 namespace gqdb {
+
+class CSocketAPI;
 
 // Feeds `buf` from `pos` on into the frame and moves `pos` past every byte looked at. True when the frame is whole;
 // false when the input ended first, and the next call goes on from there.
@@ -31,9 +35,14 @@ void dropFrame(QByteArray& frame, int& frameSize);
 // fails its check, or an error frame's code, with the frame given up. A code of 1 is possible and reads as success.
 int frameResult(QByteArray& frame, int& frameSize, int& len);
 
-// A list reply: receives frame after frame and parses each payload, until all is there. 1, or the first code of a
-// frame.
-int receiveList(QByteArray& frame, int& frameSize, const std::function<int(int& len)>& receive,
-                const std::function<int(const char* payload, int len)>& parse, const std::function<bool()>& isComplete);
+// List replies: receive frame after frame into recvFrame of `client` by `receive`, its recvDatas, and parse each payload,
+// until `out` holds `count` elements. 1, or the first code of a frame.
+using ReceiveFrame = std::function<int(int& len)>;
+int receiveBytes(CSocketAPI& client, QByteArray& frame, int& frameSize, const ReceiveFrame& receive, int count,
+                 std::vector<unsigned char>& out);
+int receiveInts(CSocketAPI& client, QByteArray& frame, int& frameSize, const ReceiveFrame& receive, int count,
+                std::vector<int>& out);
+int receiveStrings(CSocketAPI& client, QByteArray& frame, int& frameSize, const ReceiveFrame& receive, int count,
+                   QStringList& out);
 
 } // namespace gqdb

@@ -31,7 +31,8 @@ namespace gqdb {
 // Results of the clients' operations, one set for all of them:
 //     1  success
 //     n  recvInt and what ends in it (requestInt, the ready-made commands): the integer of the reply, any value.
-//        A reply of 0 and a time-out read the same; isConnected() tells them apart
+//        A reply of 0 and a time-out read the same: over TCP isConnected() tells them apart, over UDP only recvDatas
+//        does
 //     0  time-out, bad frame, refused greeting, or a string item that overruns its payload
 //    -1  dead link: the peer closed, a socket failure, no room to send in time, no memory
 //    -2  error frame with a payload below 4 bytes
@@ -92,8 +93,9 @@ public:
     //       only at the item that lies outside, after the texts read so far)
     int parseStrings(const char* buf, int len, QStringList& out);
 
-    // True from a successful connect, checkConnect or request on; cleared by a time-out, a dead link, any failed
-    // recvInt and close(). A list reply that was refused leaves it.
+    // CTcpAPI: true from a successful connect, checkConnect or request on; cleared by a time-out, a dead link, any
+    // failed recvInt and close(). A list reply that was refused leaves it.
+    // CUdpAPI: set by connect; cleared by a failed send or read and close() alone.
     bool isConnected();
 
 protected:

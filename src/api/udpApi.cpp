@@ -172,26 +172,20 @@ int CUdpAPI::recvInt()
 
 int CUdpAPI::recvBytes(int count, std::vector<unsigned char>& out)
 {
-    return receiveList(
-        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
-        [&](const char* payload, int len) { return parseBytes(payload, len, out); },
-        [&] { return static_cast<int>(out.size()) >= count; });
+    return receiveBytes(
+        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
 }
 
 int CUdpAPI::recvInts(int count, std::vector<int>& out)
 {
-    return receiveList(
-        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
-        [&](const char* payload, int len) { return parseInts(payload, len, out); },
-        [&] { return static_cast<int>(out.size()) >= count; });
+    return receiveInts(
+        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
 }
 
 int CUdpAPI::recvStrings(int count, QStringList& out)
 {
-    return receiveList(
-        recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); },
-        [&](const char* payload, int len) { return parseStrings(payload, len, out); },
-        [&] { return out.size() >= count; });
+    return receiveStrings(
+        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
 }
 
 int CUdpAPI::recvDatas(int& len)

@@ -11,13 +11,12 @@ namespace gqdb {
 // operations of CTcpAPI. Nothing holds a link together: connect opens a socket and fixes the peer, no greeting comes,
 // and nothing reconnects. What a user has to know:
 //   - A plain object can't read a reply: it has no read buffer, so that a reply which comes gives -1 and closes the
-//   socket.
-//     Derive a class whose constructor puts `new char[rawBufferSize]` into recvBuffer, which ~CSocketAPI gives back;
-//     docs/guide/fieldLinks.md shows one.
+//     socket. Derive a class whose constructor puts `new char[rawBufferSize]` into recvBuffer, which ~CSocketAPI gives
+//     back; docs/guide/fieldLinks.md shows one.
 //   - Frames have 64 bytes at least: addEnd of this class pads the payload with zeros, which every standard form
-//   ignores. - A wait is recvOverTm long, 3000 ms from the start, for each datagram; a time-out gives 0 and leaves the
-//   socket open.
-//     setRecvOverTm and setSendOverTm only keep the time; the latter has no effect.
+//     ignores.
+//   - A wait is recvOverTm long, 3000 ms from the start, for each datagram; a time-out gives 0 and leaves the socket
+//     open. 0 polls, and a negative time gives -1. setSendOverTm has no effect.
 //   - A refused reply, an error frame among them, leaves isConnected() as it was. A failed send or read clears it and
 //     closes the socket; connect opens it again. The requests don't look at it.
 //
@@ -65,7 +64,8 @@ public:
     // Pads to 61 bytes, then does what CSocketAPI::addEnd does. 1; or 0 below 4 bytes, with `data` untouched.
     static int addEnd(QByteArray& data);
 
-    int sendDatas(const QByteArray& frame); // as it stands
+    // The frame as it stands. Above 65507 bytes it fits no datagram: -1, with the socket closed.
+    int sendDatas(const QByteArray& frame);
     int sendInt(unsigned char command, int value);
     int sendInts(unsigned char command, const std::vector<int>& values);
 

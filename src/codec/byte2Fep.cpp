@@ -330,7 +330,7 @@ int CByte2Fep::byte2YxItems(const char* buf, int size, std::vector<YxItem>& list
     return 1;
 }
 
-// --- Items with no room for a reading -----------------------------------------------------------------------------
+// --- Items without a reading of their own -------------------------------------------------------------------------
 
 void CByte2Fep::ydItem2Byte(const YdItem& item, QByteArray& data)
 {

@@ -458,8 +458,8 @@ int CByte2Rdb::byte2FloatRealData(const char* buf, int size, FloatRealData& reco
     return 18;
 }
 
-// The list that programs move most has a quick form. The four words travel as pointId, value, stamp1, stamp2, and stand in
-// the record as pointId, stamp1, stamp2, value: a shuffle of 16 bytes, which every x86-64 has, moves them at once.
+// The list that programs move most has a quick form. The four words travel as pointId, value, stamp1, stamp2, and stand
+// in the record as pointId, stamp1, stamp2, value: a shuffle of 16 bytes, which every x86-64 has, moves them at once.
 static inline void putQuickly(CByteWriter& out, const FloatRealData& record)
 {
 #ifdef __SSE2__

@@ -95,7 +95,7 @@ struct YxItem {
     unsigned int state3 = 0;
 };
 
-// The only item with no room for a reading.
+// An item without a reading of its own; what it stands for is the application's.
 struct YdItem {
     char flag1 = 0;
     int itemId = 0;

@@ -12,8 +12,9 @@
 //
 // The file is UTF-8 text, a line for each record: with time the prefix "<hh:mm:ss.mmm> " (local time, no date), then
 // the message, then "\n". Behind the batch that brings it to 30000 records the file is moved aside, to its name with
-// ".bak" appended, in place of the one that was there; the next save begins a new file. Nothing else bounds or ages the
-// log, and nothing bounds the queue: without save() it grows until memory ends.
+// ".bak" appended, in place of the one that was there; the next save begins a new file. A move that fails is not
+// noticed: the older file is gone, the file goes on, and the count starts at 0. Nothing else bounds or ages the log, and
+// nothing bounds the queue: without save() it grows until memory ends.
 //
 // info() and save() may be called from any thread at any time; info() never waits for the disk. Records of one batch
 // keep the order of their info() calls, but the batches of two concurrent save() calls may stand in the file in either

@@ -30,11 +30,13 @@ public:
 
     // Starts run() in a detached thread, with the scheduling of its starter and the system's stack size. Whether
     // pthread_create(3) made one. After its end it can be started anew. A second start while the first still runs is
-    // not refused: whichever leaves run() first clears isRunning() for both.
+    // not refused: whichever leaves run() first clears isRunning() for both. Behind a false isRunning() may say
+    // anything: do not terminate() then.
     bool start();
 
     // Asks for cancellation, if a thread was started: see pthread_cancel(3). Does not wait. A cancelled thread goes on
-    // counting as running; call setExitState() once you know that it has ended. Code in run() that swallows every
+    // counting as running; call setExitState() once you know that it has ended: an object in run() whose destructor
+    // sets a flag under a lock can tell, for cancellation runs it. Code in run() that swallows every
     // exception (catch (...)) makes the program end, for cancellation unwinds the stack. Never call it on a thread that
     // has ended by cancellation: its handle is no longer valid.
     void terminate();
@@ -105,7 +107,8 @@ protected:
 };
 
 // Sleeps for so many milliseconds, not seconds as sleep(3) does; from 0 down it yields the processor once. A signal
-// ends it, or one of its two steps (whole seconds, then the rest), early.
+// ends it, or one of its two steps (whole seconds, then the rest), early. Behind `using namespace gqdb` a bare sleep(1)
+// is this one, a millisecond: write ::sleep for seconds.
 GQLIB_EXPORT void sleep(int ms);
 
 // Sleeps for so many microseconds; from 0 down it returns at once. A signal ends it early.

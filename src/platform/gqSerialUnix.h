@@ -2,9 +2,10 @@
 
 #include "gqLibExport.h"
 
-// One serial line of this machine, by number: /dev/ttyS0 and on. Bytes go through raw: no line editing, no echo, no
-// signals. It never blocks: see recv and send, and termios(3) for the flags. One object belongs to one thread at a
-// time.
+// One serial line of this machine, by number: /dev/ttyS0 and on. No line editing, no echo, no signals. Pass a
+// flowControl of 0 for binary telegrams: with any other, XON/XOFF and the translation of line ends stay as the line had
+// them, and bytes change on the way. It never blocks: see recv and send, and termios(3) for the flags. One object
+// belongs to one thread at a time.
 //
 // A device that can be opened but is no terminal leaves an object in between: open() gave 0 and isOpen() is false, yet
 // the descriptor is held. open() then answers 1 and does nothing, and the destructor leaves the descriptor open: call
@@ -23,7 +24,7 @@ public:
     int open(int portNumber, int baud, int dataBits, int stopBits, int parity, int flowControl);
 
     // Sets the parameters of an open line, and drops what is queued in both directions. 1, or 0 with no descriptor.
-    //   baud         1200, 2400, 4800, 9600, 19200, 38400, 115200; **any other runs at 9600**
+    //   baud         1200, 2400, 4800, 9600, 19200, 38400, 115200; any other runs at 9600
     //   dataBits     5, 6, 7; any other is 8
     //   stopBits     2; any other is 1
     //   parity       1 odd, 2 even; any other is none

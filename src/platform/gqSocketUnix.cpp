@@ -96,16 +96,21 @@ private:
     std::vector<unsigned long> words;
 };
 
+static void tell(const sockaddr_in& end, std::string& address, int& port)
+{
+    char text[20] = "";
+    inet_ntop(AF_INET, &end.sin_addr, text, sizeof text);
+    address = text;
+    port = ntohs(end.sin_port);
+}
+
 static int endOf(int (*query)(int, sockaddr*, socklen_t*), int descriptor, std::string& address, int& port)
 {
     sockaddr_in end = {};
     socklen_t length = sizeof end;
     if (query(descriptor, reinterpret_cast<sockaddr*>(&end), &length) != 0)
         return 0;
-    char text[20] = "";
-    inet_ntop(AF_INET, &end.sin_addr, text, sizeof text);
-    address = text;
-    port = ntohs(end.sin_port);
+    tell(end, address, port);
     return 1;
 }
 
@@ -442,10 +447,8 @@ static int receiveDatagram(int descriptor, char* buffer, int length, std::string
         ::recvfrom(descriptor, buffer, static_cast<size_t>(length), 0, reinterpret_cast<sockaddr*>(&peer), &size);
     if (count < 0)
         return errno == 0 || errno == EAGAIN ? 0 : -1;
-    if (address != nullptr) {
-        *address = inet_ntoa(peer.sin_addr);
-        *port = ntohs(peer.sin_port);
-    }
+    if (address != nullptr)
+        tell(peer, *address, *port);
     return static_cast<int>(count); // 0 for an empty datagram too, unlike recv
 }
 

@@ -62,8 +62,8 @@ protected:
 
     int* handle;         // the descriptor's cell, owned: 0 never opened, -1 closed
     bool opened;         // whether close() has something to close; connect goes by it
-    std::string address; // reserved for interface names
-    int port;            // reserved, like address
+    std::string address; // the interface given to CSocketCan::open; read by nothing
+    int port;            // its second argument, likewise
 };
 
 // A descriptor on its way to a new owner. Closes nothing by itself.
@@ -139,9 +139,10 @@ public:
 
     // The next connection, waiting at most the time given to setRecvOverTm, for ever if none was given; the caller owns
     // the result and deletes it, which closes the connection. Null when the time has passed or accept(2) failed, EINTR
-    // included. Each accepted connection leaves one further descriptor open for the
-    // life of the process, that of the socket which a new CTcpSocket makes for itself: a service that accepts many
-    // connections plans for two descriptors each, one of which never comes back.
+    // included.
+    //
+    // A connection costs two descriptors, one of which never comes back: that of the socket which a new CTcpSocket
+    // makes for itself stays open for the life of the process.
     CTcpSocket* accept();
 
     // Harmless when not listening.
@@ -175,6 +176,9 @@ public:
 // Each way of opening makes a new socket; one that was open stays open with no one to close it. Where opening fails,
 // the socket is closed, but for a failed bind (0): then close() ends it. The negative codes are those of each
 // operation. Time-outs belong to the socket: set them behind opening.
+//
+// Behind a failed opening the number of the closed socket stays: isValid() is true, and calls go to whatever file gets
+// that number next. close() an open object before you open it anew, and after a failure do nothing but open again.
 class GQLIB_EXPORT CUdpServer : public CAbstractSocket {
 public:
     CUdpServer();  // no socket yet
@@ -203,8 +207,7 @@ public:
     //   > 0  bytes read
     //     0  an empty datagram; or nothing yet
     //    -1  failed
-    // The second form also gives the sender, and leaves the outputs where no datagram came. It uses the static buffer
-    // of inet_ntoa(3): one thread at a time in the whole program.
+    // The second form also gives the sender, and leaves the outputs where no datagram came.
     int recvfrom(char* buffer, int length);
     int recvfrom(char* buffer, int length, std::string& peerAddress, int& peerPort);
 

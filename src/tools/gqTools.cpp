@@ -21,7 +21,7 @@ struct Base {
 
 // The start of a day: where a clock change skips midnight, Qt's constructor from a date finds the first moment of the
 // day, and the one from a date and 00:00 does not.
-static QDateTime startOf(const QDate& date)
+static QDateTime firstMoment(const QDate& date)
 {
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
@@ -29,9 +29,9 @@ static QDateTime startOf(const QDate& date)
     QT_WARNING_POP
 }
 
-static unsigned int start(const QDate& date)
+static unsigned int startSeconds(const QDate& date)
 {
-    return startOf(date).toTime_t();
+    return firstMoment(date).toTime_t();
 }
 
 static unsigned int clockTime(const QDate& date, int hours, int minutes, int seconds)
@@ -49,7 +49,7 @@ static unsigned int times(int number, unsigned int unit)
 
 static unsigned int dayStart(const Base& base, int daysBack)
 {
-    return start(base.date().addDays(-daysBack));
+    return startSeconds(base.date().addDays(-daysBack));
 }
 
 static unsigned int dayEnd(const Base& base, int daysBack)
@@ -81,13 +81,13 @@ static QDate dayOfMonth(const Base& base, int daysBehindFirst)
 static unsigned int monthDayStart(const Base& base, int daysBehindFirst)
 {
     const QDate date = dayOfMonth(base, daysBehindFirst);
-    return date.isNull() ? 0 : start(date);
+    return date.isNull() ? 0 : startSeconds(date);
 }
 
 static unsigned int monthDayEnd(const Base& base, int daysBehindFirst)
 {
     const QDate date = dayOfMonth(base, daysBehindFirst);
-    return date.isNull() ? 0 : start(date) + day - 1;
+    return date.isNull() ? 0 : startSeconds(date) + day - 1;
 }
 
 // --- Rules of hours and minutes
@@ -150,39 +150,39 @@ static unsigned int minuteOfDay(const Base& base, int minutes)
 static unsigned int monthStart(const Base& base, int)
 {
     const QDate today = base.date();
-    return start(QDate(today.year(), today.month(), 1));
+    return startSeconds(QDate(today.year(), today.month(), 1));
 }
 
 static unsigned int monthEnd(const Base& base, int)
 {
     const QDate today = base.date();
-    return startOf(QDate(today.year(), today.month(), 1)).addMonths(1).toTime_t() - 1;
+    return firstMoment(QDate(today.year(), today.month(), 1)).addMonths(1).toTime_t() - 1;
 }
 
 static unsigned int yearsMonthStart(const Base& base, int month)
 {
-    return start(QDate(base.date().year(), month, 1));
+    return startSeconds(QDate(base.date().year(), month, 1));
 }
 
 static unsigned int yearsMonthEnd(const Base& base, int month) // below 1 there is none: all ones, less 1
 {
-    return startOf(QDate(base.date().year(), month, 1)).addMonths(1).toTime_t() - 1;
+    return firstMoment(QDate(base.date().year(), month, 1)).addMonths(1).toTime_t() - 1;
 }
 
 static unsigned int lastYearsMonthStart(const Base& base, int month)
 {
-    return start(QDate(base.date().year() - 1, month, 1));
+    return startSeconds(QDate(base.date().year() - 1, month, 1));
 }
 
 static unsigned int lastYearsMonthEnd(const Base& base, int month)
 {
     const int year = base.date().year();
-    return start(month == 12 ? QDate(year, 1, 1) : QDate(year - 1, month + 1, 1)) - 1;
+    return startSeconds(month == 12 ? QDate(year, 1, 1) : QDate(year - 1, month + 1, 1)) - 1;
 }
 
 static unsigned int yearStart(const Base& base, int)
 {
-    return start(QDate(base.date().year(), 1, 1));
+    return startSeconds(QDate(base.date().year(), 1, 1));
 }
 
 static unsigned int yearClockEnd(const Base& base, int)
@@ -192,12 +192,12 @@ static unsigned int yearClockEnd(const Base& base, int)
 
 static unsigned int yearStartBack(const Base& base, int yearsBack)
 {
-    return startOf(QDate(base.date().year(), 1, 1)).addYears(-yearsBack).toTime_t();
+    return firstMoment(QDate(base.date().year(), 1, 1)).addYears(-yearsBack).toTime_t();
 }
 
 static unsigned int yearEndBack(const Base& base, int yearsBack)
 {
-    return startOf(QDate(base.date().year(), 12, 31)).addYears(-yearsBack).toTime_t() + day - 1;
+    return firstMoment(QDate(base.date().year(), 12, 31)).addYears(-yearsBack).toTime_t() + day - 1;
 }
 
 static unsigned int sameTimeYearsAhead(const Base& base, int years)
@@ -274,7 +274,7 @@ struct Wording {
 };
 
 // The first row that holds a code decides. QT_TRANSLATE_NOOP marks the pieces for lupdate. Not the families above,
-// although close to them: where the two differ, programs and people are used to either.
+// although close to them: where the two differ, programs and people rely on both.
 static const Wording wordings[] = {
     {INT_MIN, 0, noNumber, QT_TRANSLATE_NOOP("QObject", "当前时间"), nullptr},
     {1, 1, noNumber, QT_TRANSLATE_NOOP("QObject", "当日0点"), nullptr},
@@ -289,8 +289,8 @@ static const Wording wordings[] = {
     {232, 326, 302, nullptr, QT_TRANSLATE_NOOP("QObject", "时0点")},
     {327, 353, 329, nullptr, QT_TRANSLATE_NOOP("QObject", "时终点")},
     {354, 374, 360, nullptr, QT_TRANSLATE_NOOP("QObject", "时之前")},
-    {375, 405, 380, nullptr,
-     QT_TRANSLATE_NOOP("QObject", "点")}, // an hour more than is evaluated, here and in the next row
+    // The next two rows read an hour more than is evaluated.
+    {375, 405, 380, nullptr, QT_TRANSLATE_NOOP("QObject", "点")},
     {406, 434, 409, nullptr, QT_TRANSLATE_NOOP("QObject", "点终点")},
     {1001, 1001, noNumber, QT_TRANSLATE_NOOP("QObject", "当月0点"), nullptr},
     {1002, 1002, noNumber, QT_TRANSLATE_NOOP("QObject", "当月终点"), nullptr},

@@ -21,11 +21,16 @@ public:
     //
     // On a day with a clock change, families differ: some end a day by adding 86399 seconds to its start, others by the
     // clock time 23:59:59, and those of an hour or a minute of the day (375 to 484, from 2001 on) add to its start.
+    //
+    // A base from 2038 on is passed as static_cast<int> of the unsigned seconds.
     static unsigned int calcRelTime(int relTime, int baseTime);
 
     // The words for a code, in Chinese; another language through a QTranslator with the context QObject (gqLib_en.qm
     // comes with the library). A text is put together of one to three pieces, each translated by itself. Empty from
-    // 2001 on. The words follow a number line of their own, which differs from calcRelTime's in places: they count the
-    // hours of the day one higher (375 to 434), and speak of months where it steps days.
+    // 2001 on.
+    //
+    // The words follow a number line of their own, which differs from calcRelTime's in places: 0 and below read as now but
+    // have no moment; 375 to 434 count the hours of the day one higher; 435 to 505, hours and minutes, and the days from
+    // 485 to 1100 read as months; 1304 to 1353, 1402 to 1451 and 1601 to 1610 all read "0点0分".
     static QString relTime2Str(int relTime);
 };

@@ -66,12 +66,13 @@ int runStation(const QStringList& arguments)
     faults.wrongEnd = parser.isSet(wrongEnd);
     faults.closes = parser.isSet(closes);
 
-    static StationLog log; // outlives the threads of the connections
+    // Neither is ever destroyed: their threads run until the process ends.
+    static StationLog& log = *new StationLog;
     if (parser.isSet(logFile) && !log.open(parser.value(logFile))) {
         printError(QString("can't write to %1").arg(parser.value(logFile)));
         return exitFailed;
     }
-    Station station(faults, log);
+    static Station& station = *new Station(faults, log);
     if (!station.listen(parser.value(address), portNumber, parser.isSet(udp))) {
         printError(QString("can't listen on %1, port %2").arg(parser.value(address)).arg(portNumber));
         return exitFailed;
@@ -80,6 +81,7 @@ int runStation(const QStringList& arguments)
     log.add(listening);
     printLine(listening);
     station.serve();
+    log.save();
     printError("can't accept any more connections");
     return exitFailed;
 }

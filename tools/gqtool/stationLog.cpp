@@ -34,6 +34,12 @@ void StationLog::add(const QString& line)
     log.info(line, static_cast<unsigned int>(now / 1000), static_cast<unsigned int>(now % 1000));
 }
 
+void StationLog::save()
+{
+    if (isOpen)
+        log.save();
+}
+
 void StationLog::Saver::run()
 {
     const sigset_t endings = endSignals();

@@ -37,8 +37,8 @@ static const Family families[] = {
     {354, 374, "N hours before (code - 360)"},
     {375, 405, "start of hour N of the day (code - 381)"},
     {406, 434, "end of hour N of the day (code - 410)"},
-    {435, 459, "latest start of an hour N (code - 435)"},
-    {460, 484, "latest end of an hour N (code - 460)"},
+    {435, 459, "latest start of hour N up to the base (code - 435)"},
+    {460, 484, "latest end of hour N up to the base (code - 460)"},
     {485, 500, "same time N days ahead (1050 - code)"},
     {501, 501, "1 minute before"},
     {502, 502, "same time N days ahead (1050 - code)"},
@@ -84,7 +84,8 @@ static QString codeText(int code, unsigned int base)
 static QString englishText(int code)
 {
     QTranslator english;
-    english.load("gqLib_en", QCoreApplication::applicationDirPath() + "/" TRANSLATIONS);
+    if (!english.load("gqLib_en", QCoreApplication::applicationDirPath() + "/" GQTOOL_TRANSLATIONS))
+        return "(gqLib_en.qm not found)";
     QCoreApplication::installTranslator(&english);
     return CGqTools::relTime2Str(code);
 }
