@@ -35,8 +35,8 @@ void dropFrame(QByteArray& frame, int& frameSize);
 // fails its check, or an error frame's code, with the frame given up. A code of 1 is possible and reads as success.
 int frameResult(QByteArray& frame, int& frameSize, int& len);
 
-// List replies: receive frame after frame into recvFrame of `client` by `receive`, its recvDatas, and parse each payload,
-// until `out` holds `count` elements. 1, or the first code of a frame.
+// List replies: receive frame after frame into recvFrame of `client` by `receive`, its recvDatas, and parse each
+// payload, until `out` holds `count` elements. 1, or the first code of a frame.
 using ReceiveFrame = std::function<int(int& len)>;
 int receiveBytes(CSocketAPI& client, QByteArray& frame, int& frameSize, const ReceiveFrame& receive, int count,
                  std::vector<unsigned char>& out);

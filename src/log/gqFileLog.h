@@ -10,11 +10,11 @@
 // A buffered text log. info() queues a line in memory; nothing touches the disk until the application calls save().
 // There is no thread of its own: who calls save(), and how often, is the application's decision.
 //
-// The file is UTF-8 text, a line for each record: with time the prefix "<hh:mm:ss.mmm> " (local time, no date), then
-// the message, then "\n". Behind the batch that brings it to 30000 records the file is moved aside, to its name with
-// ".bak" appended, in place of the one that was there; the next save begins a new file. A move that fails is not
-// noticed: the older file is gone, the file goes on, and the count starts at 0. Nothing else bounds or ages the log, and
-// nothing bounds the queue: without save() it grows until memory ends.
+// The file is UTF-8 text, a line for each record: with time the prefix "<hh:mm:ss.mmm> " (no date; the local time as it
+// stands at the save()), then the message, then "\n". Behind the batch that brings it to 30000 records the file is
+// moved aside, to its name with ".bak" appended, in place of the one that was there; the next save begins a new file. A
+// move that fails is not noticed: the older file is gone, the file goes on, and the count starts at 0. Nothing else
+// bounds or ages the log, and nothing bounds the queue: without save() it grows until memory ends.
 //
 // info() and save() may be called from any thread at any time; info() never waits for the disk. Records of one batch
 // keep the order of their info() calls, but the batches of two concurrent save() calls may stand in the file in either
@@ -26,7 +26,7 @@ public:
     struct LogData {
         QString text;                  // the message, without a line end
         unsigned int seconds = 0;      // since 1970-01-01 00:00 UTC
-        unsigned int milliseconds = 0; // shown as it is, even above 999
+        unsigned int milliseconds = 0; // shown as it is, even above 999; from 2^31 on as a negative number
     };
 
     explicit CGqFileLog(bool showTime = true);

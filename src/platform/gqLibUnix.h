@@ -38,7 +38,7 @@ public:
     // counting as running; call setExitState() once you know that it has ended: an object in run() whose destructor
     // sets a flag under a lock can tell, for cancellation runs it. Code in run() that swallows every
     // exception (catch (...)) makes the program end, for cancellation unwinds the stack. Never call it on a thread that
-    // has ended by cancellation: its handle is no longer valid.
+    // has ended by cancellation, nor while it may be ending by itself: its handle is no longer valid then.
     void terminate();
 
     // From start() until run() returns or setExitState() is called.
@@ -48,7 +48,7 @@ public:
     void setExitState();
 
 protected:
-    int threadId;            // the low 32 bits of the handle, as start() found it; for display
+    int threadId; // the low 32 bits of the handle, as start() found it: 0 if the thread had ended by then; for display
     pthread_t* threadHandle; // owned; 0 in it: not running
 };
 
@@ -83,11 +83,17 @@ protected:
 //
 // The lock belongs to the thread of the first reader, and only that thread can give it back. Where another thread is
 // the last reader out, its unlock fails unseen (EPERM), and the lock stays with the first reader's thread for good:
-// writers in all other threads wait for ever. Use it only where the thread that is first in is last out too; else use a
-// CMutex, or std::shared_mutex.
+// writers in all other threads wait for ever, the next reader among them waits too, and from then on so does everyone
+// who reads or stops reading. Use it only where the thread that is first in is last out too; else use a CMutex, or
+// std::shared_mutex.
 //
-// A writer may read as well, as long as nobody else does, and a thread may lock twice, if it unlocks as often. A reader
-// that asks for writing waits for itself, unless it was the first one in.
+// A thread may lock twice, if it unlocks as often. But take care where one both reads and writes:
+//   - a writer may read as well as long as no other thread reads or waits to; else both wait for ever
+//   - the first reader gets the write lock at once, even while others read: it keeps none of them out
+//   - any other reader that asks for writing waits for itself
+//
+// ThreadSanitizer reports an inverted order of its two mutexes. It does no harm: a last reader takes them the other way
+// round only while readerCount keeps the first ones off the second mutex.
 class GQLIB_EXPORT CReadWriteLock {
 public:
     CReadWriteLock();

@@ -7,9 +7,9 @@
 // them, and bytes change on the way. It never blocks: see recv and send, and termios(3) for the flags. One object
 // belongs to one thread at a time.
 //
-// A device that can be opened but is no terminal leaves an object in between: open() gave 0 and isOpen() is false, yet
-// the descriptor is held. open() then answers 1 and does nothing, and the destructor leaves the descriptor open: call
-// close().
+// A device that can be opened but is no terminal, such as a number without a port behind it, leaves an object in
+// between: open() gave 0 and isOpen() is false, yet the descriptor is held. open() then answers 1 and does nothing, and
+// the destructor leaves the descriptor open: call close().
 class GQLIB_EXPORT CSerial {
 public:
     CSerial();

@@ -29,8 +29,8 @@ public:
     // comes with the library). A text is put together of one to three pieces, each translated by itself. Empty from
     // 2001 on.
     //
-    // The words follow a number line of their own, which differs from calcRelTime's in places: 0 and below read as now but
-    // have no moment; 375 to 434 count the hours of the day one higher; 435 to 505, hours and minutes, and the days from
-    // 485 to 1100 read as months; 1304 to 1353, 1402 to 1451 and 1601 to 1610 all read "0点0分".
+    // The words follow a number line of their own, which differs from calcRelTime's in places: 0 and below read as now
+    // but have no moment; 375 to 434 count the hours of the day one higher; 435 to 505, hours and minutes, and the days
+    // from 485 to 1100 read as months; 1304 to 1353, 1402 to 1451 and 1601 to 1610 all read "0点0分".
     static QString relTime2Str(int relTime);
 };

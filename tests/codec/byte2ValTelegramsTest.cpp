@@ -116,7 +116,8 @@ TEST(GetCrc16, givesKnownValuesOfPlainRuns)
     EXPECT_EQ(crcOf(everyByte()), "de6c");
 }
 
-// A single byte b takes the entry ff ^ b of both tables: first is that of the low one, second ff ^ that of the high one.
+// A single byte b takes the entry ff ^ b of both tables: first is that of the low one, second ff ^ that of the high
+// one.
 TEST(GetCrc16, takesEachEntryOfTheTablesAtItsPlace)
 {
     const char* const firstEight[] = {"00ff", "c03e", "c17e", "01bf", "c3fe", "033f", "027f", "c2be"};

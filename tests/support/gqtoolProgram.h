@@ -42,8 +42,13 @@ public:
         process.waitForFinished(waitMs);
     }
 
-    QString nextLine()
+    QString nextLine() { return nextLineOf(QProcess::StandardOutput); }
+    QString nextError() { return nextLineOf(QProcess::StandardError); }
+
+private:
+    QString nextLineOf(QProcess::ProcessChannel channel)
     {
+        process.setReadChannel(channel);
         while (!process.canReadLine()) {
             if (!process.waitForReadyRead(waitMs))
                 return "no line";
@@ -51,7 +56,6 @@ public:
         return QString::fromUtf8(process.readLine()).trimmed();
     }
 
-private:
     QProcess process;
 };
 

@@ -19,10 +19,16 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <linux/can/raw.h>
+#include <net/if.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <pthread.h>
+#include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/select.h>
 #include <sys/socket.h>
+#include <termios.h>
 #include <unistd.h>
 
 // --- The script ---
@@ -35,7 +41,8 @@ struct Answer {
 
     void handOut(void* target, size_t room) const
     {
-        std::memcpy(target, out.constData(), std::min(size_t(out.size()), room));
+        if (!out.isEmpty()) // else the target may be null
+            std::memcpy(target, out.constData(), std::min(size_t(out.size()), room));
     }
 };
 
@@ -43,14 +50,20 @@ class SystemCallScript {
 public:
     std::map<std::string, std::deque<Answer>> answers;
     std::string lines;
+    SystemCalls::NewThread newThread;
+    termios lineSettings = {};
+    std::map<const pthread_mutex_t*, std::string> mutexes; // with their names
+    int mutexCount = 0;                                    // of all that were ever initialised
+
+    bool knows(const pthread_mutex_t* mutex) const { return mutexes.count(mutex) != 0; }
 
     // Writes the call down and gives its answer.
     template <typename... Arguments>
     Answer call(const char* function, const Arguments&... arguments)
     {
         std::ostringstream line;
-        const char* separator = "(";
-        line << function;
+        [[maybe_unused]] const char* separator = "";
+        line << function << "(";
         ((line << separator << arguments, separator = ", "), ...);
         lines += line.str() + ")\n";
 
@@ -96,6 +109,22 @@ void SystemCalls::answerSelect(int result, const Descriptors& readable, const De
     script->answers["select"].push_back({result, 0, {}, {readable, writable, exceptional}});
 }
 
+SystemCalls::NewThread SystemCalls::newThread() const
+{
+    return script->newThread;
+}
+
+void SystemCalls::name(const pthread_mutex_t& mutex, const std::string& text)
+{
+    ASSERT_TRUE(script->knows(&mutex)) << text << " was not initialised";
+    script->mutexes[&mutex] = text;
+}
+
+termios SystemCalls::lineSettings() const
+{
+    return script->lineSettings;
+}
+
 std::string SystemCalls::take()
 {
     return std::exchange(script->lines, {});
@@ -129,7 +158,7 @@ static std::string typeName(int type)
 
 static std::string levelName(int level)
 {
-    return named(level, {NAME(SOL_SOCKET), NAME(IPPROTO_IP), NAME(IPPROTO_TCP)});
+    return named(level, {NAME(SOL_SOCKET), NAME(IPPROTO_IP), NAME(IPPROTO_TCP), NAME(SOL_CAN_RAW)});
 }
 
 static std::string optionName(int level, int option)
@@ -138,8 +167,13 @@ static std::string optionName(int level, int option)
     case SOL_SOCKET:
         return named(option, {NAME(SO_REUSEADDR), NAME(SO_LINGER), NAME(SO_RCVBUF), NAME(SO_SNDBUF), NAME(SO_RCVTIMEO),
                               NAME(SO_SNDTIMEO), NAME(SO_ERROR), NAME(SO_KEEPALIVE), NAME(SO_BROADCAST)});
+    case IPPROTO_IP:
+        return named(option, {NAME(IP_ADD_MEMBERSHIP), NAME(IP_DROP_MEMBERSHIP), NAME(IP_MULTICAST_IF),
+                              NAME(IP_MULTICAST_LOOP), NAME(IP_MULTICAST_TTL)});
     case IPPROTO_TCP:
         return named(option, {NAME(TCP_NODELAY)});
+    case SOL_CAN_RAW:
+        return named(option, {NAME(CAN_RAW_FILTER), NAME(CAN_RAW_RECV_OWN_MSGS), NAME(CAN_RAW_FD_FRAMES)});
     default:
         return std::to_string(option);
     }
@@ -157,6 +191,11 @@ static std::string bytes(const void* data, size_t size)
 
 static std::string addressText(const sockaddr* address, socklen_t size)
 {
+    if (address->sa_family == AF_CAN && size >= 8) { // 0 family, 4 index of the interface
+        int index = 0;
+        std::memcpy(&index, reinterpret_cast<const char*>(address) + 4, sizeof index);
+        return "{AF_CAN, " + std::to_string(index) + "}";
+    }
     if (address->sa_family != AF_INET || size < sizeof(sockaddr_in))
         return bytes(address, size);
     sockaddr_in inet = {};
@@ -197,14 +236,44 @@ static std::string timeText(const timeval* time)
     return "{" + std::to_string(time->tv_sec) + ", " + std::to_string(time->tv_usec) + "}";
 }
 
-// --- The functions ---
-
-// The function of that name that these stand ahead of.
+// The function of that name that the ones below stand ahead of.
 template <typename Function>
 static Function* libc(const char* name)
 {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
+
+static std::string attributesText(const pthread_attr_t* attributes)
+{
+    if (attributes == nullptr)
+        return "null";
+    int state = 0;
+    int inheritance = 0;
+    ::pthread_attr_getdetachstate(attributes, &state);
+    ::pthread_attr_getinheritsched(attributes, &inheritance);
+
+    pthread_attr_t same;
+    ::pthread_attr_init(&same); // from zero bytes on
+    ::pthread_attr_setdetachstate(&same, state);
+    ::pthread_attr_setinheritsched(&same, inheritance);
+    const bool more = std::memcmp(&same, attributes, sizeof same) != 0;
+    libc<decltype(::pthread_attr_destroy)>("pthread_attr_destroy")(&same);
+
+    return "{" + named(state, {NAME(PTHREAD_CREATE_DETACHED), NAME(PTHREAD_CREATE_JOINABLE)}) + ", " +
+           named(inheritance, {NAME(PTHREAD_INHERIT_SCHED), NAME(PTHREAD_EXPLICIT_SCHED)}) +
+           (more ? ", and more}" : "}");
+}
+
+static std::string attributesText(const pthread_mutexattr_t* attributes)
+{
+    if (attributes == nullptr)
+        return "null";
+    int type = 0;
+    ::pthread_mutexattr_gettype(attributes, &type);
+    return named(type, {NAME(PTHREAD_MUTEX_NORMAL), NAME(PTHREAD_MUTEX_RECURSIVE), NAME(PTHREAD_MUTEX_ERRORCHECK)});
+}
+
+// --- The functions ---
 
 extern "C" {
 
@@ -304,6 +373,29 @@ ssize_t recv(int descriptor, void* buffer, size_t size, int flags)
     return answer.result;
 }
 
+ssize_t sendto(int descriptor, const void* data, size_t size, int flags, const sockaddr* address, socklen_t addressSize)
+{
+    if (active == nullptr)
+        return libc<decltype(::sendto)>("sendto")(descriptor, data, size, flags, address, addressSize);
+    return active
+        ->call("sendto", descriptor, bytes(data, size), size, flagName(flags), addressText(address, addressSize),
+               addressSize)
+        .result;
+}
+
+ssize_t recvfrom(int descriptor, void* buffer, size_t size, int flags, sockaddr* address, socklen_t* addressSize)
+{
+    if (active == nullptr)
+        return libc<decltype(::recvfrom)>("recvfrom")(descriptor, buffer, size, flags, address, addressSize);
+    const Answer answer = active->call("recvfrom", descriptor, size, flagName(flags), *addressSize);
+    const int count = std::max(int(answer.result), 0);
+    const QByteArray data = answer.out.left(count);
+    const QByteArray sender = answer.out.mid(count);
+    std::memcpy(buffer, data.constData(), std::min(size_t(data.size()), size));
+    std::memcpy(address, sender.constData(), std::min(size_t(sender.size()), size_t(*addressSize)));
+    return answer.result;
+}
+
 int select(int count, fd_set* readable, fd_set* writable, fd_set* exceptional, timeval* time)
 {
     if (active == nullptr)
@@ -343,6 +435,158 @@ sighandler_t signal(int number, sighandler_t handler) noexcept
     const std::string name = named(number, {NAME(SIGPIPE)});
     const char* action = handler == SIG_IGN ? "SIG_IGN" : handler == SIG_DFL ? "SIG_DFL" : "a function";
     return active->call("signal", name, action).result < 0 ? SIG_ERR : SIG_DFL;
+}
+
+int pthread_create(pthread_t* handle, const pthread_attr_t* attributes, void* (*entry)(void*), void* argument) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::pthread_create)>("pthread_create")(handle, attributes, entry, argument);
+    active->newThread = {handle, entry, argument};
+    const Answer answer = active->call("pthread_create", attributesText(attributes));
+    answer.handOut(handle, sizeof *handle);
+    return int(answer.result);
+}
+
+int pthread_attr_destroy(pthread_attr_t* attributes) noexcept
+{
+    if (active != nullptr)
+        active->call("pthread_attr_destroy", attributesText(attributes));
+    return libc<decltype(::pthread_attr_destroy)>("pthread_attr_destroy")(attributes); // for what they hold
+}
+
+int pthread_cancel(pthread_t handle)
+{
+    if (active == nullptr)
+        return libc<decltype(::pthread_cancel)>("pthread_cancel")(handle);
+    return int(active->call("pthread_cancel", handle).result);
+}
+
+int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::pthread_mutex_init)>("pthread_mutex_init")(mutex, attributes);
+    std::string& name = active->mutexes[mutex];
+    name = "mutex " + std::to_string(++active->mutexCount);
+    return int(active->call("pthread_mutex_init", name, attributesText(attributes)).result);
+}
+
+int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
+{
+    if (active == nullptr || !active->knows(mutex))
+        return libc<decltype(::pthread_mutex_lock)>("pthread_mutex_lock")(mutex);
+    return int(active->call("pthread_mutex_lock", active->mutexes[mutex]).result);
+}
+
+int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept
+{
+    if (active == nullptr || !active->knows(mutex))
+        return libc<decltype(::pthread_mutex_unlock)>("pthread_mutex_unlock")(mutex);
+    return int(active->call("pthread_mutex_unlock", active->mutexes[mutex]).result);
+}
+
+int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept
+{
+    if (active == nullptr || !active->knows(mutex))
+        return libc<decltype(::pthread_mutex_destroy)>("pthread_mutex_destroy")(mutex);
+    const std::string name = active->mutexes[mutex];
+    active->mutexes.erase(mutex);
+    return int(active->call("pthread_mutex_destroy", name).result);
+}
+
+int sched_yield() noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::sched_yield)>("sched_yield")();
+    return int(active->call("sched_yield").result);
+}
+
+unsigned int sleep(unsigned int seconds)
+{
+    if (active == nullptr)
+        return libc<decltype(::sleep)>("sleep")(seconds);
+    return static_cast<unsigned int>(active->call("sleep", seconds).result);
+}
+
+int usleep(useconds_t microseconds)
+{
+    if (active == nullptr)
+        return libc<decltype(::usleep)>("usleep")(microseconds);
+    return int(active->call("usleep", microseconds).result);
+}
+
+ssize_t read(int descriptor, void* buffer, size_t size)
+{
+    if (active == nullptr)
+        return libc<decltype(::read)>("read")(descriptor, buffer, size);
+    const Answer answer = active->call("read", descriptor, size);
+    answer.handOut(buffer, size);
+    return answer.result;
+}
+
+ssize_t write(int descriptor, const void* data, size_t size)
+{
+    if (active == nullptr)
+        return libc<decltype(::write)>("write")(descriptor, data, size);
+    return active->call("write", descriptor, bytes(data, size), size).result;
+}
+
+int ioctl(int descriptor, unsigned long request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (active == nullptr)
+        return libc<decltype(::ioctl)>("ioctl")(descriptor, request, argument);
+    auto* interface = static_cast<ifreq*>(argument);
+    const std::string name(interface->ifr_name, ::strnlen(interface->ifr_name, sizeof interface->ifr_name));
+    const Answer answer = active->call("ioctl", descriptor, named(int(request), {NAME(SIOCGIFINDEX)}), name);
+    answer.handOut(&interface->ifr_ifindex, sizeof interface->ifr_ifindex);
+    return int(answer.result);
+}
+
+int open(const char* path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    if (active == nullptr)
+        return libc<decltype(::open)>("open")(path, flags, mode);
+    return int(active->call("open", path, named(flags, {NAME(O_RDWR | O_NOCTTY | O_NONBLOCK)})).result);
+}
+
+int isatty(int descriptor) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::isatty)>("isatty")(descriptor);
+    return int(active->call("isatty", descriptor).result);
+}
+
+int tcgetattr(int descriptor, termios* settings) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::tcgetattr)>("tcgetattr")(descriptor, settings);
+    const Answer answer = active->call("tcgetattr", descriptor);
+    answer.handOut(settings, sizeof *settings);
+    return int(answer.result);
+}
+
+int tcsetattr(int descriptor, int when, const termios* settings) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::tcsetattr)>("tcsetattr")(descriptor, when, settings);
+    active->lineSettings = *settings;
+    const std::string name = named(when, {NAME(TCSANOW), NAME(TCSADRAIN), NAME(TCSAFLUSH)});
+    return int(active->call("tcsetattr", descriptor, name).result);
+}
+
+int tcflush(int descriptor, int queues) noexcept
+{
+    if (active == nullptr)
+        return libc<decltype(::tcflush)>("tcflush")(descriptor, queues);
+    const std::string name = named(queues, {NAME(TCIFLUSH), NAME(TCOFLUSH), NAME(TCIOFLUSH)});
+    return int(active->call("tcflush", descriptor, name).result);
 }
 
 } // extern "C"

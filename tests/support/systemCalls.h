@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include <pthread.h>
+#include <termios.h>
+
 class SystemCallScript;
 
 // Stands in for the system. The test program defines the libc functions that the library calls (systemCalls.cpp), and
@@ -19,9 +22,10 @@ class SystemCallScript;
 //                             "setsockopt(7, IPPROTO_TCP, TCP_NODELAY, [01], 1)\n" ...
 //
 // A call is a line: its name and what it was given, in the order of the arguments. Constants go by name, other numbers
-// are decimal, bytes in memory hex: a value or data as [01 00], an IPv4 address as {AF_INET, port, address} in the order
-// of its bytes. The set of a select is {7, 9} and shows the descriptors below its count, a null one is null, and a time
-// is {seconds, microseconds}. A buffer that the call is to fill shows as its size alone.
+// are decimal, bytes in memory hex: a value or data as [01 00], an IPv4 address as {AF_INET, port, address} in the
+// order of its bytes, a CAN address as {AF_CAN, index}. The set of a select is {7, 9} and shows the descriptors below
+// its count, a null one is null, and a time is {seconds, microseconds}. A buffer that the call is to fill shows as its
+// size alone.
 class SystemCalls {
 public:
     SystemCalls();
@@ -30,7 +34,9 @@ public:
     SystemCalls& operator=(const SystemCalls&) = delete;
 
     // What the next call of the function gives that has no answer yet: its result, and the bytes that it hands out. A
-    // call without an answer gives 0 and hands out nothing. errno changes in `refuse` alone.
+    // call without an answer gives 0 and hands out nothing. errno changes in `refuse` alone. What recvfrom hands out is
+    // as many bytes as its result says, and the sender's address behind them; what ioctl hands out is the index of an
+    // interface.
     void answer(const std::string& function, long result, const QByteArray& out = {});
     void refuse(const std::string& function, int error); // -1 and this errno
 
@@ -39,6 +45,22 @@ public:
     using Descriptors = std::vector<int>;
     void answerSelect(int result, const Descriptors& readable, const Descriptors& writable,
                       const Descriptors& exceptional);
+
+    // What the latest pthread_create was given beside the attributes. It makes no thread; its answer hands the handle
+    // out. Attributes show as {detach state, inheritance of scheduling}, and as more than that if more was set.
+    struct NewThread {
+        pthread_t* handle = nullptr;
+        void* (*entry)(void*) = nullptr;
+        void* argument = nullptr;
+    };
+    NewThread newThread() const;
+
+    // The name in the lines to come of a mutex that pthread_mutex_init was asked for meanwhile; from there it is
+    // "mutex 1", "mutex 2" and so on. Calls on all other mutexes, such as those of the test framework, go on to libc.
+    void name(const pthread_mutex_t& mutex, const std::string& text);
+
+    // What the latest tcsetattr was given beside the line.
+    termios lineSettings() const;
 
     // The calls since the last time, each with a newline behind it.
     std::string take();

@@ -1,0 +1,189 @@
+// The programs of examples/ against peers: what a user sees when trying them.
+
+#include "support/deviceLink.h"
+#include "support/gqtoolProgram.h"
+#include "support/hex.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+static QString example(const char* name)
+{
+    return QString(EXAMPLES) + "/" + name;
+}
+
+// --- TCP and UDP --------------------------------------------------------------------------------------------------
+
+TEST(FirstProgram, asksTheStation)
+{
+    RunningStation station;
+    const Outcome outcome = runProgram(example("firstProgram"), {station.endpoint.section(':', 1)});
+    EXPECT_EQ(outcome.exitCode, 0);
+    const QStringList lines = outcome.output.split('\n');
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_EQ(lines[0], "setRecvOverTm:0, 9000");
+    EXPECT_TRUE(lines[1].startsWith("time "));
+    EXPECT_EQ(lines[2], "5 values, the last one 240");
+}
+
+TEST(UdpClient, asksTheStationForItsTime)
+{
+    RunningStation station({"--udp"});
+    const long long before = std::time(nullptr);
+    const Outcome outcome = runProgram(example("udpClient"), station.endpoint.split(':'));
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(outcome.output.startsWith("time "));
+    EXPECT_GE(outcome.output.mid(5).toLongLong(), before);
+}
+
+TEST(UdpClient, tellsThatNobodyAnswers)
+{
+    QStringList endpoint;
+    {
+        RunningStation station({"--udp"});
+        endpoint = station.endpoint.split(':');
+    }
+    const Outcome outcome = runProgram(example("udpClient"), endpoint);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "no reply: -1\n");
+}
+
+// A port that was free a moment ago.
+static int freePort()
+{
+    const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in end = {};
+    end.sin_family = AF_INET;
+    socklen_t size = sizeof end;
+    bind(descriptor, reinterpret_cast<const sockaddr*>(&end), size);
+    getsockname(descriptor, reinterpret_cast<sockaddr*>(&end), &size);
+    close(descriptor);
+    return ntohs(end.sin_port);
+}
+
+TEST(MulticastReceiver, printsWhatComesToTheGroupWithItsSender)
+{
+    const QString port = QString::number(freePort());
+    RunningProgram receiver(example("multicastReceiver"), {"239.255.77.1", port, "127.0.0.1"});
+    ASSERT_EQ(receiver.nextLine(), "listening");
+
+    // Not by the example that sends: nothing that it sends comes back to this machine.
+    const int sender = socket(AF_INET, SOCK_DGRAM, 0);
+    const in_addr loopback = {htonl(INADDR_LOOPBACK)};
+    setsockopt(sender, IPPROTO_IP, IP_MULTICAST_IF, &loopback, sizeof loopback);
+    sockaddr_in group = {};
+    group.sin_family = AF_INET;
+    group.sin_port = htons(port.toUShort());
+    group.sin_addr.s_addr = inet_addr("239.255.77.1");
+    EXPECT_EQ(sendto(sender, "\x01\xff", 2, 0, reinterpret_cast<const sockaddr*>(&group), sizeof group), 2);
+    sockaddr_in own = {};
+    socklen_t size = sizeof own;
+    getsockname(sender, reinterpret_cast<sockaddr*>(&own), &size);
+    EXPECT_EQ(receiver.nextLine(), QString("127.0.0.1:%1  01 ff").arg(ntohs(own.sin_port)));
+    close(sender);
+}
+
+TEST(MulticastReceiver, tellsThatItCanNotJoin)
+{
+    const Outcome outcome = runProgram(example("multicastReceiver"), {"127.0.0.1", "5000"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "can't join 127.0.0.1\n");
+}
+
+TEST(MulticastSender, sendsOnAnInterface)
+{
+    const Outcome outcome = runProgram(example("multicastSender"), {"239.255.77.1", "5000", "hello", "127.0.0.1"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors, "");
+}
+
+// --- Serial line --------------------------------------------------------------------------------------------------
+
+// A field device at the other end of a line: the master of a pseudo terminal.
+class ModbusPoll : public testing::Test {
+protected:
+    ModbusPoll()
+    {
+        grantpt(device);
+        unlockpt(device);
+        const char* name = ptsname(device);
+        line = std::make_unique<DeviceLink>(name != nullptr ? name : "");
+    }
+    ~ModbusPoll() override { close(device); }
+
+    void SetUp() override
+    {
+        if (!line->isMade())
+            GTEST_SKIP() << "no names can be made in /dev";
+    }
+
+    // The request that comes, of just that size.
+    QByteArray request(int size) const
+    {
+        QByteArray bytes;
+        pollfd wait = {device, POLLIN, 0};
+        while (bytes.size() < size && poll(&wait, 1, waitMs) == 1) {
+            char part[64];
+            const ssize_t count = read(device, part, size_t(size - bytes.size()));
+            if (count > 0)
+                bytes.append(part, int(count));
+            else
+                usleep(1000); // nobody has the line open yet
+        }
+        return bytes;
+    }
+
+    void reply(const QByteArray& bytes) const
+    {
+        EXPECT_EQ(write(device, bytes.constData(), size_t(bytes.size())), bytes.size());
+    }
+
+    const int device = posix_openpt(O_RDWR | O_NOCTTY);
+    std::unique_ptr<DeviceLink> line;
+};
+
+TEST_F(ModbusPoll, readsRegistersThatComeInParts)
+{
+    RunningProgram poll(example("modbusPoll"), {QString::number(line->number()), "17", "107", "3"});
+    EXPECT_EQ(hex(request(8)), hex("11 03 006b 0003 7687"_hex)); // the reference's own example, with its CRC
+    reply("11 03 06 ae41"_hex);
+    reply("5652 4340 49ad"_hex);
+    EXPECT_EQ(poll.nextLine(), "107: 44609");
+    EXPECT_EQ(poll.nextLine(), "108: 22098");
+    EXPECT_EQ(poll.nextLine(), "109: 17216");
+}
+
+TEST_F(ModbusPoll, refusesAReplyWithAWrongCrc)
+{
+    RunningProgram poll(example("modbusPoll"), {QString::number(line->number()), "17", "107", "1"});
+    EXPECT_EQ(request(8).size(), 8);
+    reply("11 03 02 ae41 0000"_hex);
+    EXPECT_TRUE(poll.nextError().startsWith("openComm: /dev/ttyS")); // the library's own lines
+    EXPECT_EQ(poll.nextError(), "openComm success");
+    EXPECT_EQ(poll.nextError(), "no good reply: 11 03 02 ae 41 00 00");
+}
+
+// --- Texts and usage ----------------------------------------------------------------------------------------------
+
+TEST(EnglishTexts, printsACodeInBothLanguages)
+{
+    const Outcome outcome = runProgram(example("englishTexts"), {});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, QString::fromUtf8("155: 5号\n155: 5 (day of the month)\n"));
+}
+
+TEST(Examples, tellTheirUsage)
+{
+    for (const char* name : {"canListener", "modbusPoll", "multicastReceiver", "multicastSender", "udpClient"}) {
+        const Outcome outcome = runProgram(example(name), {});
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_TRUE(outcome.errors.startsWith(QString("usage: %1 ").arg(name))) << outcome.errors.toStdString();
+    }
+}
