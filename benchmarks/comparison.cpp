@@ -23,11 +23,9 @@ static std::string benchmarkName(const std::string& job, const std::string& side
 void compare(const std::string& job, const Side& library, const std::vector<Peer>& peers)
 {
     comparisons.push_back({job, peers});
-    // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the registry owns what it makes of them
     benchmark::RegisterBenchmark(benchmarkName(job, "library").c_str(), library);
     for (const Peer& peer : peers)
         benchmark::RegisterBenchmark(benchmarkName(job, peer.name).c_str(), peer.side);
-    // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 // --- Measuring ----------------------------------------------------------------------------------------------------

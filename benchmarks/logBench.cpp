@@ -35,6 +35,7 @@ static void callFrom(int threads, const std::function<void(int)>& call)
         return;
     }
     std::vector<std::thread> running;
+    running.reserve(static_cast<size_t>(threads));
     for (int i = 0; i < threads; ++i)
         running.emplace_back(call, batch / threads);
     for (std::thread& thread : running)

@@ -86,7 +86,7 @@ public:
     // Waits for one datagram and reads it.
     //     1  recvFrame holds a checked frame; `len` is its payload length. As for CTcpAPI::recvDatas
     //     0  no datagram in time; or no whole frame in it, whose part then stays for the next call; or a frame that
-    //        failed its check and was dropped
+    //        failed its check and was dropped; or, with the socket closed, a datagram that was gone when it was read
     //    -1  the wait failed; or the read did, with the socket closed
     //   any other  an error frame's code, -2 if it has none
     int recvDatas(int& len);

@@ -717,8 +717,9 @@ int CSocketCan::open(const std::string& ifaceName, int ifaceArg, int, bool nonBl
     }
 
     ifreq request = {};
-    if (std::strlen(ifaceName.c_str()) < sizeof request.ifr_name) // no system has one with a longer name
-        std::strcpy(request.ifr_name, ifaceName.c_str());
+    const size_t nameSize = std::strlen(ifaceName.c_str());
+    if (nameSize < sizeof request.ifr_name) // no system has one with a longer name
+        std::memcpy(request.ifr_name, ifaceName.c_str(), nameSize);
     const int result = ioctl(*handle, SIOCGIFINDEX, &request);
     const int index = request.ifr_ifindex;
     if (result != 0 && index == 0) {

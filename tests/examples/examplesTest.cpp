@@ -62,7 +62,7 @@ static int freePort()
     sockaddr_in end = {};
     end.sin_family = AF_INET;
     socklen_t size = sizeof end;
-    bind(descriptor, reinterpret_cast<const sockaddr*>(&end), size);
+    EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&end), size), 0);
     getsockname(descriptor, reinterpret_cast<sockaddr*>(&end), &size);
     close(descriptor);
     return ntohs(end.sin_port);

@@ -5,8 +5,12 @@
 #include <cstdlib>
 #include <string>
 
+#include <arpa/inet.h>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
 #include <sched.h>
+#include <sys/socket.h>
 
 static Descriptor presentHost()
 {
@@ -22,6 +26,32 @@ static bool setUp(const std::string& device, const std::string& address)
 {
     return succeeds("ip link set lo up && ip addr add " + address + "/24 broadcast + dev " + device + //
                     " && ip link set " + device + " up && ip route add default dev " + device);
+}
+
+// On a free port of every interface of the present host.
+static Descriptor datagramSocket()
+{
+    Descriptor descriptor(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const int on = 1;
+    ::setsockopt(descriptor, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    static_cast<void>(::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+    return descriptor;
+}
+
+// The system drops what it sends into a new cable until it has noticed that both ends are plugged in.
+static bool becomesReachable(int from, int to)
+{
+    sockaddr_in address = {};
+    socklen_t size = sizeof address;
+    ::getsockname(to, reinterpret_cast<sockaddr*>(&address), &size);
+    address.sin_addr.s_addr = ::inet_addr("10.1.0.255");
+    const auto start = Clock::now();
+    do {
+        ::sendto(from, "x", 1, 0, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    } while (!becomes(to, POLLIN, 5) && msSince(start) < limitMs);
+    return becomes(to, POLLIN, 0);
 }
 
 TwoHosts::TwoHosts() : home(presentHost()), complete(make()) {}
@@ -45,8 +75,12 @@ bool TwoHosts::make()
         return false;
     if (!setUp("near", "10.1.0.1"))
         return false;
+    const Descriptor atNear = datagramSocket();
     enterFar();
-    return setUp("far", "10.1.0.2");
+    if (!setUp("far", "10.1.0.2"))
+        return false;
+    const Descriptor atFar = datagramSocket();
+    return becomesReachable(atNear, atFar) && becomesReachable(atFar, atNear);
 }
 
 void TwoHosts::enter(int host)

@@ -43,7 +43,7 @@ void StationLog::save()
 void StationLog::Saver::run()
 {
     const sigset_t endings = endSignals();
-    const timespec pause = {0, 200 * 1000 * 1000};
+    const timespec pause = {0, 200000000}; // 200 ms
     int signal;
     do {
         signal = sigtimedwait(&endings, nullptr, &pause);
