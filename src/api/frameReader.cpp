@@ -3,6 +3,8 @@
 #include "byteCursor.h"
 #include "socketApi.h"
 
+#include <QDateTime>
+
 #include <algorithm>
 #include <cstring>
 
@@ -153,6 +155,11 @@ int receiveStrings(CSocketAPI& client, QByteArray& frame, int& frameSize, const 
     return receiveList(
         frame, frameSize, receive, [&](const char* payload, int len) { return client.parseStrings(payload, len, out); },
         [&] { return out.size() >= count; });
+}
+
+int currentTime()
+{
+    return static_cast<int>(QDateTime::currentSecsSinceEpoch());
 }
 
 } // namespace gqdb

@@ -6,8 +6,8 @@
 #include <functional>
 #include <vector>
 
-// Reassembly and check of a reply frame. Its state is the pair `frame` and `frameSize`, the fields recvFrame and
-// recvFrameSize of CSocketAPI. Internal.
+// What the clients share: reassembly and check of a reply frame, above all. Its state is the pair `frame` and
+// `frameSize`, the fields recvFrame and recvFrameSize of CSocketAPI. Internal.
 namespace gqdb {
 
 class CSocketAPI;
@@ -44,5 +44,8 @@ int receiveInts(CSocketAPI& client, QByteArray& frame, int& frameSize, const Rec
                 std::vector<int>& out);
 int receiveStrings(CSocketAPI& client, QByteArray& frame, int& frameSize, const ReceiveFrame& receive, int count,
                    QStringList& out);
+
+// What the ready-made commands tell a server: seconds since 1970.
+int currentTime();
 
 } // namespace gqdb

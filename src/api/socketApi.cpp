@@ -69,7 +69,7 @@ int CSocketAPI::addEnd(QByteArray& data)
 
 // Whether the count at `buf` and that many items fit into `len` bytes, which are 4 at the least. Computed in 64 bits,
 // so that no count wraps into a fit.
-static bool holdsItems(const char* buf, int len, unsigned int itemSize)
+static bool countFits(const char* buf, int len, unsigned int itemSize)
 {
     return len >= 4 + static_cast<long long>(load32(buf)) * itemSize;
 }
@@ -84,7 +84,7 @@ int CSocketAPI::parseInt(const char* buf, int len, int& value)
 
 int CSocketAPI::parseInts(const char* buf, int len, std::vector<int>& out)
 {
-    if (len < 4 || !holdsItems(buf, len, 4))
+    if (len < 4 || !countFits(buf, len, 4))
         return -5;
     const unsigned int count = load32(buf);
     const size_t first = out.size();
@@ -96,7 +96,7 @@ int CSocketAPI::parseInts(const char* buf, int len, std::vector<int>& out)
 
 int CSocketAPI::parseBytes(const char* buf, int len, std::vector<unsigned char>& out)
 {
-    if (len < 4 || !holdsItems(buf, len, 1))
+    if (len < 4 || !countFits(buf, len, 1))
         return -5;
     out.insert(out.end(), buf + 4, buf + 4 + load32(buf));
     return 1;

@@ -93,9 +93,9 @@ public:
     //       only at the item that lies outside, after the texts read so far)
     int parseStrings(const char* buf, int len, QStringList& out);
 
-    // CTcpAPI: true from a successful connect, checkConnect or request on; cleared by a time-out, a dead link, any
-    // failed recvInt and close(). A list reply that was refused leaves it.
-    // CUdpAPI: set by connect; cleared by a failed send or read and close() alone.
+    // CTcpAPI: true from a successful connect, checkConnect or request on; cleared by a failed connect, a time-out, a
+    // dead link, any failed recvInt and close(). A list reply that was refused leaves it.
+    // CUdpAPI: set by connect; cleared by a failed connect, send or read and by close() alone.
     bool isConnected();
 
 protected:

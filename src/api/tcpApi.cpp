@@ -3,8 +3,6 @@
 #include "frameReader.h"
 #include "gqSocketUnix.h"
 
-#include <QDateTime>
-
 #include <climits>
 #include <new>
 
@@ -79,11 +77,6 @@ int CTcpAPI::close()
 }
 
 // --- Ready-made commands ------------------------------------------------------------------------------------------
-
-static int currentTime()
-{
-    return static_cast<int>(QDateTime::currentSecsSinceEpoch());
-}
 
 int CTcpAPI::systemState()
 {

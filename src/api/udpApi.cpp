@@ -3,8 +3,6 @@
 #include "frameReader.h"
 #include "gqSocketUnix.h"
 
-#include <QDateTime>
-
 namespace gqdb {
 
 CUdpAPI::CUdpAPI() : socket(new CUdpClient)
@@ -42,11 +40,6 @@ int CUdpAPI::close()
 }
 
 // --- Ready-made commands ------------------------------------------------------------------------------------------
-
-static int currentTime()
-{
-    return static_cast<int>(QDateTime::currentSecsSinceEpoch());
-}
 
 int CUdpAPI::systemState()
 {

@@ -18,11 +18,6 @@ static void reserveRecord(QByteArray& data)
     reserveMore(data, 1024);
 }
 
-static void putCount(size_t count, QByteArray& data)
-{
-    CByte2Val::int2Byte(static_cast<unsigned int>(count), data);
-}
-
 // --- Node heads ---------------------------------------------------------------------------------------------------
 
 void CByte2Fep::nodeHead2Byte(const NodeHead& head, QByteArray& data)

@@ -40,13 +40,6 @@ static long long textSize(const std::string& text)
     return 2 + static_cast<long long>(text.size());
 }
 
-// The head of every list: the low 32 bits of its size.
-static void putCount(size_t count, QByteArray& data)
-{
-    CByteWriter out(data, 4);
-    out.put32(static_cast<unsigned int>(count));
-}
-
 // Whether the count in front of `buf` and items of a fixed size fit into `size` bytes. The need wraps in 32 bits and is
 // compared as signed, so that a large count can pass. The list is resized for it all the same; itemsInside then keeps
 // the reader off the items.
@@ -532,8 +525,9 @@ int CByte2Rdb::byte2FloatRealDatas(const char* buf, int size, std::vector<FloatR
     if (size < 22 || !holdsItems(buf, size, 18)) // an empty list of 4 bytes is refused
         return -5;
     const unsigned int count = load32(buf);
-    if (!itemsInside(size, 18, count)) {
-        list.resize(static_cast<unsigned int>(list.size() + count));
+    const size_t wanted = static_cast<unsigned int>(list.size() + count); // cut to 32 bits
+    if (wanted < list.size() || !itemsInside(size, 18, count)) {
+        list.resize(wanted);
         return -5;
     }
     list.insert(list.end(), FloatRealItems(buf + 4, 0), FloatRealItems(buf + 4, count));
@@ -589,7 +583,7 @@ int CByte2Rdb::byte2FloatDatas(const char* buf, int size, std::vector<FloatData>
     const unsigned int count = in.take32();
     const size_t first = list.size();
     list.resize(static_cast<unsigned int>(first + count));
-    if (!itemsInside(size, 14, count))
+    if (list.size() < first || !itemsInside(size, 14, count))
         return -5;
     for (size_t i = first; i < list.size(); ++i)
         take(in, list[i]);
@@ -761,7 +755,7 @@ int CByte2Rdb::byte2IntRealDatas(const char* buf, int size, std::vector<IntRealD
     const unsigned int count = in.take32();
     const size_t first = list.size();
     list.resize(static_cast<unsigned int>(first + count));
-    if (!itemsInside(size, 18, count))
+    if (list.size() < first || !itemsInside(size, 18, count))
         return -5;
     for (size_t i = first; i < list.size(); ++i)
         take(in, list[i]);
@@ -817,7 +811,7 @@ int CByte2Rdb::byte2IntDatas(const char* buf, int size, std::vector<IntData>& li
     const unsigned int count = in.take32();
     const size_t first = list.size();
     list.resize(static_cast<unsigned int>(first + count));
-    if (!itemsInside(size, 14, count))
+    if (list.size() < first || !itemsInside(size, 14, count))
         return -5;
     for (size_t i = first; i < list.size(); ++i)
         take(in, list[i]);
@@ -879,7 +873,7 @@ int CByte2Rdb::byte2PointRealDatas(const char* buf, int size, std::vector<PointR
     const unsigned int count = in.take32();
     const size_t first = list.size();
     list.resize(static_cast<unsigned int>(first + count));
-    if (!itemsInside(size, 27, count))
+    if (list.size() < first || !itemsInside(size, 27, count))
         return -5;
     for (size_t i = first; i < list.size(); ++i)
         take(in, list[i]);
@@ -937,7 +931,7 @@ int CByte2Rdb::byte2BlobDataInfos(const char* buf, int size, std::vector<BlobDat
     const unsigned int count = in.take32();
     const size_t first = list.size();
     list.resize(static_cast<unsigned int>(first + count));
-    if (!itemsInside(size, 18, count))
+    if (list.size() < first || !itemsInside(size, 18, count))
         return -5;
     for (size_t i = first; i < list.size(); ++i)
         take(in, list[i]);

@@ -71,7 +71,8 @@ public:
     // --- Values ---
     // Readers of one record: its size; -5 if the buffer is shorter, with the record untouched.
     // Readers of a list append to it. 1; -5 below the list's minimum, or if count and items do not fit, with the list
-    // untouched (a count that wraps 32 bits is found out only behind the resize). The minimums of the float, bool and
+    // untouched (a count that wraps 32 bits is found out only behind the resize, and so is one that passes them
+    // together with the old size). The minimums of the float, bool and
     // int lists have room for one item, so that an empty list of 4 bytes is refused.
 
     // 18 bytes: 0 pointId, 4 value, 8 stamp1, 12 stamp2, 16 flag2, 17 flag1 (1 byte each).

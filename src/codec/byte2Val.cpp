@@ -451,10 +451,10 @@ int CByte2Val::getCrc16(const char* buf, int len, unsigned char& first, unsigned
         return 0;
     // In locals: through the references each byte would take twice the time. Each byte is mixed in one step ahead of
     // its turn, so that from one look into the tables to the next there is a single XOR.
-    const auto byteAt = [buf, len](int pos) { return pos < len ? load8(buf + pos) : 0; };
+    const auto byteAt = [buf, len](long long pos) { return pos < len ? load8(buf + pos) : 0; };
     unsigned int i = 0xFF ^ byteAt(0);
     unsigned int ahead = 0xFF ^ byteAt(1);
-    for (int pos = 2; pos <= len; ++pos) {
+    for (long long pos = 2; pos <= len; ++pos) {
         const unsigned int high = CrcLowTable.bytes[i];
         i = ahead ^ CrcHighTable.bytes[i];
         ahead = high ^ byteAt(pos);

@@ -134,11 +134,12 @@ public:
     // raw * scale + offset in double precision, rounded to float behind each of the two.
     static void ad2float(const std::vector<int>& raw, double scale, double offset, std::vector<float>& out);
 
-    // --- Telegrams of field devices. The library's own frames carry no checksum ---
+    // --- Telegrams of field devices. The checksum bytes of the library's own frames stay zero ---
 
     // CRC-16/MODBUS of the catalogue of parametrised CRC algorithms: polynomial 0x8005 reflected, start 0xFFFF, no
     // final XOR; "123456789" gives 0x4B37. `first` gets the high byte (0x4B), `second` the low one (0x37): a Modbus RTU
-    // telegram carries `second` ahead of `first`. 1; or 0 if `len` is below 1, with both untouched.
+    // telegram carries `second` ahead of `first`. They are two variables, outside of `buf`. 1; or 0 if `len` is
+    // below 1, with both untouched.
     static int getCrc16(const char* buf, int len, unsigned char& first, unsigned char& second);
 
     // The sum of the bytes modulo 256; 0 if `len` is below 1.

@@ -181,6 +181,12 @@ void reserveMore(QByteArray& data, long long more);
 // Grows `data` by `count` bytes at once and returns the first of them. More than an array holds fails in the array.
 char* grow(QByteArray& data, long long count);
 
+// The head of every list: the low 32 bits of its size.
+inline void putCount(size_t count, QByteArray& data)
+{
+    store32(static_cast<unsigned int>(count), grow(data, 4));
+}
+
 // Grows an array once by a known size and fills that room field by field.
 class CByteWriter {
 public:

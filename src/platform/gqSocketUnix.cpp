@@ -74,26 +74,31 @@ static void dropUnsentOnClose(int descriptor)
     setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &drop, sizeof drop);
 }
 
-// Descriptors for select(2), with room for any number: an fd_set ends at 1023, and hardened builds abort on -1. A
-// descriptor below 0 has a bit behind all that the system looks at, which therefore stays as it was set.
+// Descriptors for select(2), with room for any number: an fd_set ends at 1023, and hardened builds abort on -1. Up to
+// there nothing is allocated. A descriptor below 0 has a bit behind all that the system looks at, which therefore stays
+// as it was set.
 class CDescriptorSet {
 public:
     explicit CDescriptorSet(int highest)
-        : spare(highest < 0 ? 0 : (static_cast<size_t>(highest) / wordBits + 1) * wordBits), words(spare / wordBits + 1)
+        : spare(highest < 0 ? 0 : (static_cast<size_t>(highest) / wordBits + 1) * wordBits), few(),
+          many(spare < fewWords * wordBits ? 0 : spare / wordBits + 1)
     {
     }
 
-    void add(int descriptor) { words[bit(descriptor) / wordBits] |= 1UL << bit(descriptor) % wordBits; }
-    int contains(int descriptor) const { return words[bit(descriptor) / wordBits] >> bit(descriptor) % wordBits & 1; }
-    fd_set* data() { return reinterpret_cast<fd_set*>(words.data()); }
+    void add(int descriptor) { words()[bit(descriptor) / wordBits] |= 1UL << bit(descriptor) % wordBits; }
+    int contains(int descriptor) { return words()[bit(descriptor) / wordBits] >> bit(descriptor) % wordBits & 1; }
+    fd_set* data() { return reinterpret_cast<fd_set*>(words()); }
 
 private:
     static constexpr size_t wordBits = 8 * sizeof(unsigned long);
+    static constexpr size_t fewWords = 1024 / wordBits + 1; // and the word of the spare bit
 
+    unsigned long* words() { return many.empty() ? few : many.data(); }
     size_t bit(int descriptor) const { return descriptor < 0 ? spare : static_cast<size_t>(descriptor); }
 
     size_t spare; // the bit of a descriptor below 0
-    std::vector<unsigned long> words;
+    unsigned long few[fewWords];
+    std::vector<unsigned long> many;
 };
 
 static void tell(const sockaddr_in& end, std::string& address, int& port)
@@ -202,7 +207,8 @@ int CAbstractSocket::setRecvOverTm(int ms)
     const timeval time = toTimeval(ms);
     const int result = setsockopt(*handle, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
     const int error = errno;
-    std::cout << "setRecvOverTm:" + std::to_string(result) + ", " + std::to_string(ms) + "\n" << std::flush;
+    const std::string line = "setRecvOverTm:" + std::to_string(result) + ", " + std::to_string(ms) + "\n";
+    std::cout.write(line.data(), static_cast<std::streamsize>(line.size())).flush(); // whatever was set on the stream
     errno = error;
     return 1;
 }
@@ -601,15 +607,19 @@ int CUdpClient::openMulticast(const std::string& interfaceAddress)
     if (!interfaceAddress.empty()) {
         const in_addr_t interface = inet_addr(interfaceAddress.c_str());
         if (setsockopt(*handle, IPPROTO_IP, IP_MULTICAST_IF, &interface, sizeof interface) < 0) {
-            qDebug() << "2, error:" << errno;
+            const int error = errno;
+            qDebug() << "2, error:" << error;
             ::close(*handle);
+            errno = error;
             return -2;
         }
     }
     const char off = 0;
     if (setsockopt(*handle, IPPROTO_IP, IP_MULTICAST_LOOP, &off, sizeof off) != 0) {
-        qDebug() << "3, error:" << errno;
+        const int error = errno;
+        qDebug() << "3, error:" << error;
         ::close(*handle);
+        errno = error;
         return -3;
     }
     opened = true;
@@ -692,7 +702,7 @@ int CSocketCan::setRecvOverTm(int ms)
     const timeval time = toTimeval(ms);
     const int result = setsockopt(*handle, SOL_CAN_RAW, canRecvTimeout, &time, sizeof time);
     const int error = errno;
-    std::cout << "ret:" + std::to_string(result) + "\n" << std::flush;
+    std::printf("ret:%d\n", result);
     errno = error;
     return 1;
 }

@@ -9,9 +9,9 @@
 // accept and wait is one system call. Nothing is thrown but by a failed allocation. errno is left as the call set it.
 //
 // Times are milliseconds in an int, ports are in host byte order, addresses are dotted IPv4 text as inet_addr(3) takes
-// it, with no name look-up. Text that is no address counts as 255.255.255.255: connecting to it fails, but Linux binds
-// and listens there, and no client arrives. Where an address is bound, "" and exactly "127.0.0.1" both mean every
-// interface; to listen on loopback alone, say "127.1".
+// it, with no name look-up. Text that is no address counts as 255.255.255.255: connecting to it fails (but for a
+// CUdpClient that may send broadcasts), while Linux binds and listens there, and no client arrives. Where an address is
+// bound, "" and exactly "127.0.0.1" both mean every interface; to listen on loopback alone, say "127.1".
 //
 // Objects are independent of each other; one object belongs to one thread at a time. They are destroyed through their
 // own type, for the destructors are not virtual.
@@ -177,8 +177,9 @@ public:
 // the socket is closed, but for a failed bind (0): then close() ends it. The negative codes are those of each
 // operation. Time-outs belong to the socket: set them behind opening.
 //
-// Behind a failed opening the number of the closed socket stays: isValid() is true, and calls go to whatever file gets
-// that number next. close() an open object before you open it anew, and after a failure do nothing but open again.
+// Where a socket was made and then closed by a failed opening, its number stays: isValid() is true, and calls go to
+// whatever file gets that number next; of an object that was open before, so does close(), and the destructor. close()
+// an open object before you open it anew, and after a failure do nothing but open again.
 class GQLIB_EXPORT CUdpServer : public CAbstractSocket {
 public:
     CUdpServer();  // no socket yet

@@ -16,7 +16,8 @@ public:
     // (to 2106), and the arithmetic wraps there. The clock is never read.
     //   0           no such code, a code of 0 or below, or a day that the month lacks; can't be told from 1970 itself
     //   0xFFFFFFFF  a moment before 1970 or after 2106, or a clock time that a clock change skips
-    //   0xFFFFFFFE  the end of a month that does not exist (1113 to 1120), or whose following month starts before 1970
+    //   0xFFFFFFFE  the end of a month that does not exist (1113 to 1120), or whose following month starts before
+    //               1970 or after 2106
     // Families that add to such a value hide it.
     //
     // On a day with a clock change, families differ: some end a day by adding 86399 seconds to its start, others by the

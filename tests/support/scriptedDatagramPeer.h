@@ -6,8 +6,8 @@
 #include <thread>
 #include <vector>
 
-// The other side of a datagram endpoint under test, on plain system calls and the loopback address. What is expected of a
-// call in here fails the running test; no wait lasts longer than five seconds.
+// The other side of a datagram endpoint under test, on plain system calls and the loopback address. What is expected of
+// a call in here fails the running test; no wait lasts longer than five seconds.
 
 // A socket on a free port of 127.0.0.1, in the hands of the test.
 class DatagramPeer {

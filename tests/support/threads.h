@@ -9,8 +9,8 @@
 
 #include <pthread.h>
 
-// For tests that put several threads in order, without sleeping. A wait that never ends is left to the time limit of the
-// test.
+// For tests that put several threads in order, without sleeping. A wait that never ends is left to the time limit of
+// the test.
 
 // ThreadSanitizer speaks up at what some tests do on purpose.
 #if defined(__SANITIZE_THREAD__)
