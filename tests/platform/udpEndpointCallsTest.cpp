@@ -888,6 +888,23 @@ TEST_F(UdpClientOpenMulticastCalls, givesMinusTwoAndTellsWhyAndClosesWhenTheInte
     expectFailed();
 }
 
+TEST_F(UdpClientOpenMulticastCalls, leavesTheErrnoOfTheRefusalWhateverTheMessageDoes)
+{
+    const QtMessageHandler before =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { errno = ENOMEM; });
+    calls.answer("socket", 7);
+    calls.refuse("setsockopt", EINVAL);
+    EXPECT_EQ(client.openMulticast("192.168.10.20"), -2);
+    EXPECT_EQ(errno, EINVAL);
+
+    calls.answer("socket", 7);
+    calls.refuse("setsockopt", EADDRNOTAVAIL);
+    EXPECT_EQ(client.openMulticast(""), -3);
+    EXPECT_EQ(errno, EADDRNOTAVAIL);
+    qInstallMessageHandler(before);
+    calls.take();
+}
+
 TEST_F(UdpClientOpenMulticastCalls, takesTheInterfaceUnlessBelowZero)
 {
     calls.answer("socket", 7);
