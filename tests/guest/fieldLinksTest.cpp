@@ -26,7 +26,7 @@
 #include <unistd.h>
 
 // For the guest machine alone. It has the CAN interfaces vcan0, which is up, and vcan1, which is down, the programs of
-// can-utils, and /dev/ttyS1 with a peer at its other end that answers each byte with its complement.
+// can-utils, canListener, and /dev/ttyS1 with a peer at its other end that answers each byte with its complement.
 
 // --- CAN ---
 
@@ -299,6 +299,24 @@ TEST_F(CanLinkClose, isNeededAheadOfTheEndOfTheObject)
     const Descriptor left(descriptor);
     EXPECT_TRUE(isOpen(left));
     EXPECT_EQ(receivers(), 1);
+}
+
+// The program of examples/, which goes on until no frame has come for ten seconds.
+TEST(CanListener, printsTheDataOfEachFrame)
+{
+    const int before = receivers();
+    std::FILE* listener = ::popen("timeout 2 canListener vcan0", "r");
+    ASSERT_NE(listener, nullptr);
+    while (receivers() == before)
+        std::this_thread::yield();
+    cansend("123#0102FF");
+    cansend("124#");
+    std::string lines;
+    char line[200];
+    while (std::fgets(line, sizeof line, listener) != nullptr)
+        lines += line;
+    EXPECT_NE(::pclose(listener), 0);                                          // ended from outside
+    EXPECT_EQ(lines.substr(lines.find('\n') + 1), "can ret:-1\n01 02 ff\n\n"); // behind the line with the index
 }
 
 // --- Serial ---
