@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 
@@ -54,21 +55,37 @@ static bool itemsInside(int size, unsigned int itemSize, unsigned int count)
     return size >= 4 + static_cast<long long>(itemSize) * count;
 }
 
+// What to reserve for a list that is to have so many elements, so that one which grows by many replies moves seldom.
+static size_t roomFor(size_t wanted, size_t capacity)
+{
+    return wanted <= capacity ? 0 : std::max(wanted, 2 * capacity);
+}
+
 // --- Point definitions --------------------------------------------------------------------------------------------
 // A list reader appends: the new size is old size plus count, cut to 32 bits. Where that falls below the old size there
-// is no room for an item, and the list is too short.
+// is no room for an item, and the list is too short. Each element is read while it is fresh in the cache.
 
 static const int shortDefinitionRoom = 1024; // of a PointInfo
 static const int definitionRoom = 2048;
 
-void CByte2Rdb::pointInfo2Byte(const PointInfo& point, QByteArray& data)
+static long long byteSize(const PointInfo& point)
 {
-    CByteWriter out(data, 12 + textSize(point.text1) + textSize(point.text2));
+    return 12 + textSize(point.text1) + textSize(point.text2);
+}
+
+static inline void put(CByteWriter& out, const PointInfo& point)
+{
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1); // ahead of text2 on the wire
     out.putText(point.text2);
     out.put32(point.code2);
+}
+
+void CByte2Rdb::pointInfo2Byte(const PointInfo& point, QByteArray& data)
+{
+    CByteWriter out(data, byteSize(point));
+    put(out, point);
 }
 
 int CByte2Rdb::byte2PointInfo(const char* buf, int size, PointInfo& point)
@@ -89,9 +106,13 @@ int CByte2Rdb::byte2PointInfo(const char* buf, int size, PointInfo& point)
 void CByte2Rdb::pointInfos2Byte(const std::vector<PointInfo>& list, QByteArray& data)
 {
     reserveItems(data, shortDefinitionRoom, list.size());
-    putCount(list.size(), data);
+    long long size = 4;
     for (const PointInfo& point : list)
-        pointInfo2Byte(point, data);
+        size += byteSize(point);
+    CByteWriter out(data, size);
+    out.put32(static_cast<unsigned int>(list.size()));
+    for (const PointInfo& point : list)
+        put(out, point);
 }
 
 int CByte2Rdb::byte2PointInfos(const char* buf, int size, std::vector<PointInfo>& list)
@@ -100,11 +121,15 @@ int CByte2Rdb::byte2PointInfos(const char* buf, int size, std::vector<PointInfo>
         return -2;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
-    if (list.size() < first)
+    const size_t wanted = static_cast<unsigned int>(first + in.take32());
+    if (wanted < first) {
+        list.resize(wanted);
         return -2;
-    for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2PointInfo(in.here(), in.left(), list[i]))) {
+    }
+    list.reserve(roomFor(wanted, list.capacity()));
+    while (list.size() < wanted) {
+        list.emplace_back();
+        if (!in.skip(byte2PointInfo(in.here(), in.left(), list.back()))) {
             list.clear(); // with the elements that stood there before
             return -3;
         }
@@ -112,11 +137,14 @@ int CByte2Rdb::byte2PointInfos(const char* buf, int size, std::vector<PointInfo>
     return 1;
 }
 
-void CByte2Rdb::floatPoint2Byte(const FloatPoint& point, QByteArray& data)
+static long long byteSize(const FloatPoint& point)
 {
-    const long long texts = textSize(point.text1) + textSize(point.text2) + textSize(point.text3) +
-                            textSize(point.text4) + textSize(point.text5);
-    CByteWriter out(data, 74 + texts);
+    return 74 + textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text4) +
+           textSize(point.text5);
+}
+
+static inline void put(CByteWriter& out, const FloatPoint& point)
+{
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1);
@@ -136,6 +164,12 @@ void CByte2Rdb::floatPoint2Byte(const FloatPoint& point, QByteArray& data)
     out.put32(point.code7);
     for (const float level : point.levels)
         out.putFloat(level);
+}
+
+void CByte2Rdb::floatPoint2Byte(const FloatPoint& point, QByteArray& data)
+{
+    CByteWriter out(data, byteSize(point));
+    put(out, point);
 }
 
 int CByte2Rdb::byte2FloatPoint(const char* buf, int size, FloatPoint& point)
@@ -169,9 +203,13 @@ int CByte2Rdb::byte2FloatPoint(const char* buf, int size, FloatPoint& point)
 void CByte2Rdb::floatPoints2Byte(const std::vector<FloatPoint>& list, QByteArray& data)
 {
     reserveItems(data, definitionRoom, list.size());
-    putCount(list.size(), data);
+    long long size = 4;
     for (const FloatPoint& point : list)
-        floatPoint2Byte(point, data);
+        size += byteSize(point);
+    CByteWriter out(data, size);
+    out.put32(static_cast<unsigned int>(list.size()));
+    for (const FloatPoint& point : list)
+        put(out, point);
 }
 
 int CByte2Rdb::byte2FloatPoints(const char* buf, int size, std::vector<FloatPoint>& list)
@@ -180,11 +218,15 @@ int CByte2Rdb::byte2FloatPoints(const char* buf, int size, std::vector<FloatPoin
         return -2;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
-    if (list.size() < first)
+    const size_t wanted = static_cast<unsigned int>(first + in.take32());
+    if (wanted < first) {
+        list.resize(wanted);
         return -2;
-    for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2FloatPoint(in.here(), in.left(), list[i]))) {
+    }
+    list.reserve(roomFor(wanted, list.capacity()));
+    while (list.size() < wanted) {
+        list.emplace_back();
+        if (!in.skip(byte2FloatPoint(in.here(), in.left(), list.back()))) {
             list.clear();
             return -3;
         }
@@ -192,11 +234,14 @@ int CByte2Rdb::byte2FloatPoints(const char* buf, int size, std::vector<FloatPoin
     return 1;
 }
 
-void CByte2Rdb::intPoint2Byte(const IntPoint& point, QByteArray& data)
+static long long byteSize(const IntPoint& point)
 {
-    const long long texts = textSize(point.text1) + textSize(point.text2) + textSize(point.text3) +
-                            textSize(point.text4) + textSize(point.text5);
-    CByteWriter out(data, 71 + texts);
+    return 71 + textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text4) +
+           textSize(point.text5);
+}
+
+static inline void put(CByteWriter& out, const IntPoint& point)
+{
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1);
@@ -216,6 +261,12 @@ void CByte2Rdb::intPoint2Byte(const IntPoint& point, QByteArray& data)
     out.put32(point.code8);
     for (const int level : point.levels)
         out.putInt(level);
+}
+
+void CByte2Rdb::intPoint2Byte(const IntPoint& point, QByteArray& data)
+{
+    CByteWriter out(data, byteSize(point));
+    put(out, point);
 }
 
 int CByte2Rdb::byte2IntPoint(const char* buf, int size, IntPoint& point)
@@ -248,9 +299,13 @@ int CByte2Rdb::byte2IntPoint(const char* buf, int size, IntPoint& point)
 void CByte2Rdb::intPoints2Byte(const std::vector<IntPoint>& list, QByteArray& data)
 {
     reserveItems(data, definitionRoom, list.size());
-    putCount(list.size(), data);
+    long long size = 4;
     for (const IntPoint& point : list)
-        intPoint2Byte(point, data);
+        size += byteSize(point);
+    CByteWriter out(data, size);
+    out.put32(static_cast<unsigned int>(list.size()));
+    for (const IntPoint& point : list)
+        put(out, point);
 }
 
 int CByte2Rdb::byte2IntPoints(const char* buf, int size, std::vector<IntPoint>& list)
@@ -259,11 +314,15 @@ int CByte2Rdb::byte2IntPoints(const char* buf, int size, std::vector<IntPoint>& 
         return -2;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
-    if (list.size() < first)
+    const size_t wanted = static_cast<unsigned int>(first + in.take32());
+    if (wanted < first) {
+        list.resize(wanted);
         return -2;
-    for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2IntPoint(in.here(), in.left(), list[i]))) {
+    }
+    list.reserve(roomFor(wanted, list.capacity()));
+    while (list.size() < wanted) {
+        list.emplace_back();
+        if (!in.skip(byte2IntPoint(in.here(), in.left(), list.back()))) {
             list.clear();
             return -3;
         }
@@ -271,11 +330,13 @@ int CByte2Rdb::byte2IntPoints(const char* buf, int size, std::vector<IntPoint>& 
     return 1;
 }
 
-void CByte2Rdb::boolPoint2Byte(const BoolPoint& point, QByteArray& data)
+static long long byteSize(const BoolPoint& point)
 {
-    const long long texts =
-        textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text5);
-    CByteWriter out(data, 31 + texts);
+    return 31 + textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text5);
+}
+
+static inline void put(CByteWriter& out, const BoolPoint& point)
+{
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1);
@@ -290,6 +351,12 @@ void CByte2Rdb::boolPoint2Byte(const BoolPoint& point, QByteArray& data)
     out.put32(point.code5);
     out.put32(point.code6);
     out.put8(point.switch3);
+}
+
+void CByte2Rdb::boolPoint2Byte(const BoolPoint& point, QByteArray& data)
+{
+    CByteWriter out(data, byteSize(point));
+    put(out, point);
 }
 
 int CByte2Rdb::byte2BoolPoint(const char* buf, int size, BoolPoint& point)
@@ -319,9 +386,13 @@ int CByte2Rdb::byte2BoolPoint(const char* buf, int size, BoolPoint& point)
 void CByte2Rdb::boolPoints2Byte(const std::vector<BoolPoint>& list, QByteArray& data)
 {
     reserveItems(data, definitionRoom, list.size());
-    putCount(list.size(), data);
+    long long size = 4;
     for (const BoolPoint& point : list)
-        boolPoint2Byte(point, data);
+        size += byteSize(point);
+    CByteWriter out(data, size);
+    out.put32(static_cast<unsigned int>(list.size()));
+    for (const BoolPoint& point : list)
+        put(out, point);
 }
 
 int CByte2Rdb::byte2BoolPoints(const char* buf, int size, std::vector<BoolPoint>& list)
@@ -330,11 +401,15 @@ int CByte2Rdb::byte2BoolPoints(const char* buf, int size, std::vector<BoolPoint>
         return -2;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
-    if (list.size() < first)
+    const size_t wanted = static_cast<unsigned int>(first + in.take32());
+    if (wanted < first) {
+        list.resize(wanted);
         return -2;
-    for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2BoolPoint(in.here(), in.left(), list[i]))) {
+    }
+    list.reserve(roomFor(wanted, list.capacity()));
+    while (list.size() < wanted) {
+        list.emplace_back();
+        if (!in.skip(byte2BoolPoint(in.here(), in.left(), list.back()))) {
             list.clear();
             return -3;
         }
@@ -342,11 +417,14 @@ int CByte2Rdb::byte2BoolPoints(const char* buf, int size, std::vector<BoolPoint>
     return 1;
 }
 
-void CByte2Rdb::blobPoint2Byte(const BlobPoint& point, QByteArray& data)
+static long long byteSize(const BlobPoint& point)
 {
-    const long long texts = textSize(point.text1) + textSize(point.text2) + textSize(point.text3) +
-                            textSize(point.text4) + textSize(point.text5);
-    CByteWriter out(data, 30 + texts);
+    return 30 + textSize(point.text1) + textSize(point.text2) + textSize(point.text3) + textSize(point.text4) +
+           textSize(point.text5);
+}
+
+static inline void put(CByteWriter& out, const BlobPoint& point)
+{
     out.put32(point.pointId);
     out.putText(point.text1);
     out.put32(point.code1);
@@ -361,6 +439,12 @@ void CByte2Rdb::blobPoint2Byte(const BlobPoint& point, QByteArray& data)
     out.put8(point.switch2);
     out.put32(point.code5);
     out.put32(point.code6);
+}
+
+void CByte2Rdb::blobPoint2Byte(const BlobPoint& point, QByteArray& data)
+{
+    CByteWriter out(data, byteSize(point));
+    put(out, point);
 }
 
 int CByte2Rdb::byte2BlobPoint(const char* buf, int size, BlobPoint& point)
@@ -389,9 +473,13 @@ int CByte2Rdb::byte2BlobPoint(const char* buf, int size, BlobPoint& point)
 void CByte2Rdb::blobPoints2Byte(const std::vector<BlobPoint>& list, QByteArray& data)
 {
     reserveItems(data, definitionRoom, list.size());
-    putCount(list.size(), data);
+    long long size = 4;
     for (const BlobPoint& point : list)
-        blobPoint2Byte(point, data);
+        size += byteSize(point);
+    CByteWriter out(data, size);
+    out.put32(static_cast<unsigned int>(list.size()));
+    for (const BlobPoint& point : list)
+        put(out, point);
 }
 
 int CByte2Rdb::byte2BlobPoints(const char* buf, int size, std::vector<BlobPoint>& list)
@@ -400,11 +488,15 @@ int CByte2Rdb::byte2BlobPoints(const char* buf, int size, std::vector<BlobPoint>
         return -2;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
-    if (list.size() < first)
+    const size_t wanted = static_cast<unsigned int>(first + in.take32());
+    if (wanted < first) {
+        list.resize(wanted);
         return -2;
-    for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2BlobPoint(in.here(), in.left(), list[i]))) {
+    }
+    list.reserve(roomFor(wanted, list.capacity()));
+    while (list.size() < wanted) {
+        list.emplace_back();
+        if (!in.skip(byte2BlobPoint(in.here(), in.left(), list.back()))) {
             list.clear();
             return -3;
         }
