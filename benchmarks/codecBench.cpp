@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include <boost/crc.hpp>
 
@@ -120,23 +119,6 @@ static QByteArray streamed(const Records& records)
     QByteArray data;
     streamOut(records, data);
     return data;
-}
-
-// Copies `bytes` as they are, into room that is there already.
-static Side copySide(const QByteArray& bytes)
-{
-    return [bytes](benchmark::State& state) {
-        QByteArray target(bytes.size(), '\0');
-        char* room = target.data();
-        std::memcpy(room, bytes.constData(), size_t(bytes.size()));
-        if (target != bytes)
-            fail("the copied bytes differ");
-        for (auto _ : state) {
-            std::memcpy(room, bytes.constData(), size_t(bytes.size()));
-            benchmark::DoNotOptimize(room);
-            benchmark::ClobberMemory();
-        }
-    };
 }
 
 static void compareEncoding(const Records& records)

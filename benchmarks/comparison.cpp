@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 
 // What the table needs of a job once its sides are registered.
@@ -26,6 +27,22 @@ void compare(const std::string& job, const Side& library, const std::vector<Peer
     benchmark::RegisterBenchmark(benchmarkName(job, "library").c_str(), library);
     for (const Peer& peer : peers)
         benchmark::RegisterBenchmark(benchmarkName(job, peer.name).c_str(), peer.side);
+}
+
+Side copySide(const QByteArray& bytes)
+{
+    return [bytes](benchmark::State& state) {
+        QByteArray target(bytes.size(), '\0');
+        char* room = target.data();
+        std::memcpy(room, bytes.constData(), size_t(bytes.size()));
+        if (target != bytes)
+            fail("the copied bytes differ");
+        for (auto _ : state) {
+            std::memcpy(room, bytes.constData(), size_t(bytes.size()));
+            benchmark::DoNotOptimize(room);
+            benchmark::ClobberMemory();
+        }
+    };
 }
 
 // --- Measuring ----------------------------------------------------------------------------------------------------

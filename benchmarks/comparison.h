@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+
 #include <benchmark/benchmark.h>
 
 #include <functional>
@@ -26,6 +28,9 @@ struct Peer {
     std::vector<Aim> aims;
     Side side;
 };
+
+// A side that copies `bytes` as they are, into room that is there already.
+Side copySide(const QByteArray& bytes);
 
 // Registers all sides. Each proves its own result before its loop, for a benchmark is called many times.
 void compare(const std::string& job, const Side& library, const std::vector<Peer>& peers);

@@ -4,8 +4,6 @@
 #include "comparison.h"
 #include "records.pb.h"
 
-#include <cstring>
-
 #include <flatbuffers/flatbuffers.h>
 
 using gqdb::CByte2Rdb;
@@ -226,14 +224,6 @@ static void compareDefinitions()
         if (data != bytes)
             fail("the definitions' bytes differ");
     };
-    const auto copyBytes = [=](benchmark::State& state) {
-        std::vector<char> target(static_cast<size_t>(bytes.size()));
-        for (auto _ : state) {
-            std::memcpy(target.data(), bytes.constData(), target.size());
-            benchmark::DoNotOptimize(target.data());
-            benchmark::ClobberMemory();
-        }
-    };
     const auto protobufEncode = [=](benchmark::State& state) {
         const peer::FloatPoints message = toMessage(points);
         std::string room(serialized.size(), '\0');
@@ -271,7 +261,7 @@ static void compareDefinitions()
         }
     };
     compare("encode 1,000 FloatPoint", encode,
-            {{"memcpy", {{Clock::processor, 6}}, copyBytes},
+            {{"memcpy", {{Clock::processor, 6}}, copySide(bytes)},
              {"Protocol Buffers", {{Clock::processor, 0.33}}, protobufEncode}});
     compare("decode 1,000 FloatPoint", decode,
             {{"copy of the vector", {{Clock::processor, 1.3}}, copyVector},

@@ -13,7 +13,7 @@
 namespace gqdb {
 
 // The frame that clients and servers exchange, and the state that the TCP and the UDP client share. It owns no socket
-// and moves no byte itself; programs use CTcpAPI, or a class derived from it.
+// and moves no byte itself; programs use CTcpAPI or CUdpAPI, or a class derived from one of them.
 //
 // A frame has L + 13 bytes, the same in both directions, every value little-endian:
 //    0  1  start, 0x68
