@@ -1,5 +1,6 @@
 #include "callClient.h"
 
+#include <algorithm>
 #include <tcpApi.h>
 #include <udpApi.h>
 
@@ -103,7 +104,9 @@ private:
         int result = recvDatas(len);
         if (result != 1)
             return result;
-        result = recvFrame.isEmpty() ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
+        len =
+            std::min(len, recvFrame.size() - headerSize); // none of an error frame that holds 1; a wrapped length lies
+        result = len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
         recvFrame.clear();
         recvFrameSize = 0;
         return result;
