@@ -1,0 +1,145 @@
+#include "input.h"
+
+#include "command.h"
+#include "console.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+
+#include <unistd.h>
+
+#include <cctype>
+
+static const int largestInput = 1 << 30; // bytes; a QByteArray holds no more than twice that
+
+// --- Hex text -----------------------------------------------------------------------------------------------------
+
+static int digitValue(char character)
+{
+    if (character >= '0' && character <= '9')
+        return character - '0';
+    if (character >= 'a' && character <= 'f')
+        return character - 'a' + 10;
+    return character >= 'A' && character <= 'F' ? character - 'A' + 10 : -1;
+}
+
+static bool isSeparator(char character)
+{
+    return character == ':' || character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+static QString placeOf(const QByteArray& text, int position)
+{
+    const QByteArray ahead = text.left(position);
+    return QString("line %1, column %2").arg(ahead.count('\n') + 1).arg(position - ahead.lastIndexOf('\n'));
+}
+
+static QString badDigit(const QByteArray& text, int position)
+{
+    const auto character = static_cast<unsigned char>(text.at(position));
+    if (character >= ' ' && character < 0x7f)
+        return QString("%1: '%2' is not a hex digit").arg(placeOf(text, position)).arg(QChar(character));
+    return QString("%1: the byte 0x%2 is not a hex digit; if these are raw bytes, say --raw")
+        .arg(placeOf(text, position))
+        .arg(character, 2, 16, QChar('0'));
+}
+
+bool parseHex(const QByteArray& text, QByteArray& bytes, QString& error)
+{
+    bytes.clear();
+    bytes.reserve(text.size() / 2);
+    for (int i = 0; i < text.size();) {
+        if (text.at(i) == '#') {
+            const int end = text.indexOf('\n', i);
+            i = end < 0 ? text.size() : end;
+            continue;
+        }
+        if (isSeparator(text.at(i))) {
+            ++i;
+            continue;
+        }
+        // A run of digits.
+        const int start = i;
+        if (text.at(i) == '0' && i + 1 < text.size() && (text.at(i + 1) == 'x' || text.at(i + 1) == 'X'))
+            i += 2;
+        const int firstDigit = i;
+        while (i < text.size() && digitValue(text.at(i)) >= 0)
+            ++i;
+        if (i < text.size() && text.at(i) != '#' && !isSeparator(text.at(i))) {
+            error = badDigit(text, i);
+            return false;
+        }
+        if (i == firstDigit || (i - firstDigit) % 2 != 0) {
+            error = QString("%1: %2 digits make no whole bytes").arg(placeOf(text, start)).arg(i - firstDigit);
+            return false;
+        }
+        for (int digit = firstDigit; digit < i; digit += 2)
+            bytes.append(static_cast<char>(digitValue(text.at(digit)) * 16 + digitValue(text.at(digit + 1))));
+    }
+    return true;
+}
+
+// --- Sources ------------------------------------------------------------------------------------------------------
+
+Input::Input(QCommandLineParser& parser)
+    : fileOption("file", "Read the bytes from a file; - is standard input.", "FILE"),
+      rawOption("raw", "The file holds the bytes themselves, not hex text.")
+{
+    parser.addOptions({fileOption, rawOption});
+    parser.addPositionalArgument("BYTES",
+                                 "Hex text, or - for standard input. Blanks, colons, line ends, 0x and comments "
+                                 "from # to the end of the line are skipped.",
+                                 "[BYTES...]");
+}
+
+static bool readAll(const QString& path, QByteArray& content, QString& error)
+{
+    QFile file(path);
+    const bool isOpen = path == "-" ? file.open(STDIN_FILENO, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+    for (QByteArray part("start"); isOpen && !part.isEmpty() && content.size() <= largestInput; content += part)
+        part = file.read(1 << 16);
+    if (content.size() > largestInput) {
+        error = QString("more than %1 bytes").arg(largestInput);
+        return false;
+    }
+    error = file.errorString();
+    return isOpen && file.error() == QFileDevice::NoError;
+}
+
+bool Input::read(const QCommandLineParser& parser, const QStringList& words, QByteArray& bytes, int& exitCode) const
+{
+    const bool isFile = parser.isSet(fileOption);
+    const bool isStandardInput = words == QStringList{"-"};
+    const bool isRaw = parser.isSet(rawOption);
+    exitCode = exitUsage;
+    if (isFile && !words.isEmpty())
+        usageError("bytes on the command line and --file: one of them, please");
+    else if (!isFile && words.isEmpty())
+        usageError("no bytes; give hex text, --file FILE, or - for standard input");
+    else if (isRaw && !isFile && !isStandardInput)
+        usageError("--raw goes with --file or -; bytes on the command line are hex text");
+    else
+        exitCode = exitFailed;
+    if (exitCode == exitUsage)
+        return false;
+
+    QString source = "bytes";
+    QByteArray content = words.join(' ').toUtf8();
+    QString error;
+    if (isFile || isStandardInput) {
+        const QString path = isFile ? parser.value(fileOption) : words.constFirst();
+        source = path == "-" ? "standard input" : path;
+        if (!readAll(path, content, error)) {
+            printError(QString("can't read %1: %2").arg(source, error));
+            return false;
+        }
+    }
+    if (isRaw) {
+        bytes = content;
+    } else if (!parseHex(content, bytes, error)) {
+        printError(QString("%1, %2").arg(source, error));
+        return false;
+    }
+    exitCode = exitGood;
+    return true;
+}
