@@ -1,5 +1,7 @@
 #include "console.h"
 
+#include "progress.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -22,18 +24,25 @@ void printLine(const QString& line)
 {
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
+    static const bool isTerminal = isatty(dataOutput) == 1;
+    if (isTerminal)
+        clearProgress();
     const QByteArray bytes = line.toUtf8() + '\n';
     for (int done = 0; done < bytes.size();) {
         const ssize_t count = write(dataOutput, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
         if (count > 0)
             done += static_cast<int>(count);
-        else if (errno != EINTR)
-            _exit(errno == EPIPE ? EXIT_SUCCESS : EXIT_FAILURE);
+        else if (errno != EINTR) {
+            const int exitCode = errno == EPIPE ? EXIT_SUCCESS : EXIT_FAILURE;
+            clearProgress();
+            _exit(exitCode);
+        }
     }
 }
 
 void printError(const QString& line)
 {
+    clearProgress();
     const QByteArray bytes = "gqtool: " + line.toUtf8() + '\n';
     std::fputs(bytes.constData(), stderr);
 }

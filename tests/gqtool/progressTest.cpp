@@ -1,0 +1,109 @@
+// The progress line, on standard error made a terminal.
+
+#include "gqtool/progress.h"
+#include "support/plainSockets.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+// The other side of a terminal, `width` columns wide; 0 if unknown.
+struct Terminal {
+    explicit Terminal(unsigned short width = 0) : peer(posix_openpt(O_RDWR | O_NOCTTY))
+    {
+        EXPECT_EQ(grantpt(peer), 0);
+        EXPECT_EQ(unlockpt(peer), 0);
+        device = Descriptor(open(ptsname(peer), O_RDWR | O_NOCTTY));
+        const winsize size = {24, width, 0, 0};
+        EXPECT_EQ(ioctl(device, TIOCSWINSZ, &size), 0);
+    }
+
+    // What has been written to it since the last call.
+    std::string shown()
+    {
+        EXPECT_EQ(write(device, "|", 1), 1); // a terminal passes bytes on in its own time
+        std::string text;
+        char byte = 0;
+        while (becomes(peer, POLLIN) && read(peer, &byte, 1) == 1 && byte != '|')
+            text += byte;
+        return text;
+    }
+
+    Descriptor peer;
+    Descriptor device;
+};
+
+static const std::string erase = "\r\033[K";
+
+TEST(Progress, showsALineAndTakesItAwayAtItsEnd)
+{
+    Terminal terminal;
+    const Replacement standardError(STDERR_FILENO, terminal.device);
+    {
+        Progress progress;
+        progress.show("1 of 2");
+        EXPECT_EQ(terminal.shown(), erase + "1 of 2");
+    }
+    EXPECT_EQ(terminal.shown(), erase);
+}
+
+TEST(Progress, writesOverWhatItShows)
+{
+    Terminal terminal;
+    const Replacement standardError(STDERR_FILENO, terminal.device);
+    Progress first;
+    first.show("half");
+    Progress second; // has not shown anything yet, and so does not skip
+    second.show("whole");
+    EXPECT_EQ(terminal.shown(), erase + "half" + erase + "whole");
+}
+
+TEST(Progress, skipsWhatComesTooFastToRead)
+{
+    Terminal terminal;
+    const Replacement standardError(STDERR_FILENO, terminal.device);
+    Progress progress;
+    for (int i = 0; i < 100; ++i)
+        progress.show(QString::number(i));
+    EXPECT_LT(terminal.shown().size(), 100 * erase.size());
+}
+
+TEST(Progress, cutsALineThatWouldWrap)
+{
+    for (const unsigned short width : {0, 20}) {
+        Terminal terminal(width);
+        const Replacement standardError(STDERR_FILENO, terminal.device);
+        Progress progress;
+        progress.show(QString(200, 'x'));
+        EXPECT_EQ(terminal.shown(), erase + std::string(width == 0 ? 79 : 19, 'x'));
+    }
+}
+
+TEST(Progress, isTakenAwayOnceAheadOfOtherLines)
+{
+    Terminal terminal;
+    const Replacement standardError(STDERR_FILENO, terminal.device);
+    Progress progress;
+    clearProgress();
+    EXPECT_EQ(terminal.shown(), "");
+    progress.show("half");
+    clearProgress();
+    clearProgress();
+    EXPECT_EQ(terminal.shown(), erase + "half" + erase);
+}
+
+TEST(Progress, isSilentWhereStandardErrorIsNoTerminal)
+{
+    Pipe pipe;
+    const Replacement standardError(STDERR_FILENO, pipe.writeEnd);
+    {
+        Progress progress;
+        progress.show("half");
+    }
+    EXPECT_FALSE(becomes(pipe.readEnd, POLLIN, 0));
+}
