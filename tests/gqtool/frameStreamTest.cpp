@@ -1,0 +1,167 @@
+#include "gqtool/frameStream.h"
+
+#include "support/hex.h"
+
+#include <gtest/gtest.h>
+
+// Two whole frames, with bytes around them.
+static const QByteArray noise = "00 16 ff"_hex;
+static const QByteArray intFrame = "68"       //  0 start
+                                   "04000000" //  1 length 4
+                                   "0700"     //  5 sequence 7
+                                   "02"       //  7 arg2
+                                   "01"       //  8 arg1
+                                   "06"       //  9 command 6
+                                   "03000000" // 10 value 3
+                                   "3412"     // 14 checksum
+                                   "16"_hex;  // 16 end
+static const QByteArray emptyFrame = "68 00000000 ffff 00 00 ff 0000 16"_hex;
+
+// The items of a stream that comes in pieces of some size, its end among them.
+static std::vector<StreamItem> itemsOf(const QByteArray& stream, int pieceSize, FrameStream frames = FrameStream())
+{
+    std::vector<StreamItem> items;
+    for (int pos = 0; pos < stream.size(); pos += pieceSize) {
+        for (const StreamItem& item : frames.feed(stream.mid(pos, pieceSize)))
+            items.push_back(item);
+    }
+    for (const StreamItem& item : frames.end())
+        items.push_back(item);
+    return items;
+}
+
+static std::vector<StreamItem> itemsOf(const QByteArray& stream)
+{
+    return itemsOf(stream, stream.size());
+}
+
+TEST(FrameStream, givesTheFieldsOfAFrame)
+{
+    const std::vector<StreamItem> items = itemsOf(intFrame);
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0].kind, StreamItem::frame);
+    EXPECT_EQ(items[0].offset, 0);
+    EXPECT_EQ(items[0].size, 17);
+    const Frame& frame = items[0].content;
+    EXPECT_EQ(frame.length, 4);
+    EXPECT_EQ(frame.sequence, 7);
+    EXPECT_EQ(frame.arg2, 2);
+    EXPECT_EQ(frame.arg1, 1);
+    EXPECT_EQ(frame.command, 6);
+    EXPECT_EQ(hex(frame.payload), "03 00 00 00");
+    EXPECT_EQ(frame.checksum, 0x1234);
+    EXPECT_EQ(frame.end, 0x16);
+}
+
+TEST(FrameStream, goesOnBehindAFrameInTheSamePiece)
+{
+    const std::vector<StreamItem> items = itemsOf(noise + intFrame + emptyFrame + noise + intFrame);
+    ASSERT_EQ(items.size(), 5u);
+    EXPECT_EQ(items[0].kind, StreamItem::garbage);
+    EXPECT_EQ(hex(items[0].bytes), "00 16 ff");
+    EXPECT_EQ(items[1].kind, StreamItem::frame);
+    EXPECT_EQ(items[1].offset, 3);
+    EXPECT_EQ(items[2].kind, StreamItem::frame);
+    EXPECT_EQ(items[2].offset, 20);
+    EXPECT_EQ(items[2].size, 13);
+    EXPECT_EQ(items[2].content.sequence, 65535);
+    EXPECT_EQ(items[3].kind, StreamItem::garbage);
+    EXPECT_EQ(items[4].offset, 36);
+}
+
+TEST(FrameStream, findsTheSameFramesInPiecesOfAnySize)
+{
+    const QByteArray stream = noise + intFrame + emptyFrame + "68 ffffffff"_hex + intFrame;
+    for (int pieceSize = 1; pieceSize <= stream.size(); ++pieceSize) {
+        SCOPED_TRACE(pieceSize);
+        std::vector<long long> frameOffsets;
+        long long covered = 0;
+        for (const StreamItem& item : itemsOf(stream, pieceSize)) {
+            EXPECT_EQ(item.offset, covered);
+            covered += item.size;
+            if (item.kind == StreamItem::frame)
+                frameOffsets.push_back(item.offset);
+        }
+        EXPECT_EQ(frameOffsets, (std::vector<long long>{3, 20, 38}));
+        EXPECT_EQ(covered, stream.size());
+    }
+}
+
+TEST(FrameStream, doesNotTakeBytesOfAPayloadForAStartOrAnEnd)
+{
+    const QByteArray frame = "68 04000000 0000 00 00 20 68161668 0000 16"_hex;
+    const std::vector<StreamItem> items = itemsOf(frame + frame);
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(items[0].kind, StreamItem::frame);
+    EXPECT_EQ(items[1].kind, StreamItem::frame);
+}
+
+TEST(FrameStream, dropsAFrameWithAWrongEndAsAWhole)
+{
+    QByteArray wrong = intFrame;
+    wrong[16] = 0x17;
+    const std::vector<StreamItem> items = itemsOf(wrong + intFrame);
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(items[0].kind, StreamItem::wrongEnd);
+    EXPECT_EQ(items[0].size, 17);
+    EXPECT_EQ(items[0].content.end, 0x17);
+    EXPECT_EQ(items[1].kind, StreamItem::frame);
+}
+
+TEST(FrameStream, findsAFrameThatBeginsBehindABadLength)
+{
+    const std::vector<StreamItem> items = itemsOf("68 000000ff"_hex + intFrame);
+    ASSERT_EQ(items.size(), 3u);
+    EXPECT_EQ(items[0].kind, StreamItem::badLength);
+    EXPECT_EQ(items[0].size, 1);
+    EXPECT_EQ(items[0].content.length, -0x1000000);
+    EXPECT_EQ(hex(items[1].bytes), "00 00 00 ff");
+    EXPECT_EQ(items[2].kind, StreamItem::frame);
+}
+
+TEST(FrameStream, allowsLengthsWhoseFrameFitsBelow2GiB)
+{
+    const auto kindOf = [](const QByteArray& header) { return itemsOf(header)[0].kind; };
+    EXPECT_EQ(kindOf("68 f2ffff7f 0000 00 00 20"_hex), StreamItem::cut);       // 0x7ffffff2 + 13 is the largest int
+    EXPECT_EQ(kindOf("68 f3ffff7f 0000 00 00 20"_hex), StreamItem::badLength); // one more
+    EXPECT_EQ(kindOf("68 ffffffff 0000 00 00 20"_hex), StreamItem::badLength); // -1
+}
+
+TEST(FrameStream, tellsWhereTheStreamCutsAFrame)
+{
+    for (int size = 1; size < intFrame.size(); ++size) {
+        SCOPED_TRACE(size);
+        const std::vector<StreamItem> items = itemsOf(emptyFrame + intFrame.left(size), 4);
+        ASSERT_EQ(items.size(), 2u);
+        EXPECT_EQ(items[1].kind, StreamItem::cut);
+        EXPECT_EQ(items[1].offset, 13);
+        EXPECT_EQ(items[1].size, size);
+        EXPECT_EQ(items[1].content.length, size < 10 ? 0 : 4);
+    }
+}
+
+TEST(FrameStream, beginsANewStreamBehindTheEndOfOne)
+{
+    FrameStream frames;
+    frames.feed(intFrame.left(12));
+    EXPECT_EQ(frames.end().size(), 1u);
+    EXPECT_TRUE(frames.end().empty());
+    const std::vector<StreamItem> items = frames.feed(intFrame);
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0].kind, StreamItem::frame);
+    EXPECT_EQ(items[0].offset, 0);
+}
+
+TEST(FrameStream, keepsNoMoreOfAPayloadThanToldTo)
+{
+    for (const int pieceSize : {1, 3, 1000}) {
+        SCOPED_TRACE(pieceSize);
+        const std::vector<StreamItem> items = itemsOf(intFrame + emptyFrame, pieceSize, FrameStream(2));
+        ASSERT_EQ(items.size(), 2u);
+        EXPECT_EQ(items[0].kind, StreamItem::frame);
+        EXPECT_EQ(items[0].size, 17);
+        EXPECT_EQ(items[0].content.length, 4);
+        EXPECT_EQ(hex(items[0].content.payload), "03 00");
+        EXPECT_EQ(items[1].kind, StreamItem::frame);
+    }
+}

@@ -1,0 +1,127 @@
+#include "gqtool/frameText.h"
+
+#include "support/hex.h"
+
+#include <QJsonDocument>
+
+#include <gtest/gtest.h>
+
+static StreamItem itemOf(const QByteArray& stream)
+{
+    FrameStream frames;
+    std::vector<StreamItem> items = frames.feed(stream);
+    for (const StreamItem& item : frames.end())
+        items.push_back(item);
+    return items.at(0);
+}
+
+static std::string textOf(const QByteArray& stream)
+{
+    return itemText(itemOf(stream)).toStdString();
+}
+
+static std::string jsonOf(const QByteArray& stream)
+{
+    return QJsonDocument(itemJson(itemOf(stream))).toJson(QJsonDocument::Compact).toStdString();
+}
+
+TEST(FrameText, namesTheReadyMadeCommands)
+{
+    EXPECT_EQ(textOf("68 04000000 0100 00 00 01 03000000 0000 16"_hex), "systemState, sequence 1, 4 bytes: 3");
+    EXPECT_EQ(textOf("68 04000000 0100 00 00 02 03000000 0000 16"_hex), "systemTime, sequence 1, 4 bytes: 3");
+    EXPECT_EQ(textOf("68 04000000 0100 00 00 03 03000000 0000 16"_hex), "clear, sequence 1, 4 bytes: 3");
+    EXPECT_EQ(textOf("68 04000000 0100 00 00 06 ffffffff 0000 16"_hex), "setState, sequence 1, 4 bytes: -1");
+    EXPECT_EQ(textOf("68 04000000 0100 00 00 04 03000000 0000 16"_hex), "command 0x04, sequence 1, 4 bytes: 3");
+}
+
+TEST(FrameText, tellsTheTwoIntegersOfSetTime)
+{
+    EXPECT_EQ(textOf("68 08000000 0400 00 00 05 e8030000 d0070000 0000 16"_hex),
+              "setTime, sequence 4, 8 bytes: 1000, 2000");
+}
+
+TEST(FrameText, tellsTheCodeOfAnErrorFrame)
+{
+    EXPECT_EQ(textOf("68 04000000 0a00 00 00 ff f9ffffff 0000 16"_hex), "error, sequence 10, 4 bytes: code -7");
+    EXPECT_EQ(textOf("68 01000000 0a00 00 00 ff f9 0000 16"_hex), "error, sequence 10, 1 byte: no code");
+    EXPECT_EQ(textOf("68 00000000 0a00 00 00 ff 0000 16"_hex), "error, sequence 10, 0 bytes: no code");
+}
+
+TEST(FrameText, tellsPayloadsByTheFormThatTheyFit)
+{
+    EXPECT_EQ(textOf("68 00000000 0000 00 00 20 0000 16"_hex), "command 0x20, sequence 0, 0 bytes");
+    EXPECT_EQ(textOf("68 02000000 0000 00 00 20 0102 0000 16"_hex), "command 0x20, sequence 0, 2 bytes: 01 02");
+    EXPECT_EQ(textOf("68 10000000 0700 00 00 20 03000000 64000000 ffffffff 70110100 0000 16"_hex),
+              "command 0x20, sequence 7, 16 bytes: 3 integers: 100, -1, 70000");
+    EXPECT_EQ(textOf("68 07000000 0800 00 00 21 03000000 0102fe 0000 16"_hex),
+              "command 0x21, sequence 8, 7 bytes: 3 bytes: 01 02 fe");
+    EXPECT_EQ(textOf("68 05000000 0800 00 00 21 01000000 09 0000 16"_hex),
+              "command 0x21, sequence 8, 5 bytes: 1 byte: 09");
+    EXPECT_EQ(textOf("68 15000000 0900 00 00 22 02000000 0400 0200 6f6e 0900 0700 4772c3b6c39f65 0000 16"_hex),
+              "command 0x22, sequence 9, 21 bytes: 2 texts: \"on\", \"Größe\"");
+    EXPECT_EQ(textOf("68 06000000 0000 00 00 20 ffffffff 0102 0000 16"_hex),
+              "command 0x20, sequence 0, 6 bytes: ff ff ff ff 01 02");
+}
+
+TEST(FrameText, seesThePayloadAheadOfADatagramsPadding)
+{
+    const auto datagram = [](const QByteArray& payload) {
+        return "68 33000000 0000 00 00 20"_hex + payload + QByteArray(51 - payload.size(), '\0') + "0000 16"_hex;
+    };
+    const std::string head = "command 0x20, sequence 0, 51 bytes: ";
+    EXPECT_EQ(textOf(datagram("05000000"_hex)), head + "5");
+    EXPECT_EQ(textOf(datagram("01000000 05000000"_hex)), head + "1 integer: 5");
+    EXPECT_EQ(textOf(datagram("02000000 e8030000 d0070000"_hex)), head + "2 integers: 1000, 2000");
+    EXPECT_EQ(textOf(datagram("03000000 010203"_hex)), head + "3 bytes: 01 02 03");
+    EXPECT_EQ(textOf(datagram("01000000 0400 0200 6f6e"_hex)), head + "1 text: \"on\"");
+}
+
+TEST(FrameText, keepsLongPayloadsOnAShortLine)
+{
+    QByteArray ints = "68 2c000000 0000 00 00 20 0a000000"_hex;
+    for (int i = 0; i < 10; ++i)
+        ints += "07000000"_hex;
+    EXPECT_EQ(textOf(ints + "0000 16"_hex),
+              "command 0x20, sequence 0, 44 bytes: 10 integers: 7, 7, 7, 7, 7, 7, 7, 7, ...");
+    EXPECT_EQ(textOf("68 15000000 0000 00 00 21 11000000 0102030405060708090a0b0c0d0e0f1011 0000 16"_hex),
+              "command 0x21, sequence 0, 21 bytes: 17 bytes: 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10 ...");
+    const QByteArray text = "68 31000000 0000 00 00 22 01000000 2b00 2900"_hex + QByteArray(41, 'x') + "0000 16"_hex;
+    EXPECT_EQ(textOf(text), "command 0x22, sequence 0, 49 bytes: 1 text: \"" + std::string(40, 'x') + "...\"");
+}
+
+TEST(FrameText, escapesWhatWouldMoveATerminalsCursor)
+{
+    EXPECT_EQ(textOf("68 0b000000 0000 00 00 22 01000000 0500 0300 1b5b22 0000 16"_hex),
+              "command 0x22, sequence 0, 11 bytes: 1 text: \"\\u001b[\\u0022\"");
+}
+
+TEST(FrameText, tellsFaultsAndGarbageInWords)
+{
+    EXPECT_EQ(textOf("0d0a"_hex), "garbage, 2 bytes: 0d 0a");
+    EXPECT_EQ(textOf("68 04000000 0100 00 00 01 03000000 0000 17"_hex),
+              "wrong end 0x17 in place of 0x16: systemState, sequence 1, 4 bytes: 3");
+    EXPECT_EQ(textOf("68 ffffffff"_hex), "bad length -1: no frame begins here, though a client would wait for one");
+    EXPECT_EQ(textOf("68 0400"_hex), "cut: 3 of the 10 bytes of a header");
+    EXPECT_EQ(textOf("68 04000000 0100 00 00 01 0300"_hex),
+              "cut: 12 of 17 bytes: systemState, sequence 1, 4 bytes: 03 00");
+}
+
+TEST(FrameJson, hasTheFieldsOfTheHeaderAndThePayload)
+{
+    EXPECT_EQ(jsonOf("68 04000000 0700 02 01 06 03000000 3412 16"_hex),
+              R"({"arg1":1,"arg2":2,"checksum":4660,"command":6,"end":22,"kind":"frame","length":4,"name":"setState",)"
+              R"("offset":0,"payload":"03000000","sequence":7,"size":17})");
+    EXPECT_EQ(jsonOf("68 04000000 0a00 00 00 ff f9ffffff 0000 16"_hex),
+              R"({"arg1":0,"arg2":0,"checksum":0,"code":-7,"command":255,"end":22,"kind":"frame","length":4,)"
+              R"("name":"error","offset":0,"payload":"f9ffffff","sequence":10,"size":17})");
+}
+
+TEST(FrameJson, hasOfFaultsWhatIsKnown)
+{
+    EXPECT_EQ(jsonOf("0d0a"_hex), R"({"bytes":"0d0a","kind":"garbage","offset":0,"size":2})");
+    EXPECT_EQ(jsonOf("68 ffffffff"_hex), R"({"kind":"bad length","length":-1,"offset":0,"size":1})");
+    EXPECT_EQ(jsonOf("68 0400"_hex), R"({"kind":"cut","offset":0,"size":3})");
+    EXPECT_EQ(
+        jsonOf("68 02000000 0100 00 00 20 03"_hex),
+        R"({"arg1":0,"arg2":0,"command":32,"kind":"cut","length":2,"offset":0,"payload":"03","sequence":1,"size":11})");
+}
