@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 // Two whole frames, with bytes around them.
 static const QByteArray noise = "00 16 ff"_hex;
 static const QByteArray intFrame = "68"       //  0 start
@@ -43,13 +45,13 @@ TEST(FrameStream, givesTheFieldsOfAFrame)
     EXPECT_EQ(items[0].offset, 0);
     EXPECT_EQ(items[0].size, 17);
     const Frame& frame = items[0].content;
-    EXPECT_EQ(frame.length, 4);
+    EXPECT_EQ(frame.length, 4u);
     EXPECT_EQ(frame.sequence, 7);
     EXPECT_EQ(frame.arg2, 2);
     EXPECT_EQ(frame.arg1, 1);
     EXPECT_EQ(frame.command, 6);
     EXPECT_EQ(hex(frame.payload), "03 00 00 00");
-    EXPECT_EQ(frame.checksum, 0x1234);
+    EXPECT_EQ(hex(frame.check), "34 12");
     EXPECT_EQ(frame.end, 0x16);
 }
 
@@ -71,7 +73,7 @@ TEST(FrameStream, goesOnBehindAFrameInTheSamePiece)
 
 TEST(FrameStream, findsTheSameFramesInPiecesOfAnySize)
 {
-    const QByteArray stream = noise + intFrame + emptyFrame + "68 ffffffff"_hex + intFrame;
+    const QByteArray stream = noise + intFrame + emptyFrame + "68 ffffffff 0000 00 00 01"_hex + intFrame;
     for (int pieceSize = 1; pieceSize <= stream.size(); ++pieceSize) {
         SCOPED_TRACE(pieceSize);
         std::vector<long long> frameOffsets;
@@ -82,7 +84,7 @@ TEST(FrameStream, findsTheSameFramesInPiecesOfAnySize)
             if (item.kind == StreamItem::frame)
                 frameOffsets.push_back(item.offset);
         }
-        EXPECT_EQ(frameOffsets, (std::vector<long long>{3, 20, 38}));
+        EXPECT_EQ(frameOffsets, (std::vector<long long>{3, 20, 43}));
         EXPECT_EQ(covered, stream.size());
     }
 }
@@ -108,14 +110,15 @@ TEST(FrameStream, dropsAFrameWithAWrongEndAsAWhole)
     EXPECT_EQ(items[1].kind, StreamItem::frame);
 }
 
-TEST(FrameStream, findsAFrameThatBeginsBehindABadLength)
+TEST(FrameStream, goesOnBehindAHeaderWithABadLength)
 {
-    const std::vector<StreamItem> items = itemsOf("68 000000ff"_hex + intFrame);
+    const std::vector<StreamItem> items = itemsOf("68 fbffffff 0500 00 00 01"_hex + noise + intFrame);
     ASSERT_EQ(items.size(), 3u);
     EXPECT_EQ(items[0].kind, StreamItem::badLength);
-    EXPECT_EQ(items[0].size, 1);
-    EXPECT_EQ(items[0].content.length, -0x1000000);
-    EXPECT_EQ(hex(items[1].bytes), "00 00 00 ff");
+    EXPECT_EQ(items[0].size, 10);
+    EXPECT_EQ(items[0].content.length, 4294967291u); // or -5
+    EXPECT_EQ(items[0].content.sequence, 5);
+    EXPECT_EQ(hex(items[1].bytes), "00 16 ff");
     EXPECT_EQ(items[2].kind, StreamItem::frame);
 }
 
@@ -133,10 +136,16 @@ TEST(FrameStream, tellsWhereTheStreamCutsAFrame)
         SCOPED_TRACE(size);
         const std::vector<StreamItem> items = itemsOf(emptyFrame + intFrame.left(size), 4);
         ASSERT_EQ(items.size(), 2u);
-        EXPECT_EQ(items[1].kind, StreamItem::cut);
+        EXPECT_EQ(items[1].kind, size < 10 ? StreamItem::cutHeader : StreamItem::cut);
         EXPECT_EQ(items[1].offset, 13);
         EXPECT_EQ(items[1].size, size);
-        EXPECT_EQ(items[1].content.length, size < 10 ? 0 : 4);
+        if (size < 10) {
+            EXPECT_EQ(hex(items[1].bytes), hex(intFrame.left(size)));
+        } else {
+            EXPECT_EQ(items[1].content.length, 4u);
+            EXPECT_EQ(hex(items[1].content.payload), hex(intFrame.mid(10, std::min(size - 10, 4))));
+            EXPECT_EQ(hex(items[1].content.check), hex(intFrame.mid(14, std::max(size - 14, 0))));
+        }
     }
 }
 
@@ -160,7 +169,7 @@ TEST(FrameStream, keepsNoMoreOfAPayloadThanToldTo)
         ASSERT_EQ(items.size(), 2u);
         EXPECT_EQ(items[0].kind, StreamItem::frame);
         EXPECT_EQ(items[0].size, 17);
-        EXPECT_EQ(items[0].content.length, 4);
+        EXPECT_EQ(items[0].content.length, 4u);
         EXPECT_EQ(hex(items[0].content.payload), "03 00");
         EXPECT_EQ(items[1].kind, StreamItem::frame);
     }

@@ -7,8 +7,7 @@
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
 
-static const int lengthEnd = 5; // the bytes of a header that the length needs
-static const int tailSize = CSocketAPI::frameOverhead - CSocketAPI::headerSize;
+static const int checkSize = 2;
 
 FrameStream::FrameStream(int kept) : keptBytes(kept) {}
 
@@ -19,56 +18,49 @@ void FrameStream::add(StreamItem item)
     items.push_back(std::move(item));
 }
 
-// Reads the header that begins at `pos`, and gives the place behind it. Of a bad length that is the next byte: a frame
-// may begin there. A header that the input cuts is kept for the next piece.
+// Reads the header that begins at `pos`, and gives the place behind it. One that the input cuts is kept for the next
+// piece.
 int FrameStream::begin(const QByteArray& input, int pos)
 {
-    const char* start = input.constData() + pos;
-    const int left = input.size() - pos;
-    if (left >= lengthEnd) {
-        const int length = CByte2Val::byte2Int(start + 1);
-        if (length < 0 || length > INT_MAX - CSocketAPI::frameOverhead) {
-            StreamItem item;
-            item.kind = StreamItem::badLength;
-            item.size = 1;
-            item.content.length = length;
-            add(item);
-            return pos + 1;
-        }
-    }
-    if (left < CSocketAPI::headerSize) {
+    if (input.size() - pos < CSocketAPI::headerSize) {
         header = input.mid(pos);
         return input.size();
     }
-    current = StreamItem();
+    const char* start = input.constData() + pos;
     current.kind = StreamItem::cut;
     current.size = CSocketAPI::headerSize;
-    current.content.length = CByte2Val::byte2Int(start + 1);
+    current.content.length = CByte2Val::byte2UInt(start + 1);
     current.content.sequence = CByte2Val::byte2UShort(start + 5);
     current.content.arg2 = static_cast<unsigned char>(start[7]);
     current.content.arg1 = static_cast<unsigned char>(start[8]);
     current.content.command = static_cast<unsigned char>(start[9]);
-    tail.clear();
+    if (current.content.length > unsigned(INT_MAX - CSocketAPI::frameOverhead)) {
+        current.kind = StreamItem::badLength;
+        add(std::exchange(current, StreamItem()));
+    }
     return pos + CSocketAPI::headerSize;
 }
 
-// Takes payload and tail of the current frame, and gives the place behind what it took.
+// Takes what there is of the current frame's next part, and gives the place behind it.
 int FrameStream::take(const QByteArray& input, int pos)
 {
     Frame& frame = current.content;
-    const long long payloadEnd = CSocketAPI::headerSize + static_cast<long long>(frame.length);
-    const int payload = static_cast<int>(std::clamp<long long>(payloadEnd - current.size, 0, input.size() - pos));
-    frame.payload.append(input.constData() + pos, std::min(payload, keptBytes - frame.payload.size()));
-    const int rest = std::min(tailSize - tail.size(), input.size() - pos - payload);
-    tail.append(input.constData() + pos + payload, rest);
-    current.size += payload + rest;
-    if (tail.size() == tailSize) {
-        frame.checksum = CByte2Val::byte2UShort(tail.constData());
-        frame.end = static_cast<unsigned char>(tail.at(2));
-        current.kind = tail.at(2) == CSocketAPI::frameEnd ? StreamItem::frame : StreamItem::wrongEnd;
-        add(std::exchange(current, StreamItem()));
+    const int left = input.size() - pos;
+    const long long payloadLeft = CSocketAPI::headerSize + static_cast<long long>(frame.length) - current.size;
+    int count = 1;
+    if (payloadLeft > 0) {
+        count = static_cast<int>(std::min<long long>(payloadLeft, left));
+        frame.payload.append(input.constData() + pos, std::min(count, keptBytes - frame.payload.size()));
+    } else if (frame.check.size() < checkSize) {
+        frame.check.append(input.at(pos));
+    } else {
+        frame.end = static_cast<unsigned char>(input.at(pos));
+        current.kind = frame.end == CSocketAPI::frameEnd ? StreamItem::frame : StreamItem::wrongEnd;
     }
-    return pos + payload + rest;
+    current.size += count;
+    if (current.kind != StreamItem::cut)
+        add(std::exchange(current, StreamItem()));
+    return pos + count;
 }
 
 std::vector<StreamItem> FrameStream::feed(const QByteArray& piece)
@@ -95,12 +87,12 @@ std::vector<StreamItem> FrameStream::feed(const QByteArray& piece)
 std::vector<StreamItem> FrameStream::end()
 {
     if (!header.isEmpty()) {
-        current.kind = StreamItem::cut; // with no field known
+        current.kind = StreamItem::cutHeader;
         current.size = header.size();
+        current.bytes = std::exchange(header, QByteArray());
     }
     if (current.size > 0)
         add(std::exchange(current, StreamItem()));
-    header.clear();
     offset = 0;
     return std::exchange(items, {});
 }

@@ -7,13 +7,13 @@
 
 // A frame, or what there is of it. docs/formats/frame.md has its layout.
 struct Frame {
-    int length = 0; // payload bytes, as the header says
+    unsigned int length = 0; // of the payload, as the header says
     int sequence = 0;
     unsigned char arg2 = 0;
     unsigned char arg1 = 0;
     unsigned char command = 0;
     QByteArray payload; // as far as it came and was kept
-    int checksum = 0;
+    QByteArray check;   // 2 bytes
     unsigned char end = 0;
 };
 
@@ -21,21 +21,22 @@ struct Frame {
 struct StreamItem {
     enum Kind {
         frame,
-        garbage,   // bytes that no frame begins with
+        garbage,   // bytes ahead of a start byte
         wrongEnd,  // a whole frame that does not end in 0x16: a client drops it
-        badLength, // a start byte; the length behind it is negative, or the frame would pass 2 GiB
+        badLength, // a header that announces a frame of 2 GiB or more: a client waits for it
         cut,       // a frame that the stream ends in
+        cutHeader, // the same, with fewer than 10 bytes
     };
 
     Kind kind = garbage;
     long long offset = 0; // of the first byte, from the start of the stream
     long long size = 0;   // in bytes
-    Frame content;        // empty of garbage and of a cut header; of badLength the length alone
-    QByteArray bytes;     // of garbage
+    Frame content;        // but of garbage and of a cut header
+    QByteArray bytes;     // of these two
 };
 
 // Takes a stream of bytes apart into frames, as a client does, but goes on behind a frame's end in the same piece, and
-// behind a start byte with a bad length. Keeps no more of the stream than the frame being taken apart.
+// behind a header with a bad length. Keeps no more of the stream than the frame being taken apart.
 class FrameStream {
 public:
     explicit FrameStream(int keptBytes = INT_MAX); // of each payload
@@ -54,7 +55,6 @@ private:
     int keptBytes;
     long long offset = 0; // of the item being taken apart
     StreamItem current;   // a frame from its whole header on; `size` counts the bytes that came
-    QByteArray tail;      // of the current frame
     QByteArray header;    // the bytes of one that is not whole yet
     std::vector<StreamItem> items;
 };

@@ -107,7 +107,7 @@ static bool takeTexts(const Frame& frame, unsigned int count, QStringList& texts
 static QString payloadText(const Frame& frame)
 {
     const QByteArray& payload = frame.payload;
-    const bool isWhole = payload.size() == frame.length;
+    const bool isWhole = static_cast<unsigned int>(payload.size()) == frame.length;
     if (!isWhole || payload.size() < 4)
         return hexText(payload);
     if (fits(frame, 4))
@@ -146,23 +146,6 @@ QString frameText(const Frame& frame)
     return frame.payload.isEmpty() ? text : text + ": " + payloadText(frame);
 }
 
-static QString kindText(const StreamItem& item)
-{
-    switch (item.kind) {
-    case StreamItem::frame:
-        return "frame";
-    case StreamItem::garbage:
-        return "garbage";
-    case StreamItem::wrongEnd:
-        return "wrong end";
-    case StreamItem::badLength:
-        return "bad length";
-    case StreamItem::cut:
-        return "cut";
-    }
-    return QString();
-}
-
 QString itemText(const StreamItem& item)
 {
     const Frame& frame = item.content;
@@ -174,43 +157,52 @@ QString itemText(const StreamItem& item)
     case StreamItem::wrongEnd:
         return QString("wrong end 0x%1 in place of 0x16: %2").arg(frame.end, 2, 16, QChar('0')).arg(frameText(frame));
     case StreamItem::badLength:
-        return QString("bad length %1: no frame begins here, though a client would wait for one").arg(frame.length);
+        return QString("bad length %1; a client would wait for the rest of it").arg(frame.length);
     case StreamItem::cut:
-        break;
+        return QString("cut, %1 of %2 bytes: %3")
+            .arg(item.size)
+            .arg(static_cast<long long>(frame.length) + CSocketAPI::frameOverhead)
+            .arg(frameText(frame));
+    case StreamItem::cutHeader:
+        return QString("cut, %1 of the %2 bytes of a header: %3")
+            .arg(item.size)
+            .arg(CSocketAPI::headerSize)
+            .arg(hexText(item.bytes));
     }
-    if (item.size < CSocketAPI::headerSize)
-        return QString("cut: %1 of the %2 bytes of a header").arg(item.size).arg(CSocketAPI::headerSize);
-    return QString("cut: %1 of %2 bytes: %3")
-        .arg(item.size)
-        .arg(static_cast<long long>(frame.length) + CSocketAPI::frameOverhead)
-        .arg(frameText(frame));
+    return QString();
 }
 
 QJsonObject itemJson(const StreamItem& item)
 {
-    const Frame& frame = item.content;
-    QJsonObject json{{"kind", kindText(item)}, {"offset", item.offset}, {"size", item.size}};
+    QJsonObject json{{"offset", item.offset}};
     if (item.kind == StreamItem::garbage) {
-        json["bytes"] = QString(item.bytes.toHex());
+        json["garbage"] = QString(item.bytes.toHex());
         return json;
     }
-    if (item.kind == StreamItem::badLength)
-        json["length"] = frame.length;
-    if (item.kind == StreamItem::badLength || item.size < CSocketAPI::headerSize)
+    if (item.kind == StreamItem::cutHeader) {
+        json["header"] = QString(item.bytes.toHex());
+        json["fault"] = "cut";
         return json;
-    json["length"] = frame.length;
+    }
+    const Frame& frame = item.content;
+    json["length"] = static_cast<qint64>(frame.length);
     json["sequence"] = frame.sequence;
     json["arg2"] = frame.arg2;
     json["arg1"] = frame.arg1;
     json["command"] = frame.command;
-    if (!commandName(frame.command).isEmpty())
-        json["name"] = commandName(frame.command);
-    json["payload"] = QString(frame.payload.toHex());
-    if (frame.command == CSocketAPI::errorCommand && frame.payload.size() >= 4)
-        json["code"] = CByte2Val::byte2Int(frame.payload.constData());
-    if (item.kind != StreamItem::cut) {
-        json["checksum"] = frame.checksum;
-        json["end"] = frame.end;
+    if (item.kind == StreamItem::badLength) {
+        json["fault"] = "length";
+        return json;
     }
+    json["payload"] = QString(frame.payload.toHex());
+    if (!frame.check.isEmpty())
+        json["check"] = QString(frame.check.toHex());
+    if (item.kind == StreamItem::cut) {
+        json["fault"] = "cut";
+        return json;
+    }
+    json["end"] = QString("%1").arg(frame.end, 2, 16, QChar('0'));
+    if (item.kind == StreamItem::wrongEnd)
+        json["fault"] = "end";
     return json;
 }

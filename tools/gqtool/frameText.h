@@ -12,5 +12,6 @@ QString frameText(const Frame& frame);
 // Whatever stands in a stream, on one line: a frame as above, garbage as hex, faults in words.
 QString itemText(const StreamItem& item);
 
-// The same for scripts: kind, offset, size; the fields of the header, the payload in hex, the code of an error frame.
+// The same for scripts, as tests/golden/README.md tells it; of frames, the fields that are known without the form of
+// the payload.
 QJsonObject itemJson(const StreamItem& item);
