@@ -6,11 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 
+//! [readBuffer]
 // A client that can read replies: the library's own class has no read buffer.
 class UdpClient : public gqdb::CUdpAPI {
 public:
     UdpClient() { recvBuffer = new char[rawBufferSize]; } // given back by the base class
 };
+//! [readBuffer]
 
 int main(int argc, char* argv[])
 {

@@ -1,0 +1,33 @@
+// Tells a server two integers by the ready-made command setTime; `gqtool station` takes the first for its clock.
+//   setServerTime HOST PORT FIRST SECOND
+
+#include <gqLib/tcpApi.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+//! [setServerTime]
+int setServerTime(gqdb::CTcpAPI& client, int first, int second)
+{
+    const int result = client.checkConnect();
+    return result == 1 ? client.setTime(first, second) : result;
+}
+//! [setServerTime]
+
+int main(int argc, char* argv[])
+{
+    if (argc != 5) {
+        std::fprintf(stderr, "usage: setServerTime HOST PORT FIRST SECOND\n");
+        return 2;
+    }
+    gqdb::CTcpAPI client;
+    client.connect(argv[1], std::atoi(argv[2]));
+    client.close(); // a link that is down, as any failure leaves it
+    const int answer = setServerTime(client, std::atoi(argv[3]), std::atoi(argv[4]));
+    if (!client.isConnected()) {
+        std::fprintf(stderr, "no answer: %d\n", answer);
+        return 1;
+    }
+    std::printf("answer %d\n", answer);
+    return 0;
+}

@@ -1,0 +1,42 @@
+// Packs a wave into the bytes that a server stores, and unpacks it.
+
+#include <gqLib/byte2Rdb.h>
+
+#include <cmath>
+#include <cstdio>
+
+using gqdb::CByte2Rdb;
+
+int main()
+{
+    std::vector<float> samples;
+    for (int i = 0; i < 2000; ++i)
+        samples.push_back(static_cast<float>(std::sin(i / 100.0)));
+    const std::vector<int> marks = {157, 471}; // the caller's own: here the first crest and the first trough
+
+    //! [wave]
+    gqdb::BlobWaveHead head;
+    head.waveFlags = 2 | 4; // samples quantised to 16 bits, compressed
+    std::vector<unsigned char> raw(4 * samples.size());
+    std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
+    std::vector<unsigned char> stored;
+    if (CByte2Rdb::wave2Byte(head, samples, marks, raw.data(), packed.data(), stored) != 1)
+        return 1;
+
+    std::vector<unsigned char> work(CByte2Rdb::waveBlockSize);
+    gqdb::BlobWaveHead headRead;
+    std::vector<float> samplesRead;
+    std::vector<int> marksRead;
+    if (CByte2Rdb::byte2Wave(stored, work.data(), headRead, samplesRead, marksRead) != 1)
+        return 1;
+    //! [wave]
+
+    float worst = 0;
+    for (size_t i = 0; i < samplesRead.size(); ++i)
+        worst = std::max(worst, std::fabs(samplesRead[i] - samples[i]));
+    std::printf("%zu samples in %zu bytes of %zu\n", samples.size(), stored.size(), sizeof head + 4 * samples.size());
+    std::printf("%zu samples and %zu marks read\n", samplesRead.size(), marksRead.size());
+    std::printf("from %.3f to %.3f, each within %s\n", headRead.limitLow, headRead.limitHigh,
+                worst <= 2.0f / 65535 * 1.01f ? "a step" : "more than a step");
+    return 0;
+}

@@ -1,0 +1,187 @@
+// The example programs of the TCP client, of its records and of its socket.
+
+#include "support/gqtoolProgram.h"
+#include "support/plainSockets.h"
+#include "support/scriptedServer.h"
+
+#include <memory>
+
+static QString example(const char* name)
+{
+    return QString(EXAMPLES) + "/" + name;
+}
+
+static QStringList linesOf(const QString& text)
+{
+    return text.split('\n', Qt::SkipEmptyParts);
+}
+
+// The next line that is not the library's own.
+static QString nextWord(RunningProgram& program)
+{
+    QString line = program.nextLine();
+    while (line.startsWith("setRecvOverTm:"))
+        line = program.nextLine();
+    return line;
+}
+
+TEST(ReturningClient, isAnsweredAgainOnceTheStationIsBack)
+{
+    const ReservedPort reserved;
+    const QString port = QString::number(reserved.number());
+    auto station = std::make_unique<RunningStation>(QStringList{"--port", port});
+    RunningProgram client(example("returningClient"), {"127.0.0.1", port});
+    EXPECT_EQ(nextWord(client), "state 1");
+    station.reset();
+    QString line;
+    do
+        line = nextWord(client);
+    while (line == "state 1");
+    EXPECT_EQ(line, "no answer, -1");
+
+    const RunningStation another({"--port", port});
+    do
+        line = nextWord(client);
+    while (line == "no answer, -1");
+    EXPECT_EQ(line, "state 1");
+}
+
+TEST(SetServerTime, connectsAheadOfTheCommand)
+{
+    RunningStation station;
+    const Outcome outcome =
+        runProgram(example("setServerTime"), station.endpoint.split(':') + QStringList{"86400", "0"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(linesOf(outcome.output), (QStringList{"setRecvOverTm:0, 9000", "answer 1"}));
+    // The station's clock was set.
+    EXPECT_TRUE(station.call({"systemTime"}).output.startsWith("8640"));
+}
+
+TEST(SilentClient, printsTheStateAlone)
+{
+    RunningStation station;
+    const Outcome outcome = runProgram(example("silentClient"), station.endpoint.split(':'));
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "1\n");
+}
+
+TEST(PointClient, printsTheValuesOfTheStationsPoints)
+{
+    RunningStation station;
+    const Outcome outcome = runProgram(example("pointClient"), station.endpoint.split(':'));
+    EXPECT_EQ(outcome.exitCode, 0);
+    const QStringList lines = linesOf(outcome.output);
+    ASSERT_EQ(lines.size(), 6);
+    EXPECT_TRUE(lines[1].startsWith("point 1000: "));
+    EXPECT_TRUE(lines[2].startsWith("point 1001: "));
+    EXPECT_TRUE(lines[3].startsWith("point 1002: "));
+    EXPECT_TRUE(lines[4].startsWith("point 2000: "));
+    EXPECT_TRUE(lines[5].startsWith("point 3000: "));
+}
+
+TEST(PointClient, tellsTheCodeOfARequestThatFails)
+{
+    RunningStation station({"--wrong-end"});
+    const Outcome outcome = runProgram(example("pointClient"), station.endpoint.split(':'));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "no values: 0\n");
+}
+
+TEST(ReadableRecords, readsBackWhatItWrote)
+{
+    const Outcome outcome = runProgram(example("readableRecords"), {});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(linesOf(outcome.output), (QStringList{"PUMPS: running pumps", "level: in the tank",
+                                                    "any length, the second one", "no values: 1"}));
+}
+
+TEST(WaveRoundTrip, readsEachSampleWithinAStep)
+{
+    const Outcome outcome = runProgram(example("waveRoundTrip"), {});
+    EXPECT_EQ(outcome.exitCode, 0);
+    const QStringList lines = linesOf(outcome.output);
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_TRUE(lines[0].startsWith("2000 samples in "));
+    EXPECT_TRUE(lines[0].endsWith(" bytes of 8096"));
+    EXPECT_EQ(lines[1], "2000 samples and 2 marks read");
+    EXPECT_EQ(lines[2], "from -1.000 to 1.000, each within a step");
+}
+
+// --- Sockets ------------------------------------------------------------------------------------------------------
+
+TEST(SendAll, sendsTheRestToAPeerThatWasNotReading)
+{
+    Listener peer(1);
+    const int size = 10000000; // more than the buffers of both ends
+    RunningProgram sender(example("sendAll"), {"127.0.0.1", QString::number(peer.port()), QString::number(size)});
+    Descriptor connection = peer.accept();
+    EXPECT_TRUE(sender.nextLine().startsWith("no room, "));
+
+    const std::string bytes = received(connection, size);
+    ASSERT_EQ(bytes.size(), size_t(size));
+    for (int i = 0; i < size; i += 1009)
+        ASSERT_EQ(bytes[size_t(i)], static_cast<char>(i % 251)) << i;
+    QString line;
+    do
+        line = sender.nextLine();
+    while (line.startsWith("no room, "));
+    EXPECT_EQ(line, "sent");
+}
+
+TEST(SendAll, endsOnceThePeerIsGone)
+{
+    Listener peer(1);
+    RunningProgram sender(example("sendAll"), {"127.0.0.1", QString::number(peer.port()), "10000000"});
+    Descriptor connection = peer.accept();
+    EXPECT_TRUE(sender.nextLine().startsWith("no room, "));
+    reset(connection);
+    EXPECT_EQ(sender.nextError(), "can't send to 127.0.0.1");
+}
+
+TEST(PromptSocket, sendsEachWord)
+{
+    Listener peer(1);
+    RunningProgram sender(example("promptSocket"), {"127.0.0.1", QString::number(peer.port()), "one", "two"});
+    Descriptor connection = peer.accept();
+    EXPECT_EQ(received(connection, 8), "one\ntwo\n");
+}
+
+TEST(ManySockets, tellsWhoIsThereAndWhatItSays)
+{
+    RunningStation station;
+    RunningStation greetsWithTwo({"--greeting", "2"});
+    const Listener nobody; // a port that refuses
+    const QString gone = "127.0.0.1:" + QString::number(nobody.port());
+    const Outcome outcome =
+        runProgram(example("manySockets"), {station.endpoint, gone, "no address", greetsWithTwo.endpoint});
+    EXPECT_EQ(outcome.exitCode, 0);
+    QStringList lines = linesOf(outcome.output);
+    lines.sort();
+    QStringList expected = {gone + " is not there",
+                            "no address is not there",
+                            station.endpoint + " is there",
+                            station.endpoint + " says 68 04 00 00 00 00 00 00 00 00 01 00 00 00 00 00 16",
+                            greetsWithTwo.endpoint + " is there",
+                            greetsWithTwo.endpoint + " says 68 04 00 00 00 00 00 00 00 00 02 00 00 00 00 00 16"};
+    expected.sort();
+    EXPECT_EQ(lines.join('\n').toStdString(), expected.join('\n').toStdString());
+}
+
+TEST(LocalServer, givesBackWhatEachClientSendsOnOneDescriptorEach)
+{
+    RunningProgram server(example("localServer"), {});
+    const QString listening = server.nextLine();
+    ASSERT_TRUE(listening.startsWith("listening on 127.0.0.1:")) << listening.toStdString();
+    for (int i = 0; i < 3; ++i) {
+        Descriptor client = connected("127.0.0.1", listening.section(':', 1).toInt());
+        ASSERT_EQ(send(client, "hello", 5, MSG_NOSIGNAL), 5);
+        EXPECT_EQ(received(client, 5), "hello");
+    }
+}
+
+TEST(ChildProgram, isEndedBySigpipeAsAnyOther)
+{
+    EXPECT_EQ(runProgram(example("childProgram"), {"sh", "-c", "kill -PIPE $$; echo alive"}).output,
+              "ended by signal 13\n");
+    EXPECT_EQ(runProgram(example("childProgram"), {"sh", "-c", "exit 3"}).output, "ended with 3\n");
+}
