@@ -73,7 +73,7 @@ TEST(FrameStream, goesOnBehindAFrameInTheSamePiece)
 
 TEST(FrameStream, findsTheSameFramesInPiecesOfAnySize)
 {
-    const QByteArray stream = noise + intFrame + emptyFrame + "68 ffffffff 0000 00 00 01"_hex + intFrame;
+    const QByteArray stream = noise + intFrame + emptyFrame + "68 ffffffff"_hex + intFrame;
     for (int pieceSize = 1; pieceSize <= stream.size(); ++pieceSize) {
         SCOPED_TRACE(pieceSize);
         std::vector<long long> frameOffsets;
@@ -84,7 +84,7 @@ TEST(FrameStream, findsTheSameFramesInPiecesOfAnySize)
             if (item.kind == StreamItem::frame)
                 frameOffsets.push_back(item.offset);
         }
-        EXPECT_EQ(frameOffsets, (std::vector<long long>{3, 20, 43}));
+        EXPECT_EQ(frameOffsets, (std::vector<long long>{3, 20, 38}));
         EXPECT_EQ(covered, stream.size());
     }
 }
@@ -110,15 +110,14 @@ TEST(FrameStream, dropsAFrameWithAWrongEndAsAWhole)
     EXPECT_EQ(items[1].kind, StreamItem::frame);
 }
 
-TEST(FrameStream, goesOnBehindAHeaderWithABadLength)
+TEST(FrameStream, findsAFrameThatBeginsBehindABadLength)
 {
-    const std::vector<StreamItem> items = itemsOf("68 fbffffff 0500 00 00 01"_hex + noise + intFrame);
+    const std::vector<StreamItem> items = itemsOf("68 fbffffff"_hex + intFrame);
     ASSERT_EQ(items.size(), 3u);
     EXPECT_EQ(items[0].kind, StreamItem::badLength);
-    EXPECT_EQ(items[0].size, 10);
+    EXPECT_EQ(items[0].size, 1);
     EXPECT_EQ(items[0].content.length, 4294967291u); // or -5
-    EXPECT_EQ(items[0].content.sequence, 5);
-    EXPECT_EQ(hex(items[1].bytes), "00 16 ff");
+    EXPECT_EQ(hex(items[1].bytes), "fb ff ff ff");
     EXPECT_EQ(items[2].kind, StreamItem::frame);
 }
 

@@ -14,6 +14,7 @@ enum ExitCode {
 // A sub-command: takes the command line from its own name on, returns an exit code.
 int runStation(const QStringList& arguments);
 int runCall(const QStringList& arguments);
+int runSum(const QStringList& arguments);
 int runTime(const QStringList& arguments);
 
 // Reads `arguments` with `parser`, to which it adds --help. True to go on; false when all is said, with the exit code.

@@ -7,7 +7,9 @@
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
 
+static const int lengthEnd = 5; // the bytes of a header that tell the length
 static const int checkSize = 2;
+static const unsigned int largestLength = INT_MAX - CSocketAPI::frameOverhead;
 
 FrameStream::FrameStream(int kept) : keptBytes(kept) {}
 
@@ -19,25 +21,32 @@ void FrameStream::add(StreamItem item)
 }
 
 // Reads the header that begins at `pos`, and gives the place behind it. One that the input cuts is kept for the next
-// piece.
+// piece. A length that can't be shows a false start byte: a frame may begin anywhere behind that one.
 int FrameStream::begin(const QByteArray& input, int pos)
 {
-    if (input.size() - pos < CSocketAPI::headerSize) {
+    const char* start = input.constData() + pos;
+    const int left = input.size() - pos;
+    const unsigned int length = left < lengthEnd ? 0 : CByte2Val::byte2UInt(start + 1);
+    if (length > largestLength) {
+        StreamItem falseStart;
+        falseStart.kind = StreamItem::badLength;
+        falseStart.size = 1;
+        falseStart.content.length = length;
+        add(falseStart);
+        return pos + 1;
+    }
+    if (left < CSocketAPI::headerSize) {
         header = input.mid(pos);
         return input.size();
     }
-    const char* start = input.constData() + pos;
     current.kind = StreamItem::cut;
     current.size = CSocketAPI::headerSize;
-    current.content.length = CByte2Val::byte2UInt(start + 1);
-    current.content.sequence = CByte2Val::byte2UShort(start + 5);
-    current.content.arg2 = static_cast<unsigned char>(start[7]);
-    current.content.arg1 = static_cast<unsigned char>(start[8]);
-    current.content.command = static_cast<unsigned char>(start[9]);
-    if (current.content.length > unsigned(INT_MAX - CSocketAPI::frameOverhead)) {
-        current.kind = StreamItem::badLength;
-        add(std::exchange(current, StreamItem()));
-    }
+    Frame& frame = current.content;
+    frame.length = length;
+    frame.sequence = CByte2Val::byte2UShort(start + 5);
+    frame.arg2 = static_cast<unsigned char>(start[7]);
+    frame.arg1 = static_cast<unsigned char>(start[8]);
+    frame.command = static_cast<unsigned char>(start[9]);
     return pos + CSocketAPI::headerSize;
 }
 

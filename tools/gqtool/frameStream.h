@@ -23,7 +23,7 @@ struct StreamItem {
         frame,
         garbage,   // bytes ahead of a start byte
         wrongEnd,  // a whole frame that does not end in 0x16: a client drops it
-        badLength, // a header that announces a frame of 2 GiB or more: a client waits for it
+        badLength, // a start byte alone, for the length behind it gives a frame of 2 GiB or more: a client waits for it
         cut,       // a frame that the stream ends in
         cutHeader, // the same, with fewer than 10 bytes
     };
@@ -31,12 +31,12 @@ struct StreamItem {
     Kind kind = garbage;
     long long offset = 0; // of the first byte, from the start of the stream
     long long size = 0;   // in bytes
-    Frame content;        // but of garbage and of a cut header
-    QByteArray bytes;     // of these two
+    Frame content;        // empty of garbage and of a cut header; of badLength, the length alone
+    QByteArray bytes;     // of garbage and of a cut header
 };
 
 // Takes a stream of bytes apart into frames, as a client does, but goes on behind a frame's end in the same piece, and
-// behind a header with a bad length. Keeps no more of the stream than the frame being taken apart.
+// right behind a start byte with a bad length. Keeps no more of the stream than the frame being taken apart.
 class FrameStream {
 public:
     explicit FrameStream(int keptBytes = INT_MAX); // of each payload

@@ -186,14 +186,14 @@ QJsonObject itemJson(const StreamItem& item)
     }
     const Frame& frame = item.content;
     json["length"] = static_cast<qint64>(frame.length);
-    json["sequence"] = frame.sequence;
-    json["arg2"] = frame.arg2;
-    json["arg1"] = frame.arg1;
-    json["command"] = frame.command;
     if (item.kind == StreamItem::badLength) {
         json["fault"] = "length";
         return json;
     }
+    json["sequence"] = frame.sequence;
+    json["arg2"] = frame.arg2;
+    json["arg1"] = frame.arg1;
+    json["command"] = frame.command;
     json["payload"] = QString(frame.payload.toHex());
     if (!frame.check.isEmpty())
         json["check"] = QString(frame.check.toHex());

@@ -70,7 +70,9 @@ bool parseHex(const QByteArray& text, QByteArray& bytes, QString& error)
             return false;
         }
         if (i == firstDigit || (i - firstDigit) % 2 != 0) {
-            error = QString("%1: %2 digits make no whole bytes").arg(placeOf(text, start)).arg(i - firstDigit);
+            error = QString("%1: '%2' has %3")
+                        .arg(placeOf(text, start), QString(text.mid(start, i - start).left(20)),
+                             i == firstDigit ? "no digits" : "an odd number of digits");
             return false;
         }
         for (int digit = firstDigit; digit < i; digit += 2)
@@ -96,39 +98,39 @@ static bool readAll(const QString& path, QByteArray& content, QString& error)
 {
     QFile file(path);
     const bool isOpen = path == "-" ? file.open(STDIN_FILENO, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    for (QByteArray part("start"); isOpen && !part.isEmpty() && content.size() <= largestInput; content += part)
-        part = file.read(1 << 16);
-    if (content.size() > largestInput) {
-        error = QString("more than %1 bytes").arg(largestInput);
-        return false;
-    }
-    error = file.errorString();
-    return isOpen && file.error() == QFileDevice::NoError;
+    QByteArray part;
+    do {
+        part = isOpen ? file.read(1 << 16) : QByteArray();
+        content += part;
+    } while (!part.isEmpty() && content.size() <= largestInput);
+    const bool fits = content.size() <= largestInput;
+    error = fits ? file.errorString() : QString("more than %1 bytes").arg(largestInput);
+    return fits && file.error() == QFileDevice::NoError;
 }
 
 bool Input::read(const QCommandLineParser& parser, const QStringList& words, QByteArray& bytes, int& exitCode) const
 {
-    const bool isFile = parser.isSet(fileOption);
     const bool isStandardInput = words == QStringList{"-"};
+    const QString path = isStandardInput ? "-" : parser.value(fileOption);
     const bool isRaw = parser.isSet(rawOption);
-    exitCode = exitUsage;
-    if (isFile && !words.isEmpty())
-        usageError("bytes on the command line and --file: one of them, please");
-    else if (!isFile && words.isEmpty())
-        usageError("no bytes; give hex text, --file FILE, or - for standard input");
-    else if (isRaw && !isFile && !isStandardInput)
-        usageError("--raw goes with --file or -; bytes on the command line are hex text");
-    else
-        exitCode = exitFailed;
-    if (exitCode == exitUsage)
+    QString mistake;
+    if (parser.isSet(fileOption) && !words.isEmpty())
+        mistake = "bytes on the command line and --file: one of them, please";
+    else if (path.isEmpty() && words.isEmpty())
+        mistake = "no bytes; give hex text, --file FILE, or - for standard input";
+    else if (path.isEmpty() && isRaw)
+        mistake = "--raw goes with --file or -; bytes on the command line are hex text";
+    if (!mistake.isEmpty()) {
+        exitCode = usageError(mistake);
         return false;
+    }
 
-    QString source = "bytes";
+    exitCode = exitFailed;
+    const QString source = path.isEmpty() ? "bytes" : path == "-" ? "standard input" : path;
     QByteArray content = words.join(' ').toUtf8();
     QString error;
-    if (isFile || isStandardInput) {
-        const QString path = isFile ? parser.value(fileOption) : words.constFirst();
-        source = path == "-" ? "standard input" : path;
+    if (!path.isEmpty()) {
+        content.clear();
         if (!readAll(path, content, error)) {
             printError(QString("can't read %1: %2").arg(source, error));
             return false;

@@ -1,0 +1,93 @@
+#include "support/gqtoolProgram.h"
+#include "support/inputFile.h"
+
+#include <gtest/gtest.h>
+
+// The ways to give bytes to `sum`, `decode` and `wave`.
+
+static Outcome runWithInput(const QStringList& arguments, const QByteArray& input)
+{
+    QProcess process;
+    process.start(GQTOOL, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    process.waitForFinished(waitMs);
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+static const QString nineDigits = "31 32 33 34 35 36 37 38 39";
+static const QString nineDigitsSums = "9 bytes: 31 32 33 34 35 36 37 38 39\n"
+                                      "CRC-16, low byte first   37 4b\n"
+                                      "CRC-16, high byte first  4b 37\n"
+                                      "byte sum                 dd\n";
+
+TEST(GqtoolInput, takesHexTextInEveryUsualForm)
+{
+    for (const char* const text :
+         {"313233343536373839", "31:32:33:34:35:36:37:38:39", "0x31 0x32 0x333435 0X36 37 38 39",
+          "# digits\n31323334 # four\n\t35 3637\r\n38#\n39", "  31 32 33 34 35 36 37 38 39:  "}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(run({"sum", text}).output, nineDigitsSums);
+    }
+    EXPECT_EQ(run({"sum", "aB", "Cd"}).output.left(14), "2 bytes: ab cd");
+}
+
+TEST(GqtoolInput, readsFilesAndStandardInput)
+{
+    const InputFile text("31323334 # four\n3536373839\n");
+    EXPECT_EQ(run({"sum", "--file", text.path}).output, nineDigitsSums);
+    const InputFile raw("123456789");
+    EXPECT_EQ(run({"sum", "--raw", "--file", raw.path}).output, nineDigitsSums);
+
+    EXPECT_EQ(runWithInput({"sum", "-"}, nineDigits.toLatin1()).output, nineDigitsSums);
+    EXPECT_EQ(runWithInput({"sum", "--raw", "-"}, "123456789").output, nineDigitsSums);
+    EXPECT_EQ(runWithInput({"sum", "--raw", "--file", "-"}, "123456789").output, nineDigitsSums);
+}
+
+TEST(GqtoolInput, readsAGoldenFile)
+{
+    EXPECT_TRUE(run({"sum", "--file", GQLIB_GOLDEN "/waveQuantised.hex"}).output.contains(" bytes: "));
+}
+
+TEST(GqtoolInput, saysWhereADigitIsBad)
+{
+    Outcome outcome = run({"sum", "01 2g"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors, "gqtool: bytes, line 1, column 5: 'g' is not a hex digit\n");
+
+    EXPECT_EQ(runWithInput({"sum", "-"}, "01 # gg\n02 0x3\n").errors,
+              "gqtool: standard input, line 2, column 4: '0x3' has an odd number of digits\n");
+    EXPECT_EQ(run({"sum", "01 2 3"}).errors, "gqtool: bytes, line 1, column 4: '2' has an odd number of digits\n");
+    EXPECT_EQ(run({"sum", "01 0x"}).errors, "gqtool: bytes, line 1, column 4: '0x' has no digits\n");
+    EXPECT_EQ(run({"sum", "010x02"}).errors, "gqtool: bytes, line 1, column 4: 'x' is not a hex digit\n");
+}
+
+TEST(GqtoolInput, hintsAtRawBytes)
+{
+    EXPECT_EQ(runWithInput({"sum", "-"}, QByteArray("\x68\x00", 2)).errors,
+              "gqtool: standard input, line 1, column 1: 'h' is not a hex digit\n");
+    EXPECT_EQ(runWithInput({"sum", "-"}, QByteArray("\x00\xff", 2)).errors,
+              "gqtool: standard input, line 1, column 1: the byte 0x00 is not a hex digit; if these are raw bytes, say "
+              "--raw\n");
+}
+
+TEST(GqtoolInput, saysWhichFileCannotBeRead)
+{
+    const QTemporaryDir folder;
+    const QString missing = folder.filePath("missing");
+    Outcome outcome = run({"sum", "--file", missing});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: can't read " + missing + ": No such file or directory\n");
+    outcome = run({"sum", "--file", folder.path()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't read ")) << outcome.errors.toStdString();
+}
+
+TEST(GqtoolInput, wantsOneSource)
+{
+    EXPECT_EQ(run({"sum"}).exitCode, 2);
+    EXPECT_EQ(run({"sum", "--file", "a", "00"}).exitCode, 2);
+    EXPECT_EQ(run({"sum", "--file", "a", "-"}).exitCode, 2);
+    EXPECT_EQ(run({"sum", "--raw", "00"}).exitCode, 2);
+}

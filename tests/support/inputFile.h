@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+// A file with some content, which goes with its owner.
+class InputFile {
+public:
+    explicit InputFile(const QByteArray& content) : path(folder.filePath("input"))
+    {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        EXPECT_EQ(file.write(content), content.size());
+    }
+
+private:
+    QTemporaryDir folder;
+
+public:
+    const QString path; // in the folder
+};

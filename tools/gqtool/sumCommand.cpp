@@ -1,0 +1,137 @@
+#include "command.h"
+#include "console.h"
+#include "input.h"
+
+#include <QCommandLineParser>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <byte2Val.h>
+
+using gqdb::CByte2Val;
+
+static const int shownBytes = 4096;
+
+// --- The sums -----------------------------------------------------------------------------------------------------
+
+struct Sums {
+    unsigned char crcHigh = 0;
+    unsigned char crcLow = 0;
+    unsigned char byteSum = 0;
+};
+
+static Sums sumsOf(const QByteArray& bytes)
+{
+    Sums sums;
+    CByte2Val::getCrc16(bytes.constData(), bytes.size(), sums.crcHigh, sums.crcLow);
+    sums.byteSum = CByte2Val::getCs(bytes.constData(), bytes.size());
+    return sums;
+}
+
+static QByteArray byteOf(unsigned char value)
+{
+    return QByteArray(1, static_cast<char>(value));
+}
+
+// A sum as it stands at the end of a telegram.
+struct Tail {
+    const char* name; // for --check
+    const char* meaning;
+    QByteArray (*bytes)(const Sums& sums);
+};
+
+static const Tail tails[] = {
+    {"crc", "CRC-16, low byte first",
+     [](const Sums& sums) -> QByteArray { return byteOf(sums.crcLow) + byteOf(sums.crcHigh); }},
+    {"crc-high-first", "CRC-16, high byte first",
+     [](const Sums& sums) -> QByteArray { return byteOf(sums.crcHigh) + byteOf(sums.crcLow); }},
+    {"sum", "byte sum", [](const Sums& sums) { return byteOf(sums.byteSum); }},
+};
+
+// --- Output -------------------------------------------------------------------------------------------------------
+
+static void printJson(const QJsonObject& json)
+{
+    printLine(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
+static void printSums(const QByteArray& bytes, bool asJson)
+{
+    const Sums sums = sumsOf(bytes);
+    if (!asJson) {
+        printLine(QString("%1 %2: %3%4")
+                      .arg(bytes.size())
+                      .arg(bytes.size() == 1 ? "byte" : "bytes", CByte2Val::buf2str(bytes.left(shownBytes)),
+                           bytes.size() > shownBytes ? " ..." : ""));
+        for (const Tail& tail : tails)
+            printLine(QString("%1 %2").arg(tail.meaning, -24).arg(CByte2Val::buf2str(tail.bytes(sums))));
+        return;
+    }
+    QJsonObject json{{"size", bytes.size()}, {"crc16", sums.crcHigh * 256 + sums.crcLow}, {"byteSum", sums.byteSum}};
+    json["crcLowFirst"] = CByte2Val::buf2str(tails[0].bytes(sums));
+    json["crcHighFirst"] = CByte2Val::buf2str(tails[1].bytes(sums));
+    if (bytes.size() <= shownBytes)
+        json["hex"] = CByte2Val::buf2str(bytes);
+    printJson(json);
+}
+
+// Whether the bytes end in the sum of those ahead of it.
+static int check(const QByteArray& bytes, const Tail& tail, bool asJson)
+{
+    const int size = tail.bytes(Sums()).size();
+    if (bytes.size() <= size) {
+        printError(QString("%1 bytes are too few to end in a sum of %2").arg(bytes.size()).arg(size));
+        return exitFailed;
+    }
+    const QString found = CByte2Val::buf2str(bytes.right(size));
+    const QString right = CByte2Val::buf2str(tail.bytes(sumsOf(bytes.chopped(size))));
+    if (asJson)
+        printJson({{"check", tail.name}, {"right", found == right}, {"found", found}, {"expected", right}});
+    else
+        printLine(QString("%1: %2, %3").arg(found, found == right ? "right" : "wrong", tail.meaning) +
+                  (found == right ? QString() : QString(" of the bytes ahead is %1").arg(right)));
+    return found == right ? exitGood : exitFailed;
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+int runSum(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Prints the sums of telegrams over some bytes: CRC-16 (polynomial 0x8005 reflected, start 0xffff, as Modbus "
+        "has it) in both orders of its bytes, and the sum of the bytes modulo 256; and the bytes themselves as hex "
+        "text, up to 4096 of them.\n\n"
+        "  gqtool sum 01 03 00 00 00 0a\n"
+        "  gqtool sum --check crc 01 03 00 00 00 0a c5 cd");
+    const Input input(parser);
+    const QCommandLineOption checked(
+        "check",
+        "Say whether the bytes end in their sum: crc (low byte first, as Modbus RTU sends it), crc-high-first, or sum "
+        "(one byte). The exit code is 1 if they don't.",
+        "SUM");
+    const QCommandLineOption json("json", "Print one JSON object.");
+    parser.addOptions({checked, json});
+    int exitCode = exitGood;
+    if (!parseArguments(parser, arguments, exitCode))
+        return exitCode;
+
+    const Tail* wanted = nullptr;
+    for (const Tail& tail : tails) {
+        if (parser.value(checked) == tail.name)
+            wanted = &tail;
+    }
+    if (parser.isSet(checked) && wanted == nullptr)
+        return usageError("--check takes crc, crc-high-first or sum");
+    QByteArray bytes;
+    if (!input.read(parser, parser.positionalArguments(), bytes, exitCode))
+        return exitCode;
+    if (wanted != nullptr)
+        return check(bytes, *wanted, parser.isSet(json));
+    if (bytes.isEmpty()) {
+        printError("there are no bytes to sum");
+        return exitFailed;
+    }
+    printSums(bytes, parser.isSet(json));
+    return exitGood;
+}
