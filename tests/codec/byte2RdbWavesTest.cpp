@@ -193,8 +193,9 @@ static Floats goldenShortsAsFloats()
 static std::string goldenQuantisedImages()
 {
     Floats samples;
-    const QByteArray bytes = goldenFile("waveQuantisedSamples.hex");
-    CByte2Rdb::buffer2Floats(bytes.constData(), bytes.size() / 4, samples);
+    const QJsonValue wave = goldenJson("waves/quantised.json")["value"];
+    for (const QJsonValue& sample : wave["samples"].toArray())
+        samples.push_back(static_cast<float>(sample.toDouble()));
     return images(samples);
 }
 
@@ -221,7 +222,7 @@ static QByteArray withFlags(QByteArray stored, int flags)
 TEST(Wave2ByteOfFloats, storesHeadMarksAndSamples)
 {
     BlobWaveHead head = goldenHead(0);
-    EXPECT_EQ(hex(pack(head, goldenFloats(), goldenMarks)), hex(goldenFile("waveFloats.hex")));
+    EXPECT_EQ(hex(pack(head, goldenFloats(), goldenMarks)), hex(goldenFile("waves/floats.hex")));
 }
 
 TEST(Wave2ByteOfFloats, needs136BytesForTenSamples)
@@ -303,7 +304,7 @@ TEST(Wave2ByteOfFloats, compressesTheSamplesAlone)
     BlobWaveHead head = headWith(compressedBit);
     const QByteArray stored = pack(head, goldenFloats(), goldenMarks);
     EXPECT_EQ(hex(stored.mid(96, 12)), "01 00 00 00 fe ff ff ff 78 56 34 12");
-    EXPECT_EQ(hex(uncompressed(stored.mid(108))), hex(goldenFile("waveFloats.hex").mid(108)));
+    EXPECT_EQ(hex(uncompressed(stored.mid(108))), hex(goldenFile("waves/floats.hex").mid(108)));
 }
 
 TEST(Wave2ByteOfFloats, compressesAnEmptyBlock)
@@ -323,7 +324,7 @@ TEST(Wave2ByteOfInts, storesHeadMarksAndSamples)
         BlobWaveHead head = goldenHead(flags);
         head.limitHigh = 0.5;
         head.limitLow = 1;
-        EXPECT_EQ(hex(pack(head, goldenShorts(), goldenMarks)), hex(goldenFile("waveRaw.hex")));
+        EXPECT_EQ(hex(pack(head, goldenShorts(), goldenMarks)), hex(goldenFile("waves/raw.hex")));
     }
 }
 
@@ -504,7 +505,7 @@ TEST(Wave2ByteOfInts, packsUpToFiveMillionBytes)
 
 TEST(Byte2Wave, readsFloats)
 {
-    const QByteArray stored = goldenFile("waveFloats.hex");
+    const QByteArray stored = goldenFile("waves/floats.hex");
     const Unpacked unpacked(stored);
     EXPECT_EQ(unpacked.result, 1);
     EXPECT_EQ(hex(bytesOf(unpacked.head)), hex(stored.left(96)));
@@ -514,7 +515,7 @@ TEST(Byte2Wave, readsFloats)
 
 TEST(Byte2Wave, readsCompressedFloats)
 {
-    const QByteArray stored = goldenFile("waveFloatsPacked.hex");
+    const QByteArray stored = goldenFile("waves/floatsPacked.hex");
     const Unpacked unpacked(stored);
     EXPECT_EQ(unpacked.result, 1);
     EXPECT_EQ(hex(bytesOf(unpacked.head)), hex(stored.left(96)));
@@ -528,7 +529,7 @@ TEST(Byte2Wave, readsRawValues)
 {
     for (int flags : {1, 3, 0xf9, 0xfb}) {
         SCOPED_TRACE(flags);
-        const QByteArray stored = withFlags(goldenFile("waveRaw.hex"), flags);
+        const QByteArray stored = withFlags(goldenFile("waves/raw.hex"), flags);
         const Unpacked unpacked(stored);
         EXPECT_EQ(unpacked.result, 1);
         EXPECT_EQ(hex(bytesOf(unpacked.head)), hex(stored.left(96)));
@@ -541,7 +542,7 @@ TEST(Byte2Wave, readsCompressedRawValues)
 {
     for (int flags : {5, 7, 0xfd, 0xff}) {
         SCOPED_TRACE(flags);
-        const Unpacked unpacked(withFlags(goldenFile("waveRawPacked.hex"), flags));
+        const Unpacked unpacked(withFlags(goldenFile("waves/rawPacked.hex"), flags));
         EXPECT_EQ(unpacked.result, 1);
         EXPECT_EQ(unpacked.marks, goldenMarks);
         EXPECT_EQ(images(unpacked.samples), images(goldenShortsAsFloats()));
@@ -552,7 +553,7 @@ TEST(Byte2Wave, readsQuantisedSamples)
 {
     for (int flags : {2, 0xfa}) {
         SCOPED_TRACE(flags);
-        const QByteArray stored = withFlags(goldenFile("waveQuantised.hex"), flags);
+        const QByteArray stored = withFlags(goldenFile("waves/quantised.hex"), flags);
         const Unpacked unpacked(stored);
         EXPECT_EQ(unpacked.result, 1);
         EXPECT_EQ(hex(bytesOf(unpacked.head)), hex(stored.left(96)));
@@ -565,7 +566,7 @@ TEST(Byte2Wave, readsCompressedQuantisedSamples)
 {
     for (int flags : {6, 0xfe}) {
         SCOPED_TRACE(flags);
-        const Unpacked unpacked(withFlags(goldenFile("waveQuantisedPacked.hex"), flags));
+        const Unpacked unpacked(withFlags(goldenFile("waves/quantisedPacked.hex"), flags));
         EXPECT_EQ(unpacked.result, 1);
         EXPECT_EQ(unpacked.marks, goldenMarks);
         EXPECT_EQ(images(unpacked.samples), goldenQuantisedImages());
@@ -594,11 +595,11 @@ TEST(Byte2Wave, replacesSamplesAndMarks)
         BlobWaveHead head;
         Floats samples(size, 77);
         Ints marks(size, 88);
-        EXPECT_EQ(CByte2Rdb::byte2Wave(vectorOf(goldenFile("waveFloats.hex")), nullptr, head, samples, marks), 1);
+        EXPECT_EQ(CByte2Rdb::byte2Wave(vectorOf(goldenFile("waves/floats.hex")), nullptr, head, samples, marks), 1);
         EXPECT_EQ(samples, goldenFloats());
         EXPECT_EQ(marks, goldenMarks);
 
-        EXPECT_EQ(CByte2Rdb::byte2Wave(vectorOf(goldenFile("waveRaw.hex")), nullptr, head, samples, marks), 1);
+        EXPECT_EQ(CByte2Rdb::byte2Wave(vectorOf(goldenFile("waves/raw.hex")), nullptr, head, samples, marks), 1);
         EXPECT_EQ(samples, goldenShortsAsFloats());
     }
 }
@@ -698,7 +699,7 @@ TEST(Byte2Wave, refusesEveryShorterHeadAndChangesNothing)
 {
     for (int size = 0; size < 96; ++size) {
         SCOPED_TRACE(size);
-        const Unpacked unpacked(goldenFile("waveFloats.hex").left(size));
+        const Unpacked unpacked(goldenFile("waves/floats.hex").left(size));
         EXPECT_EQ(unpacked.result, 0);
         EXPECT_EQ(hex(bytesOf(unpacked.head)), hex(bytesOf(BlobWaveHead())));
         EXPECT_EQ(unpacked.samples, Unpacked::oldSamples);
@@ -757,7 +758,7 @@ TEST(Byte2Wave, refusesTenSamplesAndOneMarkAlthoughWave2ByteWritesThem)
 
 TEST(Byte2Wave, refusesEveryShorterWaveWithMarks)
 {
-    const QByteArray whole = goldenFile("waveRaw.hex"); // 3 marks and 128 bytes of samples, of which it wants 96
+    const QByteArray whole = goldenFile("waves/raw.hex"); // 3 marks and 128 bytes of samples, of which it wants 96
     for (int size = 96; size < 96 + 12 + 96; ++size) {
         SCOPED_TRACE(size);
         expectMarksRefused(whole.left(size));
@@ -805,7 +806,7 @@ TEST(Byte2Wave, overwritesTheHeadOfAWaveItRefuses)
 
 TEST(Byte2Wave, refusesACorruptStream)
 {
-    QByteArray stored = goldenFile("waveFloatsPacked.hex");
+    QByteArray stored = goldenFile("waves/floatsPacked.hex");
     stored[stored.size() - 1] = char(stored[stored.size() - 1] ^ 1); // its check sum
     const Unpacked unpacked(stored);
     EXPECT_EQ(unpacked.result, 0);
@@ -831,7 +832,7 @@ TEST(Byte2Wave, refusesEveryShorterStream)
 
 TEST(Byte2Wave, refusesSamplesThatAreNotCompressedAlthoughBit2IsSet)
 {
-    const Unpacked unpacked(withFlags(goldenFile("waveFloats.hex"), compressedBit));
+    const Unpacked unpacked(withFlags(goldenFile("waves/floats.hex"), compressedBit));
     EXPECT_EQ(unpacked.result, 0);
     EXPECT_EQ(unpacked.marks, goldenMarks);
     EXPECT_EQ(unpacked.samples, Unpacked::oldSamples);

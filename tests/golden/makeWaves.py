@@ -1,17 +1,15 @@
 #!/usr/bin/env python3
-"""Writes the stored waves of this folder: python3 makeWaves.py
+"""Writes the files of waves/: python3 makeWaves.py
 
-Each file holds one wave, a field a line with its offset; what follows a # is comment. The compressed blocks are the
-work of Python's zlib. The expected samples of the quantised wave are computed in fractions and rounded here, so that
-they owe nothing to the arithmetic of the processor.
+The compressed blocks are the work of Python's zlib. The samples of quantised waves are computed in fractions and
+rounded here, so that they owe nothing to the arithmetic of the processor.
 """
 
 import struct
 import zlib
 from fractions import Fraction
-from pathlib import Path
 
-FOLDER = Path(__file__).parent
+from goldenFile import File, image, told
 
 RAW, QUANTISED, COMPRESSED = 1, 2, 4
 HEAD_BYTE = 0x5A
@@ -42,57 +40,54 @@ def restored(raw, upper, lower):
     return float(rounded(rounded(quotient * rounded(Fraction(upper) - Fraction(lower), 24), 24) + Fraction(lower), 24))
 
 
-class File:
-    def __init__(self, title):
-        self.lines = [f"# {title}"]
-        self.offset = 0
-
-    def add(self, data, meaning):
-        for start in range(0, max(len(data), 1), 16):
-            part = data[start : start + 16]
-            note = meaning if start == 0 else ""
-            self.lines.append(f"{part.hex():<32} # {self.offset:>3} {note}".rstrip())
-            self.offset += len(part)
-
-    def write(self, name):
-        (FOLDER / name).write_text("\n".join(self.lines) + "\n")
+def scaled(raw, scale, offset):
+    """A raw sample: the product in double precision, rounded to single, then the sum likewise."""
+    product = rounded(rounded(Fraction(raw) * Fraction(scale), 53), 24)
+    return float(rounded(rounded(product + Fraction(offset), 53), 24))
 
 
-def write_wave(name, title, flags, limits, samples, layout, marks):
-    file = File(title)
-    file.add(bytes([HEAD_BYTE]), "headByte")
-    file.add(bytes([flags]), "waveFlags")
+def write_wave(name, title, flags, limits, stored, marks, behind=b""):
+    file = File("waves", name, "wave", title)
+    file.add(bytes([HEAD_BYTE]), f"headByte {HEAD_BYTE}")
+    file.add(bytes([flags]), f"waveFlags {flags}")
     file.add(FILL1, "headFill1")
-    file.add(struct.pack("<d", limits[0]), f"limitHigh {limits[0]}")
-    file.add(struct.pack("<d", limits[1]), f"limitLow {limits[1]}")
-    file.add(struct.pack("<I", len(samples)), f"sampleCount {len(samples)}")
-    file.add(struct.pack("<I", len(marks)), f"markCount {len(marks)}")
+    wave = {"headByte": HEAD_BYTE, "waveFlags": flags, "headFill1": {"hex": FILL1.hex()}}
+    wave["limitHigh"] = file.number("f64", limits[0], "limitHigh")
+    wave["limitLow"] = file.number("f64", limits[1], "limitLow")
+    wave["sampleCount"] = file.number("u32", len(stored), "sampleCount")
+    wave["markCount"] = file.number("u32", len(marks), "markCount")
     file.add(FILL2, "headFill2")
-    for i, mark in enumerate(marks):
-        file.add(struct.pack("<i", mark), f"mark {i}: {mark}")
+    wave["headFill2"] = {"hex": FILL2.hex()}
+    wave["marks"] = [file.number("i32", mark, f"marks[{i}]") for i, mark in enumerate(marks)]
+
+    kind = "<h" if flags & RAW else "<H" if flags & QUANTISED else "<f"
+    images = [struct.pack(kind, number) for number in stored]
     if flags & COMPRESSED:
-        block = b"".join(struct.pack(layout, sample) for sample in samples)
-        file.add(zlib.compress(block), f"{len(samples)} samples, {len(block)} bytes unpacked")
+        block = b"".join(images)
+        file.add(zlib.compress(block), f"{len(stored)} samples, {len(block)} bytes unpacked")
     else:
-        for i, sample in enumerate(samples):
-            file.add(struct.pack(layout, sample), f"sample {i}: {sample}")
-    file.write(name)
+        for i, (data, number) in enumerate(zip(images, stored)):
+            file.add(data, f"sample {i}: {number}")
+    samples = stored
+    if flags & (RAW | QUANTISED):
+        wave["stored"] = stored
+        restore = scaled if flags & RAW else restored
+        samples = [restore(number, *limits) for number in stored]
+    wave["samples"] = [told("f32", image("f32", sample)) for sample in samples]
+    file.write(wave, behind)
 
 
-float_limits = (max(FLOATS), min(FLOATS))
-write_wave("waveFloats.hex", "Floats", 0, float_limits, FLOATS, "<f", MARKS)
-write_wave("waveFloatsPacked.hex", "Floats, compressed", COMPRESSED, float_limits, FLOATS, "<f", MARKS)
+def write_both(name, title, flags, limits, stored, marks):
+    write_wave(name, title, flags, limits, stored, marks)
+    write_wave(f"{name}Packed", f"{title}, compressed", flags | COMPRESSED, limits, stored, marks)
 
-line = (0.5, 1.0)
-write_wave("waveRaw.hex", "Raw values for value * 0.5 + 1", RAW, line, SHORTS, "<h", MARKS)
-write_wave("waveRawPacked.hex", "The same, compressed", RAW | COMPRESSED, line, SHORTS, "<h", MARKS)
 
-range_ = (10.0, -10.0)
-write_wave("waveQuantised.hex", "Samples quantised between -10 and 10", QUANTISED, range_, USHORTS, "<H", MARKS)
-write_wave("waveQuantisedPacked.hex", "The same, compressed", QUANTISED | COMPRESSED, range_, USHORTS, "<H", MARKS)
-
-samples = File("The samples of the quantised wave: floats")
-for raw in USHORTS:
-    sample = restored(raw, *range_)
-    samples.add(struct.pack("<f", sample), f"{raw} is {sample:.9g}")
-samples.write("waveQuantisedSamples.hex")
+if __name__ == "__main__":
+    write_both("floats", "Floats", 0, (max(FLOATS), min(FLOATS)), FLOATS, MARKS)
+    write_both("raw", "Raw values for value * 0.5 + 1", RAW, (0.5, 1.0), SHORTS, MARKS)
+    write_both("quantised", "Samples quantised between -10 and 10", QUANTISED, (10.0, -10.0), USHORTS, MARKS)
+    write_both("empty", "No samples, no marks", 0, (0.0, 0.0), [], [])
+    write_wave("quantisedConstant", "Samples that are all 2.5", QUANTISED, (2.5, 2.5), [0, 0, 0], [])
+    tenths = [-32768, -1, 0, 7, 32767]
+    write_wave("rawTenths", "Raw values, and a scale that has no exact image", RAW, (0.1, -0.3), tenths, [])
+    write_wave("floatsOdd", "A byte behind the last whole sample", 0, (1.5, -0.25), [1.5, -0.25], [], b"\x07")

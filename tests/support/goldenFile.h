@@ -1,6 +1,10 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <fstream>
 #include <stdexcept>
@@ -17,4 +21,13 @@ inline QByteArray goldenFile(const std::string& name)
     for (std::string line; std::getline(file, line);)
         digits += line.substr(0, line.find('#')).c_str();
     return QByteArray::fromHex(digits);
+}
+
+// The content of a JSON file of tests/golden.
+inline QJsonObject goldenJson(const std::string& name)
+{
+    QFile file(QString::fromStdString(GQLIB_GOLDEN "/" + name));
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("no file tests/golden/" + name);
+    return QJsonDocument::fromJson(file.readAll()).object();
 }
