@@ -80,8 +80,10 @@ public:
 
     // --- Sending: 1, or -1 with the socket closed and the link down. None of these reconnects ---
 
+    // The frame as it stands, in one send(2).
     int sendDatas(const QByteArray& frame);
     int sendDatas(unsigned char command); // no payload
+    // A frame that holds these, in the standard payload.
     int sendInt(unsigned char command, int value);
     int sendInts(unsigned char command, const std::vector<int>& values);
 

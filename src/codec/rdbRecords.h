@@ -110,6 +110,7 @@ struct BlobPoint {
 
 // --- Values: a RealData is keyed by its point, a Data is the same without the key ---------------------------------
 
+// A value of a FloatPoint.
 struct FloatRealData {
     unsigned int pointId = 0;
     unsigned int stamp1 = 0;
@@ -119,6 +120,7 @@ struct FloatRealData {
     char flag2 = 0;
 };
 
+// The same without its point.
 struct FloatData {
     unsigned int stamp1 = 0;
     unsigned int stamp2 = 0;
@@ -127,6 +129,7 @@ struct FloatData {
     char flag2 = 0;
 };
 
+// A value of a BoolPoint.
 struct BoolRealData {
     unsigned int pointId = 0;
     unsigned int stamp1 = 0;
@@ -135,6 +138,7 @@ struct BoolRealData {
     char flag1 = 0;
 };
 
+// The same without its point.
 struct BoolData {
     unsigned int stamp1 = 0;
     unsigned int stamp2 = 0;
@@ -142,6 +146,7 @@ struct BoolData {
     char flag1 = 0;
 };
 
+// A value of an IntPoint.
 struct IntRealData {
     unsigned int pointId = 0;
     unsigned int stamp1 = 0;
@@ -151,6 +156,7 @@ struct IntRealData {
     char flag2 = 0;
 };
 
+// The same without its point.
 struct IntData {
     unsigned int stamp1 = 0;
     unsigned int stamp2 = 0;
@@ -171,6 +177,7 @@ struct PointRealData {
     char flag2 = 0;
 };
 
+// What is told of a blob value without its bytes.
 struct BlobDataInfo {
     unsigned int pointId = 0;
     unsigned int stamp1 = 0;
@@ -180,6 +187,7 @@ struct BlobDataInfo {
     char flag2 = 0;
 };
 
+// A value of a BlobPoint.
 struct BlobRealData {
     unsigned int pointId = 0;
     unsigned int stamp1 = 0;
@@ -200,6 +208,7 @@ struct BlobData {
 
 // --- Queries and events -------------------------------------------------------------------------------------------
 
+// Read, but never written: byte2Rdb.h tells how to send one.
 struct HisQuery {
     unsigned int pointId = 0;
     std::string text1; // not on the wire
@@ -211,6 +220,7 @@ struct HisQuery {
     unsigned int word6 = 0;
 };
 
+// Read only with a byte behind it.
 struct OneSecQuery {
     unsigned int pointId = 0;
     std::string text1;
@@ -220,6 +230,7 @@ struct OneSecQuery {
     unsigned int word4 = 0;
 };
 
+// An event with its texts and its value.
 struct EventInfo {
     unsigned int word1 = 0;
     unsigned int word2 = 0;
@@ -242,6 +253,7 @@ struct EventInfo {
     unsigned int word13 = 0;
 };
 
+// The numbers alone.
 struct EventState {
     unsigned int word1 = 0;
     char switch1 = 0;
@@ -262,6 +274,7 @@ struct Variant {
     std::string textValue;
 };
 
+// A value of an object, and the texts that show it.
 struct PropertyData {
     int word1 = 0;
     int word2 = 0;
@@ -270,6 +283,7 @@ struct PropertyData {
     Variant value;
 };
 
+// Numbers, texts, and the properties in their order.
 struct ObjectData {
     int word1 = 0;
     int word2 = 0;

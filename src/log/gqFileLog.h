@@ -23,13 +23,14 @@
 // The destructor drops what is still queued: call save() first.
 class GQLIB_EXPORT CGqFileLog {
 public:
+    // A line that is queued.
     struct LogData {
         QString text;                  // the message, without a line end
         unsigned int seconds = 0;      // since 1970-01-01 00:00 UTC
         unsigned int milliseconds = 0; // shown as it is, even above 999; from 2^31 on as a negative number
     };
 
-    explicit CGqFileLog(bool showTime = true);
+    explicit CGqFileLog(bool showTime = true); // whether the lines begin with their time
     CGqFileLog(const CGqFileLog&) = delete;
     CGqFileLog& operator=(const CGqFileLog&) = delete;
 

@@ -60,8 +60,8 @@ public:
     CMutex(const CMutex&) = delete;
     CMutex& operator=(const CMutex&) = delete;
 
-    void lock();
-    void unlock();
+    void lock();   // waits without limit while another thread has it
+    void unlock(); // by the thread that locked it
 
 protected:
     pthread_mutex_t handle;
@@ -70,8 +70,8 @@ protected:
 // Holds a mutex for its lifetime. The mutex is not owned, and must not be null.
 class GQLIB_EXPORT CMutexLocker {
 public:
-    explicit CMutexLocker(CMutex* mutexToLock);
-    ~CMutexLocker();
+    explicit CMutexLocker(CMutex* mutexToLock); // locks
+    ~CMutexLocker();                            // unlocks
     CMutexLocker(const CMutexLocker&) = delete;
     CMutexLocker& operator=(const CMutexLocker&) = delete;
 
@@ -101,10 +101,10 @@ public:
     CReadWriteLock(const CReadWriteLock&) = delete;
     CReadWriteLock& operator=(const CReadWriteLock&) = delete;
 
-    void lockForRead();
-    void unlockForRead(); // without a reader it changes nothing but gives a held write lock of this thread back
-    void lockForWrite();
-    void unlockForWrite();
+    void lockForRead();    // waits while another thread writes
+    void unlockForRead();  // without a reader it changes nothing but gives a held write lock of this thread back
+    void lockForWrite();   // waits while another thread writes or any reads, but see above
+    void unlockForWrite(); // by the thread that locked it
 
 protected:
     int readerCount;

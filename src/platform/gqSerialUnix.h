@@ -17,6 +17,7 @@ public:
     CSerial(const CSerial&) = delete;
     CSerial& operator=(const CSerial&) = delete;
 
+    // From an open() that gave 1 to close().
     bool isOpen();
 
     // Opens /dev/ttyS<portNumber> and sets its parameters, of which no failure is told. 1; or 0 if it could not be

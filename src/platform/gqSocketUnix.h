@@ -33,6 +33,7 @@ public:
     virtual int setRecvOverTm(int ms);
     virtual int setSendOverTm(int ms);
 
+    // Gives the descriptor back to the system, in the manner of each endpoint.
     virtual void close() = 0;
 
     // Whether the descriptor is 1 or more. 0 means never opened, -1 closed.
@@ -158,6 +159,7 @@ struct TcpSocketStatus {
     void* context = nullptr;      // the caller's own; never looked at
 };
 
+// Waits for many TCP sockets at once. Everything is static.
 class GQLIB_EXPORT CGqSocket {
 public:
     // Do nothing; they need not be called.
@@ -296,5 +298,6 @@ public:
     // struct can_frame. 16, the size of that structure, not `length`; or -1.
     int send(const char* buffer, int length, int canId);
 
+    // Harmless when not open.
     void close() override;
 };
