@@ -3,6 +3,7 @@
 #include "demo.h"
 #include "gqtool/console.h"
 #include "gqtool/stationProtocol.h"
+#include "gqtool/waveDrawing.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -95,59 +96,22 @@ static void showValues(CTcpAPI& client, const std::map<unsigned int, QString>& u
 
 // --- The wave -----------------------------------------------------------------------------------------------------
 
-// One column of a picture: the smallest and the largest of its samples, so that no spike is lost.
-struct Column {
-    float low;
-    float high;
-};
-
-static std::vector<Column> columnsOf(const std::vector<float>& samples, int count)
-{
-    std::vector<Column> columns;
-    for (int i = 0; i < count; ++i) {
-        const auto first = samples.begin() + static_cast<long>(samples.size()) * i / count;
-        const auto last = samples.begin() + static_cast<long>(samples.size()) * (i + 1) / count;
-        const auto ends = std::minmax_element(first, std::max(last, first + 1));
-        columns.push_back({*ends.first, *ends.second});
-    }
-    return columns;
-}
-
 // How far each column swings, as a line of block characters.
 static QString blockLine(const std::vector<float>& samples, int width, double range)
 {
     static const QString blocks = QString::fromUtf8("▁▂▃▄▅▆▇█");
     QString line;
-    for (const Column& column : columnsOf(samples, width)) {
+    for (const WaveColumn& column : waveColumns(samples, width)) {
         const int step = static_cast<int>((column.high - column.low) / range * blocks.size());
         line += blocks[std::min(std::max(step, 0), blocks.size() - 1)];
     }
     return line;
 }
 
-static bool writeSvg(const QString& path, const std::vector<float>& samples, const BlobWaveHead& head)
+static bool writeSvg(const QString& path, const std::vector<float>& samples)
 {
-    const int width = 1000;
-    const int height = 300;
-    const auto y = [&](float value) {
-        return QString::number((head.limitHigh - value) / (head.limitHigh - head.limitLow) * (height - 10) + 5, 'f', 1);
-    };
-    QString line;
-    int x = 0;
-    for (const Column& column : columnsOf(samples, width)) {
-        line += QString("%1%2 %3V%4").arg(x == 0 ? 'M' : 'L').arg(x).arg(y(column.low), y(column.high));
-        ++x;
-    }
     QFile file(path);
-    const QByteArray picture = QString("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%1\" height=\"%2\">\n"
-                                       "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
-                                       "<path d=\"M0 %3H%1\" stroke=\"lightgray\"/>\n"
-                                       "<path d=\"%4\" fill=\"none\" stroke=\"darkblue\"/>\n"
-                                       "</svg>\n")
-                                   .arg(width)
-                                   .arg(height)
-                                   .arg(y(0), line)
-                                   .toUtf8();
+    const QByteArray picture = waveSvg(samples);
     return file.open(QIODevice::WriteOnly) && file.write(picture) == picture.size();
 }
 
@@ -169,11 +133,10 @@ static void showWave(CTcpAPI& client, const QString& svgPath)
         return;
     printLine(QString());
     printLine(QString("    %1").arg(blockLine(samples, 72, head.limitHigh - head.limitLow)));
-    printLine(
-        QString("    %1 to %2 V; %3")
-            .arg(head.limitLow, 0, 'f', 0)
-            .arg(head.limitHigh, 0, 'f', 0)
-            .arg(writeSvg(svgPath, samples, head) ? "drawn in " + svgPath : "could not be written to " + svgPath));
+    printLine(QString("    %1 to %2 V; %3")
+                  .arg(head.limitLow, 0, 'f', 0)
+                  .arg(head.limitHigh, 0, 'f', 0)
+                  .arg(writeSvg(svgPath, samples) ? "drawn in " + svgPath : "could not be written to " + svgPath));
     printLine(QString());
 }
 

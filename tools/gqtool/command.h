@@ -16,6 +16,7 @@ int runStation(const QStringList& arguments);
 int runCall(const QStringList& arguments);
 int runSum(const QStringList& arguments);
 int runTime(const QStringList& arguments);
+int runWave(const QStringList& arguments);
 
 // Reads `arguments` with `parser`, to which it adds --help. True to go on; false when all is said, with the exit code.
 bool parseArguments(QCommandLineParser& parser, const QStringList& arguments, int& exitCode);

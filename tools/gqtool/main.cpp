@@ -22,6 +22,7 @@ static const Command commands[] = {
     {"call", "one request to a station or server, and its reply", runCall},
     {"sum", "checksums and hex text of some bytes", runSum},
     {"time", "the moment and the text of a relative time code", runTime},
+    {"wave", "what is in a stored wave, as text, table or picture", runWave},
 };
 
 static QString overview()

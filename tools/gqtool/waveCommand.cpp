@@ -1,0 +1,343 @@
+#include "command.h"
+#include "console.h"
+#include "input.h"
+#include "progress.h"
+#include "waveDrawing.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocale>
+
+#include <algorithm>
+#include <array>
+#include <byte2Rdb.h>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <vector>
+#include <zlib.h>
+
+using gqdb::BlobWaveHead;
+using gqdb::CByte2Rdb;
+
+static const int headSize = sizeof(BlobWaveHead);
+static const int shownMarks = 16;
+
+// --- The wave -----------------------------------------------------------------------------------------------------
+
+struct Wave {
+    long long size = 0;
+    bool hasHead = false;
+    BlobWaveHead head;
+    QString refusal; // why the reader refuses it; empty if it doesn't
+    std::vector<float> samples;
+    std::vector<int> marks;
+};
+
+static bool isCompressed(const BlobWaveHead& head)
+{
+    return (head.waveFlags & 4) != 0;
+}
+
+static QString formText(const BlobWaveHead& head)
+{
+    if (head.waveFlags & 1)
+        return "raw";
+    return head.waveFlags & 2 ? "quantised" : "plain";
+}
+
+// What is wrong with a compressed block.
+static QString streamFault(const unsigned char* stream, size_t size)
+{
+    z_stream zlib = {};
+    zlib.next_in = const_cast<unsigned char*>(stream); // is not written to
+    zlib.avail_in = static_cast<unsigned int>(size);
+    if (inflateInit(&zlib) != Z_OK)
+        return "zlib has no memory";
+    std::array<unsigned char, 65536> part;
+    int result = Z_OK;
+    while (result == Z_OK && zlib.total_out <= CByte2Rdb::waveBlockSize) {
+        zlib.next_out = part.data();
+        zlib.avail_out = part.size();
+        result = inflate(&zlib, Z_NO_FLUSH);
+    }
+    const QString message = zlib.msg == nullptr ? QString("a dictionary is asked for") : QString(zlib.msg);
+    inflateEnd(&zlib);
+    if (zlib.total_out > CByte2Rdb::waveBlockSize)
+        return QString("unpacks to more than %1 bytes").arg(CByte2Rdb::waveBlockSize);
+    if (result == Z_BUF_ERROR)
+        return QString("is a zlib stream that is cut, behind %1 unpacked bytes").arg(zlib.total_out);
+    return QString("is no zlib stream, at byte %1 of it: %2").arg(zlib.total_in).arg(message);
+}
+
+// Why the reader refuses a wave: docs/formats/wave.md has the list.
+static QString refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
+{
+    if (bytes.size() < headSize)
+        return QString("there is no head: it has %1 bytes, and these are %2").arg(headSize).arg(bytes.size());
+    const long long marks = 4LL * head.markCount;
+    const long long rest = bytes.size() - headSize;
+    if (head.markCount > 0 && rest < marks + headSize)
+        return QString("markCount is %1: these marks and %2 bytes of samples, the least with marks, need %3 bytes "
+                       "behind the head, and there are %4")
+            .arg(head.markCount)
+            .arg(headSize)
+            .arg(marks + headSize)
+            .arg(rest);
+    const auto* block = reinterpret_cast<const unsigned char*>(bytes.constData()) + headSize + marks;
+    return QString("waveFlags has bit 2, but the sample block of %1 bytes %2")
+        .arg(rest - marks)
+        .arg(streamFault(block, static_cast<size_t>(rest - marks)));
+}
+
+static Wave readWave(const QByteArray& bytes)
+{
+    Wave wave;
+    wave.size = bytes.size();
+    wave.hasHead = bytes.size() >= headSize;
+    const std::vector<unsigned char> stored(bytes.begin(), bytes.end());
+    std::vector<unsigned char> work(CByte2Rdb::waveBlockSize);
+    if (CByte2Rdb::byte2Wave(stored, work.data(), wave.head, wave.samples, wave.marks) != 1)
+        wave.refusal = refusalOf(bytes, wave.head);
+    return wave;
+}
+
+// Of the finite samples; the others are only counted.
+struct Statistics {
+    size_t finite = 0;
+    size_t others = 0; // not a number, or infinite
+    float minimum = 0;
+    float maximum = 0;
+    double mean = 0;
+};
+
+static Statistics statisticsOf(const std::vector<float>& samples)
+{
+    Statistics result;
+    double sum = 0;
+    for (const float sample : samples) {
+        if (!std::isfinite(sample)) {
+            ++result.others;
+            continue;
+        }
+        result.minimum = result.finite == 0 ? sample : std::min(result.minimum, sample);
+        result.maximum = result.finite == 0 ? sample : std::max(result.maximum, sample);
+        sum += static_cast<double>(sample);
+        ++result.finite;
+    }
+    if (result.finite > 0)
+        result.mean = sum / static_cast<double>(result.finite);
+    return result;
+}
+
+// --- Numbers ------------------------------------------------------------------------------------------------------
+
+// The shortest decimal that reads back as the same float: 0.1, where its double would need 0.10000000149011612.
+static QByteArray floatText(float value)
+{
+    if (std::isnan(value))
+        return "nan";
+    std::array<char, 32> text;
+    const std::to_chars_result end = std::to_chars(text.data(), text.data() + text.size(), value);
+    return QByteArray(text.data(), static_cast<int>(end.ptr - text.data()));
+}
+
+static QString doubleText(double value)
+{
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
+}
+
+static QString fillText(const unsigned char* bytes, int size)
+{
+    return QByteArray(reinterpret_cast<const char*>(bytes), size).toHex();
+}
+
+// --- Text and JSON ------------------------------------------------------------------------------------------------
+
+static void printField(const char* name, const QString& value)
+{
+    printLine(QString("%1 %2").arg(name, -12).arg(value));
+}
+
+static void printHead(const BlobWaveHead& head)
+{
+    const bool isRaw = (head.waveFlags & 1) != 0;
+    printField("headByte", QString("0x%1").arg(head.headByte, 2, 16, QChar('0')));
+    printField("waveFlags", QString("0x%1: %2%3")
+                                .arg(head.waveFlags, 2, 16, QChar('0'))
+                                .arg(formText(head), isCompressed(head) ? ", compressed" : ""));
+    printField("headFill1", fillText(head.headFill1, sizeof head.headFill1));
+    printField("limitHigh", doubleText(head.limitHigh) + (isRaw ? ", the scale" : ""));
+    printField("limitLow", doubleText(head.limitLow) + (isRaw ? ", the offset" : ""));
+    printField("sampleCount", QString::number(head.sampleCount));
+    printField("markCount", QString::number(head.markCount));
+    printField("headFill2", fillText(head.headFill2, sizeof head.headFill2));
+}
+
+static void printText(const Wave& wave)
+{
+    printField("size", QString("%1 bytes").arg(wave.size));
+    if (wave.hasHead)
+        printHead(wave.head);
+    if (!wave.refusal.isEmpty())
+        return;
+    if (!wave.marks.empty()) {
+        QStringList shown;
+        for (size_t i = 0; i < std::min<size_t>(wave.marks.size(), shownMarks); ++i)
+            shown.append(QString::number(wave.marks[i]));
+        printField("marks", shown.join(", ") + (wave.marks.size() > shownMarks ? ", ..." : ""));
+    }
+    const Statistics statistics = statisticsOf(wave.samples);
+    printField("samples",
+               QString::number(wave.samples.size()) +
+                   (wave.samples.size() == wave.head.sampleCount ? "" : ", though sampleCount tells another number"));
+    if (statistics.others > 0)
+        printField("not finite", QString("%1, NaN or infinite; left out below").arg(statistics.others));
+    if (statistics.finite == 0)
+        return;
+    printField("minimum", floatText(statistics.minimum));
+    printField("maximum", floatText(statistics.maximum));
+    printField("mean", doubleText(statistics.mean));
+}
+
+// With the least digits that tell it.
+static double jsonNumber(float value)
+{
+    return floatText(value).toDouble();
+}
+
+static void printJson(const Wave& wave)
+{
+    QJsonObject json{{"size", wave.size}};
+    if (wave.hasHead) {
+        const BlobWaveHead& head = wave.head;
+        json["headByte"] = head.headByte;
+        json["waveFlags"] = head.waveFlags;
+        json["form"] = formText(head);
+        json["compressed"] = isCompressed(head);
+        json["headFill1"] = fillText(head.headFill1, sizeof head.headFill1);
+        json["limitHigh"] = head.limitHigh; // null if not finite
+        json["limitLow"] = head.limitLow;
+        json["sampleCount"] = static_cast<qint64>(head.sampleCount);
+        json["markCount"] = static_cast<qint64>(head.markCount);
+        json["headFill2"] = fillText(head.headFill2, sizeof head.headFill2);
+    }
+    if (wave.refusal.isEmpty()) {
+        QJsonArray marks;
+        for (const int mark : wave.marks)
+            marks.append(mark);
+        const Statistics statistics = statisticsOf(wave.samples);
+        json["marks"] = marks;
+        json["samples"] = static_cast<qint64>(wave.samples.size());
+        json["notFinite"] = static_cast<qint64>(statistics.others);
+        if (statistics.finite > 0) {
+            json["minimum"] = jsonNumber(statistics.minimum);
+            json["maximum"] = jsonNumber(statistics.maximum);
+            json["mean"] = statistics.mean;
+        }
+    } else {
+        json["refused"] = wave.refusal;
+    }
+    printLine(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
+// --- Files --------------------------------------------------------------------------------------------------------
+
+// A file to write, or standard output if it is called "-".
+class Output {
+public:
+    explicit Output(const QString& path) : file(path)
+    {
+        isGood = path == "-" || file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    }
+
+    void add(const QByteArray& lines) // whole ones
+    {
+        if (file.fileName() == "-")
+            printLine(QString::fromUtf8(lines.chopped(1)));
+        else
+            isGood = isGood && file.write(lines) == lines.size();
+    }
+
+    // Whether all is written; says so if not.
+    bool end()
+    {
+        isGood = isGood && (!file.isOpen() || file.flush());
+        if (!isGood)
+            printError(QString("can't write to %1: %2").arg(file.fileName(), file.errorString()));
+        return isGood;
+    }
+
+private:
+    QFile file;
+    bool isGood;
+};
+
+static bool writeTable(const QString& path, const std::vector<float>& samples)
+{
+    Output output(path);
+    Progress progress;
+    QByteArray lines = "sample,value\n";
+    for (size_t i = 0; i < samples.size(); ++i) {
+        lines += QByteArray::number(static_cast<qint64>(i)) + ',' + floatText(samples[i]) + '\n';
+        if (lines.size() > 65536) {
+            output.add(lines);
+            lines.clear();
+            progress.show(QString("%1: %2 of %3 samples").arg(path).arg(i + 1).arg(samples.size()));
+        }
+    }
+    if (!lines.isEmpty())
+        output.add(lines);
+    return output.end();
+}
+
+static bool writePicture(const QString& path, const std::vector<float>& samples)
+{
+    Output output(path);
+    output.add(waveSvg(samples));
+    return output.end();
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+int runWave(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Reads a stored wave and prints its head, its marks, and number, minimum, maximum and mean of its samples. "
+        "Samples that are NaN or infinite are counted, and left out of the rest. A wave that the library's reader "
+        "refuses is told as far as it can be read, with the reason; the exit code is 1 then.\n\n"
+        "  gqtool wave --raw --file WAVE --svg wave.svg");
+    const Input input(parser);
+    const QCommandLineOption csv("csv", "Write the samples, one 'number,value' a line; - is standard output.", "FILE");
+    const QCommandLineOption svg(
+        "svg", "Draw the samples, with every spike however many they are; - is standard output.", "FILE");
+    const QCommandLineOption json("json", "Print one JSON object.");
+    parser.addOptions({csv, svg, json});
+    int exitCode = exitGood;
+    if (!parseArguments(parser, arguments, exitCode))
+        return exitCode;
+    const bool csvOutput = parser.value(csv) == "-";
+    const bool svgOutput = parser.value(svg) == "-";
+    if (csvOutput + svgOutput + parser.isSet(json) > 1)
+        return usageError("--json, --csv - and --svg - all want standard output: one of them, please");
+    QByteArray bytes;
+    if (!input.read(parser, parser.positionalArguments(), bytes, exitCode))
+        return exitCode;
+
+    const Wave wave = readWave(bytes);
+    if (parser.isSet(json))
+        printJson(wave);
+    else if (!csvOutput && !svgOutput)
+        printText(wave);
+    if (!wave.refusal.isEmpty()) {
+        printError("refused: " + wave.refusal);
+        return exitFailed;
+    }
+    const bool isWritten = (!parser.isSet(csv) || writeTable(parser.value(csv), wave.samples)) &&
+                           (!parser.isSet(svg) || writePicture(parser.value(svg), wave.samples));
+    return isWritten ? exitGood : exitFailed;
+}
