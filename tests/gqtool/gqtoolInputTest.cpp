@@ -46,7 +46,7 @@ TEST(GqtoolInput, readsFilesAndStandardInput)
 
 TEST(GqtoolInput, readsAGoldenFile)
 {
-    EXPECT_TRUE(run({"sum", "--file", GQLIB_GOLDEN "/waveQuantised.hex"}).output.contains(" bytes: "));
+    EXPECT_TRUE(run({"sum", "--file", GQLIB_GOLDEN "/waves/quantised.hex"}).output.contains(" bytes: "));
 }
 
 TEST(GqtoolInput, saysWhereADigitIsBad)

@@ -21,7 +21,7 @@ static Outcome waveOf(const QByteArray& bytes, const QStringList& options = {})
 
 static Outcome goldenWave(const QString& name, const QStringList& options = {})
 {
-    return run(QStringList{"wave", "--file", GQLIB_GOLDEN "/" + name + ".hex"} + options);
+    return run(QStringList{"wave", "--file", GQLIB_GOLDEN "/waves/" + name + ".hex"} + options);
 }
 
 static QByteArray contentOf(const QString& path)
@@ -51,7 +51,7 @@ static QByteArray imageOf(const std::vector<float>& samples)
 
 TEST(GqtoolWave, printsHeadMarksAndStatistics)
 {
-    const Outcome outcome = goldenWave("waveRaw");
+    const Outcome outcome = goldenWave("raw");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.errors, "");
     EXPECT_EQ(outcome.output.toStdString(),
@@ -83,13 +83,12 @@ TEST(GqtoolWave, readsEveryForm)
         double maximum;
         double mean;
     };
-    for (const Expected& expected :
-         {Expected{"waveFloats", "plain", false, 40, -6, 6.5, 0.23125},
-          Expected{"waveFloatsPacked", "plain", true, 40, -6, 6.5, 0.23125},
-          Expected{"waveQuantised", "quantised", false, 64, -10, 9.750973, -0.4367132559},
-          Expected{"waveQuantisedPacked", "quantised", true, 64, -10, 9.750973, -0.4367132559},
-          Expected{"waveRaw", "raw", false, 64, -16383, 15976.5, -714.75},
-          Expected{"waveRawPacked", "raw", true, 64, -16383, 15976.5, -714.75}}) {
+    for (const Expected& expected : {Expected{"floats", "plain", false, 40, -6, 6.5, 0.23125},
+                                     Expected{"floatsPacked", "plain", true, 40, -6, 6.5, 0.23125},
+                                     Expected{"quantised", "quantised", false, 64, -10, 9.750973, -0.4367132559},
+                                     Expected{"quantisedPacked", "quantised", true, 64, -10, 9.750973, -0.4367132559},
+                                     Expected{"raw", "raw", false, 64, -16383, 15976.5, -714.75},
+                                     Expected{"rawPacked", "raw", true, 64, -16383, 15976.5, -714.75}}) {
         SCOPED_TRACE(expected.name);
         const Outcome outcome = goldenWave(expected.name, {"--json"});
         EXPECT_EQ(outcome.exitCode, 0);
