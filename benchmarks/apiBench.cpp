@@ -4,11 +4,15 @@
 #include "echoPeer.h"
 #include "tcpApi.h"
 
+#include <QHostAddress>
+#include <QTcpSocket>
+
 #include <algorithm>
 #include <cstring>
 #include <memory>
 
 #include <arpa/inet.h>
+#include <modbus/modbus.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -101,6 +105,7 @@ static const unsigned char command = 1;
 static const int value = 12345;
 // Start, length 4, sequence 0, arg2, arg1, command, value, checksum, end.
 static const QByteArray request = QByteArray::fromHex("68 04000000 0000 00 00 01 39300000 0000 16");
+static const QByteArray timeRequest = QByteArray::fromHex("68 04000000 0000 00 00 02 39300000 0000 16");
 static const QByteArray greeting = QByteArray::fromHex("68 04000000 0000 00 00 00 01000000 0000 16");
 
 // A request and its reply without a client: the same socket options in the same calls, one send, one recv.
@@ -164,14 +169,39 @@ static void checkRequest(OpenClient& client)
     client.drop();
 }
 
-static void compareRoundTrip()
+static Side bareSide(BareClient& client, const QByteArray& bytes)
 {
+    return [&client, bytes](benchmark::State& state) {
+        const OneCore core;
+        if (!client.roundTrip(bytes) || client.received(bytes.size()) != bytes)
+            fail("the bare reply differs");
+        for (auto _ : state) {
+            if (!client.roundTrip(bytes))
+                fail("the bare reply did not come");
+        }
+    };
+}
+
+static void compareRoundTrips()
+{
+    // The peers first: each is a process that inherits what is open.
     static EchoPeer libraryPeer(greeting);
     static EchoPeer barePeer(greeting);
+    static EchoPeer qtPeer({});
+    static EchoPeer modbusPeer({});
+
     static OpenClient client;
-    static BareClient bareClient(barePeer.port());
     if (client.connect("127.0.0.1", libraryPeer.port()) != 1)
         fail("the library's client was not greeted");
+    static BareClient bareClient(barePeer.port());
+
+    static QTcpSocket qtSocket;
+    qtSocket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(qtPeer.port()));
+    if (!qtSocket.waitForConnected())
+        fail("QTcpSocket has no connection");
+    static modbus_t* const master = modbus_new_tcp("127.0.0.1", modbusPeer.port());
+    if (modbus_connect(master) != 0)
+        fail("libmodbus has no connection");
 
     const auto library = [](benchmark::State& state) {
         const OneCore core;
@@ -181,16 +211,35 @@ static void compareRoundTrip()
                 fail("the library's reply differs");
         }
     };
-    const auto bare = [](benchmark::State& state) {
+    const auto libraryTime = [](benchmark::State& state) {
         const OneCore core;
-        if (!bareClient.roundTrip(request) || bareClient.received(request.size()) != request)
-            fail("the bare reply differs");
         for (auto _ : state) {
-            if (!bareClient.roundTrip(request))
-                fail("the bare reply did not come");
+            if (client.systemTime() <= 0) // the time that was sent along
+                fail("the library's time differs");
         }
     };
-    compare("requestInt and its reply", library, {{"send, recv", {{Clock::processor, 0}, {Clock::wall, 0}}, bare}});
+    const auto qt = [](benchmark::State& state) {
+        const OneCore core;
+        for (auto _ : state) {
+            qtSocket.write(request);
+            if (!qtSocket.waitForReadyRead() || qtSocket.readAll() != request)
+                fail("the reply to QTcpSocket differs");
+        }
+    };
+    // Writing one register: the reply is the request once more.
+    const auto modbus = [](benchmark::State& state) {
+        const OneCore core;
+        for (auto _ : state) {
+            if (modbus_write_register(master, 1, value) != 1)
+                fail("the reply to libmodbus differs");
+        }
+    };
+    compare("requestInt and its reply", library,
+            {{"send, recv", {{Clock::processor, 1.1}, {Clock::wall, 0}}, bareSide(bareClient, request)},
+             {"QTcpSocket", {{Clock::processor, 1}}, qt},
+             {"libmodbus", {{Clock::processor, 1}}, modbus}});
+    compare("systemTime and its reply", libraryTime,
+            {{"send, recv", {{Clock::processor, 1.1}}, bareSide(bareClient, timeRequest)}});
 }
 
 // ------------------------------------------------------------------------------------------------------------------
@@ -200,5 +249,5 @@ void compareApi()
     compareReassembly("frame of 1 MiB in reads of 64 KiB", 1 << 20, 1 << 16, 2);
     compareReassembly("frame of 100 bytes in one read", 100, 100, 8);
     compareReassembly("frame of 1 MiB in reads of 7 bytes", 1 << 20, 7, 3);
-    compareRoundTrip();
+    compareRoundTrips();
 }

@@ -4,6 +4,8 @@
 #include "comparison.h"
 #include "records.pb.h"
 
+#include <algorithm>
+
 #include <flatbuffers/flatbuffers.h>
 
 using gqdb::CByte2Rdb;
@@ -53,44 +55,52 @@ static std::vector<FloatRealData> someValues(int count)
     return list;
 }
 
-static Side encodeSide(int count, int repeats)
+// A job of `lists` lists, or the share of a list: one of so many jobs in a batch.
+static Side encodeSide(int count, int batch, int lists = 1)
 {
     return [=](benchmark::State& state) {
         const std::vector<FloatRealData> list = someValues(count);
         QByteArray data;
         data.reserve(4 + 18 * count);
-        while (state.KeepRunningBatch(repeats)) {
-            data.resize(0);
-            CByte2Rdb::floatRealDatas2Byte(list, data);
-            benchmark::ClobberMemory();
+        while (state.KeepRunningBatch(batch)) {
+            for (int i = 0; i < lists; ++i) {
+                data.resize(0);
+                CByte2Rdb::floatRealDatas2Byte(list, data);
+                benchmark::ClobberMemory();
+            }
         }
     };
 }
 
-static Side decodeSide(int count, int repeats)
+static Side decodeSide(int count, int batch, int lists = 1)
 {
     return [=](benchmark::State& state) {
         QByteArray data;
         CByte2Rdb::floatRealDatas2Byte(someValues(count), data);
         std::vector<FloatRealData> list;
-        while (state.KeepRunningBatch(repeats)) {
-            list.clear();
-            if (CByte2Rdb::byte2FloatRealDatas(data.constData(), data.size(), list) != 1)
-                fail("the library failed");
-            benchmark::ClobberMemory();
+        while (state.KeepRunningBatch(batch)) {
+            for (int i = 0; i < lists; ++i) {
+                list.clear();
+                if (CByte2Rdb::byte2FloatRealDatas(data.constData(), data.size(), list) != 1)
+                    fail("the library failed");
+                benchmark::ClobberMemory();
+            }
         }
     };
 }
 
-// Each size beside the cost of as many records in a list of 10,000.
+// Each size beside the cost of as many records in lists of 10,000. From 100,000 on the bytes leave the caches.
 static void compareSizes()
 {
-    for (const int count : {10, 100, 1000}) {
+    for (const int count : {10, 100, 1000, 100000, 1000000}) {
         const std::string records = std::to_string(count) + " FloatRealData";
+        const double aim = count < 10000 ? 2 : 0;
+        const int batch = std::max(10000 / count, 1);
+        const int lists = std::max(count / 10000, 1);
         compare("encode " + records, encodeSide(count, 1),
-                {{"share of 10,000", {{Clock::processor, 2}}, encodeSide(10000, 10000 / count)}});
+                {{"share of 10,000", {{Clock::processor, aim}}, encodeSide(10000, batch, lists)}});
         compare("decode " + records, decodeSide(count, 1),
-                {{"share of 10,000", {{Clock::processor, 2}}, decodeSide(10000, 10000 / count)}});
+                {{"share of 10,000", {{Clock::processor, aim}}, decodeSide(10000, batch, lists)}});
     }
 }
 

@@ -4,6 +4,16 @@
 
 namespace gqdb {
 
+int appendString(const char* buf, int len, std::string& out)
+{
+    if (!holdsString(buf, len))
+        return 0;
+    const size_t size = load16(buf);
+    out.reserve(size); // the field's length alone, whatever `out` holds
+    out.append(buf + 2, size);
+    return static_cast<int>(size) + 2;
+}
+
 int takeString(const char* buf, int len, QString& out)
 {
     if (!holdsString(buf, len))
@@ -17,6 +27,10 @@ int takeString(const char* buf, int len, QString& out)
 void reserveMore(QByteArray& data, long long more)
 {
     const long long largest = INT_MAX - static_cast<int>(sizeof(QArrayData)) - 1;
+    // Room that is reserved already stays untouched: reserve() would set its mark again, and the next look at the
+    // capacity would wait for that store.
+    if (data.isDetached() && data.data_ptr()->capacityReserved && data.size() + more <= data.capacity())
+        return;
     if (data.size() + more <= largest)
         data.reserve(static_cast<int>(data.size() + more));
 }

@@ -114,19 +114,19 @@ inline void copyText(const char* text, size_t size, char* to)
 }
 
 // Appends such a string to `out`. Bytes consumed; or 0 if it is not whole, with `out` untouched.
+int appendString(const char* buf, int len, std::string& out);
+
+// The same, quick where a short text meets a fresh string and has bytes behind it: the string is built of as many bytes
+// as it holds without an allocation, a copy of fixed size, and cut. erase() cuts without a call, resize() does not.
 inline int takeString(const char* buf, int len, std::string& out)
 {
-    if (!holdsString(buf, len))
-        return 0;
+    const size_t room = std::string().capacity();
+    if (len < 2 + static_cast<int>(room) || load16(buf) > room || !out.empty() || out.capacity() != room)
+        return appendString(buf, len, out);
     const size_t size = load16(buf);
-    if (out.empty() && size <= std::string().capacity() && out.capacity() == std::string().capacity()) {
-        // A short text into a fresh string: built in its place, which costs a third of appending.
-        out.~basic_string();
-        new (&out) std::string(buf + 2, size);
-    } else {
-        out.reserve(size); // the field's length alone, whatever `out` holds
-        out.append(buf + 2, size);
-    }
+    out.~basic_string();
+    new (&out) std::string(buf + 2, room);
+    out.erase(size);
     return static_cast<int>(size) + 2;
 }
 

@@ -30,9 +30,12 @@ void CGqFileLog::info(const QString& text)
 
 void CGqFileLog::info(const QString& text, unsigned int seconds, unsigned int milliseconds)
 {
-    const LogData record = {text, seconds, milliseconds};
     const CMutexLocker lock(&queueMutex);
-    queue.append(record);
+    queue.append(LogData()); // empty, and assigned where it stands: the text is shared once, not three times
+    LogData& record = queue.last();
+    record.text = text;
+    record.seconds = seconds;
+    record.milliseconds = milliseconds;
 }
 
 bool CGqFileLog::save()
@@ -50,26 +53,30 @@ bool CGqFileLog::save()
 
 // --- File ---------------------------------------------------------------------------------------------------------
 
-// The prefix of the lines. Most follow one of the same second, whose clock time is not made again.
-class TimePrefix {
+// Begins the lines of a batch. Most follow one of the same time, whose prefix stands in front already.
+class LineBegin {
 public:
-    void append(unsigned int seconds, unsigned int milliseconds, QByteArray& line)
+    // Cuts `line`, that of the record before, down to the prefix of this time.
+    void put(unsigned int seconds, unsigned int milliseconds, QByteArray& line)
     {
-        if (clock.isEmpty() || seconds != clockSeconds) {
-            const QTime time = QDateTime::fromTime_t(seconds).time();
-            clock = QString::asprintf("<%02d:%02d:%02d.", time.hour(), time.minute(), time.second()).toLatin1();
-            clockSeconds = seconds;
+        if (size == 0 || seconds != lastSeconds || milliseconds != lastMilliseconds) {
+            if (size == 0 || seconds != lastSeconds)
+                clock = QDateTime::fromTime_t(seconds).time();
+            line = QString::asprintf("<%02d:%02d:%02d.%03d> ", clock.hour(), clock.minute(), clock.second(),
+                                     static_cast<int>(milliseconds))
+                       .toLatin1();
+            size = line.size();
+            lastSeconds = seconds;
+            lastMilliseconds = milliseconds;
         }
-        line += clock;
-        if (milliseconds == 0) // as info() leaves it where it takes the time itself
-            line += "000> ";
-        else
-            line += QString::asprintf("%03d> ", static_cast<int>(milliseconds)).toLatin1();
+        line.resize(size);
     }
 
 private:
-    QByteArray clock;
-    unsigned int clockSeconds = 0;
+    int size = 0;
+    QTime clock;
+    unsigned int lastSeconds = 0;
+    unsigned int lastMilliseconds = 0;
 };
 
 bool CGqFileLog::saveDatas(const QList<LogData>& batch)
@@ -78,13 +85,14 @@ bool CGqFileLog::saveDatas(const QList<LogData>& batch)
         return true;
     if (!file.open(QIODevice::Append | QIODevice::Text))
         return false;
-    TimePrefix prefix;
+    LineBegin begin;
     QByteArray line;
     for (const LogData& record : batch) {
         ++savedCount;
-        line.resize(0);
         if (withTime)
-            prefix.append(record.seconds, record.milliseconds, line);
+            begin.put(record.seconds, record.milliseconds, line);
+        else
+            line.resize(0);
         line += record.text.toUtf8();
         line += '\n';
         file.write(line.constData()); // up to a NUL
