@@ -1,0 +1,462 @@
+#include "recordJson.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+// --- Values as JSON text ------------------------------------------------------------------------------------------
+
+QString jsonText(const QString& text)
+{
+    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(array.mid(1, array.size() - 2));
+}
+
+QString jsonText(const QByteArray& bytes)
+{
+    const QString text = QString::fromUtf8(bytes);
+    bool isPlain = text.toUtf8() == bytes;
+    for (const QChar character : text)
+        isPlain = isPlain && character.category() != QChar::Other_Control;
+    return isPlain ? jsonText(text) : QString("{\"hex\": \"%1\"}").arg(QString(bytes.toHex()));
+}
+
+static QString imageText(unsigned long long image, int digits)
+{
+    return QString("{\"nan\": \"%1\"}").arg(image, digits, 16, QChar('0'));
+}
+
+// What is no number in JSON, or loses its sign on the way through a parser. Empty for all others.
+static QString oddNumber(double value)
+{
+    if (std::isinf(value))
+        return value > 0 ? "\"inf\"" : "\"-inf\"";
+    return value == 0 && std::signbit(value) ? "\"-0\"" : "";
+}
+
+QString jsonText(double value)
+{
+    if (std::isnan(value)) {
+        unsigned long long image = 0;
+        std::memcpy(&image, &value, sizeof value);
+        return imageText(image, 16);
+    }
+    char digits[40];
+    const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits, value);
+    const QString odd = oddNumber(value);
+    return odd.isEmpty() ? QString::fromLatin1(digits, static_cast<int>(result.ptr - digits)) : odd;
+}
+
+QString jsonText(float value)
+{
+    if (std::isnan(value)) {
+        unsigned int image = 0;
+        std::memcpy(&image, &value, sizeof value);
+        return imageText(image, 8);
+    }
+    char digits[40];
+    const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits - 1, value);
+    *result.ptr = '\0';
+    // JSON is mostly read by way of double precision, which may round the shortest digits to the neighbour.
+    if (static_cast<float>(std::strtod(digits, nullptr)) != value)
+        return jsonText(static_cast<double>(value));
+    const QString odd = oddNumber(value);
+    return odd.isEmpty() ? QString(digits) : odd;
+}
+
+QString jsonText(const std::vector<float>& values)
+{
+    QStringList texts;
+    for (const float value : values)
+        texts.append(jsonText(value));
+    return '[' + texts.join(", ") + ']';
+}
+
+QString jsonText(const std::vector<int>& values)
+{
+    QStringList texts;
+    for (const int value : values)
+        texts.append(QString::number(value));
+    return '[' + texts.join(", ") + ']';
+}
+
+void JsonBuilder::separate(const char* name)
+{
+    if (!text.isEmpty() && !text.endsWith('{') && !text.endsWith('['))
+        text += ", ";
+    if (name != nullptr)
+        text += QString("\"%1\": ").arg(name);
+}
+
+void JsonBuilder::begin(const char* name, char bracket)
+{
+    separate(name);
+    text += bracket;
+}
+
+void JsonBuilder::end(char bracket)
+{
+    text += bracket;
+}
+
+void JsonBuilder::add(const char* name, const QString& value)
+{
+    separate(name);
+    text += value;
+}
+
+// --- Records to JSON ----------------------------------------------------------------------------------------------
+
+static QByteArray arrayOf(const std::vector<unsigned char>& bytes)
+{
+    return {reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())};
+}
+
+class JsonWriter : public Fields {
+public:
+    explicit JsonWriter(bool comparesOnly) : isComparable(comparesOnly) {}
+
+    using Fields::field;
+    void field(const char* name, unsigned char& value) override { json.add(name, QString::number(value)); }
+    void field(const char* name, unsigned int& value) override { json.add(name, QString::number(value)); }
+    void field(const char* name, int& value) override { json.add(name, QString::number(value)); }
+    void field(const char* name, float& value) override { json.add(name, jsonText(value)); }
+    void field(const char* name, double& value) override { json.add(name, jsonText(value)); }
+    int field(const char* name, std::string& text) override
+    {
+        json.add(name, jsonText(QByteArray::fromStdString(text)));
+        return 0;
+    }
+    int field(const char* name, QString& text) override
+    {
+        json.add(name, jsonText(text.toUtf8()));
+        return 0;
+    }
+    void slot(const char* name, std::string& text) override { field(name, text); }
+    void bytes(const char* name, unsigned char* first, int size) override
+    {
+        json.add(name, jsonText(QByteArray(reinterpret_cast<const char*>(first), size)));
+    }
+    void bytes(const char* name, std::vector<unsigned char>& value) override
+    {
+        json.add(name, jsonText(arrayOf(value)));
+    }
+    void skip() override {}
+    void samples(Wave& wave) override
+    {
+        json.add("marks", jsonText(wave.marks));
+        if (!isComparable && (wave.isRaw() || wave.isQuantised()))
+            json.add("stored", jsonText(wave.stored));
+        json.add("samples", jsonText(wave.samples));
+    }
+    void lostText(const char* name, std::string& text) override
+    {
+        if (!isComparable)
+            field(name, text);
+    }
+    void lostSlot(const char* name, std::string& text) override { lostText(name, text); }
+
+    void beginRecord(const char* name) override { json.begin(name, '{'); }
+    void endRecord() override { json.end('}'); }
+    unsigned int beginList(const char* name, int, size_t size) override
+    {
+        json.begin(name, '[');
+        return static_cast<unsigned int>(size);
+    }
+    bool beginItem(unsigned int) override { return true; }
+    void endItem() override {}
+    void endList() override { json.end(']'); }
+
+    JsonBuilder json;
+
+private:
+    bool isComparable;
+};
+
+QString jsonOf(Content& content)
+{
+    JsonWriter writer(false);
+    content.walk(writer);
+    return writer.json.text;
+}
+
+QString comparableJsonOf(Content& content)
+{
+    JsonWriter writer(true);
+    content.walk(writer);
+    return writer.json.text;
+}
+
+// --- JSON to records ----------------------------------------------------------------------------------------------
+
+bool takeBytes(const QJsonValue& value, QByteArray& bytes)
+{
+    if (value.isString()) {
+        bytes = value.toString().toUtf8();
+        return QString::fromUtf8(bytes) == value.toString();
+    }
+    const QJsonObject object = value.toObject();
+    const QByteArray digits = object["hex"].toString().toLatin1();
+    bytes = QByteArray::fromHex(digits);
+    return object.size() == 1 && object["hex"].isString() && bytes.toHex() == digits.toLower();
+}
+
+static const int longestText = 65535;
+static const int longestSlotText = 256;
+
+class JsonReader : public Fields {
+public:
+    explicit JsonReader(const QJsonValue& value) : path("value") { open.append({value, {}}); }
+
+    using Fields::field;
+    void field(const char* name, unsigned char& value) override
+    {
+        value = static_cast<unsigned char>(takeInteger(name, 0, UCHAR_MAX));
+    }
+    void field(const char* name, unsigned int& value) override
+    {
+        value = static_cast<unsigned int>(takeInteger(name, 0, UINT_MAX));
+    }
+    void field(const char* name, int& value) override { value = static_cast<int>(takeInteger(name, INT_MIN, INT_MAX)); }
+    void field(const char* name, float& value) override
+    {
+        const QJsonValue json = take(name);
+        if (!json.isUndefined())
+            readFloat(json, pathOf(name), value);
+    }
+    void field(const char* name, double& value) override
+    {
+        const QJsonValue json = take(name);
+        if (!json.isUndefined())
+            readDouble(json, pathOf(name), value);
+    }
+    int field(const char* name, std::string& text) override
+    {
+        text = takeText(name, longestText).toStdString();
+        return 0;
+    }
+    int field(const char* name, QString& text) override
+    {
+        const QByteArray bytes = takeText(name, longestText);
+        text = QString::fromUtf8(bytes);
+        if (text.toUtf8() != bytes)
+            fail(name, "is no UTF-8, and the library writes this text as UTF-8");
+        return 0;
+    }
+    void slot(const char* name, std::string& text) override { text = takeText(name, longestSlotText).toStdString(); }
+    void bytes(const char* name, unsigned char* first, int size) override
+    {
+        const QByteArray bytes = takeText(name, INT_MAX);
+        if (bytes.size() == size)
+            std::memcpy(first, bytes.constData(), static_cast<size_t>(size));
+        else
+            fail(name, QString("has %1 bytes, not %2").arg(size).arg(bytes.size()));
+    }
+    void bytes(const char* name, std::vector<unsigned char>& value) override
+    {
+        const QByteArray bytes = takeText(name, INT_MAX);
+        value.assign(bytes.begin(), bytes.end());
+    }
+    void skip() override {}
+    void samples(Wave& wave) override;
+
+    void beginRecord(const char* name) override
+    {
+        const QJsonValue json = take(name);
+        if (!json.isUndefined() && !json.isObject())
+            fail(name, "is an object");
+        enter(name);
+        open.append({json, {}});
+    }
+    void endRecord() override
+    {
+        for (const QString& name : open.last().value.toObject().keys()) {
+            if (!open.last().taken.contains(name))
+                errors.append(
+                    QString("%1.%2 is not known; the fields are %3").arg(path, name, open.last().taken.join(", ")));
+        }
+        leave();
+    }
+    unsigned int beginList(const char* name, int countBytes, size_t size) override
+    {
+        const QJsonValue json = take(name);
+        const auto count = static_cast<unsigned int>(json.toArray().size());
+        if (!json.isUndefined() && !json.isArray())
+            fail(name, "is an array");
+        else if (json.isArray() && countBytes == 0 && count != size)
+            fail(name, QString("has %1 items, not %2").arg(size).arg(count));
+        else if (countBytes == 2 && count > USHRT_MAX)
+            fail(name, QString("has %1 items at most, not %2").arg(USHRT_MAX).arg(count));
+        enter(name);
+        open.append({json, {}});
+        return countBytes == 0 ? std::min(count, static_cast<unsigned int>(size)) : count;
+    }
+    bool beginItem(unsigned int index) override
+    {
+        open.append({open.last().value.toArray().at(static_cast<int>(index)), {}});
+        paths.append(path);
+        path += QString("[%1]").arg(index);
+        return true;
+    }
+    void endItem() override { leave(); }
+    void endList() override { leave(); }
+
+    QStringList errors;
+
+private:
+    struct Open {
+        QJsonValue value;
+        QStringList taken; // names of its members
+    };
+
+    QString pathOf(const char* name) const { return name == nullptr ? path : QString("%1.%2").arg(path, name); }
+    void fail(const char* name, const QString& message) { errors.append(pathOf(name) + ' ' + message); }
+    void enter(const char* name)
+    {
+        paths.append(path);
+        path = pathOf(name);
+    }
+    void leave()
+    {
+        open.removeLast();
+        path = paths.takeLast();
+    }
+
+    // The value of a field, or the item itself. Undefined where there is none, with the error told.
+    QJsonValue take(const char* name)
+    {
+        if (name == nullptr)
+            return open.last().value;
+        open.last().taken.append(name);
+        const QJsonValue value = open.last().value.toObject().value(QString(name));
+        if (value.isUndefined() && open.last().value.isObject())
+            fail(name, "is missing");
+        return value;
+    }
+
+    long long takeInteger(const char* name, long long least, long long most)
+    {
+        const QJsonValue json = take(name);
+        const double number = json.toDouble();
+        const bool isInside = json.isDouble() && std::floor(number) == number && number >= static_cast<double>(least) &&
+                              number <= static_cast<double>(most);
+        if (!json.isUndefined() && !isInside)
+            fail(name, QString("is an integer from %1 to %2").arg(least).arg(most));
+        return isInside ? static_cast<long long>(number) : 0;
+    }
+
+    QByteArray takeText(const char* name, int most)
+    {
+        const QJsonValue json = take(name);
+        QByteArray bytes;
+        if (!json.isUndefined() && !takeBytes(json, bytes))
+            fail(name, "is a string of Unicode, or {\"hex\": DIGITS}");
+        else if (bytes.size() > most)
+            fail(name, QString("has %1 bytes at most, not %2").arg(most).arg(bytes.size()));
+        return bytes;
+    }
+
+    // The image of a NaN, of so many digits.
+    static bool readNan(const QJsonValue& json, int digits, unsigned long long& image)
+    {
+        bool isHex = false;
+        const QString text = json.toObject()["nan"].toString();
+        image = text.toULongLong(&isHex, 16);
+        return isHex && text.size() == digits && json.toObject().size() == 1;
+    }
+
+    // A number, or one of the texts that stand for what JSON has no number for.
+    static bool readNumber(const QJsonValue& json, double& value)
+    {
+        const QString text = json.toString();
+        if (text == "inf" || text == "-inf")
+            value = (text == "inf" ? 1 : -1) * std::numeric_limits<double>::infinity();
+        else if (text == "-0")
+            value = -0.0;
+        else if (json.isDouble())
+            value = json.toDouble();
+        else
+            return false;
+        return true;
+    }
+
+    void readFloat(const QJsonValue& json, const QString& place, float& value)
+    {
+        unsigned long long image = 0;
+        double number = 0;
+        if (readNan(json, 8, image)) {
+            const auto bits = static_cast<unsigned int>(image);
+            std::memcpy(&value, &bits, sizeof value);
+            if (std::isnan(value))
+                return;
+            errors.append(place + " is told as a NaN, but its image is a number's");
+        } else if (!readNumber(json, number)) {
+            errors.append(place + " is a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 8 DIGITS}");
+        } else if (std::isfinite(number) && std::abs(number) >= 0x1.ffffffp127) { // which would round to infinity
+            errors.append(place + " is beyond what a float holds");
+        } else {
+            value = static_cast<float>(number);
+        }
+    }
+
+    void readDouble(const QJsonValue& json, const QString& place, double& value)
+    {
+        unsigned long long image = 0;
+        if (readNan(json, 16, image)) {
+            std::memcpy(&value, &image, sizeof value);
+            if (!std::isnan(value))
+                errors.append(place + " is told as a NaN, but its image is a number's");
+        } else if (!readNumber(json, value)) {
+            errors.append(place + " is a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 16 DIGITS}");
+        }
+    }
+
+    void takeIntegers(const char* name, int least, int most, std::vector<int>& values)
+    {
+        const unsigned int count = beginList(name, 4, 0);
+        for (unsigned int i = 0; i < count && beginItem(i); ++i) {
+            values.push_back(static_cast<int>(takeInteger(nullptr, least, most)));
+            endItem();
+        }
+        endList();
+    }
+
+    QList<Open> open;
+    QString path;
+    QStringList paths; // of what is open around it
+};
+
+void JsonReader::samples(Wave& wave)
+{
+    takeIntegers("marks", INT_MIN, INT_MAX, wave.marks);
+    if (wave.marks.size() != wave.head.markCount)
+        fail("marks",
+             QString("has %1 items, as markCount says, not %2").arg(wave.head.markCount).arg(wave.marks.size()));
+    if (wave.isRaw())
+        takeIntegers("stored", SHRT_MIN, SHRT_MAX, wave.stored);
+    else if (wave.isQuantised())
+        takeIntegers("stored", 0, USHRT_MAX, wave.stored);
+    const bool isNeeded = !wave.isRaw() && !wave.isQuantised();
+    if (!isNeeded && !open.last().value.toObject().contains("samples"))
+        return; // they follow from what is stored
+    const unsigned int count = beginList("samples", 4, 0);
+    for (unsigned int i = 0; i < count && beginItem(i); ++i) {
+        wave.samples.emplace_back();
+        field(nullptr, wave.samples.back());
+        endItem();
+    }
+    endList();
+}
+
+QStringList takeJson(const QJsonValue& value, Content& content)
+{
+    JsonReader reader(value);
+    content.walk(reader);
+    return reader.errors;
+}
