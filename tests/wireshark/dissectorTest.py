@@ -1,0 +1,382 @@
+#!/usr/bin/env python3
+"""The Wireshark dissector, by what tshark shows.
+
+    [GQFRAME=gqframe.lua] [GQTOOL=gqtool] dissectorTest.py [SUITE[.TEST]]
+"""
+
+import json
+import os
+import pathlib
+import random
+import re
+import subprocess
+import tempfile
+import unittest
+
+from captures import GOLDEN, SERVER, Capture, Connection, Tshark, client_port, field, frames, golden_bytes, shown
+
+PIECES = {path.stem: json.loads(path.read_text()) for path in sorted(GOLDEN.glob("*.json"))}
+SCRIPT = pathlib.Path(__file__).parents[2] / "packaging/wireshark/gqframe.lua"
+FORMS = {"int", "ints", "bytes", "strings"}
+WHOLE_PIECES = ["-o", "tcp.desegment_tcp_streams:FALSE"]  # a piece ends where its segment ends
+
+
+class DissectorTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.tshark = Tshark(os.environ.get("GQFRAME", SCRIPT), self.folder)
+
+    def capture(self):
+        return Capture(self.folder / "frames.pcap")
+
+
+def given_form(form):
+    """Preferences that read the payloads of other commands in this form."""
+    return [] if form is None else ["-o", f"gqframe.request_forms:*={form}", "-o", f"gqframe.reply_forms:*={form}"]
+
+
+def content(form, element):
+    if form == "bytes":
+        data = field(element, "bytes")
+        return "" if data is None else data.get("value")
+    if form == "strings":
+        return shown(element, "text")
+    numbers = [int(number) for number in shown(element, "code" if form == "error" else "int")]
+    return numbers if form in ("ints", "intPair") else numbers[0]
+
+
+FAULTS = {"cut": "cut", "impossible_length": "length", "wrong_end": "end", "short_form": "form"}
+
+
+def part(element):
+    """A part of tests/golden/frames as the dissector shows it, its offset still that in the packet."""
+    result = {"offset": int(element.get("pos"))}
+    if field(element, "garbage") is not None:
+        return {**result, "garbage": field(element, "garbage").get("value")}
+    for name in ("length", "sequence", "arg2", "arg1", "command"):
+        if field(element, name) is not None:
+            result[name] = int(field(element, name).get("show"))
+    for name in ("header", "payload", "check", "end"):
+        if field(element, name) is not None:
+            result[name] = field(element, name).get("value")
+    for note, fault in FAULTS.items():
+        if field(element, note) is not None:
+            result["fault"] = fault
+    if "command" in result:
+        result.setdefault("payload", "")
+    form = field(element, "form")
+    if form is not None:
+        result["form"] = form.get("show")
+        if "fault" not in result or result["form"] == "strings":
+            result["content"] = content(result["form"], form)
+        for name in ("rest", "padding"):
+            if field(form, name) is not None:
+                result["rest"] = int(field(form, name).get("size"))
+    return result
+
+
+def joined(parts):
+    """Without offsets; garbage that came in several segments is one part."""
+    result = []
+    for each in parts:
+        each = {key: value for key, value in each.items() if key != "offset"}
+        if "garbage" in each and result and "garbage" in result[-1]:
+            each = {"garbage": result.pop()["garbage"] + each["garbage"]}
+        result.append(each)
+    return result
+
+
+def sizes_that_cut(size):
+    """Ways to cut a piece of so many bytes into segments."""
+    return [1] * size, [2, 3, 5, 7] * size, [9, 1] * size, [11] * size, [16] * size
+
+
+class GoldenFrames(DissectorTest):
+    def parts_by_port(self, packets):
+        parts = {}
+        for packet in packets:
+            parts.setdefault(client_port(packet), []).extend(part(element) for element in frames(packet))
+        return parts
+
+    def test_showAsWrittenDownInOnePiece(self):
+        for form in (None, *sorted(FORMS)):
+            names = [name for name, piece in PIECES.items() if piece.get("form") == form]
+            self.assertTrue(names)
+            capture = self.capture()
+            for port, name in enumerate(names, 40000):
+                is_request = PIECES[name]["direction"] == "request"
+                if PIECES[name]["transport"] == "tcp":
+                    Connection(capture, port).segment(golden_bytes(name), is_request)
+                else:
+                    capture.datagram(golden_bytes(name), is_request, port)
+            parts = self.parts_by_port(self.tshark.read(capture.close(), *WHOLE_PIECES, *given_form(form)))
+            for port, name in enumerate(names, 40000):
+                with self.subTest(name):
+                    headers = 40 if PIECES[name]["transport"] == "tcp" else 28
+                    for each in parts[port]:
+                        each["offset"] -= headers
+                    self.assertEqual(parts[port], PIECES[name]["value"])
+
+    def test_areTakenFromSegmentsCutAnywhere(self):
+        for form in (None, *sorted(FORMS)):
+            capture = self.capture()
+            expected = {}
+            for name, piece in PIECES.items():
+                if piece.get("form") != form or piece["transport"] == "udp":
+                    continue
+                data = golden_bytes(name)
+                for sizes in sizes_that_cut(len(data)):
+                    port = 40000 + len(expected)
+                    expected[port] = name
+                    connection = Connection(capture, port)
+                    offset = 0
+                    for size in sizes:
+                        if offset < len(data):
+                            connection.segment(data[offset : offset + size], piece["direction"] == "request")
+                        offset += size
+            parts = self.parts_by_port(self.tshark.read(capture.close(), *given_form(form)))
+            for port, name in expected.items():
+                with self.subTest(name, port=port):
+                    whole = [each for each in PIECES[name]["value"] if each.get("fault") != "cut"]  # is waited for
+                    self.assertEqual(joined(parts.get(port, [])), joined(whole))
+
+
+class Dissector(DissectorTest):
+    def reply_in(self, name, *preferences):
+        capture = self.capture()
+        Connection(capture, 40000).segment(golden_bytes(name), False)
+        return frames(self.tshark.read(capture.close(), *preferences)[0])[0]
+
+    def test_offersTheFormsThatFitExactly(self):
+        for name, candidates in {
+            "requestInt": ["int"],
+            "replyInts": ["ints"],
+            "replyBytes": ["bytes"],
+            "replyStrings": ["strings"],
+            "replyStringsEmpty": ["int", "ints", "bytes", "strings"],
+            "replyInt": [],  # has bytes behind the form
+            "replyIntsShort": [],
+            "systemStateReply": [],  # known
+        }.items():
+            with self.subTest(name):
+                element = self.reply_in(name)
+                self.assertEqual(shown(element, "candidate"), candidates)
+                self.assertEqual(shown(element, "form"), ["int"] if name == "systemStateReply" else [])
+
+    def test_offersFormsAheadOfPaddingOverUdpOnly(self):
+        padded = bytes.fromhex("68330000000000000020") + bytes.fromhex("feffffff").ljust(51, b"\0") + b"\0\0\x16"
+        capture = self.capture()
+        capture.datagram(padded, False, 40000)
+        Connection(capture, 40000).segment(padded, False)
+        datagram, segment = self.tshark.read(capture.close())
+        self.assertEqual(shown(datagram, "candidate"), ["int"])
+        self.assertEqual(shown(segment, "candidate"), [])
+
+    def test_takesFormsByCommand(self):
+        forms = ["-o", "gqframe.reply_forms:0x20=ints, 33=bytes", "-o", "gqframe.request_forms:32=int"]
+        element = self.reply_in("replyInts", *forms)
+        self.assertEqual(shown(element, "form"), ["ints"])
+        self.assertEqual(shown(element, "int"), ["100", "-1", "70000"])
+
+    def test_namesThePreferenceThatItDoesNotUnderstand(self):
+        for entry in ("32=floats", "x=ints", "ints", "32=error"):
+            element = self.reply_in("replyInts", "-o", f"gqframe.reply_forms:33=bytes,{entry}")
+            message = element.find("./field[@name='_ws.expert']").get("showname")
+            self.assertTrue(message.endswith(f"Preference not understood: {entry}"), message)
+
+    def test_tellsErrorCodesInWords(self):
+        for code, words in {
+            -7: "-7, the server's own code",
+            1: "1, a client reads it as success",
+            0: "0, a client reads it as a time-out or a bad frame",
+            -1: "-1, a client reads it as a dead link",
+            -2: "-2, a client reads it as an error frame with no code",
+            -5: "-5, a client reads it as a payload that is too short",
+        }.items():
+            data = bytearray(golden_bytes("error"))
+            data[10:14] = code.to_bytes(4, "little", signed=True)
+            capture = self.capture()
+            Connection(capture, 40000).segment(bytes(data), False)
+            element = self.tshark.read(capture.close())[0]
+            self.assertEqual(field(element, "form").get("showname"), f"Form: error: {words}")
+        self.assertIn("too short for a code", field(self.reply_in("errorShort"), "form").get("showname"))
+
+    def test_isChosenByItsPortPreference(self):
+        capture = self.capture()
+        Connection(capture, 40000).segment(golden_bytes("replyInt"), False)
+        capture.datagram(golden_bytes("udpSetStateReply"), False, 40000)
+        path = capture.close()
+        fields = ["-T", "fields", "-e", "gqframe.command"]
+        self.assertEqual(self.tshark.run("-r", path, *fields).split(), [])
+        preference = ["-o", "gqframe.ports:4000,4999-5001"]
+        self.assertEqual(self.tshark.run("-r", path, *preference, *fields).split(), ["32", "6"])
+
+    def test_doesNotWaitForMoreThanTheLargestPayload(self):
+        for largest, found in (("288767", "42"), ("288768", None)):
+            capture = self.capture()
+            Connection(capture, 40000).segment(golden_bytes("falseStart"), False)
+            packet = self.tshark.read(capture.close(), "-o", f"gqframe.largest_payload:{largest}")[0]
+            self.assertEqual(shown(packet, "int"), [found] if found else [])
+            self.assertEqual(len(shown(packet, "large_length")), 1 if found else 0)
+
+    def test_showsTheBeginningOfALongList(self):
+        count = 1500
+        items = {"ints": b"\5\0\0\0", "strings": b"\3\0\1\0a"}
+        for form, item in items.items():
+            data = count.to_bytes(4, "little") + count * item
+            capture = self.capture()
+            frame = b"\x68" + len(data).to_bytes(4, "little") + b"\0\0\0\0\x20" + data + b"\0\0\x16"
+            Connection(capture, 40000).segment(frame, False)
+            element = self.tshark.read(capture.close(), *given_form(form))[0]
+            self.assertEqual(len(shown(element, "int" if form == "ints" else "text")), 1000)
+            self.assertEqual(field(element, "count").get("showname"), "Count: 1500, at most 1000 are shown")
+
+
+class Conversation(DissectorTest):
+    def test_pairsRepliesWithTheLatestRequest(self):
+        capture = self.capture()
+        connection = Connection(capture, 40000, opening=True)
+        greeting = connection.segment(golden_bytes("greeting"), False)
+        asked = connection.segment(golden_bytes("systemTimeRequest"), True)
+        told = connection.segment(golden_bytes("systemTimeReply"), False)
+        unanswered = connection.segment(golden_bytes("requestInt"), True)
+        asked_again = connection.segment(golden_bytes("requestInt"), True)
+        first = connection.segment(golden_bytes("replyInts"), False)
+        second = connection.segment(golden_bytes("replyInts"), False)
+        other = Connection(capture, 40001).segment(golden_bytes("replyInts"), False)
+        unclear = Connection(capture, SERVER).segment(golden_bytes("systemTimeReply"), False)
+        packets = [None, *self.tshark.read(capture.close(), "-2")]
+
+        self.assertEqual(shown(packets[greeting], "name"), ["greeting"])
+        self.assertEqual(shown(packets[greeting], "form"), ["int"])
+        self.assertEqual(shown(packets[asked], "name"), ["systemTime"])
+        self.assertEqual(shown(packets[asked], "direction"), ["request"])
+        self.assertEqual(shown(packets[told], "direction"), ["reply"])
+        for packet, name, expected in (
+            (greeting, "request_in", []),
+            (asked, "reply_in", [str(told)]),
+            (told, "request_in", [str(asked)]),
+            (told, "reply_time", ["0.001000000"]),
+            (unanswered, "reply_in", []),
+            (asked_again, "reply_in", [str(first)]),
+            (first, "request_in", [str(asked_again)]),
+            (second, "request_in", [str(asked_again)]),
+            (second, "reply_time", ["0.002000000"]),
+            (other, "request_in", []),
+            (other, "name", []),  # the capture does not have the opening of this connection
+            (unclear, "direction", []),  # both ends have the server's port
+            (unclear, "form", []),
+            (unclear, "name", ["systemTime"]),
+        ):
+            with self.subTest(name, packet=packet):
+                self.assertEqual(shown(packets[packet], name), expected)
+
+    def test_summarisesEachPacketInOneLine(self):
+        capture = self.capture()
+        connection = Connection(capture, 40000)
+        connection.segment(golden_bytes("setTimeRequest"), True)
+        connection.segment(golden_bytes("twoFrames"), False)
+        connection.segment(golden_bytes("error"), False)
+        connection.segment(golden_bytes("wrongEnd")[:17], False)
+        lines = self.tshark.text(capture.close(), "-T", "fields", "-e", "_ws.col.Info").splitlines()
+        self.assertEqual(
+            lines,
+            ["setTime request", "systemState reply, systemTime reply", "error -7", "frame with a wrong end"],
+        )
+
+
+class BrokenInput(DissectorTest):
+    """Whatever comes, the dissector itself does not fail: Tshark.run looks for that."""
+
+    def read(self, pieces):
+        capture = self.capture()
+        for number, data in enumerate(pieces):
+            for is_request in (True, False):
+                capture.datagram(data, is_request, 40000)
+                connection = Connection(capture, 20000 + number)
+                connection.segment(data[: len(data) // 2], is_request)
+                connection.segment(data[len(data) // 2 :], is_request)
+        path = capture.close()
+        for form in (None, "intPair", *sorted(FORMS)):
+            output = self.tshark.text(path, *given_form(form), *(WHOLE_PIECES if form == "strings" else []))
+            self.assertIn("gqLib Frame", output)
+
+    def test_endsAnywhere(self):
+        names = ("setTimeRequest", "error", "replyInts", "replyBytes", "replyStringsOdd", "impossibleLength")
+        self.read(golden_bytes(name)[:size] for name in names for size in range(1, len(golden_bytes(name))))
+
+    def test_hasAnyPayloadLength(self):
+        pieces = []
+        for name in ("error", "replyInts", "replyStringsOdd", "replyStringsOverrun"):
+            whole = golden_bytes(name)
+            for size in range(len(whole) - 12):
+                length = size.to_bytes(4, "little")
+                pieces.append(whole[:1] + length + whole[5 : 10 + size] + b"\0\0\x16")
+        self.read(pieces)
+
+    def test_isRandom(self):
+        chance = random.Random(1)
+        pieces = []
+        for _ in range(100):
+            size = chance.randrange(60)
+            payload = bytes(chance.choice((0, 0, 0, 1, 2, 3, 0x68, 0x16, chance.randrange(256))) for _ in range(size))
+            command = chance.choice((1, 5, 6, 32, 255))
+            frame = b"\x68" + size.to_bytes(4, "little") + bytes([0, 0, 0, 0, command]) + payload + b"\0\0\x16"
+            pieces += [payload + b"h", frame, frame[:-1] + payload]
+        self.read(pieces)
+
+    def test_isCutByTheCapture(self):
+        capture = self.capture()
+        data = golden_bytes("udpSetTimeRequest")
+        for kept in range(1, len(data)):
+            capture.datagram(data, True, 40000, 8 + kept)
+            Connection(capture, 40000 + kept).segment(data, True, kept=20 + kept)
+        for packet in self.tshark.read(capture.close()):
+            self.assertEqual(part(frames(packet)[0])["fault"], "cut")
+
+
+class LiveCapture(DissectorTest):
+    @staticmethod
+    def started(capture):
+        """Waits until the capture runs; tells what came instead if it ends first."""
+        said = ""
+        for line in capture.stderr:
+            said += line
+            if "Capture started" in line:
+                return None
+        return said
+
+    def test_showsACallToAStation(self):
+        gqtool = os.environ["GQTOOL"]
+        station = subprocess.Popen([gqtool, "station"], stdout=subprocess.PIPE, text=True)
+        self.addCleanup(lambda: (station.kill(), station.communicate()))
+        port = re.fullmatch(r"listening on 127\.0\.0\.1:(\d+)\n", station.stdout.readline()).group(1)
+
+        capture = subprocess.Popen(
+            [*self.tshark.command, "-i", "lo", "-f", f"tcp port {port}", "-d", f"tcp.port=={port},gqframe", "-l"]
+            + ["-Y", "gqframe", "-T", "fields", "-e", "_ws.col.Info"],
+            env=self.tshark.environment,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            text=True,
+        )
+        self.addCleanup(lambda: (capture.terminate(), capture.communicate(timeout=20)))
+        said = self.started(capture)
+        if said is not None:
+            self.assertIn("ermission", said)
+            self.skipTest("no right to capture")
+
+        call = subprocess.run([gqtool, "call", f"127.0.0.1:{port}", "systemTime"], capture_output=True, timeout=20)
+        self.assertEqual(call.returncode, 0)
+        lines = [capture.stdout.readline().strip() for _ in range(3)]
+        self.assertEqual(lines, ["greeting", "systemTime request", "systemTime reply"])
+
+
+if __name__ == "__main__":
+    result = unittest.main(verbosity=2, exit=False).result
+    skipped = 77  # the code that scripts/test counts as such
+    raise SystemExit(1 if not result.wasSuccessful() else skipped if result.skipped else 0)
