@@ -1,6 +1,7 @@
 // The example programs of the TCP client, of its records and of its socket.
 
 #include "support/gqtoolProgram.h"
+#include "support/hex.h"
 #include "support/plainSockets.h"
 #include "support/scriptedServer.h"
 
@@ -44,6 +45,34 @@ TEST(ReturningClient, isAnsweredAgainOnceTheStationIsBack)
         line = nextWord(client);
     while (line == "no answer, -1");
     EXPECT_EQ(line, "state 1");
+}
+
+TEST(BoundedRequest, takesAReplyInPieces)
+{
+    RunningStation station({"--pieces", "1"});
+    const Outcome outcome = runProgram(example("boundedRequest"), station.endpoint.split(':') + QStringList{"5000"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(linesOf(outcome.output).last(), "state 1");
+}
+
+TEST(BoundedRequest, givesUpAReplyThatStops)
+{
+    const QByteArray greeting = "68 04000000 0000 00 00 00 01000000 0000 16"_hex;
+    ScriptedServer server{{sends(greeting), receives(17), sends(greeting.left(16))}};
+    const Outcome outcome = runProgram(example("boundedRequest"), {"127.0.0.1", QString::number(server.port()), "100"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "no state: 0\n");
+}
+
+TEST(BoundedRequest, tellsTheCodeOfAnErrorFrame)
+{
+    const QByteArray greeting = "68 04000000 0000 00 00 00 01000000 0000 16"_hex;
+    const QByteArray error = "68 04000000 0000 00 00 ff f6ffffff 0000 16"_hex; // -10
+    ScriptedServer server{{sends(greeting), receives(17), sends(error)}};
+    const Outcome outcome =
+        runProgram(example("boundedRequest"), {"127.0.0.1", QString::number(server.port()), "5000"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "no state: -10\n");
 }
 
 TEST(SetServerTime, connectsAheadOfTheCommand)

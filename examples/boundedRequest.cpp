@@ -1,0 +1,74 @@
+// Asks a server for its state with a limit for the whole reply, however slowly it comes.
+//   boundedRequest HOST PORT MS
+
+#include <gqLib/gqSocketUnix.h>
+#include <gqLib/tcpApi.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+//! [client]
+class BoundedClient : public gqdb::CTcpAPI {
+public:
+    // Sends a finished frame and reads the integer of its reply, on a link that is up. 1, 0 behind `ms`, or another code.
+    int requestIntWithin(int ms, const QByteArray& frame, int& value)
+    {
+        using namespace std::chrono;
+        const auto end = steady_clock::now() + milliseconds(ms);
+        if (sendDatas(frame) != 1)
+            return -1;
+        int pos = 0;
+        int count = 0;
+        do {
+            const auto left = duration_cast<milliseconds>(end - steady_clock::now()).count();
+            if (left <= 0 || socket->isReadable(static_cast<int>(left)) != 1) {
+                close();
+                return 0;
+            }
+            count = socket->recv(recvBuffer, rawBufferSize);
+            if (count <= 0) {
+                close();
+                return -1;
+            }
+            pos = 0;
+        } while (!recvData(recvBuffer, count, pos));
+
+        int len = 0;
+        if (!isRecvOk(len))
+            return 0;
+        len = std::min(len, recvFrame.size() - headerSize); // a length may have wrapped
+        const int result = parseInt(recvFrame.constData() + headerSize, len, value);
+        const bool isError = static_cast<unsigned char>(recvFrame.at(9)) == errorCommand;
+        recvFrame.clear();
+        recvFrameSize = 0;
+        return result == 1 && isError ? value : result;
+    }
+};
+//! [client]
+
+int main(int argc, char* argv[])
+{
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: boundedRequest HOST PORT MS\n");
+        return 2;
+    }
+    BoundedClient client;
+    if (client.connect(argv[1], std::atoi(argv[2])) != 1) {
+        std::fprintf(stderr, "can't reach %s\n", argv[1]);
+        return 1;
+    }
+    QByteArray frame;
+    client.addHeader(1, 0, 0, frame); // systemState
+    gqdb::CByte2Val::int2Byte(0, frame);
+    gqdb::CTcpAPI::addEnd(frame);
+    int state = 0;
+    const int result = client.requestIntWithin(std::atoi(argv[3]), frame, state);
+    if (result != 1) {
+        std::fprintf(stderr, "no state: %d\n", result);
+        return 1;
+    }
+    std::printf("state %d\n", state);
+    return 0;
+}
