@@ -29,7 +29,7 @@ inline Outcome run(const QStringList& arguments)
     return runProgram(GQTOOL, arguments);
 }
 
-// A program that goes on until it is told to end.
+// A program that runs beside the test, until it ends or is told to.
 class RunningProgram {
 public:
     RunningProgram(const QString& program, const QStringList& arguments) { process.start(program, arguments); }
@@ -40,6 +40,14 @@ public:
     {
         process.terminate();
         process.waitForFinished(waitMs);
+    }
+
+    // Waits for its own end. What nextLine has given is no part of the output.
+    Outcome outcome()
+    {
+        if (process.state() != QProcess::NotRunning && !process.waitForFinished(waitMs))
+            return {-1, QString(), "did not end"};
+        return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
     }
 
     QString nextLine() { return nextLineOf(QProcess::StandardOutput); }

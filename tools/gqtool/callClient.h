@@ -1,28 +1,53 @@
 #pragma once
 
+#include <QByteArray>
 #include <QStringList>
 
 #include <memory>
 #include <string>
 #include <vector>
 
-// The client behind `call`, over either transport. All results: 1, or the code of the failure, as the frame clients
-// give them (results.h).
+enum ReplyForm { replyInt, replyInts, replyBytes, replyStrings };
+
+struct CallRequest {
+    unsigned char command = 0;
+    unsigned char arg1 = 0;
+    unsigned char arg2 = 0;
+    QByteArray payload;
+    ReplyForm form = replyInt;
+    int count = 0; // of the elements that a list is to hold in the end; with 0 a single frame is the whole reply
+};
+
+struct CallReply {
+    int result = 0;          // 1, or the code of the failure, as the frame clients give them
+    QString meaning;         // of the result, in words
+    double milliseconds = 0; // from the request to the end of its reply; making the connection is not counted
+    std::vector<int> ints;   // the one integer of replyInt too; a list that failed holds what came ahead
+    QByteArray bytes;
+    QStringList texts;
+};
+
+// The client behind `call`, over either transport.
 class CallClient {
 public:
     virtual ~CallClient() = default;
 
-    virtual int connect(const std::string& host, int port) = 0;
+    // Connects ahead of the first request, and anew behind one that failed: what may still come on the old connection
+    // is not to pass for the next reply.
+    CallReply call(const CallRequest& request);
 
-    // A request with one integer, or with the two of setTime; `value` gets the integer of the reply.
-    virtual int requestInt(unsigned char command, int argument, int& value) = 0;
-    virtual int setTime(int first, int second, int& value) = 0;
+protected:
+    // On a new socket, with nothing left of the last one. 1, or the code of the failure, as exchange.
+    virtual int connect() = 0;
+    virtual int exchange(const CallRequest& request, CallReply& reply) = 0;
 
-    // A request with one integer, answered by a list of `count` elements.
-    virtual int requestInts(unsigned char command, int argument, int count, std::vector<int>& out) = 0;
-    virtual int requestBytes(unsigned char command, int argument, int count, std::vector<unsigned char>& out) = 0;
-    virtual int requestStrings(unsigned char command, int argument, int count, QStringList& out) = 0;
+    // Why they failed, in words.
+    virtual QString connectFailure(int result) const = 0;
+    virtual QString exchangeFailure(const CallRequest& request, const CallReply& reply) const = 0;
+
+private:
+    bool isUp = false;
 };
 
-std::unique_ptr<CallClient> makeTcpClient(int timeoutMs);
-std::unique_ptr<CallClient> makeUdpClient(int timeoutMs);
+std::unique_ptr<CallClient> makeTcpClient(const std::string& host, int port, int timeoutMs);
+std::unique_ptr<CallClient> makeUdpClient(const std::string& host, int port, int timeoutMs);

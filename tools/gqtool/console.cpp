@@ -2,6 +2,8 @@
 
 #include "progress.h"
 
+#include <QJsonDocument>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -38,6 +40,11 @@ void printLine(const QString& line)
             _exit(exitCode);
         }
     }
+}
+
+void printJson(const QJsonObject& object)
+{
+    printLine(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
 void printError(const QString& line)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QString>
 
 // The program's data, on a descriptor of its own: the library prints a line to standard output whenever a receive
@@ -11,6 +12,9 @@ void takeStandardOutput();
 // One line of data, flushed, so that a reader at the other end of a pipe sees it at once. From any thread. Ends the
 // program, with success, when that reader is gone.
 void printLine(const QString& line);
+
+// An object as one line of data.
+void printJson(const QJsonObject& object);
 
 // One line to standard error, after the program's name.
 void printError(const QString& line);

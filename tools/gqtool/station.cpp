@@ -19,7 +19,10 @@ using gqdb::CUdpAPI;
 
 static const int largestRequest = 1 << 20; // payload bytes; what announces more is not a request
 
-Station::Station(const StationFaults& stationFaults, StationLog& stationLog) : faults(stationFaults), log(stationLog) {}
+Station::Station(const StationOptions& stationOptions, StationLog& stationLog)
+    : options(stationOptions), log(stationLog)
+{
+}
 
 static QString endText(const std::string& address, int port)
 {
@@ -34,16 +37,13 @@ bool Station::listen(const QString& address, int port, bool withDatagrams)
            (!withDatagrams || datagrams.openP2P(address.toStdString(), localPort) == 1);
 }
 
-QString Station::endpoint()
-{
-    std::string address;
-    int port = 0;
-    server.getSockName(address, port);
-    return endText(address, port);
-}
-
 bool Station::serve()
 {
+    std::string localAddress;
+    int localPort = 0;
+    server.getSockName(localAddress, localPort);
+    const QString endpoint = endText(localAddress, localPort);
+    say("listening on " + endpoint, {{"event", "listening"}, {"endpoint", endpoint}});
     if (datagrams.isValid())
         std::thread([this] { serveDatagrams(); }).detach();
     for (;;) {
@@ -73,6 +73,16 @@ static QByteArray intPayload(int value)
     QByteArray payload;
     CByte2Val::int2Byte(value, payload);
     return payload;
+}
+
+static QByteArray errorFrame(int sequence, int code)
+{
+    return frameOf(CSocketAPI::errorCommand, sequence, intPayload(code));
+}
+
+static int sequenceOf(const QByteArray& request)
+{
+    return CByte2Val::byte2UShort(request.constData() + 5);
 }
 
 static bool receive(CTcpSocket& connection, QByteArray& bytes, int count)
@@ -114,18 +124,6 @@ static bool receiveFrame(CTcpSocket& connection, QByteArray& frame)
 static void pause(int ms)
 {
     std::this_thread::sleep_for(std::chrono::milliseconds(ms));
-}
-
-bool Station::send(const QByteArray& bytes, const Transport& transport)
-{
-    const int piece = faults.pieceSize > 0 ? faults.pieceSize : bytes.size();
-    for (int done = 0; done < bytes.size(); done += piece) {
-        if (!transport.send(bytes.mid(done, piece)))
-            return false;
-        if (faults.pieceSize > 0)
-            pause(1); // so that the pieces travel apart
-    }
-    return true;
 }
 
 static bool sendAll(CTcpSocket& connection, const QByteArray& bytes)
@@ -179,14 +177,12 @@ static QByteArrayList listFrames(unsigned char command, int sequence, int count,
 QByteArrayList Station::answer(const QByteArray& request, bool isDatagram)
 {
     const auto command = static_cast<unsigned char>(request.at(9));
-    const int sequence = CByte2Val::byte2UShort(request.constData() + 5);
+    const int sequence = sequenceOf(request);
     const int length = request.size() - CSocketAPI::frameOverhead;
     const long long now = QDateTime::currentSecsSinceEpoch();
 
     const auto intReply = [&](int value) { return QByteArrayList{frameOf(command, sequence, intPayload(value))}; };
-    const auto errorReply = [&](int code) {
-        return QByteArrayList{frameOf(CSocketAPI::errorCommand, sequence, intPayload(code))};
-    };
+    const auto errorReply = [&](int code) { return QByteArrayList{errorFrame(sequence, code)}; };
     if (length < (command == 5 ? 8 : 4))
         return errorReply(errorBadPayload);
     const int value = CByte2Val::byte2Int(request.constData() + CSocketAPI::headerSize);
@@ -232,61 +228,87 @@ QByteArrayList Station::answer(const QByteArray& request, bool isDatagram)
     return QByteArrayList{frameOf(command, sequence, intPayload(records.size()) + records)};
 }
 
-int Station::sendReply(QByteArrayList frames, const Transport& transport)
+// --- Service ------------------------------------------------------------------------------------------------------
+
+int Station::send(QByteArrayList frames, const SendFaults& faults, const Transport& transport)
 {
+    for (QByteArray& frame : frames)
+        transport.isDatagram ? CUdpAPI::addEnd(frame) : CSocketAPI::addEnd(frame);
     int sent = 0;
-    pause(faults.lateMs);
-    for (QByteArray& frame : frames) {
+    for (const QByteArrayList& pieces : writesOf(frames, faults)) {
         if (sent > 0)
-            pause(faults.gapMs);
-        if (transport.isDatagram)
-            CUdpAPI::addEnd(frame);
-        else
-            CSocketAPI::addEnd(frame);
-        if (faults.wrongEnd)
-            frame[frame.size() - 1] = CSocketAPI::frameEnd + 1;
-        if (!send(frame, transport))
-            return -1;
-        sent += frame.size();
+            pause(options.gapMs);
+        for (const QByteArray& piece : pieces) {
+            if (!transport.send(piece))
+                return -1;
+            sent += piece.size();
+            if (pieces.size() > 1)
+                pause(1); // so that the pieces travel apart
+        }
     }
     return sent;
 }
 
-// --- Service ------------------------------------------------------------------------------------------------------
-
-void Station::say(const QString& line)
+void Station::say(const QString& line, const QJsonObject& event)
 {
     log.add(line);
-    printLine(line);
+    options.saysJson ? printJson(event) : printLine(line);
 }
 
 bool Station::serveRequest(const QByteArray& request, const QString& peer, const Transport& transport)
 {
-    const QString line = QString("%1 command 0x%2, %3 bytes: ")
-                             .arg(peer)
-                             .arg(static_cast<unsigned char>(request.at(9)), 2, 16, QChar('0'))
-                             .arg(request.size());
-    if (faults.closes && !transport.isDatagram) {
-        say(line + "closed");
-        return false;
+    const int number = ++replies;
+    const SendFaults faults = options.script.ofReply(number);
+    pause(faults.lateMs);
+    int sent = 0;
+    if (!faults.silent && faults.closeAfter != 0) { // else it is not carried out either
+        const QByteArrayList frames = faults.error ? QByteArrayList{errorFrame(sequenceOf(request), *faults.error)}
+                                                   : answer(request, transport.isDatagram);
+        sent = send(frames, faults, transport);
     }
-    if (faults.silent || faults.closes) {
-        say(line + "not answered");
-        return true;
-    }
-    const int sent = sendReply(answer(request, transport.isDatagram), transport);
-    say(line + (sent < 0 ? QString("gone before the answer") : QString("answered with %1 bytes").arg(sent)));
-    return sent >= 0;
+    const bool closes = faults.closeAfter >= 0 && !faults.silent && !transport.isDatagram;
+    QString outcome = "answered";
+    QString line = QString("answered with %1 bytes").arg(sent);
+    if (sent < 0)
+        line = outcome = "gone before the answer";
+    else if (closes)
+        line = outcome = "closed";
+    else if (sent == 0)
+        line = outcome = "not answered";
+    if (closes && sent > 0)
+        line += QString(" after %1 bytes").arg(sent);
+
+    const auto command = static_cast<unsigned char>(request.at(9));
+    say(QString("%1%2 command 0x%3, %4 bytes: ")
+                .arg(peer, transport.isDatagram ? " by UDP" : "")
+                .arg(command, 2, 16, QChar('0'))
+                .arg(request.size()) +
+            line,
+        {{"event", "request"},
+         {"peer", peer},
+         {"transport", transport.isDatagram ? "UDP" : "TCP"},
+         {"command", command},
+         {"bytes", request.size()},
+         {"reply", number},
+         {"outcome", outcome},
+         {"sent", std::max(sent, 0)}});
+    return sent >= 0 && !closes;
 }
 
 void Station::serveConnection(CTcpSocket& connection, const QString& peer)
 {
     const Transport stream = {false, [&](const QByteArray& bytes) { return sendAll(connection, bytes); }};
-    say(peer + " connected");
-    if (faults.greets) {
-        QByteArray greeting = frameOf(0, 0, intPayload(faults.greeting));
-        CSocketAPI::addEnd(greeting);
-        if (!send(greeting, stream))
+    say(peer + " connected", {{"event", "connected"}, {"peer", peer}});
+    const SendFaults faults = options.script.ofGreeting(++greetings);
+    pause(faults.lateMs);
+    if (!faults.silent) {
+        const QByteArray greeting =
+            faults.error ? errorFrame(0, *faults.error) : frameOf(0, 0, intPayload(options.greeting));
+        const int sent = send({greeting}, faults, stream);
+        if (sent >= 0 && faults.closeAfter >= 0)
+            say(QString("%1 closed after %2 bytes of its greeting").arg(peer).arg(sent),
+                {{"event", "closed"}, {"peer", peer}, {"sent", sent}});
+        if (sent < 0 || faults.closeAfter >= 0)
             return;
     }
     QByteArray request;
@@ -294,7 +316,7 @@ void Station::serveConnection(CTcpSocket& connection, const QString& peer)
         if (!serveRequest(request, peer, stream))
             return;
     }
-    say(peer + " gone");
+    say(peer + " gone", {{"event", "gone"}, {"peer", peer}});
 }
 
 void Station::serveDatagrams()
@@ -313,6 +335,6 @@ void Station::serveDatagrams()
         const Transport reply = {true, [&](const QByteArray& bytes) {
                                      return datagrams.sendto(bytes.constData(), bytes.size(), address, port) > 0;
                                  }};
-        serveRequest(request, endText(address, port) + " by UDP", reply);
+        serveRequest(request, endText(address, port), reply);
     }
 }

@@ -24,6 +24,13 @@ int runStation(const QStringList& arguments)
         "\n"
         "It answers -10 to an unknown command and -11 to a payload that it can't use.\n"
         "\n"
+        "A script tells which greeting and which reply go wrong, a line each, with comments from # on:\n"
+        "  greeting|reply NUMBER|every FAULT [VALUE]\n"
+        "Greetings and replies are counted from 1 on, over all connections and datagrams. Lines add up; of those that\n"
+        "set the same thing the last one holds. Options come ahead of the lines. The faults:\n" +
+        StationScript::faultList() +
+        "Over UDP there is no greeting, each piece is a datagram, and close-after cuts, with nothing to close.\n"
+        "\n"
         "Each connection costs two descriptors, one of which stays open for good.");
     const QCommandLineOption address(
         "address", "Address to listen on (127.1, this machine alone); 127.0.0.1 means every interface.", "ADDRESS",
@@ -40,7 +47,10 @@ int runStation(const QStringList& arguments)
     const QCommandLineOption closes("close", "Close the connection in place of a reply.");
     const QCommandLineOption udp("udp", "Answer datagrams too, on the same port; there is no greeting then.");
     const QCommandLineOption logFile("log", "Write the lines to a file too, with the time in front.", "FILE");
-    parser.addOptions({address, port, udp, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, logFile});
+    const QCommandLineOption script("script", "Read from a file what goes wrong, see above.", "FILE");
+    const QCommandLineOption json("json", "Say the lines as JSON, an object each; the log keeps its form.");
+    parser.addOptions(
+        {address, port, udp, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, script, json, logFile});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
@@ -49,22 +59,34 @@ int runStation(const QStringList& arguments)
 
     if (!isAddress(parser.value(address)))
         return usageError(QString("'%1' is not a dotted IPv4 address").arg(parser.value(address)));
-    StationFaults faults;
+    StationOptions options;
     int portNumber = 0;
     if (!readInt(parser.value(port), 0, 65535, portNumber))
         return usageError("a port is 0 to 65535");
-    if (!readInt(parser.value(greeting), INT_MIN, INT_MAX, faults.greeting))
+    if (!readInt(parser.value(greeting), INT_MIN, INT_MAX, options.greeting))
         return usageError("a greeting is an integer");
-    if (!readInt(parser.value(late), 0, INT_MAX, faults.lateMs))
-        return usageError("--late takes milliseconds");
-    if (!readInt(parser.value(gap), 0, INT_MAX, faults.gapMs))
+    if (!readInt(parser.value(gap), 0, INT_MAX, options.gapMs))
         return usageError("--gap takes milliseconds");
-    if (!readInt(parser.value(pieces), 0, INT_MAX, faults.pieceSize))
-        return usageError("--pieces takes a number of bytes");
-    faults.greets = !parser.isSet(noGreeting);
-    faults.silent = parser.isSet(silent);
-    faults.wrongEnd = parser.isSet(wrongEnd);
-    faults.closes = parser.isSet(closes);
+    options.saysJson = parser.isSet(json);
+
+    // The other options are lines of a script.
+    QString error;
+    if (!options.script.add("reply every late " + parser.value(late), error))
+        return usageError("--late takes milliseconds");
+    for (const char* answer : {"greeting", "reply"}) {
+        if (!options.script.add(QString("%1 every pieces %2").arg(answer, parser.value(pieces)), error))
+            return usageError("--pieces takes a number of bytes");
+    }
+    if (parser.isSet(noGreeting))
+        options.script.add("greeting every silent", error);
+    if (parser.isSet(silent))
+        options.script.add("reply every silent", error);
+    if (parser.isSet(wrongEnd))
+        options.script.add("reply every wrong-end", error);
+    if (parser.isSet(closes))
+        options.script.add("reply every close-after 0", error);
+    if (parser.isSet(script) && !options.script.read(parser.value(script), error))
+        return usageError(error);
 
     // Neither is ever destroyed: their threads run until the process ends.
     static StationLog& log = *new StationLog;
@@ -72,14 +94,11 @@ int runStation(const QStringList& arguments)
         printError(QString("can't write to %1").arg(parser.value(logFile)));
         return exitFailed;
     }
-    static Station& station = *new Station(faults, log);
+    static Station& station = *new Station(options, log);
     if (!station.listen(parser.value(address), portNumber, parser.isSet(udp))) {
         printError(QString("can't listen on %1, port %2").arg(parser.value(address)).arg(portNumber));
         return exitFailed;
     }
-    const QString listening = "listening on " + station.endpoint();
-    log.add(listening);
-    printLine(listening);
     station.serve();
     log.save();
     printError("can't accept any more connections");

@@ -3,8 +3,6 @@
 #include "input.h"
 
 #include <QCommandLineParser>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <byte2Val.h>
 
@@ -49,11 +47,6 @@ static const Tail tails[] = {
 };
 
 // --- Output -------------------------------------------------------------------------------------------------------
-
-static void printJson(const QJsonObject& json)
-{
-    printLine(QJsonDocument(json).toJson(QJsonDocument::Compact));
-}
 
 static void printSums(const QByteArray& bytes, bool asJson)
 {

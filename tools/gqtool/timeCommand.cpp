@@ -65,20 +65,29 @@ static const Family families[] = {
 
 // --- Texts --------------------------------------------------------------------------------------------------------
 
-static QString momentText(unsigned int seconds)
+static QString localText(unsigned int seconds)
 {
     const QDateTime moment = QDateTime::fromSecsSinceEpoch(seconds);
     const QString zone = moment.toOffsetFromUtc(moment.offsetFromUtc()).toString("t"); // "UTC", or "UTC+08:00"
     const QString offset = zone == "UTC" ? QString("+00:00") : zone.mid(3);
-    return QString("%1%2 (%3)").arg(moment.toString("yyyy-MM-dd hh:mm:ss"), offset).arg(seconds);
+    return moment.toString("yyyy-MM-dd hh:mm:ss") + offset;
+}
+
+static QString momentText(unsigned int seconds)
+{
+    return QString("%1 (%2)").arg(localText(seconds)).arg(seconds);
 }
 
 // 0 may be 1970 itself, but hardly ever is.
+static bool isNone(unsigned int moment)
+{
+    return moment == 0 || moment >= 0xFFFFFFFE;
+}
+
 static QString codeText(int code, unsigned int base)
 {
     const unsigned int moment = CGqTools::calcRelTime(code, static_cast<int>(base));
-    const bool isNone = moment == 0 || moment >= 0xFFFFFFFE;
-    return isNone ? QString("none (%1)").arg(moment) : momentText(moment);
+    return isNone(moment) ? QString("none (%1)").arg(moment) : momentText(moment);
 }
 
 static QString englishText(int code)
@@ -118,6 +127,32 @@ static void printNumberLine(unsigned int base)
     printLine("All other codes have no moment (0).");
 }
 
+// --- JSON ---------------------------------------------------------------------------------------------------------
+
+static QJsonObject jsonOf(int code, unsigned int base)
+{
+    const unsigned int moment = CGqTools::calcRelTime(code, static_cast<int>(base));
+    return {{"code", code},
+            {"base", static_cast<qint64>(base)},
+            {"moment", isNone(moment) ? QJsonValue() : QJsonValue(static_cast<qint64>(moment))},
+            {"local", isNone(moment) ? QJsonValue() : QJsonValue(localText(moment))},
+            {"text", CGqTools::relTime2Str(code)}};
+}
+
+static void printCodeAsJson(int code, unsigned int base)
+{
+    QJsonObject object = jsonOf(code, base);
+    object["english"] = englishText(code);
+    printJson(object);
+}
+
+static void printNumberLineAsJson(unsigned int base)
+{
+    for (const Family& family : families)
+        printJson(
+            {{"meaning", family.meaning}, {"first", jsonOf(family.first, base)}, {"last", jsonOf(family.last, base)}});
+}
+
 // --- The command --------------------------------------------------------------------------------------------------
 
 // Seconds since 1970, or a local date and time.
@@ -147,7 +182,8 @@ int runTime(const QStringList& arguments)
     const QCommandLineOption base(
         "base", "The base moment, in seconds since 1970 or as \"2021-03-31 10:20:30\" in local time (now).", "TIME");
     const QCommandLineOption zone("zone", "The time zone, say Europe/Berlin (the system's).", "ZONE");
-    parser.addOptions({list, base, zone});
+    const QCommandLineOption json("json", "Print JSON, an object a line: the code, or each family of codes.");
+    parser.addOptions({list, base, zone, json});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
@@ -170,8 +206,8 @@ int runTime(const QStringList& arguments)
         return usageError(QString("'%1' is no moment from 1970 to 2106").arg(parser.value(base)));
 
     if (parser.isSet(list))
-        printNumberLine(moment);
+        parser.isSet(json) ? printNumberLineAsJson(moment) : printNumberLine(moment);
     else
-        printCode(code, moment);
+        parser.isSet(json) ? printCodeAsJson(code, moment) : printCode(code, moment);
     return exitGood;
 }

@@ -1,0 +1,219 @@
+// gqtool call --command: requests of the user's own, and what is told of each reply.
+
+#include "support/frames.h"
+#include "support/gqtoolProgram.h"
+#include "support/plainSockets.h"
+
+#include <netinet/in.h>
+
+// --- A server on plain system calls -------------------------------------------------------------------------------
+
+struct Exchange {
+    std::string request;
+    Outcome outcome;
+};
+
+static void sendTo(int descriptor, const QByteArray& bytes)
+{
+    EXPECT_EQ(send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL), bytes.size());
+}
+
+// Calls with --command 0x50 and `words`, takes `requestSize` bytes and answers.
+static Exchange exchange(const QStringList& words, int requestSize, const QByteArray& reply, bool closes = false)
+{
+    Listener listener(1);
+    RunningProgram call(GQTOOL, QStringList{"call", "--timeout", closes ? "20000" : "400",
+                                            QString("127.0.0.1:%1").arg(listener.port()), "--command", "0x50"} +
+                                    words);
+    Descriptor connection = listener.accept();
+    sendTo(connection, greeting);
+    const QByteArray request = QByteArray::fromStdString(received(connection, size_t(requestSize)));
+    sendTo(connection, reply);
+    if (closes)
+        connection.close();
+    return {hex(request), call.outcome()};
+}
+
+// The same for a request without payload.
+static Outcome answered(const QStringList& words, const QByteArray& reply)
+{
+    return exchange(words, 13, reply).outcome;
+}
+
+// --- Requests -----------------------------------------------------------------------------------------------------
+
+TEST(GqtoolRawCall, sendsIntegersBehindTheHeader)
+{
+    const QByteArray expected = "68 08000000 0000 02 01 50 05000000 ffffffff 0000 16"_hex; // arg2 ahead of arg1
+    EXPECT_EQ(exchange({"--arg1", "1", "--arg2", "2", "--", "5", "-1"}, 21, reply7).request, hex(expected));
+}
+
+TEST(GqtoolRawCall, sendsBytes)
+{
+    EXPECT_EQ(exchange({"--hex", "de ad 0xBE"}, 16, reply7).request,
+              hex("68 03000000 0000 00 00 50 deadbe 0000 16"_hex));
+}
+
+TEST(GqtoolRawCall, sendsNoPayloadIfThereIsNone)
+{
+    EXPECT_EQ(exchange({}, 13, reply7).request, hex("68 00000000 0000 00 00 50 0000 16"_hex));
+    EXPECT_EQ(exchange({"--hex", ""}, 13, reply7).request, hex("68 00000000 0000 00 00 50 0000 16"_hex));
+}
+
+TEST(GqtoolRawCall, asksByDatagrams)
+{
+    const Descriptor peer(socket(AF_INET, SOCK_DGRAM, 0));
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(bind(peer, reinterpret_cast<const sockaddr*>(&address), size), 0);
+    ASSERT_EQ(getsockname(peer, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    RunningProgram call(GQTOOL, {"call", "--udp", QString("127.0.0.1:%1").arg(ntohs(address.sin_port)), "--command",
+                                 "0x50", "--arg1", "1", "--reply", "ints", "5"});
+
+    char request[1000];
+    const ssize_t count = recvfrom(peer, request, sizeof request, 0, reinterpret_cast<sockaddr*>(&address), &size);
+    EXPECT_EQ(hex(QByteArray(request, int(count))),
+              hex("68 33000000 0000 00 01 50 05000000"_hex + QByteArray(47, '\0') + "0000 16"_hex));
+    const QByteArray reply = "68 08000000 0000 00 00 50 01000000 2a000000 0000 16"_hex;
+    EXPECT_EQ(
+        sendto(peer, reply.constData(), size_t(reply.size()), 0, reinterpret_cast<const sockaddr*>(&address), size),
+        reply.size());
+    EXPECT_EQ(call.outcome().output, "42\n");
+}
+
+// --- Replies ------------------------------------------------------------------------------------------------------
+
+static const QByteArray twoInts = "68 0c000000 0000 00 00 50 02000000 01000000 ffffffff 0000 16"_hex;
+static const QByteArray threeBytes = "68 07000000 0000 00 00 50 03000000 00ff10 0000 16"_hex;
+static const QByteArray twoTexts = "68 0f000000 0000 00 00 50 02000000 0500 0300 616263 0200 0000 0000 16"_hex;
+static const QByteArray overrunningText = "68 0d000000 0000 00 00 50 02000000 0500 0300 616263 0900 0000 16"_hex;
+
+TEST(GqtoolRawCall, printsTheReplyInTheFormAskedFor)
+{
+    EXPECT_EQ(answered({}, reply7).output, "7\n");
+    EXPECT_EQ(answered({"--reply", "int"}, reply7).output, "7\n");
+    EXPECT_EQ(answered({"--reply", "ints"}, twoInts).output, "1\n-1\n");
+    EXPECT_EQ(answered({"--reply", "bytes"}, threeBytes).output, "00 ff 10\n");
+    EXPECT_EQ(answered({"--reply", "strings"}, twoTexts).output, "abc\n\n");
+}
+
+TEST(GqtoolRawCall, takesOneFrameForTheReplyUnlessToldHowManyElements)
+{
+    RunningStation station({"--gap", "300"});
+    EXPECT_EQ(station.call({"--command", "0x20", "--reply", "ints", "150"}).output.count('\n'), 100);
+    EXPECT_EQ(station.call({"--command", "0x20", "--reply", "ints", "--count", "150", "150"}).output.count('\n'), 150);
+}
+
+// --- Failures -----------------------------------------------------------------------------------------------------
+
+static void expectFailure(const Outcome& outcome, const char* told)
+{
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, QString("gqtool: command 0x50 failed with %1\n").arg(told));
+}
+
+TEST(GqtoolRawCall, tellsAnErrorFrame)
+{
+    for (const char* form : {"int", "ints", "bytes", "strings"}) {
+        SCOPED_TRACE(form);
+        expectFailure(answered({"--reply", form}, errorMinus7), "-7: the server's own code, from an error frame");
+        expectFailure(answered({"--reply", form}, errorOfTwoBytes), "-2: an error frame with no code");
+    }
+}
+
+TEST(GqtoolRawCall, tellsAPayloadThatIsTooShort)
+{
+    for (const char* form : {"int", "ints", "bytes", "strings"}) {
+        SCOPED_TRACE(form);
+        expectFailure(answered({"--reply", form}, threeBytesOfPayload), "-5: a payload shorter than its form demands");
+    }
+}
+
+TEST(GqtoolRawCall, tellsAFrameThatFailsItsCheck)
+{
+    const char* const told = "0: a frame that failed its check: its last byte is not 0x16, or its length lies";
+    for (const char* form : {"int", "ints", "bytes"}) {
+        SCOPED_TRACE(form);
+        expectFailure(answered({"--reply", form}, wrongEnd), told);
+    }
+    const Outcome outcome = answered({"--reply", "strings"}, overrunningText);
+    EXPECT_EQ(outcome.output, "abc\n"); // what came ahead
+    expectFailure(outcome, "0: a frame that failed its check: its last byte is not 0x16, or its length lies; or a text "
+                           "that overruns its payload");
+}
+
+TEST(GqtoolRawCall, tellsATimeOut)
+{
+    expectFailure(answered({}, QByteArray()), "0: no whole reply in time");
+    expectFailure(answered({}, reply7.left(12)), "0: no whole reply in time, after 12 bytes of it");
+}
+
+TEST(GqtoolRawCall, tellsAConnectionThatEnds)
+{
+    expectFailure(exchange({}, 13, QByteArray(), true).outcome, "-1: the server closed, or the connection broke");
+    expectFailure(exchange({}, 13, reply7.left(12), true).outcome,
+                  "-1: the server closed, or the connection broke, after 12 bytes of it");
+}
+
+TEST(GqtoolRawCall, tellsThatNobodyListens)
+{
+    const Listener deaf;
+    const QString endpoint = QString("127.0.0.1:%1").arg(deaf.port());
+    expectFailure(run({"call", endpoint, "--command", "0x50"}), "-1: no connection: refused, or not to be reached");
+    expectFailure(run({"call", "--udp", endpoint, "--command", "0x50"}),
+                  "-1: nobody listens there, or the request fits no datagram");
+}
+
+TEST(GqtoolRawCall, tellsWhatFailsByDatagrams)
+{
+    const struct {
+        const char* option;
+        const char* told;
+    } failures[] = {
+        {"--wrong-end", "0: a frame that failed its check: its last byte is not 0x16, or its length lies"},
+        {"--silent", "0: no reply in time"},
+    };
+    for (const auto& failure : failures) {
+        SCOPED_TRACE(failure.option);
+        RunningStation station({"--udp", failure.option});
+        expectFailure(run({"call", "--udp", "--timeout", failure.option[2] == 's' ? "200" : "20000", station.endpoint,
+                           "--command", "0x50", "1"}),
+                      failure.told);
+    }
+}
+
+// --- Usage --------------------------------------------------------------------------------------------------------
+
+TEST(GqtoolRawCall, endsWithTwoOnWrongUsage)
+{
+    const struct {
+        QStringList words;
+        const char* told;
+    } usages[] = {
+        {{"--command", "256"}, "--command takes a number from 0 to 255"},
+        {{"--command", "systemState"}, "--command takes a number from 0 to 255"},
+        {{"--command", "1", "--arg1", "-1"}, "--arg1 takes a number from 0 to 255"},
+        {{"--command", "1", "--arg2", "256"}, "--arg2 takes a number from 0 to 255"},
+        {{"--command", "1", "--count", "-1"}, "--count takes a number of elements"},
+        {{"--command", "1", "--reply", "text"}, "--reply takes int, ints, bytes or strings"},
+        {{"--command", "1", "--hex", "00", "5"}, "a payload is --hex or integers, not both"},
+        {{"--command", "1", "--hex", "0"}, "line 1, column 1: "},
+        {{"--command", "1", "x"}, "'x' is not an integer"},
+        {{"--command", "1", "2147483648"}, "'2147483648' is not an integer"},
+        {{"--arg1", "1", "systemState"}, "--arg1 goes with --command"},
+        {{"--hex", "00", "systemState"}, "--hex goes with --command"},
+        {{"--reply", "ints", "systemState"}, "--reply goes with --command"},
+        {{"--interval", "5", "systemState"}, "--interval goes with --repeat"},
+        {{"--repeat", "0", "systemState"}, "--repeat takes a number from 1 to 10000000"},
+        {{"--repeat", "5", "--interval", "-1", "systemState"}, "--interval takes milliseconds"},
+    };
+    for (const auto& usage : usages) {
+        SCOPED_TRACE(usage.words.join(' ').toStdString());
+        const Outcome outcome = run(QStringList{"call", "127.0.0.1:1"} + usage.words);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_TRUE(outcome.errors.startsWith(QString("gqtool: ") + usage.told)) << outcome.errors.toStdString();
+    }
+}

@@ -1,0 +1,414 @@
+// gqtool station --script FILE: what goes out, byte for byte, and what a client makes of it.
+
+#include "support/frames.h"
+#include "support/gqtoolProgram.h"
+#include "support/plainSockets.h"
+
+#include <QTemporaryDir>
+
+#include <QFile>
+
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+// --- The two sides ------------------------------------------------------------------------------------------------
+
+// A file with a script, until its end.
+struct ScriptFile {
+    explicit ScriptFile(const QByteArray& text) : path(folder.filePath("faults.txt"))
+    {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+
+    QTemporaryDir folder;
+    QString path;
+};
+
+struct ScriptedStation : ScriptFile, RunningStation {
+    explicit ScriptedStation(const QByteArray& text, const QStringList& options = {})
+        : ScriptFile(text), RunningStation(QStringList{"--udp", "--script", path} + options)
+    {
+    }
+
+    int port() const { return endpoint.split(':')[1].toInt(); }
+
+    Outcome callShortly(const QStringList& words) { return call(QStringList{"--timeout", "300"} + words); }
+};
+
+// A client of a station, on plain system calls.
+struct PlainClient {
+    explicit PlainClient(const ScriptedStation& station) : connection(connected("127.0.0.1", station.port())) {}
+
+    void send(const QByteArray& bytes)
+    {
+        EXPECT_EQ(::send(connection, bytes.constData(), size_t(bytes.size()), 0), bytes.size());
+    }
+
+    std::string next(const QByteArray& expected)
+    {
+        return hex(QByteArray::fromStdString(received(connection, size_t(expected.size()))));
+    }
+    bool isAtEnd() { return ::isAtEnd(connection); }
+
+    Descriptor connection;
+};
+
+#define EXPECT_NEXT(client, expected) EXPECT_EQ((client).next(expected), hex(expected))
+
+// The same by datagrams.
+struct DatagramClient {
+    explicit DatagramClient(const ScriptedStation& station) : socket(::socket(AF_INET, SOCK_DGRAM, 0))
+    {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(uint16_t(station.port()));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    }
+
+    void send(const QByteArray& bytes)
+    {
+        EXPECT_EQ(::send(socket, bytes.constData(), size_t(bytes.size()), 0), bytes.size());
+    }
+
+    std::string next()
+    {
+        char bytes[65536];
+        const ssize_t count = becomes(socket, POLLIN) ? ::recv(socket, bytes, sizeof bytes, 0) : 0;
+        return hex(QByteArray(bytes, int(count)));
+    }
+
+    Descriptor socket;
+};
+
+// setState is answered with the state.
+static const QByteArray setState7 = "68 04000000 0000 00 00 06 07000000 0000 16"_hex;
+static const QByteArray setState8 = "68 04000000 0000 00 00 06 08000000 0000 16"_hex;
+static const QByteArray state7 = setState7;
+static const QByteArray state8 = setState8;
+static const QByteArray state7WithWrongEnd = "68 04000000 0000 00 00 06 07000000 0000 17"_hex;
+static const QByteArray askState = "68 04000000 0000 00 00 01 00000000 0000 16"_hex;
+static const QByteArray state1 = "68 04000000 0000 00 00 01 01000000 0000 16"_hex;
+
+// The reply to setState7 in a datagram, where 47 zeros fill its payload up to 51 bytes.
+static const QByteArray datagram7 = "68 33000000 0000 00 00 06 07000000"_hex + QByteArray(47, '\0') + "0000 16"_hex;
+
+// --- Greetings ----------------------------------------------------------------------------------------------------
+
+TEST(GqtoolScript, leavesAGreetingOut)
+{
+    ScriptedStation station("greeting every silent");
+    PlainClient client(station);
+    client.send(setState7);
+    EXPECT_NEXT(client, state7);
+    EXPECT_TRUE(
+        station.callShortly({"systemState"}).errors.startsWith("gqtool: systemState failed with 0: not greeted"));
+}
+
+TEST(GqtoolScript, spoilsTheGreetingsThatItNames)
+{
+    ScriptedStation station("greeting 1 wrong-end\n"
+                            "greeting 2 close-after 5\n"
+                            "greeting 3 close-after 0\n"
+                            "greeting 4 error -7\n"
+                            "greeting 5 together\n"
+                            "greeting 6 split 3\n");
+    EXPECT_NEXT(PlainClient(station), "68 04000000 0000 00 00 00 01000000 0000 17"_hex);
+    PlainClient cut(station);
+    EXPECT_NEXT(cut, "68 04000000"_hex);
+    EXPECT_TRUE(cut.isAtEnd());
+    EXPECT_TRUE(PlainClient(station).isAtEnd());
+    EXPECT_NEXT(PlainClient(station), errorMinus7);
+    EXPECT_NEXT(PlainClient(station), greeting + greeting);
+    EXPECT_NEXT(PlainClient(station), greeting);
+    EXPECT_NEXT(PlainClient(station), greeting);
+}
+
+TEST(GqtoolScript, letsAClientFailOnEachSpoiltGreeting)
+{
+    ScriptedStation station("greeting 1 wrong-end\n"
+                            "greeting 2 close-after 5\n"
+                            "greeting 3 error -7\n"
+                            "greeting 4 split 3\n");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(station.callShortly({"systemState"}).errors.contains("failed with 0: not greeted")) << i;
+    EXPECT_EQ(station.callShortly({"systemState"}).output, "1\n"); // a greeting in two parts is one
+}
+
+// --- Replies ------------------------------------------------------------------------------------------------------
+
+TEST(GqtoolScript, spoilsTheRepliesThatItNamesAndNoOther)
+{
+    ScriptedStation station("reply 2 wrong-end");
+    PlainClient client(station);
+    for (int i = 0; i < 3; ++i)
+        client.send(setState7);
+    EXPECT_NEXT(client, greeting + state7 + state7WithWrongEnd + state7);
+}
+
+TEST(GqtoolScript, countsOverAllConnectionsAndDatagrams)
+{
+    ScriptedStation station("reply 3 wrong-end");
+    PlainClient first(station);
+    first.send(setState7);
+    EXPECT_NEXT(first, greeting + state7);
+    DatagramClient second(station);
+    second.send(setState7);
+    EXPECT_EQ(second.next(), hex(datagram7));
+    PlainClient third(station);
+    third.send(setState7);
+    EXPECT_NEXT(third, greeting + state7WithWrongEnd);
+}
+
+TEST(GqtoolScript, addsLinesUpAndLetsTheLastOneHold)
+{
+    ScriptedStation station("reply every error -9\n"
+                            "reply 2 wrong-end\n"
+                            "reply 2 error -7\n"
+                            "reply 3 none\n");
+    PlainClient client(station);
+    for (int i = 0; i < 3; ++i)
+        client.send(setState7);
+    EXPECT_NEXT(client, greeting + "68 04000000 0000 00 00 ff f7ffffff 0000 16"_hex +
+                            "68 04000000 0000 00 00 ff f9ffffff 0000 17"_hex + state7);
+}
+
+TEST(GqtoolScript, comesBehindTheOptions)
+{
+    ScriptedStation station("reply 1 none", {"--wrong-end"});
+    PlainClient client(station);
+    client.send(setState7);
+    client.send(setState7);
+    EXPECT_NEXT(client, greeting + state7 + state7WithWrongEnd);
+}
+
+TEST(GqtoolScript, answersLate)
+{
+    ScriptedStation station("reply 1 late 200\ngreeting 1 late 200");
+    const Clock::time_point start = Clock::now();
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting);
+    EXPECT_GE(msSince(start), 200);
+    client.send(setState7);
+    EXPECT_NEXT(client, state7);
+    EXPECT_GE(msSince(start), 400);
+}
+
+TEST(GqtoolScript, splitsAReplyBehindAByte)
+{
+    ScriptedStation station("reply every split 9");
+    PlainClient client(station);
+    client.send(setState7);
+    EXPECT_NEXT(client, greeting + state7);
+    EXPECT_EQ(station.call({"setState", "7"}).output, "7\n");
+
+    DatagramClient datagrams(station); // whose pieces stay apart
+    datagrams.send(setState7);
+    EXPECT_EQ(datagrams.next(), hex(datagram7.left(9)));
+    EXPECT_EQ(datagrams.next(), hex(datagram7.mid(9)));
+    const Outcome outcome = station.callByUdp({"setState", "7"});
+    EXPECT_EQ(outcome.errors,
+              "gqtool: setState failed with 0: a datagram without a whole frame, with 9 bytes of one\n");
+}
+
+TEST(GqtoolScript, cutsTheRestOfASplitReplyIntoPieces)
+{
+    ScriptedStation station("reply every split 9\nreply every pieces 40");
+    DatagramClient client(station);
+    client.send(setState7);
+    EXPECT_EQ(client.next(), hex(datagram7.left(9)));
+    EXPECT_EQ(client.next(), hex(datagram7.mid(9, 40)));
+    EXPECT_EQ(client.next(), hex(datagram7.mid(49)));
+}
+
+TEST(GqtoolScript, sendsAReplyOfOneFrameTwice)
+{
+    ScriptedStation station("reply 1 together\nreply 3 together");
+    PlainClient client(station);
+    client.send(setState7);
+    client.send(askState);
+    EXPECT_NEXT(client, greeting + state7 + state7 + "68 04000000 0000 00 00 01 07000000 0000 16"_hex);
+
+    DatagramClient datagrams(station);
+    datagrams.send(setState7);
+    EXPECT_EQ(datagrams.next(), hex(datagram7 + datagram7));
+}
+
+TEST(GqtoolScript, sendsTheFramesOfAListInOneWrite)
+{
+    ScriptedStation station("reply every together", {"--gap", "60000"});
+    DatagramClient client(station);
+    client.send("68 04000000 0000 00 00 20 65000000 0000 16"_hex); // 101 integers, 100 of them in the first frame
+    const std::string both = client.next();
+    EXPECT_EQ(both.substr(0, 41), "68 94 01 00 00 00 00 00 00 20 64 00 00 00");
+    EXPECT_EQ(both.substr(size_t(3) * 417, 41), "68 33 00 00 00 00 00 00 00 20 01 00 00 00");
+
+    // A client loses the second frame, and waits for it.
+    const Outcome outcome = station.callShortly({"ints", "101"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output.count('\n'), 100);
+    EXPECT_EQ(outcome.errors, "gqtool: ints failed with 0: no whole reply in time\n");
+}
+
+TEST(GqtoolScript, staysSilentAndDoesNothing)
+{
+    ScriptedStation station("reply 1 silent");
+    PlainClient client(station);
+    client.send(setState7);
+    client.send(askState);
+    EXPECT_NEXT(client, greeting + state1);
+}
+
+TEST(GqtoolScript, closesBehindAByte)
+{
+    ScriptedStation station("reply 1 close-after 12\nreply 2 close-after 0\nreply 3 close-after 1000");
+    PlainClient cut(station);
+    cut.send(setState7);
+    EXPECT_NEXT(cut, greeting + state7.left(12));
+    EXPECT_TRUE(cut.isAtEnd());
+    PlainClient closed(station);
+    closed.send(setState8); // not carried out
+    EXPECT_NEXT(closed, greeting);
+    EXPECT_TRUE(closed.isAtEnd());
+    PlainClient whole(station);
+    whole.send(askState);
+    EXPECT_NEXT(whole, greeting + "68 04000000 0000 00 00 01 07000000 0000 16"_hex);
+    EXPECT_TRUE(whole.isAtEnd());
+}
+
+TEST(GqtoolScript, cutsADatagramWhereNothingCanBeClosed)
+{
+    ScriptedStation station("reply 1 close-after 12\nreply 2 close-after 0");
+    DatagramClient client(station);
+    client.send(setState7);
+    EXPECT_EQ(client.next(), hex(datagram7.left(12)));
+    client.send(setState7);
+    client.send(setState7);
+    EXPECT_EQ(client.next(), hex(datagram7));
+}
+
+TEST(GqtoolScript, refusesARequestWithoutCarryingItOut)
+{
+    ScriptedStation station("reply 1 error -7");
+    PlainClient client(station);
+    client.send(setState8);
+    client.send(askState);
+    EXPECT_NEXT(client, greeting + errorMinus7 + state1);
+}
+
+TEST(GqtoolScript, tellsAClientEachFaultInWords)
+{
+    const struct {
+        const char* fault;
+        const char* told;
+    } faults[] = {
+        {"silent", "failed with 0: no whole reply in time"},
+        {"late 2000", "failed with 0: no whole reply in time"},
+        {"wrong-end", "failed with 0: a frame that failed its check: its last byte is not 0x16, or its length lies"},
+        {"close-after 0", "failed with -1: the server closed, or the connection broke"},
+        {"close-after 12", "failed with -1: the server closed, or the connection broke, after 12 bytes of it"},
+        {"error -7", "failed with -7: the server's own code, from an error frame"},
+    };
+    for (const auto& fault : faults) {
+        SCOPED_TRACE(fault.fault);
+        ScriptedStation station(QByteArray("reply every ") + fault.fault);
+        const Outcome outcome = station.callShortly({"systemState"});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors, QString("gqtool: systemState %1\n").arg(fault.told));
+    }
+}
+
+// --- What the station says ----------------------------------------------------------------------------------------
+
+TEST(GqtoolScript, saysWhatItDidToAReply)
+{
+    ScriptedStation station("reply 1 close-after 12\nreply 2 close-after 0\nreply 3 silent\ngreeting 4 close-after 3");
+    for (const char* told : {": closed after 12 bytes", ": closed", ": not answered"}) {
+        PlainClient client(station);
+        client.send(setState7);
+        station.nextLine(); // connected
+        const QString line = station.nextLine();
+        EXPECT_TRUE(line.endsWith(QString(" command 0x06, 17 bytes") + told)) << line.toStdString();
+    }
+    PlainClient client(station);
+    QString line;
+    while (!line.contains("closed after"))
+        line = station.nextLine();
+    EXPECT_TRUE(line.endsWith(" closed after 3 bytes of its greeting")) << line.toStdString();
+}
+
+// --- Scripts ------------------------------------------------------------------------------------------------------
+
+TEST(GqtoolScript, skipsCommentsAndSpace)
+{
+    ScriptedStation station("# a comment\r\n\r\n \t reply\tevery   error  -0x7 # and another\r\n#\n");
+    PlainClient client(station);
+    client.send(setState7);
+    EXPECT_NEXT(client, greeting + errorMinus7);
+}
+
+TEST(GqtoolScript, isRefusedWithLineAndReasonBeforeTheStationListens)
+{
+    const struct {
+        const char* line;
+        const char* reason;
+    } lines[] = {
+        {"reply", "a line is greeting|reply NUMBER|every FAULT [VALUE]"},
+        {"reply every", "a line is greeting|reply NUMBER|every FAULT [VALUE]"},
+        {"answer every silent", "a line begins with greeting or reply, not with 'answer'"},
+        {"reply 0 silent", "'0' is neither every nor a number from 1 on"},
+        {"reply -1 silent", "'-1' is neither every nor a number from 1 on"},
+        {"reply all silent", "'all' is neither every nor a number from 1 on"},
+        {"reply every lat 5",
+         "no fault 'lat'; there are late, split, pieces, together, wrong-end, silent, close-after, "
+         "error, none"},
+        {"reply every late", "late takes one value"},
+        {"reply every late 5 6", "late takes one value"},
+        {"reply every silent 5", "silent takes no value"},
+        {"reply every late x", "late takes a number from 0 on"},
+        {"reply every late -1", "late takes a number from 0 on"},
+        {"reply every split 0", "split takes a number from 1 on"},
+        {"reply every close-after 2147483648", "close-after takes a number from 0 on"},
+        {"reply every error x", "error takes an integer"},
+    };
+    for (const auto& bad : lines) {
+        SCOPED_TRACE(bad.line);
+        const ScriptFile script(QByteArray("# first\nreply 1 silent\n") + bad.line + "\nreply 2 nonsense\n");
+        const Outcome outcome = run({"station", "--script", script.path});
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors.section('\n', 0, 0), QString("gqtool: %1, line 3: %2").arg(script.path, bad.reason));
+    }
+}
+
+TEST(GqtoolScript, isRefusedIfItCanNotBeRead)
+{
+    const QTemporaryDir folder;
+    for (const QString& path : {folder.filePath("missing"), folder.path()}) {
+        const Outcome outcome = run({"station", "--script", path});
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_TRUE(outcome.errors.startsWith(QString("gqtool: can't read %1: ").arg(path)))
+            << outcome.errors.toStdString();
+    }
+}
+
+TEST(GqtoolScript, takesTheExample)
+{
+    RunningStation station({"--script", GQLIB_EXAMPLES "/stationFaults.txt"});
+    const Outcome outcome = station.call({"--timeout", "1000", "--repeat", "10", "systemState"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(
+        outcome.output.section('\n', 0, 5),
+        "requests    10\n"
+        "failures    4\n"
+        "            1 failed with -1: the server closed, or the connection broke, after 13 bytes of it\n"
+        "            1 failed with -7: the server's own code, from an error frame\n"
+        "            1 failed with 0: a frame that failed its check: its last byte is not 0x16, or its length lies\n"
+        "            1 failed with 0: not greeted: no greeting in time, one that was refused, or a server that "
+        "closed first");
+}

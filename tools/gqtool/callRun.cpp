@@ -1,0 +1,142 @@
+#include "callRun.h"
+
+#include "command.h"
+#include "console.h"
+#include "progress.h"
+
+#include <QJsonArray>
+#include <QMap>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+using Clock = std::chrono::steady_clock;
+
+// --- One reply ----------------------------------------------------------------------------------------------------
+
+static QJsonValue valueOf(ReplyForm form, const CallReply& reply)
+{
+    if (form == replyInt)
+        return reply.ints.empty() ? QJsonValue() : QJsonValue(reply.ints[0]);
+    if (form == replyBytes)
+        return QJsonObject{{"hex", QString(reply.bytes.toHex())}};
+    if (form == replyStrings)
+        return QJsonArray::fromStringList(reply.texts);
+    QJsonArray values;
+    for (const int value : reply.ints)
+        values.append(value);
+    return values;
+}
+
+static QJsonObject jsonOf(ReplyForm form, const CallReply& reply)
+{
+    return {{"result", reply.result == 1 ? "good" : "failed"},
+            {"code", reply.result},
+            {"meaning", reply.meaning},
+            {"value", valueOf(form, reply)},
+            {"ms", reply.milliseconds}};
+}
+
+static void printReply(const CallReply& reply)
+{
+    for (const int value : reply.ints)
+        printLine(QString::number(value));
+    for (int first = 0; first < reply.bytes.size(); first += 16)
+        printLine(reply.bytes.mid(first, 16).toHex(' '));
+    for (const QString& text : reply.texts)
+        printLine(text);
+}
+
+static QString failureText(const CallReply& reply)
+{
+    return QString("failed with %1: %2").arg(reply.result).arg(reply.meaning);
+}
+
+int callOnce(CallClient& client, const CallRun& run)
+{
+    const CallReply reply = client.call(run.request);
+    if (run.printsJson) {
+        printJson(jsonOf(run.request.form, reply));
+    } else {
+        printReply(reply);
+        if (reply.result != 1)
+            printError(run.name + ' ' + failureText(reply));
+    }
+    return reply.result == 1 ? exitGood : exitFailed;
+}
+
+// --- Many ---------------------------------------------------------------------------------------------------------
+
+// What came of the requests of a run.
+struct Tally {
+    int requests = 0;
+    QMap<QString, int> failures; // how many, by their text
+    std::vector<double> times;   // of the good ones, in ms
+    double seconds = 0;          // that the whole run took
+
+    int failed() const { return requests - static_cast<int>(times.size()); }
+    double perSecond() const { return seconds > 0 ? requests / seconds : 0; }
+    double median() const // of sorted times
+    {
+        const size_t middle = times.size() / 2;
+        return times.size() % 2 == 1 ? times[middle] : (times[middle - 1] + times[middle]) / 2;
+    }
+};
+
+static void printTally(const Tally& tally)
+{
+    printLine(QString("requests    %1").arg(tally.requests));
+    printLine(QString("failures    %1").arg(tally.failed()));
+    for (auto failure = tally.failures.cbegin(); failure != tally.failures.cend(); ++failure)
+        printLine(QString("            %1 %2").arg(failure.value()).arg(failure.key()));
+    printLine(QString("per second  %1").arg(tally.perSecond(), 0, 'f', 1));
+    if (tally.times.empty())
+        return;
+    printLine(QString("least       %1 ms").arg(tally.times.front(), 0, 'f', 3));
+    printLine(QString("median      %1 ms").arg(tally.median(), 0, 'f', 3));
+    printLine(QString("largest     %1 ms").arg(tally.times.back(), 0, 'f', 3));
+}
+
+static QJsonObject jsonOf(const Tally& tally)
+{
+    QJsonObject sum = {{"requests", tally.requests}, {"failures", tally.failed()}, {"perSecond", tally.perSecond()}};
+    if (!tally.times.empty()) {
+        sum["leastMs"] = tally.times.front();
+        sum["medianMs"] = tally.median();
+        sum["largestMs"] = tally.times.back();
+    }
+    return sum;
+}
+
+int callRepeatedly(CallClient& client, const CallRun& run)
+{
+    Tally tally;
+    Progress progress;
+    const Clock::time_point begin = Clock::now();
+    Clock::time_point next = begin;
+    while (tally.requests < run.times) {
+        std::this_thread::sleep_until(next);
+        next = Clock::now() + std::chrono::milliseconds(run.intervalMs);
+        const CallReply reply = client.call(run.request);
+        ++tally.requests;
+        if (reply.result == 1)
+            tally.times.push_back(reply.milliseconds);
+        else
+            ++tally.failures[failureText(reply)];
+        if (run.printsJson) {
+            QJsonObject line = jsonOf(run.request.form, reply);
+            line["request"] = tally.requests;
+            printJson(line);
+        }
+        progress.show(QString("%1 of %2, %3 failed").arg(tally.requests).arg(run.times).arg(tally.failed()));
+    }
+    clearProgress();
+    tally.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    std::sort(tally.times.begin(), tally.times.end());
+    if (run.printsJson)
+        printJson(jsonOf(tally));
+    else
+        printTally(tally);
+    return tally.failed() == 0 ? exitGood : exitFailed;
+}

@@ -1,0 +1,154 @@
+#include "stationScript.h"
+
+#include "command.h"
+
+#include <QFile>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <climits>
+#include <socketApi.h>
+
+// --- The faults ---------------------------------------------------------------------------------------------------
+
+struct FaultWord {
+    const char* name;
+    const char* value; // what follows it, or nothing
+    int least;         // of its value
+    const char* meaning;
+    void (*set)(SendFaults& faults, int value);
+};
+
+static const FaultWord faultWords[] = {
+    {"late", "MS", 0, "waits that long ahead of it", [](SendFaults& faults, int ms) { faults.lateMs = ms; }},
+    {"split", "BYTES", 1, "sends that many bytes, and the rest a moment later",
+     [](SendFaults& faults, int bytes) { faults.splitAfter = bytes; }},
+    {"pieces", "BYTES", 0, "sends pieces of that size, a moment apart; 0 sends all at once",
+     [](SendFaults& faults, int bytes) { faults.pieceSize = bytes; }},
+    {"together", "", 0, "sends its frames in one write; one that is alone goes twice",
+     [](SendFaults& faults, int) { faults.together = true; }},
+    {"wrong-end", "", 0, "ends its frames with a wrong byte", [](SendFaults& faults, int) { faults.wrongEnd = true; }},
+    {"silent", "", 0, "sends nothing", [](SendFaults& faults, int) { faults.silent = true; }},
+    {"close-after", "BYTES", 0, "sends no more than that, and closes the connection",
+     [](SendFaults& faults, int bytes) { faults.closeAfter = bytes; }},
+    {"error", "CODE", INT_MIN, "sends an error frame with that code instead",
+     [](SendFaults& faults, int code) { faults.error = code; }},
+    {"none", "", 0, "takes back what the lines above say about it",
+     [](SendFaults& faults, int) { faults = SendFaults(); }},
+};
+
+static const FaultWord* findFault(const QString& name)
+{
+    const auto found = std::find_if(std::begin(faultWords), std::end(faultWords),
+                                    [&](const FaultWord& word) { return name == word.name; });
+    return found == std::end(faultWords) ? nullptr : found;
+}
+
+QString StationScript::faultList()
+{
+    QString text;
+    for (const FaultWord& word : faultWords)
+        text += QString("  %1  %2\n").arg(QString("%1 %2").arg(word.name, word.value), -18).arg(word.meaning);
+    return text;
+}
+
+// --- The lines ----------------------------------------------------------------------------------------------------
+
+bool StationScript::add(const QString& line, QString& error)
+{
+    const QStringList words = line.split(QRegularExpression("\\s+"), Qt::SkipEmptyParts);
+    if (words.size() < 3) {
+        error = "a line is greeting|reply NUMBER|every FAULT [VALUE]";
+        return false;
+    }
+    Step step = {words[0] == "greeting" ? greeting : reply, 0, findFault(words[2]), 0};
+    if (words[0] != "greeting" && words[0] != "reply") {
+        error = QString("a line begins with greeting or reply, not with '%1'").arg(words[0]);
+        return false;
+    }
+    if (words[1] != "every" && !readInt(words[1], 1, INT_MAX, step.number)) {
+        error = QString("'%1' is neither every nor a number from 1 on").arg(words[1]);
+        return false;
+    }
+    if (step.fault == nullptr) {
+        QStringList names;
+        for (const FaultWord& word : faultWords)
+            names.append(word.name);
+        error = QString("no fault '%1'; there are %2").arg(words[2], names.join(", "));
+        return false;
+    }
+    const bool takesValue = *step.fault->value != '\0';
+    if (words.size() != (takesValue ? 4 : 3)) {
+        error = QString("%1 takes %2").arg(step.fault->name, takesValue ? "one value" : "no value");
+        return false;
+    }
+    if (takesValue && !readInt(words[3], step.fault->least, INT_MAX, step.value)) {
+        error = step.fault->least == INT_MIN
+                    ? QString("%1 takes an integer").arg(step.fault->name)
+                    : QString("%1 takes a number from %2 on").arg(step.fault->name).arg(step.fault->least);
+        return false;
+    }
+    steps.push_back(step);
+    return true;
+}
+
+bool StationScript::read(const QString& path, QString& error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QString("can't read %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    const QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
+    for (int index = 0; index < lines.size(); ++index) {
+        const QString line = lines[index].section('#', 0, 0).trimmed();
+        QString reason;
+        if (!line.isEmpty() && !add(line, reason)) {
+            error = QString("%1, line %2: %3").arg(path).arg(index + 1).arg(reason);
+            return false;
+        }
+    }
+    return true;
+}
+
+SendFaults StationScript::faultsOf(Answer answer, int number) const
+{
+    SendFaults faults;
+    for (const Step& step : steps) {
+        if (step.answer == answer && (step.number == 0 || step.number == number))
+            step.fault->set(faults, step.value);
+    }
+    return faults;
+}
+
+// --- Writes -------------------------------------------------------------------------------------------------------
+
+static QByteArrayList piecesOf(const QByteArray& bytes, const SendFaults& faults)
+{
+    QByteArrayList pieces;
+    int size = faults.splitAfter;
+    for (int done = 0; done < bytes.size(); done += pieces.constLast().size()) {
+        if (done > 0 || size == 0)
+            size = faults.pieceSize > 0 ? faults.pieceSize : bytes.size();
+        pieces.append(bytes.mid(done, size));
+    }
+    return pieces;
+}
+
+std::vector<QByteArrayList> writesOf(QByteArrayList frames, const SendFaults& faults)
+{
+    if (faults.wrongEnd) {
+        for (QByteArray& frame : frames)
+            frame[frame.size() - 1] = gqdb::CSocketAPI::frameEnd + 1;
+    }
+    if (faults.together)
+        frames = {frames.size() == 1 ? frames[0] + frames[0] : frames.join()};
+    std::vector<QByteArrayList> writes;
+    int left = faults.closeAfter < 0 ? INT_MAX : faults.closeAfter;
+    for (const QByteArray& frame : frames) {
+        if (left > 0)
+            writes.push_back(piecesOf(frame.left(left), faults));
+        left -= std::min(left, frame.size());
+    }
+    return writes;
+}
