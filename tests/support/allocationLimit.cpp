@@ -1,11 +1,9 @@
-// Replaces the allocation of the program that it is linked into: more than 100 MB at once fails as it would on a
-// machine without the memory. So counts beyond any memory can be tried wherever the tests run, under AddressSanitizer
-// too.
+#include "support/allocationLimit.h"
 
 #include <cstdlib>
 #include <new>
 
-static constexpr std::size_t allocationLimit = 100'000'000;
+std::size_t allocationLimit = 100'000'000;
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {

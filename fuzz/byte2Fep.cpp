@@ -1,0 +1,193 @@
+#include "byte2Fep.h"
+#include "target.h"
+
+#include <algorithm>
+
+using namespace gqdb;
+
+// --- Records but CommItem ----------------------------------------------------------
+
+static void checkRecord(const Layout& layout, const Reading& reading)
+{
+    requireResult(reading, recordSize(layout, reading.buf, reading.size));
+    if (reading.result > 0 && hasPlainTexts(layout, reading.buf))
+        requireWrittenAgain(reading, reading.result);
+}
+
+static void checkList(const Layout& layout, const Reading& reading)
+{
+    if (reading.result == tooMuch)
+        return require(countsTooMuch(layout, reading), "a count that fits fails to allocate");
+    const int used = listSize(layout, reading.buf, reading.size);
+    requireResult(reading, used > 0 ? 1 : 0);
+    if (used > 0 && hasPlainTextsInList(layout, reading.buf, reading.size))
+        requireWrittenAgain(reading, used);
+}
+
+static const Layout nodeHead = {{4, textField, textField, textField, textField, 24, textField, textField}};
+
+static void readNodeHead(Reading& reading)
+{
+    NodeHead head;
+    reading.result = CByte2Fep::byte2NodeHead(reading.buf, reading.size, head);
+    CByte2Fep::nodeHead2Byte(head, reading.left);
+}
+
+static void readNodeHeads(Reading& reading)
+{
+    std::vector<NodeHead> list(elementsAhead(reading));
+    reading.result = CByte2Fep::byte2NodeHeads(reading.buf, reading.size, list);
+    list.resize(std::min(list.size(), mostElements(nodeHead, reading)));
+    CByte2Fep::nodeHeads2Byte(list, reading.left);
+}
+
+static const Layout ycItem = {{5, textField, textField, textField, textField, 32, textField}};
+
+static void readYcItem(Reading& reading)
+{
+    YcItem item;
+    reading.result = CByte2Fep::byte2YcItem(reading.buf, reading.size, item);
+    CByte2Fep::ycItem2Byte(item, reading.left);
+}
+
+static void readYcItems(Reading& reading)
+{
+    std::vector<YcItem> list(elementsAhead(reading));
+    reading.result = CByte2Fep::byte2YcItems(reading.buf, reading.size, list);
+    list.resize(std::min(list.size(), mostElements(ycItem, reading)));
+    CByte2Fep::ycItems2Byte(list, reading.left);
+}
+
+static const Layout yxItem = {{4, textField, textField, textField, 18, textField}};
+
+static void readYxItem(Reading& reading)
+{
+    YxItem item;
+    reading.result = CByte2Fep::byte2YxItem(reading.buf, reading.size, item);
+    CByte2Fep::yxItem2Byte(item, reading.left);
+}
+
+static void readYxItems(Reading& reading)
+{
+    std::vector<YxItem> list(elementsAhead(reading));
+    reading.result = CByte2Fep::byte2YxItems(reading.buf, reading.size, list);
+    list.resize(std::min(list.size(), mostElements(yxItem, reading)));
+    CByte2Fep::yxItems2Byte(list, reading.left);
+}
+
+static const Layout ydItem = {{5, textField, textField, textField, textField, 42, textField}};
+
+static void readYdItem(Reading& reading)
+{
+    YdItem item;
+    reading.result = CByte2Fep::byte2YdItem(reading.buf, reading.size, item);
+    CByte2Fep::ydItem2Byte(item, reading.left);
+}
+
+static void readYdItems(Reading& reading)
+{
+    std::vector<YdItem> list(elementsAhead(reading));
+    reading.result = CByte2Fep::byte2YdItems(reading.buf, reading.size, list);
+    list.resize(std::min(list.size(), mostElements(ydItem, reading)));
+    CByte2Fep::ydItems2Byte(list, reading.left);
+}
+
+static const Layout ybItem = {{4, textField, textField, textField, 9, textField}};
+
+// In the form that is read, which lacks flag1.
+static void appendReadable(const YbItem& item, QByteArray& data)
+{
+    QByteArray record;
+    CByte2Fep::ybItem2Byte(item, record);
+    const int texts = item.text1.toUtf8().size() + item.text2.toUtf8().size() + item.text3.toUtf8().size();
+    record.remove(10 + texts, 1);
+    data.append(record);
+}
+
+static void readYbItem(Reading& reading)
+{
+    YbItem item;
+    reading.result = CByte2Fep::byte2YbItem(reading.buf, reading.size, item);
+    appendReadable(item, reading.left);
+}
+
+static void readYbItems(Reading& reading)
+{
+    std::vector<YbItem> list(elementsAhead(reading));
+    reading.result = CByte2Fep::byte2YbItems(reading.buf, reading.size, list);
+    list.resize(std::min(list.size(), mostElements(ybItem, reading)));
+    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), reading.left);
+    for (const YbItem& item : list)
+        appendReadable(item, reading.left);
+}
+
+// --- CommItem: the result is the record's size only where text4 has 2 bytes --------
+
+static const Layout commItem = {{4, textField, textField, textField, 2, textField, 4, textField}};
+
+static int commItemResult(const char* buf, int size)
+{
+    const int behindText3 = recordSize({{4, textField, textField, textField}}, buf, size);
+    if (size < 25 || behindText3 == 0)
+        return 0;
+    const int text3 = behindText3 - recordSize({{4, textField, textField}}, buf, size);
+    const int wanted = text3 - 2; // bytes behind the record, or less than it has
+    const int used = recordSize({{4, textField, textField, textField, 2, textField, 4, textField}}, buf, size - wanted);
+    if (used == 0)
+        return 0;
+    const int text4 = 2 + static_cast<int>(numberOf2(buf + behindText3 + 2));
+    return used + text4 - 4;
+}
+
+static void readCommItem(Reading& reading)
+{
+    CommItem item;
+    reading.result = CByte2Fep::byte2CommItem(reading.buf, reading.size, item);
+    CByte2Fep::commItem2Byte(item, reading.left);
+}
+
+static void checkCommItem(const Layout& layout, const Reading& reading)
+{
+    requireResult(reading, commItemResult(reading.buf, reading.size));
+    if (reading.result > 0 && hasPlainTexts(layout, reading.buf))
+        requireWrittenAgain(reading, recordSize(layout, reading.buf, reading.size));
+}
+
+static void readCommItems(Reading& reading)
+{
+    std::vector<CommItem> list(elementsAhead(reading));
+    reading.result = CByte2Fep::byte2CommItems(reading.buf, reading.size, list);
+    list.resize(std::min(list.size(), mostElements(commItem, reading)));
+    CByte2Fep::commItems2Byte(list, reading.left);
+}
+
+static void checkCommItems(const Layout& layout, const Reading& reading)
+{
+    if (reading.result == tooMuch)
+        return require(countsTooMuch(layout, reading), "a count that fits fails to allocate");
+    if (reading.size < 4)
+        return requireResult(reading, 0);
+    int at = 4;
+    for (unsigned int left = numberOf4(reading.buf); left > 0; --left) {
+        const int more = at < reading.size ? commItemResult(reading.buf + at, reading.size - at) : 0;
+        if (more == 0)
+            return requireResult(reading, 0);
+        at += more;
+    }
+    requireResult(reading, 1);
+}
+
+const std::vector<Target> byte2FepTargets = {
+    {"byte2NodeHead", readNodeHead, checkRecord, nodeHead},
+    {"byte2NodeHeads", readNodeHeads, checkList, nodeHead},
+    {"byte2CommItem", readCommItem, checkCommItem, commItem},
+    {"byte2CommItems", readCommItems, checkCommItems, commItem},
+    {"byte2YcItem", readYcItem, checkRecord, ycItem},
+    {"byte2YcItems", readYcItems, checkList, ycItem},
+    {"byte2YxItem", readYxItem, checkRecord, yxItem},
+    {"byte2YxItems", readYxItems, checkList, yxItem},
+    {"byte2YdItem", readYdItem, checkRecord, ydItem},
+    {"byte2YdItems", readYdItems, checkList, ydItem},
+    {"byte2YbItem", readYbItem, checkRecord, ybItem},
+    {"byte2YbItems", readYbItems, checkList, ybItem},
+};

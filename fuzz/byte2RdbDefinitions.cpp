@@ -1,0 +1,172 @@
+#include "byte2Rdb.h"
+#include "target.h"
+
+using namespace gqdb;
+
+// --- Point definitions, and events, whose results are the same ---------------------
+
+static void checkRecord(const Layout& layout, const Reading& reading)
+{
+    requireResult(reading, recordSize(layout, reading.buf, reading.size));
+    if (reading.result > 0)
+        requireWrittenAgain(reading, reading.result);
+}
+
+static void checkList(const Layout& layout, const Reading& reading)
+{
+    if (reading.result == tooMuch)
+        return require(countsTooMuch(layout, reading), "a count that fits fails to allocate");
+    if (reading.size < 4)
+        return requireResult(reading, -2);
+    const int used = listSize(layout, reading.buf, reading.size);
+    requireResult(reading, used > 0 ? 1 : -3);
+    if (used > 0)
+        requireWrittenAgain(reading, used);
+    else
+        require(reading.left == QByteArray(4, '\0'), "a failed list is not empty");
+}
+
+static const Layout pointInfo = {{4, textField, 4, textField, 4}};
+
+static void readPointInfo(Reading& reading)
+{
+    PointInfo point;
+    reading.result = CByte2Rdb::byte2PointInfo(reading.buf, reading.size, point);
+    CByte2Rdb::pointInfo2Byte(point, reading.left);
+}
+
+static void readPointInfos(Reading& reading)
+{
+    std::vector<PointInfo> list(elementsAhead(reading));
+    reading.result = CByte2Rdb::byte2PointInfos(reading.buf, reading.size, list);
+    CByte2Rdb::pointInfos2Byte(list, reading.left);
+}
+
+static const Layout floatPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 54}};
+
+static void readFloatPoint(Reading& reading)
+{
+    FloatPoint point;
+    point.code2 = 0; // unset by the constructor
+    reading.result = CByte2Rdb::byte2FloatPoint(reading.buf, reading.size, point);
+    CByte2Rdb::floatPoint2Byte(point, reading.left);
+}
+
+static void readFloatPoints(Reading& reading)
+{
+    std::vector<FloatPoint> list(elementsAhead(reading));
+    reading.result = CByte2Rdb::byte2FloatPoints(reading.buf, reading.size, list);
+    CByte2Rdb::floatPoints2Byte(list, reading.left);
+}
+
+static const Layout intPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 50}, 81};
+
+// In the form that is read, which lacks switch0.
+static void appendReadable(const IntPoint& point, QByteArray& data)
+{
+    QByteArray record;
+    CByte2Rdb::intPoint2Byte(point, record);
+    const size_t texts = point.text1.size() + point.text2.size() + point.text3.size() + point.text4.size();
+    record.remove(24 + static_cast<int>(texts), 1);
+    data.append(record);
+}
+
+static void readIntPoint(Reading& reading)
+{
+    IntPoint point;
+    point.code2 = 0; // unset by the constructor
+    reading.result = CByte2Rdb::byte2IntPoint(reading.buf, reading.size, point);
+    appendReadable(point, reading.left);
+}
+
+static void readIntPoints(Reading& reading)
+{
+    std::vector<IntPoint> list(elementsAhead(reading));
+    reading.result = CByte2Rdb::byte2IntPoints(reading.buf, reading.size, list);
+    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), reading.left);
+    for (const IntPoint& point : list)
+        appendReadable(point, reading.left);
+}
+
+static const Layout boolPoint = {{4, textField, 4, textField, textField, 12, textField, 11}};
+
+static void readBoolPoint(Reading& reading)
+{
+    BoolPoint point;
+    point.code4 = 0; // unset by the constructor
+    reading.result = CByte2Rdb::byte2BoolPoint(reading.buf, reading.size, point);
+    CByte2Rdb::boolPoint2Byte(point, reading.left);
+}
+
+static void readBoolPoints(Reading& reading)
+{
+    std::vector<BoolPoint> list(elementsAhead(reading));
+    reading.result = CByte2Rdb::byte2BoolPoints(reading.buf, reading.size, list);
+    CByte2Rdb::boolPoints2Byte(list, reading.left);
+}
+
+static const Layout blobPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 10}};
+
+static void readBlobPoint(Reading& reading)
+{
+    BlobPoint point;
+    point.code4 = 0; // unset by the constructor
+    reading.result = CByte2Rdb::byte2BlobPoint(reading.buf, reading.size, point);
+    CByte2Rdb::blobPoint2Byte(point, reading.left);
+}
+
+static void readBlobPoints(Reading& reading)
+{
+    std::vector<BlobPoint> list(elementsAhead(reading));
+    reading.result = CByte2Rdb::byte2BlobPoints(reading.buf, reading.size, list);
+    CByte2Rdb::blobPoints2Byte(list, reading.left);
+}
+
+static const Layout eventInfo = {{55, textField, textField}};
+
+static void readEventInfo(Reading& reading)
+{
+    EventInfo event;
+    reading.result = CByte2Rdb::byte2EventInfo(reading.buf, reading.size, event);
+    CByte2Rdb::eventInfo2Byte(event, reading.left);
+}
+
+static void readEventInfos(Reading& reading)
+{
+    std::vector<EventInfo> list; // none to be reused: texts would be appended to
+    reading.result = CByte2Rdb::byte2EventInfos(reading.buf, reading.size, list);
+    CByte2Rdb::eventInfos2Byte(list, reading.left);
+}
+
+static const Layout eventState = {{17}};
+
+static void readEventState(Reading& reading)
+{
+    EventState event;
+    reading.result = CByte2Rdb::byte2EventState(reading.buf, reading.size, event);
+    CByte2Rdb::eventState2Byte(event, reading.left);
+}
+
+static void readEventStates(Reading& reading)
+{
+    std::vector<EventState> list(3); // to be replaced
+    reading.result = CByte2Rdb::byte2EventStates(reading.buf, reading.size, list);
+    CByte2Rdb::eventStates2Byte(list, reading.left);
+}
+
+const std::vector<Target> byte2RdbDefinitionTargets = {
+    {"byte2PointInfo", readPointInfo, checkRecord, pointInfo},
+    {"byte2PointInfos", readPointInfos, checkList, pointInfo},
+    {"byte2FloatPoint", readFloatPoint, checkRecord, floatPoint},
+    {"byte2FloatPoints", readFloatPoints, checkList, floatPoint},
+    {"byte2IntPoint", readIntPoint, checkRecord, intPoint},
+    {"byte2IntPoints", readIntPoints, checkList, intPoint},
+    {"byte2BoolPoint", readBoolPoint, checkRecord, boolPoint},
+    {"byte2BoolPoints", readBoolPoints, checkList, boolPoint},
+    {"byte2BlobPoint", readBlobPoint, checkRecord, blobPoint},
+    {"byte2BlobPoints", readBlobPoints, checkList, blobPoint},
+    {"byte2EventInfo", readEventInfo, checkRecord, eventInfo},
+    {"byte2EventInfos", readEventInfos, checkList, eventInfo},
+    {"byte2EventState", readEventState, checkRecord, eventState},
+    {"byte2EventStates", readEventStates, checkList, eventState},
+};

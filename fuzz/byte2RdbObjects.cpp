@@ -1,0 +1,217 @@
+#include "byte2Rdb.h"
+#include "target.h"
+
+using namespace gqdb;
+
+const int slotSize = 258; // of a text in the blob form
+
+// Bytes of the value behind a kind other than text.
+static int numberSize(char kind)
+{
+    switch (kind) {
+    case 0:
+    case 5:
+    case 11:
+        return 4;
+    case 6:
+        return 8;
+    default:
+        return 0;
+    }
+}
+
+// --- Byte form: texts come back empty or in part, sizes and numbers right ----------
+
+static int variantResult(const char* buf, int size)
+{
+    if (size < 1)
+        return -2;
+    const int used = recordSize({{1, buf[0] == 10 ? textField : numberSize(buf[0])}}, buf, size);
+    return used > 0 ? used : -1;
+}
+
+static int propertyResult(const char* buf, int size)
+{
+    if (size < 13)
+        return -2;
+    const int head = recordSize({{8, textField, textField}}, buf, size - 1); // a kind follows at least
+    if (head == 0)
+        return -3;
+    const int value = variantResult(buf + head, size - head);
+    return value < 1 ? -4 : head + value;
+}
+
+static void readVariant(Reading& reading)
+{
+    Variant value;
+    reading.result = CByte2Rdb::byte2Variant(reading.buf, reading.size, value);
+    CByte2Rdb::variant2Byte(value, reading.left);
+}
+
+static void checkVariant(const Layout&, const Reading& reading)
+{
+    requireResult(reading, variantResult(reading.buf, reading.size));
+    if (reading.result > 0 && reading.buf[0] != 10)
+        requireWrittenAgain(reading, reading.result);
+}
+
+static void readProperty(Reading& reading)
+{
+    PropertyData property;
+    reading.result = CByte2Rdb::byte2Property(reading.buf, reading.size, property);
+    CByte2Rdb::property2Byte(property, reading.left);
+}
+
+static void checkProperty(const Layout&, const Reading& reading)
+{
+    requireResult(reading, propertyResult(reading.buf, reading.size));
+}
+
+static void readObject(Reading& reading)
+{
+    ObjectData object;
+    reading.result = CByte2Rdb::byte2Object(reading.buf, reading.size, object);
+    CByte2Rdb::object2Byte(object, reading.left);
+}
+
+static void checkObject(const Layout& head, const Reading& reading)
+{
+    if (reading.size < 25)
+        return requireResult(reading, -2);
+    int used = recordSize(head, reading.buf, reading.size);
+    if (used == 0)
+        return requireResult(reading, -3);
+    for (unsigned int left = numberOf2(reading.buf + used - 2); left > 0; --left) {
+        const int more = propertyResult(reading.buf + used, reading.size - used);
+        if (more < 1)
+            return requireResult(reading, -4);
+        used += more;
+    }
+    requireResult(reading, used);
+    require(reading.left.mid(1, 16) == QByteArray(reading.buf + 1, 16), "the words are not the same");
+}
+
+// --- Blob form: texts in slots -----------------------------------------------------
+
+// Whether a text lies inside its slot and the `size` bytes.
+static bool isSlotGood(const char* buf, int size)
+{
+    const int used = recordSize({{textField}}, buf, size);
+    return used > 0 && used <= slotSize;
+}
+
+// What stands behind the text of a slot does not count.
+static void clearBehindText(QByteArray& bytes, int slot)
+{
+    const int textSize = static_cast<int>(numberOf2(bytes.constData() + slot));
+    bytes.replace(slot + 2 + textSize, slotSize - 2 - textSize, QByteArray(slotSize - 2 - textSize, '\0'));
+}
+
+static int blobVariantResult(const char* buf, int size)
+{
+    if (size < 1 || buf[0] != 10)
+        return variantResult(buf, size);
+    return size < 1 + slotSize || !isSlotGood(buf + 1, size - 1) ? -1 : 1 + slotSize;
+}
+
+static int blobPropertyResult(const char* buf, int size)
+{
+    if (size < 525)
+        return -2;
+    if (!isSlotGood(buf + 8, size - 8) || !isSlotGood(buf + 266, size - 266))
+        return -3;
+    const int value = blobVariantResult(buf + 524, size - 524);
+    return value < 1 ? -4 : 524 + value;
+}
+
+// The bytes of a good variant or property as the writer has them.
+static void tidyVariant(QByteArray& bytes, int at)
+{
+    if (bytes.at(at) == 10)
+        clearBehindText(bytes, at + 1);
+}
+
+static void tidyProperty(QByteArray& bytes, int at)
+{
+    clearBehindText(bytes, at + 8);
+    clearBehindText(bytes, at + 266);
+    tidyVariant(bytes, at + 524);
+}
+
+static void readBlobVariant(Reading& reading)
+{
+    Variant value;
+    reading.result = CByte2Rdb::blob2Variant(reading.buf, reading.size, value);
+    CByte2Rdb::variant2Blob(value, reading.left);
+}
+
+static void checkBlobVariant(const Layout&, const Reading& reading)
+{
+    requireResult(reading, blobVariantResult(reading.buf, reading.size));
+    if (reading.result < 1)
+        return;
+    QByteArray tidy(reading.buf, reading.result);
+    tidyVariant(tidy, 0);
+    require(reading.left == tidy, "it is not the same when written again");
+}
+
+static void readBlobProperty(Reading& reading)
+{
+    PropertyData property;
+    reading.result = CByte2Rdb::blob2Property(reading.buf, reading.size, property);
+    CByte2Rdb::property2Blob(property, reading.left);
+}
+
+static void checkBlobProperty(const Layout&, const Reading& reading)
+{
+    requireResult(reading, blobPropertyResult(reading.buf, reading.size));
+    if (reading.result < 1)
+        return;
+    QByteArray tidy(reading.buf, reading.result);
+    tidyProperty(tidy, 0);
+    require(reading.left == tidy, "it is not the same when written again");
+}
+
+static void readBlobObject(Reading& reading)
+{
+    ObjectData object;
+    reading.result = CByte2Rdb::blob2Object(reading.buf, reading.size, object);
+    QByteArray shown; // the reader makes these texts from the values: they stand behind the object here
+    for (PropertyData& property : object.properties) {
+        CByte2Val::str2Byte(property.valueText, shown);
+        property.valueText.clear();
+    }
+    CByte2Rdb::object2Blob(object, reading.left);
+    reading.left.append(shown);
+}
+
+static void checkBlobObject(const Layout&, const Reading& reading)
+{
+    if (reading.size < 793 || !isSlotGood(reading.buf + 17, reading.size - 17) ||
+        !isSlotGood(reading.buf + 275, reading.size - 275) || !isSlotGood(reading.buf + 533, reading.size - 533))
+        return requireResult(reading, -2);
+    QByteArray tidy(reading.buf, reading.size);
+    tidy[0] = 0;
+    for (const int slot : {17, 275, 533})
+        clearBehindText(tidy, slot);
+    int used = 793;
+    for (unsigned int left = numberOf2(reading.buf + 791); left > 0; --left) {
+        const int more = blobPropertyResult(reading.buf + used, reading.size - used);
+        if (more < 1)
+            return requireResult(reading, -4);
+        tidyProperty(tidy, used);
+        tidy.replace(used + 266, slotSize, QByteArray(slotSize, '\0'));
+        used += more;
+    }
+    requireResult(reading, used - 2);
+    require(reading.left.left(used) == tidy.left(used), "it is not the same when written again");
+}
+
+const std::vector<Target> byte2RdbObjectTargets = {
+    {"byte2Variant", readVariant, checkVariant, {}},
+    {"byte2Property", readProperty, checkProperty, {}},
+    {"byte2Object", readObject, checkObject, {{17, textField, textField, textField, 2}}},
+    {"blob2Variant", readBlobVariant, checkBlobVariant, {}},
+    {"blob2Property", readBlobProperty, checkBlobProperty, {}},
+    {"blob2Object", readBlobObject, checkBlobObject, {}},
+};

@@ -1,0 +1,223 @@
+#include "target.h"
+#include "tcpApi.h"
+#include "udpApi.h"
+
+#include <algorithm>
+#include <functional>
+
+using namespace gqdb;
+
+// --- Reassembly -------------------------------------------------------------------
+
+// The clients with their state in the open.
+class OpenTcpClient : public CTcpAPI {
+public:
+    using CTcpAPI::recvFrame;
+    using CTcpAPI::recvFrameSize;
+};
+
+class OpenUdpClient : public CUdpAPI {
+public:
+    using CUdpAPI::recvFrame;
+    using CUdpAPI::recvFrameSize;
+};
+
+// A frame in a stream. A size of 0 stands for one that the stream does not hold whole.
+struct Frame {
+    int begin;
+    int size;
+    int announced; // by its length field, in 32 bits: near either end of the field's range it wraps
+};
+
+static Frame frameBehind(const Reading& stream, int from)
+{
+    const char* start = std::find(stream.buf + from, stream.buf + stream.size, CSocketAPI::frameStart);
+    Frame frame = {static_cast<int>(start - stream.buf), 0, 0};
+    const int left = stream.size - frame.begin;
+    if (left < CSocketAPI::headerSize)
+        return frame;
+    frame.announced = static_cast<int>(numberOf4(start + 1) + static_cast<unsigned int>(CSocketAPI::frameOverhead));
+    const int wanted = std::max(frame.announced, CSocketAPI::headerSize + 1);
+    if (frame.announced > 0 && left >= wanted) // else the frame never ends
+        frame.size = wanted;
+    return frame;
+}
+
+// What reassembly needs of a client.
+struct Client {
+    QByteArray& frame;
+    int& frameSize;
+    std::function<bool(const char* buf, int size, int& pos)> recvData;
+    std::function<bool(int& len)> isRecvOk;
+};
+
+static void requireFrame(const Reading& stream, const Frame& expected, const Client& client)
+{
+    require(expected.size > 0, "a frame ends where the stream has none");
+    require(client.frame == QByteArray::fromRawData(stream.buf + expected.begin, expected.size), "a frame is another");
+    require(client.frameSize == expected.announced, "the size of a frame is another");
+    int len = 0;
+    const bool isOk = client.isRecvOk(len);
+    require(isOk == (expected.announced == expected.size && client.frame.back() == CSocketAPI::frameEnd),
+            "the check of a frame ends otherwise");
+    if (isOk)
+        require(len == static_cast<int>(numberOf4(client.frame.constData() + 1)), "the payload length is another");
+}
+
+// Feeds the whole stream; `pieceSize` gives the size of each piece.
+static void feed(const Reading& stream, const Client& client, const std::function<int()>& pieceSize)
+{
+    client.frame.resize(0);
+    client.frameSize = 0;
+    Frame expected = frameBehind(stream, 0);
+    for (int at = 0; at < stream.size;) {
+        const int size = std::min(pieceSize(), stream.size - at);
+        int pos = 0;
+        while (client.recvData(stream.buf + at, size, pos)) {
+            requireFrame(stream, expected, client);
+            require(at + pos == expected.begin + expected.size, "a frame leads to another place in the stream");
+            client.frame.resize(0);
+            client.frameSize = 0;
+            expected = frameBehind(stream, at + pos);
+        }
+        require(pos == size, "a piece is given up ahead of its end");
+        at += size;
+    }
+    require(expected.size == 0, "a whole frame was not found");
+    require(client.frame == QByteArray::fromRawData(stream.buf + expected.begin, stream.size - expected.begin),
+            "the part of a frame is another");
+}
+
+static void readFrames(Reading& reading, const Client& client)
+{
+    feed(reading, client, [&reading] { return reading.size; });
+    unsigned int chance = static_cast<unsigned int>(reading.size); // by the bytes: an input is always cut alike
+    for (int i = 0; i < reading.size; ++i)
+        chance = chance * 31 + static_cast<unsigned char>(reading.buf[i]);
+    feed(reading, client, [&chance] {
+        chance = chance * 1664525 + 1013904223;
+        return 1 + static_cast<int>(chance >> 16) % 20;
+    });
+}
+
+static void readTcpFrames(Reading& reading)
+{
+    static OpenTcpClient client;
+    static const Client open = {client.recvFrame, client.recvFrameSize,
+                                [](const char* buf, int size, int& pos) { return client.recvData(buf, size, pos); },
+                                [](int& len) { return client.isRecvOk(len); }};
+    readFrames(reading, open);
+}
+
+static void readUdpFrames(Reading& reading)
+{
+    static OpenUdpClient client;
+    static const Client open = {client.recvFrame, client.recvFrameSize,
+                                [](const char* buf, int size, int& pos) { return client.recvData(buf, size, pos); },
+                                [](int& len) { return client.isRecvOk(len); }};
+    readFrames(reading, open);
+}
+
+static void checkFrames(const Layout&, const Reading&) {} // while they are read
+
+// --- Payloads ---------------------------------------------------------------------
+
+static CSocketAPI& parser()
+{
+    static CSocketAPI api;
+    return api;
+}
+
+static void parseInt(Reading& reading)
+{
+    int value = 0;
+    reading.result = parser().parseInt(reading.buf, reading.size, value);
+    CByte2Val::int2Byte(value, reading.left);
+}
+
+static void checkInt(const Layout&, const Reading& reading)
+{
+    requireResult(reading, reading.size < 4 ? -5 : 1);
+    if (reading.result == 1)
+        requireWrittenAgain(reading, 4);
+    else
+        require(reading.left == QByteArray(4, '\0'), "a failed parse has touched the value");
+}
+
+static void parseInts(Reading& reading)
+{
+    std::vector<int> list(elementsAhead(reading));
+    reading.result = parser().parseInts(reading.buf, reading.size, list);
+    CByte2Val::list2Byte(list, reading.left);
+}
+
+static void parseBytes(Reading& reading)
+{
+    std::vector<unsigned char> list(elementsAhead(reading));
+    reading.result = parser().parseBytes(reading.buf, reading.size, list);
+    CByte2Val::list2Byte(list, reading.left);
+}
+
+static void checkList(const Layout& layout, const Reading& reading)
+{
+    const int used = listSize(layout, reading.buf, reading.size);
+    requireResult(reading, used > 0 ? 1 : -5);
+    if (used > 0)
+        requireWrittenAgain(reading, used);
+    else
+        require(reading.left == QByteArray(4, '\0'), "a failed parse has touched the list");
+}
+
+static void writeStrings(const QStringList& texts, QByteArray& data)
+{
+    CByte2Val::int2Byte(static_cast<int>(texts.size()), data);
+    for (const QString& each : texts)
+        CByte2Val::str2Byte(each, data);
+}
+
+static void parseStrings(Reading& reading)
+{
+    QStringList texts;
+    for (size_t left = elementsAhead(reading); left > 0; --left)
+        texts.append(QString());
+    reading.result = parser().parseStrings(reading.buf, reading.size, texts);
+    writeStrings(texts, reading.left);
+}
+
+static void checkStrings(const Layout&, const Reading& reading)
+{
+    const unsigned int count = reading.size < 4 ? 0 : numberOf4(reading.buf);
+    if (count >= 0x3ffffffe) // its need passes 31 bits: found out at the item that lies outside
+        return require(reading.result == 0 || reading.result == -5, "the result is neither 0 nor -5");
+    long long need = 4 + 2LL * count;
+    if (reading.size < need)
+        return requireResult(reading, -5);
+
+    QStringList texts;
+    int expected = 1;
+    for (int at = 4; expected == 1 && static_cast<unsigned int>(texts.size()) < count;) {
+        const int size = static_cast<int>(numberOf2(reading.buf + at));
+        at += 2;
+        need += size;
+        const int used = need > reading.size ? 0 : recordSize({{textField}}, reading.buf + at, size);
+        if (need > reading.size)
+            expected = 0;
+        else // an item that holds no whole string is an empty text
+            texts.append(used == 0 ? QString()
+                                   : QString::fromUtf8(QByteArray(reading.buf + at + 2, used - 2).constData()));
+        at += size;
+    }
+    requireResult(reading, expected);
+    QByteArray written;
+    writeStrings(texts, written);
+    require(reading.left == written, "the texts are others");
+}
+
+const std::vector<Target> frameTargets = {
+    {"recvDataOfTcp", readTcpFrames, checkFrames, {}},
+    {"recvDataOfUdp", readUdpFrames, checkFrames, {}},
+    {"parseInt", parseInt, checkInt, {}},
+    {"parseInts", parseInts, checkList, {{4}}},
+    {"parseBytes", parseBytes, checkList, {{1}}},
+    {"parseStrings", parseStrings, checkStrings, {{textField}}},
+};

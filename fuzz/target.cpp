@@ -1,0 +1,117 @@
+#include "target.h"
+
+#include "support/allocationLimit.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+
+static const char* runningTarget = "";
+
+std::vector<Target> allTargets()
+{
+    std::vector<Target> all;
+    for (const std::vector<Target>& family :
+         {byte2ValTargets, byte2RdbDefinitionTargets, byte2RdbValueTargets, byte2RdbQueryTargets, byte2RdbObjectTargets,
+          byte2RdbWaveTargets, byte2FepTargets, frameTargets, gqToolsTargets})
+        all.insert(all.end(), family.begin(), family.end());
+    return all;
+}
+
+// --- Demands ----------------------------------------------------------------------
+
+void fail(const std::string& message)
+{
+    std::fprintf(stderr, "%s: %s\n", runningTarget, message.c_str());
+    std::abort();
+}
+
+void require(bool isMet, const char* demand)
+{
+    if (!isMet)
+        fail(demand);
+}
+
+void requireResult(const Reading& reading, int expected)
+{
+    if (reading.result != expected)
+        fail("the result is " + std::to_string(reading.result) + ", not " + std::to_string(expected));
+}
+
+void requireWrittenAgain(const Reading& reading, long long count)
+{
+    if (reading.left != QByteArray::fromRawData(reading.buf, static_cast<int>(count)))
+        fail("written again it is " + reading.left.toHex(' ').toStdString());
+}
+
+bool countsTooMuch(const Layout& layout, const Reading& reading)
+{
+    return reading.size >= 4 &&
+           reading.size < 4 + static_cast<long long>(shortestSize(layout)) * numberOf4(reading.buf);
+}
+
+size_t mostElements(const Layout& layout, const Reading& reading)
+{
+    return reading.ahead + static_cast<size_t>(reading.size / shortestSize(layout)) + 1;
+}
+
+// --- One input --------------------------------------------------------------------
+
+// What a reader may allocate at once. A list takes memory for a multiple of its bytes: no record is shorter than a
+// twelfth of what it becomes, and a vector may have room for as many again.
+static size_t memoryFor(const Reading& reading)
+{
+    return 4096 + 24 * static_cast<size_t>(reading.size);
+}
+
+size_t elementsAhead(Reading& reading)
+{
+    reading.ahead = reading.isAmid ? 3 : 0;
+    return reading.ahead;
+}
+
+static void read(const Target& target, Reading& reading)
+{
+    const size_t usual = allocationLimit;
+    allocationLimit = memoryFor(reading);
+    try {
+        target.read(reading);
+    } catch (const std::bad_alloc&) {
+        reading.result = tooMuch;
+    } catch (const std::length_error&) {
+        reading.result = tooMuch;
+    }
+    allocationLimit = usual;
+}
+
+// What stands behind the elements that a list held before.
+static QByteArray withoutAhead(const Target& target, const Reading& reading)
+{
+    return reading.ahead == 0 ? reading.left
+                              : reading.left.mid(4 + static_cast<int>(reading.ahead) * shortestSize(target.layout));
+}
+
+void runTarget(const Target& target, const char* data, int size)
+{
+    runningTarget = target.name;
+    Reading alone = {data, size, false};
+    read(target, alone);
+    target.check(target.layout, alone);
+
+    static std::vector<char> place; // keeps its memory
+    const size_t noise = 64;
+    place.resize(std::max(place.size(), static_cast<size_t>(size) + noise));
+    std::memcpy(place.data(), data, static_cast<size_t>(size));
+    std::memset(place.data() + size, 0x2a, noise);
+    Reading amid = {place.data(), size, true};
+    read(target, amid);
+    if (alone.result == tooMuch || amid.result == tooMuch)
+        return; // such a count also gives another sum with the elements ahead
+    require(amid.result == alone.result, "the result depends on what lies behind or ahead");
+    if (amid.ahead > 0)
+        alone.left.remove(0, 4);
+    require(withoutAhead(target, amid) == alone.left, "what was read depends on what lies behind or ahead");
+}
