@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 // gqtool, and other programs, as processes of their own.
 
 static const int waitMs = 20000;
@@ -35,11 +37,13 @@ public:
     RunningProgram(const QString& program, const QStringList& arguments) { process.start(program, arguments); }
     ~RunningProgram() { end(); }
 
-    // Ends it by SIGTERM.
-    void end()
+    // Ends it by a signal. Its exit code, or -1 if it has none.
+    int end(int signal = SIGTERM)
     {
-        process.terminate();
+        if (process.state() == QProcess::Running)
+            ::kill(static_cast<pid_t>(process.processId()), signal);
         process.waitForFinished(waitMs);
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }
 
     // Waits for its own end. What nextLine has given is no part of the output.

@@ -232,9 +232,9 @@ int runCall(const QStringList& arguments)
     const QStringList words = parser.positionalArguments();
     if (words.isEmpty())
         return usageError("call takes HOST:PORT and a command");
-    const int colon = words[0].lastIndexOf(':');
+    QString host;
     int port = 0;
-    if (!isAddress(words[0].left(colon)) || !readInt(words[0].mid(colon + 1), 1, 65535, port))
+    if (!readEndpoint(words[0], host, port))
         return usageError(QString("'%1' is not HOST:PORT").arg(words[0]));
     CallRun run;
     QString error;
@@ -260,7 +260,7 @@ int runCall(const QStringList& arguments)
         return usageError(QString("--repeat takes a number from 1 to %1").arg(largestRun));
     run.printsJson = parser.isSet(json);
 
-    const std::string host = words[0].left(colon).toStdString();
-    const auto client = parser.isSet(udp) ? makeUdpClient(host, port, timeoutMs) : makeTcpClient(host, port, timeoutMs);
+    const auto makeClient = parser.isSet(udp) ? makeUdpClient : makeTcpClient;
+    const std::unique_ptr<CallClient> client = makeClient(host.toStdString(), port, timeoutMs);
     return parser.isSet(repeat) ? callRepeatedly(*client, run) : callOnce(*client, run);
 }

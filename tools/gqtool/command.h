@@ -16,6 +16,7 @@ int runStation(const QStringList& arguments);
 int runCall(const QStringList& arguments);
 int runSum(const QStringList& arguments);
 int runTime(const QStringList& arguments);
+int runTrace(const QStringList& arguments);
 int runWave(const QStringList& arguments);
 
 // Reads `arguments` with `parser`, to which it adds --help. True to go on; false when all is said, with the exit code.
@@ -29,3 +30,6 @@ bool isAddress(const QString& text);
 
 // Reads an option or an argument as an integer within bounds, hexadecimal after 0x.
 bool readInt(const QString& text, int least, int most, int& value);
+
+// Reads HOST:PORT, a dotted IPv4 address and a port above 0.
+bool readEndpoint(const QString& text, QString& host, int& port);

@@ -22,6 +22,7 @@ static const Command commands[] = {
     {"call", "one request to a station or server, and its reply", runCall},
     {"sum", "checksums and hex text of some bytes", runSum},
     {"time", "the moment and the text of a relative time code", runTime},
+    {"trace", "the frames between clients and a station, as they pass", runTrace},
     {"wave", "what is in a stored wave, as text, table or picture", runWave},
 };
 
@@ -71,6 +72,13 @@ bool readInt(const QString& text, int least, int most, int& value)
     bool ok = false;
     value = text.toInt(&ok, text.contains("0x") ? 16 : 10); // leading zeros do not make it octal
     return ok && value >= least && value <= most;
+}
+
+bool readEndpoint(const QString& text, QString& host, int& port)
+{
+    const int colon = text.lastIndexOf(':');
+    host = text.left(colon);
+    return isAddress(host) && readInt(text.mid(colon + 1), 1, 65535, port);
 }
 
 int main(int argc, char* argv[])

@@ -1,0 +1,166 @@
+#include "console.h"
+#include "progress.h"
+#include "traceRelay.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <list>
+#include <vector>
+
+static const size_t mostClients = 256; // beyond that the one that has been silent longest is forgotten
+
+// A client that has sent a datagram.
+struct DatagramClient {
+    int number;
+    sockaddr_in address;
+    int station; // a socket whose peer is the station
+};
+
+class DatagramRelay {
+public:
+    DatagramRelay(int relayListener, const sockaddr_in& stationAddress, TraceOutput& traceOutput)
+        : listener(relayListener), station(stationAddress), output(traceOutput)
+    {
+    }
+    ~DatagramRelay()
+    {
+        while (!clients.empty())
+            forget();
+    }
+    DatagramRelay(const DatagramRelay&) = delete;
+    DatagramRelay& operator=(const DatagramRelay&) = delete;
+
+    std::vector<pollfd> wishes(int stopper) const;
+    void takeFromClients();
+    void takeFromStation(int socket);
+
+private:
+    DatagramClient* clientAt(const sockaddr_in& address);
+    void forget();
+    void lose(const DatagramClient& client, int size);
+
+    const int listener;
+    const sockaddr_in station;
+    TraceOutput& output;
+    std::list<DatagramClient> clients; // the one heard last ahead
+    int known = 0;
+    QByteArray datagram;
+};
+
+std::vector<pollfd> DatagramRelay::wishes(int stopper) const
+{
+    std::vector<pollfd> wishes = {{stopper, POLLIN, 0}, {listener, POLLIN, 0}};
+    for (const DatagramClient& client : clients)
+        wishes.push_back({client.station, POLLIN, 0});
+    return wishes;
+}
+
+void DatagramRelay::forget()
+{
+    close(clients.back().station);
+    clients.pop_back();
+}
+
+static bool isSame(const sockaddr_in& one, const sockaddr_in& other)
+{
+    return one.sin_addr.s_addr == other.sin_addr.s_addr && one.sin_port == other.sin_port;
+}
+
+// The client there, a new one if need be; null if it can have no socket.
+DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
+{
+    const auto found = std::find_if(clients.begin(), clients.end(),
+                                    [&](const DatagramClient& client) { return isSame(client.address, address); });
+    if (found != clients.end()) {
+        clients.splice(clients.begin(), clients, found);
+        return &clients.front();
+    }
+    if (clients.size() == mostClients)
+        forget();
+    const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (socket < 0 || connect(socket, reinterpret_cast<const sockaddr*>(&station), sizeof station) != 0) {
+        printError(QString("a datagram of %1 is lost: %2").arg(endpointText(address), strerror(errno)));
+        close(socket);
+        return nullptr;
+    }
+    clients.push_front({++known, address, socket});
+    output.connected(known, endpointText(address), endpointText(station));
+    return &clients.front();
+}
+
+void DatagramRelay::lose(const DatagramClient& client, int size)
+{
+    output.event(client.number, "lost", QString("a datagram of %1 bytes is lost: %2").arg(size).arg(strerror(errno)));
+}
+
+void DatagramRelay::takeFromClients()
+{
+    sockaddr_in address = {};
+    socklen_t addressSize = sizeof address;
+    datagram.resize(65536);
+    const ssize_t count = recvfrom(listener, datagram.data(), static_cast<size_t>(datagram.size()), 0,
+                                   reinterpret_cast<sockaddr*>(&address), &addressSize);
+    if (count < 0)
+        return;
+    datagram.truncate(static_cast<int>(count));
+    const DatagramClient* client = clientAt(address);
+    if (client == nullptr)
+        return;
+    ssize_t sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
+    if (sent < 0 && errno == ECONNREFUSED) // what became of an earlier one; this one has not been sent
+        sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
+    output.datagram(client->number, Side::client, datagram);
+    if (sent < 0)
+        lose(*client, datagram.size());
+}
+
+void DatagramRelay::takeFromStation(int socket)
+{
+    const auto client =
+        std::find_if(clients.begin(), clients.end(), [&](const DatagramClient& one) { return one.station == socket; });
+    if (client == clients.end())
+        return;
+    datagram.resize(65536);
+    const ssize_t count = recv(socket, datagram.data(), static_cast<size_t>(datagram.size()), 0);
+    if (count < 0) {
+        if (errno == ECONNREFUSED)
+            output.event(client->number, "stationUnreachable", "the station is out of reach: Connection refused");
+        return;
+    }
+    datagram.truncate(static_cast<int>(count));
+    const ssize_t sent = sendto(listener, datagram.constData(), static_cast<size_t>(count), 0,
+                                reinterpret_cast<const sockaddr*>(&client->address), sizeof client->address);
+    const int error = errno;
+    output.datagram(client->number, Side::station, datagram);
+    errno = error;
+    if (sent < 0)
+        lose(*client, datagram.size());
+}
+
+bool relayDatagrams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output)
+{
+    DatagramRelay relay(listener, station, output);
+    Progress progress;
+    for (;;) {
+        std::vector<pollfd> wishes = relay.wishes(stopper);
+        progress.show(output.summary());
+        if (poll(wishes.data(), wishes.size(), -1) < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        if (wishes[0].revents != 0)
+            return true;
+        for (size_t i = 2; i < wishes.size(); ++i) {
+            if (wishes[i].revents != 0)
+                relay.takeFromStation(wishes[i].fd);
+        }
+        if (wishes[1].revents != 0)
+            relay.takeFromClients();
+    }
+}

@@ -1,0 +1,145 @@
+#include "traceOutput.h"
+
+#include "console.h"
+#include "frameText.h"
+
+#include <QDateTime>
+#include <QJsonDocument>
+
+#include <chrono>
+
+TraceOutput::TraceOutput(bool json) : isJson(json) {}
+
+static long long microsecondsNow()
+{
+    using namespace std::chrono;
+    return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+// 2026-11-21T15:33:54.123456Z
+static QString isoTime(long long microseconds)
+{
+    return QDateTime::fromMSecsSinceEpoch(microseconds / 1000, Qt::UTC).toString("yyyy-MM-ddThh:mm:ss.zzz") +
+           QString("%1Z").arg(microseconds % 1000, 3, 10, QChar('0'));
+}
+
+// --- The file -----------------------------------------------------------------------------------------------------
+
+// A line a piece: the connection, I for what goes in to the station or O for what comes out of it, the time, the bytes.
+// text2pcap takes such lines by a regular expression, of one connection, so that connections don't mix in one stream.
+
+bool TraceOutput::open(const QString& path, bool datagrams)
+{
+    isOfDatagrams = datagrams;
+    file.setFileName(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered);
+}
+
+void TraceOutput::record(const QByteArray& line)
+{
+    if (!file.isOpen() || hasFailed)
+        return;
+    hasFailed = file.write(line) != line.size();
+    if (hasFailed)
+        printError(
+            QString("can't write to %1: %2; the trace goes on without it").arg(file.fileName(), file.errorString()));
+}
+
+void TraceOutput::recordPiece(int connection, Side from, const QByteArray& bytes)
+{
+    if (!bytes.isEmpty()) // an empty datagram would be no packet
+        record(QString("%1 %2 %3 ").arg(connection).arg(from == Side::client ? 'I' : 'O').arg(isoTime(now)).toUtf8() +
+               bytes.toHex() + '\n');
+}
+
+// --- Lines --------------------------------------------------------------------------------------------------------
+
+QString sideText(Side side)
+{
+    return side == Side::client ? "client" : "station";
+}
+
+void TraceOutput::tell(int connection, const QString& text, QJsonObject json)
+{
+    if (isJson) {
+        json["time"] = isoTime(now);
+        if (connection > 0)
+            json["connection"] = connection;
+        printLine(QJsonDocument(json).toJson(QJsonDocument::Compact));
+        return;
+    }
+    const QString time = QDateTime::fromMSecsSinceEpoch(now / 1000).toString("hh:mm:ss.zzz");
+    printLine(connection > 0 ? QString("%1 %2 %3").arg(time).arg(connection).arg(text) : time + ' ' + text);
+}
+
+void TraceOutput::tellItems(int connection, Side from, const std::vector<StreamItem>& items)
+{
+    for (const StreamItem& item : items) {
+        QJsonObject json = itemJson(item);
+        json["from"] = sideText(from);
+        tell(connection, (from == Side::client ? "-> " : "<- ") + itemText(item), json);
+        if (item.kind != StreamItem::frame)
+            ++faults;
+        else if (from == Side::client)
+            ++requests;
+        else
+            ++replies;
+    }
+}
+
+void TraceOutput::listening(const QString& endpoint, const QString& station)
+{
+    now = microsecondsNow();
+    tell(0, QString("listening on %1 for %2").arg(endpoint, station),
+         {{"event", "listening"}, {"address", endpoint}, {"station", station}});
+}
+
+void TraceOutput::connected(int connection, const QString& client, const QString& station)
+{
+    now = microsecondsNow();
+    ++connections;
+    record(QString("# %1: %2 calls %3; text2pcap -r '^%1 (?<dir>[IO]) (?<time>\\S+) (?<data>[0-9a-f]+)$' -t ISO "
+                   "%4 %5,%6 FILE %1.pcapng\n")
+               .arg(connection)
+               .arg(client, station, isOfDatagrams ? "-u" : "-T", client.section(':', 1), station.section(':', 1))
+               .toUtf8());
+    tell(connection, "connected from " + client, {{"event", "connected"}, {"client", client}});
+}
+
+void TraceOutput::event(int connection, const QString& name, const QString& text)
+{
+    now = microsecondsNow();
+    record(QString("# %1: %2\n").arg(connection).arg(text).toUtf8());
+    tell(connection, text, {{"event", name}});
+}
+
+void TraceOutput::piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream)
+{
+    now = microsecondsNow();
+    recordPiece(connection, from, bytes);
+    tellItems(connection, from, stream.feed(bytes));
+}
+
+void TraceOutput::end(int connection, Side from, FrameStream& stream)
+{
+    now = microsecondsNow();
+    tellItems(connection, from, stream.end());
+}
+
+void TraceOutput::datagram(int connection, Side from, const QByteArray& bytes)
+{
+    now = microsecondsNow();
+    recordPiece(connection, from, bytes);
+    FrameStream stream(keptBytes);
+    tellItems(connection, from, stream.feed(bytes));
+    tellItems(connection, from, stream.end());
+}
+
+QString TraceOutput::summary() const
+{
+    return QString("%1 connections, %2 frames to the station, %3 back, %4 faults")
+        .arg(connections)
+        .arg(requests)
+        .arg(replies)
+        .arg(faults);
+}

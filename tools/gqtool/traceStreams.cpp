@@ -1,0 +1,245 @@
+#include "console.h"
+#include "progress.h"
+#include "traceRelay.h"
+
+#include <arpa/inet.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+static const int pieceSize = 32768;        // of one read; with dummy headers it is still a packet
+static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other not taken
+
+QString endpointText(const sockaddr_in& address)
+{
+    return QString("%1:%2").arg(inet_ntoa(address.sin_addr)).arg(ntohs(address.sin_port));
+}
+
+// One direction of a connection.
+struct Flow {
+    Side from;
+    int source;
+    int sink;
+    QByteArray waiting = {};
+    bool hasEnded = false; // the source sends no more
+    bool isPassed = false; // and the sink knows
+    FrameStream frames = FrameStream(TraceOutput::keptBytes);
+};
+
+class RelayedConnection {
+public:
+    // Takes the client's socket over, and begins to call the station.
+    RelayedConnection(int connectionNumber, int clientSocket, const sockaddr_in& stationAddress,
+                      TraceOutput& traceOutput);
+    ~RelayedConnection();
+    RelayedConnection(const RelayedConnection&) = delete;
+    RelayedConnection& operator=(const RelayedConnection&) = delete;
+
+    // What to wait for, and what to do when it has come.
+    pollfd wishOf(Side side) const;
+    void serve(short clientEvents, short stationEvents);
+
+    bool isOver() const { return hasFailed || (flows[0].isPassed && flows[1].isPassed); }
+
+private:
+    void finishConnect();
+    void read(Flow& flow);
+    void passOn(Flow& flow);
+    void fail(Side side, const char* what, int error);
+
+    const int number;
+    const int client;
+    const int station;
+    TraceOutput& output;
+    std::array<Flow, 2> flows;
+    bool isConnecting = true; // to the station
+    bool hasFailed = false;
+    QString failureName;
+    QString failureText;
+};
+
+RelayedConnection::RelayedConnection(int connectionNumber, int clientSocket, const sockaddr_in& stationAddress,
+                                     TraceOutput& traceOutput)
+    : number(connectionNumber), client(clientSocket),
+      station(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
+      output(traceOutput), flows{{{Side::client, client, station}, {Side::station, station, client}}}
+{
+    const int on = 1;
+    for (const int end : {client, station})
+        setsockopt(end, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    if (::connect(station, reinterpret_cast<const sockaddr*>(&stationAddress), sizeof stationAddress) != 0 &&
+        errno != EINPROGRESS)
+        fail(Side::station, "Unreachable", errno);
+}
+
+// Tells what is left to tell.
+RelayedConnection::~RelayedConnection()
+{
+    for (Flow& flow : flows) {
+        if (!flow.hasEnded)
+            output.end(number, flow.from, flow.frames);
+    }
+    if (hasFailed)
+        output.event(number, failureName, failureText);
+    close(client);
+    close(station);
+}
+
+pollfd RelayedConnection::wishOf(Side side) const
+{
+    const int socket = side == Side::client ? client : station;
+    pollfd wish = {socket, 0, 0}; // with no events, for its errors
+    if (isConnecting) {
+        wish.events = socket == station ? POLLOUT : 0;
+        return wish;
+    }
+    bool isDone = true;
+    for (const Flow& flow : flows) {
+        if (flow.source == socket && !flow.hasEnded && flow.waiting.size() < largestWaiting)
+            wish.events |= POLLIN;
+        if (flow.sink == socket && !flow.waiting.isEmpty())
+            wish.events |= POLLOUT;
+        isDone = isDone && (flow.source == socket ? flow.hasEnded : flow.isPassed);
+    }
+    if (isDone)
+        wish.fd = -1; // or poll would tell for ever that both its directions are shut
+    return wish;
+}
+
+void RelayedConnection::serve(short clientEvents, short stationEvents)
+{
+    if (isConnecting) {
+        if (stationEvents != 0)
+            finishConnect();
+        else if (clientEvents != 0)
+            fail(Side::client, "Reset", ECONNRESET);
+        return;
+    }
+    for (Flow& flow : flows) {
+        const int events = flow.source == client ? clientEvents : stationEvents;
+        if (!hasFailed && !flow.hasEnded && (events & (POLLIN | POLLERR | POLLHUP)) != 0)
+            read(flow);
+        else if (!hasFailed && flow.hasEnded && (events & POLLERR) != 0)
+            fail(flow.from, "Reset", ECONNRESET);
+        if (!hasFailed)
+            passOn(flow);
+    }
+}
+
+void RelayedConnection::finishConnect()
+{
+    int error = 0;
+    socklen_t size = sizeof error;
+    getsockopt(station, SOL_SOCKET, SO_ERROR, &error, &size);
+    if (error != 0)
+        fail(Side::station, "Unreachable", error);
+    isConnecting = false;
+}
+
+void RelayedConnection::read(Flow& flow)
+{
+    QByteArray bytes(pieceSize, Qt::Uninitialized);
+    const ssize_t count = recv(flow.source, bytes.data(), static_cast<size_t>(bytes.size()), 0);
+    if (count < 0) {
+        if (errno != EAGAIN && errno != EINTR)
+            fail(flow.from, "Reset", errno);
+        return;
+    }
+    bytes.truncate(static_cast<int>(count));
+    flow.waiting += bytes;
+    flow.hasEnded = count == 0;
+    passOn(flow);
+    if (count > 0) {
+        output.piece(number, flow.from, bytes, flow.frames);
+    } else {
+        output.end(number, flow.from, flow.frames);
+        output.event(number, sideText(flow.from) + "Ended", QString("the %1 has ended").arg(sideText(flow.from)));
+    }
+}
+
+// As much as the sink takes now.
+void RelayedConnection::passOn(Flow& flow)
+{
+    if (!flow.waiting.isEmpty()) {
+        const ssize_t count =
+            send(flow.sink, flow.waiting.constData(), static_cast<size_t>(flow.waiting.size()), MSG_NOSIGNAL);
+        if (count > 0)
+            flow.waiting.remove(0, static_cast<int>(count));
+        else if (errno != EAGAIN && errno != EINTR)
+            fail(flow.from == Side::client ? Side::station : Side::client, "Reset", errno);
+    }
+    if (flow.waiting.isEmpty() && flow.hasEnded && !flow.isPassed && !hasFailed) {
+        shutdown(flow.sink, SHUT_WR);
+        flow.isPassed = true;
+    }
+}
+
+// A side is gone without an end of its stream: the other one's connection is reset in turn, when this one goes.
+void RelayedConnection::fail(Side side, const char* what, int error)
+{
+    hasFailed = true;
+    failureName = sideText(side) + what;
+    failureText = QString(isConnecting && side == Side::station ? "the %1 is out of reach: %2"
+                                                                : "the %1 has cut the connection: %2")
+                      .arg(sideText(side), strerror(error));
+    const linger abort = {1, 0};
+    setsockopt(side == Side::client ? station : client, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+static bool takesNoMore(int error)
+{
+    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+}
+
+bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output)
+{
+    std::vector<std::unique_ptr<RelayedConnection>> connections;
+    int accepted = 0;
+    Progress progress;
+    for (bool isFull = false;;) {
+        std::vector<pollfd> wishes = {{stopper, POLLIN, 0}, {isFull ? -1 : listener, POLLIN, 0}};
+        for (const auto& connection : connections) {
+            wishes.push_back(connection->wishOf(Side::client));
+            wishes.push_back(connection->wishOf(Side::station));
+        }
+        progress.show(output.summary());
+        if (poll(wishes.data(), wishes.size(), isFull ? 1000 : -1) < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        if (wishes[0].revents != 0)
+            return true;
+        for (size_t i = 0; i < connections.size(); ++i)
+            connections[i]->serve(wishes[2 * i + 2].revents, wishes[2 * i + 3].revents);
+        connections.erase(std::remove_if(connections.begin(), connections.end(),
+                                         [](const auto& connection) { return connection->isOver(); }),
+                          connections.end());
+
+        isFull = false;
+        if (wishes[1].revents == 0)
+            continue;
+        sockaddr_in address = {};
+        socklen_t size = sizeof address;
+        const int client =
+            accept4(listener, reinterpret_cast<sockaddr*>(&address), &size, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        isFull = client < 0 && takesNoMore(errno);
+        if (isFull)
+            printError(QString("can't take one more client now: %1").arg(strerror(errno)));
+        if (client < 0)
+            continue;
+        ++accepted;
+        output.connected(accepted, endpointText(address), endpointText(station));
+        connections.push_back(std::make_unique<RelayedConnection>(accepted, client, station, output));
+    }
+}
