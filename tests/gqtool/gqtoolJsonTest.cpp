@@ -8,6 +8,8 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <algorithm>
+
 static QJsonObject object(const QString& line)
 {
     QJsonParseError error = {};
@@ -88,6 +90,11 @@ TEST(GqtoolJson, holdsEachReplyOfARunAndTheSum)
     EXPECT_EQ(text(lines[1], {"ms", "meaning"}), R"({"code":-7,"request":2,"result":"failed","value":null})");
     EXPECT_EQ(text(lines[2], {"ms"}), R"({"code":1,"meaning":"success","request":3,"result":"good","value":1})");
     EXPECT_EQ(text(lines[3], {"perSecond", "leastMs", "medianMs", "largestMs"}), R"({"failures":1,"requests":3})");
+    const double first = lines[0]["ms"].toDouble();
+    const double third = lines[2]["ms"].toDouble();
+    EXPECT_DOUBLE_EQ(lines[3]["leastMs"].toDouble(), std::min(first, third));
+    EXPECT_DOUBLE_EQ(lines[3]["medianMs"].toDouble(), (first + third) / 2);
+    EXPECT_DOUBLE_EQ(lines[3]["largestMs"].toDouble(), std::max(first, third));
 }
 
 // --- station ------------------------------------------------------------------------------------------------------
