@@ -18,13 +18,12 @@ static void sendTo(int descriptor, const QByteArray& bytes)
     EXPECT_EQ(send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL), bytes.size());
 }
 
-// Calls with --command 0x50 and `words`, takes `requestSize` bytes and answers.
+// Calls with --command 0x50 and `words`, takes `requestSize` bytes, answers, and closes if told to.
 static Exchange exchange(const QStringList& words, int requestSize, const QByteArray& reply, bool closes = false)
 {
     Listener listener(1);
-    RunningProgram call(GQTOOL, QStringList{"call", "--timeout", closes ? "20000" : "400",
-                                            QString("127.0.0.1:%1").arg(listener.port()), "--command", "0x50"} +
-                                    words);
+    const QString endpoint = QString("127.0.0.1:%1").arg(listener.port());
+    RunningProgram call(GQTOOL, QStringList{"call", endpoint, "--command", "0x50"} + words);
     Descriptor connection = listener.accept();
     sendTo(connection, greeting);
     const QByteArray request = QByteArray::fromStdString(received(connection, size_t(requestSize)));
@@ -146,8 +145,8 @@ TEST(GqtoolRawCall, tellsAFrameThatFailsItsCheck)
 
 TEST(GqtoolRawCall, tellsATimeOut)
 {
-    expectFailure(answered({}, QByteArray()), "0: no whole reply in time");
-    expectFailure(answered({}, reply7.left(12)), "0: no whole reply in time, after 12 bytes of it");
+    expectFailure(answered({"--timeout", "300"}, QByteArray()), "0: no whole reply in time");
+    expectFailure(answered({"--timeout", "300"}, reply7.left(12)), "0: no whole reply in time, after 12 bytes of it");
 }
 
 TEST(GqtoolRawCall, tellsAConnectionThatEnds)

@@ -81,7 +81,7 @@ TEST(GqtoolRepeat, comesBackBehindEachKindOfFailure)
                                             "reply 8 silent\n"
                                             "reply 10 close-after 0\n");
     RunningStation station({"--udp", "--script", script});
-    const Outcome outcome = station.call({"--repeat", "11", "--timeout", "400", "setState", "7"});
+    const Outcome outcome = station.call({"--repeat", "11", "--timeout", "1000", "setState", "7"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_TRUE(outcome.output.startsWith("requests    11\nfailures    5\n            1 failed with -1: "))
         << outcome.output.toStdString();
