@@ -1,9 +1,13 @@
+#include "gqSocketUnix.h"
 #include "target.h"
 #include "tcpApi.h"
 #include "udpApi.h"
 
 #include <algorithm>
 #include <functional>
+
+#include <sys/socket.h>
+#include <unistd.h>
 
 using namespace gqdb;
 
@@ -213,9 +217,151 @@ static void checkStrings(const Layout&, const Reading& reading)
     require(reading.left == written, "the texts are others");
 }
 
+// --- Whole replies: read by read, through one end of a socket pair that keeps their borders ---
+
+class LinkedTcpClient : public CTcpAPI {
+public:
+    LinkedTcpClient()
+    {
+        recvBuffer = buffer;
+        socket->close();
+    }
+    LinkedTcpClient(const LinkedTcpClient&) = delete;
+
+    ~LinkedTcpClient() { recvBuffer = nullptr; }
+
+    // The peer sends these and closes.
+    void link(const std::vector<QByteArray>& reads)
+    {
+        int ends[2] = {-1, -1};
+        require(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0, "there is no socket pair");
+        for (const QByteArray& each : reads)
+            require(::send(ends[1], each.constData(), static_cast<size_t>(each.size()), MSG_DONTWAIT) == each.size(),
+                    "the socket pair is full");
+        ::close(ends[1]);
+        close();
+        socket->setSocket({ends[0]});
+        recvFrame.clear();
+        recvFrameSize = 0;
+    }
+
+private:
+    static char buffer[rawBufferSize];
+};
+
+char LinkedTcpClient::buffer[rawBufferSize];
+
+// What the client has to make of the reads.
+class ReplyModel {
+public:
+    explicit ReplyModel(const std::vector<QByteArray>& allReads) : reads(allReads) {}
+
+    // Result of the next frame, and its payload if that is 1.
+    int receive(QByteArray& payload)
+    {
+        QByteArray stream;
+        Frame frame = {0, 0, 0};
+        while (frame.size == 0) {
+            if (next == reads.size())
+                return -1;
+            stream += reads[next++]; // what a read brings behind the frame is lost with it
+            frame = frameBehind({stream.constData(), stream.size(), false}, 0);
+        }
+        const QByteArray bytes = stream.mid(frame.begin, frame.size);
+        if (frame.announced != frame.size || bytes.back() != CSocketAPI::frameEnd)
+            return 0;
+        payload = bytes.mid(CSocketAPI::headerSize, std::max(frame.size - CSocketAPI::frameOverhead, 0));
+        if (static_cast<unsigned char>(bytes[9]) != CSocketAPI::errorCommand)
+            return 1;
+        const int code = payload.size() < 4 ? -2 : static_cast<int>(numberOf4(payload.constData()));
+        payload.clear(); // a code of 1 reads as success
+        return code;
+    }
+
+    int receiveInt()
+    {
+        QByteArray payload;
+        int value = 0;
+        const int result = receive(payload);
+        const int parsed = result == 1 ? parser().parseInt(payload.constData(), payload.size(), value) : result;
+        return result == 1 && parsed == 1 ? value : parsed;
+    }
+
+    // Frames until `isComplete`, each parsed by `parse`.
+    int receiveList(const std::function<int(const char* payload, int len)>& parse,
+                    const std::function<bool()>& isComplete)
+    {
+        int result = 1;
+        do {
+            QByteArray payload;
+            result = receive(payload);
+            if (result == 1)
+                result = parse(payload.constData(), payload.size());
+        } while (result == 1 && !isComplete());
+        return result;
+    }
+
+private:
+    const std::vector<QByteArray>& reads;
+    size_t next = 0;
+};
+
+static void readReplies(Reading& reading)
+{
+    static LinkedTcpClient client;
+    std::vector<QByteArray> reads;
+    for (int at = 0; at < reading.size;) { // a read is as long as the byte ahead of it says
+        const int size = std::min<int>(static_cast<unsigned char>(reading.buf[at]), reading.size - at - 1);
+        if (size > 0 && reads.size() < 8)
+            reads.push_back(QByteArray(reading.buf + at + 1, size));
+        at += 1 + size;
+    }
+    const int count = 3;
+    ReplyModel model(reads);
+    client.link(reads);
+    switch (reading.size % 4) {
+    case 0:
+        require(client.recvInt() == model.receiveInt(), "recvInt gives another result");
+        break;
+    case 1: {
+        std::vector<int> ints;
+        std::vector<int> expected;
+        require(client.recvInts(count, ints) ==
+                    model.receiveList(
+                        [&](const char* payload, int len) { return parser().parseInts(payload, len, expected); },
+                        [&] { return expected.size() >= count; }),
+                "recvInts gives another result");
+        require(ints == expected, "recvInts gives other integers");
+        break;
+    }
+    case 2: {
+        std::vector<unsigned char> bytes;
+        std::vector<unsigned char> expected;
+        require(client.recvBytes(count, bytes) ==
+                    model.receiveList(
+                        [&](const char* payload, int len) { return parser().parseBytes(payload, len, expected); },
+                        [&] { return expected.size() >= count; }),
+                "recvBytes gives another result");
+        require(bytes == expected, "recvBytes gives other bytes");
+        break;
+    }
+    default: {
+        QStringList texts;
+        QStringList expected;
+        require(client.recvStrings(count, texts) ==
+                    model.receiveList(
+                        [&](const char* payload, int len) { return parser().parseStrings(payload, len, expected); },
+                        [&] { return expected.size() >= count; }),
+                "recvStrings gives another result");
+        require(texts == expected, "recvStrings gives other texts");
+    }
+    }
+}
+
 const std::vector<Target> frameTargets = {
     {"recvDataOfTcp", readTcpFrames, checkFrames, {}},
     {"recvDataOfUdp", readUdpFrames, checkFrames, {}},
+    {"repliesOfTcp", readReplies, checkFrames, {}},
     {"parseInt", parseInt, checkInt, {}},
     {"parseInts", parseInts, checkList, {{4}}},
     {"parseBytes", parseBytes, checkList, {{1}}},

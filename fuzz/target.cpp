@@ -108,8 +108,14 @@ void runTarget(const Target& target, const char* data, int size)
     std::memset(place.data() + size, 0x2a, noise);
     Reading amid = {place.data(), size, true};
     read(target, amid);
-    if (alone.result == tooMuch || amid.result == tooMuch)
-        return; // such a count also gives another sum with the elements ahead
+    if (alone.result == tooMuch && amid.result != tooMuch) { // the sum of the elements ahead and the count has wrapped
+        const unsigned int sum = static_cast<unsigned int>(amid.ahead) + numberOf4(data);
+        require(amid.left.size() == 4 + static_cast<int>(sum) * shortestSize(target.layout),
+                "a count that wraps leaves another number of elements");
+        return;
+    }
+    if (amid.result == tooMuch)
+        return;
     require(amid.result == alone.result, "the result depends on what lies behind or ahead");
     if (amid.ahead > 0)
         alone.left.remove(0, 4);
