@@ -98,6 +98,21 @@ ScriptedServer::Step resets()
     return [](ScriptedServer::Connection& connection) { return connection.reset(); };
 }
 
+ScriptedServer::Step awaitsTaken()
+{
+    return [](ScriptedServer::Connection& connection) { return connection.awaitTaken(); };
+}
+
+ScriptedServer::Step awaitsRequest()
+{
+    return [](ScriptedServer::Connection& connection) { return connection.awaitRequest(); };
+}
+
+ScriptedServer::Step floods(const QByteArray& bytes)
+{
+    return [bytes](ScriptedServer::Connection& connection) { return connection.flood(bytes); };
+}
+
 // --- Connection ---
 
 ScriptedServer::Connection::Connection(ScriptedServer& owner, int accepted, const sockaddr_in& client)
@@ -185,6 +200,21 @@ bool ScriptedServer::Connection::reset()
     const linger atOnce = {1, 0};
     ::setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
     return close();
+}
+
+bool ScriptedServer::Connection::awaitRequest()
+{
+    return server.waitUntilReadable(descriptor) || fail("no request came");
+}
+
+bool ScriptedServer::Connection::flood(const QByteArray& bytes)
+{
+    ssize_t count = 0;
+    do {
+        count = ::send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL);
+    } while (count > 0);
+    const bool hasEnded = errno == EPIPE || errno == ECONNRESET;
+    return (hasEnded && close()) || fail("the client took no more: " + systemError());
 }
 
 // Silent until the client ends the connection or the server is to end.

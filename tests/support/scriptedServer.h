@@ -64,6 +64,9 @@ ScriptedServer::Step sendsApart(const std::vector<QByteArray>& pieces);
 ScriptedServer::Step receives(int size); // exactly so many bytes
 ScriptedServer::Step closes();           // in good order, the client reads an end of the stream
 ScriptedServer::Step resets();           // as a dying host does
+ScriptedServer::Step awaitsTaken();      // until the client has read all that was sent
+ScriptedServer::Step awaitsRequest();    // until something comes, and leaves it unread: a close behind it resets
+ScriptedServer::Step floods(const QByteArray& bytes); // again and again until the client ends; reads nothing
 
 // One end of a connection, for the steps.
 class ScriptedServer::Connection {
@@ -78,10 +81,12 @@ public:
     bool receive(int size);
     bool close();
     bool reset();
+    bool awaitTaken();
+    bool awaitRequest();
+    bool flood(const QByteArray& bytes);
     void awaitEnd();
 
 private:
-    bool awaitTaken();
     bool fail(const std::string& what);
 
     ScriptedServer& server;

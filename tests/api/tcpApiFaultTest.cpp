@@ -1,0 +1,306 @@
+// Stations that die, stop, trickle, flood, and signals that end a wait: what a client tells then, what its next request
+// does, and that no descriptor is left over.
+
+#include "support/descriptorsKept.h"
+#include "support/frames.h"
+#include "support/interrupted.h"
+#include "support/openTcpClient.h"
+#include "support/scriptedServer.h"
+#include "support/threads.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+static const ScriptedServer::Script answersOnce = {sends(greeting), receives(17), sends(reply7)};
+
+// What is to be seen behind a call: its result and the link.
+static std::string outcome(OpenTcpClient& client, int result)
+{
+    return std::to_string(result) + ": " + client.link();
+}
+
+static std::string askOnce(OpenTcpClient& client)
+{
+    return outcome(client, client.requestInt(0x30, 9));
+}
+
+static const std::string answered = "7: up, open";
+
+// --- A station that dies at any byte and comes back ---
+
+// How a connection ends behind some bytes of a frame.
+struct Ending {
+    const char* name;
+    std::vector<ScriptedServer::Step> steps;
+};
+
+static const Ending endings[] = {
+    {"close", {closes()}},
+    {"reset", {awaitsTaken(), resets()}}, // in the client's hands first: a reset may overtake its connect
+};
+
+static ScriptedServer::Script endingBehind(const ScriptedServer::Script& steps, const Ending& ending)
+{
+    ScriptedServer::Script script = steps;
+    script.insert(script.end(), ending.steps.begin(), ending.steps.end());
+    return script;
+}
+
+// The link broke behind `part` of a greeting or of an integer reply. The station stays away for a request and comes
+// back, and its greeting goes on where the part ended:
+//   no bytes       nothing to go on with
+//   1 to 4 bytes   the length field is made of both and announces far more than comes: the part grows
+//   5 to 16 bytes  the length field is good, the byte at the frame's end is none of the greeting's last ones: dropped
+static void comeBackBehind(const QByteArray& part, OpenTcpClient& client, int port)
+{
+    EXPECT_EQ(hex(client.recvFrame), hex(part));
+    EXPECT_EQ(askOnce(client), "-1: down, open"); // nobody listens
+    EXPECT_EQ(hex(client.recvFrame), hex(part));
+    if (!part.isEmpty()) {
+        ScriptedServer station(port, {{sends(greeting), closes()}});
+        EXPECT_EQ(askOnce(client), "0: down, closed");
+    }
+    if (part.isEmpty() || part.size() > 4) {
+        EXPECT_TRUE(client.holdsNoFrame());
+    } else {
+        EXPECT_EQ(hex(client.recvFrame), hex(part + greeting));
+        EXPECT_EQ(client.sendDatas(0x30), -1); // sends nothing on the closed socket, but gives the part up
+    }
+    ScriptedServer station(port, {answersOnce});
+    EXPECT_EQ(askOnce(client), answered);
+}
+
+class TcpApiConnectFault : public DescriptorsKept {};
+
+TEST_F(TcpApiConnectFault, isRefusedByAGreetingCutAtAnyByteAndComesBack)
+{
+    for (const Ending& ending : endings) {
+        for (int size = ending.steps.size() == 1 ? 0 : 1; size < greeting.size(); ++size) {
+            SCOPED_TRACE(ending.name + (" behind " + std::to_string(size)));
+            const QByteArray part = greeting.left(size);
+            const ReservedPort port;
+            OpenTcpClient client;
+            {
+                ScriptedServer station(port.number(), {endingBehind({sends(part)}, ending)});
+                EXPECT_EQ(outcome(client, client.connect("127.0.0.1", port.number())), "0: down, closed");
+            }
+            comeBackBehind(part, client, port.number());
+        }
+    }
+}
+
+class TcpApiRequestFault : public DescriptorsKept {};
+
+TEST_F(TcpApiRequestFault, failsOnAReplyCutAtAnyByteAndComesBack)
+{
+    for (const Ending& ending : endings) {
+        for (int size = 0; size < reply7.size(); ++size) {
+            SCOPED_TRACE(ending.name + (" behind " + std::to_string(size)));
+            const QByteArray part = reply7.left(size);
+            const ReservedPort port;
+            OpenTcpClient client;
+            {
+                ScriptedServer station(port.number(),
+                                       {endingBehind({sends(greeting), receives(17), sends(part)}, ending)});
+                EXPECT_EQ(client.connect("127.0.0.1", port.number()), 1);
+                EXPECT_EQ(askOnce(client), "-1: down, closed");
+            }
+            comeBackBehind(part, client, port.number());
+        }
+    }
+}
+
+// Behind a whole frame of two elements, at any byte of the second frame.
+TEST_F(TcpApiRequestFault, keepsTheElementsAheadOfACutInAList)
+{
+    const QByteArray request = "68 00000000 0000 00 00 31 0000 16"_hex;
+    const QByteArray frame = "68 0c000000 0000 00 00 31 02000000 0a000000 0b000000 0000 16"_hex;
+    for (int size = 0; size < frame.size(); ++size) {
+        SCOPED_TRACE(size);
+        ScriptedServer station{{sends(greeting), receives(13), sendsApart({frame, frame.left(size)}), closes()}};
+        OpenTcpClient client;
+        EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+        std::vector<int> out;
+        EXPECT_EQ(outcome(client, client.requestInts(request, 4, out)), "-1: down, closed");
+        EXPECT_EQ(out, (std::vector<int>{10, 11}));
+        EXPECT_EQ(hex(client.recvFrame), hex(frame.left(size)));
+    }
+}
+
+// The system answers with a reset, for the request was never read.
+TEST_F(TcpApiRequestFault, failsOnAStationThatClosesWithTheRequestUnread)
+{
+    ScriptedServer station{{sends(greeting), awaitsRequest(), closes()}, answersOnce};
+    OpenTcpClient client;
+    EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+    EXPECT_EQ(askOnce(client), "-1: down, closed");
+    EXPECT_TRUE(client.holdsNoFrame());
+    EXPECT_EQ(askOnce(client), answered);
+}
+
+// --- A station that trickles ---
+
+TEST_F(TcpApiRequestFault, takesBytesThatComeOneByOneInTime)
+{
+    std::vector<QByteArray> letters[2];
+    for (const char byte : greeting)
+        letters[0].emplace_back(1, byte);
+    for (const char byte : reply7)
+        letters[1].emplace_back(1, byte);
+    ScriptedServer station{{sendsApart(letters[0]), receives(17), sendsApart(letters[1])}};
+    OpenTcpClient client;
+    EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+    EXPECT_EQ(askOnce(client), answered);
+}
+
+// The next byte of a reply would come, but behind the time-out.
+TEST_F(TcpApiRequestFault, timesOutAtAnyByteThatIsLate)
+{
+    for (int size = 0; size < reply7.size(); ++size) {
+        SCOPED_TRACE(size);
+        LinkedTcpClient client;
+        if (size > 0)
+            client.give(reply7.left(size));
+        EXPECT_EQ(askOnce(client), "0: down, closed");
+        EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(size)));
+
+        ScriptedServer station{answersOnce};
+        client.sendDatas(0x30); // gives the part up
+        client.serverHost = "127.0.0.1";
+        client.serverPort = station.port();
+        EXPECT_EQ(askOnce(client), answered);
+    }
+}
+
+// --- A station that stops reading ---
+
+// Greets, reads nothing, and resets once the test has seen enough.
+static ScriptedServer::Script readsNothingUntil(Counter& seen)
+{
+    return {sends(greeting), [&](ScriptedServer::Connection& connection) {
+                seen.waitFor(1);
+                return connection.reset();
+            }};
+}
+
+static const QByteArray hugeRequest(16 << 20, 'x'); // more than the buffers of both ends take
+
+TEST_F(TcpApiRequestFault, timesOutOnAStationThatTakesAPartOfTheRequest)
+{
+    Counter seen;
+    ScriptedServer station{readsNothingUntil(seen), answersOnce};
+    OpenTcpClient client;
+    EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+    client.setSendOverTm(20);
+    client.setRecvOverTm(20);
+    EXPECT_EQ(outcome(client, client.requestInt(hugeRequest)), "0: down, closed"); // the part counted as sent
+    seen.add();
+    EXPECT_EQ(askOnce(client), answered);
+}
+
+TEST_F(TcpApiRequestFault, failsWithinTheSendTimeOutOnAStationThatTakesNoByte)
+{
+    Counter seen;
+    ScriptedServer station{readsNothingUntil(seen), answersOnce};
+    OpenTcpClient client;
+    EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+    client.setSendOverTm(20);
+    int parts = 0;
+    while (parts < 100 && client.sendDatas(hugeRequest) == 1)
+        ++parts;
+    EXPECT_GE(parts, 1);
+    EXPECT_LT(parts, 100);
+    EXPECT_EQ(client.link(), "down, closed");
+    seen.add();
+    EXPECT_EQ(askOnce(client), answered);
+}
+
+// --- A station that floods ---
+
+TEST_F(TcpApiRequestFault, skipsAFloodAheadOfTheReply)
+{
+    const QByteArray zeros(4 << 20, '\0');
+    ScriptedServer station{{sends(greeting + zeros), receives(17), sends(zeros + reply7)}};
+    OpenTcpClient client;
+    EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+    EXPECT_EQ(askOnce(client), answered);
+    EXPECT_TRUE(client.holdsNoFrame());
+}
+
+// Replies that nobody asked for: each request takes the next one at hand, since no number is compared.
+TEST_F(TcpApiRequestFault, takesAReplyOutOfAFloodOfThem)
+{
+    ScriptedServer station{{sends(greeting), receives(17), floods(reply7)}, answersOnce};
+    OpenTcpClient client;
+    EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+    for (int request = 0; request < 5; ++request)
+        EXPECT_EQ(askOnce(client), answered);
+    client.close(); // with much unread
+    EXPECT_EQ(askOnce(client), answered);
+}
+
+TEST_F(TcpApiRequestFault, takesAllOfAListLongerThanAsked)
+{
+    QByteArray frame = "68 841a0600 0000 00 00 31 a0860100"_hex; // a payload of 400004 bytes, 100000 elements
+    frame += QByteArray(400000, '\x01') + "0000 16"_hex;
+    ScriptedServer station{{sends(greeting), receives(13), sends(frame), receives(17), sends(reply7)}};
+    OpenTcpClient client;
+    EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+    std::vector<int> out;
+    EXPECT_EQ(outcome(client, client.requestInts("68 00000000 0000 00 00 31 0000 16"_hex, 3, out)), "1: up, open");
+    EXPECT_EQ(out, std::vector<int>(100000, 0x01010101));
+    EXPECT_EQ(askOnce(client), answered);
+}
+
+// --- Signals ---
+
+// Both kinds of handlers end the wait of a socket that has a time-out.
+static const int handlerFlags[] = {0, SA_RESTART};
+
+TEST_F(TcpApiConnectFault, isEndedByASignalAheadOfTheGreeting)
+{
+    for (const int flags : handlerFlags) {
+        ScriptedServer station{{}, answersOnce};
+        OpenTcpClient client;
+        client.serverHost = "127.0.0.1";
+        client.serverPort = station.port();
+        client.recvBuffer = new char[OpenTcpClient::rawBufferSize]; // the base frees it
+        EXPECT_EQ(client.socket->connect("127.0.0.1", station.port(), false), 1);
+        EXPECT_EQ(interrupted([&] { return client.checkConnect(); }, flags), 0);
+        EXPECT_EQ(client.link(), "down, closed");
+        EXPECT_EQ(askOnce(client), answered);
+    }
+}
+
+TEST_F(TcpApiRequestFault, isEndedByASignalAheadOfTheReply)
+{
+    for (const int flags : handlerFlags) {
+        ScriptedServer station{{sends(greeting), receives(17)}, answersOnce};
+        OpenTcpClient client;
+        EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
+        EXPECT_EQ(interrupted([&] { return client.requestInt(0x30, 9); }, flags), -1);
+        EXPECT_EQ(client.link(), "down, closed");
+        EXPECT_EQ(askOnce(client), answered);
+    }
+}
+
+TEST_F(TcpApiRequestFault, keepsAPartialReplyThatASignalEnds)
+{
+    LinkedTcpClient client;
+    client.setRecvOverTm(5000);
+    client.give(reply7.left(12));
+    EXPECT_EQ(interrupted([&] { return client.recvInt(); }), -1);
+    EXPECT_EQ(client.link(), "down, closed");
+    EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(12)));
+}
+
+TEST_F(TcpApiRequestFault, isEndedByASignalWhileThereIsNoRoomToSend)
+{
+    LinkedTcpClient client(SOCK_STREAM);
+    client.setSendOverTm(5000);
+    while (::send(client.descriptor(), "x", 1, MSG_DONTWAIT) == 1) {
+    }
+    EXPECT_EQ(interrupted([&] { return client.requestInt(0x30, 9); }), -1);
+    EXPECT_EQ(client.link(), "down, closed");
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "support/plainSockets.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+// For tests behind which no descriptor may be left over.
+class DescriptorsKept : public testing::Test {
+protected:
+    ~DescriptorsKept() override { EXPECT_TRUE(openedSince(before).empty()); }
+
+private:
+    const std::set<int> before = openDescriptors();
+};

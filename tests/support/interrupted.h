@@ -1,0 +1,45 @@
+#pragma once
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include <pthread.h>
+
+// Makes a call that waits, in this thread, while signals reach it, a millisecond apart and until the call ends. Their
+// handler does nothing; `flags` as for sigaction(2). Gives the call's result and leaves its errno. Signals that come
+// while the call is not waiting change nothing, so the moment does not matter.
+inline int interrupted(const std::function<int()>& call, int flags = 0)
+{
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    action.sa_flags = flags;
+    ::sigaction(SIGUSR1, &action, nullptr); // and stays, for what may still be under way
+
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::sigaddset(&signals, SIGUSR1);
+
+    std::atomic<bool> ended{false};
+    const pthread_t caller = ::pthread_self();
+    std::thread signaller([&] {
+        while (!ended) {
+            ::pthread_kill(caller, SIGUSR1);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    const int result = call();
+    const int error = errno;
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    ended = true;
+    signaller.join();
+
+    const timespec now = {0, 0};
+    ::sigtimedwait(&signals, nullptr, &now); // the last one must not meet what the test does next
+    ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    errno = error;
+    return result;
+}
