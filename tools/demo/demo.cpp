@@ -8,19 +8,16 @@
 #include "frontEndScenes.h"
 #include "gqtool/console.h"
 #include "gqtool/stationProtocol.h"
+#include "stationProcess.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/syscall.h>
 #include <sys/types.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <gqFileLog.h>
@@ -49,56 +46,6 @@ extern "C" ssize_t recv(int descriptor, void* buffer, size_t length, int flags)
         bytesReceived += count;
     return count;
 }
-
-// --- The station, a process of its own ----------------------------------------------------------------------------
-
-class StationProcess {
-public:
-    StationProcess(const char* gqtool, const QString& log) : program(gqtool), logFile(log.toLocal8Bit()) {}
-    ~StationProcess() { stop(); }
-
-    // Starts it on a port, or on one that the system chooses, and waits until it listens. False when it doesn't.
-    bool start(int wantedPort)
-    {
-        int ends[2];
-        if (pipe(ends) != 0)
-            return false;
-        child = fork();
-        if (child == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGTERM);
-            dup2(ends[1], STDOUT_FILENO);
-            close(ends[0]);
-            close(ends[1]);
-            const std::string portText = std::to_string(wantedPort);
-            execl(program, program, "station", "--port", portText.c_str(), "--log", logFile.constData(),
-                  static_cast<char*>(nullptr));
-            _exit(127);
-        }
-        close(ends[1]);
-        lines = fdopen(ends[0], "r");
-        char line[200];
-        return std::fgets(line, sizeof line, lines) != nullptr &&
-               std::sscanf(line, "listening on %*[0-9.]:%d", &port) == 1;
-    }
-
-    void stop()
-    {
-        if (child <= 0)
-            return;
-        kill(child, SIGTERM);
-        waitpid(child, nullptr, 0);
-        child = 0;
-        std::fclose(lines);
-    }
-
-    int port = 0;
-
-private:
-    const char* program;
-    QByteArray logFile;
-    pid_t child = 0;
-    FILE* lines = nullptr;
-};
 
 // --- Lines and verdicts -------------------------------------------------------------------------------------------
 
@@ -204,7 +151,7 @@ static void showErrorFrame(CTcpAPI& client)
 
 static void showLostStation(CTcpAPI& client, StationProcess& station)
 {
-    const int port = station.port;
+    const int port = station.port();
     say("The station goes away");
     station.stop();
     int result = client.systemState();
@@ -255,18 +202,18 @@ int main(int argc, char* argv[])
     // The library's own line on standard output would stand in the middle of the table.
     takeStandardOutput();
 
-    StationProcess station(argv[1], stationLog);
+    StationProcess station(argv[1], {"--log", stationLog});
     if (!station.start(0)) {
         std::fputs("gqdemo: the station did not start\n", stderr);
         return 1;
     }
-    printLine(QString("A station listens on 127.0.0.1:%1").arg(station.port));
+    printLine(QString("A station listens on 127.0.0.1:%1").arg(station.port()));
 
     CTcpAPI client;
     client.setRecvOverTm(1000);
 
     say("A client connects");
-    const int result = client.connect("127.0.0.1", station.port);
+    const int result = client.connect("127.0.0.1", station.port());
     show("connect", result, result == 1 && client.isConnected(), "greeted; link up");
 
     showReadyMadeCommands(client);

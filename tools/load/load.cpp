@@ -1,0 +1,287 @@
+// Loads a simulated station with clients that ask without a pause, each in a thread of its own, and checks every reply.
+// Ends with 0 only if each was right and neither side's memory has grown. For scripts/load.
+
+#include "gqtool/console.h"
+#include "gqtool/progress.h"
+#include "gqtool/stationProtocol.h"
+#include "stationProcess.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <cstdio>
+#include <deque>
+#include <future>
+#include <gqSocketUnix.h>
+#include <mutex>
+#include <tcpApi.h>
+#include <thread>
+
+using gqdb::CTcpAPI;
+using Clock = std::chrono::steady_clock;
+
+// --- A client -----------------------------------------------------------------------------------------------------
+
+class LoadClient : public CTcpAPI {
+public:
+    bool begin(int port) { return connect("127.0.0.1", port) == 1; }
+
+    // Request `number` of this client: an integer and lists of many lengths in turn. Whether the reply was right.
+    bool ask(int number)
+    {
+        comeBack();
+        switch (number % 4) {
+        case 0:
+            return echoesState(number);
+        case 1:
+            return sendsInts(1 + number % intsPerFrame);
+        case 2:
+            return sendsBytes(1 + 37 * (number % 110));
+        default:
+            return sendsStrings(1 + number % stringsPerFrame);
+        }
+    }
+
+    int wraps() const { return sequenceWraps; }
+
+private:
+    void comeBack()
+    {
+        if (isConnected())
+            return;
+        close();
+        recvFrame.clear();
+        recvFrameSize = 0;
+        socket->open();
+        setRecvOverTm(recvOverTm);
+        setSendOverTm(sendOverTm);
+    }
+
+    // Byte for byte: the station repeats the sequence of the request, so that a reply to another one is found out.
+    bool echoesState(int value)
+    {
+        const int sequence = sendSeq;
+        int len = 0;
+        int echo = 0;
+        if (checkConnect() != 1 || sendInt(6, value) != 1 || recvDatas(len) != 1)
+            return false;
+        const bool isRight = byte2UShort(recvFrame.constData() + 5) == sequence &&
+                             parseInt(recvFrame.constData() + headerSize, len, echo) == 1 && echo == value;
+        recvFrame.clear();
+        recvFrameSize = 0;
+        countWrap(sequence);
+        return isRight;
+    }
+
+    bool sendsInts(int count)
+    {
+        std::vector<int> values;
+        if (requestInts(requestFor(commandInts, count), count, values) != 1 || int(values.size()) != count)
+            return false;
+        for (int i = 0; i < count; ++i) { // rising from 200 in tens
+            if (values[size_t(i)] != 200 + 10 * i)
+                return false;
+        }
+        return true;
+    }
+
+    bool sendsBytes(int count)
+    {
+        std::vector<unsigned char> bytes;
+        if (requestBytes(requestFor(commandBytes, count), count, bytes) != 1 || int(bytes.size()) != count)
+            return false;
+        for (int i = 0; i < count; ++i) {
+            if (bytes[size_t(i)] != i % 256)
+                return false;
+        }
+        return true;
+    }
+
+    bool sendsStrings(int count)
+    {
+        QStringList texts;
+        if (requestStrings(requestFor(commandStrings, count), count, texts) != 1 || texts.size() != count)
+            return false;
+        return texts.constLast() == "unit 1 temperature " + QString::number(count);
+    }
+
+    QByteArray requestFor(unsigned char command, int value)
+    {
+        const int sequence = sendSeq;
+        QByteArray frame;
+        addHeader(command, 0, 0, frame);
+        int2Byte(value, frame);
+        addEnd(frame);
+        countWrap(sequence);
+        return frame;
+    }
+
+    void countWrap(int sequence) { sequenceWraps += sendSeq < sequence; }
+
+    int sequenceWraps = 0;
+};
+
+// --- Memory -------------------------------------------------------------------------------------------------------
+
+// Of a process, in kB; 0 if it is gone.
+static int residentMemory(pid_t process)
+{
+    QFile file(QString("/proc/%1/status").arg(process));
+    file.open(QIODevice::ReadOnly);
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).replace("kB", "").trimmed().toInt();
+    }
+    return 0;
+}
+
+// Once every client has asked a good while, and at the end.
+struct Memory {
+    int warm = 0;
+    int last = 0;
+
+    // Heaps of many threads settle slowly; what leaks by the request is far beyond this.
+    bool hasGrown() const { return last > warm + warm / 10 + 1024; }
+};
+
+// --- The run ------------------------------------------------------------------------------------------------------
+
+struct Plan {
+    int clients = 200;
+    int seconds = 60;
+    int requests = INT_MAX; // of each client
+};
+
+struct Run {
+    std::atomic<bool> isOver{false};
+    std::atomic<int> running{0};
+    std::atomic<long long> requests{0};
+    std::atomic<long long> errors{0};
+    std::atomic<long long> wraps{0};
+};
+
+static void runClient(LoadClient& client, int most, Run& run, const std::shared_future<void>& released)
+{
+    for (int number = 0; number < most && !run.isOver; ++number) {
+        if (!client.ask(number))
+            ++run.errors;
+        ++run.requests;
+    }
+    run.wraps += client.wraps();
+    --run.running;
+    released.wait(); // a thread that ends gives memory back
+}
+
+static double secondsSince(Clock::time_point begin)
+{
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+static void printMemory(const char* side, const Memory& memory)
+{
+    printLine(QString("%1 %2 kB %3 kB%4")
+                  .arg(side, -10)
+                  .arg(memory.warm, 13)
+                  .arg(memory.last, 10)
+                  .arg(memory.hasGrown() ? "  GROWN" : ""));
+}
+
+// Whether all went well.
+static bool load(const Plan& plan, const StationProcess& station)
+{
+    std::deque<LoadClient> clients(static_cast<size_t>(plan.clients));
+    for (LoadClient& client : clients) {
+        if (!client.begin(station.port())) {
+            std::fputs("gqload: a client finds no station\n", stderr);
+            return false;
+        }
+    }
+
+    Run run;
+    run.running = plan.clients;
+    std::promise<void> release;
+    const std::shared_future<void> released = release.get_future().share();
+    const Clock::time_point begin = Clock::now();
+    std::deque<std::thread> threads;
+    for (LoadClient& client : clients)
+        threads.emplace_back([&] { runClient(client, plan.requests, run, released); });
+
+    Memory own;
+    Memory stations;
+    Progress progress;
+    const double most = double(plan.clients) * plan.requests;
+    while (run.running > 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        const double done = std::max(secondsSince(begin) / plan.seconds, double(run.requests) / most);
+        if (done >= 0.2 && own.warm == 0) {
+            own.warm = residentMemory(getpid());
+            stations.warm = residentMemory(station.pid());
+        }
+        if (done >= 1)
+            run.isOver = true;
+        progress.show(QString("%1 %, %2 requests").arg(int(100 * done)).arg(run.requests));
+    }
+    const double seconds = secondsSince(begin);
+    own.last = residentMemory(getpid());
+    stations.last = residentMemory(station.pid());
+    release.set_value();
+    for (std::thread& thread : threads)
+        thread.join();
+    clearProgress();
+
+    printLine(QString("clients     %1").arg(plan.clients));
+    printLine(QString("seconds     %1").arg(seconds, 0, 'f', 1));
+    printLine(QString("requests    %1").arg(run.requests));
+    printLine(QString("errors      %1").arg(run.errors));
+    printLine(QString("per second  %1").arg(run.requests / seconds, 0, 'f', 0));
+    printLine(QString("wraps       %1, of the sequence from 65535 to 0").arg(run.wraps));
+    printLine("");
+    printLine("memory      once warm    at the end");
+    printMemory("clients", own);
+    printMemory("station", stations);
+    return run.errors == 0 && run.requests > 0 && !own.hasGrown() && !stations.hasGrown();
+}
+
+static bool readCount(const QCommandLineParser& parser, const QCommandLineOption& option, int& value)
+{
+    if (!parser.isSet(option))
+        return true;
+    bool isNumber = false;
+    value = parser.value(option).toInt(&isNumber);
+    return isNumber && value > 0;
+}
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Loads a simulated station with clients and checks every reply.");
+    const QCommandLineOption clients("clients", "How many ask at the same time (200).", "NUMBER");
+    const QCommandLineOption seconds("seconds", "How long at most (60).", "NUMBER");
+    const QCommandLineOption requests("requests", "How many of each client at most (no limit).", "NUMBER");
+    parser.addOptions({clients, seconds, requests});
+    parser.addPositionalArgument("GQTOOL", "The program gqtool, which is the station.");
+    parser.addHelpOption();
+    parser.process(application);
+
+    Plan plan;
+    if (parser.positionalArguments().size() != 1 || !readCount(parser, clients, plan.clients) ||
+        !readCount(parser, seconds, plan.seconds) || !readCount(parser, requests, plan.requests)) {
+        std::fputs("gqload: takes GQTOOL, and numbers above 0; see --help\n", stderr);
+        return 2;
+    }
+
+    takeStandardOutput(); // the library says a line for each client
+    StationProcess station(parser.positionalArguments().constFirst(), {"--quiet"});
+    if (!station.start(0)) {
+        std::fputs("gqload: the station did not start\n", stderr);
+        return 1;
+    }
+    return load(plan, station) ? 0 : 1;
+}
