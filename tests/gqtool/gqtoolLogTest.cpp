@@ -33,6 +33,17 @@ TEST(GqtoolLog, holdsTheLinesOfTheConsoleWithTheTimeWhenTheStationHasEnded)
     EXPECT_EQ(logged, console);
 }
 
+TEST(GqtoolLog, holdsTheLinesOfAQuietStation)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("station.log");
+    RunningStation station({"--quiet", "--log", path});
+    station.call({"systemState"});
+    station.end();
+    EXPECT_EQ(station.outcome().output, "");
+    EXPECT_GE(linesOf(path).size(), 2); // listening, connected; the others may come too late
+}
+
 TEST(GqtoolLog, goesBehindWhatTheFileHolds)
 {
     const QTemporaryDir folder;

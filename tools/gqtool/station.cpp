@@ -252,6 +252,8 @@ int Station::send(QByteArrayList frames, const SendFaults& faults, const Transpo
 void Station::say(const QString& line, const QJsonObject& event)
 {
     log.add(line);
+    if (options.isQuiet && event["event"] != "listening")
+        return;
     options.saysJson ? printJson(event) : printLine(line);
 }
 

@@ -18,6 +18,7 @@ struct StationOptions {
                            // frame, so that nothing but time makes each come in a read of its own
     StationScript script;  // what goes wrong
     bool saysJson = false; // on the console
+    bool isQuiet = false;  // there, behind the line that says where it listens
 };
 
 // A simulated station: a frame server that greets each connection, answers the five ready-made commands and serves

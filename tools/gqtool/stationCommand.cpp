@@ -49,8 +49,9 @@ int runStation(const QStringList& arguments)
     const QCommandLineOption logFile("log", "Write the lines to a file too, with the time in front.", "FILE");
     const QCommandLineOption script("script", "Read from a file what goes wrong, see above.", "FILE");
     const QCommandLineOption json("json", "Say the lines as JSON, an object each; the log keeps its form.");
-    parser.addOptions(
-        {address, port, udp, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, script, json, logFile});
+    const QCommandLineOption quiet("quiet", "Say the first line alone; the log keeps them all.");
+    parser.addOptions({address, port, udp, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, script,
+                       json, quiet, logFile});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
@@ -68,6 +69,7 @@ int runStation(const QStringList& arguments)
     if (!readInt(parser.value(gap), 0, INT_MAX, options.gapMs))
         return usageError("--gap takes milliseconds");
     options.saysJson = parser.isSet(json);
+    options.isQuiet = parser.isSet(quiet);
 
     // The other options are lines of a script.
     QString error;
