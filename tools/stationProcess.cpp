@@ -21,10 +21,11 @@ StationProcess::~StationProcess()
 
 bool StationProcess::start(int wantedPort)
 {
-    std::vector<QByteArray> words; // made ahead of the fork, behind which nothing may be allocated
+    QList<QByteArray> words; // made ahead of the fork, behind which nothing may be allocated
     for (const QString& word : command + QStringList{"--port", QString::number(wantedPort)})
-        words.push_back(word.toLocal8Bit());
+        words.append(word.toLocal8Bit());
     std::vector<char*> arguments;
+    arguments.reserve(static_cast<size_t>(words.size()) + 1);
     for (QByteArray& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

@@ -141,13 +141,13 @@ static int residentMemory(pid_t process)
     return 0;
 }
 
-// Once every client has asked a good while, and at the end.
+// In kB: once the clients have met replies of every size, and at the end; 0 where that moment was not reached.
 struct Memory {
     int warm = 0;
     int last = 0;
 
     // Heaps of many threads settle slowly; what leaks by the request is far beyond this.
-    bool hasGrown() const { return last > warm + warm / 10 + 1024; }
+    bool hasGrown() const { return warm > 0 && last > warm + warm / 10 + 1024; }
 };
 
 // --- The run ------------------------------------------------------------------------------------------------------
@@ -219,7 +219,7 @@ static bool load(const Plan& plan, const StationProcess& station)
     while (run.running > 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         const double done = std::max(secondsSince(begin) / plan.seconds, double(run.requests) / most);
-        if (done >= 0.2 && own.warm == 0) {
+        if (own.warm == 0 && done >= 0.2 && run.requests >= 1000LL * plan.clients) {
             own.warm = residentMemory(getpid());
             stations.warm = residentMemory(station.pid());
         }
