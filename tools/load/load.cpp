@@ -108,7 +108,11 @@ private:
         QStringList texts;
         if (requestStrings(requestFor(commandStrings, count), count, texts) != 1 || texts.size() != count)
             return false;
-        return texts.constLast() == "unit 1 temperature " + QString::number(count);
+        for (int i = 0; i < count; ++i) {
+            if (texts[i] != "unit 1 temperature " + QString::number(i + 1))
+                return false;
+        }
+        return true;
     }
 
     QByteArray requestFor(unsigned char command, int value)
