@@ -572,6 +572,23 @@ TEST(CalcLimit, keepsTheFirstOfTwoZeros)
     EXPECT_EQ(limits({-0.0f, 0.0f}), "8000000000000000 8000000000000000");
 }
 
+TEST(CalcLimit, keepsTheFirstOfTwoZerosFarApart)
+{
+    std::vector<float> values(40, 1.0f);
+    values[5] = -0.0f;
+    values[16] = 0.0f;
+    EXPECT_EQ(limits(values), "3ff0000000000000 8000000000000000"); // 1 and -0
+    std::swap(values[5], values[16]);
+    EXPECT_EQ(limits(values), "3ff0000000000000 0000000000000000");
+
+    values.assign(40, -1.0f);
+    values[5] = -0.0f;
+    values[16] = 0.0f;
+    EXPECT_EQ(limits(values), "8000000000000000 bff0000000000000"); // -0 and -1
+    std::swap(values[5], values[16]);
+    EXPECT_EQ(limits(values), "0000000000000000 bff0000000000000");
+}
+
 TEST(CalcLimit, takesInfinitiesAsNumbers)
 {
     EXPECT_EQ(limits({1, infinity, -infinity}), "7ff0000000000000 fff0000000000000");

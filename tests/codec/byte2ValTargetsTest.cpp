@@ -60,6 +60,16 @@ TEST(Writers, stayWithinTheRoomThatWasReserved)
     EXPECT_GE(data.capacity(), 100);
 }
 
+TEST(Writers, endTheArrayWithAZeroByteAsQtDoes)
+{
+    QByteArray data(20, 'x');
+    data.reserve(100);
+    data.resize(10); // x in the places behind
+    CByte2Val::int2Byte(-1, data);
+    ASSERT_EQ(data.size(), 14);
+    EXPECT_EQ(data.constData()[14], '\0');
+}
+
 TEST(Byte2Str, reservesTheLengthOfTheField)
 {
     QByteArray field(2 + 1000, 'x');
