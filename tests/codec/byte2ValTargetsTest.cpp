@@ -85,6 +85,12 @@ TEST(Byte2Str, reservesTheLengthOfTheField)
     EXPECT_EQ(CByte2Val::byte2Str(field.constData(), field.size(), roomy), 1002);
     EXPECT_EQ(roomy.data(), first); // no room given back
     EXPECT_EQ(roomy.size(), 1002u);
+
+    roomy.clear();
+    const QByteArray shortField = "0300616263"_hex + QByteArray(30, 'x');
+    EXPECT_EQ(CByte2Val::byte2Str(shortField.constData(), shortField.size(), roomy), 5);
+    EXPECT_EQ(roomy.data(), first);
+    EXPECT_EQ(roomy, "abc");
 }
 
 TEST(Byte2Str, givesAnEmptyTextThatIsNotNull)
