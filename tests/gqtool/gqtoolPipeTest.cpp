@@ -1,4 +1,5 @@
-// gqtool ahead of a reader that goes away, as in 'gqtool ... | head -n 1': it ends quietly.
+// gqtool ahead of a reader that goes away, as in 'gqtool ... | head -n 1': it ends quietly. And with standard streams
+// that take nothing: no data is lost in silence.
 
 #include "support/gqtoolProgram.h"
 
@@ -58,4 +59,34 @@ TEST(GqtoolPipe, endsAList)
     Pipeline list({"time", "--list", "--json"});
     EXPECT_TRUE(list.line().startsWith("{"));
     list.expectQuietEnd();
+}
+
+// A command line of the shell's, in which $gqtool is the program.
+static Outcome runInShell(const QString& line)
+{
+    return runProgram("sh", {"-c", "gqtool=$0; " + line, GQTOOL});
+}
+
+TEST(GqtoolStreams, tellThatStandardOutputIsFull)
+{
+    for (const char* command : {"sum 01", "time 5 --json", "station", "--help", "--version"}) {
+        SCOPED_TRACE(command);
+        const Outcome outcome = runInShell(QString("$gqtool %1 > /dev/full").arg(command));
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.errors, "gqtool: can't write to standard output: No space left on device\n");
+    }
+}
+
+TEST(GqtoolStreams, tellThatStandardOutputIsClosed)
+{
+    const Outcome outcome = runInShell("$gqtool sum 01 >&-");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: can't write to standard output: Bad file descriptor\n");
+}
+
+TEST(GqtoolStreams, tellThatStandardInputIsClosed)
+{
+    const Outcome outcome = runInShell("$gqtool sum - <&-");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: can't read standard input: Bad file descriptor\n");
 }

@@ -10,12 +10,25 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 
 static int dataOutput = STDOUT_FILENO;
 
+// Opens those of standard input, output and error that the caller has closed, so that no other descriptor comes by such a
+// number and gets what is printed. To read or write there fails.
+static void occupyClosedStreams()
+{
+    int descriptor;
+    do
+        descriptor = open("/", O_PATH);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    close(descriptor);
+}
+
 void takeStandardOutput()
 {
+    occupyClosedStreams();
     const int nowhere = open("/dev/null", O_WRONLY);
     dataOutput = dup(STDOUT_FILENO);
     dup2(nowhere, STDOUT_FILENO);
@@ -35,9 +48,12 @@ void printLine(const QString& line)
         if (count > 0)
             done += static_cast<int>(count);
         else if (errno != EINTR) {
-            const int exitCode = errno == EPIPE ? EXIT_SUCCESS : EXIT_FAILURE;
+            const int error = errno;
             clearProgress();
-            _exit(exitCode);
+            if (error == EPIPE)
+                _exit(EXIT_SUCCESS);
+            printError(QString("can't write to standard output: %1").arg(strerror(error)));
+            _exit(EXIT_FAILURE);
         }
     }
 }

@@ -10,7 +10,7 @@
 void takeStandardOutput();
 
 // One line of data, flushed, so that a reader at the other end of a pipe sees it at once. From any thread. Ends the
-// program, with success, when that reader is gone.
+// program, with success, when that reader is gone; with a message and exit code 1 when it can't be written.
 void printLine(const QString& line);
 
 // An object as one line of data.
