@@ -18,10 +18,19 @@ TEST(GqtoolCall, takesLeadingZerosForADecimalPort)
 
 TEST(GqtoolStation, refusesAnAddressThatIsNone)
 {
-    for (const char* address : {"nonsense", "localhost", "300.1.1.1"}) {
+    for (const char* address : {"nonsense", "localhost", "300.1.1.1", "127.1 nonsense", ""}) {
         SCOPED_TRACE(address);
         const Outcome outcome = run({"station", "--address", address});
         EXPECT_EQ(outcome.exitCode, 2);
         EXPECT_EQ(outcome.output, "");
     }
+}
+
+TEST(GqtoolStation, tellsThatItsScriptCantBeRead)
+{
+    const Outcome outcome = run({"station", "--script", "/proc/self/mem"}); // opens, and fails to be read
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't read /proc/self/mem: Input/output error\n"))
+        << outcome.errors.toStdString();
 }

@@ -64,7 +64,8 @@ int usageError(const QString& message)
 bool isAddress(const QString& text)
 {
     in_addr address;
-    return inet_aton(text.toLocal8Bit().constData(), &address) != 0; // takes "127.1" too, as the library does
+    const bool isWord = !text.contains(QRegularExpression("\\s")); // behind a blank inet_aton takes anything
+    return isWord && inet_aton(text.toLocal8Bit().constData(), &address) != 0; // takes "127.1" too, as the library does
 }
 
 bool readInt(const QString& text, int least, int most, int& value)

@@ -95,11 +95,12 @@ bool StationScript::add(const QString& line, QString& error)
 bool StationScript::read(const QString& path, QString& error)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (file.error() != QFileDevice::NoError) {
         error = QString("can't read %1: %2").arg(path, file.errorString());
         return false;
     }
-    const QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
+    const QStringList lines = QString::fromUtf8(content).split('\n');
     for (int index = 0; index < lines.size(); ++index) {
         const QString line = lines[index].section('#', 0, 0).trimmed();
         QString reason;
