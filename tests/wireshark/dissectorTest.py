@@ -121,6 +121,29 @@ class GoldenFrames(DissectorTest):
                         each["offset"] -= headers
                     self.assertEqual(parts[port], PIECES[name]["value"])
 
+    def test_showAsWrittenDownInACaptureMadeByText2pcap(self):
+        for transport, form in sorted({(piece["transport"], piece.get("form", "")) for piece in PIECES.values()}):
+            names = [
+                name
+                for name, piece in PIECES.items()
+                if piece["transport"] == transport and piece.get("form", "") == form
+            ]
+            dump, path = self.folder / "dump.txt", self.folder / "dump.pcapng"
+            with open(dump, "w", encoding="ascii") as file:
+                for name in names:
+                    side = "I" if PIECES[name]["direction"] == "request" else "O"
+                    print(f"{side}\n000000 {golden_bytes(name).hex(' ')}", file=file)
+            ports = ["-T" if transport == "tcp" else "-u", f"40000,{SERVER}"]
+            subprocess.run(["text2pcap", "-q", "-D", *ports, dump, path], check=True, capture_output=True, timeout=60)
+            packets = self.tshark.read(path, *WHOLE_PIECES, *given_form(form or None))
+            self.assertEqual(len(packets), len(names))
+            for name, packet in zip(names, packets):
+                with self.subTest(name):
+                    headers = 54 if transport == "tcp" else 42
+                    parts = [part(element) for element in frames(packet)]
+                    self.assertEqual([{**each, "offset": each["offset"] - headers} for each in parts],
+                                     PIECES[name]["value"])
+
     def test_areTakenFromSegmentsCutAnywhere(self):
         for form in (None, *sorted(FORMS)):
             capture = self.capture()
@@ -143,6 +166,70 @@ class GoldenFrames(DissectorTest):
                 with self.subTest(name, port=port):
                     whole = [each for each in PIECES[name]["value"] if each.get("fault") != "cut"]  # is waited for
                     self.assertEqual(joined(parts.get(port, [])), joined(whole))
+
+
+class Agreement(DissectorTest):
+    """The dissector and gqtool decode find the same fields and the same faults, in bytes with faults of all kinds too."""
+
+    def decoded(self, data, piece):
+        options = ["--udp"] * (piece["transport"] == "udp") + ["--request"] * (piece["direction"] == "request")
+        if "form" in piece:
+            options += ["--payload", piece["form"]]
+        command = [os.environ["GQTOOL"], "decode", "--as", "frames", "--json", "--raw", "-", *options]
+        done = subprocess.run(command, input=data, capture_output=True, timeout=60)
+        self.assertIn(done.returncode, (0, 1), done.stderr)
+        return json.loads(done.stdout)["value"]
+
+    @staticmethod
+    def comparable(parts, headers=0):
+        """Control characters as tshark shows them, and no empty list ahead of a fault, where tshark shows nothing."""
+        result = []
+        for each in parts:
+            each = {**each, "offset": each["offset"] - headers}
+            if each.get("form") == "strings" and "content" in each:
+                each["content"] = [
+                    "".join(c if c.isprintable() else f"\\x{ord(c):x}" for c in text) for text in each["content"]
+                ]
+            if "fault" in each and not each.get("content"):
+                each.pop("content", None)
+            result.append(each)
+        return result
+
+    def expect_agreement(self, pieces):
+        """Of pairs of a golden file's content and bytes."""
+        for form in (None, *sorted(FORMS)):
+            chosen = [(piece, data) for piece, data in pieces if piece.get("form") == form]
+            capture = self.capture()
+            for port, (piece, data) in enumerate(chosen, 40000):
+                is_request = piece["direction"] == "request"
+                if piece["transport"] == "tcp":
+                    Connection(capture, port).segment(data, is_request)
+                else:
+                    capture.datagram(data, is_request, port)
+            preferences = [*WHOLE_PIECES, *given_form(form), "-o", "gqframe.largest_payload:4294967295"]
+            packets = self.tshark.read(capture.close(), *preferences)
+            for (piece, data), packet in zip(chosen, packets):
+                headers = 40 if piece["transport"] == "tcp" else 28
+                with self.subTest(data.hex(), form=form, direction=piece["direction"], transport=piece["transport"]):
+                    self.assertEqual(
+                        self.comparable([part(element) for element in frames(packet)], headers),
+                        self.comparable(self.decoded(data, piece)),
+                    )
+
+    def test_holdsForTheGoldenFrames(self):
+        self.expect_agreement([(piece, golden_bytes(name)) for name, piece in PIECES.items()])
+
+    def test_holdsForSpoiltFrames(self):
+        chance = random.Random(1)
+        pieces = []
+        for name, piece in PIECES.items():
+            for _ in range(2):
+                data = bytearray(golden_bytes(name))
+                for _ in range(chance.randrange(1, 4)):
+                    data[chance.randrange(len(data))] = chance.choice((0, 1, 2, 5, 0x16, 0x68, 0x7F, 0xFF))
+                cut = chance.randrange(1, len(data) + 1) if chance.randrange(3) == 0 else len(data)
+                pieces.append((piece, bytes(data[:cut])))
+        self.expect_agreement(pieces)
 
 
 class Dissector(DissectorTest):
