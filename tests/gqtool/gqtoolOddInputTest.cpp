@@ -1,6 +1,7 @@
 // gqtool under odd input: numbers with leading zeros, addresses that are none.
 
 #include "support/gqtoolProgram.h"
+#include "support/inputFile.h"
 
 #include <gtest/gtest.h>
 
@@ -33,4 +34,12 @@ TEST(GqtoolStation, tellsThatItsScriptCantBeRead)
     EXPECT_EQ(outcome.output, "");
     EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't read /proc/self/mem: Input/output error\n"))
         << outcome.errors.toStdString();
+}
+
+TEST(GqtoolStation, readsItsScriptBehindAZeroByte)
+{
+    const InputFile script(QByteArray("# \0\nnonsense\n", 13));
+    const Outcome outcome = run({"station", "--script", script.path});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(outcome.errors.contains(", line 2: ")) << outcome.errors.toStdString();
 }

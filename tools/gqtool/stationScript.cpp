@@ -100,7 +100,7 @@ bool StationScript::read(const QString& path, QString& error)
         error = QString("can't read %1: %2").arg(path, file.errorString());
         return false;
     }
-    const QStringList lines = QString::fromUtf8(content).split('\n');
+    const QStringList lines = QString::fromUtf8(content.constData(), content.size()).split('\n');
     for (int index = 0; index < lines.size(); ++index) {
         const QString line = lines[index].section('#', 0, 0).trimmed();
         QString reason;
