@@ -14,6 +14,7 @@ enum ExitCode {
 // A sub-command: takes the command line from its own name on, returns an exit code.
 int runStation(const QStringList& arguments);
 int runCall(const QStringList& arguments);
+int runDecode(const QStringList& arguments);
 int runSum(const QStringList& arguments);
 int runTime(const QStringList& arguments);
 int runTrace(const QStringList& arguments);

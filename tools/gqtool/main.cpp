@@ -20,6 +20,7 @@ struct Command {
 static const Command commands[] = {
     {"station", "a simulated station to develop clients against", runStation},
     {"call", "one request to a station or server, and its reply", runCall},
+    {"decode", "the fields of a record, a list or a wave", runDecode},
     {"sum", "checksums and hex text of some bytes", runSum},
     {"time", "the moment and the text of a relative time code", runTime},
     {"trace", "the frames between clients and a station, as they pass", runTrace},

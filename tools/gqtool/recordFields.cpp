@@ -533,7 +533,8 @@ public:
 
     int read(const QByteArray& bytes) override
     {
-        std::vector<unsigned char> workBuffer(CByte2Rdb::waveBlockSize);
+        const bool isCompressed = bytes.size() > 1 && (bytes.at(1) & 4) != 0;
+        std::vector<unsigned char> workBuffer(isCompressed ? CByte2Rdb::waveBlockSize : 0);
         return CByte2Rdb::byte2Wave({bytes.begin(), bytes.end()}, workBuffer.data(), wave.head, wave.samples,
                                     wave.marks);
     }
@@ -557,7 +558,7 @@ public:
     }
 
 private:
-    Wave wave;
+    StoredWave wave;
 };
 
 static std::unique_ptr<Content> makeWave()

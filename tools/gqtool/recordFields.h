@@ -12,7 +12,7 @@
 // The fields of every record by name, in the order of the bytes: one description, which decoding, encoding and tests
 // walk through.
 
-struct Wave {
+struct StoredWave {
     gqdb::BlobWaveHead head;
     std::vector<int> marks;
     std::vector<int> stored; // the integers of raw or quantised samples
@@ -49,7 +49,7 @@ public:
     virtual void bytes(const char* name, unsigned char* first, int size) = 0;    // of a fixed number
     virtual void bytes(const char* name, std::vector<unsigned char>& value) = 0; // behind a length of 4 bytes
     virtual void skip() = 0;                                                     // a byte that is no field
-    virtual void samples(Wave& wave) = 0;                                        // marks and samples of a wave
+    virtual void samples(StoredWave& wave) = 0;                                  // marks and samples of a wave
 
     // A text that the library's reader does not give back as it was: comparisons leave it out.
     virtual void lostText(const char* name, std::string& text) { field(name, text); }

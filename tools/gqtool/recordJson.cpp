@@ -118,9 +118,9 @@ static QByteArray arrayOf(const std::vector<unsigned char>& bytes)
     return {reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())};
 }
 
-class JsonWriter : public Fields {
+class RecordJsonWriter : public Fields {
 public:
-    explicit JsonWriter(bool comparesOnly) : isComparable(comparesOnly) {}
+    explicit RecordJsonWriter(bool comparesOnly) : isComparable(comparesOnly) {}
 
     using Fields::field;
     void field(const char* name, unsigned char& value) override { json.add(name, QString::number(value)); }
@@ -148,7 +148,7 @@ public:
         json.add(name, jsonText(arrayOf(value)));
     }
     void skip() override {}
-    void samples(Wave& wave) override
+    void samples(StoredWave& wave) override
     {
         json.add("marks", jsonText(wave.marks));
         if (!isComparable && (wave.isRaw() || wave.isQuantised()))
@@ -181,14 +181,14 @@ private:
 
 QString jsonOf(Content& content)
 {
-    JsonWriter writer(false);
+    RecordJsonWriter writer(false);
     content.walk(writer);
     return writer.json.text;
 }
 
 QString comparableJsonOf(Content& content)
 {
-    JsonWriter writer(true);
+    RecordJsonWriter writer(true);
     content.walk(writer);
     return writer.json.text;
 }
@@ -210,9 +210,9 @@ bool takeBytes(const QJsonValue& value, QByteArray& bytes)
 static const int longestText = 65535;
 static const int longestSlotText = 256;
 
-class JsonReader : public Fields {
+class RecordJsonReader : public Fields {
 public:
-    explicit JsonReader(const QJsonValue& value) : path("value") { open.append({value, {}}); }
+    explicit RecordJsonReader(const QJsonValue& value) : path("value") { open.append({value, {}}); }
 
     using Fields::field;
     void field(const char* name, unsigned char& value) override
@@ -264,7 +264,7 @@ public:
         value.assign(bytes.begin(), bytes.end());
     }
     void skip() override {}
-    void samples(Wave& wave) override;
+    void samples(StoredWave& wave) override;
 
     void beginRecord(const char* name) override
     {
@@ -432,7 +432,7 @@ private:
     QStringList paths; // of what is open around it
 };
 
-void JsonReader::samples(Wave& wave)
+void RecordJsonReader::samples(StoredWave& wave)
 {
     takeIntegers("marks", INT_MIN, INT_MAX, wave.marks);
     if (wave.marks.size() != wave.head.markCount)
@@ -456,7 +456,7 @@ void JsonReader::samples(Wave& wave)
 
 QStringList takeJson(const QJsonValue& value, Content& content)
 {
-    JsonReader reader(value);
+    RecordJsonReader reader(value);
     content.walk(reader);
     return reader.errors;
 }

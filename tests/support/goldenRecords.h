@@ -1,0 +1,42 @@
+#pragma once
+
+#include "gqtool/recordFields.h"
+#include "gqtool/recordJson.h"
+#include "support/goldenFile.h"
+
+#include <QDir>
+
+#include <functional>
+#include <gtest/gtest.h>
+
+// A pair of files of tests/golden/records or tests/golden/waves.
+struct GoldenRecord {
+    const Form* form;
+    QByteArray bytes; // without those behind
+    QByteArray behind;
+    QJsonValue value;
+
+    // What the JSON tells, as the library holds it.
+    std::unique_ptr<Content> content() const
+    {
+        std::unique_ptr<Content> told = form->make();
+        EXPECT_EQ(takeJson(value, *told).join('\n').toStdString(), "");
+        return told;
+    }
+};
+
+inline void forEachGoldenRecord(const char* folder, int least, const std::function<void(const GoldenRecord&)>& test)
+{
+    const QStringList names = QDir(QString(GQLIB_GOLDEN "/") + folder).entryList({"*.json"});
+    EXPECT_GE(names.size(), least);
+    for (const QString& name : names) {
+        const std::string path = folder + ('/' + name.chopped(5).toStdString());
+        SCOPED_TRACE(path);
+        const QJsonObject json = goldenJson(path + ".json");
+        GoldenRecord golden{findForm(json["as"].toString()), goldenFile(path + ".hex"), QByteArray(), json["value"]};
+        ASSERT_NE(golden.form, nullptr);
+        ASSERT_TRUE(!json.contains("behind") || takeBytes(json["behind"], golden.behind));
+        golden.bytes.chop(golden.behind.size());
+        test(golden);
+    }
+}

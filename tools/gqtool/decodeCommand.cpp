@@ -1,0 +1,157 @@
+#include "command.h"
+#include "console.h"
+#include "frameBytes.h"
+#include "input.h"
+#include "recordBytes.h"
+#include "recordJson.h"
+
+#include <QCommandLineParser>
+
+#include <algorithm>
+
+static const int shownBytes = 8;  // of a field, in the table
+static const int shownText = 100; // characters of a value, in the table
+
+// --- Text and JSON ------------------------------------------------------------------------------------------------
+
+static QString formsText()
+{
+    QString text = "Forms:\n";
+    for (const Form& form : recordForms())
+        text += QString("  %1 %2\n").arg(form.name, -18).arg(form.content);
+    return text + QString("  %1 %2").arg("frames", -18).arg("frames of one direction, as a client or server gets them");
+}
+
+static QString bytesText(const QByteArray& bytes)
+{
+    return QString(bytes.left(shownBytes).toHex(' ')) + (bytes.size() > shownBytes ? " ..." : "");
+}
+
+static QString valueText(const QString& value)
+{
+    return value.size() > shownText ? value.left(shownText) + "..." : value;
+}
+
+static QString offsetText(int offset)
+{
+    return offset < 0 ? QString() : QString::number(offset);
+}
+
+static void printTable(const Decoded& decoded)
+{
+    int width = 0;
+    for (const DecodedField& field : decoded.fields)
+        width = std::max(width, field.name.size());
+    for (const DecodedField& field : decoded.fields)
+        printLine(QString("%1  %2  %3  %4")
+                      .arg(offsetText(field.offset), 6)
+                      .arg(bytesText(field.bytes), -3 * shownBytes - 3)
+                      .arg(field.name, -width)
+                      .arg(valueText(field.value)));
+    if (!decoded.behind.isEmpty())
+        printLine(QString("%1  %2  %3, %4 bytes")
+                      .arg(decoded.behindOffset, 6)
+                      .arg(bytesText(decoded.behind), -3 * shownBytes - 3)
+                      .arg(decoded.faults.empty() ? "(behind)" : "(not read)")
+                      .arg(decoded.behind.size()));
+    printLine(decoded.isAsked ? QString("library: %1, %2").arg(decoded.result).arg(decoded.meaning)
+                              : "library: " + decoded.meaning);
+}
+
+static void printJson(const QString& form, const FrameSource* source, const Decoded& decoded)
+{
+    JsonBuilder json;
+    json.begin(nullptr, '{');
+    json.add("as", jsonText(form));
+    if (source != nullptr) {
+        json.add("transport", jsonText(QString(source->isUdp ? "udp" : "tcp")));
+        json.add("direction", jsonText(QString(source->isRequest ? "request" : "reply")));
+        if (!source->form.isEmpty())
+            json.add("form", jsonText(source->form));
+    }
+    json.add("value", decoded.value.isEmpty() ? QString("null") : decoded.value);
+    if (!decoded.behind.isEmpty())
+        json.add("behind", jsonText(decoded.behind));
+    json.begin("fields", '[');
+    for (const DecodedField& field : decoded.fields) {
+        json.begin(nullptr, '{');
+        json.add("offset", field.offset < 0 ? QString("null") : QString::number(field.offset));
+        json.add("bytes", jsonText(QString(field.bytes.toHex())));
+        json.add("name", jsonText(field.name));
+        json.add("value", field.value.isEmpty() ? QString("null") : field.value);
+        json.end('}');
+    }
+    json.end(']');
+    json.begin("faults", '[');
+    for (const Fault& fault : decoded.faults) {
+        json.begin(nullptr, '{');
+        json.add("offset", QString::number(fault.offset));
+        json.add("fault", jsonText(fault.text));
+        json.end('}');
+    }
+    json.end(']');
+    json.begin("library", '{');
+    json.add("result", decoded.isAsked ? QString::number(decoded.result) : QString("null"));
+    json.add("meaning", jsonText(decoded.meaning));
+    json.end('}');
+    json.end('}');
+    printLine(json.text);
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+int runDecode(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Takes the bytes of a record, a list or a wave apart, and asks the library's reader about them too. What is "
+        "wrong is told with the byte it was found at, behind the fields that could be read; the exit code is 1 then.\n"
+        "\n"
+        "  gqtool decode --as boolData 01 10270000 fa000000 02\n"
+        "  gqtool decode --as floatRealDatas --file values.hex --json\n"
+        "  gqtool decode --as frames --payload ints 68 08000000 0700 00 00 20 01000000 64000000 0000 16\n"
+        "\n" +
+        formsText());
+    const QCommandLineOption as("as", "What the bytes are: one of the forms above.", "FORM");
+    const QCommandLineOption json("json", "Print one JSON object, which gqtool encode takes.");
+    const QCommandLineOption list("list", "Print the forms, and end.");
+    const QCommandLineOption udp("udp", "The frames are datagrams, not a TCP stream.");
+    const QCommandLineOption request("request", "The frames are a client's requests, not replies.");
+    const QCommandLineOption payload(
+        "payload", "What the payloads of a program's own commands are: int, ints, bytes, strings.", "KIND");
+    parser.addOptions({as, json, list, udp, request, payload});
+    const Input input(parser);
+    int exitCode = exitGood;
+    if (!parseArguments(parser, arguments, exitCode))
+        return exitCode;
+    if (parser.isSet(list)) {
+        printLine(formsText());
+        return exitGood;
+    }
+    if (!parser.isSet(as))
+        return usageError("what are the bytes? say --as FORM; --list shows the forms");
+    const Form* form = findForm(parser.value(as));
+    const bool isFrames = parser.value(as) == "frames";
+    const FrameSource source{parser.isSet(udp), parser.isSet(request), parser.value(payload)};
+    const QStringList kinds = {"int", "ints", "bytes", "strings"};
+    if (parser.isSet(payload) && !kinds.contains(source.form))
+        return usageError(QString("no payload '%1'; one of %2").arg(source.form, kinds.join(", ")));
+    if (!isFrames && (source.isUdp || source.isRequest || parser.isSet(payload)))
+        return usageError("--udp, --request and --payload go with --as frames");
+    if (form == nullptr && !isFrames)
+        return usageError(QString("no form '%1'; --list shows the forms").arg(parser.value(as)));
+    QByteArray bytes;
+    if (!input.read(parser, parser.positionalArguments(), bytes, exitCode))
+        return exitCode;
+
+    const Decoded decoded = isFrames ? decodeFrames(bytes, source) : decode(*form, bytes);
+    if (parser.isSet(json))
+        printJson(parser.value(as), isFrames ? &source : nullptr, decoded);
+    else
+        printTable(decoded);
+    for (const Fault& fault : decoded.faults)
+        printError(QString("byte %1: %2").arg(fault.offset).arg(fault.text));
+    if (!decoded.disagreement.isEmpty())
+        printError("a fault of gqtool or of the library: " + decoded.disagreement);
+    return decoded.faults.empty() && decoded.disagreement.isEmpty() ? exitGood : exitFailed;
+}
