@@ -15,6 +15,7 @@ enum ExitCode {
 int runStation(const QStringList& arguments);
 int runCall(const QStringList& arguments);
 int runDecode(const QStringList& arguments);
+int runEncode(const QStringList& arguments);
 int runSum(const QStringList& arguments);
 int runTime(const QStringList& arguments);
 int runTrace(const QStringList& arguments);

@@ -35,14 +35,13 @@ void takeStandardOutput()
     close(nowhere);
 }
 
-void printLine(const QString& line)
+void printBytes(const QByteArray& bytes)
 {
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
     static const bool isTerminal = isatty(dataOutput) == 1;
     if (isTerminal)
         clearProgress();
-    const QByteArray bytes = line.toUtf8() + '\n';
     for (int done = 0; done < bytes.size();) {
         const ssize_t count = write(dataOutput, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
         if (count > 0)
@@ -56,6 +55,11 @@ void printLine(const QString& line)
             _exit(EXIT_FAILURE);
         }
     }
+}
+
+void printLine(const QString& line)
+{
+    printBytes(line.toUtf8() + '\n');
 }
 
 void printJson(const QJsonObject& object)

@@ -13,6 +13,9 @@ void takeStandardOutput();
 // program, with success, when that reader is gone; with a message and exit code 1 when it can't be written.
 void printLine(const QString& line);
 
+// Bytes of data as they are, in the same way.
+void printBytes(const QByteArray& bytes);
+
 // An object as one line of data.
 void printJson(const QJsonObject& object);
 

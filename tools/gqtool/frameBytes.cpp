@@ -3,7 +3,9 @@
 #include "frameStream.h"
 #include "recordJson.h"
 
-#include <QStringList>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
 #include <tcpApi.h>
@@ -301,4 +303,112 @@ Decoded decodeFrames(const QByteArray& bytes, const FrameSource& source)
     Decoded decoded;
     FrameWalk(bytes, source, decoded).walk();
     return decoded;
+}
+
+// --- The way back -------------------------------------------------------------------------------------------------
+
+class FrameWriter {
+public:
+    explicit FrameWriter(QByteArray& written) : bytes(written) {}
+
+    void write(const QJsonObject& told, const QString& place)
+    {
+        part = told;
+        path = place;
+        if (part.contains("garbage"))
+            bytes += takeHex("garbage");
+        else if (part.contains("header"))
+            bytes += takeHex("header");
+        else if (part.contains("length") && !part.contains("command"))
+            bytes += CSocketAPI::frameStart; // a false one
+        else
+            writeFrame();
+    }
+
+    QStringList errors;
+
+private:
+    int takeInteger(const char* name, int most)
+    {
+        const QJsonValue value = part.value(QLatin1String(name));
+        const double number = value.toDouble(-1);
+        const auto integer = static_cast<int>(number);
+        if (value.isUndefined())
+            errors.append(QString("%1.%2 is missing").arg(path, name));
+        else if (number < 0 || number > most || integer != number)
+            errors.append(QString("%1.%2 is an integer from 0 to %3").arg(path, name).arg(most));
+        return integer;
+    }
+
+    QByteArray takeHex(const char* name)
+    {
+        const QJsonValue value = part.value(QLatin1String(name));
+        const QByteArray digits = value.toString().toLatin1();
+        QByteArray taken = QByteArray::fromHex(digits);
+        if (value.isUndefined())
+            errors.append(QString("%1.%2 is missing").arg(path, name));
+        else if (!value.isString() || taken.toHex() != digits.toLower())
+            errors.append(QString("%1.%2 is a string of hex digits, two a byte").arg(path, name));
+        return taken;
+    }
+
+    void writeFrame()
+    {
+        QByteArray frame;
+        const int command = takeInteger("command", UCHAR_MAX);
+        CSocketAPI::addHeader(
+            static_cast<unsigned char>(command), static_cast<unsigned char>(takeInteger("arg1", UCHAR_MAX)),
+            static_cast<unsigned char>(takeInteger("arg2", UCHAR_MAX)), takeInteger("sequence", USHRT_MAX), 0, frame);
+        frame += takeHex("payload");
+        const int payloadEnd = frame.size();
+        CSocketAPI::addEnd(frame);
+        if (part.contains("length"))
+            CByte2Val::int2Byte(takeInteger("length", INT_MAX - CSocketAPI::frameOverhead), frame.data() + 1);
+        const bool isCut = part.value("fault") == "cut";
+        if (part.contains("end"))
+            frame.replace(payloadEnd + 2, 1, takeHex("end"));
+        else if (isCut)
+            frame.truncate(payloadEnd + 2);
+        if (part.contains("check"))
+            frame.replace(payloadEnd, 2, takeHex("check"));
+        else if (isCut)
+            frame.truncate(payloadEnd);
+        bytes += frame;
+    }
+
+    QByteArray& bytes;
+    QJsonObject part;
+    QString path;
+};
+
+QStringList encodeFrames(const QJsonValue& parts, const FrameSource& source, QByteArray& bytes)
+{
+    if (!parts.isArray())
+        return {"value is an array"};
+    const QJsonArray told = parts.toArray();
+    FrameWriter writer(bytes);
+    for (int i = 0; i < told.size(); ++i) {
+        const QString path = QString("value[%1]").arg(i);
+        if (told[i].isObject())
+            writer.write(told[i].toObject(), path);
+        else
+            writer.errors.append(path + " is an object");
+    }
+    if (!writer.errors.isEmpty())
+        return writer.errors;
+
+    // What follows from the bytes may be left out, but not be told otherwise.
+    const QJsonArray found = QJsonDocument::fromJson(decodeFrames(bytes, source).value.toUtf8()).array();
+    for (int i = 0; i < told.size(); ++i) {
+        const QJsonObject part = told[i].toObject();
+        for (auto member = part.begin(); member != part.end(); ++member) {
+            const QJsonValue value = found[i].toObject()[member.key()];
+            if (member.value() == value)
+                continue;
+            const QByteArray text = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+            writer.errors.append(QString("value[%1].%2 is not what these bytes hold: ").arg(i).arg(member.key()) +
+                                 (value.isUndefined() ? "nothing" : QString::fromUtf8(text.mid(1, text.size() - 2))));
+        }
+    }
+    return writer.errors;
 }

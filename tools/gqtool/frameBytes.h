@@ -2,6 +2,9 @@
 
 #include "recordBytes.h"
 
+#include <QJsonValue>
+#include <QStringList>
+
 // What the bytes of frames do not tell themselves. tests/golden/README.md has the forms of payloads.
 struct FrameSource {
     bool isUdp = false;
@@ -11,3 +14,7 @@ struct FrameSource {
 
 // Takes the frames of one direction apart, as decode() does records. Goes on behind every fault.
 Decoded decodeFrames(const QByteArray& bytes, const FrameSource& source);
+
+// The way back, of the parts that decodeFrames tells. What is wrong, each with the path of its field; empty if nothing
+// is.
+QStringList encodeFrames(const QJsonValue& parts, const FrameSource& source, QByteArray& bytes);

@@ -94,7 +94,7 @@ Input::Input(QCommandLineParser& parser)
                                  "[BYTES...]");
 }
 
-static bool readAll(const QString& path, QByteArray& content, QString& error)
+bool readAll(const QString& path, QByteArray& content, QString& error)
 {
     QFile file(path);
     const bool isOpen = path == "-" ? file.open(STDIN_FILENO, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);

@@ -10,6 +10,9 @@ class QCommandLineParser;
 // comments from a # to the end of the line. False with what is wrong, and where, in `error`.
 bool parseHex(const QByteArray& text, QByteArray& bytes, QString& error);
 
+// The content of a file, or of standard input for "-". False with what is wrong in `error`.
+bool readAll(const QString& path, QByteArray& content, QString& error);
+
 // The bytes that a sub-command works on: hex text on the command line, or a file or standard input, hex text or raw.
 class Input {
 public:

@@ -20,7 +20,8 @@ struct Command {
 static const Command commands[] = {
     {"station", "a simulated station to develop clients against", runStation},
     {"call", "one request to a station or server, and its reply", runCall},
-    {"decode", "the fields of a record, a list or a wave", runDecode},
+    {"decode", "the fields of a record, a list, a wave or frames", runDecode},
+    {"encode", "the bytes of what decode --json prints", runEncode},
     {"sum", "checksums and hex text of some bytes", runSum},
     {"time", "the moment and the text of a relative time code", runTime},
     {"trace", "the frames between clients and a station, as they pass", runTrace},

@@ -60,7 +60,7 @@ public:
     virtual void beginRecord(const char* name) = 0;
     virtual void endRecord() = 0;
 
-    // A list behind a count of `countBytes`; with 0 bytes it has just `size` items. The number of items to walk through.
+    // A list behind a count of `countBytes`; with 0 bytes it has just `size` items. The number of items to walk.
     virtual unsigned int beginList(const char* name, int countBytes, size_t size) = 0;
     virtual bool beginItem(unsigned int index) = 0; // false to end the list
     virtual void endItem() = 0;

@@ -334,7 +334,7 @@ private:
         if (name == nullptr)
             return open.last().value;
         open.last().taken.append(name);
-        const QJsonValue value = open.last().value.toObject().value(QString(name));
+        QJsonValue value = open.last().value.toObject().value(QString(name));
         if (value.isUndefined() && open.last().value.isObject())
             fail(name, "is missing");
         return value;

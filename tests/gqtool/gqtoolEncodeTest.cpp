@@ -1,0 +1,158 @@
+// gqtool encode: the bytes of all golden files, and what it says to wrong JSON.
+
+#include "support/goldenRecords.h"
+#include "support/gqtoolProgram.h"
+#include "support/hex.h"
+
+#include <QJsonDocument>
+#include <QTemporaryFile>
+
+#include <gtest/gtest.h>
+
+static Outcome encode(const QByteArray& json, const QStringList& options = {})
+{
+    QTemporaryFile file;
+    EXPECT_TRUE(file.open());
+    file.write(json);
+    file.flush();
+    return run(QStringList{"encode", file.fileName()} + options);
+}
+
+static std::string hexOf(const Outcome& outcome)
+{
+    EXPECT_EQ(outcome.errors.toStdString(), "");
+    EXPECT_EQ(outcome.exitCode, 0);
+    return hex(QByteArray::fromHex(outcome.output.toLatin1()));
+}
+
+// A record of each family, a list, a wave; goldenRecordsTest.cpp has them all, without the program.
+TEST(GqtoolEncode, makesTheBytesOfGoldenFiles)
+{
+    for (const char* path : {"records/floatPoints", "records/commItems", "records/objectBlob", "records/blobDatas",
+                             "records/oneSecQuery", "records/intPoints", "records/ybItemsWritten", "waves/quantised",
+                             "waves/floatsOdd", "records/variantFloat"}) {
+        const Outcome outcome = run({"encode", QString(GQLIB_GOLDEN "/") + path + ".json"});
+        EXPECT_EQ(hexOf(outcome), hex(goldenFile(std::string(path) + ".hex"))) << path;
+    }
+}
+
+TEST(GqtoolEncode, makesTheBytesOfGoldenFrames)
+{
+    for (const char* name :
+         {"twoFrames", "replyStringsOverrun", "cutTail", "cutHeader", "cutPayload", "impossibleLength", "wrongEnd",
+          "garbageAhead", "udpSetTimeRequest", "replyBytesShort", "sequenceWrap"}) {
+        const Outcome outcome = run({"encode", QString(GQLIB_GOLDEN "/frames/%1.json").arg(name)});
+        EXPECT_EQ(hexOf(outcome), hex(goldenFile(std::string("frames/") + name + ".hex"))) << name;
+    }
+}
+
+TEST(GqtoolEncode, takesWhatDecodePrints)
+{
+    const Outcome decoded = run({"decode", "--json", "--as", "variant", "05 0000c07f 2a"});
+    EXPECT_EQ(hexOf(encode(decoded.output.toUtf8())), "05 00 00 c0 7f 2a");
+    const Outcome frame = run({"decode", "--json", "--as", "frames", "68 01000000 0700 02 03 20 aa 0000 16"});
+    EXPECT_EQ(hexOf(encode(frame.output.toUtf8())), "68 01 00 00 00 07 00 02 03 20 aa 00 00 16");
+}
+
+TEST(GqtoolEncode, printsRawBytes)
+{
+    QProcess process;
+    process.start(GQTOOL, {"encode", "--raw"});
+    process.write(R"({"as": "variant", "value": {"kind": 0, "intValue": 657930}})");
+    process.closeWriteChannel();
+    ASSERT_TRUE(process.waitForFinished(waitMs));
+    EXPECT_EQ(hex(process.readAllStandardOutput()), "00 0a 0a 0a 00");
+}
+
+TEST(GqtoolEncode, completesFramesThatLeaveOutWhatFollows)
+{
+    EXPECT_EQ(hexOf(encode(R"({"as": "frames", "value": [
+        {"command": 6, "arg1": 1, "arg2": 2, "sequence": 258, "payload": "03000000"}]})")),
+              "68 04 00 00 00 02 01 02 01 06 03 00 00 00 00 00 16");
+}
+
+TEST(GqtoolEncode, takesWavesWithoutTheSamplesThatFollow)
+{
+    QJsonObject json = goldenJson("waves/raw.json");
+    QJsonObject value = json["value"].toObject();
+    value.remove("samples");
+    json["value"] = value;
+    EXPECT_EQ(hexOf(encode(QJsonDocument(json).toJson())), hex(goldenFile("waves/raw.hex")));
+    value["samples"] = QJsonArray{1};
+    json["value"] = value;
+    EXPECT_EQ(encode(QJsonDocument(json).toJson()).errors,
+              "gqtool: value.samples are not what value.stored is read as; they may be left out\n");
+}
+
+// --- Faults -------------------------------------------------------------------------------------------------------
+
+TEST(GqtoolEncode, saysWhatIsWrongByThePathOfTheField)
+{
+    struct Wrong {
+        const char* json;
+        const char* errors; // lines, without the program's name
+    };
+    for (
+        const Wrong& wrong : {
+            Wrong{R"({"as": "intData", "value": {"value": 2147483648, "stamp1": -1, "stamp2": 1.5, "flag1": "1"}})",
+                  "value.value is an integer from -2147483648 to 2147483647\n"
+                  "value.stamp1 is an integer from 0 to 4294967295\n"
+                  "value.stamp2 is an integer from 0 to 4294967295\n"
+                  "value.flag1 is an integer from 0 to 255\n"
+                  "value.flag2 is missing\n"},
+            Wrong{R"({"as": "boolDatas", "value": [{"value": 1, "stamp1": 1, "stamp2": 1, "flag1": 1}, 7]})",
+                  "value[1] is an object\n"},
+            Wrong{R"({"as": "boolData", "value": {"value": 1, "stamp1": 1, "stamp2": 1, "flag1": 1, "flag2": 1}})",
+                  "value.flag2 is not known; the fields are value, stamp1, stamp2, flag1\n"},
+            Wrong{R"({"as": "boolDatas", "value": {}})", "value is an array\n"},
+            Wrong{R"({"as": "variant", "value": {"kind": 5, "floatValue": 1e39}})",
+                  "value.floatValue is beyond what a float holds\n"},
+            Wrong{R"({"as": "variant", "value": {"kind": 5, "floatValue": {"nan": "3f800000"}}})",
+                  "value.floatValue is told as a NaN, but its image is a number's\n"},
+            Wrong{R"({"as": "variant", "value": {"kind": 6, "doubleValue": "1"}})",
+                  "value.doubleValue is a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 16 DIGITS}\n"},
+            Wrong{R"({"as": "variant", "value": {"kind": 10, "textValue": {"hex": "0"}}})",
+                  "value.textValue is a string of Unicode, or {\"hex\": DIGITS}\n"},
+            Wrong{R"({"as": "yxItem", "value": {"itemId": 1, "text1": {"hex": "ff"}, "text2": "", "text3": "",
+                      "flag1": 0, "word1": 0, "word2": 0, "flag2": 0, "word3": 0, "flag3": 0, "flag4": 0, "flag5": 0,
+                      "flag6": 0, "text4": ""}})",
+                  "value.text1 is no UTF-8, and the library writes this text as UTF-8\n"},
+            Wrong{R"({"as": "float", "value": 1})", "as is a form, not 'float'; gqtool decode --list shows them\n"},
+            Wrong{R"({"as": "wave"})", "value is missing\n"},
+            Wrong{R"({"as": "variant", "value": {"kind": 1}, "rest": 1})",
+                  "rest is not known; the members are as, behind, direction, faults, fields, form, library, transport, "
+                  "value\n"},
+            Wrong{R"({"as": "frames", "value": [{"command": 1, "arg1": 0, "arg2": 0, "payload": "0", "content": 1}]})",
+                  "value[0].sequence is missing\n"
+                  "value[0].payload is a string of hex digits, two a byte\n"},
+            Wrong{
+                R"({"as": "frames", "value": [{"command": 1, "arg1": 0, "arg2": 0, "sequence": 0, "payload": "07000000",
+                      "content": 8}]})",
+                "value[0].content is not what these bytes hold: 7\n"},
+        }) {
+        SCOPED_TRACE(wrong.json);
+        const Outcome outcome = encode(wrong.json);
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(QString(outcome.errors).remove("gqtool: ").toStdString(), wrong.errors);
+    }
+}
+
+TEST(GqtoolEncode, refusesATextThatIsTooLongForItsLength)
+{
+    const QByteArray text(65536, 'x');
+    EXPECT_EQ(encode("{\"as\": \"variant\", \"value\": {\"kind\": 10, \"textValue\": \"" + text + "\"}}").errors,
+              "gqtool: value.textValue has 65535 bytes at most, not 65536\n");
+    EXPECT_EQ(encode("{\"as\": \"variantBlob\", \"value\": {\"kind\": 10, \"textValue\": \"" + text + "\"}}").errors,
+              "gqtool: value.textValue has 256 bytes at most, not 65536\n");
+}
+
+TEST(GqtoolEncode, saysWhereJsonIsBroken)
+{
+    const Outcome outcome = encode("{\"as\": \"wave\",\n \"value\": }");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.contains(", line 2, column ")) << outcome.errors.toStdString();
+    EXPECT_EQ(encode("[]").exitCode, 1);
+    EXPECT_EQ(run({"encode", "/nonexistent"}).exitCode, 1);
+    EXPECT_EQ(run({"encode", "a", "b"}).exitCode, 2);
+}
