@@ -12,7 +12,7 @@
 //! [client]
 class BoundedClient : public gqdb::CTcpAPI {
 public:
-    // Sends a finished frame and reads the integer of its reply, on a link that is up. 1, 0 behind `ms`, or another code.
+    // Sends a finished frame and reads the integer of its reply, on a link that is up: 1, 0 behind `ms`, or a code.
     int requestIntWithin(int ms, const QByteArray& frame, int& value)
     {
         using namespace std::chrono;

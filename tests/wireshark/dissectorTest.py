@@ -169,7 +169,7 @@ class GoldenFrames(DissectorTest):
 
 
 class Agreement(DissectorTest):
-    """The dissector and gqtool decode find the same fields and the same faults, in bytes with faults of all kinds too."""
+    """The dissector and gqtool decode find the same fields and faults, in bytes with faults of all kinds too."""
 
     def decoded(self, data, piece):
         options = ["--udp"] * (piece["transport"] == "udp") + ["--request"] * (piece["direction"] == "request")

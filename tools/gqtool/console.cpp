@@ -15,8 +15,8 @@
 
 static int dataOutput = STDOUT_FILENO;
 
-// Opens those of standard input, output and error that the caller has closed, so that no other descriptor comes by such a
-// number and gets what is printed. To read or write there fails.
+// Opens those of standard input, output and error that the caller has closed, so that no other descriptor comes by
+// such a number and gets what is printed. To read or write there fails.
 static void occupyClosedStreams()
 {
     int descriptor;
