@@ -54,6 +54,23 @@ TEST(GqtoolEncode, takesWhatDecodePrints)
     EXPECT_EQ(hexOf(encode(frame.output.toUtf8())), "68 01 00 00 00 07 00 02 03 20 aa 00 00 16");
 }
 
+TEST(GqtoolEncode, takesWhatDecodePrintsOfWaves)
+{
+    for (const char* name : {"floats", "quantised", "raw"}) {
+        const std::string path = std::string("waves/") + name + ".hex";
+        const Outcome decoded =
+            run({"decode", "--json", "--as", "wave", "--file", GQLIB_GOLDEN "/" + QString::fromStdString(path)});
+        EXPECT_EQ(decoded.exitCode, 0);
+        EXPECT_EQ(hexOf(encode(decoded.output.toUtf8())), hex(goldenFile(path))) << name;
+    }
+}
+
+TEST(GqtoolEncode, takesATextWithAZeroByte)
+{
+    const char* json = R"({"as": "variant", "value": {"kind": 10, "textValue": "a\u0000b"}, "behind": "\u0000"})";
+    EXPECT_EQ(hexOf(encode(json)), "0a 03 00 61 00 62 00");
+}
+
 TEST(GqtoolEncode, printsRawBytes)
 {
     QProcess process;

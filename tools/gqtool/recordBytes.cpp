@@ -344,12 +344,14 @@ void BytesWalk::samples(StoredWave& wave)
         if (isStored) {
             wave.stored.push_back(wave.isRaw() ? CByte2Val::byte2Short(bytes) : CByte2Val::byte2UShort(bytes));
             wave.samples.push_back(sampleOf(wave, wave.stored.back()));
-            value = QString("%1: ").arg(wave.stored.back());
+            value =
+                QString(R"({"stored": %1, "sample": %2})").arg(wave.stored.back()).arg(jsonText(wave.samples.back()));
         } else {
             wave.samples.push_back(CByte2Val::byte2Float(bytes));
+            value = jsonText(wave.samples.back());
         }
         result.fields.push_back({wave.isCompressed() ? -1 : blockStart + at, QByteArray(bytes, size),
-                                 QString("samples[%1]").arg(at / size), value + jsonText(wave.samples.back())});
+                                 QString("samples[%1]").arg(at / size), value});
     }
     if (!wave.isCompressed())
         pos += block.size() / size * size;
