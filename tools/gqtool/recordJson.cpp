@@ -199,7 +199,7 @@ bool takeBytes(const QJsonValue& value, QByteArray& bytes)
 {
     if (value.isString()) {
         bytes = value.toString().toUtf8();
-        return QString::fromUtf8(bytes) == value.toString();
+        return QString::fromUtf8(bytes.constData(), bytes.size()) == value.toString(); // behind a zero byte too
     }
     const QJsonObject object = value.toObject();
     const QByteArray digits = object["hex"].toString().toLatin1();
