@@ -311,6 +311,15 @@ TEST(GqtoolDecode, listsTheForms)
     EXPECT_TRUE(run({"decode", "--help"}).output.contains("\n  wave               a stored wave\n"));
 }
 
+TEST(GqtoolDecode, listsTheFormsAsJson)
+{
+    const Outcome outcome = run({"decode", "--list", "--json"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output.count('\n'), static_cast<int>(recordForms().size()) + 1); // frames
+    EXPECT_TRUE(outcome.output.startsWith(R"({"content":"a point, short form","form":"pointInfo"})"
+                                          "\n"));
+}
+
 TEST(GqtoolDecode, endsWithTwoOnWrongUsage)
 {
     struct Usage {

@@ -14,12 +14,21 @@ static const int shownText = 100; // characters of a value, in the table
 
 // --- Text and JSON ------------------------------------------------------------------------------------------------
 
+static const char* const framesContent = "frames of one direction, as a client or server gets them";
+
 static QString formsText()
 {
     QString text = "Forms:\n";
     for (const Form& form : recordForms())
         text += QString("  %1 %2\n").arg(form.name, -18).arg(form.content);
-    return text + QString("  %1 %2").arg("frames", -18).arg("frames of one direction, as a client or server gets them");
+    return text + QString("  %1 %2").arg("frames", -18).arg(framesContent);
+}
+
+static void printFormsAsJson()
+{
+    for (const Form& form : recordForms())
+        printJson({{"form", form.name}, {"content", form.content}});
+    printJson({{"form", "frames"}, {"content", framesContent}});
 }
 
 static QString bytesText(const QByteArray& bytes)
@@ -113,7 +122,7 @@ int runDecode(const QStringList& arguments)
         "\n" +
         formsText());
     const QCommandLineOption as("as", "What the bytes are: one of the forms above.", "FORM");
-    const QCommandLineOption json("json", "Print one JSON object, which gqtool encode takes.");
+    const QCommandLineOption json("json", "Print one JSON object, which gqtool encode takes; with --list one a form.");
     const QCommandLineOption list("list", "Print the forms, and end.");
     const QCommandLineOption udp("udp", "The frames are datagrams, not a TCP stream.");
     const QCommandLineOption request("request", "The frames are a client's requests, not replies.");
@@ -125,7 +134,7 @@ int runDecode(const QStringList& arguments)
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
     if (parser.isSet(list)) {
-        printLine(formsText());
+        parser.isSet(json) ? printFormsAsJson() : printLine(formsText());
         return exitGood;
     }
     if (!parser.isSet(as))
