@@ -38,7 +38,7 @@ static void reserveItems(QByteArray& data, int itemRoom, size_t count)
 
 static long long textSize(const std::string& text)
 {
-    return 2 + static_cast<long long>(text.size());
+    return 2 + static_cast<long long>(writtenBytes(text));
 }
 
 // Whether the count in front of `buf` and items of a fixed size fit into `size` bytes. The need wraps in 32 bits and is

@@ -113,6 +113,13 @@ inline void copyText(const char* text, size_t size, char* to)
     }
 }
 
+// The bytes of a text that are written: its size counts in 32 bits, signed, so that one of 2 GiB loses them all.
+inline unsigned int writtenBytes(const std::string& text)
+{
+    const int size = static_cast<int>(text.size());
+    return size > 0 ? static_cast<unsigned int>(size) : 0;
+}
+
 // Appends such a string to `out`. Bytes consumed; or 0 if it is not whole, with `out` untouched.
 int appendString(const char* buf, int len, std::string& out);
 
@@ -224,9 +231,10 @@ public:
     // The length field keeps the low 16 bits of the size; the bytes follow whole.
     void putText(const std::string& text)
     {
+        const size_t size = writtenBytes(text);
         put16(static_cast<unsigned int>(text.size()));
-        copyText(text.data(), text.size(), at);
-        at += text.size();
+        copyText(text.data(), size, at);
+        at += size;
     }
     void putBytes(const void* bytes, size_t size)
     {

@@ -1,0 +1,63 @@
+// Texts of 2 GiB and more, whose size counts in 32 bits, signed: none of one that comes out negative is written, and
+// the array needs no room for it.
+
+#include "byte2Rdb.h"
+
+#include "support/allocationLimit.h"
+#include "support/hex.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+using gqdb::CByte2Rdb;
+using gqdb::CByte2Val;
+using gqdb::EventInfo;
+using gqdb::OneSecQuery;
+using gqdb::PointInfo;
+
+static_assert(sizeof(size_t) == 8);
+
+TEST(WrappedText, isWrittenAsFarAsItsSizeCounts)
+{
+    const RepeatedMemory memory;
+    PointInfo point;
+    point.text1.resize(0x100000003, 'a'); // counts as 3
+    QByteArray data;
+    CByte2Rdb::pointInfo2Byte(point, data);
+    EXPECT_EQ(hex(data), "00 00 00 00 03 00 61 61 61 00 00 00 00 00 00 00 00 00 00");
+    data.clear();
+    EXPECT_EQ(CByte2Val::str2Byte(point.text1, data), 5);
+    EXPECT_EQ(hex(data), "03 00 61 61 61");
+}
+
+TEST(WrappedText, isLeftOutBehindItsLength)
+{
+    const RepeatedMemory memory;
+    std::string text;
+    text.resize(0x80000005, 'a'); // counts as a negative number
+    QByteArray data;
+    EXPECT_EQ(CByte2Val::str2Byte(text, data), 2);
+    EXPECT_EQ(hex(data), "05 00");
+
+    std::vector<PointInfo> points(1);
+    points[0].text1.swap(text);
+    data.clear();
+    CByte2Rdb::pointInfo2Byte(points[0], data);
+    EXPECT_EQ(hex(data), "00 00 00 00 05 00 00 00 00 00 00 00 00 00 00 00");
+    data.clear();
+    CByte2Rdb::pointInfos2Byte(points, data);
+    EXPECT_EQ(hex(data), "01 00 00 00 00 00 00 00 05 00 00 00 00 00 00 00 00 00 00 00");
+
+    OneSecQuery query;
+    query.text1.swap(points[0].text1);
+    data.clear();
+    CByte2Rdb::oneSecQuery2Byte(query, data);
+    EXPECT_EQ(hex(data), hex(QByteArray(20, '\0') + "0500"_hex));
+
+    EventInfo event;
+    event.text1.swap(query.text1);
+    data.clear();
+    CByte2Rdb::eventInfo2Byte(event, data);
+    EXPECT_EQ(hex(data), hex(QByteArray(55, '\0') + "0500 0000"_hex));
+}
