@@ -1155,6 +1155,17 @@ TYPED_TEST(Definitions2Byte, reservesRoomForTheItems)
     EXPECT_EQ(data.size(), 1000 + 4 + 2 * TypeParam::shortWritten.size());
 }
 
+TYPED_TEST(Definitions2Byte, reservesRoomInTheCopyOfAnArrayThatHasIt)
+{
+    QByteArray roomy = "aa55"_hex;
+    roomy.reserve(10000);
+    QByteArray data = roomy;
+    TypeParam::writeList({TypeParam::shortest(), TypeParam::shortest()}, data);
+    EXPECT_GE(data.capacity(), 2 + 2 * TypeParam::bytesPerItem);
+    EXPECT_EQ(hex(data), hex("aa55 02000000"_hex + TypeParam::shortWritten + TypeParam::shortWritten));
+    EXPECT_EQ(hex(roomy), "aa 55");
+}
+
 TYPED_TEST(Definitions2Byte, takesItemsLargerThanTheRoomReserved)
 {
     auto point = TypeParam::shortest();
