@@ -180,6 +180,10 @@ TEST(GqtoolWave, saysWhatCannotBeWritten)
     Outcome outcome = waveOf(wave, {"--csv", "/nowhere/wave.csv"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: can't write to /nowhere/wave.csv: No such file or directory\n");
+    outcome = waveOf(wave, {"--svg", ""});
+    EXPECT_EQ(outcome.exitCode, 1);
+    for (const QString& line : outcome.errors.trimmed().split('\n')) // Qt warns too
+        EXPECT_TRUE(line.startsWith("gqtool: ")) << line.toStdString();
     outcome = waveOf(wave, {"--svg", "/dev/full"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: can't write to /dev/full: No space left on device\n");

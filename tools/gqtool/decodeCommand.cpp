@@ -113,8 +113,9 @@ int runDecode(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Takes the bytes of a record, a list or a wave apart, and asks the library's reader about them too. What is "
-        "wrong is told with the byte it was found at, behind the fields that could be read; the exit code is 1 then.\n"
+        "Takes the bytes of a record, a list, a wave or frames apart, and asks the library's reader about them too.\n"
+        "What is wrong is told with the byte it was found at, behind the fields that could be read; the exit code is\n"
+        "1 then.\n"
         "\n"
         "  gqtool decode --as boolData 01 10270000 fa000000 02\n"
         "  gqtool decode --as floatRealDatas --file values.hex --json\n"

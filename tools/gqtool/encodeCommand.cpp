@@ -99,9 +99,9 @@ int runEncode(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Makes the bytes of a record, a list, a wave or frames from JSON, as gqtool decode --json prints it: "
-        "{\"as\": FORM, \"value\": ...}, and \"behind\" for bytes behind it. The library's own writers make them. What "
-        "is wrong is told with the path of its field; then there are no bytes, and the exit code is 1.\n"
+        "Makes the bytes of a record, a list, a wave or frames from JSON, as gqtool decode --json prints it:\n"
+        "{\"as\": FORM, \"value\": ...}, and \"behind\" for bytes behind it. The library's own writers make them.\n"
+        "What is wrong is told with the path of its field; then there are no bytes, and the exit code is 1.\n"
         "\n"
         "  gqtool decode --as intData --json 07000000 10270000 fa000000 01 02 | gqtool encode");
     parser.addPositionalArgument("FILE", "The JSON; - is standard input, as is nothing.", "[FILE]");

@@ -84,8 +84,15 @@ bool readEndpoint(const QString& text, QString& host, int& port)
     return isAddress(host) && readInt(text.mid(colon + 1), 1, 65535, port);
 }
 
+// Qt's own warnings, in the form of the program's.
+static void printWarning(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
+{
+    printError(message);
+}
+
 int main(int argc, char* argv[])
 {
+    qInstallMessageHandler(printWarning);
     signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends quietly, by the write that fails
     takeStandardOutput();
 

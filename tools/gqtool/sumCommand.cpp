@@ -92,8 +92,8 @@ int runSum(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Prints the sums of telegrams over some bytes: CRC-16 (polynomial 0x8005 reflected, start 0xffff, as Modbus "
-        "has it) in both orders of its bytes, and the sum of the bytes modulo 256; and the bytes themselves as hex "
+        "Prints the sums of telegrams over some bytes: CRC-16 (polynomial 0x8005 reflected, start 0xffff, as Modbus\n"
+        "has it) in both orders of its bytes, and the sum of the bytes modulo 256; and the bytes themselves as hex\n"
         "text, up to 4096 of them.\n\n"
         "  gqtool sum 01 03 00 00 00 0a\n"
         "  gqtool sum --check crc 01 03 00 00 00 0a c5 cd");

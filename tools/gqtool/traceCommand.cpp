@@ -54,15 +54,15 @@ int runTrace(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Stands between clients and a station, and prints a line for each frame that passes: time, number of the "
-        "connection, -> for what the client sends or <- for what the station sends, and what is in it. All bytes pass "
+        "Stands between clients and a station, and prints a line for each frame that passes: time, number of the\n"
+        "connection, -> for what the client sends or <- for what the station sends, and what is in it. All bytes pass\n"
         "unchanged and at once, also those that are no frames. It ends on SIGINT or SIGTERM.\n\n"
         "  gqtool trace --listen 5001 127.0.0.1:5000\n\n"
-        "and let the clients call port 5001. A file of --write becomes a capture file, one for each connection, by "
+        "and let the clients call port 5001. A file of --write becomes a capture file, one for each connection, by\n"
         "text2pcap (4.0 or later, from Debian's wireshark-common): for connection 1 of a client at port 40000\n\n"
         "  text2pcap -r '^1 (?<dir>[IO]) (?<time>\\S+) (?<data>[0-9a-f]+)$' -t ISO -T 40000,5000 FILE 1.pcapng\n\n"
-        "with -u in place of -T for datagrams. The directions I and O are as seen from the station; -D, which goes "
-        "with another form of text, is not needed. FILE has a # line with this command for each of its connections.");
+        "with -u in place of -T for datagrams. The directions I and O are as seen from the station. FILE has a\n"
+        "# line with this command for each of its connections.");
     const QCommandLineOption listen("listen", "Port to listen on, chosen by the system if 0.", "PORT");
     const QCommandLineOption address("address", "Local address to listen on (127.0.0.1).", "ADDRESS", "127.0.0.1");
     const QCommandLineOption udp("udp", "Pass datagrams on, not connections.");

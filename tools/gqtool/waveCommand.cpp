@@ -307,8 +307,8 @@ int runWave(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Reads a stored wave and prints its head, its marks, and number, minimum, maximum and mean of its samples. "
-        "Samples that are NaN or infinite are counted, and left out of the rest. A wave that the library's reader "
+        "Reads a stored wave and prints its head, its marks, and number, minimum, maximum and mean of its samples.\n"
+        "Samples that are NaN or infinite are counted, and left out of the rest. A wave that the library's reader\n"
         "refuses is told as far as it can be read, with the reason; the exit code is 1 then.\n\n"
         "  gqtool wave --raw --file WAVE --svg wave.svg");
     const Input input(parser);
