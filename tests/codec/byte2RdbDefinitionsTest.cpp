@@ -1166,6 +1166,16 @@ TYPED_TEST(Definitions2Byte, reservesRoomInTheCopyOfAnArrayThatHasIt)
     EXPECT_EQ(hex(roomy), "aa 55");
 }
 
+// Room that is there by chance is reserved too: it stays when the array is emptied.
+TYPED_TEST(Definitions2Byte, keepsTheRoomThatItFoundThere)
+{
+    QByteArray data(3 * TypeParam::bytesPerItem, 'a');
+    data.resize(100);
+    TypeParam::writeList({TypeParam::shortest(), TypeParam::shortest()}, data);
+    data.resize(0);
+    EXPECT_GE(data.capacity(), 100 + 2 * TypeParam::bytesPerItem);
+}
+
 TYPED_TEST(Definitions2Byte, takesItemsLargerThanTheRoomReserved)
 {
     auto point = TypeParam::shortest();
