@@ -470,6 +470,12 @@ int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attrib
     return int(active->call("pthread_mutex_init", name, attributesText(attributes)).result);
 }
 
+int pthread_mutexattr_destroy(pthread_mutexattr_t* attributes) noexcept
+{
+    ::pthread_mutexattr_settype(attributes, PTHREAD_MUTEX_ERRORCHECK); // so that a mutex made of them shows it
+    return libc<decltype(::pthread_mutexattr_destroy)>("pthread_mutexattr_destroy")(attributes);
+}
+
 int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
 {
     if (active == nullptr || !active->knows(mutex))
