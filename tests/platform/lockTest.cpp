@@ -176,6 +176,25 @@ TEST_F(ReadWriteLock, letsTwoThreadsReadAtOnce)
     EXPECT_TRUE(isFreeToWrite());
 }
 
+TEST_F(ReadWriteLock, countsReadersThatComeAtOnce)
+{
+    const auto readOften = [this] {
+        for (int round = 0; round < 50000; ++round) {
+            lock.lockForRead();
+            lock.unlockForRead();
+        }
+    };
+    lock.lockForRead(); // the first one, and the last
+    OtherThread another;
+    another.begin(readOften);
+    other.begin(readOften);
+    another.finish();
+    other.finish();
+    EXPECT_EQ(lock.readerCount, 1);
+    lock.unlockForRead();
+    EXPECT_TRUE(isFreeToWrite());
+}
+
 TEST_F(ReadWriteLock, makesAWriterWaitForTheLastReader)
 {
     std::atomic<int> readersSeen = -1;
