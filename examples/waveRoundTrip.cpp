@@ -2,6 +2,7 @@
 
 #include <gqLib/byte2Rdb.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -9,9 +10,9 @@ using gqdb::CByte2Rdb;
 
 int main()
 {
-    std::vector<float> samples;
-    for (int i = 0; i < 2000; ++i)
-        samples.push_back(static_cast<float>(std::sin(i / 100.0)));
+    std::vector<float> samples(2000);
+    for (size_t i = 0; i < samples.size(); ++i)
+        samples[i] = static_cast<float>(std::sin(static_cast<double>(i) / 100));
     const std::vector<int> marks = {157, 471}; // the caller's own: here the first crest and the first trough
 
     //! [wave]
