@@ -22,14 +22,6 @@ CByte2Rdb::~CByte2Rdb() = default;
 
 // --- Shared by the families ---------------------------------------------------------------------------------------
 
-// Reserves the bytes of a list, count and all, and returns their number.
-static long long reserveList(QByteArray& data, int itemSize, size_t count)
-{
-    const long long size = 4 + itemSize * static_cast<long long>(count);
-    reserveMore(data, size);
-    return size;
-}
-
 // Reserves for the items of a list alone: room told ahead, whatever the items need.
 static void reserveItems(QByteArray& data, int itemRoom, size_t count)
 {
@@ -607,8 +599,7 @@ private:
 
 void CByte2Rdb::floatRealDatas2Byte(const std::vector<FloatRealData>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 18, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 18, list.size());
     for (const FloatRealData& record : list)
         putQuickly(out, record);
 }
@@ -662,8 +653,7 @@ int CByte2Rdb::byte2FloatData(const char* buf, int size, FloatData& record)
 
 void CByte2Rdb::floatDatas2Byte(const std::vector<FloatData>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 14, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 14, list.size());
     for (const FloatData& record : list)
         put(out, record);
 }
@@ -718,8 +708,7 @@ int CByte2Rdb::byte2BoolRealData(const char* buf, int size, BoolRealData& record
 
 void CByte2Rdb::boolRealDatas2Byte(const std::vector<BoolRealData>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 14, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 14, list.size());
     for (const BoolRealData& record : list)
         put(out, record);
 }
@@ -774,8 +763,7 @@ int CByte2Rdb::byte2BoolData(const char* buf, int size, BoolData& record)
 
 void CByte2Rdb::boolDatas2Byte(const std::vector<BoolData>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 10, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 10, list.size());
     for (const BoolData& record : list)
         put(out, record);
 }
@@ -834,8 +822,7 @@ int CByte2Rdb::byte2IntRealData(const char* buf, int size, IntRealData& record)
 
 void CByte2Rdb::intRealDatas2Byte(const std::vector<IntRealData>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 18, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 18, list.size());
     for (const IntRealData& record : list)
         put(out, record);
 }
@@ -890,8 +877,7 @@ int CByte2Rdb::byte2IntData(const char* buf, int size, IntData& record)
 
 void CByte2Rdb::intDatas2Byte(const std::vector<IntData>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 14, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 14, list.size());
     for (const IntData& record : list)
         put(out, record);
 }
@@ -952,8 +938,7 @@ int CByte2Rdb::byte2PointRealData(const char* buf, int size, PointRealData& reco
 
 void CByte2Rdb::pointRealDatas2Byte(const std::vector<PointRealData>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 27, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 27, list.size());
     for (const PointRealData& record : list)
         put(out, record);
 }
@@ -1010,8 +995,7 @@ int CByte2Rdb::byte2BlobDataInfo(const char* buf, int size, BlobDataInfo& record
 
 void CByte2Rdb::blobDataInfos2Byte(const std::vector<BlobDataInfo>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 18, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 18, list.size());
     for (const BlobDataInfo& record : list)
         put(out, record);
 }
@@ -1211,7 +1195,7 @@ int CByte2Rdb::byte2EventInfo(const char* buf, int size, EventInfo& event)
 
 void CByte2Rdb::eventInfos2Byte(const std::vector<EventInfo>& list, QByteArray& data)
 {
-    reserveList(data, eventInfoRoom, list.size());
+    reserveMore(data, 4 + eventInfoRoom * static_cast<long long>(list.size()));
     putCount(list.size(), data);
     for (const EventInfo& event : list)
         eventInfo2Byte(event, data);
@@ -1262,8 +1246,7 @@ int CByte2Rdb::byte2EventState(const char* buf, int size, EventState& event)
 
 void CByte2Rdb::eventStates2Byte(const std::vector<EventState>& list, QByteArray& data)
 {
-    CByteWriter out(data, reserveList(data, 17, list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
+    CByteWriter out(data, 17, list.size());
     for (const EventState& event : list)
         put(out, event);
 }

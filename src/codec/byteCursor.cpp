@@ -49,4 +49,13 @@ char* grow(QByteArray& data, long long count)
     return data.data() + size;
 }
 
+char* beginList(QByteArray& data, int itemSize, size_t count)
+{
+    const long long size = 4 + itemSize * static_cast<long long>(count);
+    reserveMore(data, size);
+    char* const at = grow(data, size);
+    store32(static_cast<unsigned int>(count), at);
+    return at + 4;
+}
+
 } // namespace gqdb

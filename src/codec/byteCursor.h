@@ -201,10 +201,18 @@ inline void putCount(size_t count, QByteArray& data)
     store32(static_cast<unsigned int>(count), grow(data, 4));
 }
 
+// Reserves the bytes of a list, grows by them and writes the count. Returns the first byte of the items.
+char* beginList(QByteArray& data, int itemSize, size_t count);
+
 // Grows an array once by a known size and fills that room field by field.
 class CByteWriter {
 public:
     CByteWriter(QByteArray& data, long long size) : at(grow(data, size)), end(at + size) {}
+    // For the items of a list.
+    CByteWriter(QByteArray& data, int itemSize, size_t count)
+        : at(beginList(data, itemSize, count)), end(at + itemSize * static_cast<long long>(count))
+    {
+    }
     ~CByteWriter() { assert(at == end); }
     CByteWriter(const CByteWriter&) = delete;
     CByteWriter& operator=(const CByteWriter&) = delete;
