@@ -201,8 +201,8 @@ TEST(GqtoolDecode, printsFrames)
 struct Faulty {
     const char* form;
     const char* bytes;
-    const char* errors;  // lines, without the program's name
-    const char* library; // the last line of the output
+    const char* errors; // lines, without the program's name
+    const char* reader; // the last line of the output
 };
 
 TEST(GqtoolDecode, saysWhatIsWrongAndWhere)
@@ -248,7 +248,7 @@ TEST(GqtoolDecode, saysWhatIsWrongAndWhere)
         const Outcome outcome = run({"decode", "--as", faulty.form, faulty.bytes});
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_EQ(QString(outcome.errors).remove("gqtool: ").toStdString(), faulty.errors);
-        EXPECT_EQ(outcome.output.trimmed().section('\n', -1).toStdString(), faulty.library);
+        EXPECT_EQ(outcome.output.trimmed().section('\n', -1).toStdString(), faulty.reader);
     }
 }
 
