@@ -128,6 +128,30 @@ TEST(GqtoolRepeat, keepsAnInterval)
     EXPECT_GE(msSince(start), 300);
 }
 
+TEST(GqtoolRepeat, tellsWhatItHasWhenItIsInterrupted)
+{
+    for (const int signal : {SIGINT, SIGTERM}) {
+        SCOPED_TRACE(signal);
+        RunningStation station;
+        RunningProgram call(
+            GQTOOL, {"call", station.endpoint, "--json", "--repeat", "9", "--interval", "3600000", "systemState"});
+        EXPECT_TRUE(call.nextLine().contains("\"request\":1"));
+        EXPECT_EQ(call.end(signal), 0);
+        const QString sum = call.nextLine();
+        EXPECT_TRUE(sum.startsWith("{\"failures\":0,") && sum.endsWith(",\"requests\":1}")) << sum.toStdString();
+    }
+}
+
+TEST(GqtoolRepeat, doesNotCountTheRequestThatASignalCutsShort)
+{
+    RunningStation station({"--silent"});
+    RunningProgram call(GQTOOL, {"call", station.endpoint, "--repeat", "9", "--timeout", "3600000", "systemState"});
+    EXPECT_TRUE(station.nextLine().endsWith(" connected"));
+    EXPECT_TRUE(station.nextLine().endsWith(": not answered")) << "so it waits for the reply";
+    EXPECT_EQ(call.end(SIGINT), 0);
+    EXPECT_EQ(call.nextLine(), "requests    0");
+}
+
 TEST(GqtoolRepeat, showsItsProgressOnATerminal)
 {
     const Descriptor terminal(posix_openpt(O_RDWR | O_NOCTTY));

@@ -34,7 +34,11 @@ inline Outcome run(const QStringList& arguments)
 // A program that runs beside the test, until it ends or is told to.
 class RunningProgram {
 public:
-    RunningProgram(const QString& program, const QStringList& arguments) { process.start(program, arguments); }
+    RunningProgram(const QString& program, const QStringList& arguments)
+    {
+        process.start(program, arguments);
+        process.waitForStarted(waitMs); // there is nothing to end before
+    }
     ~RunningProgram() { end(); }
 
     // Ends it by a signal. Its exit code, or -1 if it has none.

@@ -214,7 +214,8 @@ int runCall(const QStringList& arguments)
         formList() +
         "\n"
         "With --repeat it makes the request many times and prints how many failed, the requests per second, and the\n"
-        "least, median and largest time of the good ones. It connects anew behind each failure; that is not timed.");
+        "least, median and largest time of the good ones. It connects anew behind each failure; that is not timed.\n"
+        "SIGINT and SIGTERM end it early, with what came of the requests so far.");
     const QCommandLineOption timeout("timeout", "Longest wait for each read and write (9000).", "MS", "9000");
     const QCommandLineOption udp("udp", "Ask by datagrams; the answer to one that is lost is a time-out.");
     const QCommandLineOption repeat("repeat", "Make the request that many times.", "TIMES");

@@ -7,9 +7,12 @@
 #include <QJsonArray>
 #include <QMap>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
-#include <thread>
+#include <csignal>
+#include <ctime>
 
 using Clock = std::chrono::steady_clock;
 
@@ -109,16 +112,50 @@ static QJsonObject jsonOf(const Tally& tally)
     return sum;
 }
 
+static volatile std::sig_atomic_t isEnded = 0;
+
+static void end(int)
+{
+    isEnded = 1;
+    alarm(1); // again, should this signal have come just ahead of a wait
+}
+
+// A run that is interrupted ends with what came of it so far. A second signal ends the program at once.
+static void endOnSignals()
+{
+    struct sigaction action = {}; // no SA_RESTART: a request under way is given up
+    action.sa_handler = end;
+    sigaction(SIGALRM, &action, nullptr);
+    action.sa_flags = SA_RESETHAND;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+// Ends early on a signal, unlike the waits of std::this_thread.
+static void waitUntil(Clock::time_point moment)
+{
+    const auto left = std::chrono::nanoseconds(moment - Clock::now()).count();
+    if (left <= 0)
+        return;
+    const timespec time = {left / 1000000000, left % 1000000000};
+    nanosleep(&time, nullptr);
+}
+
 int callRepeatedly(CallClient& client, const CallRun& run)
 {
+    endOnSignals();
     Tally tally;
     Progress progress;
     const Clock::time_point begin = Clock::now();
     Clock::time_point next = begin;
     while (tally.requests < run.times) {
-        std::this_thread::sleep_until(next);
+        waitUntil(next);
+        if (isEnded)
+            break;
         next = Clock::now() + std::chrono::milliseconds(run.intervalMs);
         const CallReply reply = client.call(run.request);
+        if (isEnded && reply.result != 1)
+            break; // failed by the signal alone
         ++tally.requests;
         if (reply.result == 1)
             tally.times.push_back(reply.milliseconds);
