@@ -87,8 +87,10 @@ int runStation(const QStringList& arguments)
         options.script.add("reply every wrong-end", error);
     if (parser.isSet(closes))
         options.script.add("reply every close-after 0", error);
-    if (parser.isSet(script) && !options.script.read(parser.value(script), error))
-        return usageError(error);
+    if (parser.isSet(script) && !options.script.read(parser.value(script), error)) {
+        printError(error);
+        return exitFailed;
+    }
 
     // Neither is ever destroyed: their threads run until the process ends.
     static StationLog& log = *new StationLog;
