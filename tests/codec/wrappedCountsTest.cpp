@@ -9,11 +9,16 @@
 
 #include <gtest/gtest.h>
 
+using gqdb::BlobDataInfo;
 using gqdb::BoolData;
 using gqdb::BoolRealData;
 using gqdb::CByte2Rdb;
 using gqdb::CByte2Val;
+using gqdb::FloatData;
 using gqdb::FloatRealData;
+using gqdb::IntData;
+using gqdb::IntRealData;
+using gqdb::PointRealData;
 
 TEST(WrappedCount, growsAListOfIntsAndReadsNone)
 {
@@ -85,4 +90,58 @@ TEST(WrappedCount, growsAListOfBoolStatesAndReadsNone)
     EXPECT_EQ(CByte2Rdb::byte2BoolDatas(bytes.data(), 18, list), -5);
     ASSERT_EQ(list.size(), 429496730u);
     EXPECT_EQ(list[0].stamp1, 0u);
+}
+
+TEST(WrappedCount, growsAListOfFloatStatesAndReadsNone)
+{
+    const RepeatedMemory memory;
+    const std::vector<char> bytes =
+        heapBytes("93244912"_hex + QByteArray(14, '\x55')); // 306783379 * 14 + 4 wraps to 14
+    std::vector<FloatData> list;
+    EXPECT_EQ(CByte2Rdb::byte2FloatDatas(bytes.data(), 18, list), -5);
+    ASSERT_EQ(list.size(), 306783379u);
+    EXPECT_EQ(list[0].stamp1, 0u);
+}
+
+TEST(WrappedCount, growsAListOfIntValuesAndReadsNone)
+{
+    const RepeatedMemory memory;
+    const std::vector<char> bytes =
+        heapBytes("8fe3380e"_hex + QByteArray(18, '\x55')); // 238609295 * 18 + 4 wraps to 18
+    std::vector<IntRealData> list;
+    EXPECT_EQ(CByte2Rdb::byte2IntRealDatas(bytes.data(), 22, list), -5);
+    ASSERT_EQ(list.size(), 238609295u);
+    EXPECT_EQ(list[0].pointId, 0u);
+}
+
+TEST(WrappedCount, growsAListOfIntStatesAndReadsNone)
+{
+    const RepeatedMemory memory;
+    const std::vector<char> bytes =
+        heapBytes("93244912"_hex + QByteArray(14, '\x55')); // 306783379 * 14 + 4 wraps to 14
+    std::vector<IntData> list;
+    EXPECT_EQ(CByte2Rdb::byte2IntDatas(bytes.data(), 18, list), -5);
+    ASSERT_EQ(list.size(), 306783379u);
+    EXPECT_EQ(list[0].stamp1, 0u);
+}
+
+TEST(WrappedCount, growsAListOfPointValuesAndReadsNone)
+{
+    const RepeatedMemory memory;
+    const std::vector<char> bytes = heapBytes("5f427b09"_hex + QByteArray(27, '\x55')); // 159072863 * 27 + 4 wraps to 9
+    std::vector<PointRealData> list;
+    EXPECT_EQ(CByte2Rdb::byte2PointRealDatas(bytes.data(), 31, list), -5);
+    ASSERT_EQ(list.size(), 159072863u);
+    EXPECT_EQ(list[0].pointId, 0u);
+}
+
+TEST(WrappedCount, growsAListOfBlobHeadsAndReadsNone)
+{
+    const RepeatedMemory memory;
+    const std::vector<char> bytes =
+        heapBytes("8fe3380e"_hex + QByteArray(18, '\x55')); // 238609295 * 18 + 4 wraps to 18
+    std::vector<BlobDataInfo> list;
+    EXPECT_EQ(CByte2Rdb::byte2BlobDataInfos(bytes.data(), 22, list), -5);
+    ASSERT_EQ(list.size(), 238609295u);
+    EXPECT_EQ(list[0].pointId, 0u);
 }
