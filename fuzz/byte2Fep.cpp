@@ -131,8 +131,8 @@ static int commItemResult(const char* buf, int size)
     if (size < 25 || behindText3 == 0)
         return 0;
     const int text3 = behindText3 - recordSize({{4, textField, textField}}, buf, size);
-    const int wanted = text3 - 2; // bytes behind the record, or less than it has
-    const int used = recordSize({{4, textField, textField, textField, 2, textField, 4, textField}}, buf, size - wanted);
+    const int wanted = text3 - 2; // bytes behind the record
+    const int used = recordSize(commItem, buf, size - wanted);
     if (used == 0)
         return 0;
     const int text4 = 2 + static_cast<int>(numberOf2(buf + behindText3 + 2));
@@ -168,13 +168,19 @@ static void checkCommItems(const Layout& layout, const Reading& reading)
     if (reading.size < 4)
         return requireResult(reading, 0);
     int at = 4;
+    bool isPlain = true;
+    QByteArray again(reading.buf, at); // each record where the results ahead of it lead
     for (unsigned int left = numberOf4(reading.buf); left > 0; --left) {
-        const int more = at < reading.size ? commItemResult(reading.buf + at, reading.size - at) : 0;
+        const char* const record = reading.buf + at;
+        const int more = at < reading.size ? commItemResult(record, reading.size - at) : 0;
         if (more == 0)
             return requireResult(reading, 0);
+        isPlain = isPlain && hasPlainTexts(layout, record);
+        again.append(record, recordSize(layout, record, reading.size - at));
         at += more;
     }
     requireResult(reading, 1);
+    require(!isPlain || reading.left == again, "the records are not the same when written again");
 }
 
 const std::vector<Target> byte2FepTargets = {

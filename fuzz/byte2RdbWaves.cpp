@@ -1,7 +1,7 @@
 #include "byte2Rdb.h"
 #include "target.h"
 
-#include <cstring>
+#include <zlib.h>
 
 using namespace gqdb;
 
@@ -25,6 +25,18 @@ static void readWave(Reading& reading)
         CByte2Val::float2Byte(sample, reading.left);
 }
 
+// Whether they unpack, as zlib alone sees it.
+static bool unpack(QByteArray& samples)
+{
+    static Bytef block[CByte2Rdb::waveBlockSize];
+    uLongf size = sizeof block;
+    if (uncompress(block, &size, reinterpret_cast<const Bytef*>(samples.constData()),
+                   static_cast<uLong>(samples.size())) != Z_OK)
+        return false;
+    samples = QByteArray(reinterpret_cast<const char*>(block), static_cast<int>(size));
+    return true;
+}
+
 static void checkWave(const Layout&, const Reading& reading)
 {
     if (reading.size < headSize)
@@ -35,18 +47,18 @@ static void checkWave(const Layout&, const Reading& reading)
     const long long markBytes = 4LL * numberOf4(reading.buf + 52);
     if (markBytes > 0 && reading.size < headSize + markBytes + 96) // with marks, 96 bytes of samples
         return requireResult(reading, 0);
-    if (isCompressed)
-        return require(reading.result == 0 || reading.result == 1, "the result is neither 0 nor 1");
-    requireResult(reading, 1);
 
     const int samplesAt = headSize + static_cast<int>(markBytes);
-    if (reading.buf[1] & 3) { // 2 bytes each
-        const int samples = (reading.size - samplesAt) / 2;
-        require(reading.left.size() == samplesAt + 4 * samples, "the samples are not as many as their bytes");
-        require(reading.left.left(samplesAt) == QByteArray(reading.buf, samplesAt), "head or marks are not the same");
-    } else {
-        requireWrittenAgain(reading, samplesAt + (reading.size - samplesAt) / 4 * 4);
-    }
+    QByteArray samples(reading.buf + samplesAt, reading.size - samplesAt);
+    if (isCompressed && !unpack(samples))
+        return requireResult(reading, 0);
+    requireResult(reading, 1);
+    require(reading.left.left(samplesAt) == QByteArray(reading.buf, samplesAt), "head or marks are not the same");
+    if (reading.buf[1] & 3) // 2 bytes each
+        require(reading.left.size() == samplesAt + 4 * (samples.size() / 2),
+                "the samples are not as many as their bytes");
+    else
+        require(reading.left.mid(samplesAt) == samples.left(samples.size() / 4 * 4), "the samples are not the same");
 }
 
 const std::vector<Target> byte2RdbWaveTargets = {

@@ -115,7 +115,8 @@ void runTarget(const Target& target, const char* data, int size)
         return;
     }
     if (amid.result == tooMuch)
-        return;
+        return require(alone.result == tooMuch || countsTooMuch(target.layout, amid),
+                       "what fits alone fails to allocate behind other elements");
     require(amid.result == alone.result, "the result depends on what lies behind or ahead");
     if (amid.ahead > 0)
         alone.left.remove(0, 4);
