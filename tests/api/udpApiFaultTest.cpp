@@ -56,6 +56,7 @@ TEST_F(UdpApiRequestFault, staysAReplyBehindOnceOneWasDoubled)
         client.give("68 04000000 0000 00 00 30"_hex + QByteArray(1, char(request)) + "000000 0000 16"_hex);
         EXPECT_EQ(client.requestInt(0x30, request), request - 1);
     }
+    EXPECT_EQ(client.link(), "up, open");
 }
 
 TEST_F(UdpApiRequestFault, takesTheDatagramsOfAListAsTheyCome)
@@ -82,6 +83,8 @@ TEST_F(UdpApiRequestFault, takesTheDatagramsOfAListAsTheyCome)
     EXPECT_EQ(client.requestInts(request, 2, out), 0);
     EXPECT_EQ(out, (std::vector<int>{2}));
     EXPECT_EQ(client.link(), "up, open");
+    client.give(reply7);
+    EXPECT_EQ(askOnce(), answered);
 }
 
 // The system hands a connected socket what its peer sent and nothing else.

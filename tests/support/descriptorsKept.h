@@ -9,8 +9,8 @@
 // For tests behind which no descriptor may be left over.
 class DescriptorsKept : public testing::Test {
 protected:
-    ~DescriptorsKept() override { EXPECT_TRUE(openedSince(before).empty()); }
+    ~DescriptorsKept() override { EXPECT_TRUE(openedSince(atFirst).empty()); }
 
 private:
-    const std::set<int> before = openDescriptors();
+    const std::set<int> atFirst = openDescriptors();
 };

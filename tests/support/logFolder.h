@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/descriptorsKept.h"
+
 #include "gqFileLog.h"
 
 #include <QTemporaryDir>
@@ -24,8 +26,8 @@ public:
     using CGqFileLog::withTime;
 };
 
-// A folder for the files of a test.
-class LogFolder : public testing::Test {
+// A folder for the files of a test, behind which no descriptor may be left over.
+class LogFolder : public DescriptorsKept {
 protected:
     void SetUp() override { ASSERT_TRUE(folder.isValid()); }
 
