@@ -157,7 +157,8 @@ static void readCommItems(Reading& reading)
 {
     std::vector<CommItem> list(elementsAhead(reading));
     reading.result = CByte2Fep::byte2CommItems(reading.buf, reading.size, list);
-    list.resize(std::min(list.size(), mostElements(commItem, reading)));
+    const size_t leastResult = 18; // for a record of 20 bytes: the next one begins in it
+    list.resize(std::min(list.size(), reading.ahead + static_cast<size_t>(reading.size) / leastResult + 1));
     CByte2Fep::commItems2Byte(list, reading.left);
 }
 
