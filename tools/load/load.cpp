@@ -152,6 +152,8 @@ struct Memory {
 
     // Heaps of many threads settle slowly; what leaks by the request is far beyond this.
     bool hasGrown() const { return warm > 0 && last > warm + warm / 10 + 1024; }
+
+    QString verdict() const { return warm == 0 ? "  TOO SHORT TO TELL" : hasGrown() ? "  GROWN" : ""; }
 };
 
 // --- The run ------------------------------------------------------------------------------------------------------
@@ -189,11 +191,8 @@ static double secondsSince(Clock::time_point begin)
 
 static void printMemory(const char* side, const Memory& memory)
 {
-    printLine(QString("%1 %2 kB %3 kB%4")
-                  .arg(side, -10)
-                  .arg(memory.warm, 13)
-                  .arg(memory.last, 10)
-                  .arg(memory.hasGrown() ? "  GROWN" : ""));
+    printLine(
+        QString("%1 %2 kB %3 kB%4").arg(side, -10).arg(memory.warm, 13).arg(memory.last, 10).arg(memory.verdict()));
 }
 
 // Whether all went well.
