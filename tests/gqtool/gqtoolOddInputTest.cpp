@@ -30,7 +30,7 @@ TEST(GqtoolStation, refusesAnAddressThatIsNone)
 TEST(GqtoolStation, tellsThatItsScriptCantBeRead)
 {
     const Outcome outcome = run({"station", "--script", "/proc/self/mem"}); // opens, and fails to be read
-    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
     EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't read /proc/self/mem: Input/output error\n"))
         << outcome.errors.toStdString();
@@ -40,6 +40,6 @@ TEST(GqtoolStation, readsItsScriptBehindAZeroByte)
 {
     const InputFile script(QByteArray("# \0\nnonsense\n", 13));
     const Outcome outcome = run({"station", "--script", script.path});
-    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_TRUE(outcome.errors.contains(", line 2: ")) << outcome.errors.toStdString();
 }
