@@ -50,6 +50,15 @@ public:
     static constexpr int frameOverhead = 13;
     static constexpr int rawBufferSize = 655350; // bounds one read, not a frame
 
+    // The commands of the ready-made operations of CTcpAPI and CUdpAPI, which document the payloads.
+    enum Command : unsigned char {
+        systemStateCommand = 1,
+        systemTimeCommand = 2,
+        clearCommand = 3,
+        setTimeCommand = 5,
+        setStateCommand = 6,
+    };
+
     CSocketAPI();
     ~CSocketAPI();
     CSocketAPI(const CSocketAPI&) = delete;

@@ -80,23 +80,23 @@ int CTcpAPI::close()
 
 int CTcpAPI::systemState()
 {
-    return requestInt(1, currentTime());
+    return requestInt(systemStateCommand, currentTime());
 }
 
 int CTcpAPI::systemTime()
 {
-    return requestInt(2, currentTime());
+    return requestInt(systemTimeCommand, currentTime());
 }
 
 int CTcpAPI::clear()
 {
-    return requestInt(3, currentTime());
+    return requestInt(clearCommand, currentTime());
 }
 
 int CTcpAPI::setTime(int first, int second)
 {
     QByteArray frame;
-    addHeader(5, 0, 0, frame);
+    addHeader(setTimeCommand, 0, 0, frame);
     int2Byte(first, frame); // two bare integers: this payload has no count
     int2Byte(second, frame);
     addEnd(frame);
@@ -106,7 +106,7 @@ int CTcpAPI::setTime(int first, int second)
 
 int CTcpAPI::setState(int value)
 {
-    return requestInt(6, value);
+    return requestInt(setStateCommand, value);
 }
 
 // --- Requests -----------------------------------------------------------------------------------------------------

@@ -43,27 +43,27 @@ int CUdpAPI::close()
 
 int CUdpAPI::systemState()
 {
-    return requestInt(1, currentTime());
+    return requestInt(systemStateCommand, currentTime());
 }
 
 int CUdpAPI::systemTime()
 {
-    return requestInt(2, currentTime());
+    return requestInt(systemTimeCommand, currentTime());
 }
 
 int CUdpAPI::clear()
 {
-    return requestInt(3, currentTime());
+    return requestInt(clearCommand, currentTime());
 }
 
 int CUdpAPI::setTime(int first, int second)
 {
-    return requestInt(5, std::vector<int>{first, second}); // deliberately with a count, unlike over TCP
+    return requestInt(setTimeCommand, std::vector<int>{first, second}); // deliberately with a count, unlike over TCP
 }
 
 int CUdpAPI::setState(int value)
 {
-    return requestInt(6, value);
+    return requestInt(setStateCommand, value);
 }
 
 // --- Requests -----------------------------------------------------------------------------------------------------

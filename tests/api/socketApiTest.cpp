@@ -26,6 +26,11 @@ static_assert(!std::has_virtual_destructor_v<CSocketAPI>, "destroyed through its
 static_assert(CSocketAPI::frameStart == 0x68);
 static_assert(CSocketAPI::frameEnd == 0x16);
 static_assert(CSocketAPI::errorCommand == 0xff);
+static_assert(CSocketAPI::systemStateCommand == 1);
+static_assert(CSocketAPI::systemTimeCommand == 2);
+static_assert(CSocketAPI::clearCommand == 3);
+static_assert(CSocketAPI::setTimeCommand == 5);
+static_assert(CSocketAPI::setStateCommand == 6);
 static_assert(CSocketAPI::headerSize == 10);
 static_assert(CSocketAPI::frameOverhead == 13);
 static_assert(CSocketAPI::rawBufferSize == 655350);
