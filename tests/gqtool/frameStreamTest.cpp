@@ -1,4 +1,4 @@
-#include "gqtool/frameStream.h"
+#include "gqtool/frames/frameStream.h"
 
 #include "support/hex.h"
 

@@ -1,4 +1,4 @@
-#include "gqtool/frameText.h"
+#include "gqtool/frames/frameText.h"
 
 #include "support/goldenFile.h"
 #include "support/hex.h"

@@ -1,7 +1,7 @@
 // gqtool decode: what it finds in bytes, against the golden files, faults, and the library's own readers.
 
-#include "gqtool/frameBytes.h"
-#include "gqtool/recordBytes.h"
+#include "gqtool/frames/frameCodec.h"
+#include "gqtool/records/recordDecoding.h"
 #include "support/chance.h"
 #include "support/goldenRecords.h"
 #include "support/gqtoolProgram.h"

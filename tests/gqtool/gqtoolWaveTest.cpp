@@ -1,4 +1,4 @@
-#include "gqtool/waveDrawing.h"
+#include "shared/waveDrawing.h"
 
 #include "support/gqtoolProgram.h"
 #include "support/hex.h"

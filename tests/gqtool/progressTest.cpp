@@ -1,6 +1,6 @@
 // The progress line, on standard error made a terminal.
 
-#include "gqtool/progress.h"
+#include "shared/progress.h"
 #include "support/plainSockets.h"
 
 #include <gtest/gtest.h>

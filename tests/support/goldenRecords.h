@@ -1,7 +1,8 @@
 #pragma once
 
-#include "gqtool/recordFields.h"
-#include "gqtool/recordJson.h"
+#include "gqtool/records/jsonText.h"
+#include "gqtool/records/recordFields.h"
+#include "gqtool/records/recordJson.h"
 #include "support/goldenFile.h"
 
 #include <QDir>

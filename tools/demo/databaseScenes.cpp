@@ -1,9 +1,9 @@
 #include "databaseScenes.h"
 
 #include "demo.h"
-#include "gqtool/console.h"
-#include "gqtool/stationProtocol.h"
-#include "gqtool/waveDrawing.h"
+#include "shared/console.h"
+#include "shared/stationProtocol.h"
+#include "shared/waveDrawing.h"
 
 #include <QDateTime>
 #include <QFile>

@@ -6,9 +6,9 @@
 
 #include "databaseScenes.h"
 #include "frontEndScenes.h"
-#include "gqtool/console.h"
-#include "gqtool/stationProtocol.h"
-#include "stationProcess.h"
+#include "shared/console.h"
+#include "shared/stationProcess.h"
+#include "shared/stationProtocol.h"
 
 #include <QDateTime>
 #include <QDir>

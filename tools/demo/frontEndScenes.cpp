@@ -1,8 +1,8 @@
 #include "frontEndScenes.h"
 
 #include "demo.h"
-#include "gqtool/console.h"
-#include "gqtool/stationProtocol.h"
+#include "shared/console.h"
+#include "shared/stationProtocol.h"
 
 using namespace gqdb;
 

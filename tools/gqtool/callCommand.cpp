@@ -1,9 +1,10 @@
-#include "callClient.h"
-#include "callRun.h"
 #include "command.h"
-#include "console.h"
+#include "commandLine.h"
+#include "gqtool/call/callClient.h"
+#include "gqtool/call/callRun.h"
 #include "input.h"
-#include "stationProtocol.h"
+#include "shared/console.h"
+#include "shared/stationProtocol.h"
 
 #include <QCommandLineParser>
 #include <QDateTime>

@@ -1,9 +1,10 @@
 #include "command.h"
-#include "console.h"
-#include "frameBytes.h"
+#include "commandLine.h"
+#include "gqtool/frames/frameCodec.h"
+#include "gqtool/records/jsonText.h"
+#include "gqtool/records/recordDecoding.h"
 #include "input.h"
-#include "recordBytes.h"
-#include "recordJson.h"
+#include "shared/console.h"
 
 #include <QCommandLineParser>
 

@@ -1,7 +1,8 @@
 #include "input.h"
 
 #include "command.h"
-#include "console.h"
+#include "commandLine.h"
+#include "shared/console.h"
 
 #include <QCommandLineParser>
 #include <QFile>

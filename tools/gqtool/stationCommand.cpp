@@ -1,6 +1,7 @@
 #include "command.h"
-#include "console.h"
-#include "station.h"
+#include "commandLine.h"
+#include "gqtool/station/station.h"
+#include "shared/console.h"
 
 #include <QCommandLineParser>
 

@@ -1,6 +1,7 @@
 #include "command.h"
-#include "console.h"
+#include "commandLine.h"
 #include "input.h"
+#include "shared/console.h"
 
 #include <QCommandLineParser>
 

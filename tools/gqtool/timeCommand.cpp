@@ -1,5 +1,6 @@
 #include "command.h"
-#include "console.h"
+#include "commandLine.h"
+#include "shared/console.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

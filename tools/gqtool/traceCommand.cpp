@@ -1,7 +1,8 @@
 #include "command.h"
-#include "console.h"
-#include "traceOutput.h"
-#include "traceRelay.h"
+#include "commandLine.h"
+#include "gqtool/trace/traceOutput.h"
+#include "gqtool/trace/traceRelay.h"
+#include "shared/console.h"
 
 #include <QCommandLineParser>
 

@@ -1,8 +1,9 @@
 #include "command.h"
-#include "console.h"
+#include "commandLine.h"
 #include "input.h"
-#include "progress.h"
-#include "waveDrawing.h"
+#include "shared/console.h"
+#include "shared/progress.h"
+#include "shared/waveDrawing.h"
 
 #include <QCommandLineParser>
 #include <QFile>

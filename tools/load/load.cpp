@@ -1,10 +1,10 @@
 // Loads a simulated station with clients that ask without a pause, each in a thread of its own, and checks every reply.
 // Ends with 0 only if each was right and neither side's memory has grown. For scripts/load.
 
-#include "gqtool/console.h"
-#include "gqtool/progress.h"
-#include "gqtool/stationProtocol.h"
-#include "stationProcess.h"
+#include "shared/console.h"
+#include "shared/progress.h"
+#include "shared/stationProcess.h"
+#include "shared/stationProtocol.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "stationScript.h"
 
-#include "command.h"
+#include "gqtool/commandLine.h"
 
 #include <QFile>
 #include <QRegularExpression>

@@ -1,6 +1,6 @@
 #include "pointDatabase.h"
 
-#include "stationProtocol.h"
+#include "shared/stationProtocol.h"
 
 #include <QDateTime>
 

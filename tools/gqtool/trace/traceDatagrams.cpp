@@ -1,5 +1,5 @@
-#include "console.h"
-#include "progress.h"
+#include "shared/console.h"
+#include "shared/progress.h"
 #include "traceRelay.h"
 
 #include <poll.h>

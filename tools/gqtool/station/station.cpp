@@ -1,9 +1,9 @@
 #include "station.h"
 
-#include "console.h"
 #include "frontEnd.h"
 #include "pointDatabase.h"
-#include "stationProtocol.h"
+#include "shared/console.h"
+#include "shared/stationProtocol.h"
 
 #include <QDateTime>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recordBytes.h"
+#include "gqtool/records/recordDecoding.h"
 
 #include <QJsonValue>
 #include <QStringList>

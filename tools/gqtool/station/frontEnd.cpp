@@ -1,6 +1,6 @@
 #include "frontEnd.h"
 
-#include "stationProtocol.h"
+#include "shared/stationProtocol.h"
 
 #include <byte2Fep.h>
 

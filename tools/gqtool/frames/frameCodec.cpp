@@ -1,7 +1,7 @@
-#include "frameBytes.h"
+#include "frameCodec.h"
 
 #include "frameStream.h"
-#include "recordJson.h"
+#include "gqtool/records/jsonText.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

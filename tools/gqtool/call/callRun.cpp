@@ -1,8 +1,8 @@
 #include "callRun.h"
 
-#include "command.h"
-#include "console.h"
-#include "progress.h"
+#include "gqtool/command.h"
+#include "shared/console.h"
+#include "shared/progress.h"
 
 #include <QJsonArray>
 #include <QMap>

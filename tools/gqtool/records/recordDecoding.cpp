@@ -1,5 +1,6 @@
-#include "recordBytes.h"
+#include "recordDecoding.h"
 
+#include "jsonText.h"
 #include "recordJson.h"
 
 #include <QStringList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frameStream.h"
+#include "gqtool/frames/frameStream.h"
 
 #include <QFile>
 #include <QJsonObject>

@@ -1,7 +1,7 @@
 #include "traceOutput.h"
 
-#include "console.h"
-#include "frameText.h"
+#include "gqtool/frames/frameText.h"
+#include "shared/console.h"
 
 #include <QDateTime>
 #include <QJsonDocument>

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonValue>
+#include <QString>
+
+#include <vector>
+
+// Values as JSON text.
+QString jsonText(const QString& text);
+QString jsonText(const QByteArray& bytes); // of a text or of bytes: a string, or {"hex": ...}
+QString jsonText(float value);
+QString jsonText(double value);
+QString jsonText(const std::vector<float>& values);
+QString jsonText(const std::vector<int>& values);
+
+// Puts objects and arrays together.
+class JsonBuilder {
+public:
+    void begin(const char* name, char bracket);
+    void end(char bracket);
+    void add(const char* name, const QString& value);
+
+    QString text;
+
+private:
+    void separate(const char* name);
+};
+
+// A text or bytes. False if the value is neither a string nor {"hex": ...}.
+bool takeBytes(const QJsonValue& value, QByteArray& bytes);
