@@ -1,9 +1,9 @@
 #include "tcpApi.h"
 
-#include "frameReader.h"
+#include "currentTime.h"
 #include "gqSocketUnix.h"
+#include "replyFrame.h"
 
-#include <climits>
 #include <new>
 
 namespace gqdb {
@@ -166,7 +166,7 @@ int CTcpAPI::requestInt(unsigned char command, const std::vector<int>& values)
 
 int CTcpAPI::sendDatas(const QByteArray& frame)
 {
-    dropFrame(recvFrame, recvFrameSize); // what was left of an earlier reply is given up
+    CReplyFrame(recvFrame, recvFrameSize).drop(); // the rest of an earlier reply
     if (socket == nullptr)
         return -1;
     if (socket->send(frame.constData(), frame.size()) > 0)
@@ -195,52 +195,44 @@ int CTcpAPI::sendInt(unsigned char command, int value)
 
 int CTcpAPI::sendInts(unsigned char command, const std::vector<int>& values)
 {
-    const int count = static_cast<int>(values.size());
     QByteArray frame;
-    if (count <= (INT_MAX - frameOverhead) / 4) // a hint, four bytes short of the frame
-        frame.reserve(frameOverhead + 4 * count);
     addHeader(command, 0, 0, frame);
-    int2Byte(count, frame);
-    for (const int value : values)
-        int2Byte(value, frame);
+    list2Byte(values, frame);
     addEnd(frame);
     return sendDatas(frame);
 }
 
 // --- Receiving ----------------------------------------------------------------------------------------------------
 
+// Receives a frame of a reply for CReplyFrame.
+static int receive(CSocketAPI& client, int& len)
+{
+    return static_cast<CTcpAPI&>(client).recvDatas(len);
+}
+
 int CTcpAPI::recvInt()
 {
-    int len = 0;
-    int result = recvDatas(len);
-    if (result == 1) {
-        int value = 0;
-        const char* payload = framePayload(recvFrame, len);
-        result = parseInt(payload, len, value);
-        dropFrame(recvFrame, recvFrameSize);
-        if (result == 1)
-            return value;
-    }
+    int value = 0;
+    const int result = CReplyFrame(recvFrame, recvFrameSize).receiveInt(*this, receive, value);
+    if (result == 1)
+        return value;
     connected = false; // deliberately also after an error frame, while the socket stays open: one more request fails
     return result;
 }
 
 int CTcpAPI::recvBytes(int count, std::vector<unsigned char>& out)
 {
-    return receiveBytes(
-        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
+    return CReplyFrame(recvFrame, recvFrameSize).receiveBytes(*this, receive, count, out);
 }
 
 int CTcpAPI::recvInts(int count, std::vector<int>& out)
 {
-    return receiveInts(
-        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
+    return CReplyFrame(recvFrame, recvFrameSize).receiveInts(*this, receive, count, out);
 }
 
 int CTcpAPI::recvStrings(int count, QStringList& out)
 {
-    return receiveStrings(
-        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
+    return CReplyFrame(recvFrame, recvFrameSize).receiveStrings(*this, receive, count, out);
 }
 
 int CTcpAPI::recvDatas(int& len)
@@ -257,17 +249,17 @@ int CTcpAPI::recvDatas(int& len)
         pos = 0;
     } while (!recvData(recvBuffer, count, pos));
     // Bytes of this read behind the frame are lost with it: one request, one reply.
-    return frameResult(recvFrame, recvFrameSize, len);
+    return CReplyFrame(recvFrame, recvFrameSize).result(len);
 }
 
 bool CTcpAPI::recvData(const char* buf, int size, int& pos)
 {
-    return feedFrame(buf, size, pos, recvFrame, recvFrameSize);
+    return CReplyFrame(recvFrame, recvFrameSize).feed(buf, size, pos);
 }
 
 bool CTcpAPI::isRecvOk(int& len)
 {
-    return isFrameOk(recvFrame, recvFrameSize, len);
+    return CReplyFrame(recvFrame, recvFrameSize).isOk(len);
 }
 
 } // namespace gqdb

@@ -1,7 +1,8 @@
 #include "udpApi.h"
 
-#include "frameReader.h"
+#include "currentTime.h"
 #include "gqSocketUnix.h"
+#include "replyFrame.h"
 
 namespace gqdb {
 
@@ -118,7 +119,7 @@ int CUdpAPI::addEnd(QByteArray& data)
 
 int CUdpAPI::sendDatas(const QByteArray& frame)
 {
-    dropFrame(recvFrame, recvFrameSize); // what was left of an earlier reply is given up
+    CReplyFrame(recvFrame, recvFrameSize).drop(); // the rest of an earlier reply
     if (socket == nullptr)
         return -1;
     if (socket->send(frame.constData(), frame.size()) > 0)
@@ -141,44 +142,39 @@ int CUdpAPI::sendInts(unsigned char command, const std::vector<int>& values)
 {
     QByteArray frame;
     addHeader(command, 0, 0, frame);
-    int2Byte(static_cast<int>(values.size()), frame);
-    for (const int value : values)
-        int2Byte(value, frame);
+    list2Byte(values, frame);
     addEnd(frame);
     return sendDatas(frame);
 }
 
 // --- Receiving ----------------------------------------------------------------------------------------------------
 
+// Receives a frame of a reply for CReplyFrame.
+static int receive(CSocketAPI& client, int& len)
+{
+    return static_cast<CUdpAPI&>(client).recvDatas(len);
+}
+
 int CUdpAPI::recvInt()
 {
-    int len = 0;
-    const int result = recvDatas(len);
-    if (result != 1)
-        return result;
     int value = 0;
-    const char* payload = framePayload(recvFrame, len);
-    const int parsed = parseInt(payload, len, value);
-    dropFrame(recvFrame, recvFrameSize);
-    return parsed == 1 ? value : parsed;
+    const int result = CReplyFrame(recvFrame, recvFrameSize).receiveInt(*this, receive, value);
+    return result == 1 ? value : result;
 }
 
 int CUdpAPI::recvBytes(int count, std::vector<unsigned char>& out)
 {
-    return receiveBytes(
-        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
+    return CReplyFrame(recvFrame, recvFrameSize).receiveBytes(*this, receive, count, out);
 }
 
 int CUdpAPI::recvInts(int count, std::vector<int>& out)
 {
-    return receiveInts(
-        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
+    return CReplyFrame(recvFrame, recvFrameSize).receiveInts(*this, receive, count, out);
 }
 
 int CUdpAPI::recvStrings(int count, QStringList& out)
 {
-    return receiveStrings(
-        *this, recvFrame, recvFrameSize, [this](int& len) { return recvDatas(len); }, count, out);
+    return CReplyFrame(recvFrame, recvFrameSize).receiveStrings(*this, receive, count, out);
 }
 
 int CUdpAPI::recvDatas(int& len)
@@ -195,17 +191,17 @@ int CUdpAPI::recvDatas(int& len)
     int pos = 0;
     if (!recvData(recvBuffer, count, pos))
         return 0; // the part stays, and the next call goes on with it
-    return frameResult(recvFrame, recvFrameSize, len);
+    return CReplyFrame(recvFrame, recvFrameSize).result(len);
 }
 
 bool CUdpAPI::recvData(const char* buf, int size, int& pos)
 {
-    return feedFrame(buf, size, pos, recvFrame, recvFrameSize);
+    return CReplyFrame(recvFrame, recvFrameSize).feed(buf, size, pos);
 }
 
 bool CUdpAPI::isRecvOk(int& len)
 {
-    return isFrameOk(recvFrame, recvFrameSize, len);
+    return CReplyFrame(recvFrame, recvFrameSize).isOk(len);
 }
 
 } // namespace gqdb

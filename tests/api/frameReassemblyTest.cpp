@@ -346,6 +346,32 @@ TEST(TcpApiRecvData, givesTheSameFramesInPiecesOfAnySize)
     }
 }
 
+TEST(TcpApiRecvData, reservesNoMoreThanOneReadForAHeader)
+{
+    struct {
+        QByteArray lengthField;
+        int capacity;
+    } const cases[] = {
+        {"e9ff0900"_hex, 655350}, // a frame of 655,350 bytes
+        {"eaff0900"_hex, 655350}, // of one more
+        {"00000040"_hex, 655350}, // of 1 GiB
+        {"f2ffff7f"_hex, 655350}, // of 2,147,483,647 bytes
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(hex(c.lengthField));
+        FedClient client;
+        EXPECT_FALSE(client.feed(frameWith(c.lengthField, {})));
+        EXPECT_EQ(client.recvFrame.capacity(), c.capacity);
+    }
+}
+
+TEST(TcpApiRecvData, reservesAllOfASmallFrameAtItsHeader)
+{
+    FedClient client;
+    EXPECT_FALSE(client.feed(frameWith("00100000"_hex, {})));
+    EXPECT_EQ(client.recvFrame.capacity(), 4096 + 13);
+}
+
 TEST(TcpApiRecvData, assemblesAFrameLargerThanTheReadBuffer)
 {
     const int length = 1024 * 1024; // 0x00100000
