@@ -6,14 +6,14 @@
 #include <algorithm>
 #include <random>
 
-// A client whose reassembly can be seen and set. No test here needs its socket.
+// A client with public access to its reassembly. No test here needs its socket.
 class FedClient : public gqdb::CTcpAPI {
 public:
     using CTcpAPI::recvFrame;
     using CTcpAPI::recvFrameSize;
 
-    // Feeds all of `bytes`, in a heap block of their size, to one call. `pos` becomes the place behind the last byte
-    // that the call looked at.
+    // Passes all of `bytes`, in a heap block of their size, to one call. `pos` becomes the position after the last byte
+    // that the call read.
     bool feed(const QByteArray& bytes, int& pos)
     {
         pos = 0;
@@ -27,7 +27,7 @@ public:
     }
 };
 
-// 2 payload bytes, with the two bytes in it that start and end a frame, and checksum bytes that nobody looks at.
+// A payload of 2 bytes: the byte that starts a frame and the byte that ends one. The checksum bytes are ignored.
 static const QByteArray goodFrame = "68"       //  0 start
                                     "02000000" //  1 length
                                     "3412"     //  5 sequence
@@ -37,14 +37,14 @@ static const QByteArray goodFrame = "68"       //  0 start
                                     "abcd"     // 12 checksum
                                     "16"_hex;  // 14 end
 
-static QByteArray frameWith(const QByteArray& lengthField, const QByteArray& behindTheHeader)
+static QByteArray frameWith(const QByteArray& lengthField, const QByteArray& body)
 {
-    return "68"_hex + lengthField + "0000 0000 10"_hex + behindTheHeader;
+    return "68"_hex + lengthField + "0000 0000 10"_hex + body;
 }
 
 // --- Hunting for the start byte -------------------------------------------------
 
-TEST(TcpApiRecvData, skipsBytesAheadOfAStartByte)
+TEST(TcpApiRecvData, skipsBytesBeforeAStartByte)
 {
     FedClient client;
     int pos;
@@ -53,20 +53,20 @@ TEST(TcpApiRecvData, skipsBytesAheadOfAStartByte)
     EXPECT_TRUE(client.recvFrame.isEmpty());
 }
 
-TEST(TcpApiRecvData, beginsAFrameAtTheStartByte)
+TEST(TcpApiRecvData, startsAFrameAtTheStartByte)
 {
     FedClient client;
     client.recvFrameSize = 77;
     int pos;
     EXPECT_FALSE(client.feed("00 11"_hex, pos));
-    EXPECT_EQ(client.recvFrameSize, 77); // stays until a frame begins
+    EXPECT_EQ(client.recvFrameSize, 77); // kept until a frame begins
     EXPECT_FALSE(client.feed("00 68"_hex, pos));
     EXPECT_EQ(pos, 2);
     EXPECT_EQ(hex(client.recvFrame), "68");
     EXPECT_EQ(client.recvFrameSize, 0);
 }
 
-TEST(TcpApiRecvData, findsTheFrameBehindGarbage)
+TEST(TcpApiRecvData, findsTheFrameAfterGarbage)
 {
     FedClient client;
     int pos;
@@ -78,7 +78,7 @@ TEST(TcpApiRecvData, findsTheFrameBehindGarbage)
 
 // --- The header -----------------------------------------------------------------
 
-TEST(TcpApiRecvData, knowsTheSizeWithTheTenthByte)
+TEST(TcpApiRecvData, computesTheSizeAtTheTenthByte)
 {
     FedClient client;
     EXPECT_FALSE(client.feed(goodFrame.left(9)));
@@ -95,7 +95,7 @@ TEST(TcpApiRecvData, readsTheLengthLowByteFirst)
     EXPECT_EQ(client.recvFrameSize, 0x01020304 + 13);
 }
 
-TEST(TcpApiRecvData, takesAStartByteInTheHeaderAsPartOfIt)
+TEST(TcpApiRecvData, acceptsAStartByteWithinTheHeader)
 {
     FedClient client;
     EXPECT_FALSE(client.feed("68 68 00000000 68686868"_hex));
@@ -103,7 +103,7 @@ TEST(TcpApiRecvData, takesAStartByteInTheHeaderAsPartOfIt)
     EXPECT_EQ(client.recvFrameSize, 0x68 + 13);
 }
 
-TEST(TcpApiRecvData, goesOnTakingBytesWhenTheSizeWrapsToZeroOrBelow)
+TEST(TcpApiRecvData, keepsTakingBytesIfTheSizeWrapsToZeroOrBelow)
 {
     struct {
         QByteArray lengthField;
@@ -132,7 +132,7 @@ TEST(TcpApiRecvData, goesOnTakingBytesWhenTheSizeWrapsToZeroOrBelow)
     }
 }
 
-TEST(TcpApiRecvData, takesOneByteInTheHeaderAlsoWhenItIsThereAlready)
+TEST(TcpApiRecvData, takesOneHeaderByteEvenIfTheHeaderIsComplete)
 {
     FedClient client;
     client.recvFrame = goodFrame.left(10);
@@ -142,8 +142,8 @@ TEST(TcpApiRecvData, takesOneByteInTheHeaderAlsoWhenItIsThereAlready)
     EXPECT_EQ(client.recvFrameSize, 15);
 }
 
-// One byte for the header and one for the body, although the frame holds more than both ask for.
-TEST(TcpApiRecvData, takesOneByteInEachStateOfAFrameThatHoldsTooMuch)
+// Takes one byte for the header and one for the body, although the frame already has more than both need.
+TEST(TcpApiRecvData, takesOneByteInEachStateOfAnOversizedFrame)
 {
     FedClient client;
     client.recvFrame = goodFrame + goodFrame;
@@ -155,7 +155,7 @@ TEST(TcpApiRecvData, takesOneByteInEachStateOfAFrameThatHoldsTooMuch)
     EXPECT_EQ(client.recvFrameSize, 15);
 }
 
-TEST(TcpApiRecvData, doesNotLookForAStartByteInAFrameThatHasBytes)
+TEST(TcpApiRecvData, doesNotSearchForAStartByteInsideAFrame)
 {
     FedClient client;
     client.recvFrame = "00"_hex;
@@ -165,7 +165,7 @@ TEST(TcpApiRecvData, doesNotLookForAStartByteInAFrameThatHasBytes)
 
 // --- The body -------------------------------------------------------------------
 
-TEST(TcpApiRecvData, isDoneWithTheLastByte)
+TEST(TcpApiRecvData, isCompleteWithTheLastByte)
 {
     FedClient client;
     EXPECT_FALSE(client.feed(goodFrame.left(14)));
@@ -173,7 +173,7 @@ TEST(TcpApiRecvData, isDoneWithTheLastByte)
     EXPECT_EQ(hex(client.recvFrame), hex(goodFrame));
 }
 
-TEST(TcpApiRecvData, takesAFrameWithoutAPayload)
+TEST(TcpApiRecvData, acceptsAFrameWithoutPayload)
 {
     FedClient client;
     EXPECT_TRUE(client.feed("68 00000000 0000 0000 ff 0000 16"_hex));
@@ -181,7 +181,7 @@ TEST(TcpApiRecvData, takesAFrameWithoutAPayload)
     EXPECT_EQ(hex(client.recvFrame), "68 00 00 00 00 00 00 00 00 ff 00 00 16");
 }
 
-TEST(TcpApiRecvData, stopsBehindTheFrame)
+TEST(TcpApiRecvData, stopsAfterTheFrame)
 {
     FedClient client;
     int pos;
@@ -190,11 +190,11 @@ TEST(TcpApiRecvData, stopsBehindTheFrame)
     EXPECT_EQ(hex(client.recvFrame), hex(goodFrame));
 }
 
-TEST(TcpApiRecvData, startsAtThePositionOfTheCaller)
+TEST(TcpApiRecvData, startsAtTheCallersPosition)
 {
     const std::vector<char> buf = heapBytes("00 68 11"_hex + goodFrame + goodFrame);
     FedClient client;
-    int pos = 3; // behind the false start byte
+    int pos = 3; // after the false start byte
     EXPECT_TRUE(client.recvData(buf.data(), int(buf.size()), pos));
     EXPECT_EQ(pos, 18);
     EXPECT_EQ(hex(client.recvFrame), hex(goodFrame));
@@ -206,7 +206,7 @@ TEST(TcpApiRecvData, startsAtThePositionOfTheCaller)
     EXPECT_EQ(hex(client.recvFrame), hex(goodFrame));
 }
 
-TEST(TcpApiRecvData, takesOneByteInTheBodyAlsoWhenTheFrameIsWholeAlready)
+TEST(TcpApiRecvData, takesOneBodyByteEvenIfTheFrameIsComplete)
 {
     FedClient client;
     client.recvFrame = goodFrame;
@@ -218,14 +218,14 @@ TEST(TcpApiRecvData, takesOneByteInTheBodyAlsoWhenTheFrameIsWholeAlready)
     EXPECT_EQ(client.recvFrameSize, 15);
 }
 
-TEST(TcpApiRecvData, takesOneByteBehindTheHeaderWhenTheSizeWrapsBelowIt)
+TEST(TcpApiRecvData, takesOneByteAfterTheHeaderIfTheSizeWrapsBelowIt)
 {
     struct {
         QByteArray lengthField;
         int frameSize;
     } const cases[] = {
         {"f4ffffff"_hex, 1},  {"f5ffffff"_hex, 2},  {"fcffffff"_hex, 9},
-        {"fdffffff"_hex, 10}, {"feffffff"_hex, 11}, // the first size that one byte makes whole in good order
+        {"fdffffff"_hex, 10}, {"feffffff"_hex, 11}, // the first size that one byte completes regularly
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.frameSize);
@@ -244,11 +244,11 @@ TEST(TcpApiRecvData, takesOneByteBehindTheHeaderWhenTheSizeWrapsBelowIt)
     }
 }
 
-TEST(TcpApiRecvData, goesByTheSizeAloneOnceItIsKnown)
+TEST(TcpApiRecvData, usesOnlyTheSizeOnceItIsKnown)
 {
     FedClient client;
     client.recvFrame = "68"_hex;
-    client.recvFrameSize = 3; // the header is not asked for
+    client.recvFrameSize = 3; // the header is not read
     int pos;
     EXPECT_TRUE(client.feed("aabbcc"_hex, pos));
     EXPECT_EQ(pos, 2);
@@ -266,8 +266,8 @@ TEST(TcpApiRecvData, waitsForTheLargestSize)
     EXPECT_EQ(client.recvFrame.size(), bytes.size() + goodFrame.size());
 }
 
-// The lengths are those of a frame that begins at the false start byte; what ends it is not the end of a frame.
-TEST(TcpApiRecvData, takesAFrameFromAFalseStartByte)
+// The length is read from the false start byte on, and the resulting frame does not end with an end byte.
+TEST(TcpApiRecvData, readsAFrameFromAFalseStartByte)
 {
     FedClient client;
     int pos;
@@ -288,16 +288,16 @@ TEST(TcpApiRecvData, takesNothingFromAnEmptyInput)
     } const states[] = {
         {{}, 0},                  // hunting
         {"68"_hex, 0},            // header
-        {goodFrame, 0},           // header, complete already
+        {goodFrame, 0},           // header, already complete
         {goodFrame.left(12), 15}, // body
-        {goodFrame, 15},          // body, complete already
+        {goodFrame, 15},          // body, already complete
     };
     for (const auto& state : states) {
         SCOPED_TRACE(hex(state.frame));
         FedClient client;
         client.recvFrame = state.frame;
         client.recvFrameSize = state.frameSize;
-        for (const int at : {0, 3, 5}) { // at the end of 0 or 3 bytes, and behind the end of 3
+        for (const int at : {0, 3, 5}) { // at the end of 0 or 3 bytes, and past the end of 3
             int pos = at;
             EXPECT_FALSE(client.recvData("\x68\x68\x68", std::min(at, 3), pos));
             EXPECT_EQ(pos, at);
@@ -307,7 +307,7 @@ TEST(TcpApiRecvData, takesNothingFromAnEmptyInput)
     }
 }
 
-TEST(TcpApiRecvData, givesTheSameFrameHoweverItIsSplitInTwo)
+TEST(TcpApiRecvData, assemblesTheSameFrameForAnySplitInTwo)
 {
     const QByteArray stream = "0011"_hex + goodFrame;
     for (int split = 0; split <= stream.size(); ++split) {
@@ -323,7 +323,7 @@ TEST(TcpApiRecvData, givesTheSameFrameHoweverItIsSplitInTwo)
     }
 }
 
-TEST(TcpApiRecvData, givesTheSameFramesInPiecesOfAnySize)
+TEST(TcpApiRecvData, assemblesTheSameFramesFromPiecesOfAnySize)
 {
     const QByteArray stream = "0011"_hex + goodFrame + "1616"_hex + goodFrame + goodFrame;
     for (int pieceSize = 1; pieceSize <= stream.size(); ++pieceSize) {
@@ -396,7 +396,7 @@ TEST(TcpApiRecvData, assemblesAFrameLargerThanTheReadBuffer)
 
 // --- Against a model ------------------------------------------------------------
 
-// The reassembly told byte by byte: a state is the pair of fields, and each byte is looked at by itself.
+// The reassembly, byte by byte: the state is the pair of fields, and each byte is processed separately.
 struct ByteByByte {
     QByteArray frame;
     int frameSize = 0;
@@ -438,7 +438,7 @@ private:
     }
 };
 
-// Streams of garbage, good frames and odd length fields. The seed is fixed, so each run sees the same ones.
+// Streams of garbage, good frames and odd length fields. The seed is fixed, so all runs use the same streams.
 class RandomStreams {
 public:
     unsigned int below(unsigned int limit) { return unsigned(engine()) % limit; }
@@ -459,7 +459,7 @@ public:
         return result;
     }
 
-    // Some size for a frame that already holds `held` bytes.
+    // A size for a frame that already has `held` bytes.
     int frameSize(int held)
     {
         const int sizes[] = {0, -1, -2147483647 - 1, 1, 9, 10, 11, 13, held - 1, held, held + 1, held + 20, 2147483647};
@@ -492,11 +492,11 @@ private:
     std::mt19937 engine{20180314};
 };
 
-// Feeds `stream` in random pieces to client and model, and compares them behind every call.
+// Passes `stream` to client and model in random pieces, and compares them after every call.
 static void expectSameAsByteByByte(FedClient& client, const QByteArray& stream, RandomStreams& random)
 {
     ByteByByte model{client.recvFrame, client.recvFrameSize};
-    const bool clearsFrames = random.below(4) != 0; // else the frame is fed on behind its end
+    const bool clearsFrames = random.below(4) != 0; // else more bytes are passed after the end of the frame
     const unsigned int pieceLimit = 1 + random.below(random.below(2) == 0 ? 4 : 60);
     for (int at = 0; at < stream.size();) {
         const std::vector<char> piece = heapBytes(stream.mid(at, int(1 + random.below(pieceLimit))));
@@ -520,7 +520,7 @@ static void expectSameAsByteByByte(FedClient& client, const QByteArray& stream, 
     }
 }
 
-TEST(TcpApiRecvData, doesWithAnyStreamWhatByteByByteDoes)
+TEST(TcpApiRecvData, matchesByteByByteReassemblyOnAnyStream)
 {
     FedClient client;
     RandomStreams random;
@@ -531,7 +531,7 @@ TEST(TcpApiRecvData, doesWithAnyStreamWhatByteByByteDoes)
     }
 }
 
-TEST(TcpApiRecvData, doesFromAnyStateWhatByteByByteDoes)
+TEST(TcpApiRecvData, matchesByteByByteReassemblyFromAnyState)
 {
     FedClient client;
     RandomStreams random;
@@ -544,7 +544,7 @@ TEST(TcpApiRecvData, doesFromAnyStateWhatByteByByteDoes)
 
 // --- The check of a frame -------------------------------------------------------
 
-// Checks `frame` as one whose size is expected to be `frameSize`. `len` is 77 if the check did not touch it.
+// Checks `frame` with an expected size of `frameSize`. `len` is 77 if the check did not set it.
 static bool isOk(const QByteArray& frame, int frameSize, int& len)
 {
     FedClient client;
@@ -552,12 +552,12 @@ static bool isOk(const QByteArray& frame, int frameSize, int& len)
     client.recvFrameSize = frameSize;
     len = 77;
     const bool ok = client.isRecvOk(len);
-    EXPECT_EQ(hex(client.recvFrame), hex(frame)); // a check and nothing else
+    EXPECT_EQ(hex(client.recvFrame), hex(frame)); // the frame is not modified
     EXPECT_EQ(client.recvFrameSize, frameSize);
     return ok;
 }
 
-TEST(TcpApiIsRecvOk, deliversThePayloadLength)
+TEST(TcpApiIsRecvOk, storesThePayloadLength)
 {
     int len;
     EXPECT_TRUE(isOk(goodFrame, 15, len));
@@ -585,7 +585,7 @@ TEST(TcpApiIsRecvOk, refusesLessThanAHeader)
     }
 }
 
-TEST(TcpApiIsRecvOk, refusesASizeBelowElevenAheadOfReadingTheLength)
+TEST(TcpApiIsRecvOk, refusesASizeBelowElevenWithoutReadingTheLength)
 {
     const QByteArray frame = "68 ebffffff 16161616 16 16 16 16"_hex; // length -21: only the size is wrong
     int len;
@@ -598,7 +598,7 @@ TEST(TcpApiIsRecvOk, refusesASizeBelowElevenAheadOfReadingTheLength)
     EXPECT_EQ(len, -21);
 }
 
-TEST(TcpApiIsRecvOk, refusesASizeAboveThatOfTheFrameAheadOfReadingTheLength)
+TEST(TcpApiIsRecvOk, refusesASizeAboveTheFrameWithoutReadingTheLength)
 {
     int len;
     EXPECT_FALSE(isOk(goodFrame, 16, len));
@@ -609,7 +609,7 @@ TEST(TcpApiIsRecvOk, refusesASizeAboveThatOfTheFrameAheadOfReadingTheLength)
     EXPECT_EQ(len, 77);
 }
 
-TEST(TcpApiIsRecvOk, refusesALengthAboveTheSizeBehindDeliveringIt)
+TEST(TcpApiIsRecvOk, storesALengthAboveTheSizeBeforeRefusingIt)
 {
     int len;
     EXPECT_FALSE(isOk("68 01000000 0000 0000 10 0000 16"_hex, 13, len));
@@ -623,13 +623,13 @@ TEST(TcpApiIsRecvOk, acceptsALengthBelowTheSize)
     int len;
     EXPECT_TRUE(isOk("68 01000000 0000 0000 10 0000 0000 16"_hex, 15, len));
     EXPECT_EQ(len, 1);
-    EXPECT_TRUE(isOk("68 feffffff 0000 0000 10 16"_hex, 11, len)); // what comes of a size that wraps to 11
+    EXPECT_TRUE(isOk("68 feffffff 0000 0000 10 16"_hex, 11, len)); // length of a size that wraps to 11
     EXPECT_EQ(len, -2);
     EXPECT_TRUE(isOk("68 ffffffff 0000 0000 10 00 16"_hex, 12, len));
     EXPECT_EQ(len, -1);
 }
 
-TEST(TcpApiIsRecvOk, letsASumOfLengthAndThirteenWrap)
+TEST(TcpApiIsRecvOk, acceptsALengthWhoseSumWithThirteenWraps)
 {
     int len;
     EXPECT_TRUE(isOk("68 f3ffff7f 0000 0000 10 0000 16"_hex, 13, len)); // the lowest negative sum
@@ -640,7 +640,7 @@ TEST(TcpApiIsRecvOk, letsASumOfLengthAndThirteenWrap)
     EXPECT_EQ(len, -2147483647 - 1);
 }
 
-TEST(TcpApiIsRecvOk, refusesAnotherEndByteBehindDeliveringTheLength)
+TEST(TcpApiIsRecvOk, storesTheLengthBeforeRefusingAWrongEndByte)
 {
     int len;
     EXPECT_FALSE(isOk("68 00000000 0000 0000 10 1616 17"_hex, 13, len));
@@ -649,7 +649,7 @@ TEST(TcpApiIsRecvOk, refusesAnotherEndByteBehindDeliveringTheLength)
     EXPECT_EQ(len, 0);
 }
 
-TEST(TcpApiIsRecvOk, looksForTheEndByteWhereTheSizeEnds)
+TEST(TcpApiIsRecvOk, expectsTheEndByteWhereTheSizeEnds)
 {
     int len;
     EXPECT_TRUE(isOk("68 00000000 0000 0000 10 0000 16 00"_hex, 13, len)); // a byte more than the frame

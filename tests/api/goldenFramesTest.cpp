@@ -9,7 +9,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-// The frames of tests/golden/frames, whose README.md tells the keys.
+// The frames of tests/golden/frames. README.md there describes the keys.
 
 static QStringList namesOf(const QString& direction)
 {
@@ -51,7 +51,7 @@ static int unsignedAt(const QByteArray& bytes, int offset, int count)
     return value;
 }
 
-// A whole frame, ahead of any look into its payload.
+// A complete frame, before its payload is read.
 static QJsonObject partOf(const QByteArray& frame, int offset)
 {
     const int tail = frame.size() - 3;
@@ -66,7 +66,7 @@ static QJsonObject partOf(const QByteArray& frame, int offset)
             {"end", QString(frame.mid(tail + 2).toHex())}};
 }
 
-// What the parser of the payload's form makes of it, added to the part: content, or fault.
+// Adds the result of the parser of the payload's form to the part: content or fault.
 static void addContent(OpenTcpClient& client, const QByteArray& payload, QJsonObject& part)
 {
     const QString form = part.value("form").toString();
@@ -101,7 +101,7 @@ static void addContent(OpenTcpClient& client, const QByteArray& payload, QJsonOb
         part["fault"] = "form";
 }
 
-TEST(GoldenFrames, areTakenFromAPieceOfReplies)
+TEST(GoldenFrames, areExtractedFromReplyStreams)
 {
     const QStringList names = namesOf("reply");
     EXPECT_GT(names.size(), 20);
@@ -126,7 +126,7 @@ TEST(GoldenFrames, areTakenFromAPieceOfReplies)
             }
             if (fault == "length") {
                 EXPECT_FALSE(isWhole && client.isRecvOk(len));
-                break; // the client loses what follows
+                break; // the client loses the following bytes
             }
             ASSERT_TRUE(isWhole);
             QJsonObject part = partOf(client.recvFrame, offset);
@@ -137,7 +137,7 @@ TEST(GoldenFrames, areTakenFromAPieceOfReplies)
             } else {
                 part["fault"] = "end";
             }
-            expected.remove("rest"); // no parser tells it
+            expected.remove("rest"); // not reported by any parser
             EXPECT_EQ(text(part), text(expected));
             client.recvFrame.clear();
             client.recvFrameSize = 0;
@@ -145,7 +145,7 @@ TEST(GoldenFrames, areTakenFromAPieceOfReplies)
     }
 }
 
-TEST(GoldenFrames, giveTheirIntegerOrCodeToAClient)
+TEST(GoldenFrames, returnTheirIntegerOrCodeToAClient)
 {
     struct {
         const char* name;
@@ -168,7 +168,7 @@ TEST(GoldenFrames, giveTheirIntegerOrCodeToAClient)
 
 // --- Requests ---
 
-// The time that a ready-made command takes from the clock stands at offset 10.
+// The clock time that a ready-made command sends is at offset 10.
 static void expectRequest(QByteArray sent, const char* name, bool holdsTime = false)
 {
     SCOPED_TRACE(name);
@@ -183,7 +183,7 @@ TEST(GoldenFrames, areTheRequestsOfATcpClient)
     LinkedTcpClient client;
     const QByteArray reply = bytesOf("clearReply");
     for (int i = 0; i < 5; ++i)
-        client.give(reply); // each a read of its own
+        client.give(reply); // each reply is a separate read
     EXPECT_EQ(client.systemState(), 1);
     EXPECT_EQ(client.systemTime(), 1);
     EXPECT_EQ(client.clear(), 1);

@@ -35,7 +35,7 @@ static_assert(CSocketAPI::headerSize == 10);
 static_assert(CSocketAPI::frameOverhead == 13);
 static_assert(CSocketAPI::rawBufferSize == 655350);
 
-// As a program's own client sees the base: the fields, and the codec by plain name.
+// The base as a derived client uses it: the fields, and the codec operations by unqualified name.
 class OwnClient : public CSocketAPI {
 public:
     using CSocketAPI::connected;
@@ -101,10 +101,10 @@ TEST(SocketApi, keepsTheOrderOfItsBases)
 TEST(SocketApi, freesItsReadBuffer)
 {
     OwnClient client;
-    client.recvBuffer = new char[CSocketAPI::rawBufferSize]; // a leak, or a mismatched delete, ends the test program
+    client.recvBuffer = new char[CSocketAPI::rawBufferSize]; // a leak or a mismatched delete ends the test program
 }
 
-TEST(SocketApi, answersWithItsConnectedFlag)
+TEST(SocketApi, returnsItsConnectedFlag)
 {
     OwnClient client;
     EXPECT_FALSE(client.isConnected());
@@ -136,7 +136,7 @@ TEST(SocketApiSetSendOverTm, storesTheTimeAndNothingElse)
     EXPECT_EQ(client.sendOverTm, 0);
 }
 
-// Place of a virtual operation in the table, out of its member pointer: offset in the table (plus 1 on some machines).
+// Position of a virtual operation in the table, from its member pointer: offset in the table (plus 1 on some machines).
 static std::uintptr_t slotOf(int (CSocketAPI::*operation)(int))
 {
     std::uintptr_t offset;
@@ -165,20 +165,20 @@ TEST(SocketApi, callsTheTimeOutsOfADerivedClient)
 
 // --- addHeader ------------------------------------------------------------------
 
-TEST(SocketApiAddHeader, appendsTheTenBytesWithTheArgumentsBackToFront)
+TEST(SocketApiAddHeader, appendsTenBytesWithTheArgumentsInReverseOrder)
 {
     CSocketAPI api;
     QByteArray data;
     api.addHeader(0x10, 0x0b, 0x0c, data);
     EXPECT_EQ(hex(data), "68 "          // 0 start
-                         "00 00 00 00 " // 1 length, still blank
+                         "00 00 00 00 " // 1 length, not set yet
                          "00 00 "       // 5 sequence
                          "0c "          // 7 arg2
                          "0b "          // 8 arg1
                          "10");         // 9 command
 }
 
-TEST(SocketApiAddHeader, keepsWhatStandsInTheArray)
+TEST(SocketApiAddHeader, keepsTheBytesOfTheArray)
 {
     CSocketAPI api;
     QByteArray data = "aabb"_hex;
@@ -201,7 +201,7 @@ TEST(SocketApiAddHeader, countsTheFramesOfEachObject)
                          "68 00 00 00 00 02 00 00 00 01");
 }
 
-TEST(SocketApiAddHeader, startsAgainAt0Behind65536Frames)
+TEST(SocketApiAddHeader, restartsAt0After65536Frames)
 {
     OwnClient client;
     for (int frame = 0; frame < 65536; ++frame) {
@@ -218,7 +218,7 @@ TEST(SocketApiAddHeader, startsAgainAt0Behind65536Frames)
     EXPECT_EQ(client.sendSeq, 1);
 }
 
-TEST(SocketApiAddHeader, writesTheHighByteOfTheCounterBehindTheLowOne)
+TEST(SocketApiAddHeader, writesTheCounterLowByteFirst)
 {
     OwnClient client;
     client.sendSeq = 0x1234;
@@ -228,14 +228,14 @@ TEST(SocketApiAddHeader, writesTheHighByteOfTheCounterBehindTheLowOne)
     EXPECT_EQ(client.sendSeq, 0x1235);
 }
 
-TEST(SocketApiAddHeader, takesTheSequenceFromTheCallerAndNeedsNoObject)
+TEST(SocketApiAddHeader, usesTheCallersSequenceWithoutAnObject)
 {
     QByteArray data = "aa"_hex;
     CSocketAPI::addHeader(0x10, 0x0b, 0x0c, 0x1234, 0, data);
     EXPECT_EQ(hex(data), "aa 68 00 00 00 00 34 12 0c 0b 10");
 }
 
-TEST(SocketApiAddHeader, cutsTheSequenceTo16BitsAndIgnoresTheFifthArgument)
+TEST(SocketApiAddHeader, truncatesTheSequenceTo16BitsAndIgnoresTheFifthArgument)
 {
     QByteArray data;
     CSocketAPI::addHeader(1, 2, 3, 0x12345, 0x77777777, data);
@@ -244,7 +244,7 @@ TEST(SocketApiAddHeader, cutsTheSequenceTo16BitsAndIgnoresTheFifthArgument)
                          "68 00 00 00 00 fe ff 03 02 01");
 }
 
-TEST(SocketApiAddHeader, leavesTheCounterWhenTheCallerGivesASequence)
+TEST(SocketApiAddHeader, leavesTheCounterIfTheCallerPassesASequence)
 {
     OwnClient client;
     client.sendSeq = 5;
@@ -255,7 +255,7 @@ TEST(SocketApiAddHeader, leavesTheCounterWhenTheCallerGivesASequence)
 
 // --- addEnd ---------------------------------------------------------------------
 
-TEST(SocketApiAddEnd, leavesArraysBelowFourBytes)
+TEST(SocketApiAddEnd, refusesArraysBelowFourBytes)
 {
     for (int size = 0; size < 4; ++size) {
         SCOPED_TRACE(size);
@@ -272,9 +272,9 @@ static std::string withEnd(int size)
     return hex(data);
 }
 
-TEST(SocketApiAddEnd, givesLessThanAHeaderANegativeLength)
+TEST(SocketApiAddEnd, storesANegativeLengthIfTheHeaderIsIncomplete)
 {
-    EXPECT_EQ(withEnd(4), "aa fa ff ff ff 00 00 16"); // one byte longer: the length ends behind the fourth
+    EXPECT_EQ(withEnd(4), "aa fa ff ff ff 00 00 16"); // the length field extends the array by one byte
     EXPECT_EQ(withEnd(5), "aa fb ff ff ff 00 00 16");
     EXPECT_EQ(withEnd(6), "aa fc ff ff ff aa 00 00 16");
     EXPECT_EQ(withEnd(7), "aa fd ff ff ff aa aa 00 00 16");
@@ -282,7 +282,7 @@ TEST(SocketApiAddEnd, givesLessThanAHeaderANegativeLength)
     EXPECT_EQ(withEnd(9), "aa ff ff ff ff aa aa aa aa 00 00 16");
 }
 
-TEST(SocketApiAddEnd, stampsTheBytesBehindTheHeaderAsLength)
+TEST(SocketApiAddEnd, storesTheByteCountAfterTheHeaderAsLength)
 {
     EXPECT_EQ(withEnd(10), "aa 00 00 00 00 aa aa aa aa aa 00 00 16");
     EXPECT_EQ(withEnd(11), "aa 01 00 00 00 aa aa aa aa aa aa 00 00 16");
@@ -291,7 +291,7 @@ TEST(SocketApiAddEnd, stampsTheBytesBehindTheHeaderAsLength)
     EXPECT_EQ(withEnd(14), "aa 04 00 00 00 aa aa aa aa aa aa aa aa aa 00 00 16");
 }
 
-TEST(SocketApiAddEnd, stampsTheLowByteOfALongLengthFirst)
+TEST(SocketApiAddEnd, storesTheLengthLowByteFirst)
 {
     QByteArray data(10 + 0x010203, '\0');
     EXPECT_EQ(CSocketAPI::addEnd(data), 1);
@@ -300,7 +300,7 @@ TEST(SocketApiAddEnd, stampsTheLowByteOfALongLengthFirst)
     EXPECT_EQ(hex(data.right(4)), "00 00 00 16");
 }
 
-TEST(SocketApiAddEnd, leavesACopyOfTheArray)
+TEST(SocketApiAddEnd, leavesACopyOfTheArrayUnchanged)
 {
     QByteArray data(10, char(0xaa));
     const QByteArray copy = data;
@@ -310,7 +310,7 @@ TEST(SocketApiAddEnd, leavesACopyOfTheArray)
 
 // --- Whole frames ---------------------------------------------------------------
 
-TEST(SocketApiFrame, holdsOneInteger)
+TEST(SocketApiFrame, containsOneInteger)
 {
     OwnClient client;
     EXPECT_EQ(hex(client.frameWithInt(0x10, 1)), "68 "          //  0 start
@@ -324,7 +324,7 @@ TEST(SocketApiFrame, holdsOneInteger)
                                                  "16");         // 16 end
 }
 
-TEST(SocketApiFrame, hasThirteenBytesWithoutAPayload)
+TEST(SocketApiFrame, hasThirteenBytesWithoutPayload)
 {
     CSocketAPI api;
     QByteArray frame;
@@ -333,7 +333,7 @@ TEST(SocketApiFrame, hasThirteenBytesWithoutAPayload)
     EXPECT_EQ(hex(frame), "68 00 00 00 00 00 00 00 00 03 00 00 16");
 }
 
-TEST(SocketApiFrame, usesItsNumberUpWithoutBeingSent)
+TEST(SocketApiFrame, consumesASequenceNumberWithoutBeingSent)
 {
     OwnClient client;
     client.frameWithInt(0x10, 1);
@@ -374,7 +374,7 @@ TEST(SocketApiParseInt, refusesEveryShorterPayloadAndLeavesTheValue)
 
 // --- Lists ----------------------------------------------------------------------
 
-// The list operations on a payload in a heap block of its own size.
+// The list operations on a payload in a heap block of exactly its size.
 
 static int parse(const QByteArray& payload, std::vector<int>& out)
 {
@@ -528,7 +528,7 @@ TEST(SocketApiParseBytes, refusesHugeCountsThatDoNotWrap)
 
 // --- parseStrings ---------------------------------------------------------------
 
-TEST(SocketApiParseStrings, readsEachTextBehindItsTwoLengths)
+TEST(SocketApiParseStrings, readsEachTextAfterItsTwoLengths)
 {
     QStringList out;
     EXPECT_EQ(parse("01000000"         // 0 count
@@ -584,14 +584,14 @@ TEST(SocketApiParseStrings, skipsTheRestOfALargerItem)
     EXPECT_EQ(out, (QStringList{"a", "b"}));
 }
 
-TEST(SocketApiParseStrings, givesAnEmptyEntryForAnItemWithoutAWholeText)
+TEST(SocketApiParseStrings, appendsAnEmptyTextForAnItemWithoutACompleteText)
 {
     QStringList out;
     EXPECT_EQ(parse("06000000"
-                    "0300 0100 61" // a text ahead, which must not show up again
+                    "0300 0100 61" // a preceding text, which must not appear again
                     "0000"         // no room for the text's length
                     "0100 01"      // half a length
-                    "0200 0100"    // a length, and no text behind it
+                    "0200 0100"    // a length without text
                     "0400 0300 6162"
                     "0300 0100 62"_hex,
                     out),
@@ -599,21 +599,21 @@ TEST(SocketApiParseStrings, givesAnEmptyEntryForAnItemWithoutAWholeText)
     EXPECT_EQ(out, (QStringList{"a", "", "", "", "", "b"}));
 }
 
-TEST(SocketApiParseStrings, givesAnEmptyEntryForAnEmptyText)
+TEST(SocketApiParseStrings, readsAnEmptyText)
 {
     QStringList out;
     EXPECT_EQ(parse("01000000 0200 0000"_hex, out), 1);
     EXPECT_EQ(out, QStringList{""});
 }
 
-TEST(SocketApiParseStrings, givesAnEmptyEntryForATextWithOneLengthOnly)
+TEST(SocketApiParseStrings, appendsAnEmptyTextIfTheInnerLengthIsMissing)
 {
     QStringList out;
-    EXPECT_EQ(parse("01000000 0300 616263"_hex, out), 1); // 0x6261 is taken for the text's length
+    EXPECT_EQ(parse("01000000 0300 616263"_hex, out), 1); // 0x6261 is read as the text's length
     EXPECT_EQ(out, QStringList{""});
 }
 
-TEST(SocketApiParseStrings, takesTheOuterLengthAsUnsigned)
+TEST(SocketApiParseStrings, readsTheOuterLengthAsUnsigned)
 {
     const QByteArray payload = "01000000 ffff fdff"_hex + QByteArray(65533, 'a');
     QStringList out;
@@ -623,7 +623,7 @@ TEST(SocketApiParseStrings, takesTheOuterLengthAsUnsigned)
     EXPECT_EQ(out.size(), 1);
 }
 
-TEST(SocketApiParseStrings, tellsAShortHeadFromAnItemThatOverruns)
+TEST(SocketApiParseStrings, distinguishesAShortHeadFromATruncatedItem)
 {
     const QByteArray payload = "02000000"            //  0 count
                                "0500 0300 616263"    //  4 first item
@@ -632,10 +632,10 @@ TEST(SocketApiParseStrings, tellsAShortHeadFromAnItemThatOverruns)
         SCOPED_TRACE(len);
         QStringList out = {"x"};
         const int result = parse(payload.left(len), out);
-        if (len < 8) { // the count and two outer lengths
+        if (len < 8) { // less than the count and two outer lengths
             EXPECT_EQ(result, -5);
             EXPECT_EQ(out, QStringList{"x"});
-        } else if (len < 13) { // the first item, and the second's outer length
+        } else if (len < 13) { // less than the first item and the second's outer length
             EXPECT_EQ(result, 0);
             EXPECT_EQ(out, QStringList{"x"});
         } else if (len < 17) {
@@ -659,7 +659,7 @@ TEST(SocketApiParseStrings, refusesHugeCountsThatDoNotWrap)
     EXPECT_TRUE(out.isEmpty());
 }
 
-TEST(SocketApiParseStrings, findsACountThatWrapsAtTheItemThatLiesOutside)
+TEST(SocketApiParseStrings, refusesACountThatWrapsAtTheFirstMissingItem)
 {
     const QByteArray counts[] = {
         "00000080"_hex, // twice, plus 4: 4
@@ -683,18 +683,18 @@ TEST(SocketApiParseStrings, findsACountThatWrapsAtTheItemThatLiesOutside)
     }
 }
 
-TEST(SocketApiParseStrings, readsNoTextOutsideThePayloadBehindACountThatWraps)
+TEST(SocketApiParseStrings, readsNoTextPastThePayloadIfTheCountWraps)
 {
-    // The sum counts none of the outer lengths, so an item may lie up to as many bytes outside before it is refused.
+    // The sum does not include the outer lengths, so an item may exceed the payload by their size before it is refused.
     QStringList out;
     EXPECT_EQ(parse("00000080 0500 0300 61"_hex, out), -5);   // 9 bytes, the sum is 9, the text ends at 11
     EXPECT_EQ(parse("00000080 0500 0300 6162"_hex, out), -5); // 10 bytes
     EXPECT_EQ(parse("00000080 0200"_hex, out), -5);           // 6 bytes, the sum is 6, no length of the text
-    EXPECT_EQ(parse("00000040 ffff fdff 6162"_hex, out), -5); // the sum is negative, so it refuses nothing
+    EXPECT_EQ(parse("00000040 ffff fdff 6162"_hex, out), -5); // the sum is negative, so the check passes
     EXPECT_TRUE(out.isEmpty());
 }
 
-TEST(SocketApiParseStrings, looksAtTheSumAheadOfTheItemAlsoBehindACountThatWraps)
+TEST(SocketApiParseStrings, checksTheTotalBeforeTheItemEvenIfTheCountWraps)
 {
     QStringList out;
     EXPECT_EQ(parse("00000080 0500 0300"_hex, out), 0); // 8 bytes, the sum is 4 + 5

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <string>
 
-// The system calls of a client, each step of it. Its socket is descriptor 7, and 8 once it was opened anew.
+// The system calls of each operation of a client. Its socket is descriptor 7, or 8 after it was reopened.
 class TcpApiCalls : public EndpointCalls {
 protected:
     TcpApiCalls() : client(newClient())
@@ -29,7 +29,7 @@ protected:
         return std::to_string(result) + ": " + client.link();
     }
 
-    // The next request opens a new socket, is greeted and answered.
+    // The next request opens a new socket and receives a greeting and a reply.
     void expectComeback()
     {
         const int sequence = client.sendSeq;
@@ -75,8 +75,8 @@ TEST_F(TcpApiConnectCalls, connectsAndReadsTheGreeting)
     EXPECT_EQ(calls.take(), connects(7) + reads(7));
 }
 
-// The system goes on connecting; the socket stays, and a later attempt finds the end of it.
-TEST_F(TcpApiConnectCalls, keepsTheSocketWhenASignalEndsIt)
+// The system continues connecting. The socket is kept, and a later attempt gets the result.
+TEST_F(TcpApiConnectCalls, keepsTheSocketIfASignalInterruptsIt)
 {
     calls.refuse("connect", EINTR);
     EXPECT_EQ(client.connect("127.0.0.1", 1502), -1);
@@ -94,7 +94,7 @@ TEST_F(TcpApiConnectCalls, keepsTheSocketWhenASignalEndsIt)
     EXPECT_EQ(calls.take(), connects(7) + connects(7) + connects(7) + reads(7) + sends(7, 0) + reads(7));
 }
 
-TEST_F(TcpApiConnectCalls, closesWhenASignalEndsTheWaitForTheGreeting)
+TEST_F(TcpApiConnectCalls, closesIfASignalInterruptsTheWaitForTheGreeting)
 {
     calls.refuse("recv", EINTR);
     EXPECT_EQ(client.connect("127.0.0.1", 1502), 0);
@@ -105,8 +105,8 @@ TEST_F(TcpApiConnectCalls, closesWhenASignalEndsTheWaitForTheGreeting)
 
 using TcpApiCloseCalls = TcpApiCalls;
 
-// Linux has closed the descriptor even if a signal came in between.
-TEST_F(TcpApiCloseCalls, closesOnceWhateverTheSystemSays)
+// Linux closes the descriptor even if a signal interrupts close(2).
+TEST_F(TcpApiCloseCalls, closesOnceWhateverTheSystemReturns)
 {
     connect();
     calls.refuse("shutdown", ENOTCONN);
@@ -161,7 +161,7 @@ TEST_F(TcpApiRequestCalls, closesWhenAReadFailsAndKeepsAPartialFrame)
     for (const auto& [error, outcome] : failures) {
         for (const int size : {0, 12}) {
             SCOPED_TRACE(error);
-            client.sendDatas(0x30); // gives up what the last turn left
+            client.sendDatas(0x30); // drops the partial frame of the last iteration
             client.close();
             calls.answer("socket", 7);
             connect();

@@ -1,5 +1,5 @@
-// Stations that die, stop, trickle, flood, and signals that end a wait: what a client tells then, what its next request
-// does, and that no descriptor is left over.
+// Stations that die, stop, trickle or flood, and signals that interrupt a wait: checks the client's result, its next
+// request, and that no descriptor is left open.
 
 #include "support/descriptorsKept.h"
 #include "support/frames.h"
@@ -14,7 +14,7 @@
 
 static const ScriptedServer::Script answersOnce = {sends(greeting), receives(17), sends(reply7)};
 
-// What is to be seen behind a call: its result and the link.
+// The result of a call and the link state after it.
 static std::string outcome(OpenTcpClient& client, int result)
 {
     return std::to_string(result) + ": " + client.link();
@@ -29,7 +29,7 @@ static const std::string answered = "7: up, open";
 
 // --- A station that dies at any byte and comes back ---
 
-// How a connection ends behind some bytes of a frame.
+// How a connection ends.
 struct Ending {
     const char* name;
     std::vector<ScriptedServer::Step> steps;
@@ -37,22 +37,22 @@ struct Ending {
 
 static const Ending endings[] = {
     {"close", {closes()}},
-    {"reset", {awaitsTaken(), resets()}}, // in the client's hands first: a reset may overtake its connect
+    {"reset", {awaitsTaken(), resets()}}, // waits until the client has read: a reset may overtake its connect
 };
 
-static ScriptedServer::Script endingBehind(const ScriptedServer::Script& steps, const Ending& ending)
+static ScriptedServer::Script followedBy(const ScriptedServer::Script& steps, const Ending& ending)
 {
     ScriptedServer::Script script = steps;
     script.insert(script.end(), ending.steps.begin(), ending.steps.end());
     return script;
 }
 
-// The link broke behind `part` of a greeting or of an integer reply. The station stays away for a request and comes
-// back, and its greeting goes on where the part ended:
-//   no bytes       nothing to go on with
-//   1 to 4 bytes   the length field is made of both and announces far more than comes: the part grows
-//   5 to 16 bytes  the length field is good, the byte at the frame's end is none of the greeting's last ones: dropped
-static void comeBackBehind(const QByteArray& part, OpenTcpClient& client, int port)
+// The link broke after `part` of a greeting or of an integer reply. The station is down for one request and comes back,
+// and its greeting continues where the part ended:
+//   no bytes       nothing to continue
+//   1 to 4 bytes   the length field combines both and announces far more than follows: the part grows
+//   5 to 16 bytes  the length field is good, but the byte at the frame's end is not an end byte: the frame is dropped
+static void reconnectAfter(const QByteArray& part, OpenTcpClient& client, int port)
 {
     EXPECT_EQ(hex(client.recvFrame), hex(part));
     EXPECT_EQ(askOnce(client), "-1: down, open"); // nobody listens
@@ -65,7 +65,7 @@ static void comeBackBehind(const QByteArray& part, OpenTcpClient& client, int po
         EXPECT_TRUE(client.holdsNoFrame());
     } else {
         EXPECT_EQ(hex(client.recvFrame), hex(part + greeting));
-        EXPECT_EQ(client.sendDatas(0x30), -1); // sends nothing on the closed socket, but gives the part up
+        EXPECT_EQ(client.sendDatas(0x30), -1); // sends nothing on the closed socket, but drops the part
     }
     ScriptedServer station(port, {answersOnce});
     EXPECT_EQ(askOnce(client), answered);
@@ -73,46 +73,46 @@ static void comeBackBehind(const QByteArray& part, OpenTcpClient& client, int po
 
 class TcpApiConnectFault : public DescriptorsKept {};
 
-TEST_F(TcpApiConnectFault, isRefusedByAGreetingCutAtAnyByteAndComesBack)
+TEST_F(TcpApiConnectFault, failsOnAGreetingTruncatedAtAnyByteAndReconnects)
 {
     for (const Ending& ending : endings) {
         for (int size = ending.steps.size() == 1 ? 0 : 1; size < greeting.size(); ++size) {
-            SCOPED_TRACE(ending.name + (" behind " + std::to_string(size)));
+            SCOPED_TRACE(ending.name + (" after " + std::to_string(size)));
             const QByteArray part = greeting.left(size);
             const ReservedPort port;
             OpenTcpClient client;
             {
-                ScriptedServer station(port.number(), {endingBehind({sends(part)}, ending)});
+                ScriptedServer station(port.number(), {followedBy({sends(part)}, ending)});
                 EXPECT_EQ(outcome(client, client.connect("127.0.0.1", port.number())), "0: down, closed");
             }
-            comeBackBehind(part, client, port.number());
+            reconnectAfter(part, client, port.number());
         }
     }
 }
 
 class TcpApiRequestFault : public DescriptorsKept {};
 
-TEST_F(TcpApiRequestFault, failsOnAReplyCutAtAnyByteAndComesBack)
+TEST_F(TcpApiRequestFault, failsOnAReplyTruncatedAtAnyByteAndReconnects)
 {
     for (const Ending& ending : endings) {
         for (int size = 0; size < reply7.size(); ++size) {
-            SCOPED_TRACE(ending.name + (" behind " + std::to_string(size)));
+            SCOPED_TRACE(ending.name + (" after " + std::to_string(size)));
             const QByteArray part = reply7.left(size);
             const ReservedPort port;
             OpenTcpClient client;
             {
                 ScriptedServer station(port.number(),
-                                       {endingBehind({sends(greeting), receives(17), sends(part)}, ending)});
+                                       {followedBy({sends(greeting), receives(17), sends(part)}, ending)});
                 EXPECT_EQ(client.connect("127.0.0.1", port.number()), 1);
                 EXPECT_EQ(askOnce(client), "-1: down, closed");
             }
-            comeBackBehind(part, client, port.number());
+            reconnectAfter(part, client, port.number());
         }
     }
 }
 
-// Behind a whole frame of two elements, at any byte of the second frame.
-TEST_F(TcpApiRequestFault, keepsTheElementsAheadOfACutInAList)
+// The connection ends after a complete frame of two elements, at any byte of the second frame.
+TEST_F(TcpApiRequestFault, keepsTheElementsBeforeAListIsTruncated)
 {
     const QByteArray request = "68 00000000 0000 00 00 31 0000 16"_hex;
     const QByteArray frame = "68 0c000000 0000 00 00 31 02000000 0a000000 0b000000 0000 16"_hex;
@@ -126,13 +126,13 @@ TEST_F(TcpApiRequestFault, keepsTheElementsAheadOfACutInAList)
         EXPECT_EQ(outcome(client, client.requestInts(request, 4, out)), "-1: down, closed");
         EXPECT_EQ(out, (std::vector<int>{10, 11}));
         EXPECT_EQ(hex(client.recvFrame), hex(frame.left(size)));
-        EXPECT_EQ(client.sendDatas(0x30), -1); // gives the part up
+        EXPECT_EQ(client.sendDatas(0x30), -1); // drops the part
         EXPECT_EQ(askOnce(client), answered);
     }
 }
 
-// The system answers with a reset, for the request was never read.
-TEST_F(TcpApiRequestFault, failsOnAStationThatClosesWithTheRequestUnread)
+// The system sends a reset because the request was not read.
+TEST_F(TcpApiRequestFault, failsIfTheStationClosesWithoutReadingTheRequest)
 {
     ScriptedServer station{{sends(greeting), awaitsRequest(), closes()}, answersOnce};
     OpenTcpClient client;
@@ -144,7 +144,7 @@ TEST_F(TcpApiRequestFault, failsOnAStationThatClosesWithTheRequestUnread)
 
 // --- A station that trickles ---
 
-TEST_F(TcpApiRequestFault, takesBytesThatComeOneByOneInTime)
+TEST_F(TcpApiRequestFault, acceptsBytesThatArriveOneByOneInTime)
 {
     std::vector<QByteArray> letters[2];
     for (const char byte : greeting)
@@ -157,8 +157,8 @@ TEST_F(TcpApiRequestFault, takesBytesThatComeOneByOneInTime)
     EXPECT_EQ(askOnce(client), answered);
 }
 
-// Gives up the part of a reply that it holds, and finds a station that answers.
-static void comeBack(LinkedTcpClient& client)
+// Drops a partial reply and connects to a station that answers.
+static void reconnect(LinkedTcpClient& client)
 {
     ScriptedServer station{answersOnce};
     EXPECT_EQ(client.sendDatas(0x30), -1);
@@ -167,8 +167,8 @@ static void comeBack(LinkedTcpClient& client)
     EXPECT_EQ(askOnce(client), answered);
 }
 
-// The next byte of a reply would come, but behind the time-out.
-TEST_F(TcpApiRequestFault, timesOutAtAnyByteThatIsLate)
+// The next byte of a reply would arrive only after the time-out.
+TEST_F(TcpApiRequestFault, timesOutIfAnyByteIsLate)
 {
     for (int size = 0; size < reply7.size(); ++size) {
         SCOPED_TRACE(size);
@@ -177,13 +177,13 @@ TEST_F(TcpApiRequestFault, timesOutAtAnyByteThatIsLate)
             client.give(reply7.left(size));
         EXPECT_EQ(askOnce(client), "0: down, closed");
         EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(size)));
-        comeBack(client);
+        reconnect(client);
     }
 }
 
 // --- A station that stops reading ---
 
-// Greets, reads nothing, and resets once the test has seen enough.
+// Sends a greeting, reads nothing, and resets once the test has incremented `seen`.
 static ScriptedServer::Script readsNothingUntil(Counter& seen)
 {
     return {sends(greeting), [&](ScriptedServer::Connection& connection) {
@@ -192,9 +192,9 @@ static ScriptedServer::Script readsNothingUntil(Counter& seen)
             }};
 }
 
-static const QByteArray hugeRequest(16 << 20, 'x'); // more than the buffers of both ends take
+static const QByteArray hugeRequest(16 << 20, 'x'); // more than the buffers of both ends hold
 
-TEST_F(TcpApiRequestFault, timesOutOnAStationThatTakesAPartOfTheRequest)
+TEST_F(TcpApiRequestFault, timesOutIfTheStationReadsOnlyPartOfTheRequest)
 {
     Counter seen;
     ScriptedServer station{readsNothingUntil(seen), answersOnce};
@@ -202,12 +202,12 @@ TEST_F(TcpApiRequestFault, timesOutOnAStationThatTakesAPartOfTheRequest)
     EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
     client.setSendOverTm(20);
     client.setRecvOverTm(20);
-    EXPECT_EQ(outcome(client, client.requestInt(hugeRequest)), "0: down, closed"); // the part counted as sent
+    EXPECT_EQ(outcome(client, client.requestInt(hugeRequest)), "0: down, closed"); // the sent part counts as success
     seen.add();
     EXPECT_EQ(askOnce(client), answered);
 }
 
-TEST_F(TcpApiRequestFault, failsWithinTheSendTimeOutOnAStationThatTakesNoByte)
+TEST_F(TcpApiRequestFault, failsWithinTheSendTimeOutIfTheStationReadsNothing)
 {
     Counter seen;
     ScriptedServer station{readsNothingUntil(seen), answersOnce};
@@ -226,7 +226,7 @@ TEST_F(TcpApiRequestFault, failsWithinTheSendTimeOutOnAStationThatTakesNoByte)
 
 // --- A station that floods ---
 
-TEST_F(TcpApiRequestFault, skipsAFloodAheadOfTheReply)
+TEST_F(TcpApiRequestFault, skipsAFloodBeforeTheReply)
 {
     const QByteArray zeros(4 << 20, '\0');
     ScriptedServer station{{sends(greeting + zeros), receives(17), sends(zeros + reply7)}};
@@ -236,19 +236,19 @@ TEST_F(TcpApiRequestFault, skipsAFloodAheadOfTheReply)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-// Replies that nobody asked for: each request takes the next one at hand, since no number is compared.
-TEST_F(TcpApiRequestFault, takesAReplyOutOfAFloodOfThem)
+// Unsolicited replies: each request takes the next one, since sequence numbers are not compared.
+TEST_F(TcpApiRequestFault, takesOneReplyFromAFlood)
 {
     ScriptedServer station{{sends(greeting), receives(17), floods(reply7)}, answersOnce};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", station.port()), 1);
     for (int request = 0; request < 5; ++request)
         EXPECT_EQ(askOnce(client), answered);
-    client.close(); // with much unread
+    client.close(); // with much data unread
     EXPECT_EQ(askOnce(client), answered);
 }
 
-TEST_F(TcpApiRequestFault, takesAllOfAListLongerThanAsked)
+TEST_F(TcpApiRequestFault, takesAllElementsOfAListLongerThanRequested)
 {
     QByteArray frame = "68 841a0600 0000 00 00 31 a0860100"_hex; // a payload of 400004 bytes, 100000 elements
     frame += QByteArray(400000, '\x01') + "0000 16"_hex;
@@ -263,17 +263,17 @@ TEST_F(TcpApiRequestFault, takesAllOfAListLongerThanAsked)
 
 // --- Signals ---
 
-// Both kinds of handlers end the wait of a socket that has a time-out.
+// Handlers with and without SA_RESTART interrupt the wait of a socket that has a time-out.
 static const int handlerFlags[] = {0, SA_RESTART};
 
-TEST_F(TcpApiConnectFault, isEndedByASignalAheadOfTheGreeting)
+TEST_F(TcpApiConnectFault, isInterruptedByASignalBeforeTheGreeting)
 {
     for (const int flags : handlerFlags) {
         ScriptedServer station{{}, answersOnce};
         OpenTcpClient client;
         client.serverHost = "127.0.0.1";
         client.serverPort = station.port();
-        client.recvBuffer = new char[OpenTcpClient::rawBufferSize]; // the base frees it
+        client.recvBuffer = new char[OpenTcpClient::rawBufferSize]; // freed by the base class
         EXPECT_EQ(client.socket->connect("127.0.0.1", station.port(), false), 1);
         EXPECT_EQ(interrupted([&] { return client.checkConnect(); }, flags), 0);
         EXPECT_EQ(client.link(), "down, closed");
@@ -281,7 +281,7 @@ TEST_F(TcpApiConnectFault, isEndedByASignalAheadOfTheGreeting)
     }
 }
 
-TEST_F(TcpApiRequestFault, isEndedByASignalAheadOfTheReply)
+TEST_F(TcpApiRequestFault, isInterruptedByASignalBeforeTheReply)
 {
     for (const int flags : handlerFlags) {
         ScriptedServer station{{sends(greeting), receives(17)}, answersOnce};
@@ -293,7 +293,7 @@ TEST_F(TcpApiRequestFault, isEndedByASignalAheadOfTheReply)
     }
 }
 
-TEST_F(TcpApiRequestFault, keepsAPartialReplyThatASignalEnds)
+TEST_F(TcpApiRequestFault, keepsAPartialReplyIfASignalInterrupts)
 {
     LinkedTcpClient client;
     client.setRecvOverTm(5000);
@@ -301,10 +301,10 @@ TEST_F(TcpApiRequestFault, keepsAPartialReplyThatASignalEnds)
     EXPECT_EQ(interrupted([&] { return client.recvInt(); }), -1);
     EXPECT_EQ(client.link(), "down, closed");
     EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(12)));
-    comeBack(client);
+    reconnect(client);
 }
 
-TEST_F(TcpApiRequestFault, isEndedByASignalWhileThereIsNoRoomToSend)
+TEST_F(TcpApiRequestFault, isInterruptedByASignalWhileSendBlocks)
 {
     LinkedTcpClient client(SOCK_STREAM);
     client.setSendOverTm(5000);
@@ -312,5 +312,5 @@ TEST_F(TcpApiRequestFault, isEndedByASignalWhileThereIsNoRoomToSend)
     }
     EXPECT_EQ(interrupted([&] { return client.requestInt(0x30, 9); }), -1);
     EXPECT_EQ(client.link(), "down, closed");
-    comeBack(client);
+    reconnect(client);
 }

@@ -1,4 +1,4 @@
-// A derived client may write the protected fields. Whatever it puts there, nothing outside of the frame is read and no
+// A derived client may write the protected fields. Whatever their values, nothing past the frame is read and no
 // arithmetic overflows.
 
 #include "support/frames.h"
@@ -9,7 +9,7 @@
 #include <climits>
 #include <vector>
 
-// The whole heap block of a frame, to the byte: AddressSanitizer sees a read behind its end.
+// A frame in a heap block of exactly its size, so that AddressSanitizer detects a read past its end.
 static QByteArray tight(const QByteArray& bytes)
 {
     QByteArray block = bytes;
@@ -17,8 +17,8 @@ static QByteArray tight(const QByteArray& bytes)
     return block;
 }
 
-// The body takes one byte at least, and then the size that the client was given is reached. The length in the frame is
-// so large that its sum with header and tail wraps below that size.
+// The body takes at least one byte, which reaches the size set in the client. The length in the frame is so large that
+// its sum with header and tail wraps below that size.
 static void endAFrameWithAWrappingLength(LinkedTcpClient& client, const char* frame)
 {
     client.recvFrame = tight(QByteArray::fromHex(frame));
@@ -26,7 +26,7 @@ static void endAFrameWithAWrappingLength(LinkedTcpClient& client, const char* fr
     client.give("00"_hex);
 }
 
-TEST(TcpApiRecvDatas, readsNoCodeOutsideAnErrorFrameWhoseLengthWraps)
+TEST(TcpApiRecvDatas, readsNoCodePastAnErrorFrameWhoseLengthWraps)
 {
     LinkedTcpClient client;
     endAFrameWithAWrappingLength(client, "68 f8ffff7f 0000 00 00 ff 16"); // 0 start, 1 length 2^31 - 8, 9 command, 10
@@ -34,17 +34,17 @@ TEST(TcpApiRecvDatas, readsNoCodeOutsideAnErrorFrameWhoseLengthWraps)
     EXPECT_EQ(client.recvDatas(len), -2); // too short for a code
 }
 
-TEST(TcpApiRecvInt, readsNothingOutsideAFrameWhoseLengthWraps)
+TEST(TcpApiRecvInt, readsNothingPastAFrameWhoseLengthWraps)
 {
     LinkedTcpClient client;
     endAFrameWithAWrappingLength(client, "68 f8ffff7f 0000 00 00 30 16");
     EXPECT_EQ(client.recvInt(), -5);
 }
 
-// 10 the end byte, which is the low byte of a count of 22 as well
+// 10 the end byte, also the low byte of a count of 22
 static const char countOf22[] = "68 f8ffff7f 0000 00 00 30 16000000";
 
-TEST(TcpApiRecvBytes, readsNothingOutsideAFrameWhoseLengthWraps)
+TEST(TcpApiRecvBytes, readsNothingPastAFrameWhoseLengthWraps)
 {
     LinkedTcpClient client;
     endAFrameWithAWrappingLength(client, countOf22);
@@ -53,7 +53,7 @@ TEST(TcpApiRecvBytes, readsNothingOutsideAFrameWhoseLengthWraps)
     EXPECT_TRUE(out.empty());
 }
 
-TEST(TcpApiRecvInts, readsNothingOutsideAFrameWhoseLengthWraps)
+TEST(TcpApiRecvInts, readsNothingPastAFrameWhoseLengthWraps)
 {
     LinkedTcpClient client;
     endAFrameWithAWrappingLength(client, countOf22);
@@ -62,7 +62,7 @@ TEST(TcpApiRecvInts, readsNothingOutsideAFrameWhoseLengthWraps)
     EXPECT_TRUE(out.empty());
 }
 
-TEST(TcpApiRecvStrings, readsNothingOutsideAFrameWhoseLengthWraps)
+TEST(TcpApiRecvStrings, readsNothingPastAFrameWhoseLengthWraps)
 {
     LinkedTcpClient client;
     endAFrameWithAWrappingLength(client, countOf22);
@@ -84,7 +84,7 @@ TEST(SocketApiAddHeader, wrapsAnyCounter)
     EXPECT_EQ(client.sendSeq, 0);
 }
 
-TEST(TcpApiRecvFrame, leavesACopyThatAProgramKeeps)
+TEST(TcpApiRecvFrame, leavesACopyUnchanged)
 {
     LinkedTcpClient client;
     int len = 0;
@@ -98,13 +98,13 @@ TEST(TcpApiRecvFrame, leavesACopyThatAProgramKeeps)
     EXPECT_EQ(hex(copy), hex(reply7));
 }
 
-TEST(TcpApiRecvFrame, isNeverWrittenThroughToBytesThatItDoesNotOwn)
+TEST(TcpApiRecvFrame, neverModifiesBorrowedBytes)
 {
     char bytes[] = {0x68, 4, 0, 0, 0, 0, 0, 0, 0, 0x30, 7};
     const QByteArray before(bytes, sizeof bytes);
     LinkedTcpClient client;
     client.recvFrame = QByteArray::fromRawData(bytes, sizeof bytes);
-    EXPECT_EQ(client.sendDatas(1), 1); // gives it up
+    EXPECT_EQ(client.sendDatas(1), 1); // drops it
     EXPECT_TRUE(client.holdsNoFrame());
     client.give(greeting);
     EXPECT_EQ(client.recvInt(), 1);
@@ -115,7 +115,7 @@ TEST(TcpApiRecvFrame, isNeverWrittenThroughToBytesThatItDoesNotOwn)
     EXPECT_EQ(hex(QByteArray(bytes, sizeof bytes)), hex(before));
 }
 
-TEST(TcpApiConnect, takesItsOwnKeptAddress)
+TEST(TcpApiConnect, acceptsItsOwnStoredAddress)
 {
     OpenTcpClient client;
     client.serverHost = "127.0.0.1";

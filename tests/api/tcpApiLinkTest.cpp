@@ -13,17 +13,17 @@ static const QByteArray request = "68 04000000 0000 00 00 30 09000000 0000 16"_h
 
 static const ScriptedServer::Script silent = {};
 
-// What is to be seen behind a call: its result and the link.
+// The result of a call and the link state after it.
 static std::string outcome(OpenTcpClient& client, int result)
 {
     return std::to_string(result) + ": " + client.link();
 }
 
-// Of an attempt to connect.
+// Outcomes of an attempt to connect.
 static const std::string up = "1: up, open";
-static const std::string refused = "0: down, closed"; // the greeting, not the connection
+static const std::string refused = "0: down, closed"; // the greeting, not the connection, is refused
 
-// A new client meets a server that plays `script`.
+// Connects a new client to a server that plays `script`.
 static std::string connectTo(const ScriptedServer::Script& script)
 {
     ScriptedServer server{script};
@@ -52,7 +52,7 @@ static int openDescriptors()
 static_assert(std::is_convertible<gqdb::CTcpAPI*, gqdb::CSocketAPI*>::value, "CSocketAPI is a public base");
 static_assert(!std::has_virtual_destructor<gqdb::CTcpAPI>::value, "destroyed through its own type");
 
-TEST(TcpApiConstructor, startsDownWithTheSocketOpen)
+TEST(TcpApiConstructor, startsDisconnectedWithAnOpenSocket)
 {
     OpenTcpClient client;
     ASSERT_NE(client.socket, nullptr);
@@ -73,7 +73,7 @@ TEST(TcpApiConstructor, setsBothTimeOutsTo9000OnTheOpenSocket)
     EXPECT_EQ(client.timeOut(SO_SNDTIMEO), 9000);
 }
 
-TEST(TcpApiDestructor, endsTheConnectionAndLeavesNoDescriptor)
+TEST(TcpApiDestructor, closesTheConnectionAndLeavesNoDescriptor)
 {
     const int before = openDescriptors();
     {
@@ -88,7 +88,7 @@ TEST(TcpApiDestructor, endsTheConnectionAndLeavesNoDescriptor)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST(TcpApiDestructor, leavesNoDescriptorOfAClientThatNeverConnected)
+TEST(TcpApiDestructor, leavesNoDescriptorIfNeverConnected)
 {
     const int before = openDescriptors();
     {
@@ -99,7 +99,7 @@ TEST(TcpApiDestructor, leavesNoDescriptorOfAClientThatNeverConnected)
 
 // --- Time-outs ---
 
-TEST(TcpApiSetRecvOverTm, keepsTheTimeAndSetsItOnTheSocket)
+TEST(TcpApiSetRecvOverTm, storesTheTimeAndSetsItOnTheSocket)
 {
     OpenTcpClient client;
     EXPECT_EQ(client.setRecvOverTm(1500), 1);
@@ -109,7 +109,7 @@ TEST(TcpApiSetRecvOverTm, keepsTheTimeAndSetsItOnTheSocket)
     EXPECT_EQ(client.timeOut(SO_SNDTIMEO), 9000);
 }
 
-TEST(TcpApiSetSendOverTm, keepsTheTimeAndSetsItOnTheSocket)
+TEST(TcpApiSetSendOverTm, storesTheTimeAndSetsItOnTheSocket)
 {
     OpenTcpClient client;
     EXPECT_EQ(client.setSendOverTm(1500), 1);
@@ -129,7 +129,7 @@ TEST(TcpApiSetRecvOverTm, reachesTheSocketThroughTheBase)
     EXPECT_EQ(client.timeOut(SO_SNDTIMEO), 2500);
 }
 
-TEST(TcpApiSetRecvOverTm, keepsTheTimeOnAClosedSocketToo)
+TEST(TcpApiSetRecvOverTm, storesTheTimeEvenIfTheSocketIsClosed)
 {
     OpenTcpClient client;
     client.close();
@@ -141,7 +141,7 @@ TEST(TcpApiSetRecvOverTm, keepsTheTimeOnAClosedSocketToo)
 
 // --- connect: greetings ---
 
-TEST(TcpApiConnect, takesAGreetingAboveZero)
+TEST(TcpApiConnect, acceptsAGreetingAboveZero)
 {
     EXPECT_EQ(greetWith("68 04000000 0000 00 00 00 01000000 0000 16"_hex), up);
     EXPECT_EQ(greetWith("68 04000000 0000 00 00 00 07000000 0000 16"_hex), up);
@@ -155,7 +155,7 @@ TEST(TcpApiConnect, refusesAGreetingOfZeroOrBelow)
     EXPECT_EQ(greetWith("68 04000000 0000 00 00 00 00000080 0000 16"_hex), refused);
 }
 
-TEST(TcpApiConnect, takesAnErrorFrameWithAPositiveCodeAsAGreeting)
+TEST(TcpApiConnect, acceptsAnErrorFrameWithAPositiveCodeAsAGreeting)
 {
     EXPECT_EQ(greetWith("68 04000000 0000 00 00 ff 05000000 0000 16"_hex), up);
     EXPECT_EQ(greetWith("68 04000000 0000 00 00 ff 02000000 0000 16"_hex), up);
@@ -167,13 +167,13 @@ TEST(TcpApiConnect, refusesAnErrorFrameWithACodeOfZeroOrBelow)
     EXPECT_EQ(greetWith("68 04000000 0000 00 00 ff f9ffffff 0000 16"_hex), refused);
 }
 
-// The code 1 reads as success, and then no payload stands behind it.
-TEST(TcpApiConnect, refusesAnErrorFrameThatHoldsOne)
+// Code 1 counts as success, but there is no payload.
+TEST(TcpApiConnect, refusesAnErrorFrameWithCodeOne)
 {
     EXPECT_EQ(greetWith("68 04000000 0000 00 00 ff 01000000 0000 16"_hex), refused);
 }
 
-TEST(TcpApiConnect, refusesAnErrorFrameWithNoWholeCode)
+TEST(TcpApiConnect, refusesAnErrorFrameWithoutACompleteCode)
 {
     EXPECT_EQ(greetWith("68 02000000 0000 00 00 ff 0500 0000 16"_hex), refused);
     EXPECT_EQ(greetWith("68 00000000 0000 00 00 ff 0000 16"_hex), refused);
@@ -190,12 +190,12 @@ TEST(TcpApiConnect, refusesAWrongEndByte)
     EXPECT_EQ(greetWith("68 04000000 0000 00 00 00 01000000 0000 17"_hex), refused);
 }
 
-TEST(TcpApiConnect, takesAnySequenceArgumentsCommandChecksumAndFurtherPayload)
+TEST(TcpApiConnect, ignoresSequenceArgumentsCommandChecksumAndExtraPayload)
 {
     EXPECT_EQ(greetWith("68 06000000 ffff ee dd fe 01000000 0102 beef 16"_hex), up);
 }
 
-TEST(TcpApiConnect, skipsGarbageAheadOfTheGreeting)
+TEST(TcpApiConnect, skipsGarbageBeforeTheGreeting)
 {
     EXPECT_EQ(greetWith("00 11 68 04000000 0000 00 00 00 01000000 0000 16"_hex), up);
 }
@@ -233,7 +233,7 @@ TEST(TcpApiConnect, refusesAServerThatResetsInTheMiddleOfItsGreeting)
 
 // --- connect: address, buffer, endpoint ---
 
-TEST(TcpApiConnect, keepsTheAddress)
+TEST(TcpApiConnect, storesTheAddress)
 {
     ScriptedServer server{{sends(greeting)}};
     OpenTcpClient client;
@@ -243,7 +243,7 @@ TEST(TcpApiConnect, keepsTheAddress)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiConnect, failsOnARefusedConnectionWithAddressKeptAndSocketOpen)
+TEST(TcpApiConnect, storesTheAddressAndKeepsTheSocketIfRefused)
 {
     ReservedPort port;
     OpenTcpClient client;
@@ -252,13 +252,13 @@ TEST(TcpApiConnect, failsOnARefusedConnectionWithAddressKeptAndSocketOpen)
     EXPECT_EQ(client.serverPort, port.number());
 }
 
-TEST(TcpApiConnect, failsOnATextThatIsNoAddress)
+TEST(TcpApiConnect, failsOnAnInvalidAddress)
 {
     OpenTcpClient client;
     EXPECT_EQ(outcome(client, client.connect("", 1)), "-1: down, open");
 }
 
-TEST(TcpApiConnect, clearsAFlagThatStoodBefore)
+TEST(TcpApiConnect, clearsAFlagThatWasSet)
 {
     ReservedPort port;
     OpenTcpClient client;
@@ -267,16 +267,16 @@ TEST(TcpApiConnect, clearsAFlagThatStoodBefore)
     EXPECT_FALSE(client.isConnected());
 }
 
-TEST(TcpApiConnect, answersZeroWhileTheConnectIsInProgress)
+TEST(TcpApiConnect, returnsZeroWhileTheConnectIsInProgress)
 {
     ReservedPort port;
     OpenTcpClient client;
-    client.socket->setAsyncMode(); // before the refusal is known
+    client.socket->setAsyncMode(); // returns before the refusal arrives
     EXPECT_EQ(outcome(client, client.connect("127.0.0.1", port.number())), "0: down, open");
     EXPECT_EQ(client.serverPort, port.number());
 }
 
-TEST(TcpApiConnect, makesTheReadBufferOnce)
+TEST(TcpApiConnect, allocatesTheReadBufferOnce)
 {
     EXPECT_EQ(gqdb::CSocketAPI::rawBufferSize, 655350);
     ReservedPort port;
@@ -290,13 +290,13 @@ TEST(TcpApiConnect, makesTheReadBufferOnce)
 
 static bool memoryIsOut = false;
 
-// Stands in for the system's, for the whole test program.
+// Replaces the operator in the whole test program.
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
     return memoryIsOut ? nullptr : ::operator new[](size);
 }
 
-TEST(TcpApiConnect, failsWithoutMemoryForTheReadBufferAheadOfKeepingTheAddress)
+TEST(TcpApiConnect, failsBeforeStoringTheAddressWithoutMemoryForTheReadBuffer)
 {
     ReservedPort port;
     OpenTcpClient client;
@@ -307,7 +307,7 @@ TEST(TcpApiConnect, failsWithoutMemoryForTheReadBufferAheadOfKeepingTheAddress)
     EXPECT_EQ(client.serverHost, "");
 }
 
-TEST(TcpApiConnect, waitsInVainForASecondGreetingOnALiveLink)
+TEST(TcpApiConnect, timesOutWaitingForASecondGreetingOnALiveLink)
 {
     ScriptedServer server{{sends(greeting)}};
     OpenTcpClient client;
@@ -318,10 +318,10 @@ TEST(TcpApiConnect, waitsInVainForASecondGreetingOnALiveLink)
     EXPECT_EQ(client.recvBuffer, buffer);
 }
 
-TEST(TcpApiConnect, keepsAnotherAddressButNotTheLiveLink)
+TEST(TcpApiConnect, storesAnotherAddressButLosesTheLiveLink)
 {
     ScriptedServer server{{sends(greeting)}};
-    ReservedPort other; // would refuse
+    ReservedPort other; // refuses connections
     OpenTcpClient client;
     EXPECT_EQ(outcome(client, client.connect("127.0.0.1", server.port())), up);
     client.setRecvOverTm(100);
@@ -330,12 +330,12 @@ TEST(TcpApiConnect, keepsAnotherAddressButNotTheLiveLink)
     EXPECT_EQ(outcome(client, client.checkConnect()), "-1: down, open");
 }
 
-TEST(TcpApiConnect, opensANewSocketWithNoTimeOutsBehindAClose)
+TEST(TcpApiConnect, opensASocketWithoutTimeOutsAfterAClose)
 {
     ScriptedServer server{{sends(greeting)}, {sends(greeting)}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
-    EXPECT_EQ(client.timeOut(SO_RCVTIMEO), 9000); // still the first socket
+    EXPECT_EQ(client.timeOut(SO_RCVTIMEO), 9000); // unchanged, so still the first socket
     client.close();
     EXPECT_EQ(outcome(client, client.connect("127.0.0.1", server.port())), up);
     EXPECT_EQ(client.timeOut(SO_RCVTIMEO), 0);
@@ -350,7 +350,7 @@ TEST(TcpApiConnect, opensANewSocketWithNoTimeOutsBehindAClose)
 
 // --- connectServer ---
 
-// A client with a read buffer and an address of its own, from a connect that was refused.
+// A client with a read buffer and a stored address, after a refused connect.
 class TcpApiConnectServer : public testing::Test {
 protected:
     void SetUp() override { EXPECT_EQ(client.connect("127.0.0.1", port.number()), -1); }
@@ -359,21 +359,21 @@ protected:
     OpenTcpClient client;
 };
 
-TEST_F(TcpApiConnectServer, neitherKeepsTheAddressNorSetsTheFlag)
+TEST_F(TcpApiConnectServer, neitherStoresTheAddressNorSetsTheFlag)
 {
     ScriptedServer server{{sends(greeting)}};
     EXPECT_EQ(outcome(client, client.connectServer("127.0.0.1", server.port())), "1: down, open");
     EXPECT_EQ(client.serverPort, port.number());
 }
 
-TEST_F(TcpApiConnectServer, answersZeroToARefusedGreetingWithTheSocketClosed)
+TEST_F(TcpApiConnectServer, closesTheSocketAndReturnsZeroOnARefusedGreeting)
 {
     ScriptedServer server{{sends(errorMinus7)}};
     client.connected = true;
     EXPECT_EQ(outcome(client, client.connectServer("127.0.0.1", server.port())), refused);
 }
 
-TEST_F(TcpApiConnectServer, returnsTheFailureOfTheEndpointAndTouchesNothing)
+TEST_F(TcpApiConnectServer, returnsTheFailureOfTheEndpointAndChangesNothing)
 {
     client.connected = true;
     EXPECT_EQ(outcome(client, client.connectServer("127.0.0.1", port.number())), "-1: up, open");
@@ -381,7 +381,7 @@ TEST_F(TcpApiConnectServer, returnsTheFailureOfTheEndpointAndTouchesNothing)
 
 // --- checkConnect ---
 
-TEST(TcpApiCheckConnect, isSatisfiedWithTheFlag)
+TEST(TcpApiCheckConnect, returnsOneIfTheFlagIsSet)
 {
     OpenTcpClient client; // without a server, without a read buffer
     client.connected = true;
@@ -389,7 +389,7 @@ TEST(TcpApiCheckConnect, isSatisfiedWithTheFlag)
     EXPECT_EQ(outcome(client, client.checkConnect()), "1: up, closed");
 }
 
-TEST(TcpApiCheckConnect, connectsAgainWithTheKeptAddress)
+TEST(TcpApiCheckConnect, reconnectsToTheStoredAddress)
 {
     ScriptedServer server{{sends(greeting)}, {sends(greeting)}};
     OpenTcpClient client;
@@ -423,8 +423,8 @@ TEST(TcpApiCheckConnect, triesTheEmptyAddressBeforeAnyConnect)
     EXPECT_EQ(outcome(client, client.checkConnect()), "-1: down, open");
 }
 
-// Its read has nowhere to go without the buffer that connect makes.
-TEST(TcpApiCheckConnect, makesNoReadBuffer)
+// The read fails because only connect() allocates the buffer.
+TEST(TcpApiCheckConnect, allocatesNoReadBuffer)
 {
     ScriptedServer server{{sends(greeting)}};
     OpenTcpClient client;
@@ -447,7 +447,7 @@ TEST(TcpApiClose, closesTheSocketAndClearsTheFlag)
     EXPECT_NE(client.recvBuffer, nullptr);
 }
 
-TEST(TcpApiClose, mayBeRepeated)
+TEST(TcpApiClose, canBeRepeated)
 {
     OpenTcpClient client;
     EXPECT_EQ(outcome(client, client.close()), "1: down, closed");
@@ -475,7 +475,7 @@ TEST(TcpApiClose, needsNoSocket)
 
 // --- Coming back ---
 
-TEST(TcpApiReconnect, costsOneFurtherFailedRequestBehindAFailedReply)
+TEST(TcpApiReconnect, takesOneMoreFailedRequestAfterAFailedReply)
 {
     ScriptedServer server{{sends(greeting), receives(17), sends(errorMinus7)},
                           {sends(greeting), receives(17), sends(reply7), receives(17), sends(reply7)}};
@@ -483,12 +483,12 @@ TEST(TcpApiReconnect, costsOneFurtherFailedRequestBehindAFailedReply)
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "-7: down, open");
     client.setRecvOverTm(100);
-    EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), refused); // for a second greeting, which does not come
+    EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), refused); // waits for a second greeting, which is not sent
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
 }
 
-TEST(TcpApiReconnect, waitsUntilThePeerClosesOnASocketWithoutTimeOut)
+TEST(TcpApiReconnect, waitsUntilThePeerClosesIfThereIsNoTimeOut)
 {
     ScriptedServer server{{sends(greeting)},
                           {sends(greeting), receives(17), sends(errorMinus7), closes()},
@@ -502,7 +502,7 @@ TEST(TcpApiReconnect, waitsUntilThePeerClosesOnASocketWithoutTimeOut)
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
 }
 
-TEST(TcpApiReconnect, isNotNeededBehindAListThatWasRefused)
+TEST(TcpApiReconnect, isNotNeededAfterARefusedList)
 {
     const QByteArray frame = "68 00000000 0000 00 00 31 0000 16"_hex;
     const QByteArray list = "68 06000000 0000 00 00 31 02000000 0102 0000 16"_hex;
@@ -515,7 +515,7 @@ TEST(TcpApiReconnect, isNotNeededBehindAListThatWasRefused)
     EXPECT_EQ(out, (std::vector<unsigned char>{1, 2}));
 }
 
-TEST(TcpApiReconnect, happensOnTheRequestBehindATimeOut)
+TEST(TcpApiReconnect, happensOnTheRequestAfterATimeOut)
 {
     ScriptedServer server{{sends(greeting), receives(17)}, {sends(greeting), receives(17), sends(reply7)}};
     OpenTcpClient client;
@@ -525,7 +525,7 @@ TEST(TcpApiReconnect, happensOnTheRequestBehindATimeOut)
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
 }
 
-TEST(TcpApiReconnect, findsAStationThatWentAwayAndCameBack)
+TEST(TcpApiReconnect, findsAStationThatRestarted)
 {
     ReservedPort port;
     OpenTcpClient client;
@@ -534,7 +534,7 @@ TEST(TcpApiReconnect, findsAStationThatWentAwayAndCameBack)
         EXPECT_EQ(client.connect("127.0.0.1", port.number()), 1);
         EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
     }
-    EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "-1: down, closed"); // the dead link
+    EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "-1: down, closed"); // detects the dead link
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "-1: down, open");   // nobody listens
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "-1: down, open");
     {
@@ -543,21 +543,21 @@ TEST(TcpApiReconnect, findsAStationThatWentAwayAndCameBack)
     }
 }
 
-TEST(TcpApiReconnect, goesOnCountingFrames)
+TEST(TcpApiReconnect, keepsCountingFrames)
 {
     ScriptedServer server{{sends(greeting), receives(17), sends(reply7), closes()},
                           {sends(greeting), receives(17), sends(reply7)}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
     EXPECT_EQ(client.requestInt(0x30, 9), 7);
-    EXPECT_EQ(client.requestInt(0x30, 9), -1); // uses up number 1
+    EXPECT_EQ(client.requestInt(0x30, 9), -1); // consumes number 1
     EXPECT_EQ(client.requestInt(0x30, 9), 7);
     EXPECT_EQ(hex(server.received(0)), hex(request));
     EXPECT_EQ(hex(server.received(1)), hex("68 04000000 0200 00 00 30 09000000 0000 16"_hex));
     EXPECT_EQ(client.sendSeq, 3);
 }
 
-TEST(TcpApiReconnect, goesOnCountingFramesBehindConnectToo)
+TEST(TcpApiReconnect, keepsCountingFramesAfterConnect)
 {
     ScriptedServer server{{sends(greeting)}, {sends(greeting)}};
     OpenTcpClient client;
@@ -568,10 +568,10 @@ TEST(TcpApiReconnect, goesOnCountingFramesBehindConnectToo)
     EXPECT_EQ(client.sendSeq, 5);
 }
 
-// --- A partial frame that a dead link left meets the next greeting ---
+// --- A partial frame of a dead link, followed by the next greeting ---
 
-// A connection that breaks off in the middle of a reply which begins with `part`.
-static ScriptedServer::Script breaksOffBehind(const QByteArray& part)
+// A connection that ends after the part `part` of a reply.
+static ScriptedServer::Script breaksOffAfter(const QByteArray& part)
 {
     return {sends(greeting), receives(17), sends(part), closes()};
 }
@@ -579,7 +579,7 @@ static ScriptedServer::Script breaksOffBehind(const QByteArray& part)
 TEST(TcpApiPartialFrame, growsByGreetingsThatDoNotCompleteIt)
 {
     const QByteArray part = "68 64000000 0000 00 00 40 0102"_hex; // 12 bytes of 113
-    ScriptedServer server{breaksOffBehind(part), {sends(greeting), closes()}, {sends(greeting), closes()}};
+    ScriptedServer server{breaksOffAfter(part), {sends(greeting), closes()}, {sends(greeting), closes()}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "-1: down, closed");
@@ -591,21 +591,22 @@ TEST(TcpApiPartialFrame, growsByGreetingsThatDoNotCompleteIt)
     EXPECT_EQ(hex(client.recvFrame), hex(part + greeting + greeting));
 }
 
-TEST(TcpApiPartialFrame, runsTheAttemptIntoTheTimeOut)
+TEST(TcpApiPartialFrame, makesTheAttemptTimeOut)
 {
     ScriptedServer server{{sends(greeting)}};
     OpenTcpClient client;
     client.recvFrame = "68 64000000 0000 00 00 40 0102"_hex;
     client.recvFrameSize = 113;
-    client.setRecvOverTm(500); // time enough for the greeting
+    client.setRecvOverTm(500); // long enough for the greeting
     EXPECT_EQ(outcome(client, client.connect("127.0.0.1", server.port())), refused);
     EXPECT_EQ(hex(client.recvFrame), hex("68 64000000 0000 00 00 40 0102"_hex + greeting));
 }
 
-TEST(TcpApiPartialFrame, failsTheAttemptWhenTheGreetingCompletesItWithAWrongEnd)
+TEST(TcpApiPartialFrame, failsTheAttemptIfTheGreetingCompletesItWithAWrongEnd)
 {
-    const QByteArray part = "68 0d000000 0000 00 00 40"_hex; // 10 bytes of 26, the last one not the greeting's
-    ScriptedServer server{breaksOffBehind(part), {sends(greeting)}, {sends(greeting), receives(17), sends(reply7)}};
+    const QByteArray part =
+        "68 0d000000 0000 00 00 40"_hex; // 10 bytes of 26, its end byte does not match the greeting's
+    ScriptedServer server{breaksOffAfter(part), {sends(greeting)}, {sends(greeting), receives(17), sends(reply7)}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
     EXPECT_EQ(client.requestInt(0x30, 9), -1);
@@ -614,20 +615,20 @@ TEST(TcpApiPartialFrame, failsTheAttemptWhenTheGreetingCompletesItWithAWrongEnd)
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
 }
 
-TEST(TcpApiPartialFrame, passesAsTheGreetingWhenTheEndByteFits)
+TEST(TcpApiPartialFrame, isAcceptedAsTheGreetingIfTheEndByteMatches)
 {
-    const QByteArray part = "68 0e000000 0000 00 00 40"_hex; // 10 bytes of 27, the integer is to be 0x0468
-    ScriptedServer server{breaksOffBehind(part), {sends(greeting), receives(17), sends(reply7)}};
+    const QByteArray part = "68 0e000000 0000 00 00 40"_hex; // 10 bytes of 27, the integer becomes 0x0468
+    ScriptedServer server{breaksOffAfter(part), {sends(greeting), receives(17), sends(reply7)}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
     EXPECT_EQ(client.requestInt(0x30, 9), -1);
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
 }
 
-TEST(TcpApiPartialFrame, isParsedAsItStandsWhenTheEndByteFits)
+TEST(TcpApiPartialFrame, isParsedWithItsOwnPayloadIfTheEndByteMatches)
 {
     const QByteArray part = "68 12000000 0000 00 00 40 ffffffff"_hex; // 14 bytes of 31, the integer is -1
-    ScriptedServer server{breaksOffBehind(part), {sends(greeting)}, {sends(greeting), receives(17), sends(reply7)}};
+    ScriptedServer server{breaksOffAfter(part), {sends(greeting)}, {sends(greeting), receives(17), sends(reply7)}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
     EXPECT_EQ(client.requestInt(0x30, 9), -1);
@@ -636,21 +637,21 @@ TEST(TcpApiPartialFrame, isParsedAsItStandsWhenTheEndByteFits)
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
 }
 
-TEST(TcpApiPartialFrame, isDroppedByASendAheadOfTheNextAttempt)
+TEST(TcpApiPartialFrame, isDroppedByASendBeforeTheNextAttempt)
 {
     const QByteArray part = "68 64000000 0000 00 00 40 0102"_hex;
-    ScriptedServer server{breaksOffBehind(part), {sends(greeting), receives(17), sends(reply7)}};
+    ScriptedServer server{breaksOffAfter(part), {sends(greeting), receives(17), sends(reply7)}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", server.port()), 1);
     EXPECT_EQ(client.requestInt(0x30, 9), -1);
-    EXPECT_EQ(client.setTime(1, 2), -1); // sends nothing, for the socket is closed
+    EXPECT_EQ(client.setTime(1, 2), -1); // sends nothing, as the socket is closed
     EXPECT_EQ(outcome(client, client.requestInt(0x30, 9)), "7: up, open");
 }
 
-TEST(TcpApiPartialFrame, meetsTheGreetingOfAnotherServerToo)
+TEST(TcpApiPartialFrame, isJoinedWithTheGreetingOfAnotherServer)
 {
     const QByteArray part = "68 12000000 0000 00 00 40 ffffffff"_hex;
-    ScriptedServer first{breaksOffBehind(part)};
+    ScriptedServer first{breaksOffAfter(part)};
     ScriptedServer second{{sends(greeting)}, {sends(greeting)}};
     OpenTcpClient client;
     EXPECT_EQ(client.connect("127.0.0.1", first.port()), 1);

@@ -7,9 +7,9 @@
 
 static const QByteArray emptyList = "68 04000000 0000 00 00 10 00000000 0000 16"_hex; // of any element
 
-// --- What recvBytes, recvInts and recvStrings have in common ---
+// --- recvBytes, recvInts and recvStrings ---
 
-// Receives into a list that holds one element already, and tells how many came.
+// Receives into a list that already has one element. `came` becomes the number of added elements.
 struct ListForm {
     const char* name;
     std::function<int(OpenTcpClient&, int count, int& came)> receive;
@@ -39,7 +39,7 @@ static const ListForm listForms[] = {
      }},
 };
 
-// Each form reads `frame`, into a list that is to have 10 elements, and ends there with the link up.
+// Each form requests 10 elements, reads `frame` and returns `result` with the link up.
 static void expectRefused(const QByteArray& frame, int result)
 {
     for (const ListForm& form : listForms) {
@@ -63,7 +63,7 @@ TEST(TcpApiRecvLists, leaveTheLinkUpOnAnErrorFrame)
     expectRefused(errorOfNoBytes, -2);
 }
 
-TEST(TcpApiRecvLists, findNoPayloadInAnErrorFrameThatHoldsOne)
+TEST(TcpApiRecvLists, returnMinusFiveOnAnErrorFrameWithCodeOne)
 {
     expectRefused(error1, -5);
 }
@@ -73,7 +73,7 @@ TEST(TcpApiRecvLists, leaveTheLinkUpOnAWrongEndByte)
     expectRefused(wrongEnd, 0);
 }
 
-TEST(TcpApiRecvLists, leaveTheLinkUpOnAPayloadWithNoWholeCount)
+TEST(TcpApiRecvLists, leaveTheLinkUpOnAPayloadWithoutACompleteCount)
 {
     expectRefused(threeBytesOfPayload, -5);
     expectRefused(noPayload, -5);
@@ -84,7 +84,7 @@ TEST(TcpApiRecvLists, leaveTheLinkUpOnACountBeyondThePayload)
     expectRefused("68 06000000 0000 00 00 10 05000000 0102 0000 16"_hex, -5);
 }
 
-TEST(TcpApiRecvLists, goOnWithTheNextReplyBehindARefusedOne)
+TEST(TcpApiRecvLists, readTheNextReplyAfterARefusedOne)
 {
     for (const ListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -99,7 +99,7 @@ TEST(TcpApiRecvLists, goOnWithTheNextReplyBehindARefusedOne)
     }
 }
 
-TEST(TcpApiRecvLists, timeOutWithTheSocketClosed)
+TEST(TcpApiRecvLists, closeTheSocketOnATimeOut)
 {
     for (const ListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -110,7 +110,7 @@ TEST(TcpApiRecvLists, timeOutWithTheSocketClosed)
     }
 }
 
-TEST(TcpApiRecvLists, endWhenThePeerCloses)
+TEST(TcpApiRecvLists, failWhenThePeerCloses)
 {
     for (const ListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -124,7 +124,7 @@ TEST(TcpApiRecvLists, endWhenThePeerCloses)
     }
 }
 
-TEST(TcpApiRecvLists, waitForFurtherFramesBehindAnEmptyOne)
+TEST(TcpApiRecvLists, waitForMoreFramesAfterAnEmptyOne)
 {
     for (const ListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -134,13 +134,13 @@ TEST(TcpApiRecvLists, waitForFurtherFramesBehindAnEmptyOne)
         EXPECT_EQ(form.receive(client, 0, came), 1);
         EXPECT_EQ(client.link(), "up, open");
         client.give(emptyList);
-        EXPECT_EQ(form.receive(client, 2, came), 0); // the second frame does not come
+        EXPECT_EQ(form.receive(client, 2, came), 0); // the second frame is not sent
         EXPECT_EQ(client.link(), "down, closed");
         EXPECT_EQ(came, 0);
     }
 }
 
-TEST(TcpApiRecvLists, readOneFrameEvenIntoAListThatIsFullOnEntry)
+TEST(TcpApiRecvLists, readOneFrameEvenIfTheListIsFullOnEntry)
 {
     for (const ListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -149,7 +149,7 @@ TEST(TcpApiRecvLists, readOneFrameEvenIntoAListThatIsFullOnEntry)
         client.give(reply7);
         int came = -99;
         EXPECT_EQ(form.receive(client, 1, came), 1);
-        EXPECT_EQ(client.recvInt(), 7); // the frame behind it still stands
+        EXPECT_EQ(client.recvInt(), 7); // the next frame is still there
     }
 }
 
@@ -185,12 +185,12 @@ TEST(TcpApiRecvBytes, readsASingleFrameForACountOfZeroOrBelow)
     }
 }
 
-TEST(TcpApiRecvBytes, gathersFramesUpToTheCount)
+TEST(TcpApiRecvBytes, collectsFramesUpToTheCount)
 {
     LinkedTcpClient client;
     client.give(bytes0123);
     client.give(bytes456789);
-    client.give(bytes0123); // not needed any more
+    client.give(bytes0123); // no longer needed
     std::vector<unsigned char> out;
     EXPECT_EQ(client.recvBytes(10, out), 1);
     EXPECT_EQ(out, (std::vector<unsigned char>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
@@ -205,10 +205,10 @@ TEST(TcpApiRecvBytes, readsAnotherFrameWhileOneElementIsMissing)
     client.give(bytes456789);
     std::vector<unsigned char> out;
     EXPECT_EQ(client.recvBytes(5, out), 1);
-    EXPECT_EQ(out.size(), 10u); // a frame is taken whole
+    EXPECT_EQ(out.size(), 10u); // all elements of a frame are taken
 }
 
-TEST(TcpApiRecvBytes, countsTheElementsOnEntry)
+TEST(TcpApiRecvBytes, countsTheElementsPresentOnEntry)
 {
     LinkedTcpClient client;
     client.give(bytes456789);
@@ -217,7 +217,7 @@ TEST(TcpApiRecvBytes, countsTheElementsOnEntry)
     EXPECT_EQ(out, (std::vector<unsigned char>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
 }
 
-TEST(TcpApiRecvBytes, waitsInVainForTheSecondFrameOfARead)
+TEST(TcpApiRecvBytes, timesOutWaitingForTheSecondFrameOfARead)
 {
     LinkedTcpClient client;
     client.give(bytes0123 + bytes456789);
@@ -227,7 +227,7 @@ TEST(TcpApiRecvBytes, waitsInVainForTheSecondFrameOfARead)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-TEST(TcpApiRecvBytes, keepsTheFramesAheadOfARefusedOne)
+TEST(TcpApiRecvBytes, keepsTheFramesBeforeARefusedOne)
 {
     LinkedTcpClient client;
     client.give(bytes0123);
@@ -238,7 +238,7 @@ TEST(TcpApiRecvBytes, keepsTheFramesAheadOfARefusedOne)
     EXPECT_EQ(client.link(), "up, open");
 }
 
-TEST(TcpApiRecvBytes, keepsTheFramesAheadOfADeadLink)
+TEST(TcpApiRecvBytes, keepsTheFramesReceivedBeforeTheLinkFailed)
 {
     LinkedTcpClient client;
     client.give(bytes0123);
@@ -249,7 +249,7 @@ TEST(TcpApiRecvBytes, keepsTheFramesAheadOfADeadLink)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-TEST(TcpApiRecvBytes, ignoresBytesBehindTheList)
+TEST(TcpApiRecvBytes, ignoresBytesAfterTheList)
 {
     LinkedTcpClient client;
     client.give("68 07000000 0000 00 00 10 02000000 0a0b0c 0000 16"_hex);
@@ -258,7 +258,7 @@ TEST(TcpApiRecvBytes, ignoresBytesBehindTheList)
     EXPECT_EQ(out, (std::vector<unsigned char>{10, 11}));
 }
 
-TEST(TcpApiRecvBytes, takesAFrameOfOneMebibyteWhole)
+TEST(TcpApiRecvBytes, readsAFrameOfOneMebibyte)
 {
     QByteArray list(1 << 20, '\0');
     for (int i = 0; i < list.size(); ++i)
@@ -274,7 +274,7 @@ TEST(TcpApiRecvBytes, takesAFrameOfOneMebibyteWhole)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiRecvBytes, gathersAReplyLargerThanTheReadBuffer)
+TEST(TcpApiRecvBytes, assemblesAReplyLargerThanTheReadBuffer)
 {
     std::vector<QByteArray> pieces = {greeting};
     QByteArray whole;
@@ -322,12 +322,12 @@ TEST(TcpApiRecvInts, readsASingleFrameForACountOfZeroOrBelow)
     }
 }
 
-TEST(TcpApiRecvInts, gathersFramesUpToTheCount)
+TEST(TcpApiRecvInts, collectsFramesUpToTheCount)
 {
     LinkedTcpClient client;
     client.give(intsOneMinusTwo);
     client.give(intsThree);
-    client.give(intsThree); // not needed any more
+    client.give(intsThree); // no longer needed
     std::vector<int> out;
     EXPECT_EQ(client.recvInts(3, out), 1);
     EXPECT_EQ(out, (std::vector<int>{1, -2, 3}));
@@ -335,7 +335,7 @@ TEST(TcpApiRecvInts, gathersFramesUpToTheCount)
     EXPECT_EQ(out, (std::vector<int>{1, -2, 3, 3}));
 }
 
-TEST(TcpApiRecvInts, countsTheElementsOnEntry)
+TEST(TcpApiRecvInts, countsTheElementsPresentOnEntry)
 {
     LinkedTcpClient client;
     client.give(intsThree);
@@ -344,7 +344,7 @@ TEST(TcpApiRecvInts, countsTheElementsOnEntry)
     EXPECT_EQ(out, (std::vector<int>{1, 2, 3}));
 }
 
-TEST(TcpApiRecvInts, keepsTheFramesAheadOfARefusedOne)
+TEST(TcpApiRecvInts, keepsTheFramesBeforeARefusedOne)
 {
     LinkedTcpClient client;
     client.give(intsOneMinusTwo);
@@ -357,7 +357,7 @@ TEST(TcpApiRecvInts, keepsTheFramesAheadOfARefusedOne)
 
 // --- recvStrings ---
 
-// "abc" and "\u00fc"; "x". Each text behind its outer and its inner length.
+// "abc" and "\u00fc"; "x". Each text follows its outer and inner length.
 static const QByteArray stringsAbcUe = "68 11000000 0000 00 00 10 02000000 0500 0300 616263 0400 0200 c3bc 0000 16"_hex;
 static const QByteArray stringsX = "68 09000000 0000 00 00 10 01000000 0300 0100 78 0000 16"_hex;
 
@@ -390,12 +390,12 @@ TEST(TcpApiRecvStrings, readsASingleFrameForACountOfZeroOrBelow)
     }
 }
 
-TEST(TcpApiRecvStrings, gathersFramesUpToTheCount)
+TEST(TcpApiRecvStrings, collectsFramesUpToTheCount)
 {
     LinkedTcpClient client;
     client.give(stringsAbcUe);
     client.give(stringsX);
-    client.give(stringsX); // not needed any more
+    client.give(stringsX); // no longer needed
     QStringList out;
     EXPECT_EQ(client.recvStrings(3, out), 1);
     EXPECT_EQ(joined(out), "abc|\xc3\xbc|x");
@@ -403,7 +403,7 @@ TEST(TcpApiRecvStrings, gathersFramesUpToTheCount)
     EXPECT_EQ(joined(out), "abc|\xc3\xbc|x|x");
 }
 
-TEST(TcpApiRecvStrings, countsTheElementsOnEntry)
+TEST(TcpApiRecvStrings, countsTheElementsPresentOnEntry)
 {
     LinkedTcpClient client;
     client.give(stringsX);
@@ -412,18 +412,18 @@ TEST(TcpApiRecvStrings, countsTheElementsOnEntry)
     EXPECT_EQ(joined(out), "a|b|x");
 }
 
-TEST(TcpApiRecvStrings, answersZeroToAnItemBeyondThePayloadAndLeavesTheLinkUp)
+TEST(TcpApiRecvStrings, returnsZeroForAnItemBeyondThePayloadAndLeavesTheLinkUp)
 {
     LinkedTcpClient client;
     client.give("68 0b000000 0000 00 00 10 02000000 0300 0100 78 0100 0000 16"_hex);
     QStringList out = {"first"};
     EXPECT_EQ(client.recvStrings(0, out), 0);
-    EXPECT_EQ(joined(out), "first|x"); // the second item would have one byte
+    EXPECT_EQ(joined(out), "first|x"); // only one byte remains for the second item
     EXPECT_EQ(client.link(), "up, open");
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiRecvStrings, countsAnItemWithoutAnInnerLengthAsAnEmptyText)
+TEST(TcpApiRecvStrings, readsAnItemWithoutInnerLengthAsAnEmptyText)
 {
     LinkedTcpClient client;
     client.give("68 09000000 0000 00 00 10 01000000 0300 616263 0000 16"_hex);

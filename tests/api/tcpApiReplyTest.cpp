@@ -3,7 +3,7 @@
 
 #include <climits>
 
-// What a derived client does with a frame that recvDatas left to it.
+// How a derived client handles a frame that recvDatas() kept.
 static void dropFrame(OpenTcpClient& client)
 {
     client.recvFrame.clear();
@@ -12,7 +12,7 @@ static void dropFrame(OpenTcpClient& client)
 
 // --- One frame ---
 
-TEST(TcpApiRecvDatas, leavesTheWholeFrameAndGivesItsPayloadLength)
+TEST(TcpApiRecvDatas, keepsTheWholeFrameAndReturnsItsPayloadLength)
 {
     const QByteArray frame = "68"       //  0 start
                              "03000000" //  1 length
@@ -33,7 +33,7 @@ TEST(TcpApiRecvDatas, leavesTheWholeFrameAndGivesItsPayloadLength)
     EXPECT_EQ(client.link(), "up, open");
 }
 
-TEST(TcpApiRecvDatas, takesAFrameWithNoPayload)
+TEST(TcpApiRecvDatas, acceptsAFrameWithoutPayload)
 {
     LinkedTcpClient client;
     client.give(noPayload);
@@ -43,7 +43,7 @@ TEST(TcpApiRecvDatas, takesAFrameWithNoPayload)
     EXPECT_EQ(hex(client.recvFrame), hex(noPayload));
 }
 
-TEST(TcpApiRecvDatas, skipsGarbageAheadOfTheStartByte)
+TEST(TcpApiRecvDatas, skipsGarbageBeforeTheStartByte)
 {
     LinkedTcpClient client;
     client.give("00 11"_hex + reply7);
@@ -52,7 +52,7 @@ TEST(TcpApiRecvDatas, skipsGarbageAheadOfTheStartByte)
     EXPECT_EQ(hex(client.recvFrame), hex(reply7));
 }
 
-TEST(TcpApiRecvDatas, readsOnBehindAReadOfNothingButGarbage)
+TEST(TcpApiRecvDatas, readsAgainAfterReadingOnlyGarbage)
 {
     LinkedTcpClient client;
     client.give("00 11 16"_hex);
@@ -77,7 +77,7 @@ TEST(TcpApiRecvDatas, joinsAFrameSplitAtAnyByte)
     }
 }
 
-TEST(TcpApiRecvDatas, joinsAFrameThatComesByteByByte)
+TEST(TcpApiRecvDatas, joinsAFrameThatArrivesByteByByte)
 {
     LinkedTcpClient client;
     for (const char byte : reply7)
@@ -111,7 +111,7 @@ TEST(TcpApiRecvDatas, losesTheBeginningOfTheNextFrameWithTheRestOfARead)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiRecvDatas, takesAnyChecksum)
+TEST(TcpApiRecvDatas, acceptsAnyChecksum)
 {
     const QByteArray frame = "68 04000000 0000 00 00 10 07000000 beef 16"_hex;
     LinkedTcpClient client;
@@ -121,7 +121,7 @@ TEST(TcpApiRecvDatas, takesAnyChecksum)
     EXPECT_EQ(hex(client.recvFrame), hex(frame));
 }
 
-TEST(TcpApiRecvDatas, takesAnySequenceAndArguments)
+TEST(TcpApiRecvDatas, acceptsAnySequenceAndArguments)
 {
     const QByteArray frame = "68 04000000 ffff ee dd 30 07000000 0000 16"_hex;
     LinkedTcpClient client;
@@ -131,7 +131,7 @@ TEST(TcpApiRecvDatas, takesAnySequenceAndArguments)
     EXPECT_EQ(hex(client.recvFrame), hex(frame));
 }
 
-TEST(TcpApiRecvDatas, takesEveryCommandButThatOfAnErrorFrame)
+TEST(TcpApiRecvDatas, acceptsEveryCommandExceptThatOfAnErrorFrame)
 {
     LinkedTcpClient client;
     QByteArray frame = reply7;
@@ -146,7 +146,7 @@ TEST(TcpApiRecvDatas, takesEveryCommandButThatOfAnErrorFrame)
     }
 }
 
-TEST(TcpApiRecvDatas, dropsAFrameWithAWrongEndByteAndLeavesTheLink)
+TEST(TcpApiRecvDatas, dropsAFrameWithAWrongEndByteAndKeepsTheLink)
 {
     LinkedTcpClient client;
     client.give(wrongEnd);
@@ -159,9 +159,9 @@ TEST(TcpApiRecvDatas, dropsAFrameWithAWrongEndByteAndLeavesTheLink)
     EXPECT_EQ(hex(client.recvFrame), hex(reply7));
 }
 
-TEST(TcpApiRecvDatas, dropsAllOfAFrameThatAFalseStartByteBegan)
+TEST(TcpApiRecvDatas, dropsTheWholeFrameThatAFalseStartByteBegan)
 {
-    // The stray 68 makes a frame of 104 + 13 bytes: 68 68000000 ..., which takes in the good one.
+    // The stray 68 starts a frame of 104 + 13 bytes, 68 68000000 ..., which includes the good one.
     LinkedTcpClient client;
     client.give("68"_hex + "68 00000000 0000 00 00 10 0000 16"_hex + QByteArray(103, '\0'));
     client.give(reply7);
@@ -172,7 +172,7 @@ TEST(TcpApiRecvDatas, dropsAllOfAFrameThatAFalseStartByteBegan)
     EXPECT_EQ(hex(client.recvFrame), hex(reply7));
 }
 
-TEST(TcpApiRecvDatas, takesALengthDownToMinusTwo)
+TEST(TcpApiRecvDatas, acceptsALengthDownToMinusTwo)
 {
     for (const int length : {-1, -2}) { // frames of 12 and 11 bytes
         SCOPED_TRACE(length);
@@ -190,14 +190,14 @@ TEST(TcpApiRecvDatas, takesALengthDownToMinusTwo)
 TEST(TcpApiRecvDatas, dropsALengthBelowMinusTwo)
 {
     LinkedTcpClient client;
-    client.give("68 fdffffff 0000 00 00 10 16"_hex); // told to have 10 bytes
+    client.give("68 fdffffff 0000 00 00 10 16"_hex); // announces 10 bytes
     int len = 0;
     EXPECT_EQ(client.recvDatas(len), 0);
     EXPECT_EQ(client.link(), "up, open");
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiRecvDatas, endsInTheCodeOfAnErrorFrame)
+TEST(TcpApiRecvDatas, returnsTheCodeOfAnErrorFrame)
 {
     LinkedTcpClient client;
     int len = 0;
@@ -223,7 +223,7 @@ TEST(TcpApiRecvDatas, readsTheFirstFourBytesOfALongErrorFrame)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiRecvDatas, answersMinusTwoToAnErrorFrameWithNoWholeCode)
+TEST(TcpApiRecvDatas, returnsMinusTwoOnAnErrorFrameWithoutACompleteCode)
 {
     const QByteArray frames[] = {
         "68 03000000 0000 00 00 ff f9ffff 0000 16"_hex,
@@ -243,7 +243,7 @@ TEST(TcpApiRecvDatas, answersMinusTwoToAnErrorFrameWithNoWholeCode)
     }
 }
 
-TEST(TcpApiRecvDatas, answersSuccessWithNoFrameToAnErrorFrameThatHoldsOne)
+TEST(TcpApiRecvDatas, returnsSuccessWithoutAFrameOnAnErrorFrameWithCodeOne)
 {
     LinkedTcpClient client;
     client.give(error1);
@@ -253,7 +253,7 @@ TEST(TcpApiRecvDatas, answersSuccessWithNoFrameToAnErrorFrameThatHoldsOne)
     EXPECT_EQ(client.link(), "up, open");
 }
 
-TEST(TcpApiRecvDatas, timesOutWithTheSocketClosedAndKeepsAPartialFrame)
+TEST(TcpApiRecvDatas, closesTheSocketOnATimeOutAndKeepsAPartialFrame)
 {
     for (int size = 0; size < reply7.size(); ++size) {
         SCOPED_TRACE(size);
@@ -268,7 +268,7 @@ TEST(TcpApiRecvDatas, timesOutWithTheSocketClosedAndKeepsAPartialFrame)
     }
 }
 
-TEST(TcpApiRecvDatas, endsWhenThePeerClosesAndKeepsAPartialFrame)
+TEST(TcpApiRecvDatas, failsWhenThePeerClosesAndKeepsAPartialFrame)
 {
     for (int size = 0; size < reply7.size(); ++size) {
         SCOPED_TRACE(size);
@@ -292,8 +292,8 @@ TEST(TcpApiRecvDatas, failsOnAClosedSocket)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-// A packet longer than the read loses its end, which shows how much the client asked for.
-TEST(TcpApiRecvDatas, asksForAsMuchAsTheReadBufferHolds)
+// A packet longer than the read is truncated, which shows how much the client requested.
+TEST(TcpApiRecvDatas, requestsAsManyBytesAsTheReadBufferHolds)
 {
     LinkedTcpClient client;
     const int room = 2000000;
@@ -302,7 +302,7 @@ TEST(TcpApiRecvDatas, asksForAsMuchAsTheReadBufferHolds)
                              QByteArray(655338, 'x') + "0000 00"_hex;
     if (::send(client.peer, frame.constData(), size_t(frame.size()), MSG_DONTWAIT) != 655351)
         GTEST_SKIP() << "this system has no socket buffer for a packet of 655351 bytes";
-    client.give("16"_hex); // in place of the last byte
+    client.give("16"_hex); // instead of the last byte
     int len = 0;
     EXPECT_EQ(client.recvDatas(len), 1);
     EXPECT_EQ(len, 655338);
@@ -327,7 +327,7 @@ TEST(TcpApiRecvInt, returnsTheIntegerOfTheReplyWithTheLinkUp)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiRecvInt, doesNotRaiseTheFlagItself)
+TEST(TcpApiRecvInt, doesNotSetTheFlag)
 {
     LinkedTcpClient client;
     client.connected = false;
@@ -336,7 +336,7 @@ TEST(TcpApiRecvInt, doesNotRaiseTheFlagItself)
     EXPECT_EQ(client.link(), "down, open");
 }
 
-TEST(TcpApiRecvInt, ignoresBytesBehindTheInteger)
+TEST(TcpApiRecvInt, ignoresBytesAfterTheInteger)
 {
     LinkedTcpClient client;
     client.give("68 08000000 0000 00 00 10 07000000 01020304 0000 16"_hex);
@@ -379,7 +379,7 @@ TEST(TcpApiRecvInt, marksTheLinkDownOnAnErrorFrame)
     }
 }
 
-TEST(TcpApiRecvInt, findsNoPayloadInAnErrorFrameThatHoldsOne)
+TEST(TcpApiRecvInt, returnsMinusFiveOnAnErrorFrameWithCodeOne)
 {
     LinkedTcpClient client;
     client.give(error1);
@@ -397,14 +397,14 @@ TEST(TcpApiRecvInt, marksTheLinkDownOnAWrongEndByte)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiRecvInt, timesOutWithTheSocketClosed)
+TEST(TcpApiRecvInt, closesTheSocketOnATimeOut)
 {
     LinkedTcpClient client;
     EXPECT_EQ(client.recvInt(), 0);
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-TEST(TcpApiRecvInt, endsWhenThePeerCloses)
+TEST(TcpApiRecvInt, failsWhenThePeerCloses)
 {
     LinkedTcpClient client;
     client.hangUp();
@@ -412,7 +412,7 @@ TEST(TcpApiRecvInt, endsWhenThePeerCloses)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-TEST(TcpApiRecvInt, endsWhenThePeerClosesInTheMiddleOfAFrame)
+TEST(TcpApiRecvInt, failsWhenThePeerClosesInTheMiddleOfAFrame)
 {
     LinkedTcpClient client;
     client.give(reply7.left(12));
@@ -422,7 +422,7 @@ TEST(TcpApiRecvInt, endsWhenThePeerClosesInTheMiddleOfAFrame)
     EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(12)));
 }
 
-TEST(TcpApiRecvInt, tellsAReplyOfZeroFromATimeOutByTheLinkOnly)
+TEST(TcpApiRecvInt, distinguishesAReplyOfZeroFromATimeOutOnlyByTheLink)
 {
     LinkedTcpClient client;
     client.give("68 04000000 0000 00 00 10 00000000 0000 16"_hex);
@@ -432,7 +432,7 @@ TEST(TcpApiRecvInt, tellsAReplyOfZeroFromATimeOutByTheLinkOnly)
     EXPECT_FALSE(client.isConnected());
 }
 
-TEST(TcpApiRecvInt, takesTheRestOfAFrameThatAnEarlierReadBegan)
+TEST(TcpApiRecvInt, completesAFrameThatAnEarlierReadStarted)
 {
     LinkedTcpClient client;
     client.recvFrame = reply7.left(3);

@@ -7,22 +7,22 @@
 
 static const QByteArray greeting0 = "68 04000000 0000 00 00 00 00000000 0000 16"_hex;
 
-// A finished request of a derived client.
+// A complete request frame of a derived client.
 static const QByteArray ownFrame = "68 02000000 3412 00 00 40 abcd 0000 16"_hex;
 
 // --- Sending ---
 
-TEST(TcpApiSendDatas, sendsTheFrameAsItStandsInOneWrite)
+TEST(TcpApiSendDatas, sendsTheFrameUnchangedInOneWrite)
 {
     LinkedTcpClient client;
     EXPECT_EQ(client.sendDatas(ownFrame), 1);
     EXPECT_EQ(hex(client.take()), hex(ownFrame));
-    EXPECT_EQ(client.sendDatas("01 02 03"_hex), 1); // no frame at all
+    EXPECT_EQ(client.sendDatas("01 02 03"_hex), 1); // not a frame
     EXPECT_EQ(hex(client.take()), "01 02 03");
     EXPECT_EQ(client.sendSeq, 0);
 }
 
-TEST(TcpApiSendDatas, sendsACommandWithNoPayload)
+TEST(TcpApiSendDatas, sendsACommandWithoutPayload)
 {
     LinkedTcpClient client;
     EXPECT_EQ(client.sendDatas(0x21), 1);
@@ -82,7 +82,7 @@ TEST(TcpApiSendDatas, countsTheFramesOfAllForms)
     client.sendDatas(0x21);
     client.sendInt(0x22, 5);
     client.sendInts(0x23, {6});
-    client.sendDatas(ownFrame); // has its own number
+    client.sendDatas(ownFrame); // contains its own number
     client.sendDatas(0x24);
     EXPECT_EQ(hex(client.take()), hex("68 00000000 0000 00 00 21 0000 16"_hex));
     EXPECT_EQ(hex(client.take()), hex("68 04000000 0100 00 00 22 05000000 0000 16"_hex));
@@ -91,7 +91,7 @@ TEST(TcpApiSendDatas, countsTheFramesOfAllForms)
     EXPECT_EQ(hex(client.take()), hex("68 00000000 0300 00 00 24 0000 16"_hex));
 }
 
-TEST(TcpApiSendDatas, beginsAgainAtZeroBehindNumber65535)
+TEST(TcpApiSendDatas, restartsAtZeroAfterNumber65535)
 {
     LinkedTcpClient client;
     client.sendSeq = 65535;
@@ -101,7 +101,7 @@ TEST(TcpApiSendDatas, beginsAgainAtZeroBehindNumber65535)
     EXPECT_EQ(hex(client.take()), hex("68 00000000 0000 00 00 21 0000 16"_hex));
 }
 
-TEST(TcpApiSendDatas, dropsWhatWasLeftOfAnEarlierReply)
+TEST(TcpApiSendDatas, dropsThePartialFrameOfAnEarlierReply)
 {
     LinkedTcpClient client;
     client.recvFrame = reply7.left(12);
@@ -112,7 +112,7 @@ TEST(TcpApiSendDatas, dropsWhatWasLeftOfAnEarlierReply)
     EXPECT_EQ(client.recvInt(), 7);
 }
 
-TEST(TcpApiSendDatas, dropsWhatWasLeftEvenIfItFails)
+TEST(TcpApiSendDatas, dropsThePartialFrameEvenIfItFails)
 {
     LinkedTcpClient client;
     client.hangUp();
@@ -122,7 +122,7 @@ TEST(TcpApiSendDatas, dropsWhatWasLeftEvenIfItFails)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(TcpApiSendDatas, sendsOnAnOpenSocketWithTheFlagDown)
+TEST(TcpApiSendDatas, sendsOnAnOpenSocketEvenIfTheFlagIsDown)
 {
     LinkedTcpClient client;
     client.connected = false;
@@ -139,7 +139,7 @@ TEST(TcpApiSendDatas, closesWhenTheSendFails)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-TEST(TcpApiSendDatas, closesWhenThereIsNoRoomInTime)
+TEST(TcpApiSendDatas, closesWhenTheSendTimesOut)
 {
     LinkedTcpClient client;
     while (::send(client.descriptor(), "x", 1, MSG_DONTWAIT) == 1) {
@@ -155,7 +155,7 @@ TEST(TcpApiSendDatas, closesOnAnEmptyFrame)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-TEST(TcpApiSendDatas, takesAPartialWriteForSuccess)
+TEST(TcpApiSendDatas, treatsAPartialWriteAsSuccess)
 {
     LinkedTcpClient client(SOCK_STREAM);
     const int room = 10000;
@@ -163,7 +163,7 @@ TEST(TcpApiSendDatas, takesAPartialWriteForSuccess)
     EXPECT_EQ(client.sendDatas(QByteArray(1 << 20, 'x')), 1);
     EXPECT_EQ(client.link(), "up, open");
 
-    ::shutdown(client.descriptor(), SHUT_WR); // the peer reads what came and then the end
+    ::shutdown(client.descriptor(), SHUT_WR); // the peer reads what was sent, then the end
     int came = 0;
     for (int count = 1; count > 0; came += count)
         count = client.take().size();
@@ -193,8 +193,8 @@ TEST(TcpApiSendDatas, neverReconnectsInAnyForm)
     EXPECT_EQ(client.sendInt(0x22, 5), -1);
     EXPECT_EQ(client.sendInts(0x23, {6}), -1);
     EXPECT_EQ(client.link(), "down, closed");
-    EXPECT_EQ(client.sendSeq, 3);        // numbers of frames that are never sent are used up
-    EXPECT_EQ(client.checkConnect(), 1); // the server was there all the time
+    EXPECT_EQ(client.sendSeq, 3);        // unsent frames consume numbers too
+    EXPECT_EQ(client.checkConnect(), 1); // the server was available all the time
 }
 
 // --- Requests ---
@@ -202,13 +202,13 @@ TEST(TcpApiSendDatas, neverReconnectsInAnyForm)
 struct RequestForm {
     const char* name;
     std::function<int(OpenTcpClient&)> call;
-    QByteArray frame; // as the first of a client
+    QByteArray frame; // as the client's first frame
     QByteArray reply;
     int result;
 };
 
 static const RequestForm requestForms[] = {
-    {"requestInt, finished frame", //
+    {"requestInt, complete frame", //
      [](OpenTcpClient& client) { return client.requestInt(ownFrame); }, ownFrame, reply7, 7},
     {"requestBytes",
      [](OpenTcpClient& client) {
@@ -271,7 +271,7 @@ TEST(TcpApiRequest, returnsTheCodeOfAnErrorFrame)
     }
 }
 
-TEST(TcpApiRequest, endsWithZeroOnASilentPeer)
+TEST(TcpApiRequest, returnsZeroIfThePeerIsSilent)
 {
     for (const RequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
@@ -281,7 +281,7 @@ TEST(TcpApiRequest, endsWithZeroOnASilentPeer)
     }
 }
 
-TEST(TcpApiRequest, rebuildsALostLinkFirst)
+TEST(TcpApiRequest, reconnectsALostLinkFirst)
 {
     for (const RequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
@@ -303,9 +303,9 @@ TEST(TcpApiRequest, stopsAtARefusedConnection)
     for (const RequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
         EXPECT_EQ(form.call(client), -1);
-        EXPECT_EQ(client.link(), "down, open"); // nothing was sent, which would have closed it
+        EXPECT_EQ(client.link(), "down, open"); // a send would have closed it
     }
-    EXPECT_EQ(client.sendSeq, 0); // nor built
+    EXPECT_EQ(client.sendSeq, 0); // and no frame was built
 }
 
 TEST(TcpApiRequest, stopsAtARefusedGreeting)
@@ -343,8 +343,8 @@ TEST(TcpApiRequest, stopsAtAFailedSend)
     }
 }
 
-// The send then fails ahead of the place where it clears the flag, and a read would have nothing to read from.
-TEST(TcpApiRequest, clearsTheFlagWithoutASocketInTheFormWithOneIntegerOnly)
+// The send fails before it would clear the flag, and there is no socket to read from.
+TEST(TcpApiRequest, clearsTheFlagWithoutASocketOnlyInTheFormWithOneInteger)
 {
     for (const RequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
@@ -357,7 +357,7 @@ TEST(TcpApiRequest, clearsTheFlagWithoutASocketInTheFormWithOneIntegerOnly)
     }
 }
 
-TEST(TcpApiRequest, gathersAReplyInSeveralFrames)
+TEST(TcpApiRequest, collectsAReplyInSeveralFrames)
 {
     LinkedTcpClient client;
     std::vector<unsigned char> bytes = {1};
@@ -379,8 +379,8 @@ TEST(TcpApiRequest, gathersAReplyInSeveralFrames)
     EXPECT_EQ(texts, QStringList({"a", "b", "c"}));
 }
 
-// How programs make requests of their own: a derived class reaches codec and frame operations by plain name.
-TEST(TcpApiRequest, servesADerivedClient)
+// Programs add requests in a derived class, which uses codec and frame operations by unqualified name.
+TEST(TcpApiRequest, worksFromADerivedClient)
 {
     struct PointClient : LinkedTcpClient {
         int levels(int pointId, std::vector<int>& out)
@@ -443,7 +443,7 @@ TEST(TcpApiTimedCommands, returnTheCodesOfARequest)
     }
 }
 
-TEST(TcpApiTimedCommands, rebuildALostLinkFirst)
+TEST(TcpApiTimedCommands, reconnectALostLinkFirst)
 {
     for (const TimedCommand& command : timedCommands) {
         SCOPED_TRACE(command.name);
@@ -512,11 +512,11 @@ TEST(TcpApiSetTime, doesNotReconnect)
     EXPECT_EQ(client.setTime(1, 2), -1);
     EXPECT_EQ(client.setTime(1, 2), -1);
     EXPECT_EQ(client.link(), "down, closed");
-    EXPECT_EQ(client.setState(3), 7); // the next command brings the link back
+    EXPECT_EQ(client.setState(3), 7); // the next command reconnects
     EXPECT_EQ(client.setTime(1, 2), 7);
 }
 
-TEST(TcpApiSetTime, goesOutOnAnOpenSocketWithTheFlagDown)
+TEST(TcpApiSetTime, isSentOnAnOpenSocketEvenIfTheFlagIsDown)
 {
     LinkedTcpClient client;
     client.connected = false;
@@ -525,7 +525,7 @@ TEST(TcpApiSetTime, goesOutOnAnOpenSocketWithTheFlagDown)
     EXPECT_EQ(client.link(), "down, open");
 }
 
-TEST(TcpApiSetTime, readsNothingBehindAFailedSend)
+TEST(TcpApiSetTime, readsNothingAfterAFailedSend)
 {
     OpenTcpClient client;
     client.loseSocket();

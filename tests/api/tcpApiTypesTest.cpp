@@ -1,5 +1,5 @@
-// What a program's own code leans on at compile time and through the table of virtual operations: result types,
-// member pointers, and which overload a call with plain literals takes.
+// What programs depend on at compile time and through the table of virtual operations: result types, member pointers,
+// and the overload selected by calls with literals.
 
 #include "support/frames.h"
 #include "support/openTcpClient.h"
@@ -66,7 +66,7 @@ static constexpr int (CTcpAPI::*requestWithInts)(unsigned char, const Ints&) = &
 
 // --- Layout ---
 
-TEST(TcpApiClass, addsItsSocketBehindTheFieldsOfTheBase)
+TEST(TcpApiClass, storesItsSocketAfterTheFieldsOfTheBase)
 {
     const OpenTcpClient client;
     struct Base : CSocketAPI {
@@ -80,7 +80,7 @@ TEST(TcpApiClass, addsItsSocketBehindTheFieldsOfTheBase)
 
 // --- Virtual operations ---
 
-TEST(TcpApiClass, reachesTheTimeOutsOfAClientDerivedFromIt)
+TEST(TcpApiClass, callsTheTimeOutsOfADerivedClient)
 {
     class Recorder : public CTcpAPI {
     public:
@@ -96,26 +96,26 @@ TEST(TcpApiClass, reachesTheTimeOutsOfAClientDerivedFromIt)
     EXPECT_EQ(api.setSendOverTm(10), 12);
 }
 
-// An endpoint of a program's own, in the place of the client's.
+// An endpoint of a program's own, instead of the client's.
 class WatchedSocket : public CTcpSocket {
 public:
     int setRecvOverTm(int ms) override
     {
-        told += "setRecvOverTm " + std::to_string(ms) + "\n";
+        calls += "setRecvOverTm " + std::to_string(ms) + "\n";
         return CTcpSocket::setRecvOverTm(ms);
     }
     int setSendOverTm(int ms) override
     {
-        told += "setSendOverTm " + std::to_string(ms) + "\n";
+        calls += "setSendOverTm " + std::to_string(ms) + "\n";
         return CTcpSocket::setSendOverTm(ms);
     }
     void close() override
     {
-        told += "close\n";
+        calls += "close\n";
         CTcpSocket::close();
     }
 
-    std::string told;
+    std::string calls;
 };
 
 class WatchedClient : public LinkedTcpClient {
@@ -130,12 +130,12 @@ public:
         EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
         watched.setSocket({ends[0]});
         peer = ends[1];
-        watched.told.clear();
+        watched.calls.clear();
     }
 
     ~WatchedClient() { socket = nullptr; }
 
-    std::string told() { return std::exchange(watched.told, {}); }
+    std::string calls() { return std::exchange(watched.calls, {}); }
 
 private:
     WatchedSocket watched;
@@ -146,23 +146,23 @@ TEST(TcpApiClass, callsTheVirtualOperationsOfItsEndpoint)
     WatchedClient client;
     EXPECT_EQ(client.setRecvOverTm(20), 1);
     EXPECT_EQ(client.setSendOverTm(30), 1);
-    EXPECT_EQ(client.told(), "setRecvOverTm 20\nsetSendOverTm 30\n");
+    EXPECT_EQ(client.calls(), "setRecvOverTm 20\nsetSendOverTm 30\n");
     EXPECT_EQ(client.recvInt(), 0); // a time-out
-    EXPECT_EQ(client.told(), "close\n");
-    EXPECT_EQ(client.sendDatas(1), -1); // no socket any more
-    EXPECT_EQ(client.told(), "close\n");
+    EXPECT_EQ(client.calls(), "close\n");
+    EXPECT_EQ(client.sendDatas(1), -1); // the socket is closed
+    EXPECT_EQ(client.calls(), "close\n");
     EXPECT_EQ(client.close(), 1);
-    EXPECT_EQ(client.told(), "close\n");
+    EXPECT_EQ(client.calls(), "close\n");
 }
 
 // --- Overloads ---
 
-TEST(TcpApiSendDatas, takesAPlainNumberForACommand)
+TEST(TcpApiSendDatas, acceptsALiteralAsCommand)
 {
     LinkedTcpClient client;
     EXPECT_EQ(client.sendDatas(5), 1);
     EXPECT_EQ(hex(client.take()), "68 00 00 00 00 00 00 00 00 05 00 00 16");
-    EXPECT_EQ(client.sendDatas(0), 1); // no null pointer to a text
+    EXPECT_EQ(client.sendDatas(0), 1); // 0 is not a null pointer to a text
     EXPECT_EQ(hex(client.take()), "68 00 00 00 00 01 00 00 00 00 00 00 16");
     EXPECT_EQ(client.sendDatas('A'), 1);
     EXPECT_EQ(hex(client.take()), "68 00 00 00 00 02 00 00 00 41 00 00 16");
@@ -170,7 +170,7 @@ TEST(TcpApiSendDatas, takesAPlainNumberForACommand)
     EXPECT_EQ(hex(client.take()), "41 42");
 }
 
-TEST(TcpApiRequestInt, takesTwoPlainNumbersForACommandAndAnInteger)
+TEST(TcpApiRequestInt, acceptsLiteralsAsCommandAndInteger)
 {
     LinkedTcpClient client;
     client.give(reply7);
@@ -187,7 +187,7 @@ TEST(TcpApiRequestInt, takesTwoPlainNumbersForACommandAndAnInteger)
     EXPECT_EQ(hex(client.take()), "41 42");
 }
 
-TEST(TcpApiClass, isServedThroughMemberPointers)
+TEST(TcpApiClass, canBeCalledThroughMemberPointers)
 {
     LinkedTcpClient client;
     QByteArray frame;

@@ -5,12 +5,12 @@
 #include <cerrno>
 #include <string>
 
-// The system calls of a client, each step of it.
+// The system calls of each operation of a client.
 class UdpApiCalls : public EndpointCalls {
 protected:
     BufferedUdpClient client;
 
-    // With descriptor 7, the calls of that forgotten.
+    // Connects with descriptor 7 and discards the recorded calls.
     void connect()
     {
         calls.answer("socket", 7);
@@ -18,7 +18,7 @@ protected:
         calls.take();
     }
 
-    // The next wait ends at once, with these bytes to read.
+    // The next wait ends immediately, with these bytes to read.
     void give(const QByteArray& bytes)
     {
         calls.answerSelect(1, {7}, {}, {});
@@ -35,9 +35,9 @@ static const std::string connects = "connect(7, {AF_INET, 05 de, 7f 00 00 01}, 1
 
 using UdpApiConnectCalls = UdpApiCalls;
 
-TEST_F(UdpApiConnectCalls, opensABlockingSocketWithNoOption)
+TEST_F(UdpApiConnectCalls, opensABlockingSocketWithoutOptions)
 {
-    EXPECT_EQ(calls.take(), ""); // of the constructor
+    EXPECT_EQ(calls.take(), ""); // by the constructor
     calls.answer("socket", 7);
     EXPECT_EQ(client.connect("127.0.0.1", 1502), 1);
     EXPECT_EQ(calls.take(), "socket(AF_INET, SOCK_DGRAM, 0)\n" + connects);
@@ -47,7 +47,7 @@ TEST_F(UdpApiConnectCalls, opensABlockingSocketWithNoOption)
     EXPECT_EQ(calls.take(), connects);
 }
 
-TEST_F(UdpApiConnectCalls, givesTheResultOfTheEndpointAndRaisesTheFlagForOneAlone)
+TEST_F(UdpApiConnectCalls, returnsTheEndpointsResultAndSetsTheFlagOnlyForOne)
 {
     connect();
     const struct {
@@ -63,7 +63,7 @@ TEST_F(UdpApiConnectCalls, givesTheResultOfTheEndpointAndRaisesTheFlagForOneAlon
         client.connected = result != 1;
         calls.refuse("connect", error);
         EXPECT_EQ(client.connectServer("127.0.0.1", 1502), result);
-        EXPECT_EQ(client.isConnected(), result != 1); // not touched
+        EXPECT_EQ(client.isConnected(), result != 1); // not changed
 
         calls.refuse("connect", error);
         EXPECT_EQ(client.connect("127.0.0.1", 1502), result);
@@ -103,7 +103,7 @@ TEST_F(UdpApiDestructorCalls, closesAnOpenSocketOnly)
 
 using UdpApiSendDatasCalls = UdpApiCalls;
 
-TEST_F(UdpApiSendDatasCalls, takesAnyCountAboveZeroForSuccess)
+TEST_F(UdpApiSendDatasCalls, treatsAnyCountAboveZeroAsSuccess)
 {
     connect();
     for (const int count : {3, 1}) {
@@ -114,7 +114,7 @@ TEST_F(UdpApiSendDatasCalls, takesAnyCountAboveZeroForSuccess)
     }
 }
 
-TEST_F(UdpApiSendDatasCalls, closesWithoutRoomAndOnAFailure)
+TEST_F(UdpApiSendDatasCalls, closesIfTheBufferIsFullOrTheSendFails)
 {
     for (const int error : {EAGAIN, ECONNREFUSED}) {
         connect();
@@ -138,12 +138,12 @@ TEST_F(UdpApiRecvDatasCalls, waitsOnceAndReadsOnce)
     EXPECT_EQ(calls.take(), waits + reads);
 
     client.dropFrame();
-    give(reply7.left(3)); // a part is no reason to read again
+    give(reply7.left(3)); // a partial frame does not cause another read
     EXPECT_EQ(client.recvDatas(len), 0);
     EXPECT_EQ(calls.take(), waits + reads);
 }
 
-TEST_F(UdpApiRecvDatasCalls, waitsForTheTimeThatIsSet)
+TEST_F(UdpApiRecvDatasCalls, waitsForTheSetTime)
 {
     connect();
     int len = 0;
@@ -154,7 +154,7 @@ TEST_F(UdpApiRecvDatasCalls, waitsForTheTimeThatIsSet)
     }
 }
 
-TEST_F(UdpApiRecvDatasCalls, readsNothingUnlessTheWaitGivesOne)
+TEST_F(UdpApiRecvDatasCalls, readsNothingUnlessTheWaitReturnsOne)
 {
     connect();
     int len = -99;
@@ -169,7 +169,7 @@ TEST_F(UdpApiRecvDatasCalls, readsNothingUnlessTheWaitGivesOne)
     EXPECT_EQ(client.link(), "up, open");
 }
 
-TEST_F(UdpApiRecvDatasCalls, closesAndGivesTheResultOfAReadThatBringsNothing)
+TEST_F(UdpApiRecvDatasCalls, closesAndReturnsTheResultOfAReadWithoutData)
 {
     const struct {
         int error;
@@ -187,7 +187,7 @@ TEST_F(UdpApiRecvDatasCalls, closesAndGivesTheResultOfAReadThatBringsNothing)
     }
 }
 
-TEST_F(UdpApiRecvDatasCalls, asksTheSystemToReadEvenWithNoReadBuffer)
+TEST_F(UdpApiRecvDatasCalls, callsRecvEvenWithoutAReadBuffer)
 {
     delete[] client.recvBuffer;
     client.recvBuffer = nullptr;
@@ -199,7 +199,7 @@ TEST_F(UdpApiRecvDatasCalls, asksTheSystemToReadEvenWithNoReadBuffer)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-TEST_F(UdpApiRecvDatasCalls, waitsAnewForEachDatagramOfAList)
+TEST_F(UdpApiRecvDatasCalls, waitsAgainForEachDatagramOfAList)
 {
     connect();
     give("68 05000000 0000 00 00 10 01000000 01 0000 16"_hex);
@@ -219,14 +219,14 @@ using UdpApiRequestCalls = UdpApiCalls;
 TEST_F(UdpApiRequestCalls, sendsWaitsAndReads)
 {
     connect();
-    client.connected = false; // is not looked at
+    client.connected = false; // is ignored
     calls.answer("send", 3);
     give(reply7);
     EXPECT_EQ(client.requestInt("680d16"_hex), 7);
     EXPECT_EQ(calls.take(), "send(7, [68 0d 16], 3, MSG_NOSIGNAL)\n" + waits + reads);
 }
 
-TEST_F(UdpApiRequestCalls, readsNothingBehindAFailedSend)
+TEST_F(UdpApiRequestCalls, readsNothingAfterAFailedSend)
 {
     connect();
     calls.refuse("send", ECONNREFUSED);

@@ -1,5 +1,5 @@
-// Datagrams that are cut, doubled, out of order, late or not the server's, and signals that end a wait: what a client
-// tells then, what its next request does, and that no descriptor is left over.
+// Datagrams that are truncated, duplicated, out of order, late or from others, and signals that interrupt a wait:
+// checks the client's result, its next request, and that no descriptor is left open.
 
 #include "support/descriptorsKept.h"
 #include "support/frames.h"
@@ -13,7 +13,7 @@
 
 class UdpApiRequestFault : public DescriptorsKept {
 protected:
-    // What is to be seen behind a request: its result and the link.
+    // The result of a request and the link state after it.
     std::string askOnce()
     {
         const int result = client.requestInt(0x30, 9);
@@ -25,19 +25,19 @@ protected:
 
 static const std::string answered = "7: up, open";
 
-TEST_F(UdpApiRequestFault, endsWithZeroOnAReplyCutAtAnyByteAndGoesOn)
+TEST_F(UdpApiRequestFault, returnsZeroOnAReplyTruncatedAtAnyByteAndContinues)
 {
     for (int size = 1; size < reply7.size(); ++size) {
         SCOPED_TRACE(size);
         client.give(reply7.left(size));
         EXPECT_EQ(askOnce(), "0: up, open");
         EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(size)));
-        client.give(reply7); // the request gives the part up
+        client.give(reply7); // the request drops the part
         EXPECT_EQ(askOnce(), answered);
     }
 }
 
-TEST_F(UdpApiRequestFault, closesOnAnEmptyDatagramAndComesBackByConnect)
+TEST_F(UdpApiRequestFault, closesOnAnEmptyDatagramAndRecoversByConnect)
 {
     client.give({});
     EXPECT_EQ(askOnce(), "-1: down, closed");
@@ -46,8 +46,8 @@ TEST_F(UdpApiRequestFault, closesOnAnEmptyDatagramAndComesBackByConnect)
     EXPECT_EQ(askOnce(), answered);
 }
 
-// No number is compared: from a doubled reply on, each request gets the reply to the one ahead of it.
-TEST_F(UdpApiRequestFault, staysAReplyBehindOnceOneWasDoubled)
+// Sequence numbers are not compared: after a duplicate, each request gets the reply to the previous one.
+TEST_F(UdpApiRequestFault, lagsByOneReplyAfterADuplicate)
 {
     client.give(reply7);
     client.give(reply7);
@@ -59,7 +59,7 @@ TEST_F(UdpApiRequestFault, staysAReplyBehindOnceOneWasDoubled)
     EXPECT_EQ(client.link(), "up, open");
 }
 
-TEST_F(UdpApiRequestFault, takesTheDatagramsOfAListAsTheyCome)
+TEST_F(UdpApiRequestFault, takesTheDatagramsOfAListInOrderOfArrival)
 {
     const QByteArray request = "68 00000000 0000 00 00 31 0000 16"_hex;
     const QByteArray first = "68 08000000 0000 00 00 31 01000000 01000000 0000 16"_hex;
@@ -73,7 +73,7 @@ TEST_F(UdpApiRequestFault, takesTheDatagramsOfAListAsTheyCome)
 
     out.clear();
     client.give(first);
-    client.give(first); // doubled: it fills the count
+    client.give(first); // the duplicate completes the count
     EXPECT_EQ(client.requestInts(request, 2, out), 1);
     EXPECT_EQ(out, (std::vector<int>{1, 1}));
 
@@ -87,8 +87,8 @@ TEST_F(UdpApiRequestFault, takesTheDatagramsOfAListAsTheyCome)
     EXPECT_EQ(askOnce(), answered);
 }
 
-// The system hands a connected socket what its peer sent and nothing else.
-TEST_F(UdpApiRequestFault, hearsNobodyButItsServer)
+// A connected socket receives only what its peer sent.
+TEST_F(UdpApiRequestFault, ignoresDatagramsFromOthers)
 {
     DatagramPeer stranger;
     const QByteArray forged = "68 04000000 0000 00 00 30 63000000 0000 16"_hex; // 99
@@ -100,7 +100,7 @@ TEST_F(UdpApiRequestFault, hearsNobodyButItsServer)
     EXPECT_EQ(askOnce(), "0: up, open");
 }
 
-TEST_F(UdpApiRequestFault, isEndedByASignalWithTheLinkUp)
+TEST_F(UdpApiRequestFault, isInterruptedByASignalWithTheLinkUp)
 {
     for (const int flags : {0, SA_RESTART}) {
         EXPECT_EQ(interrupted([&] { return client.requestInt(0x30, 9); }, flags), -1);

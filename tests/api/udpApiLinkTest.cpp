@@ -65,14 +65,14 @@ static_assert(std::is_same_v<decltype(OpenUdpClient::socket), CUdpClient*>);
 [[maybe_unused]] static constexpr int (CUdpAPI::*requestWithInt)(unsigned char, int) = &CUdpAPI::requestInt;
 [[maybe_unused]] static constexpr int (CUdpAPI::*requestWithInts)(unsigned char, const Ints&) = &CUdpAPI::requestInt;
 
-// Over datagrams there is nothing to check.
+// Over UDP there is nothing to check.
 template <typename Client, typename = void>
 static constexpr bool checksConnections = false;
 template <typename Client>
 static constexpr bool checksConnections<Client, std::void_t<decltype(&Client::checkConnect)>> = true;
 static_assert(checksConnections<gqdb::CTcpAPI> && !checksConnections<CUdpAPI>);
 
-TEST(UdpApiClass, addsItsSocketBehindTheFieldsOfTheBase)
+TEST(UdpApiClass, storesItsSocketAfterTheFieldsOfTheBase)
 {
     const OpenUdpClient client;
     struct Base : CSocketAPI {
@@ -86,7 +86,7 @@ TEST(UdpApiClass, addsItsSocketBehindTheFieldsOfTheBase)
 
 // --- Construction and destruction ---
 
-TEST(UdpApiConstructor, startsDownWithNoSocketAndNoReadBuffer)
+TEST(UdpApiConstructor, startsDisconnectedWithoutSocketAndReadBuffer)
 {
     const int before = openDescriptors();
     OpenUdpClient client;
@@ -130,7 +130,7 @@ static int timeOutSeconds(int descriptor, int option)
     return int(time.tv_sec);
 }
 
-TEST(UdpApiSetRecvOverTm, keepsTheTimeAndNothingElse)
+TEST(UdpApiSetRecvOverTm, storesTheTimeAndNothingElse)
 {
     LinkedUdpClient client;
     EXPECT_EQ(client.setRecvOverTm(2000), 1);
@@ -145,7 +145,7 @@ TEST(UdpApiSetRecvOverTm, keepsTheTimeAndNothingElse)
     EXPECT_EQ(client.recvOverTm, 2500);
 }
 
-TEST(UdpApiSetRecvOverTm, countsForTheNextWait)
+TEST(UdpApiSetRecvOverTm, appliesToTheNextWait)
 {
     LinkedUdpClient client;
     EXPECT_EQ(client.setRecvOverTm(0), 1); // a poll
@@ -158,7 +158,7 @@ TEST(UdpApiSetRecvOverTm, countsForTheNextWait)
 
 // --- connect ---
 
-TEST(UdpApiConnect, opensTheSocketAndFixesThePeer)
+TEST(UdpApiConnect, opensTheSocketAndSetsThePeer)
 {
     DatagramPeer peer;
     OpenUdpClient client;
@@ -167,16 +167,16 @@ TEST(UdpApiConnect, opensTheSocketAndFixesThePeer)
     EXPECT_TRUE(client.isConnected());
     EXPECT_EQ(client.serverHost, "127.0.0.1");
     EXPECT_EQ(client.serverPort, peer.port());
-    EXPECT_EQ(client.recvBuffer, nullptr); // none is made
+    EXPECT_EQ(client.recvBuffer, nullptr); // none is allocated
 
     EXPECT_EQ(::fcntl(client.descriptor(), F_GETFL) & O_NONBLOCK, 0);
-    EXPECT_TRUE(peer.holdsNone()); // nothing goes out
+    EXPECT_TRUE(peer.holdsNone()); // nothing is sent
     EXPECT_EQ(client.sendDatas("0a"_hex), 1);
     EXPECT_EQ(hex(peer.take()), "0a");
     EXPECT_EQ(peer.senderPort(), client.localPort());
 }
 
-TEST(UdpApiConnect, givesOneWithNoServer)
+TEST(UdpApiConnect, returnsOneWithoutAServer)
 {
     DatagramPeer peer;
     peer.goAway();
@@ -193,7 +193,7 @@ TEST(UdpApiConnect, readsNoGreeting)
     EXPECT_EQ(client.recvInt(), -7); // still there
 }
 
-TEST(UdpApiConnect, takesAnotherPeerOnTheOpenSocket)
+TEST(UdpApiConnect, changesThePeerOfTheOpenSocket)
 {
     LinkedUdpClient client;
     const int descriptor = client.descriptor();
@@ -205,7 +205,7 @@ TEST(UdpApiConnect, takesAnotherPeerOnTheOpenSocket)
     EXPECT_EQ(hex(other.take()), "0a");
 }
 
-TEST(UdpApiConnect, keepsTheAddressAndClearsTheFlagWhenItFails)
+TEST(UdpApiConnect, storesTheAddressAndClearsTheFlagIfItFails)
 {
     LinkedUdpClient client;
     EXPECT_EQ(client.connect("no.such.host", 7), -1);
@@ -224,7 +224,7 @@ TEST(UdpApiConnect, keepsAPartialFrame)
     EXPECT_EQ(client.recvFrameSize, 17);
 }
 
-TEST(UdpApiConnect, opensAnewBehindAClose)
+TEST(UdpApiConnect, reopensAfterAClose)
 {
     LinkedUdpClient client;
     client.close();
@@ -234,7 +234,7 @@ TEST(UdpApiConnect, opensAnewBehindAClose)
     EXPECT_EQ(hex(client.take()), "0a");
 }
 
-TEST(UdpApiConnectServer, connectsAndKeepsNeitherAddressNorFlag)
+TEST(UdpApiConnectServer, connectsAndStoresNeitherAddressNorFlag)
 {
     DatagramPeer peer;
     OpenUdpClient client;
@@ -246,7 +246,7 @@ TEST(UdpApiConnectServer, connectsAndKeepsNeitherAddressNorFlag)
 
     EXPECT_EQ(client.connect("127.0.0.1", peer.port()), 1);
     EXPECT_EQ(client.connectServer("no.such.host", 7), -1);
-    EXPECT_EQ(client.link(), "up, open"); // nothing cleared
+    EXPECT_EQ(client.link(), "up, open"); // nothing is cleared
     EXPECT_EQ(client.serverHost, "127.0.0.1");
 }
 
@@ -261,7 +261,7 @@ TEST(UdpApiClose, closesTheSocketAndClearsTheFlag)
     EXPECT_EQ(client.link(), "down, closed");
     EXPECT_EQ(client.descriptor(), -1);
     EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1);
-    EXPECT_EQ(client.serverHost, "127.0.0.1"); // both stay
+    EXPECT_EQ(client.serverHost, "127.0.0.1"); // both are kept
     EXPECT_EQ(client.serverPort, client.peer.port());
     EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(12)));
 
@@ -280,7 +280,7 @@ TEST(UdpApiClose, clearsTheFlagOfAClientThatWasNeverOpened)
 
 // --- Through the tables of virtual operations ---
 
-TEST(UdpApiClass, reachesTheTimeOutsOfAClientDerivedFromIt)
+TEST(UdpApiClass, callsTheTimeOutsOfADerivedClient)
 {
     class Recorder : public CUdpAPI {
     public:
@@ -293,28 +293,28 @@ TEST(UdpApiClass, reachesTheTimeOutsOfAClientDerivedFromIt)
     EXPECT_EQ(api.setSendOverTm(10), 12);
 }
 
-// An endpoint of a program's own, in the place of the client's.
+// An endpoint of a program's own, instead of the client's.
 class WatchedUdpSocket : public CUdpClient {
 public:
     void close() override
     {
-        told += "close\n";
+        calls += "close\n";
         CUdpClient::close();
     }
 
     int setRecvOverTm(int) override
     {
-        told += "setRecvOverTm\n";
+        calls += "setRecvOverTm\n";
         return 1;
     }
 
     int setSendOverTm(int) override
     {
-        told += "setSendOverTm\n";
+        calls += "setSendOverTm\n";
         return 1;
     }
 
-    std::string told;
+    std::string calls;
 };
 
 class WatchedUdpClient : public BufferedUdpClient {
@@ -327,13 +327,13 @@ public:
 
     ~WatchedUdpClient() { socket = nullptr; }
 
-    std::string told() { return std::exchange(watched.told, {}); }
+    std::string calls() { return std::exchange(watched.calls, {}); }
 
 private:
     WatchedUdpSocket watched;
 };
 
-TEST(UdpApiClass, callsNothingButTheCloseOfItsEndpoint)
+TEST(UdpApiClass, callsOnlyTheCloseOfItsEndpoint)
 {
     const DatagramPeer peer;
     WatchedUdpClient client;
@@ -342,11 +342,11 @@ TEST(UdpApiClass, callsNothingButTheCloseOfItsEndpoint)
     client.setSendOverTm(0);
     EXPECT_EQ(client.sendDatas("0a"_hex), 1);
     EXPECT_EQ(client.recvInt(), 0); // a time-out
-    EXPECT_EQ(client.told(), "");
+    EXPECT_EQ(client.calls(), "");
     EXPECT_EQ(client.close(), 1);
-    EXPECT_EQ(client.told(), "close\n");
-    EXPECT_EQ(client.sendDatas("0a"_hex), -1); // no socket any more
-    EXPECT_EQ(client.told(), "close\n");
+    EXPECT_EQ(client.calls(), "close\n");
+    EXPECT_EQ(client.sendDatas("0a"_hex), -1); // the socket is closed
+    EXPECT_EQ(client.calls(), "close\n");
     EXPECT_EQ(client.recvInt(), -1);
-    EXPECT_EQ(client.told(), "close\n");
+    EXPECT_EQ(client.calls(), "close\n");
 }

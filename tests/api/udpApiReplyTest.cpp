@@ -13,7 +13,7 @@
 
 // --- One datagram ---
 
-TEST(UdpApiRecvDatas, leavesTheWholeFrameAndGivesItsPayloadLength)
+TEST(UdpApiRecvDatas, keepsTheWholeFrameAndReturnsItsPayloadLength)
 {
     const QByteArray frame = "68"       //  0 start
                              "03000000" //  1 length
@@ -34,7 +34,7 @@ TEST(UdpApiRecvDatas, leavesTheWholeFrameAndGivesItsPayloadLength)
     EXPECT_EQ(client.link(), "up, open");
 }
 
-TEST(UdpApiRecvDatas, takesAFrameWithNoPayload)
+TEST(UdpApiRecvDatas, acceptsAFrameWithoutPayload)
 {
     LinkedUdpClient client;
     client.give(noPayload);
@@ -44,7 +44,7 @@ TEST(UdpApiRecvDatas, takesAFrameWithNoPayload)
     EXPECT_EQ(hex(client.recvFrame), hex(noPayload));
 }
 
-TEST(UdpApiRecvDatas, takesTheLongestDatagram)
+TEST(UdpApiRecvDatas, acceptsTheLongestDatagram)
 {
     const QByteArray frame = "68 d6ff0000 0000 00 00 10"_hex + QByteArray(65494, 'x') + "0000 16"_hex; // 65507 bytes
     LinkedUdpClient client;
@@ -55,7 +55,7 @@ TEST(UdpApiRecvDatas, takesTheLongestDatagram)
     EXPECT_TRUE(client.recvFrame == frame);
 }
 
-TEST(UdpApiRecvDatas, takesEveryCommandButThatOfAnErrorFrame)
+TEST(UdpApiRecvDatas, acceptsEveryCommandExceptThatOfAnErrorFrame)
 {
     LinkedUdpClient client;
     QByteArray frame = reply7;
@@ -70,7 +70,7 @@ TEST(UdpApiRecvDatas, takesEveryCommandButThatOfAnErrorFrame)
     }
 }
 
-TEST(UdpApiRecvDatas, skipsGarbageAheadOfTheStartByte)
+TEST(UdpApiRecvDatas, skipsGarbageBeforeTheStartByte)
 {
     LinkedUdpClient client;
     client.give("00 11"_hex + reply7);
@@ -79,7 +79,7 @@ TEST(UdpApiRecvDatas, skipsGarbageAheadOfTheStartByte)
     EXPECT_EQ(hex(client.recvFrame), hex(reply7));
 }
 
-TEST(UdpApiRecvDatas, endsWithZeroOnADatagramOfNothingButGarbage)
+TEST(UdpApiRecvDatas, returnsZeroOnADatagramOfGarbage)
 {
     LinkedUdpClient client;
     client.give("00 11 16"_hex);
@@ -89,7 +89,7 @@ TEST(UdpApiRecvDatas, endsWithZeroOnADatagramOfNothingButGarbage)
     EXPECT_TRUE(client.holdsNoFrame());
     EXPECT_EQ(len, -99);
     EXPECT_EQ(client.link(), "up, open");
-    EXPECT_EQ(client.recvDatas(len), 1); // that datagram waited for its own call
+    EXPECT_EQ(client.recvDatas(len), 1); // the next datagram needed another call
 }
 
 TEST(UdpApiRecvDatas, losesTheSecondFrameOfADatagram)
@@ -107,7 +107,7 @@ TEST(UdpApiRecvDatas, losesTheSecondFrameOfADatagram)
 
 // --- Partial frames ---
 
-TEST(UdpApiRecvDatas, endsWithZeroOnAPartialFrameAndGoesOnWithTheNextDatagram)
+TEST(UdpApiRecvDatas, returnsZeroOnAPartialFrameAndCompletesItWithTheNextDatagram)
 {
     for (int at = 1; at < reply7.size(); ++at) {
         SCOPED_TRACE(at);
@@ -126,7 +126,7 @@ TEST(UdpApiRecvDatas, endsWithZeroOnAPartialFrameAndGoesOnWithTheNextDatagram)
     }
 }
 
-TEST(UdpApiRecvDatas, keepsAPartialFrameOverATimeOut)
+TEST(UdpApiRecvDatas, keepsAPartialFrameAcrossATimeOut)
 {
     LinkedUdpClient client;
     client.give(reply7.left(12));
@@ -142,7 +142,7 @@ TEST(UdpApiRecvDatas, keepsAPartialFrameOverATimeOut)
 
 // --- Waiting ---
 
-TEST(UdpApiRecvDatas, waitsOutItsTimeAndGivesZeroWithTheLinkAsItWas)
+TEST(UdpApiRecvDatas, returnsZeroOnATimeOutAndLeavesTheLink)
 {
     LinkedUdpClient client;
     client.setRecvOverTm(50);
@@ -158,7 +158,7 @@ TEST(UdpApiRecvDatas, waitsOutItsTimeAndGivesZeroWithTheLinkAsItWas)
     EXPECT_EQ(client.link(), "down, open");
 }
 
-TEST(UdpApiRecvDatas, givesMinusOneOnAFailedWaitWithTheLinkAsItWas)
+TEST(UdpApiRecvDatas, returnsMinusOneOnAFailedWaitAndLeavesTheLink)
 {
     LinkedUdpClient client;
     client.give(reply7);
@@ -182,10 +182,10 @@ TEST(UdpApiRecvDatas, closesOnAnEmptyDatagram)
     EXPECT_EQ(client.recvDatas(len), -1);
     EXPECT_EQ(client.link(), "down, closed");
     EXPECT_EQ(len, -99);
-    EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(3))); // stays
+    EXPECT_EQ(hex(client.recvFrame), hex(reply7.left(3))); // kept
 }
 
-TEST(UdpApiRecvDatas, closesOnceThePeersPortHasRefused)
+TEST(UdpApiRecvDatas, closesAfterThePeersPortRefused)
 {
     LinkedUdpClient client;
     client.refuse();
@@ -194,7 +194,7 @@ TEST(UdpApiRecvDatas, closesOnceThePeersPortHasRefused)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-TEST(UdpApiRecvDatas, closesOnADatagramWithNoReadBuffer)
+TEST(UdpApiRecvDatas, closesOnADatagramWithoutAReadBuffer)
 {
     DatagramPeer peer;
     OpenUdpClient client;
@@ -208,7 +208,7 @@ TEST(UdpApiRecvDatas, closesOnADatagramWithNoReadBuffer)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-TEST(UdpApiRecvDatas, failsOnAClosedSocketBehindTheWait)
+TEST(UdpApiRecvDatas, failsOnAClosedSocketAfterTheWait)
 {
     LinkedUdpClient client;
     client.close();
@@ -227,8 +227,8 @@ TEST(UdpApiRecvDatas, dropsAFrameThatFailsItsCheck)
 {
     const QByteArray frames[] = {
         wrongEnd,
-        "68 fdffffff 0000 00 00 10 16"_hex,   // length -3, which makes 10 bytes
-        "68 f4ffffff 0000 00 00 10 0000"_hex, // length -12, which makes 1
+        "68 fdffffff 0000 00 00 10 16"_hex,   // length -3: size 10
+        "68 f4ffffff 0000 00 00 10 0000"_hex, // length -12: size 1
     };
     for (const QByteArray& frame : frames) {
         SCOPED_TRACE(hex(frame));
@@ -243,7 +243,7 @@ TEST(UdpApiRecvDatas, dropsAFrameThatFailsItsCheck)
     }
 }
 
-TEST(UdpApiRecvDatas, endsInTheCodeOfAnErrorFrameWithTheLinkUp)
+TEST(UdpApiRecvDatas, returnsTheCodeOfAnErrorFrameWithTheLinkUp)
 {
     const struct {
         QByteArray frame;
@@ -270,7 +270,7 @@ TEST(UdpApiRecvDatas, endsInTheCodeOfAnErrorFrameWithTheLinkUp)
     }
 }
 
-TEST(UdpApiRecvDatas, takesALengthDownToMinusTwo)
+TEST(UdpApiRecvDatas, acceptsALengthDownToMinusTwo)
 {
     for (const QByteArray& frame : {"68 ffffffff 0000 00 00 10 00 16"_hex, "68 feffffff 0000 00 00 10 16"_hex}) {
         SCOPED_TRACE(hex(frame));
@@ -296,7 +296,7 @@ TEST(UdpApiRecvInt, returnsTheIntegerOfTheReply)
         {"68 04000000 0000 00 00 10 00000000 0000 16"_hex, 0},
         {"68 04000000 0000 00 00 10 ffffffff 0000 16"_hex, -1},
         {"68 04000000 0000 00 00 10 00000080 0000 16"_hex, INT_MIN},
-        {"68 08000000 0000 00 00 10 07000000 01020304 0000 16"_hex, 7}, // and ignores what is behind it
+        {"68 08000000 0000 00 00 10 07000000 01020304 0000 16"_hex, 7}, // bytes after it are ignored
         {"68 33000000 0000 00 00 10 09000000"_hex + QByteArray(47, '\0') + "0000 16"_hex, 9},
     };
     for (const auto& expected : cases) {
@@ -308,7 +308,7 @@ TEST(UdpApiRecvInt, returnsTheIntegerOfTheReply)
     }
 }
 
-TEST(UdpApiRecvInt, leavesTheFlagAsItIsWhateverComes)
+TEST(UdpApiRecvInt, leavesTheFlagWhateverArrives)
 {
     const struct {
         QByteArray frame;
@@ -334,7 +334,7 @@ TEST(UdpApiRecvInt, leavesTheFlagAsItIsWhateverComes)
     }
 }
 
-TEST(UdpApiRecvInt, givesZeroOnATimeOutWithTheLinkUp)
+TEST(UdpApiRecvInt, returnsZeroOnATimeOutWithTheLinkUp)
 {
     LinkedUdpClient client;
     client.quickly();
@@ -362,8 +362,8 @@ TEST(UdpApiRecvInt, closesOnAnEmptyDatagram)
 
 // --- What recvBytes, recvInts and recvStrings have in common ---
 
-// Frames of one and of two elements, and receiving into a list that holds one element already. `came` is how many are
-// added.
+// Frames of one and two elements, received into a list that already has one element. `came` is the number of added
+// elements.
 struct UdpListForm {
     const char* name;
     QByteArray one;
@@ -418,7 +418,7 @@ TEST(UdpApiRecvLists, readASingleDatagramForACountOfZeroOrBelow)
     }
 }
 
-TEST(UdpApiRecvLists, gatherDatagramsUpToTheCountWithTheElementsOnEntry)
+TEST(UdpApiRecvLists, collectDatagramsUpToTheCountIncludingExistingElements)
 {
     const struct {
         int count;
@@ -440,7 +440,7 @@ TEST(UdpApiRecvLists, gatherDatagramsUpToTheCountWithTheElementsOnEntry)
     }
 }
 
-TEST(UdpApiRecvLists, goOnBehindAnEmptyList)
+TEST(UdpApiRecvLists, continueAfterAnEmptyList)
 {
     for (const UdpListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -453,7 +453,7 @@ TEST(UdpApiRecvLists, goOnBehindAnEmptyList)
     }
 }
 
-TEST(UdpApiRecvLists, keepWhatWasGatheredWhenTheTimePassesInTheMiddle)
+TEST(UdpApiRecvLists, keepTheCollectedElementsOnATimeOut)
 {
     for (const UdpListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -468,7 +468,7 @@ TEST(UdpApiRecvLists, keepWhatWasGatheredWhenTheTimePassesInTheMiddle)
     }
 }
 
-TEST(UdpApiRecvLists, keepWhatWasGatheredAheadOfARefusedFrame)
+TEST(UdpApiRecvLists, keepTheElementsBeforeARefusedFrame)
 {
     const struct {
         QByteArray frame;
@@ -506,7 +506,7 @@ TEST(UdpApiRecvLists, refuseACountBeyondThePayload)
     }
 }
 
-TEST(UdpApiRecvLists, endWithTheSocketClosedWhenAReadFails)
+TEST(UdpApiRecvLists, closeTheSocketWhenAReadFails)
 {
     for (const UdpListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -520,7 +520,7 @@ TEST(UdpApiRecvLists, endWithTheSocketClosedWhenAReadFails)
     }
 }
 
-TEST(UdpApiRecvLists, waitInVainForTheSecondFrameOfADatagram)
+TEST(UdpApiRecvLists, timeOutWaitingForTheSecondFrameOfADatagram)
 {
     for (const UdpListForm& form : listForms) {
         SCOPED_TRACE(form.name);
@@ -563,20 +563,20 @@ TEST(UdpApiRecvStrings, appendsTheTexts)
     EXPECT_EQ(out.join('|').toStdString(), "first|abc|\xc3\xbc");
 }
 
-TEST(UdpApiRecvStrings, answersZeroToAnItemBeyondThePayload)
+TEST(UdpApiRecvStrings, returnsZeroForAnItemBeyondThePayload)
 {
     LinkedUdpClient client;
     client.give("68 0b000000 0000 00 00 10 02000000 0300 0100 78 0100 0000 16"_hex);
     QStringList out = {"first"};
     EXPECT_EQ(client.recvStrings(0, out), 0);
-    EXPECT_EQ(out.join('|').toStdString(), "first|x"); // the second item would have one byte
+    EXPECT_EQ(out.join('|').toStdString(), "first|x"); // only one byte remains for the second item
     EXPECT_EQ(client.link(), "up, open");
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
 // --- Reassembly and check by themselves ---
 
-TEST(UdpApiRecvData, givesTheSameFramesInPiecesOfAnySize)
+TEST(UdpApiRecvData, assemblesTheSameFramesFromPiecesOfAnySize)
 {
     const QByteArray frame = "68 02000000 3412 00 00 10 6816 abcd 16"_hex;
     const QByteArray stream = "0011"_hex + frame + "1616"_hex + frame + frame;
@@ -607,13 +607,13 @@ public:
     using CTcpAPI::recvFrameSize;
 };
 
-// Both clients take the same streams to pieces in the same way, from any state of the two fields.
-TEST(UdpApiRecvData, doesWhatTheTcpClientDoes)
+// Both clients split the same streams in the same way, from any state of the two fields.
+TEST(UdpApiRecvData, matchesTheTcpClient)
 {
     static const unsigned char likely[] = {0x68, 0x68, 0x00, 0x00, 0x00, 0x00, 0x01, 0x05,
                                            0x16, 0xff, 0xff, 0xff, 0xf3, 0xfe, 0x7f, 0x80};
     static const int sizes[] = {0, 0, 0, -1, INT_MIN, 1, 10, 11, 13, 20, INT_MAX};
-    std::mt19937 random{20180314}; // fixed, so that each run sees the same streams
+    std::mt19937 random{20180314}; // fixed, so that all runs use the same streams
     const auto below = [&random](size_t limit) { return size_t(random()) % limit; };
     const auto bytes = [&](size_t count) {
         QByteArray result;
@@ -643,8 +643,8 @@ TEST(UdpApiRecvData, doesWhatTheTcpClientDoes)
     }
 }
 
-// Few random frames are good ones: these are, but for one thing each.
-TEST(UdpApiIsRecvOk, judgesAsTheTcpClientDoes)
+// Few random frames are valid. These are, except for one fault each.
+TEST(UdpApiIsRecvOk, matchesTheTcpClient)
 {
     OpenUdpClient client;
     OpenTcpReassembly model;

@@ -11,10 +11,10 @@
 
 using gqdb::CUdpAPI;
 
-// A finished request of a derived client, shorter than the frames that the library builds itself.
+// A complete request frame of a derived client, shorter than the frames that the library builds.
 static const QByteArray ownFrame = "68 02000000 3412 00 00 40 abcd 0000 16"_hex;
 
-// What stands ahead of the tail, filled up with zeros to 61 bytes, and the tail: a frame of 64 bytes.
+// The bytes before the tail, padded with zeros to 61 bytes, and the tail: a frame of 64 bytes.
 static QByteArray padded(const QByteArray& bytes)
 {
     return bytes + QByteArray(61 - bytes.size(), '\0') + "0000 16"_hex;
@@ -64,7 +64,7 @@ TEST(UdpApiAddEnd, padsNothingFrom61BytesOn)
               hex("68 03020100 0000 00 00 10"_hex + QByteArray(0x10203, 'x') + "0000 16"_hex));
 }
 
-TEST(UdpApiAddEnd, asksForNoWholeHeader)
+TEST(UdpApiAddEnd, needsNoCompleteHeader)
 {
     EXPECT_EQ(ended("01020304"_hex), hex(padded("01 33000000"_hex)));
     EXPECT_EQ(ended("010203040506070809"_hex), hex(padded("01 33000000 06070809"_hex)));
@@ -77,7 +77,7 @@ TEST(UdpApiAddEnd, refusesLessThanFourBytes)
     EXPECT_EQ(ended("010203"_hex, 0), "01 02 03");
 }
 
-TEST(UdpApiAddEnd, leavesACopyOfTheArray)
+TEST(UdpApiAddEnd, leavesACopyOfTheArrayUnchanged)
 {
     const QByteArray kept = "68 00000000 0000 00 00 10"_hex;
     QByteArray data = kept;
@@ -85,7 +85,7 @@ TEST(UdpApiAddEnd, leavesACopyOfTheArray)
     EXPECT_EQ(hex(kept), "68 00 00 00 00 00 00 00 00 10");
 }
 
-TEST(UdpApiAddEnd, hidesThatOfTheBase)
+TEST(UdpApiAddEnd, hidesTheBaseOperation)
 {
     QByteArray plain = "68 00000000 0000 00 00 10"_hex;
     EXPECT_EQ(gqdb::CSocketAPI::addEnd(plain), 1);
@@ -105,12 +105,12 @@ TEST(UdpApiAddEnd, hidesThatOfTheBase)
 
 // --- Sending ---
 
-TEST(UdpApiSendDatas, sendsTheFrameAsItStandsInOneDatagram)
+TEST(UdpApiSendDatas, sendsTheFrameUnchangedInOneDatagram)
 {
     LinkedUdpClient client;
     EXPECT_EQ(client.sendDatas(ownFrame), 1);
     EXPECT_EQ(hex(client.take()), hex(ownFrame));   // not padded
-    EXPECT_EQ(client.sendDatas("01 02 03"_hex), 1); // no frame at all
+    EXPECT_EQ(client.sendDatas("01 02 03"_hex), 1); // not a frame
     EXPECT_EQ(hex(client.take()), "01 02 03");
     EXPECT_EQ(client.sendSeq, 0);
 }
@@ -157,7 +157,7 @@ TEST(UdpApiSendInts, sendsTheCountAndTheIntegers)
 TEST(UdpApiSendInts, sendsALongListWithoutPadding)
 {
     LinkedUdpClient client;
-    EXPECT_EQ(client.sendInts(0x23, std::vector<int>(11, 7)), 1); // 58 bytes ahead of the tail
+    EXPECT_EQ(client.sendInts(0x23, std::vector<int>(11, 7)), 1); // 58 bytes before the tail
     QByteArray eleven = "68 33000000 0000 00 00 23 0b000000"_hex;
     for (int i = 0; i < 11; ++i)
         eleven += "07000000"_hex;
@@ -176,7 +176,7 @@ TEST(UdpApiSendDatas, countsTheFramesOfAllForms)
     client.sendSeq = 65535;
     client.sendInt(0x22, 5);
     client.sendInts(0x23, {6});
-    client.sendDatas(ownFrame); // has its own number
+    client.sendDatas(ownFrame); // contains its own number
     client.sendInt(0x24, 7);
     EXPECT_EQ(hex(client.take()), hex(padded("68 33000000 ffff 00 00 22 05000000"_hex)));
     EXPECT_EQ(hex(client.take()), hex(padded("68 33000000 0000 00 00 23 01000000 06000000"_hex)));
@@ -184,7 +184,7 @@ TEST(UdpApiSendDatas, countsTheFramesOfAllForms)
     EXPECT_EQ(hex(client.take()), hex(padded("68 33000000 0100 00 00 24 07000000"_hex)));
 }
 
-TEST(UdpApiSendDatas, dropsWhatWasLeftOfAnEarlierReply)
+TEST(UdpApiSendDatas, dropsThePartialFrameOfAnEarlierReply)
 {
     LinkedUdpClient client;
     client.give(reply7.left(12));
@@ -197,7 +197,7 @@ TEST(UdpApiSendDatas, dropsWhatWasLeftOfAnEarlierReply)
     EXPECT_EQ(client.recvInt(), 7);
 }
 
-TEST(UdpApiSendDatas, leavesTheFlagOfALinkThatIsDown)
+TEST(UdpApiSendDatas, leavesTheFlagDown)
 {
     LinkedUdpClient client;
     client.connected = false;
@@ -213,10 +213,10 @@ TEST(UdpApiSendDatas, closesWhenTheSendFails)
     client.recvFrameSize = 17;
     EXPECT_EQ(client.sendDatas(ownFrame), -1);
     EXPECT_EQ(client.link(), "down, closed");
-    EXPECT_TRUE(client.holdsNoFrame()); // dropped all the same
+    EXPECT_TRUE(client.holdsNoFrame()); // dropped nevertheless
 }
 
-TEST(UdpApiSendDatas, closesOnAFrameBeyondADatagram)
+TEST(UdpApiSendDatas, closesOnAFrameTooLongForADatagram)
 {
     LinkedUdpClient client;
     EXPECT_EQ(client.sendDatas(QByteArray(65507, 'x')), 1);
@@ -225,7 +225,7 @@ TEST(UdpApiSendDatas, closesOnAFrameBeyondADatagram)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-// The empty datagram goes out, with a count of 0 for its bytes.
+// The empty datagram is sent, and send(2) returns 0 for it.
 TEST(UdpApiSendDatas, closesOnAnEmptyFrame)
 {
     LinkedUdpClient client;
@@ -246,7 +246,7 @@ TEST(UdpApiSendDatas, failsWithoutASocketObjectAndLeavesTheFlag)
     EXPECT_TRUE(client.recvFrame.isEmpty());
 }
 
-TEST(UdpApiSendDatas, failsOnceClosedInAllForms)
+TEST(UdpApiSendDatas, failsAfterCloseInAllForms)
 {
     LinkedUdpClient client;
     client.close();
@@ -254,7 +254,7 @@ TEST(UdpApiSendDatas, failsOnceClosedInAllForms)
     EXPECT_EQ(client.sendInt(0x22, 5), -1);
     EXPECT_EQ(client.sendInts(0x23, {6}), -1);
     EXPECT_EQ(client.link(), "down, closed");
-    EXPECT_EQ(client.sendSeq, 2); // numbers of frames that are never sent are used up
+    EXPECT_EQ(client.sendSeq, 2); // unsent frames consume numbers too
     EXPECT_TRUE(client.peer.holdsNone());
 }
 
@@ -263,13 +263,13 @@ TEST(UdpApiSendDatas, failsOnceClosedInAllForms)
 struct UdpRequestForm {
     const char* name;
     std::function<int(OpenUdpClient&)> call;
-    QByteArray frame; // as the first of a client
+    QByteArray frame; // as the client's first frame
     QByteArray reply;
     int result;
 };
 
 static const UdpRequestForm requestForms[] = {
-    {"requestInt, finished frame", //
+    {"requestInt, complete frame", //
      [](OpenUdpClient& client) { return client.requestInt(ownFrame); }, ownFrame, reply7, 7},
     {"requestBytes",
      [](OpenUdpClient& client) {
@@ -325,7 +325,7 @@ TEST(UdpApiRequest, sendsItsFrameAndReadsTheReply)
     }
 }
 
-TEST(UdpApiRequest, startsWithTheSendWhateverTheFlagSays)
+TEST(UdpApiRequest, sendsFirstWhateverTheFlag)
 {
     for (const UdpRequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
@@ -334,7 +334,7 @@ TEST(UdpApiRequest, startsWithTheSendWhateverTheFlagSays)
         client.give(form.reply);
         EXPECT_EQ(form.call(client), form.result);
         EXPECT_EQ(hex(client.take()), hex(form.frame));
-        EXPECT_EQ(client.link(), "down, open"); // not raised by a reply
+        EXPECT_EQ(client.link(), "down, open"); // a reply does not set it
     }
 }
 
@@ -349,7 +349,7 @@ TEST(UdpApiRequest, returnsTheCodeOfAnErrorFrameWithTheLinkUp)
     }
 }
 
-TEST(UdpApiRequest, endsWithZeroOnASilentServerWithTheLinkUp)
+TEST(UdpApiRequest, returnsZeroIfTheServerIsSilentWithTheLinkUp)
 {
     for (const UdpRequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
@@ -360,8 +360,8 @@ TEST(UdpApiRequest, endsWithZeroOnASilentServerWithTheLinkUp)
     }
 }
 
-// The reply to the first request comes late, and is taken for that to the second: no number is compared.
-TEST(UdpApiRequest, takesALateReplyForTheNextOne)
+// The reply to the first request is late and is taken as the reply to the second: sequence numbers are not compared.
+TEST(UdpApiRequest, takesALateReplyForTheNextRequest)
 {
     LinkedUdpClient client;
     client.quickly();
@@ -371,7 +371,7 @@ TEST(UdpApiRequest, takesALateReplyForTheNextOne)
     EXPECT_EQ(client.requestInt(0x36, 9), 7);
 }
 
-TEST(UdpApiRequest, failsBehindAFailureAndConnectsNotAgain)
+TEST(UdpApiRequest, failsAgainAfterAFailureWithoutReconnecting)
 {
     for (const UdpRequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
@@ -383,7 +383,7 @@ TEST(UdpApiRequest, failsBehindAFailureAndConnectsNotAgain)
             EXPECT_EQ(client.descriptor(), -1);
         }
         EXPECT_TRUE(client.peer.holdsNone());
-        EXPECT_EQ(client.connect("127.0.0.1", client.peer.port()), 1); // brings it back
+        EXPECT_EQ(client.connect("127.0.0.1", client.peer.port()), 1); // reopens the link
         client.give(form.reply);
         EXPECT_EQ(form.call(client), form.result);
     }
@@ -401,18 +401,18 @@ TEST(UdpApiRequest, stopsAtAFailedSend)
     }
 }
 
-TEST(UdpApiRequest, failsWhereNoServerIs)
+TEST(UdpApiRequest, failsWithoutAServer)
 {
     for (const UdpRequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
         LinkedUdpClient client;
         client.peer.goAway();
-        EXPECT_EQ(form.call(client), -1); // the request goes out and is refused; the read of the reply tells
+        EXPECT_EQ(form.call(client), -1); // the request is sent and refused; the read of the reply fails
         EXPECT_EQ(client.link(), "down, closed");
     }
 }
 
-// A read would have nothing to read from.
+// There is no socket to read from.
 TEST(UdpApiRequest, leavesTheFlagWithoutASocketObject)
 {
     for (const UdpRequestForm& form : requestForms) {
@@ -426,7 +426,7 @@ TEST(UdpApiRequest, leavesTheFlagWithoutASocketObject)
     }
 }
 
-TEST(UdpApiRequest, gathersAReplyInSeveralDatagrams)
+TEST(UdpApiRequest, collectsAReplyInSeveralDatagrams)
 {
     const std::vector<QByteArray> bytesReply = {"68 06000000 0000 00 00 40 02000000 0203 0000 16"_hex,
                                                 "68 05000000 0000 00 00 40 01000000 04 0000 16"_hex};
@@ -451,8 +451,8 @@ TEST(UdpApiRequest, gathersAReplyInSeveralDatagrams)
     EXPECT_EQ(texts, QStringList({"a", "b", "c"}));
 }
 
-// How programs make requests of their own: a derived class reaches codec and frame operations by plain name.
-TEST(UdpApiRequest, servesADerivedClient)
+// Programs add requests in a derived class, which uses codec and frame operations by unqualified name.
+TEST(UdpApiRequest, worksFromADerivedClient)
 {
     struct PointClient : BufferedUdpClient {
         int levels(int pointId, std::vector<int>& out)
@@ -475,7 +475,7 @@ TEST(UdpApiRequest, servesADerivedClient)
 
 // --- A plain client, with no read buffer ---
 
-TEST(UdpApiRequest, endsInMinusOneOnAPlainClientOnceAReplyComes)
+TEST(UdpApiRequest, returnsMinusOneOnAPlainClientIfAReplyArrives)
 {
     for (const UdpRequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
@@ -485,11 +485,11 @@ TEST(UdpApiRequest, endsInMinusOneOnAPlainClientOnceAReplyComes)
         EXPECT_EQ(form.call(client), -1);
         EXPECT_EQ(client.link(), "down, closed");
         EXPECT_EQ(client.recvBuffer, nullptr);
-        EXPECT_EQ(hex(server.received()[0]), hex(form.frame)); // the request did go out
+        EXPECT_EQ(hex(server.received()[0]), hex(form.frame)); // the request was sent
     }
 }
 
-TEST(UdpApiRequest, endsInZeroOnAPlainClientIfNoReplyComes)
+TEST(UdpApiRequest, returnsZeroOnAPlainClientIfNoReplyArrives)
 {
     for (const UdpRequestForm& form : requestForms) {
         SCOPED_TRACE(form.name);
@@ -503,7 +503,7 @@ TEST(UdpApiRequest, endsInZeroOnAPlainClientIfNoReplyComes)
     }
 }
 
-// Before any connect the descriptor is 0, standard input, which takes no datagram.
+// Before any connect the descriptor is 0, standard input, which cannot send a datagram.
 TEST(UdpApiRequest, failsBeforeAnyConnect)
 {
     const int kept = ::dup(STDIN_FILENO);
@@ -586,7 +586,7 @@ TEST(UdpApiSetTime, sendsAListOfTwoIntegers)
 
 // --- Overloads ---
 
-TEST(UdpApiRequestInt, takesTwoPlainNumbersForACommandAndAnInteger)
+TEST(UdpApiRequestInt, acceptsLiteralsAsCommandAndInteger)
 {
     LinkedUdpClient client;
     client.give(reply7);

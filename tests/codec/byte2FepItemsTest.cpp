@@ -15,13 +15,13 @@ using gqdb::YxItem;
 
 // --- Declared fields ------------------------------------------------------------
 
-static_assert(rising({offsetof(YcItem, flag1),  offsetof(YcItem, itemId), offsetof(YcItem, text1),
-                      offsetof(YcItem, text2),  offsetof(YcItem, text3),  offsetof(YcItem, text4),
-                      offsetof(YcItem, flag2),  offsetof(YcItem, word1),  offsetof(YcItem, word2),
-                      offsetof(YcItem, flag3),  offsetof(YcItem, coef1),  offsetof(YcItem, coef2),
-                      offsetof(YcItem, coef3),  offsetof(YcItem, coef4),  offsetof(YcItem, word3),
-                      offsetof(YcItem, flag4),  offsetof(YcItem, flag5),  offsetof(YcItem, text5),
-                      offsetof(YcItem, state1), offsetof(YcItem, state2), offsetof(YcItem, state3)}));
+static_assert(ascending({offsetof(YcItem, flag1),  offsetof(YcItem, itemId), offsetof(YcItem, text1),
+                         offsetof(YcItem, text2),  offsetof(YcItem, text3),  offsetof(YcItem, text4),
+                         offsetof(YcItem, flag2),  offsetof(YcItem, word1),  offsetof(YcItem, word2),
+                         offsetof(YcItem, flag3),  offsetof(YcItem, coef1),  offsetof(YcItem, coef2),
+                         offsetof(YcItem, coef3),  offsetof(YcItem, coef4),  offsetof(YcItem, word3),
+                         offsetof(YcItem, flag4),  offsetof(YcItem, flag5),  offsetof(YcItem, text5),
+                         offsetof(YcItem, state1), offsetof(YcItem, state2), offsetof(YcItem, state3)}));
 static_assert(allAre<int YcItem::*>(&YcItem::itemId, &YcItem::word1, &YcItem::word2, &YcItem::word3));
 static_assert(allAre<unsigned int YcItem::*>(&YcItem::state2, &YcItem::state3));
 static_assert(allAre<float YcItem::*>(&YcItem::coef1, &YcItem::coef2, &YcItem::coef3, &YcItem::coef4, &YcItem::state1));
@@ -29,12 +29,12 @@ static_assert(allAre<char YcItem::*>(&YcItem::flag1, &YcItem::flag2, &YcItem::fl
 static_assert(allAre<QString YcItem::*>(&YcItem::text1, &YcItem::text2, &YcItem::text3, &YcItem::text4,
                                         &YcItem::text5));
 
-static_assert(rising({offsetof(YxItem, itemId), offsetof(YxItem, text1), offsetof(YxItem, text2),
-                      offsetof(YxItem, text3), offsetof(YxItem, flag1), offsetof(YxItem, word1),
-                      offsetof(YxItem, word2), offsetof(YxItem, flag2), offsetof(YxItem, word3),
-                      offsetof(YxItem, flag3), offsetof(YxItem, flag4), offsetof(YxItem, flag5),
-                      offsetof(YxItem, flag6), offsetof(YxItem, text4), offsetof(YxItem, state1),
-                      offsetof(YxItem, state2), offsetof(YxItem, state3)}));
+static_assert(ascending({offsetof(YxItem, itemId), offsetof(YxItem, text1), offsetof(YxItem, text2),
+                         offsetof(YxItem, text3), offsetof(YxItem, flag1), offsetof(YxItem, word1),
+                         offsetof(YxItem, word2), offsetof(YxItem, flag2), offsetof(YxItem, word3),
+                         offsetof(YxItem, flag3), offsetof(YxItem, flag4), offsetof(YxItem, flag5),
+                         offsetof(YxItem, flag6), offsetof(YxItem, text4), offsetof(YxItem, state1),
+                         offsetof(YxItem, state2), offsetof(YxItem, state3)}));
 static_assert(allAre<int YxItem::*>(&YxItem::itemId, &YxItem::word1, &YxItem::word2, &YxItem::word3));
 static_assert(allAre<unsigned int YxItem::*>(&YxItem::state2, &YxItem::state3));
 static_assert(allAre<char YxItem::*>(&YxItem::flag1, &YxItem::flag2, &YxItem::flag3, &YxItem::flag4, &YxItem::flag5,
@@ -42,12 +42,12 @@ static_assert(allAre<char YxItem::*>(&YxItem::flag1, &YxItem::flag2, &YxItem::fl
 static_assert(allAre<QString YxItem::*>(&YxItem::text1, &YxItem::text2, &YxItem::text3, &YxItem::text4));
 
 static_assert(
-    rising({offsetof(YdItem, flag1), offsetof(YdItem, itemId), offsetof(YdItem, text1),  offsetof(YdItem, text2),
-            offsetof(YdItem, text3), offsetof(YdItem, text4),  offsetof(YdItem, flag2),  offsetof(YdItem, flag3),
-            offsetof(YdItem, word1), offsetof(YdItem, word2),  offsetof(YdItem, flag4),  offsetof(YdItem, flag5),
-            offsetof(YdItem, flag6), offsetof(YdItem, flag7),  offsetof(YdItem, float1), offsetof(YdItem, float2),
-            offsetof(YdItem, word3), offsetof(YdItem, float3), offsetof(YdItem, float4), offsetof(YdItem, word4),
-            offsetof(YdItem, word5), offsetof(YdItem, text5)}));
+    ascending({offsetof(YdItem, flag1), offsetof(YdItem, itemId), offsetof(YdItem, text1),  offsetof(YdItem, text2),
+               offsetof(YdItem, text3), offsetof(YdItem, text4),  offsetof(YdItem, flag2),  offsetof(YdItem, flag3),
+               offsetof(YdItem, word1), offsetof(YdItem, word2),  offsetof(YdItem, flag4),  offsetof(YdItem, flag5),
+               offsetof(YdItem, flag6), offsetof(YdItem, flag7),  offsetof(YdItem, float1), offsetof(YdItem, float2),
+               offsetof(YdItem, word3), offsetof(YdItem, float3), offsetof(YdItem, float4), offsetof(YdItem, word4),
+               offsetof(YdItem, word5), offsetof(YdItem, text5)}));
 static_assert(allAre<int YdItem::*>(&YdItem::itemId, &YdItem::word1, &YdItem::word2, &YdItem::word3, &YdItem::word4,
                                     &YdItem::word5));
 static_assert(allAre<float YdItem::*>(&YdItem::float1, &YdItem::float2, &YdItem::float3, &YdItem::float4));
@@ -56,10 +56,10 @@ static_assert(allAre<char YdItem::*>(&YdItem::flag1, &YdItem::flag2, &YdItem::fl
 static_assert(allAre<QString YdItem::*>(&YdItem::text1, &YdItem::text2, &YdItem::text3, &YdItem::text4,
                                         &YdItem::text5));
 
-static_assert(rising({offsetof(YbItem, itemId), offsetof(YbItem, text1), offsetof(YbItem, text2),
-                      offsetof(YbItem, text3), offsetof(YbItem, flag1), offsetof(YbItem, word1),
-                      offsetof(YbItem, word2), offsetof(YbItem, flag2), offsetof(YbItem, text4),
-                      offsetof(YbItem, state1), offsetof(YbItem, state2), offsetof(YbItem, state3)}));
+static_assert(ascending({offsetof(YbItem, itemId), offsetof(YbItem, text1), offsetof(YbItem, text2),
+                         offsetof(YbItem, text3), offsetof(YbItem, flag1), offsetof(YbItem, word1),
+                         offsetof(YbItem, word2), offsetof(YbItem, flag2), offsetof(YbItem, text4),
+                         offsetof(YbItem, state1), offsetof(YbItem, state2), offsetof(YbItem, state3)}));
 static_assert(allAre<int YbItem::*>(&YbItem::itemId, &YbItem::word1, &YbItem::word2));
 static_assert(allAre<unsigned int YbItem::*>(&YbItem::state1, &YbItem::state2, &YbItem::state3));
 static_assert(allAre<char YbItem::*>(&YbItem::flag1, &YbItem::flag2));
@@ -418,7 +418,7 @@ struct YxItemCodec : FepCodec<YxItem> {
         "0400 64e6b58b"_hex,                              // 52 text4
         58,
         {
-            {24, [](YxItem& item) { item.itemId = int(0x84030201); }}, // and the 4 bytes alone do not do
+            {24, [](YxItem& item) { item.itemId = int(0x84030201); }}, // 4 bytes are not enough
             {27, [](YxItem& item) { item.text1 = "二号断路器位置"; }},
             {31, [](YxItem& item) { item.text2 = "b2"; }},
             {34, [](YxItem& item) { item.text3 = "c"; }},
@@ -698,7 +698,7 @@ struct YdItemCodec : FepCodec<YdItem> {
     inline static const QByteArray writtenCut = cut.bytes;
 };
 
-// The images are those of the reader, which knows no flag1.
+// The images are the reader's form, which has no flag1.
 struct YbItemCodec : FepCodec<YbItem> {
     static constexpr const char* name = "YbItem";
     static constexpr Writer writeOne = CByte2Fep::ybItem2Byte;
@@ -751,7 +751,7 @@ struct YbItemCodec : FepCodec<YbItem> {
         "0400 64e6b58b"_hex,                              // 43 text4
         49,
         {
-            {21, [](YbItem& item) { item.itemId = int(0x84030201); }}, // and the 4 bytes alone do not do
+            {21, [](YbItem& item) { item.itemId = int(0x84030201); }}, // 4 bytes are not enough
             {27, [](YbItem& item) { item.text1 = "四号计数器读数"; }},
             {31, [](YbItem& item) { item.text2 = "b2"; }},
             {34, [](YbItem& item) { item.text3 = "c"; }},
@@ -841,37 +841,37 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Items, Byte2Fep, Items, FepCodecNames);
 INSTANTIATE_TYPED_TEST_SUITE_P(Items, FepList2Byte, Items, FepCodecNames);
 INSTANTIATE_TYPED_TEST_SUITE_P(Items, Byte2FepList, Items, FepCodecNames);
 
-// --- What is written and read back ----------------------------------------------
+// --- Round trips ----------------------------------------------------------------
 
-TEST(YcItem2Byte, isReadBack)
+TEST(YcItem2Byte, roundTrips)
 {
     YcItem item = YcItemCodec::occupied();
     item.text1 = "电压";
     QByteArray data;
     CByte2Fep::ycItem2Byte(item, data);
     YcItem back;
-    back.state1 = item.state1; // what is not on the wire
+    back.state1 = item.state1; // not on the wire
     back.state2 = item.state2;
     back.state3 = item.state3;
     EXPECT_EQ(CByte2Fep::byte2YcItem(heapBytes(data).data(), data.size(), back), data.size());
     EXPECT_EQ(show(back), show(item));
 }
 
-TEST(YxItem2Byte, isReadBack)
+TEST(YxItem2Byte, roundTrips)
 {
     YxItem item = YxItemCodec::occupied();
     item.text1 = "断路器";
     QByteArray data;
     CByte2Fep::yxItem2Byte(item, data);
     YxItem back;
-    back.state1 = item.state1; // what is not on the wire
+    back.state1 = item.state1; // not on the wire
     back.state2 = item.state2;
     back.state3 = item.state3;
     EXPECT_EQ(CByte2Fep::byte2YxItem(heapBytes(data).data(), data.size(), back), data.size());
     EXPECT_EQ(show(back), show(item));
 }
 
-TEST(YdItem2Byte, isReadBack)
+TEST(YdItem2Byte, roundTrips)
 {
     YdItem item = YdItemCodec::occupied();
     item.text1 = "定值";
@@ -882,9 +882,9 @@ TEST(YdItem2Byte, isReadBack)
     EXPECT_EQ(show(back), show(item));
 }
 
-// --- YbItem out of step: the writer puts flag1, the reader does not know it ------
+// --- YbItem: the writer puts flag1, the reader's form lacks it ------------------
 
-// What the reader makes of the `size` bytes that the writer makes of `item`, into a record that has 0x33 as flag1.
+// Writes `item`, which takes `size` bytes, and reads them into `back` with flag1 set to 0x33.
 static int readWritten(const YbItem& item, int size, YbItem& back)
 {
     QByteArray data;
@@ -894,7 +894,7 @@ static int readWritten(const YbItem& item, int size, YbItem& back)
     return CByte2Fep::byte2YbItem(heapBytes(data).data(), data.size(), back);
 }
 
-// A record as it is constructed, but for flag1.
+// A default record with this flag1.
 static YbItem ybWithFlag1(char flag1)
 {
     YbItem item;
@@ -902,7 +902,7 @@ static YbItem ybWithFlag1(char flag1)
     return item;
 }
 
-TEST(Byte2YbItem, answers1LessThanWasWrittenOfADefaultRecord)
+TEST(Byte2YbItem, returns1LessThanTheWrittenSizeOfADefaultRecord)
 {
     YbItem back = YbItemCodec::occupied();
     back.state1 = back.state2 = back.state3 = 0;
@@ -910,7 +910,7 @@ TEST(Byte2YbItem, answers1LessThanWasWrittenOfADefaultRecord)
     EXPECT_EQ(show(back), show(ybWithFlag1(0x33)));
 }
 
-TEST(Byte2YbItem, takesEachWrittenFieldOneByteTooEarly)
+TEST(Byte2YbItem, readsTheFieldsAfterText3OneByteEarly)
 {
     YbItem item;
     item.flag1 = 0x7f;
@@ -930,8 +930,8 @@ TEST(Byte2YbItem, takesEachWrittenFieldOneByteTooEarly)
     item.flag1 = char(0xf1);
     item.word1 = 0x14131211;
     item.word2 = 0x24232221;
-    item.flag2 = 1;        // the length of the text
-    item.text4 = "\x7f d"; // of 3 bytes, in whose place a text of 0x0301 is looked for
+    item.flag2 = 1;        // becomes the low byte of the length
+    item.text4 = "\x7f d"; // length 3 becomes the high byte: 0x0301
     back = YbItem();
     EXPECT_EQ(readWritten(item, 31, back), 0);
     expected = ybWithFlag1(0x33);
@@ -945,10 +945,10 @@ TEST(Byte2YbItem, takesEachWrittenFieldOneByteTooEarly)
     EXPECT_EQ(show(back), show(expected));
 }
 
-TEST(Byte2YbItem, takesTheLengthOfTheClosingTextFromFlag2AndItsLowByte)
+TEST(Byte2YbItem, readsTheLengthOfText4FromFlag2AndTheLowLengthByte)
 {
     YbItem item;
-    item.flag2 = 5; // 5 bytes, with 1 behind
+    item.flag2 = 5; // read as length 5, with 1 byte left
     YbItem back = YbItemCodec::occupied();
     EXPECT_EQ(readWritten(item, 22, back), 0);
     YbItem expected = YbItemCodec::occupied();
@@ -959,19 +959,19 @@ TEST(Byte2YbItem, takesTheLengthOfTheClosingTextFromFlag2AndItsLowByte)
     EXPECT_EQ(show(back), show(expected));
 
     item.flag2 = 0;
-    item.text4 = "ddd"; // 768 bytes
+    item.text4 = "ddd"; // read as length 0x0300
     back = YbItemCodec::occupied();
     EXPECT_EQ(readWritten(item, 25, back), 0);
     EXPECT_EQ(show(back), show(expected));
 
     item.flag2 = 2;
-    item.text4 = QString(256, 'd'); // a length of 00 01, of which 00 is seen
+    item.text4 = QString(256, 'd'); // length bytes 00 01, of which the reader takes the 00
     back = YbItem();
     EXPECT_EQ(readWritten(item, 278, back), 23);
     EXPECT_EQ(back.text4, QString("\x01") + "d");
 }
 
-TEST(Byte2YbItem, readsAFormWithoutFlag1ToItsFullSize)
+TEST(Byte2YbItem, readsARecordWithoutFlag1Completely)
 {
     const QByteArray bytes = "04000000"       //  0 itemId
                              "0100 61"        //  4 text1
@@ -1002,9 +1002,9 @@ static int readYbs(const QByteArray& bytes, std::vector<YbItem>& list)
     return CByte2Fep::byte2YbItems(heapBytes(bytes).data(), bytes.size(), list);
 }
 
-TEST(Byte2YbItems, startsEachWrittenRecordOneByteEarlier)
+TEST(Byte2YbItems, losesOneByteWithEachWrittenRecord)
 {
-    // The second starts at the high byte of the first one's closing length, the third 2 bytes ahead of its place.
+    // The second is read from the high byte of the first one's last length, the third 2 bytes early.
     const QByteArray bytes = "03000000"
                              "01000000 0000 0000 0000 00 00000000 00000000 00 0000"
                              "02010000 0000 0000 0000 00 00000000 00000000 00 0000"
@@ -1020,9 +1020,9 @@ TEST(Byte2YbItems, startsEachWrittenRecordOneByteEarlier)
     EXPECT_EQ(showAll(list), showAll(std::vector<YbItem>{first, second, third}));
 }
 
-TEST(Byte2YbItems, failsWhereWhatItStumblesOnIsNoLength)
+TEST(Byte2YbItems, failsWhenAMisreadLengthExceedsTheBuffer)
 {
-    // The top byte of the second itemId is the low one of a length then.
+    // The top byte of the second itemId is read as the low byte of a length.
     const QByteArray bytes = "02000000"
                              "01000000 0000 0000 0000 00 00000000 00000000 00 0000"
                              "02010040 0000 0000 0000 00 00000000 00000000 00 0000"_hex;
@@ -1035,7 +1035,7 @@ TEST(Byte2YbItems, failsWhereWhatItStumblesOnIsNoLength)
     EXPECT_EQ(showAll(list), showAll(std::vector<YbItem>{first, second}));
 }
 
-TEST(Byte2YbItems, walksAListOfRecordsWithoutFlag1)
+TEST(Byte2YbItems, readsAListOfRecordsWithoutFlag1)
 {
     const QByteArray bytes = "02000000"
                              "01000000 0000 0000 0000 11000000 12000000 13 0000"

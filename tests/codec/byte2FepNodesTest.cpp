@@ -13,23 +13,23 @@ using gqdb::NodeHead;
 
 // --- Declared fields ------------------------------------------------------------
 
-static_assert(rising({offsetof(NodeHead, nodeId), offsetof(NodeHead, text1), offsetof(NodeHead, text2),
-                      offsetof(NodeHead, text3), offsetof(NodeHead, text4), offsetof(NodeHead, flag1),
-                      offsetof(NodeHead, word1), offsetof(NodeHead, flag2), offsetof(NodeHead, flag3),
-                      offsetof(NodeHead, flag4), offsetof(NodeHead, word2), offsetof(NodeHead, word3),
-                      offsetof(NodeHead, word4), offsetof(NodeHead, word5), offsetof(NodeHead, text5),
-                      offsetof(NodeHead, text6)}));
+static_assert(ascending({offsetof(NodeHead, nodeId), offsetof(NodeHead, text1), offsetof(NodeHead, text2),
+                         offsetof(NodeHead, text3), offsetof(NodeHead, text4), offsetof(NodeHead, flag1),
+                         offsetof(NodeHead, word1), offsetof(NodeHead, flag2), offsetof(NodeHead, flag3),
+                         offsetof(NodeHead, flag4), offsetof(NodeHead, word2), offsetof(NodeHead, word3),
+                         offsetof(NodeHead, word4), offsetof(NodeHead, word5), offsetof(NodeHead, text5),
+                         offsetof(NodeHead, text6)}));
 static_assert(allAre<int NodeHead::*>(&NodeHead::nodeId, &NodeHead::word1, &NodeHead::word2, &NodeHead::word3,
                                       &NodeHead::word4, &NodeHead::word5));
 static_assert(allAre<char NodeHead::*>(&NodeHead::flag1, &NodeHead::flag2, &NodeHead::flag3, &NodeHead::flag4));
 static_assert(allAre<QString NodeHead::*>(&NodeHead::text1, &NodeHead::text2, &NodeHead::text3, &NodeHead::text4,
                                           &NodeHead::text5, &NodeHead::text6));
 
-static_assert(rising({offsetof(CommItem, commId), offsetof(CommItem, text1), offsetof(CommItem, text2),
-                      offsetof(CommItem, flag1), offsetof(CommItem, text3), offsetof(CommItem, flag2),
-                      offsetof(CommItem, text4), offsetof(CommItem, word1), offsetof(CommItem, flag3),
-                      offsetof(CommItem, state1), offsetof(CommItem, state2), offsetof(CommItem, state3),
-                      offsetof(CommItem, state4), offsetof(CommItem, text5)}));
+static_assert(ascending({offsetof(CommItem, commId), offsetof(CommItem, text1), offsetof(CommItem, text2),
+                         offsetof(CommItem, flag1), offsetof(CommItem, text3), offsetof(CommItem, flag2),
+                         offsetof(CommItem, text4), offsetof(CommItem, word1), offsetof(CommItem, flag3),
+                         offsetof(CommItem, state1), offsetof(CommItem, state2), offsetof(CommItem, state3),
+                         offsetof(CommItem, state4), offsetof(CommItem, text5)}));
 static_assert(allAre<int CommItem::*>(&CommItem::commId, &CommItem::word1));
 static_assert(allAre<unsigned int CommItem::*>(&CommItem::state1, &CommItem::state2, &CommItem::state3,
                                                &CommItem::state4));
@@ -152,7 +152,7 @@ struct NodeHeadCodec : FepCodec<NodeHead> {
         "0400 e6b58b36"_hex,                              // 68 text6
         74,
         {
-            {25, [](NodeHead& head) { head.nodeId = int(0x84030201); }}, // and the 4 bytes alone do not do
+            {25, [](NodeHead& head) { head.nodeId = int(0x84030201); }}, // 4 bytes are not enough
             {27, [](NodeHead& head) { head.text1 = "一号前置机节点"; }},
             {31, [](NodeHead& head) { head.text2 = "b2"; }},
             {34, [](NodeHead& head) { head.text3 = "c"; }},
@@ -243,7 +243,8 @@ struct NodeHeadCodec : FepCodec<NodeHead> {
     inline static const QByteArray writtenCut = cut.bytes;
 };
 
-// The reader's need and answer are the size of the record only where text4 has 2 bytes and text3 is empty.
+// The bytes that the reader needs and its result are the size of the record only if text4 has 2 bytes and text3 is
+// empty.
 struct CommItemCodec : FepCodec<CommItem> {
     static constexpr const char* name = "CommItem";
     static constexpr Writer writeOne = CByte2Fep::commItem2Byte;
@@ -308,7 +309,7 @@ struct CommItemCodec : FepCodec<CommItem> {
                  item.flag1 = char(0xd1);
                  item.flag2 = char(0xe2);
              }},
-            {50, [](CommItem& item) { item.text4 = "d4"; }},            // from here on 5 bytes more than there are
+            {50, [](CommItem& item) { item.text4 = "d4"; }},            // from here on 5 bytes more than the record has
             {56, [](CommItem& item) { item.word1 = int(0x85131211); }}, // 49, 2 for a text that may be empty, and 5
             {60, [](CommItem& item) { item.text5 = "e555"; }},
         }};
@@ -348,7 +349,7 @@ struct CommItemCodec : FepCodec<CommItem> {
                  item.flag1 = -128;
                  item.flag2 = 127;
              }},
-            {29, [](CommItem& item) { item.text4 = "a"; }}, // from here on 3 bytes more than there are
+            {29, [](CommItem& item) { item.text4 = "a"; }}, // from here on 3 bytes more than the record has
             {35, [](CommItem& item) { item.word1 = 2147483646; }},
             {38, [](CommItem& item) { item.text5 = "a"; }},
         }};
@@ -370,7 +371,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Nodes, Byte2FepList, Nodes, FepCodecNames);
 
 // --- Heads of nodes -------------------------------------------------------------
 
-TEST(NodeHead2Byte, isReadBack)
+TEST(NodeHead2Byte, roundTrips)
 {
     NodeHead head = NodeHeadCodec::occupied();
     head.text3 = "前置机\n\"3\"";
@@ -381,7 +382,7 @@ TEST(NodeHead2Byte, isReadBack)
     EXPECT_EQ(show(back), show(head));
 }
 
-TEST(NodeHead2Byte, writesATextOfTwoChineseCharactersAsSixBytes)
+TEST(NodeHead2Byte, writesTwoChineseCharactersAsSixBytes)
 {
     NodeHead head;
     head.text2 = "节点";
@@ -391,7 +392,7 @@ TEST(NodeHead2Byte, writesATextOfTwoChineseCharactersAsSixBytes)
     EXPECT_EQ(data.size(), 46);
 }
 
-TEST(NodeHead2Byte, keepsTheLow16BitsOfALengthAheadOfAllBytes)
+TEST(NodeHead2Byte, writesTheLow16BitsOfTheLengthAndTheWholeText)
 {
     NodeHead head;
     head.text1 = QString(65535, 'x');
@@ -417,7 +418,7 @@ static QByteArray nodeWithText1(const QByteArray& field)
     return plain.left(4) + field + plain.mid(6);
 }
 
-TEST(Byte2NodeHead, readsNothingOfATextThatBeginsWithAZeroByte)
+TEST(Byte2NodeHead, readsATextThatBeginsWithAZeroByteAsEmpty)
 {
     const QByteArray bytes = nodeWithText1("0400 00616263"_hex);
     NodeHead head = NodeHeadCodec::occupied();
@@ -425,7 +426,7 @@ TEST(Byte2NodeHead, readsNothingOfATextThatBeginsWithAZeroByte)
     EXPECT_EQ(show(head), NodeHeadCodec::unset);
 }
 
-TEST(Byte2NodeHead, putsReplacementCharactersForMalformedUtf8)
+TEST(Byte2NodeHead, replacesMalformedUtf8)
 {
     const QByteArray bytes = nodeWithText1("0300 61ff62"_hex);
     NodeHead head;
@@ -433,9 +434,9 @@ TEST(Byte2NodeHead, putsReplacementCharactersForMalformedUtf8)
     EXPECT_EQ(head.text1, QString("a") + QChar(0xfffd) + "b");
 }
 
-TEST(Byte2NodeHead, refusesALengthBeyondTheBytes)
+TEST(Byte2NodeHead, refusesALengthBeyondTheBuffer)
 {
-    for (const char* length : {"2300", "0080", "ffff"}) { // text1 begins 36 bytes ahead of the end
+    for (const char* length : {"2300", "0080", "ffff"}) { // 36 bytes follow the length
         SCOPED_TRACE(length);
         const QByteArray bytes = nodeWithText1(QByteArray::fromHex(length));
         NodeHead head = NodeHeadCodec::occupied();
@@ -448,18 +449,18 @@ TEST(Byte2NodeHead, refusesALengthBeyondTheBytes)
 
 // --- Communication entries ------------------------------------------------------
 
-// An entry with just these texts, and ff bytes behind it.
-static QByteArray commBytes(const QByteArray& text3, const QByteArray& text4, int behind)
+// An entry with only these texts, followed by `extra` bytes of ff.
+static QByteArray commBytes(const QByteArray& text3, const QByteArray& text4, int extra)
 {
     return "07000000 0000 0000"_hex                           // commId, text1, text2
            + QByteArray(1, char(text3.size())) + '\0' + text3 //
            + "d1e2"_hex                                       // flag1, flag2
            + QByteArray(1, char(text4.size())) + '\0' + text4 //
            + "11121385 0000"_hex                              // word1, text5
-           + QByteArray(behind, char(0xff));
+           + QByteArray(extra, char(0xff));
 }
 
-TEST(Byte2CommItem, refusesTheTwentyBytesOfEmptyTextsAndReadsThemFromALongerBuffer)
+TEST(Byte2CommItem, needs25BytesForThe20OfARecordWithEmptyTexts)
 {
     const QByteArray bytes = commBytes("", "", 5);
     for (int size : {20, 24}) {
@@ -477,14 +478,14 @@ TEST(Byte2CommItem, refusesTheTwentyBytesOfEmptyTextsAndReadsThemFromALongerBuff
     EXPECT_EQ(show(item), show(expected));
 }
 
-TEST(Byte2CommItem, answersTheSizeWhereText4Has2Bytes)
+TEST(Byte2CommItem, returnsTheRecordSizeIfText4Has2Bytes)
 {
     const QByteArray bytes = commBytes("", "d4", 3);
     CommItem item;
     EXPECT_EQ(CByte2Fep::byte2CommItem(heapBytes(bytes).data(), 25, item), 22);
 }
 
-TEST(Byte2CommItem, wantsAsManyBytesBehindARecordAsText3Has)
+TEST(Byte2CommItem, needsAsManyBytesAfterTheRecordAsText3Has)
 {
     CommItem item;
     EXPECT_EQ(CByte2Fep::byte2CommItem(heapBytes(commBytes("c3c3c", "d4", 0)).data(), 27, item), 0);
@@ -492,7 +493,7 @@ TEST(Byte2CommItem, wantsAsManyBytesBehindARecordAsText3Has)
     EXPECT_EQ(CByte2Fep::byte2CommItem(heapBytes(commBytes("c3c3c", "d4", 5)).data(), 32, item), 27);
 }
 
-TEST(Byte2CommItem, answers8MoreThanTheSizeWhereText4Has10Bytes)
+TEST(Byte2CommItem, returns8MoreThanTheSizeIfText4Has10Bytes)
 {
     const QByteArray bytes = commBytes("", "0123456789", 0);
     CommItem item;
@@ -502,7 +503,7 @@ TEST(Byte2CommItem, answers8MoreThanTheSizeWhereText4Has10Bytes)
 
 TEST(Byte2CommItem, miscountsText3AndText4OfAnyLength)
 {
-    // By the lengths of text3 (down) and text4 (across): the bytes from which on a record is read, and the answer then.
+    // By the lengths of text3 (down) and text4 (across): the bytes that the reader needs, and its result.
     static const int needs[7][7] = {
         {25, 25, 25, 25, 25, 25, 26}, //
         {25, 25, 25, 25, 26, 27, 28}, //
@@ -512,7 +513,7 @@ TEST(Byte2CommItem, miscountsText3AndText4OfAnyLength)
         {30, 31, 32, 33, 34, 35, 36}, //
         {32, 33, 34, 35, 36, 37, 38},
     };
-    static const int answers[7][7] = {
+    static const int results[7][7] = {
         {18, 20, 22, 24, 26, 28, 30}, //
         {19, 21, 23, 25, 27, 29, 31}, //
         {20, 22, 24, 26, 28, 30, 32}, //
@@ -521,18 +522,18 @@ TEST(Byte2CommItem, miscountsText3AndText4OfAnyLength)
         {23, 25, 27, 29, 31, 33, 35}, //
         {24, 26, 28, 30, 32, 34, 36},
     };
-    // text4 is read from 6 bytes less on, without those of word1 and text5; the fields ahead always are.
+    // text4 is read from 6 bytes less on, as word1 and text5 are not needed yet; the fields before it are always read.
     for (int length3 = 0; length3 < 7; ++length3) {
         for (int length4 = 0; length4 < 7; ++length4) {
-            for (int behind = 0; behind <= 10; ++behind) {
-                SCOPED_TRACE(testing::Message() << length3 << ", " << length4 << ", " << behind);
+            for (int extra = 0; extra <= 10; ++extra) {
+                SCOPED_TRACE(testing::Message() << length3 << ", " << length4 << ", " << extra);
                 const QByteArray text3(length3, 'c');
                 const QByteArray text4(length4, 'd');
-                const QByteArray bytes = commBytes(text3, text4, behind);
-                ASSERT_EQ(bytes.size(), 20 + length3 + length4 + behind);
+                const QByteArray bytes = commBytes(text3, text4, extra);
+                ASSERT_EQ(bytes.size(), 20 + length3 + length4 + extra);
 
                 CommItem item;
-                const int answer = CByte2Fep::byte2CommItem(heapBytes(bytes).data(), bytes.size(), item);
+                const int result = CByte2Fep::byte2CommItem(heapBytes(bytes).data(), bytes.size(), item);
                 const int need = needs[length3][length4];
                 CommItem expected;
                 if (bytes.size() >= 25) {
@@ -545,7 +546,7 @@ TEST(Byte2CommItem, miscountsText3AndText4OfAnyLength)
                     expected.text4 = text4;
                 if (bytes.size() >= need)
                     expected.word1 = int(0x85131211);
-                EXPECT_EQ(answer, bytes.size() >= need ? answers[length3][length4] : 0);
+                EXPECT_EQ(result, bytes.size() >= need ? results[length3][length4] : 0);
                 EXPECT_EQ(show(item), show(expected));
             }
         }
@@ -554,16 +555,16 @@ TEST(Byte2CommItem, miscountsText3AndText4OfAnyLength)
 
 // --- Lists of communication entries ---------------------------------------------
 
-static const QByteArray commInStep = "07000000"     //  0 commId
-                                     "0100 61"      //  4 text1
-                                     "0100 62"      //  7 text2
-                                     "0000"         // 10 text3
-                                     "d1 e2"        // 12 flag1, flag2
-                                     "0200 6434"    // 14 text4
-                                     "11121385"     // 18 word1
-                                     "0100 65"_hex; // 22 text5
+static const QByteArray commRegular = "07000000"     //  0 commId
+                                      "0100 61"      //  4 text1
+                                      "0100 62"      //  7 text2
+                                      "0000"         // 10 text3
+                                      "d1 e2"        // 12 flag1, flag2
+                                      "0200 6434"    // 14 text4
+                                      "11121385"     // 18 word1
+                                      "0100 65"_hex; // 22 text5
 
-static CommItem commItemInStep()
+static CommItem regularCommItem()
 {
     CommItem item;
     item.commId = 7;
@@ -582,15 +583,15 @@ static int readComms(const QByteArray& bytes, std::vector<CommItem>& list)
     return CByte2Fep::byte2CommItems(heapBytes(bytes).data(), bytes.size(), list);
 }
 
-TEST(Byte2CommItems, walksAListWhoseText4AllHave2Bytes)
+TEST(Byte2CommItems, readsAListIfEachText4Has2Bytes)
 {
     std::vector<CommItem> list;
-    EXPECT_EQ(readComms("03000000"_hex + commInStep + commInStep + commInStep, list), 1);
-    const CommItem item = commItemInStep();
+    EXPECT_EQ(readComms("03000000"_hex + commRegular + commRegular + commRegular, list), 1);
+    const CommItem item = regularCommItem();
     EXPECT_EQ(showAll(list), showAll(std::vector<CommItem>{item, item, item}));
 }
 
-TEST(Byte2CommItems, takesTheNextRecord8BytesTooFarOnBehindAText4Of10Bytes)
+TEST(Byte2CommItems, readsTheNextRecord8BytesLateAfterAText4Of10Bytes)
 {
     const QByteArray first = commBytes("", "0123456789", 0);
     CommItem item;
@@ -601,29 +602,29 @@ TEST(Byte2CommItems, takesTheNextRecord8BytesTooFarOnBehindAText4Of10Bytes)
     item.word1 = int(0x85131211);
 
     std::vector<CommItem> list;
-    EXPECT_EQ(readComms("02000000"_hex + first + QByteArray(8, '\0') + commInStep, list), 1);
-    EXPECT_EQ(showAll(list), showAll(std::vector<CommItem>{item, commItemInStep()}));
+    EXPECT_EQ(readComms("02000000"_hex + first + QByteArray(8, '\0') + commRegular, list), 1);
+    EXPECT_EQ(showAll(list), showAll(std::vector<CommItem>{item, regularCommItem()}));
 
-    list.clear(); // the second one begins at its text2 then, and is short
-    EXPECT_EQ(readComms("02000000"_hex + first + commInStep, list), 0);
+    list.clear(); // the second is read from its text2 on and is too short
+    EXPECT_EQ(readComms("02000000"_hex + first + commRegular, list), 0);
     EXPECT_EQ(showAll(list), showAll(std::vector<CommItem>{item, CommItem()}));
 }
 
-TEST(Byte2CommItems, takesTheNextRecord2BytesTooEarlyBehindAnEmptyText4)
+TEST(Byte2CommItems, readsTheNextRecord2BytesEarlyAfterAnEmptyText4)
 {
     const QByteArray first = commBytes("", "", 0); // ends with the length of text5, 00 00
     std::vector<CommItem> list;
-    EXPECT_EQ(readComms("02000000"_hex + first + "1234"_hex + commInStep.mid(4), list), 1);
+    EXPECT_EQ(readComms("02000000"_hex + first + "1234"_hex + commRegular.mid(4), list), 1);
     ASSERT_EQ(list.size(), 2u);
     EXPECT_EQ(list[0].text5, QString());
-    CommItem second = commItemInStep();
+    CommItem second = regularCommItem();
     second.commId = 0x34120000;
     EXPECT_EQ(show(list[1]), show(second));
 }
 
-TEST(Byte2CommItems, endsWhereAnAnswerLeadsBehindTheBuffer)
+TEST(Byte2CommItems, stopsWhenAResultPointsPastTheBuffer)
 {
-    const QByteArray bytes = commBytes("", "0123456789", 0); // 30 bytes, the answer is 38
+    const QByteArray bytes = commBytes("", "0123456789", 0); // 30 bytes, the result is 38
     std::vector<CommItem> list;
     EXPECT_EQ(readComms("01000000"_hex + bytes, list), 1);
     ASSERT_EQ(list.size(), 1u);
@@ -635,7 +636,7 @@ TEST(Byte2CommItems, endsWhereAnAnswerLeadsBehindTheBuffer)
     EXPECT_EQ(show(list[2]), CommItemCodec::unset);
 }
 
-TEST(Byte2CommItems, endsWhereTheLongestText4LeadsFarBehindTheBuffer)
+TEST(Byte2CommItems, stopsWhenTheLongestText4PointsFarPastTheBuffer)
 {
     QByteArray bytes = "02000000 07000000 0000 0000 0000 d1e2 ffff"_hex + QByteArray(65535, 'd') + "111213850000"_hex;
     std::vector<CommItem> list;

@@ -15,18 +15,18 @@ using gqdb::PointInfo;
 
 // --- Declared fields ------------------------------------------------------------
 
-static_assert(rising({offsetof(PointInfo, pointKind), offsetof(PointInfo, pointId), offsetof(PointInfo, text1),
-                      offsetof(PointInfo, text2), offsetof(PointInfo, code1), offsetof(PointInfo, code2)}));
+static_assert(ascending({offsetof(PointInfo, pointKind), offsetof(PointInfo, pointId), offsetof(PointInfo, text1),
+                         offsetof(PointInfo, text2), offsetof(PointInfo, code1), offsetof(PointInfo, code2)}));
 static_assert(allAre<char PointInfo::*>(&PointInfo::pointKind));
 static_assert(allAre<unsigned int PointInfo::*>(&PointInfo::pointId, &PointInfo::code1, &PointInfo::code2));
 static_assert(allAre<std::string PointInfo::*>(&PointInfo::text1, &PointInfo::text2));
 
-static_assert(rising({offsetof(FloatPoint, pointId), offsetof(FloatPoint, text1), offsetof(FloatPoint, code1),
-                      offsetof(FloatPoint, text2), offsetof(FloatPoint, text3), offsetof(FloatPoint, text4),
-                      offsetof(FloatPoint, code2), offsetof(FloatPoint, code3), offsetof(FloatPoint, code4),
-                      offsetof(FloatPoint, text5), offsetof(FloatPoint, switch1), offsetof(FloatPoint, float1),
-                      offsetof(FloatPoint, switch2), offsetof(FloatPoint, code5), offsetof(FloatPoint, code6),
-                      offsetof(FloatPoint, float2), offsetof(FloatPoint, code7), offsetof(FloatPoint, levels)}));
+static_assert(ascending({offsetof(FloatPoint, pointId), offsetof(FloatPoint, text1), offsetof(FloatPoint, code1),
+                         offsetof(FloatPoint, text2), offsetof(FloatPoint, text3), offsetof(FloatPoint, text4),
+                         offsetof(FloatPoint, code2), offsetof(FloatPoint, code3), offsetof(FloatPoint, code4),
+                         offsetof(FloatPoint, text5), offsetof(FloatPoint, switch1), offsetof(FloatPoint, float1),
+                         offsetof(FloatPoint, switch2), offsetof(FloatPoint, code5), offsetof(FloatPoint, code6),
+                         offsetof(FloatPoint, float2), offsetof(FloatPoint, code7), offsetof(FloatPoint, levels)}));
 static_assert(allAre<unsigned int FloatPoint::*>(&FloatPoint::pointId, &FloatPoint::code1, &FloatPoint::code2,
                                                  &FloatPoint::code3, &FloatPoint::code4, &FloatPoint::code5,
                                                  &FloatPoint::code6, &FloatPoint::code7));
@@ -36,12 +36,12 @@ static_assert(allAre<char FloatPoint::*>(&FloatPoint::switch1, &FloatPoint::swit
 static_assert(allAre<float FloatPoint::*>(&FloatPoint::float1, &FloatPoint::float2));
 static_assert(std::is_same_v<decltype(FloatPoint::levels), float[8]>);
 
-static_assert(rising({offsetof(IntPoint, pointId), offsetof(IntPoint, text1), offsetof(IntPoint, code1),
-                      offsetof(IntPoint, text2), offsetof(IntPoint, text3), offsetof(IntPoint, text4),
-                      offsetof(IntPoint, code2), offsetof(IntPoint, code3), offsetof(IntPoint, switch0),
-                      offsetof(IntPoint, code4), offsetof(IntPoint, text5), offsetof(IntPoint, switch1),
-                      offsetof(IntPoint, switch2), offsetof(IntPoint, code5), offsetof(IntPoint, code6),
-                      offsetof(IntPoint, code7), offsetof(IntPoint, code8), offsetof(IntPoint, levels)}));
+static_assert(ascending({offsetof(IntPoint, pointId), offsetof(IntPoint, text1), offsetof(IntPoint, code1),
+                         offsetof(IntPoint, text2), offsetof(IntPoint, text3), offsetof(IntPoint, text4),
+                         offsetof(IntPoint, code2), offsetof(IntPoint, code3), offsetof(IntPoint, switch0),
+                         offsetof(IntPoint, code4), offsetof(IntPoint, text5), offsetof(IntPoint, switch1),
+                         offsetof(IntPoint, switch2), offsetof(IntPoint, code5), offsetof(IntPoint, code6),
+                         offsetof(IntPoint, code7), offsetof(IntPoint, code8), offsetof(IntPoint, levels)}));
 static_assert(allAre<unsigned int IntPoint::*>(&IntPoint::pointId, &IntPoint::code1, &IntPoint::code2, &IntPoint::code3,
                                                &IntPoint::code4, &IntPoint::code5, &IntPoint::code6, &IntPoint::code7,
                                                &IntPoint::code8));
@@ -50,11 +50,11 @@ static_assert(allAre<std::string IntPoint::*>(&IntPoint::text1, &IntPoint::text2
 static_assert(allAre<char IntPoint::*>(&IntPoint::switch0, &IntPoint::switch1, &IntPoint::switch2));
 static_assert(std::is_same_v<decltype(IntPoint::levels), int[8]>);
 
-static_assert(rising({offsetof(BoolPoint, pointId), offsetof(BoolPoint, text1), offsetof(BoolPoint, code1),
-                      offsetof(BoolPoint, text2), offsetof(BoolPoint, text3), offsetof(BoolPoint, code2),
-                      offsetof(BoolPoint, code3), offsetof(BoolPoint, code4), offsetof(BoolPoint, text5),
-                      offsetof(BoolPoint, switch1), offsetof(BoolPoint, switch2), offsetof(BoolPoint, code5),
-                      offsetof(BoolPoint, code6), offsetof(BoolPoint, switch3)}));
+static_assert(ascending({offsetof(BoolPoint, pointId), offsetof(BoolPoint, text1), offsetof(BoolPoint, code1),
+                         offsetof(BoolPoint, text2), offsetof(BoolPoint, text3), offsetof(BoolPoint, code2),
+                         offsetof(BoolPoint, code3), offsetof(BoolPoint, code4), offsetof(BoolPoint, text5),
+                         offsetof(BoolPoint, switch1), offsetof(BoolPoint, switch2), offsetof(BoolPoint, code5),
+                         offsetof(BoolPoint, code6), offsetof(BoolPoint, switch3)}));
 static_assert(allAre<unsigned int BoolPoint::*>(&BoolPoint::pointId, &BoolPoint::code1, &BoolPoint::code2,
                                                 &BoolPoint::code3, &BoolPoint::code4, &BoolPoint::code5,
                                                 &BoolPoint::code6));
@@ -62,11 +62,11 @@ static_assert(allAre<std::string BoolPoint::*>(&BoolPoint::text1, &BoolPoint::te
                                                &BoolPoint::text5));
 static_assert(allAre<char BoolPoint::*>(&BoolPoint::switch1, &BoolPoint::switch2, &BoolPoint::switch3));
 
-static_assert(rising({offsetof(BlobPoint, pointId), offsetof(BlobPoint, text1), offsetof(BlobPoint, code1),
-                      offsetof(BlobPoint, text2), offsetof(BlobPoint, text3), offsetof(BlobPoint, text4),
-                      offsetof(BlobPoint, code2), offsetof(BlobPoint, code3), offsetof(BlobPoint, code4),
-                      offsetof(BlobPoint, text5), offsetof(BlobPoint, switch1), offsetof(BlobPoint, switch2),
-                      offsetof(BlobPoint, code5), offsetof(BlobPoint, code6)}));
+static_assert(ascending({offsetof(BlobPoint, pointId), offsetof(BlobPoint, text1), offsetof(BlobPoint, code1),
+                         offsetof(BlobPoint, text2), offsetof(BlobPoint, text3), offsetof(BlobPoint, text4),
+                         offsetof(BlobPoint, code2), offsetof(BlobPoint, code3), offsetof(BlobPoint, code4),
+                         offsetof(BlobPoint, text5), offsetof(BlobPoint, switch1), offsetof(BlobPoint, switch2),
+                         offsetof(BlobPoint, code5), offsetof(BlobPoint, code6)}));
 static_assert(allAre<unsigned int BlobPoint::*>(&BlobPoint::pointId, &BlobPoint::code1, &BlobPoint::code2,
                                                 &BlobPoint::code3, &BlobPoint::code4, &BlobPoint::code5,
                                                 &BlobPoint::code6));
@@ -180,7 +180,7 @@ static std::string show(const BlobPoint& point)
 
 // --- Defaults -------------------------------------------------------------------
 
-// For a declaration and for the value that a vector makes its new elements from.
+// Checks a declared record and the value that a vector creates new elements from.
 template <typename Record>
 static void expectBuilt(const std::string& fields)
 {
@@ -198,7 +198,7 @@ TEST(PointInfo, startsAtZeroAndEmpty)
                            "code2: 00 00 00 00\n");
 }
 
-TEST(FloatPoint, startsWithSwitch1AndFloat1SetAndCode2LeftAlone)
+TEST(FloatPoint, setsSwitch1AndFloat1AndLeavesCode2Uninitialised)
 {
     expectBuilt<FloatPoint>("pointId: 00 00 00 00\n"
                             "text1: \n"
@@ -221,7 +221,7 @@ TEST(FloatPoint, startsWithSwitch1AndFloat1SetAndCode2LeftAlone)
                             "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n");
 }
 
-TEST(IntPoint, startsWithSwitch1SetAndCode2LeftAlone)
+TEST(IntPoint, setsSwitch1AndLeavesCode2Uninitialised)
 {
     expectBuilt<IntPoint>("pointId: 00 00 00 00\n"
                           "text1: \n"
@@ -244,7 +244,7 @@ TEST(IntPoint, startsWithSwitch1SetAndCode2LeftAlone)
                           "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n");
 }
 
-TEST(BoolPoint, startsWithSwitch1SetAndCode4LeftAlone)
+TEST(BoolPoint, setsSwitch1AndLeavesCode4Uninitialised)
 {
     expectBuilt<BoolPoint>("pointId: 00 00 00 00\n"
                            "text1: \n"
@@ -262,7 +262,7 @@ TEST(BoolPoint, startsWithSwitch1SetAndCode4LeftAlone)
                            "switch3: 00\n");
 }
 
-TEST(BlobPoint, startsWithSwitch1SetAndCode4LeftAlone)
+TEST(BlobPoint, setsSwitch1AndLeavesCode4Uninitialised)
 {
     expectBuilt<BlobPoint>("pointId: 00 00 00 00\n"
                            "text1: \n"
@@ -282,37 +282,37 @@ TEST(BlobPoint, startsWithSwitch1SetAndCode4LeftAlone)
 
 // --- The records on the wire ----------------------------------------------------
 
-// Long enough that a reader meets each of its minimums at a size of its own.
+// Long enough that each of a reader's minimum sizes is reached at a different buffer size.
 static const char fortyBytes[] = "text1 has forty bytes, each in its place";
 static_assert(sizeof fortyBytes == 40 + 1);
 
 static const std::string bytesWithZero("fi\0\xffve\n", 7);
 
-// What stands in a field that a constructor leaves alone.
+// Value of a field that a constructor leaves uninitialised.
 static const unsigned int unsetField = 0x14131211;
 
 namespace {
 
-// From `size` bytes on, and up to the next stop, a reader fills the fields that lie ahead of byte `end`.
+// From `size` bytes up to the next stop, a reader fills the fields before byte `end`.
 struct Stop {
     int size;
     int end;
 };
 
-// A string field of the full record, and where its length field stands there.
+// A string field of the full record and the offset of its length.
 template <typename Record>
 struct TextField {
     int at;
     std::string Record::*text;
 };
 
-// What the codecs below have in common. Each of them adds the operations of its record and
+// Common part of the codecs below. Each one adds the operations of its record and
 //
-//   written, read            bytes of the full record as the writer makes them and as the reader takes them
-//   shortWritten, shortRead  of the default record with `unsetField` in the field that is left alone
-//   writable()               the full record, fields that do not travel included
-//   readUpTo(end)            what a reader leaves that filled the fields ahead of byte `end` of `read`
-//   stops, texts             where the reader stops in `read`, and the strings of `read`
+//   written, read            bytes of the full record: as written, and in the form that is read
+//   shortWritten, shortRead  bytes of the default record with `unsetField` in the uninitialised field
+//   writable()               the full record, including fields that are not on the wire
+//   readUpTo(end)            the record after the fields before byte `end` of `read` were filled
+//   stops, texts             where the reader stops in `read`; the strings in `read`
 template <typename R>
 struct DefinitionCodec {
     using Record = R;
@@ -373,8 +373,8 @@ struct PointInfoCodec : DefinitionCodec<PointInfo> {
     inline static const std::vector<Stop> stops = {
         {0, 0},   // the whole record
         {16, 4},  // text1
-        {46, 46}, // 10 bytes behind text1
-        {56, 56}, // 4 bytes behind text2
+        {46, 46}, // 10 bytes after text1
+        {56, 56}, // 4 bytes after text2
     };
 
     inline static const std::vector<TextField<PointInfo>> texts = {{4, &PointInfo::text1}, {50, &PointInfo::text2}};
@@ -482,9 +482,9 @@ struct FloatPointCodec : DefinitionCodec<FloatPoint> {
 
     inline static const std::vector<Stop> stops = {
         {0, 0},    // the whole record
-        {84, 46},  // 57 bytes behind text1
-        {103, 71}, // 62 bytes behind text4
-        {133, 92}, // 54 bytes behind text5
+        {84, 46},  // 57 bytes after text1
+        {103, 71}, // 62 bytes after text4
+        {133, 92}, // 54 bytes after text5
     };
 
     inline static const std::vector<TextField<FloatPoint>> texts = {{4, &FloatPoint::text1},
@@ -494,7 +494,7 @@ struct FloatPointCodec : DefinitionCodec<FloatPoint> {
                                                                     {83, &FloatPoint::text5}};
 };
 
-// Reader and writer do not fit each other: only the writer has switch0.
+// Reader and writer do not match: only the writer has switch0.
 struct IntPointCodec : DefinitionCodec<IntPoint> {
     static constexpr const char* name = "IntPoint";
     static constexpr Writer writeOne = CByte2Rdb::intPoint2Byte;
@@ -630,9 +630,9 @@ struct IntPointCodec : DefinitionCodec<IntPoint> {
 
     inline static const std::vector<Stop> stops = {
         {0, 0},    // the whole record, as long as the writer's
-        {81, 46},  // 57 bytes behind text1
-        {103, 71}, // 50 bytes behind text4
-        {121, 92}, // 50 bytes behind text5
+        {81, 46},  // 57 bytes after text1
+        {103, 71}, // 50 bytes after text4
+        {121, 92}, // 50 bytes after text5
     };
 
     inline static const std::vector<TextField<IntPoint>> texts = {{4, &IntPoint::text1},
@@ -721,9 +721,9 @@ struct BoolPointCodec : DefinitionCodec<BoolPoint> {
     inline static const std::vector<Stop> stops = {
         {0, 0},   // the whole record
         {39, 4},  // text1
-        {46, 46}, // 27 bytes behind text1
-        {73, 63}, // 24 bytes behind text3
-        {87, 84}, // 11 bytes behind text5
+        {46, 46}, // 27 bytes after text1
+        {73, 63}, // 24 bytes after text3
+        {87, 84}, // 11 bytes after text5
     };
 
     inline static const std::vector<TextField<BoolPoint>> texts = {
@@ -809,9 +809,9 @@ struct BlobPointCodec : DefinitionCodec<BlobPoint> {
     inline static const std::vector<Stop> stops = {
         {0, 0},   // the whole record
         {40, 4},  // text1
-        {46, 46}, // 27 bytes behind text1
-        {73, 71}, // 24 bytes behind text4
-        {95, 92}, // 10 bytes behind text5
+        {46, 46}, // 27 bytes after text1
+        {73, 71}, // 24 bytes after text4
+        {95, 92}, // 10 bytes after text5
     };
 
     inline static const std::vector<TextField<BlobPoint>> texts = {{4, &BlobPoint::text1},
@@ -877,7 +877,7 @@ TYPED_TEST(Definition2Byte, writesEachLongStringWhole)
     }
 }
 
-TYPED_TEST(Definition2Byte, writesAnOverlongStringWholeBehindTheCutLength)
+TYPED_TEST(Definition2Byte, writesATruncatedLengthButTheWholeOverlongString)
 {
     auto point = TypeParam::shortest();
     point.text1 = std::string(65536 + 3, 'a');
@@ -903,7 +903,7 @@ TYPED_TEST(Byte2Definition, readsTheFields)
     EXPECT_EQ(show(point), show(TypeParam::readUpTo(TypeParam::read.size())));
 }
 
-TYPED_TEST(Byte2Definition, ignoresTheBytesBehindTheRecord)
+TYPED_TEST(Byte2Definition, ignoresBytesAfterTheRecord)
 {
     const QByteArray bytes = TypeParam::read + "ffffffffff"_hex;
     auto point = TypeParam::shortest();
@@ -984,7 +984,7 @@ TYPED_TEST(Byte2Definition, readsAStringOf65535Bytes)
     EXPECT_TRUE(show(point) == show(expected));
 }
 
-TYPED_TEST(Byte2Definition, doesNotReadALongerStringBack)
+TYPED_TEST(Byte2Definition, cannotReadALongerStringBack)
 {
     auto point = TypeParam::shortest();
     point.text1 = std::string(65536, 'a');
@@ -997,7 +997,7 @@ TYPED_TEST(Byte2Definition, doesNotReadALongerStringBack)
     EXPECT_EQ(back.code1, 0x61616161u);
 }
 
-TEST(Byte2PointInfo, takesARecordOf16Bytes)
+TEST(Byte2PointInfo, acceptsARecordOf16Bytes)
 {
     const QByteArray& bytes = PointInfoCodec::shortRead;
     ASSERT_EQ(bytes.size(), 16);
@@ -1007,7 +1007,7 @@ TEST(Byte2PointInfo, takesARecordOf16Bytes)
     EXPECT_EQ(CByte2Rdb::byte2PointInfo(heapBytes(bytes.left(15)).data(), 15, point), 0);
 }
 
-TEST(Byte2PointInfo, leavesThePointKind)
+TEST(Byte2PointInfo, leavesPointKindUnchanged)
 {
     PointInfo point;
     point.pointKind = 0x77;
@@ -1017,7 +1017,7 @@ TEST(Byte2PointInfo, leavesThePointKind)
     EXPECT_EQ(show(point), show(expected));
 }
 
-TEST(Byte2FloatPoint, takesADefaultRecordOf84Bytes)
+TEST(Byte2FloatPoint, acceptsADefaultRecordOf84Bytes)
 {
     QByteArray data;
     CByte2Rdb::floatPoint2Byte(FloatPointCodec::shortest(), data);
@@ -1031,7 +1031,7 @@ TEST(Byte2FloatPoint, takesADefaultRecordOf84Bytes)
     EXPECT_EQ(point.float1, 0.05f);
 }
 
-TEST(Byte2BoolPoint, takesARecordOf39Bytes)
+TEST(Byte2BoolPoint, acceptsARecordOf39Bytes)
 {
     const QByteArray& bytes = BoolPointCodec::shortRead;
     ASSERT_EQ(bytes.size(), 39);
@@ -1040,7 +1040,7 @@ TEST(Byte2BoolPoint, takesARecordOf39Bytes)
     EXPECT_EQ(show(point), show(BoolPointCodec::shortest()));
 }
 
-TEST(Byte2BlobPoint, takesARecordOf40Bytes)
+TEST(Byte2BlobPoint, acceptsARecordOf40Bytes)
 {
     const QByteArray& bytes = BlobPointCodec::shortRead;
     ASSERT_EQ(bytes.size(), 40);
@@ -1049,7 +1049,7 @@ TEST(Byte2BlobPoint, takesARecordOf40Bytes)
     EXPECT_EQ(show(point), show(BlobPointCodec::shortest()));
 }
 
-TEST(Byte2IntPoint, wantsOneByteMoreThanItsShortestRecord)
+TEST(Byte2IntPoint, needsOneByteMoreThanItsShortestRecord)
 {
     const QByteArray& bytes = IntPointCodec::shortRead;
     ASSERT_EQ(bytes.size(), 80);
@@ -1061,7 +1061,7 @@ TEST(Byte2IntPoint, wantsOneByteMoreThanItsShortestRecord)
     EXPECT_EQ(show(point), show(IntPointCodec::shortest()));
 }
 
-TEST(Byte2IntPoint, leavesSwitch0)
+TEST(Byte2IntPoint, leavesSwitch0Unchanged)
 {
     IntPoint point;
     point.switch0 = 0x33;
@@ -1071,7 +1071,7 @@ TEST(Byte2IntPoint, leavesSwitch0)
     EXPECT_EQ(show(point), show(expected));
 }
 
-TEST(Byte2IntPoint, readsAWrittenDefaultOneByteOut)
+TEST(Byte2IntPoint, misreadsAWrittenDefaultByOneByte)
 {
     QByteArray data;
     CByte2Rdb::intPoint2Byte(IntPointCodec::shortest(), data);
@@ -1084,7 +1084,7 @@ TEST(Byte2IntPoint, readsAWrittenDefaultOneByteOut)
     EXPECT_EQ(show(point), show(expected));
 }
 
-TEST(Byte2IntPoint, readsWhatWasWrittenOneByteOutFromCode4On)
+TEST(Byte2IntPoint, misreadsAWrittenRecordByOneByteFromCode4On)
 {
     IntPoint written = IntPointCodec::shortest();
     written.switch0 = 0x21;
@@ -1109,7 +1109,7 @@ TEST(Byte2IntPoint, readsWhatWasWrittenOneByteOutFromCode4On)
     EXPECT_EQ(show(point), show(expected));
 }
 
-TEST(Byte2IntPoint, losesStepInAWrittenRecordWithAText5)
+TEST(Byte2IntPoint, failsOnAWrittenRecordWithAText5)
 {
     IntPoint point = IntPointCodec::shortest();
     EXPECT_EQ(CByte2Rdb::byte2IntPoint(heapBytes(IntPointCodec::written).data(), 143, point), 0);
@@ -1132,7 +1132,7 @@ TYPED_TEST(Definitions2Byte, appendsCountAndItems)
     EXPECT_EQ(hex(data), hex("aa55"_hex + "02000000"_hex + TypeParam::shortWritten + TypeParam::written));
 }
 
-TYPED_TEST(Definitions2Byte, writesJustTheCountOfAnEmptyList)
+TYPED_TEST(Definitions2Byte, writesOnlyTheCountOfAnEmptyList)
 {
     QByteArray data = "aa55"_hex;
     TypeParam::writeList({}, data);
@@ -1155,7 +1155,7 @@ TYPED_TEST(Definitions2Byte, reservesRoomForTheItems)
     EXPECT_EQ(data.size(), 1000 + 4 + 2 * TypeParam::shortWritten.size());
 }
 
-TYPED_TEST(Definitions2Byte, reservesRoomInTheCopyOfAnArrayThatHasIt)
+TYPED_TEST(Definitions2Byte, reservesRoomInACopyOfAReservedArray)
 {
     QByteArray roomy = "aa55"_hex;
     roomy.reserve(10000);
@@ -1166,8 +1166,8 @@ TYPED_TEST(Definitions2Byte, reservesRoomInTheCopyOfAnArrayThatHasIt)
     EXPECT_EQ(hex(roomy), "aa 55");
 }
 
-// Room that is there by chance is marked as reserved too, as QByteArray::reserve does it.
-TYPED_TEST(Definitions2Byte, reservesTheRoomThatItFinds)
+// Existing capacity is marked as reserved too, as QByteArray::reserve() does.
+TYPED_TEST(Definitions2Byte, marksExistingCapacityAsReserved)
 {
     QByteArray data(3 * TypeParam::bytesPerItem, 'a');
     data.resize(100);
@@ -1176,7 +1176,7 @@ TYPED_TEST(Definitions2Byte, reservesTheRoomThatItFinds)
     EXPECT_TRUE(data.data_ptr()->capacityReserved);
 }
 
-TYPED_TEST(Definitions2Byte, takesItemsLargerThanTheRoomReserved)
+TYPED_TEST(Definitions2Byte, writesItemsLargerThanTheReservation)
 {
     auto point = TypeParam::shortest();
     point.text1 = std::string(5000, 'a');
@@ -1193,13 +1193,13 @@ protected:
     using Record = typename Codec::Record;
     using List = std::vector<Record>;
 
-    // The short record comes first: the int reader wants a byte behind it.
+    // The short record comes first because the int reader needs a byte after it.
     static QByteArray twoItems() { return "02000000"_hex + Codec::shortRead + Codec::read; }
     static List twoRecords() { return {Codec::shortest(), fullRecord()}; }
 
     static Record fullRecord() { return Codec::readUpTo(Codec::read.size()); }
 
-    // Three elements that are neither what a list holds nor what a new element starts with.
+    // Three elements that equal neither a list item nor a new element.
     static List threeRecords() { return List(3, Codec::readUpTo(60)); }
 
     static int read(const QByteArray& bytes, List& list)
@@ -1224,7 +1224,7 @@ TYPED_TEST(Byte2Definitions, appendsToAFilledVector)
     EXPECT_EQ(showAll(list), showAll(TestFixture::threeRecords()) + showAll(TestFixture::twoRecords()));
 }
 
-TYPED_TEST(Byte2Definitions, takesAnEmptyList)
+TYPED_TEST(Byte2Definitions, acceptsAnEmptyList)
 {
     for (const QByteArray& bytes : {"00000000"_hex, "00000000 ffffffff"_hex}) {
         auto list = TestFixture::threeRecords();
@@ -1236,7 +1236,7 @@ TYPED_TEST(Byte2Definitions, takesAnEmptyList)
     }
 }
 
-TYPED_TEST(Byte2Definitions, ignoresTheBytesBehindTheLastItem)
+TYPED_TEST(Byte2Definitions, ignoresBytesAfterTheLastItem)
 {
     typename TestFixture::List list;
     EXPECT_EQ(TestFixture::read(TestFixture::twoItems() + "ffffffffff"_hex, list), 1);
@@ -1256,7 +1256,7 @@ TYPED_TEST(Byte2Definitions, refusesABufferBelowTheCountAndLeavesTheVector)
     EXPECT_EQ(showAll(list), showAll(TestFixture::threeRecords()));
 }
 
-TYPED_TEST(Byte2Definitions, clearsTheVectorOnAnItemCutShort)
+TYPED_TEST(Byte2Definitions, clearsTheVectorOnATruncatedItem)
 {
     const QByteArray bytes = TestFixture::twoItems();
     for (int size = 4; size < bytes.size(); ++size) {
@@ -1270,7 +1270,7 @@ TYPED_TEST(Byte2Definitions, clearsTheVectorOnAnItemCutShort)
     }
 }
 
-TYPED_TEST(Byte2Definitions, clearsTheVectorOnFewerItemsThanCounted)
+TYPED_TEST(Byte2Definitions, clearsTheVectorIfItemsAreMissing)
 {
     QByteArray bytes = TestFixture::twoItems();
     bytes[0] = 3;
@@ -1279,12 +1279,12 @@ TYPED_TEST(Byte2Definitions, clearsTheVectorOnFewerItemsThanCounted)
     EXPECT_TRUE(list.empty());
 }
 
-TYPED_TEST(Byte2Definitions, takesTheCountAsFourBytes)
+TYPED_TEST(Byte2Definitions, readsAFourByteCount)
 {
     QByteArray bytes = "03020000"_hex; // 0x0203
     for (int i = 0; i < 0x0203; ++i)
         bytes += TypeParam::shortRead;
-    bytes += "ff"_hex; // behind the last item, for the int reader
+    bytes += "ff"_hex; // the int reader needs a byte after the last item
     typename TestFixture::List list;
     EXPECT_EQ(TestFixture::read(bytes, list), 1);
     ASSERT_EQ(list.size(), 0x0203u);
@@ -1294,18 +1294,18 @@ TYPED_TEST(Byte2Definitions, takesTheCountAsFourBytes)
 TYPED_TEST(Byte2Definitions, shrinksTheVectorOnACountThatWrapsItsSize)
 {
     const QByteArray items = TypeParam::shortRead + TypeParam::read;
-    for (const QByteArray& behind : {QByteArray(), items}) {
+    for (const QByteArray& following : {QByteArray(), items}) {
         auto list = TestFixture::threeRecords();
-        EXPECT_EQ(TestFixture::read("ffffffff"_hex + behind, list), -2); // 3 + 0xffffffff is cut to 2
+        EXPECT_EQ(TestFixture::read("ffffffff"_hex + following, list), -2); // 3 + 0xffffffff wraps to 2
         EXPECT_EQ(showAll(list), showAll(typename TestFixture::List(2, TestFixture::threeRecords()[0])));
 
         list = TestFixture::threeRecords();
-        EXPECT_EQ(TestFixture::read("fdffffff"_hex + behind, list), -2); // cut to 0
+        EXPECT_EQ(TestFixture::read("fdffffff"_hex + following, list), -2); // wraps to 0
         EXPECT_TRUE(list.empty());
     }
 }
 
-TYPED_TEST(Byte2Definitions, passesTheFailureOnACountBeyondMemory)
+TYPED_TEST(Byte2Definitions, propagatesTheAllocationFailureOfAHugeCount)
 {
     for (const char* count : {"00000040", "ffffff7f", "00000080", "fcffffff"}) {
         SCOPED_TRACE(count);
@@ -1318,7 +1318,7 @@ TYPED_TEST(Byte2Definitions, passesTheFailureOnACountBeyondMemory)
     EXPECT_TRUE(list.empty());
 }
 
-TEST(Byte2PointInfos, givesNewElementsThePointKindZero)
+TEST(Byte2PointInfos, setsPointKindOfNewElementsToZero)
 {
     QByteArray data;
     CByte2Rdb::pointInfos2Byte({PointInfoCodec::writable()}, data);
@@ -1329,7 +1329,7 @@ TEST(Byte2PointInfos, givesNewElementsThePointKindZero)
     EXPECT_EQ(list[0].pointKind, 0);
 }
 
-TEST(Byte2IntPoints, wantsAByteBehindAShortLastItem)
+TEST(Byte2IntPoints, needsAByteAfterAShortLastItem)
 {
     const QByteArray bytes = "01000000"_hex + IntPointCodec::shortRead;
     std::vector<IntPoint> list;
@@ -1339,7 +1339,7 @@ TEST(Byte2IntPoints, wantsAByteBehindAShortLastItem)
     EXPECT_EQ(show(list[0]), show(IntPointCodec::shortest()));
 }
 
-TEST(Byte2IntPoints, readsAWrittenDefaultOneByteOut)
+TEST(Byte2IntPoints, misreadsAWrittenDefaultByOneByte)
 {
     QByteArray data;
     CByte2Rdb::intPoints2Byte({IntPointCodec::shortest()}, data);

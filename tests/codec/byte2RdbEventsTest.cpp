@@ -12,13 +12,13 @@ using gqdb::EventState;
 
 // --- Declared fields ------------------------------------------------------------
 
-static_assert(rising({offsetof(EventInfo, word1), offsetof(EventInfo, word2), offsetof(EventInfo, word3),
-                      offsetof(EventInfo, word4), offsetof(EventInfo, switch1), offsetof(EventInfo, text1),
-                      offsetof(EventInfo, switch2), offsetof(EventInfo, word5), offsetof(EventInfo, value),
-                      offsetof(EventInfo, word6), offsetof(EventInfo, word7), offsetof(EventInfo, word8),
-                      offsetof(EventInfo, text2), offsetof(EventInfo, switch3), offsetof(EventInfo, word9),
-                      offsetof(EventInfo, word10), offsetof(EventInfo, word11), offsetof(EventInfo, word12),
-                      offsetof(EventInfo, word13)}));
+static_assert(ascending({offsetof(EventInfo, word1), offsetof(EventInfo, word2), offsetof(EventInfo, word3),
+                         offsetof(EventInfo, word4), offsetof(EventInfo, switch1), offsetof(EventInfo, text1),
+                         offsetof(EventInfo, switch2), offsetof(EventInfo, word5), offsetof(EventInfo, value),
+                         offsetof(EventInfo, word6), offsetof(EventInfo, word7), offsetof(EventInfo, word8),
+                         offsetof(EventInfo, text2), offsetof(EventInfo, switch3), offsetof(EventInfo, word9),
+                         offsetof(EventInfo, word10), offsetof(EventInfo, word11), offsetof(EventInfo, word12),
+                         offsetof(EventInfo, word13)}));
 static_assert(allAre<unsigned int EventInfo::*>(&EventInfo::word1, &EventInfo::word2, &EventInfo::word3,
                                                 &EventInfo::word4, &EventInfo::word5, &EventInfo::word6,
                                                 &EventInfo::word7, &EventInfo::word8, &EventInfo::word9,
@@ -28,8 +28,8 @@ static_assert(allAre<char EventInfo::*>(&EventInfo::switch1, &EventInfo::switch2
 static_assert(allAre<std::string EventInfo::*>(&EventInfo::text1, &EventInfo::text2));
 static_assert(allAre<double EventInfo::*>(&EventInfo::value));
 
-static_assert(rising({offsetof(EventState, word1), offsetof(EventState, switch1), offsetof(EventState, word2),
-                      offsetof(EventState, word3), offsetof(EventState, word4)}));
+static_assert(ascending({offsetof(EventState, word1), offsetof(EventState, switch1), offsetof(EventState, word2),
+                         offsetof(EventState, word3), offsetof(EventState, word4)}));
 static_assert(allAre<unsigned int EventState::*>(&EventState::word1, &EventState::word2, &EventState::word3,
                                                  &EventState::word4));
 static_assert(allAre<char EventState::*>(&EventState::switch1));
@@ -110,7 +110,7 @@ TEST(EventState, startsAtZero)
 
 // --- Events ---------------------------------------------------------------------
 
-// Each codec: one record by hand, in stages as a reader fills it.
+// Each codec has one record, written by hand, and its state after each part that a reader fills.
 struct EventInfoCodec {
     using Record = EventInfo;
 
@@ -127,7 +127,7 @@ struct EventInfoCodec {
                                            "21222324"            //  8 word3
                                            "31323384"            // 12 word4
                                            "41"                  // 16 switch1
-                                           "f2"                  // 17 switch2, ahead of text1 on the wire
+                                           "f2"                  // 17 switch2, before text1 on the wire
                                            "51525354"            // 18 word5
                                            "000000000000f83f"    // 22 value 1.5
                                            "61626364"            // 30 word6
@@ -140,7 +140,7 @@ struct EventInfoCodec {
                                            "0300616263"          // 55 text1 "abc"
                                            "05006465006667"_hex; // 60 text2 "de\0fg", 67 bytes in all
 
-    // What a reader has filled that was given `size` of the bytes.
+    // The record after a reader was given the first `size` bytes.
     static EventInfo filledFrom(int size)
     {
         EventInfo event;
@@ -168,7 +168,7 @@ struct EventInfoCodec {
         return event;
     }
 
-    // The whole record, read into one that held `used`.
+    // The whole record, read into `used`.
     static EventInfo filledOver(const EventInfo& used)
     {
         EventInfo event = filledFrom(67);
@@ -265,7 +265,7 @@ TYPED_TEST(Event2Byte, writesTheSmallestSizeForADefaultRecord)
     EXPECT_EQ(hex(data), hex(QByteArray(TypeParam::smallest, '\0')));
 }
 
-TEST(EventInfo2Byte, leavesOutWord11AndWord12)
+TEST(EventInfo2Byte, omitsWord11AndWord12)
 {
     EventInfo event = EventInfoCodec::filledFrom(67);
     event.word11 = 0xd4d3d2d1;
@@ -275,7 +275,7 @@ TEST(EventInfo2Byte, leavesOutWord11AndWord12)
     EXPECT_EQ(hex(data), hex(EventInfoCodec::bytes));
 }
 
-TEST(EventInfo2Byte, cutsALengthAbove16BitsAndWritesTheTextWhole)
+TEST(EventInfo2Byte, truncatesTheLengthTo16BitsAndWritesTheWholeText)
 {
     EventInfo event;
     event.text1 = std::string(65537, 'a');
@@ -303,7 +303,7 @@ TYPED_TEST(Byte2Event, readsTheFieldsAndReturnsTheSize)
     EXPECT_EQ(show(event), show(TypeParam::filledFrom(TypeParam::bytes.size())));
 }
 
-TYPED_TEST(Byte2Event, ignoresTheBytesBehindTheRecord)
+TYPED_TEST(Byte2Event, ignoresBytesAfterTheRecord)
 {
     typename TypeParam::Record event;
     EXPECT_EQ(TestFixture::read(TypeParam::bytes + "ffffff"_hex, event), TypeParam::bytes.size());
@@ -317,7 +317,7 @@ TYPED_TEST(Byte2Event, overwritesNumbersAndAppendsToTexts)
     EXPECT_EQ(show(event), show(TypeParam::filledOver(TypeParam::used())));
 }
 
-TYPED_TEST(Byte2Event, takesADefaultRecord)
+TYPED_TEST(Byte2Event, acceptsADefaultRecord)
 {
     typename TypeParam::Record event;
     EXPECT_EQ(TestFixture::read(QByteArray(TypeParam::smallest, '\0'), event), TypeParam::smallest);
@@ -343,13 +343,13 @@ TEST(Byte2EventInfo, refusesAText1ThatLeavesNoRoomForText2)
     EventInfo expected = EventInfoCodec::filledFrom(59);
 
     EventInfo event;
-    QByteArray bytes = numbers + "0100 61 00"_hex; // 59 bytes: one of the length of text2 is missing
+    QByteArray bytes = numbers + "0100 61 00"_hex; // 59 bytes: half of the length of text2 is missing
     EXPECT_EQ(CByte2Rdb::byte2EventInfo(heapBytes(bytes).data(), 59, event), 0);
     expected.text1 = "a";
     EXPECT_EQ(show(event), show(expected));
 
     event = EventInfo();
-    bytes = numbers + "0200 6162"_hex; // 59 bytes: nothing behind text1
+    bytes = numbers + "0200 6162"_hex; // 59 bytes: nothing after text1
     EXPECT_EQ(CByte2Rdb::byte2EventInfo(heapBytes(bytes).data(), 59, event), 0);
     expected.text1 = "ab";
     EXPECT_EQ(show(event), show(expected));
@@ -396,7 +396,7 @@ TYPED_TEST(Events2Byte, appendsCountAndItems)
     EXPECT_EQ(hex(data), hex("aa55"_hex + "02000000"_hex + TypeParam::bytes + QByteArray(TypeParam::smallest, '\0')));
 }
 
-TYPED_TEST(Events2Byte, writesJustTheCountOfAnEmptyList)
+TYPED_TEST(Events2Byte, writesOnlyTheCountOfAnEmptyList)
 {
     QByteArray data = "aa55"_hex;
     TypeParam::writeList({}, data);
@@ -420,7 +420,7 @@ TYPED_TEST(Events2Byte, reservesRoomForTheItems)
     }
 }
 
-TYPED_TEST(Events2Byte, keepsARoomThatIsLargerAlready)
+TYPED_TEST(Events2Byte, keepsALargerReservation)
 {
     QByteArray data;
     data.reserve(50000);
@@ -428,7 +428,7 @@ TYPED_TEST(Events2Byte, keepsARoomThatIsLargerAlready)
     EXPECT_EQ(data.capacity(), 50000);
 }
 
-TEST(EventInfos2Byte, takesEventsLargerThanTheRoomReserved)
+TEST(EventInfos2Byte, writesEventsLargerThanTheReservation)
 {
     EventInfo event;
     event.text2 = std::string(5000, 'a');
@@ -463,7 +463,7 @@ TYPED_TEST(Byte2Events, fillsAnEmptyVector)
     EXPECT_EQ(showAll(list), showAll(TestFixture::twoEvents()));
 }
 
-TYPED_TEST(Byte2Events, ignoresTheBytesBehindTheLastItem)
+TYPED_TEST(Byte2Events, ignoresBytesAfterTheLastItem)
 {
     typename TestFixture::List list;
     EXPECT_EQ(TestFixture::read(TestFixture::twoItems() + "ffffff"_hex, list), 1);
@@ -480,7 +480,7 @@ TYPED_TEST(Byte2Events, reusesElementsAndDropsThoseBeyondTheCount)
     EXPECT_EQ(showAll(list), showAll(expected));
 }
 
-TYPED_TEST(Byte2Events, reusesElementsAndAddsThoseThatLack)
+TYPED_TEST(Byte2Events, reusesElementsAndAddsMissingOnes)
 {
     const QByteArray bytes = "03000000"_hex + TypeParam::bytes + TypeParam::bytes + TypeParam::bytes;
     auto list = TestFixture::usedEvents(1);
@@ -514,7 +514,7 @@ TYPED_TEST(Byte2Events, refusesABufferBelowTheCountAndLeavesTheVector)
     EXPECT_EQ(showAll(list), showAll(TestFixture::usedEvents(3)));
 }
 
-TYPED_TEST(Byte2Events, clearsTheVectorOnAnItemCutShort)
+TYPED_TEST(Byte2Events, clearsTheVectorOnATruncatedItem)
 {
     const QByteArray bytes = TestFixture::twoItems();
     for (int size = 4; size < bytes.size(); ++size) {
@@ -527,7 +527,7 @@ TYPED_TEST(Byte2Events, clearsTheVectorOnAnItemCutShort)
     }
 }
 
-TYPED_TEST(Byte2Events, clearsTheVectorOnFewerItemsThanCounted)
+TYPED_TEST(Byte2Events, clearsTheVectorIfItemsAreMissing)
 {
     QByteArray bytes = TestFixture::twoItems();
     bytes[0] = 3;
@@ -538,7 +538,7 @@ TYPED_TEST(Byte2Events, clearsTheVectorOnFewerItemsThanCounted)
     }
 }
 
-TYPED_TEST(Byte2Events, takesTheCountAsFourBytes)
+TYPED_TEST(Byte2Events, readsAFourByteCount)
 {
     const QByteArray bytes = "03020000"_hex + QByteArray(0x0203 * TypeParam::smallest, '\0');
     typename TestFixture::List list;
@@ -550,7 +550,7 @@ TYPED_TEST(Byte2Events, takesTheCountAsFourBytes)
     EXPECT_TRUE(list.empty());
 }
 
-TYPED_TEST(Byte2Events, passesTheFailureOnACountBeyondMemory)
+TYPED_TEST(Byte2Events, propagatesTheAllocationFailureOfAHugeCount)
 {
     for (const char* count : {"00000010", "ffffff7f", "00000080", "ffffffff"}) {
         SCOPED_TRACE(count);

@@ -1,6 +1,6 @@
-// Random records, lists, objects and waves, held against a second codec that works a byte and a step at a time. Bytes
-// are cut and flipped at random, targets are never fresh, and what counts is result, target and failure to allocate
-// alike. Every random sequence starts from a fixed seed.
+// Compares the codec with a second one that works byte by byte, on random records, lists, objects and waves. Bytes are
+// truncated and flipped at random, targets are never fresh, and result, target and allocation failures must agree.
+// Every random sequence starts from a fixed seed.
 
 #include "byte2Rdb.h"
 #include "support/chance.h"
@@ -67,7 +67,7 @@ public:
     Bytes bytes;
 };
 
-// The form that is read, where it is another one.
+// The form that is read, if it differs.
 class ReadableWriter : public ModelWriter {
 public:
     void writtenOnly(char&) {}
@@ -91,7 +91,7 @@ public:
     unsigned char byte()
     {
         if (left() < 1) {
-            ADD_FAILURE() << "the model reads outside";
+            ADD_FAILURE() << "the model reads past the buffer";
             over = true;
             return 0;
         }
@@ -186,7 +186,7 @@ private:
     Chance& chance;
 };
 
-// All that a record holds, as bytes.
+// All fields of a record, as bytes.
 class Snapshot : public ModelWriter {
 public:
     void off(char& field) { byte(field); }
@@ -543,7 +543,7 @@ template <typename Record>
 static std::string state(const std::vector<Record>& list)
 {
     std::string all = std::to_string(list.size()) + "\n";
-    // A list that was only grown is long; its head tells enough.
+    // A list that was only resized is long; comparing its beginning is enough.
     for (size_t i = 0; i < list.size() && i < 40; ++i)
         all += state(list[i]);
     return all;
@@ -555,7 +555,7 @@ struct Outcome {
     Target target;
 };
 
-// Runs a reader on a copy of `target`; a failure to allocate is a result of its own.
+// Runs a reader on a copy of `target`. An allocation failure has a result value of its own.
 template <typename Target, typename Reader>
 static Outcome<Target> outcome(const Target& target, Reader reader)
 {
@@ -564,7 +564,7 @@ static Outcome<Target> outcome(const Target& target, Reader reader)
     return seen;
 }
 
-// Both readers on these bytes, in a heap block of just their size.
+// Runs both readers on these bytes, in a heap block of exactly their size.
 template <typename Target, typename Reader, typename Model>
 static void expectSameReading(const Bytes& bytes, const Target& target, Reader reader, Model model)
 {
@@ -604,7 +604,7 @@ static std::vector<Record> randomList(Chance& chance, int longest)
     return list;
 }
 
-// Leaves bytes whole, or cuts, lengthens or flips some of them from `from` on.
+// Leaves the bytes as they are, or truncates, extends or flips some of them from `from` on.
 static Bytes spoiled(Chance& chance, Bytes bytes, size_t from)
 {
     if (chance.once(2))
@@ -619,7 +619,7 @@ static Bytes spoiled(Chance& chance, Bytes bytes, size_t from)
     return bytes;
 }
 
-// The same bytes cut at each length, so that every test of a size is met by one byte less and by just enough.
+// The same bytes truncated to each length, so that each size check sees one byte too few and exactly enough.
 template <typename Target, typename Reader, typename Model>
 static void expectSameReadingOfEveryCut(const Bytes& bytes, const Target& target, Reader reader, Model model)
 {
@@ -661,10 +661,10 @@ static void compareRecords(Writer writer, Reader reader, int tooShort)
 struct ListRules {
     int shortList; // result below `least` bytes
     int least;
-    uint32 itemSize;     // tested ahead of the items; 0: not at all
+    uint32 itemSize;     // checked before the items; 0: not checked
     bool stride;         // items of a fixed size, which cannot fail
-    bool append;         // else the list gets the size that is counted
-    bool signedCount;    // count and new size
+    bool append;         // else the list is resized to the count
+    bool signedCount;    // count and new size are signed
     bool clearOnFailure; // else the list keeps size and items
 };
 
@@ -744,7 +744,7 @@ static ListRules values(int least, uint32 itemSize, bool signedCount = false)
     return {-5, least, itemSize, true, true, signedCount, false};
 }
 
-TEST(RdbDefinitions, behaveAsTheirModelOnRandomRecordsAndBytes)
+TEST(RdbDefinitions, matchTheModelOnRandomRecordsAndBytes)
 {
     compareRecords<PointInfo>(CByte2Rdb::pointInfo2Byte, CByte2Rdb::byte2PointInfo, 0);
     compareRecords<FloatPoint>(CByte2Rdb::floatPoint2Byte, CByte2Rdb::byte2FloatPoint, 0);
@@ -753,7 +753,7 @@ TEST(RdbDefinitions, behaveAsTheirModelOnRandomRecordsAndBytes)
     compareRecords<BlobPoint>(CByte2Rdb::blobPoint2Byte, CByte2Rdb::byte2BlobPoint, 0);
 }
 
-TEST(RdbDefinitionLists, behaveAsTheirModelOnRandomListsAndBytes)
+TEST(RdbDefinitionLists, matchTheModelOnRandomListsAndBytes)
 {
     compareLists<PointInfo>(CByte2Rdb::pointInfos2Byte, CByte2Rdb::byte2PointInfos, definitions);
     compareLists<FloatPoint>(CByte2Rdb::floatPoints2Byte, CByte2Rdb::byte2FloatPoints, definitions);
@@ -762,7 +762,7 @@ TEST(RdbDefinitionLists, behaveAsTheirModelOnRandomListsAndBytes)
     compareLists<BlobPoint>(CByte2Rdb::blobPoints2Byte, CByte2Rdb::byte2BlobPoints, definitions);
 }
 
-TEST(RdbValues, behaveAsTheirModelOnRandomRecordsAndBytes)
+TEST(RdbValues, matchTheModelOnRandomRecordsAndBytes)
 {
     compareRecords<FloatRealData>(CByte2Rdb::floatRealData2Byte, CByte2Rdb::byte2FloatRealData, -5);
     compareRecords<FloatData>(CByte2Rdb::floatData2Byte, CByte2Rdb::byte2FloatData, -5);
@@ -775,7 +775,7 @@ TEST(RdbValues, behaveAsTheirModelOnRandomRecordsAndBytes)
     compareRecords<BlobRealData>(CByte2Rdb::blobRealData2Byte, CByte2Rdb::byte2BlobRealData, -5);
 }
 
-TEST(RdbValueLists, behaveAsTheirModelOnRandomListsAndBytes)
+TEST(RdbValueLists, matchTheModelOnRandomListsAndBytes)
 {
     compareLists<FloatRealData>(CByte2Rdb::floatRealDatas2Byte, CByte2Rdb::byte2FloatRealDatas, values(22, 18));
     compareLists<FloatData>(CByte2Rdb::floatDatas2Byte, CByte2Rdb::byte2FloatDatas, values(18, 14));
@@ -788,7 +788,7 @@ TEST(RdbValueLists, behaveAsTheirModelOnRandomListsAndBytes)
     compareLists<BlobRealData>(CByte2Rdb::blobRealDatas2Byte, CByte2Rdb::byte2BlobRealDatas, blobs);
 }
 
-TEST(RdbQueries, behaveAsTheirModelOnRandomRecordsAndBytes)
+TEST(RdbQueries, matchTheModelOnRandomRecordsAndBytes)
 {
     Chance chance(11);
     for (int round = 0; round < 600 && !HasFailure(); ++round) {
@@ -808,7 +808,7 @@ TEST(RdbQueries, behaveAsTheirModelOnRandomRecordsAndBytes)
                           CByte2Rdb::byte2OneSecQuery, [](const Bytes& in, OneSecQuery& out) {
                               if (in.size() < 22)
                                   return -2;
-                              // The last byte is out of reach, so that 22 bytes hold no text, not even an empty one.
+                              // The last byte is never read, so 22 bytes contain no text, not even an empty one.
                               Bytes reach(in.begin(), in.end() - 1);
                               ModelReader reader(reach, 0);
                               for (uint32* word : {&out.pointId, &out.word1, &out.word2, &out.word3, &out.word4})
@@ -819,13 +819,13 @@ TEST(RdbQueries, behaveAsTheirModelOnRandomRecordsAndBytes)
     }
 }
 
-TEST(RdbEvents, behaveAsTheirModelOnRandomRecordsAndBytes)
+TEST(RdbEvents, matchTheModelOnRandomRecordsAndBytes)
 {
     compareRecords<EventInfo>(CByte2Rdb::eventInfo2Byte, CByte2Rdb::byte2EventInfo, 0);
     compareRecords<EventState>(CByte2Rdb::eventState2Byte, CByte2Rdb::byte2EventState, 0);
 }
 
-TEST(RdbEventLists, behaveAsTheirModelOnRandomListsAndBytes)
+TEST(RdbEventLists, matchTheModelOnRandomListsAndBytes)
 {
     compareLists<EventInfo>(CByte2Rdb::eventInfos2Byte, CByte2Rdb::byte2EventInfos, events);
     compareLists<EventState>(CByte2Rdb::eventStates2Byte, CByte2Rdb::byte2EventStates, events);
@@ -833,7 +833,7 @@ TEST(RdbEventLists, behaveAsTheirModelOnRandomListsAndBytes)
 
 // --- Variants, properties, objects ----------------------------------------------
 
-// One codec for both forms, a position at a time.
+// One codec for both forms.
 class ObjectModel {
 public:
     explicit ObjectModel(bool blobForm) : blob(blobForm) {}
@@ -1099,14 +1099,14 @@ static void compareForm(bool blobForm, Writer writer, Reader reader)
     }
 }
 
-TEST(RdbObjects, behaveAsTheirModelInTheByteForm)
+TEST(RdbObjects, matchTheModelInTheByteForm)
 {
     compareForm<Variant>(false, CByte2Rdb::variant2Byte, CByte2Rdb::byte2Variant);
     compareForm<PropertyData>(false, CByte2Rdb::property2Byte, CByte2Rdb::byte2Property);
     compareForm<ObjectData>(false, CByte2Rdb::object2Byte, CByte2Rdb::byte2Object);
 }
 
-TEST(RdbObjects, behaveAsTheirModelInTheBlobForm)
+TEST(RdbObjects, matchTheModelInTheBlobForm)
 {
     compareForm<Variant>(true, CByte2Rdb::variant2Blob, CByte2Rdb::blob2Variant);
     compareForm<PropertyData>(true, CByte2Rdb::property2Blob, CByte2Rdb::blob2Property);
@@ -1130,7 +1130,7 @@ static int readBlobList(const Bytes& bytes, std::vector<BlobData>& list)
     return in.used();
 }
 
-TEST(Blob2List, behavesAsItsModelOnRandomBytes)
+TEST(Blob2List, matchesTheModelOnRandomBytes)
 {
     Chance chance(4);
     for (int round = 0; round < 3000 && !HasFailure(); ++round) {
@@ -1149,7 +1149,7 @@ TEST(Blob2List, behavesAsItsModelOnRandomBytes)
 
 // --- Waves ----------------------------------------------------------------------
 
-// Largest block that is handed to zlib, and largest that comes back.
+// Largest block passed to zlib, and largest result accepted.
 static const uLongf blockLimit = 5000000;
 
 static void put(Bytes& out, uint32 value, int width)
@@ -1281,7 +1281,7 @@ static BlobWaveHead anyHead(Chance& chance)
     return head;
 }
 
-TEST(RdbWaves, behaveAsTheirModelOnRandomWavesAndBytes)
+TEST(RdbWaves, matchTheModelOnRandomWavesAndBytes)
 {
     Chance chance(9);
     Bytes packedBuffer(blockLimit);
@@ -1314,7 +1314,7 @@ TEST(RdbWaves, behaveAsTheirModelOnRandomWavesAndBytes)
         EXPECT_EQ(spaced(headImage(seenHead)), spaced(headImage(modelHead)));
         EXPECT_EQ(spaced(seen), spaced(expected));
 
-        // The flags, the low bytes of the number of marks and what stands behind the head may be wrong.
+        // The flags, the low bytes of the mark count and the bytes after the head may be wrong.
         Bytes bytes = chance.once(3) ? expected : spoiled(chance, expected, 96);
         if (bytes.size() >= 96 && chance.once(4))
             bytes[1] = static_cast<unsigned char>(bytes[1] ^ chance.below(4));

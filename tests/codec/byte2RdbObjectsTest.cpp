@@ -16,23 +16,24 @@ using gqdb::Variant;
 
 // --- Declared fields ------------------------------------------------------------
 
-static_assert(rising({offsetof(Variant, kind), offsetof(Variant, intValue), offsetof(Variant, floatValue),
-                      offsetof(Variant, doubleValue), offsetof(Variant, textValue)}));
+static_assert(ascending({offsetof(Variant, kind), offsetof(Variant, intValue), offsetof(Variant, floatValue),
+                         offsetof(Variant, doubleValue), offsetof(Variant, textValue)}));
 static_assert(allAre<unsigned char Variant::*>(&Variant::kind));
 static_assert(allAre<int Variant::*>(&Variant::intValue));
 static_assert(allAre<float Variant::*>(&Variant::floatValue));
 static_assert(allAre<double Variant::*>(&Variant::doubleValue));
 static_assert(allAre<std::string Variant::*>(&Variant::textValue));
 
-static_assert(rising({offsetof(PropertyData, word1), offsetof(PropertyData, word2), offsetof(PropertyData, formatText),
-                      offsetof(PropertyData, valueText), offsetof(PropertyData, value)}));
+static_assert(ascending({offsetof(PropertyData, word1), offsetof(PropertyData, word2),
+                         offsetof(PropertyData, formatText), offsetof(PropertyData, valueText),
+                         offsetof(PropertyData, value)}));
 static_assert(allAre<int PropertyData::*>(&PropertyData::word1, &PropertyData::word2));
 static_assert(allAre<std::string PropertyData::*>(&PropertyData::formatText, &PropertyData::valueText));
 static_assert(allAre<Variant PropertyData::*>(&PropertyData::value));
 
-static_assert(rising({offsetof(ObjectData, word1), offsetof(ObjectData, word2), offsetof(ObjectData, word3),
-                      offsetof(ObjectData, word4), offsetof(ObjectData, text1), offsetof(ObjectData, text2),
-                      offsetof(ObjectData, text3), offsetof(ObjectData, properties)}));
+static_assert(ascending({offsetof(ObjectData, word1), offsetof(ObjectData, word2), offsetof(ObjectData, word3),
+                         offsetof(ObjectData, word4), offsetof(ObjectData, text1), offsetof(ObjectData, text2),
+                         offsetof(ObjectData, text3), offsetof(ObjectData, properties)}));
 static_assert(allAre<int ObjectData::*>(&ObjectData::word1, &ObjectData::word2, &ObjectData::word3,
                                         &ObjectData::word4));
 static_assert(allAre<std::string ObjectData::*>(&ObjectData::text1, &ObjectData::text2, &ObjectData::text3));
@@ -82,7 +83,7 @@ static std::string show(const ObjectData& object)
 
 // --- Helpers --------------------------------------------------------------------
 
-// The result of `reader` on just these bytes.
+// The result of `reader` on exactly these bytes.
 template <typename Record>
 static int read(int (*reader)(const char*, int, Record&), const QByteArray& bytes, Record& record)
 {
@@ -97,7 +98,7 @@ static QByteArray written(void (*writer)(const Record&, QByteArray&), const Reco
     return data;
 }
 
-// An encoded string, filled up with zero bytes to the 258 of a slot; a longer one stays as it is.
+// An encoded string, padded with zero bytes to the 258 of a slot. A longer one is not padded.
 static QByteArray slot(const QByteArray& string)
 {
     return string.leftJustified(258, '\0');
@@ -146,14 +147,14 @@ TEST(ObjectData, startsAtZeroAndEmpty)
 
 // --- Slots ----------------------------------------------------------------------
 
-TEST(Str2Blob, fillsTheSlotWithZeroBytes)
+TEST(Str2Blob, padsTheSlotWithZeroBytes)
 {
     QByteArray data = "aa55"_hex;
     CByte2Rdb::str2Blob("abc", data);
     EXPECT_EQ(hex(data), hex("aa55"_hex + "0300616263"_hex + QByteArray(253, '\0')));
 }
 
-TEST(Str2Blob, makes258BytesUpToTextsOf256)
+TEST(Str2Blob, writes258BytesForTextsUpTo256)
 {
     for (int length = 0; length <= 256; ++length) {
         SCOPED_TRACE(length);
@@ -163,7 +164,7 @@ TEST(Str2Blob, makes258BytesUpToTextsOf256)
     }
 }
 
-TEST(Str2Blob, writesALongerTextWholeAndWithoutFill)
+TEST(Str2Blob, writesALongerTextWholeWithoutPadding)
 {
     for (int length : {257, 258, 1000, 65535}) {
         SCOPED_TRACE(length);
@@ -173,7 +174,7 @@ TEST(Str2Blob, writesALongerTextWholeAndWithoutFill)
     }
 }
 
-TEST(Str2Blob, cutsALengthAbove16Bits)
+TEST(Str2Blob, truncatesTheLengthTo16Bits)
 {
     QByteArray data;
     CByte2Rdb::str2Blob(std::string(65537, 'a'), data);
@@ -206,7 +207,7 @@ static Variant fullVariant(int kind)
     return value;
 }
 
-// Behind two bytes that stand in the array before.
+// What `writer` appends to an array that already contains two bytes.
 static std::string appended(void (*writer)(const Variant&, QByteArray&), int kind)
 {
     QByteArray data = "aa55"_hex;
@@ -232,7 +233,7 @@ TEST(Variant2Blob, appendsTheKindAndItsValue)
     EXPECT_EQ(appended(CByte2Rdb::variant2Blob, 11), "aa 55 0b 81 82 83 f4");
 }
 
-TEST(Variant2Byte, appendsEveryOtherKindAlone)
+TEST(Variant2Byte, appendsOnlyTheKindForAllOtherKinds)
 {
     for (int kind = 0; kind < 256; ++kind) {
         if (!hasValue(kind)) {
@@ -241,7 +242,7 @@ TEST(Variant2Byte, appendsEveryOtherKindAlone)
     }
 }
 
-TEST(Variant2Blob, appendsEveryOtherKindAlone)
+TEST(Variant2Blob, appendsOnlyTheKindForAllOtherKinds)
 {
     for (int kind = 0; kind < 256; ++kind) {
         if (!hasValue(kind)) {
@@ -258,22 +259,22 @@ static Variant textVariant(size_t length)
     return value;
 }
 
-TEST(Variant2Byte, writesAnEmptyTextAsItsLength)
+TEST(Variant2Byte, writesOnlyTheLengthOfAnEmptyText)
 {
     EXPECT_EQ(hex(written(CByte2Rdb::variant2Byte, textVariant(0))), "0a 00 00");
 }
 
-TEST(Variant2Blob, writesAnEmptyTextAsAWholeSlot)
+TEST(Variant2Blob, writesAWholeSlotForAnEmptyText)
 {
     EXPECT_EQ(hex(written(CByte2Rdb::variant2Blob, textVariant(0))), hex("0a"_hex + QByteArray(258, '\0')));
 }
 
-TEST(Variant2Byte, cutsALengthAbove16Bits)
+TEST(Variant2Byte, truncatesTheLengthTo16Bits)
 {
     EXPECT_TRUE(written(CByte2Rdb::variant2Byte, textVariant(65537)) == "0a 0100"_hex + QByteArray(65537, 'a'));
 }
 
-TEST(Variant2Blob, overrunsTheSlotFromTextsOf257On)
+TEST(Variant2Blob, overrunsTheSlotFrom257BytesOn)
 {
     EXPECT_EQ(hex(written(CByte2Rdb::variant2Blob, textVariant(256))), hex("0a"_hex + longString(256)));
     EXPECT_EQ(hex(written(CByte2Rdb::variant2Blob, textVariant(257))), hex("0a"_hex + longString(257)));
@@ -283,7 +284,7 @@ TEST(Variant2Blob, overrunsTheSlotFromTextsOf257On)
 
 using VariantReader = int (*)(const char*, int, Variant&);
 
-// The numbers are alike in both forms.
+// Numbers have the same bytes in both forms.
 static void expectNumbersRead(VariantReader reader)
 {
     Variant expected;
@@ -341,7 +342,7 @@ TEST(Blob2Variant, readsFloatsBitForBit)
     expectFloatsReadBitForBit(CByte2Rdb::blob2Variant);
 }
 
-// The other fields of a used record stay.
+// The other fields of a used record are unchanged.
 static void expectOneValueReplaced(VariantReader reader)
 {
     Variant value = fullVariant(200);
@@ -369,17 +370,17 @@ static void expectOneValueReplaced(VariantReader reader)
     EXPECT_EQ(show(value), show(expected));
 }
 
-TEST(Byte2Variant, replacesTheOneValueOfTheKind)
+TEST(Byte2Variant, setsOnlyTheValueOfItsKind)
 {
     expectOneValueReplaced(CByte2Rdb::byte2Variant);
 }
 
-TEST(Blob2Variant, replacesTheOneValueOfTheKind)
+TEST(Blob2Variant, setsOnlyTheValueOfItsKind)
 {
     expectOneValueReplaced(CByte2Rdb::blob2Variant);
 }
 
-// A kind in a buffer of its own, and with bytes behind it.
+// Reads a kind alone, and with bytes after it.
 static void expectOtherKindsToTakeOneByte(VariantReader reader)
 {
     for (int kind = 0; kind < 256; ++kind) {
@@ -394,17 +395,17 @@ static void expectOtherKindsToTakeOneByte(VariantReader reader)
     }
 }
 
-TEST(Byte2Variant, takesEveryOtherKindAsOneByte)
+TEST(Byte2Variant, readsAllOtherKindsAsOneByte)
 {
     expectOtherKindsToTakeOneByte(CByte2Rdb::byte2Variant);
 }
 
-TEST(Blob2Variant, takesEveryOtherKindAsOneByte)
+TEST(Blob2Variant, readsAllOtherKindsAsOneByte)
 {
     expectOtherKindsToTakeOneByte(CByte2Rdb::blob2Variant);
 }
 
-// -2 without a byte, with nothing changed; -1 short of `whole`, with the kind stored alone.
+// Expects -2 and no change without any byte, and -1 with only the kind stored below the size of `whole`.
 static void expectEveryShorterBufferRefused(VariantReader reader, const QByteArray& whole)
 {
     SCOPED_TRACE(int(whole[0]));
@@ -425,7 +426,7 @@ static void expectEveryShorterBufferRefused(VariantReader reader, const QByteArr
     EXPECT_EQ(read(reader, whole + "ffffffffff"_hex, value), whole.size());
 }
 
-TEST(Byte2Variant, refusesEveryShorterBufferWithTheKindStored)
+TEST(Byte2Variant, refusesEveryShorterBufferAfterStoringTheKind)
 {
     for (const QByteArray& whole :
          {"00 01020304"_hex, "05 0000c03f"_hex, "06 00000000000002c0"_hex, "0b 01020304"_hex, "0a 0000"_hex,
@@ -433,7 +434,7 @@ TEST(Byte2Variant, refusesEveryShorterBufferWithTheKindStored)
         expectEveryShorterBufferRefused(CByte2Rdb::byte2Variant, whole);
 }
 
-TEST(Blob2Variant, refusesEveryShorterBufferWithTheKindStored)
+TEST(Blob2Variant, refusesEveryShorterBufferAfterStoringTheKind)
 {
     for (const QByteArray& whole : {"00 01020304"_hex, "05 0000c03f"_hex, "06 00000000000002c0"_hex, "0b 01020304"_hex,
                                     "0a"_hex + slot("0000"_hex), "0a"_hex + slot("0300616263"_hex)})
@@ -451,7 +452,7 @@ TEST(Byte2Variant, refusesATextThatRunsPastTheBuffer)
     }
 }
 
-// What the readers of the byte form make of the bytes of a text: they take its first two for a length.
+// Texts as the byte form reads them: it takes the first two bytes of a text as a length.
 struct MisplacedText {
     QByteArray wire;
     std::string text;
@@ -460,28 +461,28 @@ struct MisplacedText {
 static const std::vector<MisplacedText> misplacedTexts = {
     {""_hex, ""},
     {"61"_hex, ""},
-    {"616263"_hex, ""},                                         // ordinary text: 0x6261 bytes are not there
+    {"616263"_hex, ""},                                         // ordinary text: length 0x6261 does not fit
     {"00"_hex, ""},                                             // half a length
     {"0000"_hex, ""},                                           // a length of 0
-    {"0000616263"_hex, ""},                                     // the same with bytes left over
-    {"0300616263"_hex, "abc"},                                  // a length that fits just
-    {"0400616263"_hex, ""},                                     // one more
-    {"02006162636465"_hex, "ab"},                               // one that leaves bytes over
-    {"0300610062"_hex, std::string("a\0b", 3)},                 // zero bytes stay
-    {"0001"_hex + QByteArray(256, 'a'), std::string(256, 'a')}, // both bytes count
+    {"0000616263"_hex, ""},                                     // the same with bytes left
+    {"0300616263"_hex, "abc"},                                  // a length that fits exactly
+    {"0400616263"_hex, ""},                                     // one more than fits
+    {"02006162636465"_hex, "ab"},                               // one that leaves bytes
+    {"0300610062"_hex, std::string("a\0b", 3)},                 // zero bytes are kept
+    {"0001"_hex + QByteArray(256, 'a'), std::string(256, 'a')}, // both bytes are used
     {"0101"_hex + QByteArray(256, 'a'), ""},
-    {"00ff"_hex + QByteArray(32, 'a'), ""}, // no sign
+    {"00ff"_hex + QByteArray(32, 'a'), ""}, // unsigned
 };
 
-TEST(Byte2Variant, takesTheFirstTwoBytesOfATextForItsLength)
+TEST(Byte2Variant, takesTheFirstTwoBytesOfATextAsItsLength)
 {
     for (const MisplacedText& row : misplacedTexts) {
         SCOPED_TRACE(hex(row.wire));
-        // With bytes behind, which never join the text, and without.
-        for (const QByteArray& behind : {""_hex, "7a7a7a7a7a7a"_hex}) {
+        // With and without bytes after the text, which never become part of it.
+        for (const QByteArray& following : {""_hex, "7a7a7a7a7a7a"_hex}) {
             Variant value;
             value.textValue = "old";
-            EXPECT_EQ(read(CByte2Rdb::byte2Variant, "0a"_hex + stringOf(row.wire) + behind, value),
+            EXPECT_EQ(read(CByte2Rdb::byte2Variant, "0a"_hex + stringOf(row.wire) + following, value),
                       3 + row.wire.size());
             EXPECT_EQ(value.kind, 10);
             EXPECT_EQ(value.textValue, "old" + row.text);
@@ -489,7 +490,7 @@ TEST(Byte2Variant, takesTheFirstTwoBytesOfATextForItsLength)
     }
 }
 
-TEST(Byte2Variant, takesALengthOfTwoBytesLessThanALongText)
+TEST(Byte2Variant, acceptsAnInnerLengthUpToTheTextSizeLessTwo)
 {
     Variant value;
     EXPECT_EQ(read(CByte2Rdb::byte2Variant, "0a ffff fdff"_hex + QByteArray(65533, 'a'), value), 65538);
@@ -519,14 +520,14 @@ TEST(Blob2Variant, appendsToAUsedText)
     EXPECT_EQ(show(value), show(expected));
 }
 
-TEST(Blob2Variant, doesNotReadTheFillOfTheSlot)
+TEST(Blob2Variant, ignoresThePaddingOfTheSlot)
 {
     Variant value;
     EXPECT_EQ(read(CByte2Rdb::blob2Variant, "0a 0200 6162"_hex + QByteArray(254, char(0xff)), value), 259);
     EXPECT_EQ(value.textValue, "ab");
 }
 
-TEST(Blob2Variant, takesTextsOf256BytesAndNoLonger)
+TEST(Blob2Variant, acceptsTextsOf256BytesButNoLonger)
 {
     for (int length = 0; length <= 256; ++length) {
         SCOPED_TRACE(length);
@@ -536,7 +537,7 @@ TEST(Blob2Variant, takesTextsOf256BytesAndNoLonger)
     }
 }
 
-TEST(Blob2Variant, refusesALongerTextOnceItIsRead)
+TEST(Blob2Variant, refusesALongerTextAfterReadingIt)
 {
     for (int length : {257, 258, 600, 65535}) {
         SCOPED_TRACE(length);
@@ -623,7 +624,7 @@ static const QByteArray objectBytes = objectHeadBytes + "0200"_hex // 35 number 
                                       + firstPropertyBytes         // 37
                                       + secondPropertyBytes;       // 66; 85 bytes in all
 
-// The texts that the readers of the byte form give back hold a string: its length first.
+// Texts that the byte form can read contain a string with its own length.
 static const QByteArray firstReadableBytes = "31323334"                //  0 word1
                                              "a1a2a3f4"                //  4 word2
                                              "0500 0300666d74"         //  8 formatText, gives "fmt"
@@ -636,14 +637,14 @@ static const QByteArray secondReadableBytes = "41424344"                //  0 wo
                                               "0300 010078"             // 10 valueText, gives "x"
                                               "0a 0500 0300616263"_hex; // 15 value: kind 10, "abc"; 23 bytes in all
 
-static const QByteArray readableHeadBytes = "ff"                       //  0 not looked at
+static const QByteArray readableHeadBytes = "ff"                       //  0 ignored
                                             "01020304"                 //  1 word1
                                             "11121314"                 //  5 word2
                                             "21222324"                 //  9 word3
                                             "818283f4"                 // 13 word4
                                             "0500 03006f6e65"          // 17 text1, gives "one"
                                             "0600 040074776f21"        // 24 text2, gives "two!"
-                                            "0700 05007468726565"_hex; // 32 text3, gives "three"
+                                            "0700 05007468726565"_hex; // 32 text3, read as "three"
 
 static const QByteArray readableObjectBytes = readableHeadBytes + "0200"_hex // 41 number of properties
                                               + firstReadableBytes           // 43
@@ -701,7 +702,7 @@ TEST(Property2Blob, appendsTheFieldsWithTextsInSlots)
     EXPECT_EQ(hex(data), hex("aa55"_hex + firstPropertyBlob + secondPropertyBlob));
 }
 
-TEST(Property2Blob, movesWhatFollowsATextAbove256Bytes)
+TEST(Property2Blob, shiftsTheFieldsAfterATextAbove256Bytes)
 {
     PropertyData property = firstProperty();
     property.formatText = std::string(257, 'a');
@@ -739,7 +740,7 @@ TEST(Object2Blob, writes793ZeroBytesForADefaultRecord)
     EXPECT_EQ(hex(written(CByte2Rdb::object2Blob, ObjectData())), hex(QByteArray(793, '\0')));
 }
 
-TEST(Object2Blob, movesWhatFollowsATextAbove256Bytes)
+TEST(Object2Blob, shiftsTheFieldsAfterATextAbove256Bytes)
 {
     ObjectData object = fullObject();
     object.text1 = std::string(257, 'a');
@@ -769,7 +770,7 @@ TEST(Object2Byte, countsPropertiesInTwoBytes)
                 QByteArray(23, '\0') + "0302"_hex + property.repeated(0x0203));
 }
 
-TEST(Object2Byte, cutsACountAbove16BitsAndWritesAllProperties)
+TEST(Object2Byte, truncatesTheCountTo16BitsAndWritesAllProperties)
 {
     const QByteArray property = QByteArray(12, '\0') + "01"_hex;
     EXPECT_TRUE(written(CByte2Rdb::object2Byte, objectOf(65535)) ==
@@ -780,10 +781,10 @@ TEST(Object2Byte, cutsACountAbove16BitsAndWritesAllProperties)
                 QByteArray(23, '\0') + "0100"_hex + property.repeated(65537));
 }
 
-TEST(Object2Blob, cutsACountAbove16BitsAndWritesAllProperties)
+TEST(Object2Blob, truncatesTheCountTo16BitsAndWritesAllProperties)
 {
     const QByteArray data = written(CByte2Rdb::object2Blob, objectOf(65537));
-    ASSERT_EQ(data.size(), 793 + 65537 * 525); // 34 MB: the ends stand for the rest
+    ASSERT_EQ(data.size(), 793 + 65537 * 525); // 34 MB: only both ends are compared
     EXPECT_EQ(hex(data.left(793)), hex(QByteArray(791, '\0') + "0100"_hex));
     EXPECT_EQ(hex(data.mid(793, 525)), hex(QByteArray(524, '\0') + "01"_hex));
     EXPECT_EQ(hex(data.right(525)), hex(QByteArray(524, '\0') + "01"_hex));
@@ -811,7 +812,7 @@ TEST(Blob2Property, readsTheFields)
     EXPECT_EQ(show(property), show(secondProperty()));
 }
 
-TEST(Byte2Property, doesNotReadOrdinaryTextBack)
+TEST(Byte2Property, cannotReadOrdinaryTextBack)
 {
     PropertyData property;
     EXPECT_EQ(read(CByte2Rdb::byte2Property, firstPropertyBytes, property), 29);
@@ -821,7 +822,7 @@ TEST(Byte2Property, doesNotReadOrdinaryTextBack)
     EXPECT_EQ(show(property), show(withoutTexts(secondProperty())));
 }
 
-TEST(Byte2Property, takesTheFirstTwoBytesOfATextForItsLength)
+TEST(Byte2Property, takesTheFirstTwoBytesOfATextAsItsLength)
 {
     for (const MisplacedText& row : misplacedTexts) {
         SCOPED_TRACE(hex(row.wire));
@@ -843,35 +844,35 @@ TEST(Byte2Property, takesTheFirstTwoBytesOfATextForItsLength)
     }
 }
 
-TEST(Byte2Property, takes13Bytes)
+TEST(Byte2Property, acceptsARecordOf13Bytes)
 {
     PropertyData property;
     EXPECT_EQ(read(CByte2Rdb::byte2Property, QByteArray(12, '\0') + "01"_hex, property), 13);
     EXPECT_EQ(property.value.kind, 1);
 }
 
-TEST(Blob2Property, takes525Bytes)
+TEST(Blob2Property, acceptsARecordOf525Bytes)
 {
     PropertyData property;
     EXPECT_EQ(read(CByte2Rdb::blob2Property, QByteArray(524, '\0') + "01"_hex, property), 525);
     EXPECT_EQ(property.value.kind, 1);
 }
 
-TEST(Byte2Property, ignoresTheBytesBehindTheRecord)
+TEST(Byte2Property, ignoresBytesAfterTheRecord)
 {
     PropertyData property;
     EXPECT_EQ(read(CByte2Rdb::byte2Property, firstReadableBytes + "ffffff"_hex, property), 33);
     EXPECT_EQ(show(property), show(firstProperty()));
 }
 
-TEST(Blob2Property, ignoresTheBytesBehindTheRecord)
+TEST(Blob2Property, ignoresBytesAfterTheRecord)
 {
     PropertyData property;
     EXPECT_EQ(read(CByte2Rdb::blob2Property, firstPropertyBlob + "ffffff"_hex, property), 533);
     EXPECT_EQ(show(property), show(firstProperty()));
 }
 
-// Texts join those that stand there, numbers are replaced.
+// Texts are appended to the existing ones, numbers are replaced.
 static PropertyData readTwice(PropertyData property)
 {
     property.formatText += property.formatText;
@@ -929,7 +930,7 @@ TEST(Byte2Property, refusesEveryShorterBufferAndKeepsWhatItRead)
     EXPECT_EQ(show(property), show(PropertyData()));
 }
 
-// A property cut short anywhere in its value.
+// A property truncated anywhere in its value.
 static void expectEveryShorterBlobRefused(const QByteArray& blob, PropertyData expected)
 {
     for (int size = 0; size < blob.size(); ++size) {
@@ -953,7 +954,7 @@ TEST(Blob2Property, refusesEveryShorterBufferAndKeepsWhatItRead)
 
 TEST(Byte2Property, refusesATextThatRunsPastTheBuffer)
 {
-    for (int length : {21, 0x8000, 0xffff}) { // 33 bytes hold a formatText of 20
+    for (int length : {21, 0x8000, 0xffff}) { // 33 bytes have room for a formatText of 20
         SCOPED_TRACE(length);
         PropertyData property;
         EXPECT_EQ(read(CByte2Rdb::byte2Property, withLength(firstReadableBytes, 8, length), property), -3);
@@ -962,7 +963,7 @@ TEST(Byte2Property, refusesATextThatRunsPastTheBuffer)
         expected.word2 = int(0xf4a3a2a1);
         EXPECT_EQ(show(property), show(expected));
     }
-    for (int length : {16, 0x8000, 0xffff}) { // and behind the one of 5 a valueText of 15
+    for (int length : {16, 0x8000, 0xffff}) { // and, after one of 5, for a valueText of 15
         SCOPED_TRACE(length);
         PropertyData property;
         EXPECT_EQ(read(CByte2Rdb::byte2Property, withLength(firstReadableBytes, 15, length), property), -3);
@@ -974,7 +975,7 @@ TEST(Byte2Property, refusesATextThatRunsPastTheBuffer)
     }
 }
 
-TEST(Byte2Property, takesAValueTextUpToTheKind)
+TEST(Byte2Property, acceptsAValueTextThatEndsBeforeTheKind)
 {
     PropertyData property;
     EXPECT_EQ(read(CByte2Rdb::byte2Property, withLength(firstReadableBytes, 15, 15).left(32) + "01"_hex, property), 33);
@@ -982,7 +983,7 @@ TEST(Byte2Property, takesAValueTextUpToTheKind)
     EXPECT_EQ(property.value.kind, 1);
 }
 
-TEST(Blob2Property, takesTextsOf256Bytes)
+TEST(Blob2Property, acceptsTextsOf256Bytes)
 {
     for (int length : {0, 1, 255, 256}) {
         SCOPED_TRACE(length);
@@ -1007,7 +1008,7 @@ TEST(Blob2Property, refusesALongerFormatText)
     PropertyData expected;
     expected.word1 = 0x34333231;
     expected.word2 = int(0xf4a3a2a1);
-    for (int length : {257, 258, 522, 523, 524, 0x8000, 0xffff}) { // up to 523 bytes are there, and read
+    for (int length : {257, 258, 522, 523, 524, 0x8000, 0xffff}) { // up to 523 bytes are available and read
         SCOPED_TRACE(length);
         const QByteArray blob = withLength(firstPropertyBlob, 8, length);
         PropertyData property;
@@ -1021,7 +1022,7 @@ TEST(Blob2Property, refusesALongerValueText)
 {
     PropertyData expected = firstProperty();
     expected.value = Variant();
-    for (int length : {257, 264, 265, 266, 0x8000, 0xffff}) { // up to 265 bytes are there, and read
+    for (int length : {257, 264, 265, 266, 0x8000, 0xffff}) { // up to 265 bytes are available and read
         SCOPED_TRACE(length);
         const QByteArray blob = withLength(firstPropertyBlob, 266, length);
         PropertyData property;
@@ -1051,7 +1052,7 @@ TEST(Blob2Property, refusesAWrittenTextThatOverranItsSlot)
 
 // --- Reading objects ------------------------------------------------------------
 
-// As blob2Object gives it back: every valueText made from its value.
+// As blob2Object() returns it: every valueText is made from its value.
 static ObjectData renderedObject()
 {
     ObjectData object = fullObject();
@@ -1074,7 +1075,7 @@ TEST(Blob2Object, readsTheFieldsAndReturnsTwoLessThanTheBytesConsumed)
     EXPECT_EQ(show(object), show(renderedObject()));
 }
 
-TEST(Byte2Object, doesNotReadOrdinaryTextBack)
+TEST(Byte2Object, cannotReadOrdinaryTextBack)
 {
     ObjectData object;
     EXPECT_EQ(read(CByte2Rdb::byte2Object, objectBytes, object), 85);
@@ -1084,7 +1085,7 @@ TEST(Byte2Object, doesNotReadOrdinaryTextBack)
     EXPECT_EQ(show(object), show(expected));
 }
 
-TEST(Byte2Object, takesTheFirstTwoBytesOfATextForItsLength)
+TEST(Byte2Object, takesTheFirstTwoBytesOfATextAsItsLength)
 {
     std::string ObjectData::*const texts[] = {&ObjectData::text1, &ObjectData::text2, &ObjectData::text3};
     for (int i = 0; i < 3; ++i) {
@@ -1101,7 +1102,7 @@ TEST(Byte2Object, takesTheFirstTwoBytesOfATextForItsLength)
     }
 }
 
-TEST(Byte2Object, returnsThePositionBehindACountOfZero)
+TEST(Byte2Object, returnsThePositionAfterACountOfZero)
 {
     ObjectData object;
     EXPECT_EQ(read(CByte2Rdb::byte2Object, QByteArray(25, '\0'), object), 25);
@@ -1121,21 +1122,21 @@ TEST(Blob2Object, returnsThePositionOfACountOfZero)
     EXPECT_EQ(show(object), show(objectWithoutProperties()));
 }
 
-TEST(Byte2Object, ignoresTheBytesBehindTheRecord)
+TEST(Byte2Object, ignoresBytesAfterTheRecord)
 {
     ObjectData object;
     EXPECT_EQ(read(CByte2Rdb::byte2Object, readableObjectBytes + "ffffff"_hex, object), 99);
     EXPECT_EQ(show(object), show(fullObject()));
 }
 
-TEST(Blob2Object, ignoresTheFirstByteAndTheBytesBehindTheRecord)
+TEST(Blob2Object, ignoresTheFirstByteAndBytesAfterTheRecord)
 {
     ObjectData object;
     EXPECT_EQ(read(CByte2Rdb::blob2Object, "ff"_hex + objectBlob.mid(1) + "ffffff"_hex, object), 2107);
     EXPECT_EQ(show(object), show(renderedObject()));
 }
 
-// A second reading into the same record.
+// Reads into the same record a second time.
 static ObjectData readTwice(ObjectData object)
 {
     object.text1 += object.text1;
@@ -1217,7 +1218,7 @@ TEST(Byte2Object, refusesATextThatRunsPastTheBuffer)
     ObjectData expected = objectWithoutProperties();
     expected.text1 = expected.text2 = expected.text3 = "";
     ObjectData object;
-    // 99 bytes hold a text1 of 74; behind the one of 5 a text2 of 69, behind the one of 6 a text3 of 63.
+    // 99 bytes have room for a text1 of 74; after one of 5, for a text2 of 69; after one of 6, for a text3 of 63.
     for (int length : {75, 0x8000, 0xffff}) {
         EXPECT_EQ(read(CByte2Rdb::byte2Object, withLength(readableObjectBytes, 17, length), object), -3);
         EXPECT_EQ(show(object), show(expected));
@@ -1236,7 +1237,7 @@ TEST(Byte2Object, refusesATextThatRunsPastTheBuffer)
     }
 }
 
-TEST(Byte2Object, takesATextThatEndsAheadOfTheCount)
+TEST(Byte2Object, acceptsATextThatEndsBeforeTheCount)
 {
     ObjectData object;
     const QByteArray bytes = withLength(readableObjectBytes, 32, 63).left(97) + "0000"_hex;
@@ -1244,7 +1245,7 @@ TEST(Byte2Object, takesATextThatEndsAheadOfTheCount)
     EXPECT_EQ(show(object), show(objectWithoutProperties()));
 }
 
-TEST(Blob2Object, takesTextsOf256BytesAndRefusesLongerOnes)
+TEST(Blob2Object, acceptsTextsOf256BytesAndRefusesLongerOnes)
 {
     struct Slot {
         int at;
@@ -1266,7 +1267,7 @@ TEST(Blob2Object, takesTextsOf256BytesAndRefusesLongerOnes)
             EXPECT_EQ(show(object), show(expected));
         }
 
-        const int rest = whole.size() - slot.at - 2; // what is there joins the text ahead of the refusal
+        const int rest = whole.size() - slot.at - 2; // the available bytes are appended before the refusal
         for (int length : {257, rest, rest + 1, 0x8000, 0xffff}) {
             SCOPED_TRACE(testing::Message() << "slot at " << slot.at << ", length " << length);
             const QByteArray blob = withLength(whole, slot.at, length);
@@ -1296,7 +1297,7 @@ TEST(Blob2Object, refusesWrittenTextsThatOverranTheirSlots)
     EXPECT_EQ(show(object), show(expected));
 }
 
-TEST(Byte2Object, keepsThePropertiesAheadOfAFailedOne)
+TEST(Byte2Object, keepsThePropertiesBeforeAFailedOne)
 {
     const QByteArray cases[] = {
         "000000000000"_hex,                       // fewer than 13 bytes
@@ -1313,7 +1314,7 @@ TEST(Byte2Object, keepsThePropertiesAheadOfAFailedOne)
     }
 }
 
-TEST(Blob2Object, keepsThePropertiesAheadOfAFailedOne)
+TEST(Blob2Object, keepsThePropertiesBeforeAFailedOne)
 {
     const QByteArray cases[] = {
         QByteArray(524, '\0'),                                           // fewer than 525 bytes
@@ -1331,7 +1332,7 @@ TEST(Blob2Object, keepsThePropertiesAheadOfAFailedOne)
     }
 }
 
-TEST(Byte2Object, countsPropertiesWithoutSign)
+TEST(Byte2Object, readsAnUnsignedPropertyCount)
 {
     const QByteArray property = QByteArray(12, '\0') + "01"_hex;
     ObjectData object;
@@ -1344,7 +1345,7 @@ TEST(Byte2Object, countsPropertiesWithoutSign)
     EXPECT_EQ(object.properties.size(), 1u);
 }
 
-TEST(Blob2Object, countsPropertiesWithoutSign)
+TEST(Blob2Object, readsAnUnsignedPropertyCount)
 {
     for (const char* count : {"0080", "ffff"}) {
         ObjectData object;
@@ -1355,7 +1356,7 @@ TEST(Blob2Object, countsPropertiesWithoutSign)
     }
 }
 
-TEST(Byte2Object, readsAsManyPropertiesAsTheCutCountTells)
+TEST(Byte2Object, readsAsManyPropertiesAsTheTruncatedCount)
 {
     const QByteArray data = written(CByte2Rdb::object2Byte, objectOf(65537));
     ObjectData object;
@@ -1378,7 +1379,7 @@ TEST(Byte2Object, startsEachPropertyFromADefault)
 TEST(Blob2Object, startsEachPropertyFromADefault)
 {
     const QByteArray number = QByteArray(524, '\0') + "00 07000000"_hex;
-    const QByteArray bare = QByteArray(524, '\0') + "65"_hex; // kind 101 shows an intValue that nobody read
+    const QByteArray bare = QByteArray(524, '\0') + "65"_hex; // kind 101 shows the intValue, which was not read
     ObjectData object;
     EXPECT_EQ(read(CByte2Rdb::blob2Object,
                    objectHeadBlob + "0400"_hex + firstPropertyBlob + firstPropertyBlob + number + bare, object),
@@ -1389,7 +1390,7 @@ TEST(Blob2Object, startsEachPropertyFromADefault)
     EXPECT_EQ(object.properties[3].valueText, "0");
 }
 
-TEST(Byte2Object, leavesValueTextsAsTheyWereRead)
+TEST(Byte2Object, leavesValueTextsAsRead)
 {
     const QByteArray property = QByteArray(10, '\0') + "0300 010078"_hex + "00 07000000"_hex;
     ObjectData object;
@@ -1400,7 +1401,7 @@ TEST(Byte2Object, leavesValueTextsAsTheyWereRead)
 
 // --- Values as text -------------------------------------------------------------
 
-// The property of an object in blob form that holds `value` beside a stored valueText.
+// The property, read from an object in blob form, with this value and a stored valueText.
 static PropertyData propertyOf(const QByteArray& value, const QByteArray& format = "0000"_hex)
 {
     const QByteArray stored = slot("0600 73746f726564"_hex);
@@ -1445,7 +1446,7 @@ TEST(Blob2Object, showsDoublesWithSixDecimals)
     EXPECT_EQ(rendered("06 48afbc9af2d79a3e"_hex), "0.000000"); // 4e-7
     EXPECT_EQ(rendered("06 92d54d06cff08044"_hex), "10000000000000000000000.000000");
     EXPECT_EQ(rendered("06 000000000000f0ff"_hex), "-inf");
-    EXPECT_EQ(rendered("06 ffffffffffffef7f"_hex).size(), 309u + 7); // all digits of the largest
+    EXPECT_EQ(rendered("06 ffffffffffffef7f"_hex).size(), 309u + 7); // all digits of the largest double
 }
 
 TEST(Blob2Object, showsTextsAsTheyAre)
@@ -1481,7 +1482,7 @@ TEST(Blob2Object, keepsTheFormatAndUsesItForTimesOnly)
     EXPECT_EQ(propertyOf("0b 00f15365"_hex, format).formatText, "yyyy");
 }
 
-// The time zone of this process while it lives. A POSIX name, which needs no zone files: its sign points west.
+// Sets the time zone of this process for its lifetime. POSIX names need no zone files; a positive offset is west.
 class TimeZone {
 public:
     explicit TimeZone(const char* name)
@@ -1528,7 +1529,7 @@ TEST(Blob2Object, showsTimesInTheLocalZone)
     }
 }
 
-TEST(Blob2Object, countsSecondsWithoutSign)
+TEST(Blob2Object, readsSecondsAsUnsigned)
 {
     const TimeZone east8("CST-8");
     EXPECT_EQ(rendered("0b ffffff7f"_hex), "2038-01-19 11:14:07");
@@ -1545,7 +1546,7 @@ TEST(Blob2Object, showsTimesInTheFormatOfTheProperty)
     EXPECT_EQ(propertyOf(value, "0300 2d2d2d"_hex).valueText, "---");
 }
 
-TEST(Blob2Object, takesTheFormatAsUtf8)
+TEST(Blob2Object, readsTheFormatAsUtf8)
 {
     const TimeZone east8("CST-8");
     const QByteArray format = "0f00 79797979 e5b9b4 4d4d e69c88 6464 2e"_hex; // yyyy, year sign, MM, month sign, dd.
@@ -1556,7 +1557,7 @@ TEST(Blob2Object, takesTheFormatAsUtf8)
                                                                           "15"); // a replacement character
 }
 
-TEST(Blob2Object, cutsTheFormatAtItsFirstZeroByte)
+TEST(Blob2Object, truncatesTheFormatAtItsFirstZeroByte)
 {
     const TimeZone east8("CST-8");
     const PropertyData property = propertyOf("0b 00f15365"_hex, "0700 79797979 00 4d4d"_hex);
@@ -1564,7 +1565,7 @@ TEST(Blob2Object, cutsTheFormatAtItsFirstZeroByte)
     EXPECT_EQ(property.formatText, std::string("yyyy\0MM", 7));
 }
 
-TEST(Blob2Object, takesAZeroByteAloneForAnEmptyFormat)
+TEST(Blob2Object, treatsASingleZeroByteAsAnEmptyFormat)
 {
     EXPECT_EQ(propertyOf("0b 00f15365"_hex, "0100 00"_hex).valueText, "");
     EXPECT_EQ(propertyOf("0b 00f15365"_hex, "0500 0079797979"_hex).valueText, "");
@@ -1572,13 +1573,13 @@ TEST(Blob2Object, takesAZeroByteAloneForAnEmptyFormat)
 
 // --- Both forms side by side ----------------------------------------------------
 
-TEST(ByteAndBlobForm, storeTheSameNumbersWithTextsApart)
+TEST(ByteAndBlobForm, differInTheirWrittenSizes)
 {
     EXPECT_EQ(written(CByte2Rdb::object2Byte, fullObject()).size(), 85);
     EXPECT_EQ(written(CByte2Rdb::object2Blob, fullObject()).size(), 2109);
 }
 
-TEST(ByteAndBlobForm, differInTheTextThatReadsBack)
+TEST(ByteAndBlobForm, differInWhetherAWrittenTextReadsBack)
 {
     const Variant value = textVariant(256);
     Variant back;
@@ -1618,7 +1619,7 @@ TEST(ByteAndBlobForm, differInTheirResultOnATextLongerThanTheBuffer)
     EXPECT_EQ(read(CByte2Rdb::blob2Object, withLength(zeros, 17, 0xffff), object), -2);
 }
 
-TEST(ByteAndBlobForm, differInWhatAnObjectGivesBack)
+TEST(ByteAndBlobForm, differInTheTextsOfAnObjectReadBack)
 {
     ObjectData object;
     const QByteArray bytes = written(CByte2Rdb::object2Byte, fullObject());

@@ -12,15 +12,15 @@ using gqdb::OneSecQuery;
 
 // --- Declared fields ------------------------------------------------------------
 
-static_assert(rising({offsetof(HisQuery, pointId), offsetof(HisQuery, text1), offsetof(HisQuery, word1),
-                      offsetof(HisQuery, word2), offsetof(HisQuery, word3), offsetof(HisQuery, word4),
-                      offsetof(HisQuery, word5), offsetof(HisQuery, word6)}));
+static_assert(ascending({offsetof(HisQuery, pointId), offsetof(HisQuery, text1), offsetof(HisQuery, word1),
+                         offsetof(HisQuery, word2), offsetof(HisQuery, word3), offsetof(HisQuery, word4),
+                         offsetof(HisQuery, word5), offsetof(HisQuery, word6)}));
 static_assert(allAre<unsigned int HisQuery::*>(&HisQuery::pointId, &HisQuery::word1, &HisQuery::word2, &HisQuery::word3,
                                                &HisQuery::word4, &HisQuery::word5, &HisQuery::word6));
 static_assert(allAre<std::string HisQuery::*>(&HisQuery::text1));
 
-static_assert(rising({offsetof(OneSecQuery, pointId), offsetof(OneSecQuery, text1), offsetof(OneSecQuery, word1),
-                      offsetof(OneSecQuery, word2), offsetof(OneSecQuery, word3), offsetof(OneSecQuery, word4)}));
+static_assert(ascending({offsetof(OneSecQuery, pointId), offsetof(OneSecQuery, text1), offsetof(OneSecQuery, word1),
+                         offsetof(OneSecQuery, word2), offsetof(OneSecQuery, word3), offsetof(OneSecQuery, word4)}));
 static_assert(allAre<unsigned int OneSecQuery::*>(&OneSecQuery::pointId, &OneSecQuery::word1, &OneSecQuery::word2,
                                                   &OneSecQuery::word3, &OneSecQuery::word4));
 static_assert(allAre<std::string OneSecQuery::*>(&OneSecQuery::text1));
@@ -124,7 +124,7 @@ TEST(Byte2HisQuery, readsTheFieldsAndReturns1)
     EXPECT_EQ(show(query), show(fullHisQuery()));
 }
 
-TEST(Byte2HisQuery, ignoresTheBytesBehindTheRecord)
+TEST(Byte2HisQuery, ignoresBytesAfterTheRecord)
 {
     const QByteArray bytes = hisQueryBytes + "ffffff"_hex;
     HisQuery query;
@@ -132,7 +132,7 @@ TEST(Byte2HisQuery, ignoresTheBytesBehindTheRecord)
     EXPECT_EQ(show(query), show(fullHisQuery()));
 }
 
-TEST(Byte2HisQuery, leavesTheText)
+TEST(Byte2HisQuery, leavesTheTextUnchanged)
 {
     HisQuery query;
     query.text1 = "abc";
@@ -194,7 +194,7 @@ TEST(OneSecQuery2Byte, writes22BytesWithoutText)
     EXPECT_EQ(hex(data), hex(QByteArray(22, '\0')));
 }
 
-TEST(OneSecQuery2Byte, cutsALengthAbove16BitsAndWritesTheTextWhole)
+TEST(OneSecQuery2Byte, truncatesTheLengthTo16BitsAndWritesTheWholeText)
 {
     OneSecQuery query;
     query.text1 = std::string(65537, 'a');
@@ -203,7 +203,7 @@ TEST(OneSecQuery2Byte, cutsALengthAbove16BitsAndWritesTheTextWhole)
     EXPECT_TRUE(data == QByteArray(20, '\0') + "0100"_hex + QByteArray(65537, 'a'));
 }
 
-TEST(Byte2OneSecQuery, readsTheFieldsWithOneByteToSpare)
+TEST(Byte2OneSecQuery, readsTheFieldsIfAByteFollows)
 {
     const QByteArray bytes = oneSecQueryBytes + "ff"_hex;
     OneSecQuery query;
@@ -211,7 +211,7 @@ TEST(Byte2OneSecQuery, readsTheFieldsWithOneByteToSpare)
     EXPECT_EQ(show(query), show(fullOneSecQuery()));
 }
 
-TEST(Byte2OneSecQuery, ignoresTheBytesBehindTheRecord)
+TEST(Byte2OneSecQuery, ignoresBytesAfterTheRecord)
 {
     const QByteArray bytes = oneSecQueryBytes + "ffffff"_hex;
     OneSecQuery query;
@@ -232,7 +232,7 @@ TEST(Byte2OneSecQuery, refusesFewerThan22BytesAndLeavesTheRecord)
     EXPECT_EQ(show(query), show(OneSecQuery()));
 }
 
-TEST(Byte2OneSecQuery, refusesEveryBufferUpToTheRecordsEndAndKeepsTheNumbers)
+TEST(Byte2OneSecQuery, refusesEveryBufferThatEndsWithTheRecordOrEarlier)
 {
     for (int size = 22; size <= 27; ++size) {
         SCOPED_TRACE(size);
@@ -242,7 +242,7 @@ TEST(Byte2OneSecQuery, refusesEveryBufferUpToTheRecordsEndAndKeepsTheNumbers)
     }
 }
 
-TEST(Byte2OneSecQuery, refusesWhatTheWriterMadeWithoutAByteBehindIt)
+TEST(Byte2OneSecQuery, refusesAWrittenRecordWithoutAByteAfterIt)
 {
     QByteArray data;
     CByte2Rdb::oneSecQuery2Byte(OneSecQuery(), data);

@@ -21,67 +21,70 @@ using gqdb::PointRealData;
 
 // --- Declared fields ------------------------------------------------------------
 
-static_assert(rising({offsetof(FloatRealData, pointId), offsetof(FloatRealData, stamp1),
-                      offsetof(FloatRealData, stamp2), offsetof(FloatRealData, value), offsetof(FloatRealData, flag1),
-                      offsetof(FloatRealData, flag2)}));
+static_assert(ascending({offsetof(FloatRealData, pointId), offsetof(FloatRealData, stamp1),
+                         offsetof(FloatRealData, stamp2), offsetof(FloatRealData, value),
+                         offsetof(FloatRealData, flag1), offsetof(FloatRealData, flag2)}));
 static_assert(allAre<unsigned int FloatRealData::*>(&FloatRealData::pointId, &FloatRealData::stamp1,
                                                     &FloatRealData::stamp2));
 static_assert(allAre<float FloatRealData::*>(&FloatRealData::value));
 static_assert(allAre<char FloatRealData::*>(&FloatRealData::flag1, &FloatRealData::flag2));
 
-static_assert(rising({offsetof(FloatData, stamp1), offsetof(FloatData, stamp2), offsetof(FloatData, value),
-                      offsetof(FloatData, flag1), offsetof(FloatData, flag2)}));
+static_assert(ascending({offsetof(FloatData, stamp1), offsetof(FloatData, stamp2), offsetof(FloatData, value),
+                         offsetof(FloatData, flag1), offsetof(FloatData, flag2)}));
 static_assert(allAre<unsigned int FloatData::*>(&FloatData::stamp1, &FloatData::stamp2));
 static_assert(allAre<float FloatData::*>(&FloatData::value));
 static_assert(allAre<char FloatData::*>(&FloatData::flag1, &FloatData::flag2));
 
-static_assert(rising({offsetof(BoolRealData, pointId), offsetof(BoolRealData, stamp1), offsetof(BoolRealData, stamp2),
-                      offsetof(BoolRealData, value), offsetof(BoolRealData, flag1)}));
+static_assert(ascending({offsetof(BoolRealData, pointId), offsetof(BoolRealData, stamp1),
+                         offsetof(BoolRealData, stamp2), offsetof(BoolRealData, value),
+                         offsetof(BoolRealData, flag1)}));
 static_assert(allAre<unsigned int BoolRealData::*>(&BoolRealData::pointId, &BoolRealData::stamp1,
                                                    &BoolRealData::stamp2));
 static_assert(allAre<char BoolRealData::*>(&BoolRealData::value, &BoolRealData::flag1));
 
-static_assert(rising({offsetof(BoolData, stamp1), offsetof(BoolData, stamp2), offsetof(BoolData, value),
-                      offsetof(BoolData, flag1)}));
+static_assert(ascending({offsetof(BoolData, stamp1), offsetof(BoolData, stamp2), offsetof(BoolData, value),
+                         offsetof(BoolData, flag1)}));
 static_assert(allAre<unsigned int BoolData::*>(&BoolData::stamp1, &BoolData::stamp2));
 static_assert(allAre<char BoolData::*>(&BoolData::value, &BoolData::flag1));
 
-static_assert(rising({offsetof(IntRealData, pointId), offsetof(IntRealData, stamp1), offsetof(IntRealData, stamp2),
-                      offsetof(IntRealData, value), offsetof(IntRealData, flag1), offsetof(IntRealData, flag2)}));
+static_assert(ascending({offsetof(IntRealData, pointId), offsetof(IntRealData, stamp1), offsetof(IntRealData, stamp2),
+                         offsetof(IntRealData, value), offsetof(IntRealData, flag1), offsetof(IntRealData, flag2)}));
 static_assert(allAre<unsigned int IntRealData::*>(&IntRealData::pointId, &IntRealData::stamp1, &IntRealData::stamp2));
 static_assert(allAre<int IntRealData::*>(&IntRealData::value));
 static_assert(allAre<char IntRealData::*>(&IntRealData::flag1, &IntRealData::flag2));
 
-static_assert(rising({offsetof(IntData, stamp1), offsetof(IntData, stamp2), offsetof(IntData, value),
-                      offsetof(IntData, flag1), offsetof(IntData, flag2)}));
+static_assert(ascending({offsetof(IntData, stamp1), offsetof(IntData, stamp2), offsetof(IntData, value),
+                         offsetof(IntData, flag1), offsetof(IntData, flag2)}));
 static_assert(allAre<unsigned int IntData::*>(&IntData::stamp1, &IntData::stamp2));
 static_assert(allAre<int IntData::*>(&IntData::value));
 static_assert(allAre<char IntData::*>(&IntData::flag1, &IntData::flag2));
 
-static_assert(rising({offsetof(PointRealData, pointKind), offsetof(PointRealData, pointId),
-                      offsetof(PointRealData, stamp1), offsetof(PointRealData, stamp2), offsetof(PointRealData, value),
-                      offsetof(PointRealData, intValue), offsetof(PointRealData, flag1),
-                      offsetof(PointRealData, flag2)}));
+static_assert(ascending({offsetof(PointRealData, pointKind), offsetof(PointRealData, pointId),
+                         offsetof(PointRealData, stamp1), offsetof(PointRealData, stamp2),
+                         offsetof(PointRealData, value), offsetof(PointRealData, intValue),
+                         offsetof(PointRealData, flag1), offsetof(PointRealData, flag2)}));
 static_assert(allAre<unsigned int PointRealData::*>(&PointRealData::pointId, &PointRealData::stamp1,
                                                     &PointRealData::stamp2, &PointRealData::intValue));
 static_assert(allAre<double PointRealData::*>(&PointRealData::value));
 static_assert(allAre<char PointRealData::*>(&PointRealData::pointKind, &PointRealData::flag1, &PointRealData::flag2));
 
-static_assert(rising({offsetof(BlobRealData, pointId), offsetof(BlobRealData, stamp1), offsetof(BlobRealData, stamp2),
-                      offsetof(BlobRealData, bytes), offsetof(BlobRealData, flag1), offsetof(BlobRealData, flag2)}));
+static_assert(ascending({offsetof(BlobRealData, pointId), offsetof(BlobRealData, stamp1),
+                         offsetof(BlobRealData, stamp2), offsetof(BlobRealData, bytes), offsetof(BlobRealData, flag1),
+                         offsetof(BlobRealData, flag2)}));
 static_assert(allAre<unsigned int BlobRealData::*>(&BlobRealData::pointId, &BlobRealData::stamp1,
                                                    &BlobRealData::stamp2));
 static_assert(allAre<std::vector<unsigned char> BlobRealData::*>(&BlobRealData::bytes));
 static_assert(allAre<char BlobRealData::*>(&BlobRealData::flag1, &BlobRealData::flag2));
 
-static_assert(rising({offsetof(BlobDataInfo, pointId), offsetof(BlobDataInfo, stamp1), offsetof(BlobDataInfo, stamp2),
-                      offsetof(BlobDataInfo, word4), offsetof(BlobDataInfo, flag1), offsetof(BlobDataInfo, flag2)}));
+static_assert(ascending({offsetof(BlobDataInfo, pointId), offsetof(BlobDataInfo, stamp1),
+                         offsetof(BlobDataInfo, stamp2), offsetof(BlobDataInfo, word4), offsetof(BlobDataInfo, flag1),
+                         offsetof(BlobDataInfo, flag2)}));
 static_assert(allAre<unsigned int BlobDataInfo::*>(&BlobDataInfo::pointId, &BlobDataInfo::stamp1, &BlobDataInfo::stamp2,
                                                    &BlobDataInfo::word4));
 static_assert(allAre<char BlobDataInfo::*>(&BlobDataInfo::flag1, &BlobDataInfo::flag2));
 
-static_assert(rising({offsetof(BlobData, stamp1), offsetof(BlobData, stamp2), offsetof(BlobData, bytes),
-                      offsetof(BlobData, flag1), offsetof(BlobData, flag2)}));
+static_assert(ascending({offsetof(BlobData, stamp1), offsetof(BlobData, stamp2), offsetof(BlobData, bytes),
+                         offsetof(BlobData, flag1), offsetof(BlobData, flag2)}));
 static_assert(allAre<unsigned int BlobData::*>(&BlobData::stamp1, &BlobData::stamp2));
 static_assert(allAre<std::vector<unsigned char> BlobData::*>(&BlobData::bytes));
 static_assert(allAre<char BlobData::*>(&BlobData::flag1, &BlobData::flag2));
@@ -200,14 +203,14 @@ static std::string show(const BlobData& sample)
 
 namespace {
 
-// What the codecs below have in common. Each of them adds the operations of its record and
+// Common part of the codecs below. Each one adds the operations of its record and
 //
-//   itemSize       bytes of a record; of a blob those ahead of its content
-//   listMinimum    bytes below which the list reader refuses everything
-//   signedCount    whether the list reader takes a count with its top bit set as negative
-//   bytes, full()  a record with all its fields set, on the wire and in memory
-//   largestCount   the largest count whose count * itemSize + 4 is positive in 32 bits, and the next one
-//   wrappedCount   a count whose count * itemSize + 4 wraps to less than 22
+//   itemSize       bytes of a record; of a blob, those before its content
+//   listMinimum    the list reader refuses any shorter buffer
+//   signedCount    true if the list reader treats a count with its top bit set as negative
+//   bytes, full()  a record with all fields set, on the wire and in memory
+//   largestCount   the largest count for which count * itemSize + 4 is positive in 32 bits, and the next one
+//   wrappedCount   a count for which count * itemSize + 4 wraps to less than 22
 template <typename R>
 struct ValueCodec {
     using Record = R;
@@ -487,7 +490,7 @@ struct BlobRealDataCodec : ValueCodec<BlobRealData>, CountsOf18Bytes {
                                            "05000000"        // 14 length 5
                                            "00ff6f8071"_hex; // 18 content
 
-    // What stands in a record whose content did not fit.
+    // A record after its content did not fit.
     static BlobRealData withoutContent()
     {
         BlobRealData record;
@@ -567,7 +570,7 @@ TYPED_TEST(Byte2Value, readsTheFields)
     EXPECT_EQ(show(record), show(TypeParam::full()));
 }
 
-TYPED_TEST(Byte2Value, ignoresTheBytesBehindTheRecord)
+TYPED_TEST(Byte2Value, ignoresBytesAfterTheRecord)
 {
     const QByteArray bytes = TypeParam::bytes + "ffffffffff"_hex;
     typename TypeParam::Record record;
@@ -575,7 +578,7 @@ TYPED_TEST(Byte2Value, ignoresTheBytesBehindTheRecord)
     EXPECT_EQ(show(record), show(TypeParam::full()));
 }
 
-TYPED_TEST(Byte2Value, replacesWhatAUsedRecordHeld)
+TYPED_TEST(Byte2Value, replacesTheValuesOfAUsedRecord)
 {
     const QByteArray zeros(TypeParam::itemSize, '\0');
     auto record = TypeParam::full();
@@ -603,7 +606,7 @@ TYPED_TEST(Byte2Value, refusesANegativeSize)
     }
 }
 
-// Writes and reads a value that no comparison sees.
+// Writes and reads a value whose bits a comparison does not show.
 template <typename Record>
 static void expectImage(Record record, const QByteArray& bytes, void (*write)(const Record&, QByteArray&),
                         int (*read)(const char*, int, Record&))
@@ -625,7 +628,7 @@ TEST(FloatRealData2Byte, keepsTheSignOfZeroAndEveryNan)
     record.value = floatOf(0x7fc12345);
     expectImage(record, "00000000 4523c17f 0000000000000000 0000"_hex, CByte2Rdb::floatRealData2Byte,
                 CByte2Rdb::byte2FloatRealData);
-    record.value = floatOf(0xff812345); // a signalling one
+    record.value = floatOf(0xff812345); // a signalling NaN
     expectImage(record, "00000000 452381ff 0000000000000000 0000"_hex, CByte2Rdb::floatRealData2Byte,
                 CByte2Rdb::byte2FloatRealData);
 }
@@ -637,7 +640,7 @@ TEST(FloatData2Byte, keepsTheSignOfZeroAndEveryNan)
     expectImage(record, "00000080 0000000000000000 0000"_hex, CByte2Rdb::floatData2Byte, CByte2Rdb::byte2FloatData);
     record.value = floatOf(0x7fc12345);
     expectImage(record, "4523c17f 0000000000000000 0000"_hex, CByte2Rdb::floatData2Byte, CByte2Rdb::byte2FloatData);
-    record.value = floatOf(0xff812345); // a signalling one
+    record.value = floatOf(0xff812345); // a signalling NaN
     expectImage(record, "452381ff 0000000000000000 0000"_hex, CByte2Rdb::floatData2Byte, CByte2Rdb::byte2FloatData);
 }
 
@@ -650,7 +653,7 @@ TEST(PointRealData2Byte, keepsTheSignOfZeroAndEveryNan)
     record.value = doubleOf(0x7ff8123456789abc);
     expectImage(record, "00 00000000 bc9a78563412f87f 00000000 0000000000000000 0000"_hex,
                 CByte2Rdb::pointRealData2Byte, CByte2Rdb::byte2PointRealData);
-    record.value = doubleOf(0xfff0123456789abc); // a signalling one
+    record.value = doubleOf(0xfff0123456789abc); // a signalling NaN
     expectImage(record, "00 00000000 bc9a78563412f0ff 00000000 0000000000000000 0000"_hex,
                 CByte2Rdb::pointRealData2Byte, CByte2Rdb::byte2PointRealData);
 }
@@ -659,13 +662,13 @@ TEST(PointRealData2Byte, keepsTheSignOfZeroAndEveryNan)
 
 static const QByteArray& blobBytes = BlobRealDataCodec::bytes;
 
-// The bytes of the full blob with another length field.
+// The bytes of the full blob with this length field.
 static QByteArray blobWithLength(const char* length)
 {
     return blobBytes.left(14) + QByteArray::fromHex(length) + blobBytes.mid(18);
 }
 
-// The full blob, but for its content, that another record held before.
+// The full blob read over a record with this content: the content is unchanged.
 static BlobRealData blobOver(const std::vector<unsigned char>& content)
 {
     BlobRealData record = BlobRealDataCodec::withoutContent();
@@ -689,7 +692,7 @@ TEST(BlobRealData2Byte, writesZeroForNoContent)
     EXPECT_EQ(hex(data), hex(blobWithLength("00000000").left(18)));
 }
 
-TEST(Byte2BlobRealData, refusesAContentCutShortAndKeepsTheFieldsAhead)
+TEST(Byte2BlobRealData, refusesTruncatedContentAndKeepsThePrecedingFields)
 {
     for (int size = 18; size < blobBytes.size(); ++size) {
         SCOPED_TRACE(size);
@@ -700,7 +703,7 @@ TEST(Byte2BlobRealData, refusesAContentCutShortAndKeepsTheFieldsAhead)
     }
 }
 
-TEST(Byte2BlobRealData, replacesAShorterAndALongerContent)
+TEST(Byte2BlobRealData, replacesShorterAndLongerContent)
 {
     for (size_t held : {1u, 5u, 100u}) {
         BlobRealData record;
@@ -710,7 +713,7 @@ TEST(Byte2BlobRealData, replacesAShorterAndALongerContent)
     }
 }
 
-TEST(Byte2BlobRealData, takesTheLengthAsFourBytes)
+TEST(Byte2BlobRealData, readsAFourByteLength)
 {
     const QByteArray bytes = blobWithLength("45230100").left(18) + QByteArray(0x00012345, 'a');
     BlobRealData record;
@@ -722,7 +725,7 @@ TEST(Byte2BlobRealData, takesTheLengthAsFourBytes)
 
 TEST(Byte2BlobRealData, refusesALengthFarBeyondTheBuffer)
 {
-    // The last of them is the largest whose sum with the 18 bytes ahead is positive in 32 bits.
+    // The last is the largest whose sum with the preceding 18 bytes is positive in 32 bits.
     for (const char* length : {"06000000", "00000001", "edffff7f"}) {
         SCOPED_TRACE(length);
         BlobRealData record;
@@ -732,7 +735,7 @@ TEST(Byte2BlobRealData, refusesALengthFarBeyondTheBuffer)
     }
 }
 
-TEST(Byte2BlobRealData, refusesALengthWhoseSumTurnsNegative)
+TEST(Byte2BlobRealData, refusesALengthThatMakesTheSumNegative)
 {
     for (const char* length : {"eeffff7f", "ffffff7f"}) {
         SCOPED_TRACE(length);
@@ -743,9 +746,9 @@ TEST(Byte2BlobRealData, refusesALengthWhoseSumTurnsNegative)
     }
 }
 
-TEST(Byte2BlobRealData, failsInTheVectorOnALengthWithItsTopBitSet)
+TEST(Byte2BlobRealData, throwsLengthErrorOnALengthWithItsTopBitSet)
 {
-    // Sums with the 18 bytes ahead: negative; 0; 2; 17.
+    // Sums with the preceding 18 bytes: negative; 0; 2; 17.
     for (const char* length : {"00000080", "eeffffff", "f0ffffff", "ffffffff"}) {
         SCOPED_TRACE(length);
         BlobRealData record;
@@ -769,7 +772,7 @@ TYPED_TEST(Values2Byte, appendsCountAndItems)
     EXPECT_EQ(hex(data), hex("aa55 02000000"_hex + QByteArray(TypeParam::itemSize, '\0') + TypeParam::bytes));
 }
 
-TYPED_TEST(Values2Byte, writesJustTheCountOfAnEmptyList)
+TYPED_TEST(Values2Byte, writesOnlyTheCountOfAnEmptyList)
 {
     QByteArray data = "aa55"_hex;
     TypeParam::writeList({}, data);
@@ -800,7 +803,7 @@ protected:
     static List twoRecords() { return {Record(), Codec::full()}; }
     static List threeRecords() { return List(3, Codec::full()); }
 
-    // A count with 28 zero bytes behind it: more than every minimum.
+    // A count followed by 28 zero bytes: more than every minimum.
     static QByteArray countAlone(const char* count) { return QByteArray::fromHex(count) + QByteArray(28, '\0'); }
 
     static int read(const QByteArray& bytes, List& list)
@@ -824,14 +827,14 @@ TYPED_TEST(Byte2Values, appendsToAFilledVector)
     EXPECT_EQ(showAll(list), showAll(TestFixture::threeRecords()) + showAll(TestFixture::twoRecords()));
 }
 
-TYPED_TEST(Byte2Values, ignoresTheBytesBehindTheLastItem)
+TYPED_TEST(Byte2Values, ignoresBytesAfterTheLastItem)
 {
     typename TestFixture::List list;
     EXPECT_EQ(TestFixture::read(TestFixture::twoItems() + "ffffffffff"_hex, list), 1);
     EXPECT_EQ(showAll(list), showAll(TestFixture::twoRecords()));
 }
 
-TYPED_TEST(Byte2Values, takesTheCountAsFourBytes)
+TYPED_TEST(Byte2Values, readsAFourByteCount)
 {
     const QByteArray bytes = "03020000"_hex + QByteArray(0x0202 * TypeParam::itemSize, '\0') + TypeParam::bytes;
     typename TestFixture::List list;
@@ -840,7 +843,7 @@ TYPED_TEST(Byte2Values, takesTheCountAsFourBytes)
     EXPECT_EQ(show(list[0x0202]), show(TypeParam::full()));
 }
 
-TYPED_TEST(Byte2Values, takesAnEmptyListFromTheMinimumOn)
+TYPED_TEST(Byte2Values, acceptsAnEmptyListFromTheMinimumOn)
 {
     const QByteArray zeros(32, '\0');
     for (int size = 0; size < zeros.size(); ++size) {
@@ -873,7 +876,7 @@ TYPED_TEST(Byte2Values, refusesACountBeyondTheBufferAndLeavesTheVector)
     }
 }
 
-TYPED_TEST(Byte2Values, passesTheFailureOnACountThatOnlyWrappedArithmeticLetsThrough)
+TYPED_TEST(Byte2Values, propagatesTheFailureOfACountAcceptedOnlyByWrapping)
 {
     for (const char* count : {TypeParam::nextCount, TypeParam::wrappedCount, "00000080", "01000080", "fcffffff"}) {
         SCOPED_TRACE(count);
@@ -915,7 +918,7 @@ TYPED_TEST(Byte2FixedValues, refusesEveryShorterBufferAndLeavesTheVector)
     }
 }
 
-TYPED_TEST(Byte2FixedValues, takesOneItemFromTheMinimumOn)
+TYPED_TEST(Byte2FixedValues, acceptsOneItemFromTheMinimumOn)
 {
     const QByteArray bytes = "01000000"_hex + TypeParam::bytes + QByteArray(8, '\xff');
     for (int size = 0; size <= bytes.size(); ++size) {
@@ -927,7 +930,7 @@ TYPED_TEST(Byte2FixedValues, takesOneItemFromTheMinimumOn)
     }
 }
 
-TEST(Byte2BoolDatas, refusesOneItemInJust14Bytes)
+TEST(Byte2BoolDatas, refusesASingleItemIn14Bytes)
 {
     const QByteArray bytes = "01000000"_hex + BoolDataCodec::bytes;
     ASSERT_EQ(bytes.size(), 14);
@@ -938,7 +941,7 @@ TEST(Byte2BoolDatas, refusesOneItemInJust14Bytes)
     EXPECT_EQ(showAll(list), showAll(std::vector{BoolDataCodec::full()}));
 }
 
-// The bool lists take count and new size as signed.
+// The bool lists treat count and new size as signed.
 using BoolCodecs = testing::Types<BoolRealDataCodec, BoolDataCodec>;
 
 template <typename Codec>
@@ -946,7 +949,7 @@ class Byte2BoolValues : public Byte2Values<Codec> {
 };
 TYPED_TEST_SUITE(Byte2BoolValues, BoolCodecs, CodecNames);
 
-TYPED_TEST(Byte2BoolValues, failsInTheVectorOnANegativeSize)
+TYPED_TEST(Byte2BoolValues, throwsLengthErrorOnANegativeSize)
 {
     auto list = TestFixture::threeRecords();
     EXPECT_THROW(TestFixture::read(TestFixture::countAlone("fcffffff"), list), std::length_error); // 3 - 4
@@ -1000,21 +1003,21 @@ static int readBlobs(const QByteArray& bytes, std::vector<BlobRealData>& list)
     return CByte2Rdb::byte2BlobRealDatas(heapBytes(bytes).data(), bytes.size(), list);
 }
 
-TEST(BlobRealDatas2Byte, putsTheItemsBackToBack)
+TEST(BlobRealDatas2Byte, writesConsecutiveItems)
 {
     QByteArray data;
     CByte2Rdb::blobRealDatas2Byte({firstBlob(), BlobRealDataCodec::full()}, data);
     EXPECT_EQ(hex(data), hex(twoBlobs));
 }
 
-TEST(Byte2BlobRealDatas, movesOnByTheSizeOfEachItem)
+TEST(Byte2BlobRealDatas, advancesByTheSizeOfEachItem)
 {
     std::vector<BlobRealData> list;
     EXPECT_EQ(readBlobs(twoBlobs, list), 1);
     EXPECT_EQ(showAll(list), showAll(std::vector{firstBlob(), BlobRealDataCodec::full()}));
 }
 
-TEST(Byte2BlobRealDatas, refusesABufferBelowTheFixedFieldsOfAllItemsAndLeavesTheVector)
+TEST(Byte2BlobRealDatas, refusesABufferBelowTheFixedFieldsOfAllItems)
 {
     for (int size = 0; size < 4 + 2 * 18; ++size) {
         SCOPED_TRACE(size);
@@ -1024,7 +1027,7 @@ TEST(Byte2BlobRealDatas, refusesABufferBelowTheFixedFieldsOfAllItemsAndLeavesThe
     }
 }
 
-TEST(Byte2BlobRealDatas, keepsTheVectorOnAnItemCutShort)
+TEST(Byte2BlobRealDatas, keepsTheVectorOnATruncatedItem)
 {
     for (int size = 4 + 2 * 18; size < twoBlobs.size(); ++size) {
         SCOPED_TRACE(size);
@@ -1035,9 +1038,9 @@ TEST(Byte2BlobRealDatas, keepsTheVectorOnAnItemCutShort)
     }
 }
 
-TEST(Byte2BlobRealDatas, leavesTheItemsBehindAFailedOneAtTheirDefaults)
+TEST(Byte2BlobRealDatas, leavesItemsAfterAFailedOneAtTheirDefaults)
 {
-    // The second of three items has a length that runs past the end.
+    // The second of three items has a length beyond the end.
     const QByteArray bytes = "03000000"_hex + blobBytes + blobWithLength("ff000000") + blobBytes;
     std::vector<BlobRealData> list = {firstBlob()};
     EXPECT_EQ(readBlobs(bytes, list), -3);
@@ -1045,7 +1048,7 @@ TEST(Byte2BlobRealDatas, leavesTheItemsBehindAFailedOneAtTheirDefaults)
                                                  BlobRealDataCodec::withoutContent(), BlobRealData()}));
 }
 
-TEST(Byte2BlobRealDatas, takesAGoodItemAheadOfALengthThatRunsPastTheEnd)
+TEST(Byte2BlobRealDatas, keepsAGoodItemBeforeALengthBeyondTheBuffer)
 {
     const QByteArray bytes = "02000000"_hex + blobBytes + blobWithLength("01000000").left(18);
     std::vector<BlobRealData> list = {firstBlob()};
@@ -1054,14 +1057,14 @@ TEST(Byte2BlobRealDatas, takesAGoodItemAheadOfALengthThatRunsPastTheEnd)
               showAll(std::vector{firstBlob(), BlobRealDataCodec::full(), BlobRealDataCodec::withoutContent()}));
 }
 
-TEST(Byte2BlobRealDatas, countsALengthWhoseSumTurnsNegativeAsAFailedItem)
+TEST(Byte2BlobRealDatas, failsOnAnItemLengthThatMakesTheSumNegative)
 {
     std::vector<BlobRealData> list;
     EXPECT_EQ(readBlobs("01000000"_hex + blobWithLength("ffffff7f"), list), -3);
     EXPECT_EQ(showAll(list), showAll(std::vector{BlobRealDataCodec::withoutContent()}));
 }
 
-TEST(Byte2BlobRealDatas, passesTheFailureOnALengthWithItsTopBitSet)
+TEST(Byte2BlobRealDatas, propagatesTheFailureOfALengthWithItsTopBitSet)
 {
     std::vector<BlobRealData> list;
     EXPECT_THROW(readBlobs("01000000"_hex + blobWithLength("f0ffffff"), list), std::length_error);
@@ -1152,7 +1155,7 @@ TEST(Blob2List, readsTheItemsAndReturnsTheBytesConsumed)
     EXPECT_EQ(showAll(list), showAll(blobSamples()));
 }
 
-TEST(Blob2List, ignoresTheBytesBehindTheLastItem)
+TEST(Blob2List, ignoresBytesAfterTheLastItem)
 {
     std::vector<BlobData> list;
     EXPECT_EQ(readSamples(blobListBytes + "ffffff"_hex, list), 51);
@@ -1196,7 +1199,7 @@ TEST(Blob2List, emptiesTheListOnACountOfZero)
     }
 }
 
-TEST(Blob2List, takesOneEmptyItemOf18Bytes)
+TEST(Blob2List, acceptsOneEmptyItemOf18Bytes)
 {
     std::vector<BlobData> list(1, usedSample());
     EXPECT_EQ(readSamples("01000000"_hex + QByteArray(14, '\0'), list), 18);
@@ -1210,8 +1213,8 @@ TEST(Blob2List, refusesEveryShorterBufferAndKeepsWhatItRead)
         for (int size = 18; size < 51; ++size) {
             SCOPED_TRACE(size);
             std::vector<BlobData> expected(3, before);
-            expected[0] = size < 21 ? withBytes(whole[0], before.bytes) : whole[0]; // the bytes do not fit
-            if (size >= 35)                                                         // below, no room for a head
+            expected[0] = size < 21 ? withBytes(whole[0], before.bytes) : whole[0]; // the content does not fit
+            if (size >= 35) // below that, the fixed fields do not fit
                 expected[1] = whole[1];
             if (size >= 49)
                 expected[2] = withBytes(whole[2], before.bytes);
@@ -1223,7 +1226,7 @@ TEST(Blob2List, refusesEveryShorterBufferAndKeepsWhatItRead)
     }
 }
 
-TEST(Blob2List, refusesALengthAboveTheBytesLeft)
+TEST(Blob2List, refusesALengthAboveTheRemainingBytes)
 {
     for (const char* length : {"03000000", "00000001", "ffffff7f"}) {
         SCOPED_TRACE(length);
@@ -1235,7 +1238,7 @@ TEST(Blob2List, refusesALengthAboveTheBytesLeft)
     }
 }
 
-TEST(Blob2List, passesTheFailureOnANegativeLength)
+TEST(Blob2List, propagatesTheFailureOfANegativeLength)
 {
     for (const char* length : {"ffffffff", "00000080", "f2ffffff"}) {
         SCOPED_TRACE(length);
@@ -1248,7 +1251,7 @@ TEST(Blob2List, passesTheFailureOnANegativeLength)
     }
 }
 
-TEST(Blob2List, passesTheFailureOnACountThatIsNegativeOrBeyondMemory)
+TEST(Blob2List, propagatesTheFailureOfANegativeOrHugeCount)
 {
     for (const char* count : {"ffffffff", "00000080", "ffffff7f", "00000010"}) {
         SCOPED_TRACE(count);
@@ -1259,7 +1262,7 @@ TEST(Blob2List, passesTheFailureOnACountThatIsNegativeOrBeyondMemory)
     }
 }
 
-TEST(Blob2List, keepsTheSizeOfACountWithoutItsItems)
+TEST(Blob2List, resizesToTheCountEvenIfItemsAreMissing)
 {
     std::vector<BlobData> list;
     EXPECT_EQ(readSamples("00000100"_hex + blobListBytes.mid(4), list), -1);

@@ -43,7 +43,7 @@ static constexpr int rawBit = 1;
 static constexpr int quantisedBit = 2;
 static constexpr int compressedBit = 4;
 
-// What zlib is told as the size of its target, and so the room that it may use there.
+// The target size passed to zlib, and so the space that it may use.
 static constexpr int blockSize = 5000000;
 
 // --- Helpers --------------------------------------------------------------------
@@ -79,7 +79,7 @@ static BlobWaveHead headWith(int flags)
     return head;
 }
 
-// 96 bytes of which no two are equal: a0 to ff.
+// 96 distinct bytes: a0 to ff.
 static QByteArray distinctBytes()
 {
     QByteArray bytes;
@@ -88,7 +88,7 @@ static QByteArray distinctBytes()
     return bytes;
 }
 
-// What zlib makes of a block at its default level.
+// A block compressed by zlib at its default level.
 static QByteArray compressed(const QByteArray& block)
 {
     QByteArray stream(int(compressBound(uLong(block.size()))), 0);
@@ -107,14 +107,14 @@ static QByteArray uncompressed(const QByteArray& stream)
     return block.left(int(size));
 }
 
-// The buffer for zlib's work, if the flags say that there is any.
+// zlib's work buffer, or null if the flags do not ask for compression.
 static unsigned char* zlibBuffer(int flags)
 {
     static Bytes buffer(blockSize);
     return (flags & compressedBit) != 0 ? buffer.data() : nullptr;
 }
 
-// The stored wave of these samples, which wave2Byte packs without failure, from a raw buffer of just the room it needs.
+// The samples as a stored wave. wave2Byte() must succeed, with a raw buffer of exactly the size it needs.
 template <typename Sample>
 static QByteArray pack(BlobWaveHead& head, const std::vector<Sample>& samples, const Ints& marks = {})
 {
@@ -133,7 +133,7 @@ static QByteArray blockOf(int flags, const std::vector<Sample>& samples)
     return pack(head, samples).mid(96);
 }
 
-// What byte2Wave makes of a stored wave, and of what stood in its targets before.
+// The result of byte2Wave() on a stored wave, with targets that are not empty before.
 struct Unpacked {
     explicit Unpacked(const QByteArray& bytes)
     {
@@ -150,7 +150,7 @@ struct Unpacked {
     Ints marks = oldMarks;
 };
 
-// A stored wave from its parts. The counts are those of a wave without marks whose number of samples nobody has set.
+// A stored wave from its parts, with no marks and the number of samples not set.
 static QByteArray wave(BlobWaveHead head, const QByteArray& block)
 {
     return bytesOf(head) + block;
@@ -181,7 +181,7 @@ static Ints goldenShorts()
     return samples;
 }
 
-// The raw values by their line: halves and integers, so that nothing is rounded.
+// The raw values after scale and offset: halves and integers, so nothing is rounded.
 static Floats goldenShortsAsFloats()
 {
     Floats samples;
@@ -199,7 +199,7 @@ static std::string goldenQuantisedImages()
     return images(samples);
 }
 
-// The head that all of them have, but for flags, limits and number of samples.
+// The head they share, except for flags, limits and number of samples.
 static BlobWaveHead goldenHead(int flags)
 {
     BlobWaveHead head = headWith(flags);
@@ -248,7 +248,7 @@ TEST(Wave2ByteOfFloats, setsLimitsAndCounts)
     EXPECT_EQ(hex(bytesOf(head)), hex(stored.left(96))) << "the caller's head";
 }
 
-TEST(Wave2ByteOfFloats, carriesEveryOtherByteOfTheHead)
+TEST(Wave2ByteOfFloats, copiesEveryOtherByteOfTheHead)
 {
     BlobWaveHead head = headOf(distinctBytes()); // flags a1
     QByteArray expected = distinctBytes();
@@ -257,7 +257,7 @@ TEST(Wave2ByteOfFloats, carriesEveryOtherByteOfTheHead)
     EXPECT_EQ(hex(bytesOf(head)), hex(expected)) << "the caller's head";
 }
 
-TEST(Wave2ByteOfFloats, storesTheHeadAloneOfAnEmptyWaveAndLeavesItsLimits)
+TEST(Wave2ByteOfFloats, storesOnlyTheHeadOfAnEmptyWaveAndLeavesItsLimits)
 {
     BlobWaveHead head = headOf(distinctBytes());
     QByteArray expected = distinctBytes();
@@ -266,8 +266,8 @@ TEST(Wave2ByteOfFloats, storesTheHeadAloneOfAnEmptyWaveAndLeavesItsLimits)
     EXPECT_EQ(hex(bytesOf(head)), hex(expected)) << "the caller's head";
 }
 
-// Bit 0 says nothing here: bit 1 alone decides between the two forms. No bit is changed.
-TEST(Wave2ByteOfFloats, storesByBits1And2)
+// Bit 0 is ignored here: only bit 1 selects the form. No bit is changed.
+TEST(Wave2ByteOfFloats, selectsTheFormByBits1And2)
 {
     const Floats samples = {0, 0.25f, 0.5f, 1};
     const QByteArray floats = "00000000 0000803e 0000003f 0000803f"_hex;
@@ -299,7 +299,7 @@ TEST(Wave2ByteOfFloats, quantisesANanToZero)
     EXPECT_EQ(hex(blockOf(quantisedBit, Floats{std::nanf(""), 1, 3})), "00 00 00 00 00 00"); // NaN in both limits
 }
 
-TEST(Wave2ByteOfFloats, compressesTheSamplesAlone)
+TEST(Wave2ByteOfFloats, compressesOnlyTheSamples)
 {
     BlobWaveHead head = headWith(compressedBit);
     const QByteArray stored = pack(head, goldenFloats(), goldenMarks);
@@ -328,7 +328,7 @@ TEST(Wave2ByteOfInts, storesHeadMarksAndSamples)
     }
 }
 
-TEST(Wave2ByteOfInts, carriesEveryByteOfTheHeadButTheCounts)
+TEST(Wave2ByteOfInts, copiesTheHeadExceptTheCounts)
 {
     BlobWaveHead head = headOf(distinctBytes()); // flags a1, bit 0 among them
     QByteArray expected = distinctBytes();
@@ -338,7 +338,7 @@ TEST(Wave2ByteOfInts, carriesEveryByteOfTheHeadButTheCounts)
     EXPECT_EQ(hex(bytesOf(head)), hex(expected)) << "the caller's head";
 }
 
-TEST(Wave2ByteOfInts, storesTheHeadAloneOfAnEmptyWave)
+TEST(Wave2ByteOfInts, storesOnlyTheHeadOfAnEmptyWave)
 {
     BlobWaveHead head = headOf(distinctBytes());
     QByteArray expected = distinctBytes();
@@ -346,7 +346,7 @@ TEST(Wave2ByteOfInts, storesTheHeadAloneOfAnEmptyWave)
     EXPECT_EQ(hex(pack(head, Ints())), hex(expected));
 }
 
-// Always raw values, whatever bit 1 says.
+// Always raw values, regardless of bit 1.
 TEST(Wave2ByteOfInts, setsBit0AndCompressesByBit2)
 {
     const QByteArray block = "0000 ffff 0180"_hex;
@@ -388,7 +388,7 @@ TEST(Wave2Byte, replacesTheStoredVector)
     }
 }
 
-TEST(Wave2Byte, storesJustTheBlockInTheRawBuffer)
+TEST(Wave2Byte, storesOnlyTheBlockInTheRawBuffer)
 {
     for (int flags : {0, compressedBit}) {
         SCOPED_TRACE(flags);
@@ -409,7 +409,7 @@ TEST(Wave2Byte, storesJustTheBlockInTheRawBuffer)
     }
 }
 
-TEST(Wave2Byte, leavesThePackedBufferAloneWithoutBit2)
+TEST(Wave2Byte, leavesThePackedBufferUnchangedWithoutBit2)
 {
     for (int flags : {0, 1, 2, 3, 0xfb}) {
         SCOPED_TRACE(flags);
@@ -423,9 +423,9 @@ TEST(Wave2Byte, leavesThePackedBufferAloneWithoutBit2)
     }
 }
 
-// --- Packing more than zlib has room for ----------------------------------------
+// --- Packing more than zlib's buffer holds --------------------------------------
 
-// So many raw values that no compression helps.
+// Raw values that do not compress.
 static Ints noise(int count)
 {
     std::mt19937 numbers(1);
@@ -439,9 +439,9 @@ static Ints noise(int count)
 TEST(Wave2ByteOfFloats, failsAboveFiveMillionPackedBytes)
 {
     std::mt19937 numbers(1);
-    Floats samples = {floatOf(0x3fffffff), floatOf(0xbfffffff)}; // the largest and the smallest of what follows
+    Floats samples = {floatOf(0x3fffffff), floatOf(0xbfffffff)}; // larger and smaller than all that follow
     while (samples.size() < 1400000)
-        samples.push_back(floatOf(unsigned(numbers()) & 0xbfffffff)); // no exponent that makes it 2 or more
+        samples.push_back(floatOf(unsigned(numbers()) & 0xbfffffff)); // below 2 in magnitude
 
     QByteArray expected = distinctBytes();
     expected[1] = compressedBit;
@@ -455,7 +455,7 @@ TEST(Wave2ByteOfFloats, failsAboveFiveMillionPackedBytes)
                      "000000e0ffffff3f" // 32 limitHigh
                      "000000e0ffffffbf" // 40 limitLow
                      "c05c1500"_hex);   // 48 sampleCount 1400000
-    EXPECT_EQ(hex(bytesOf(head)), hex(expected)) << "markCount is not set yet";
+    EXPECT_EQ(hex(bytesOf(head)), hex(expected)) << "markCount must not be set yet";
 }
 
 TEST(Wave2ByteOfInts, failsAboveFiveMillionPackedBytes)
@@ -471,10 +471,10 @@ TEST(Wave2ByteOfInts, failsAboveFiveMillionPackedBytes)
     EXPECT_EQ(stored, (Bytes{1, 2, 3}));
     expected[1] = rawBit | compressedBit;
     expected.replace(48, 4, "40ac2700"_hex); // 48 sampleCount 2600000
-    EXPECT_EQ(hex(bytesOf(head)), hex(expected)) << "limits and markCount are not set";
+    EXPECT_EQ(hex(bytesOf(head)), hex(expected)) << "limits and markCount must not be set";
 }
 
-// Noise grows by a few bytes a block in zlib: the longest wave that still fits is found in one step or two.
+// zlib adds a few bytes per block to noise: the longest wave that still fits is found in one or two steps.
 TEST(Wave2ByteOfInts, packsUpToFiveMillionBytes)
 {
     const Ints samples = noise(2500000);
@@ -523,7 +523,7 @@ TEST(Byte2Wave, readsCompressedFloats)
     EXPECT_EQ(images(unpacked.samples), images(goldenFloats()));
 }
 
-// Bit 0 goes ahead of bit 1; the bits above 2 mean nothing.
+// Bit 0 takes precedence over bit 1; bits above 2 are ignored.
 
 TEST(Byte2Wave, readsRawValues)
 {
@@ -579,10 +579,10 @@ TEST(Byte2Wave, ignoresTheBitsAbove2OfAFloatWave)
     EXPECT_EQ(Unpacked(wave(0xfc, compressed("0000803f 000000c0"_hex))).samples, (Floats{1, -2}));
 }
 
-TEST(Byte2Wave, carriesEveryByteOfTheHead)
+TEST(Byte2Wave, copiesEveryByteOfTheHead)
 {
     QByteArray stored = distinctBytes();
-    stored.replace(52, 4, QByteArray(4, 0)); // markCount; flags a1 and a sampleCount of billions stay
+    stored.replace(52, 4, QByteArray(4, 0)); // markCount; flags a1 and the huge sampleCount are kept
     const Unpacked unpacked(stored);
     EXPECT_EQ(unpacked.result, 1);
     EXPECT_EQ(hex(bytesOf(unpacked.head)), hex(stored));
@@ -604,7 +604,7 @@ TEST(Byte2Wave, replacesSamplesAndMarks)
     }
 }
 
-TEST(Byte2Wave, leavesTheWorkBufferAloneWithoutBit2)
+TEST(Byte2Wave, leavesTheWorkBufferUnchangedWithoutBit2)
 {
     for (int flags : {0, 1, 2, 3, 0xfb}) {
         SCOPED_TRACE(flags);
@@ -618,14 +618,14 @@ TEST(Byte2Wave, leavesTheWorkBufferAloneWithoutBit2)
     }
 }
 
-// The limits stand in the head as doubles. A line takes them so, a range as floats.
+// The head contains the limits as doubles. Scale and offset are used as doubles, limits of a range as floats.
 
-TEST(Byte2Wave, takesScaleAndOffsetInDoublePrecision)
+TEST(Byte2Wave, usesScaleAndOffsetInDoublePrecision)
 {
     BlobWaveHead head = headWith(rawBit);
     head.limitHigh = 0.1;
     head.limitLow = 0.3;
-    // Either of them as float gives ...9a, and so does a product that is not rounded.
+    // ...9a if either were a float, or if the product were not rounded.
     EXPECT_EQ(images(Unpacked(wave(head, "0900"_hex)).samples), "3f999999");
 }
 
@@ -639,7 +639,7 @@ TEST(Byte2Wave, narrowsTheLimitsOfQuantisedSamplesToFloats)
 
 // --- Unpacking: how many samples ------------------------------------------------
 
-TEST(Byte2Wave, takesTheNumberOfSamplesFromTheBytes)
+TEST(Byte2Wave, computesTheNumberOfSamplesFromTheByteCount)
 {
     for (unsigned int sampleCount : {0u, 1u, 3u, 0xffffffffu}) {
         SCOPED_TRACE(sampleCount);
@@ -652,7 +652,7 @@ TEST(Byte2Wave, takesTheNumberOfSamplesFromTheBytes)
     }
 }
 
-TEST(Byte2Wave, dropsTheBytesOfAnUnfinishedSample)
+TEST(Byte2Wave, dropsTheBytesOfAnIncompleteSample)
 {
     BlobWaveHead head;
     head.limitHigh = 1;
@@ -671,7 +671,7 @@ TEST(Byte2Wave, dropsTheBytesOfAnUnfinishedSample)
     }
 }
 
-TEST(Byte2Wave, emptiesTheSamplesOfAnEmptyFloatWave)
+TEST(Byte2Wave, clearsTheSamplesIfAFloatWaveIsEmpty)
 {
     for (const QByteArray& stored : {wave(0, ""), wave(0, "000000"_hex), wave(compressedBit, compressed(""))}) {
         const Unpacked unpacked(stored);
@@ -680,7 +680,7 @@ TEST(Byte2Wave, emptiesTheSamplesOfAnEmptyFloatWave)
     }
 }
 
-TEST(Byte2Wave, leavesTheSamplesOfAnEmptyWaveInSixteenBits)
+TEST(Byte2Wave, leavesTheSamplesIfA16BitWaveIsEmpty)
 {
     for (int flags : {1, 2, 3}) {
         SCOPED_TRACE(flags);
@@ -707,7 +707,7 @@ TEST(Byte2Wave, refusesEveryShorterHeadAndChangesNothing)
     }
 }
 
-// Expects that all but the head is left as it was.
+// Expects everything except the head to be unchanged.
 static void expectMarksRefused(const QByteArray& stored)
 {
     const Unpacked unpacked(stored);
@@ -717,7 +717,7 @@ static void expectMarksRefused(const QByteArray& stored)
     EXPECT_EQ(unpacked.marks, Unpacked::oldMarks);
 }
 
-// The size of the head is counted twice: marks want 96 bytes of samples behind them.
+// The size of the head is counted twice: marks must be followed by 96 bytes of samples.
 
 TEST(Byte2Wave, refusesMarksWithLessThan96BytesOfSamples)
 {
@@ -734,9 +734,9 @@ TEST(Byte2Wave, refusesMarksWithLessThan96BytesOfSamples)
     EXPECT_EQ(unpacked.samples, Floats(24, 0));
 }
 
-TEST(Byte2Wave, countsTheBytesBeforeTheyAreUnpacked)
+TEST(Byte2Wave, comparesMarksWithTheCompressedSize)
 {
-    const QByteArray zeros = compressed(QByteArray(4000, 0)); // some 20 bytes
+    const QByteArray zeros = compressed(QByteArray(4000, 0)); // about 20 bytes
     BlobWaveHead head = headWith(compressedBit);
     EXPECT_EQ(Unpacked(wave(head, zeros)).samples, Floats(1000, 0));
     head.markCount = 1;
@@ -758,7 +758,7 @@ TEST(Byte2Wave, refusesTenSamplesAndOneMarkAlthoughWave2ByteWritesThem)
 
 TEST(Byte2Wave, refusesEveryShorterWaveWithMarks)
 {
-    const QByteArray whole = goldenFile("waves/raw.hex"); // 3 marks and 128 bytes of samples, of which it wants 96
+    const QByteArray whole = goldenFile("waves/raw.hex"); // 3 marks and 128 bytes of samples, of which 96 are required
     for (int size = 96; size < 96 + 12 + 96; ++size) {
         SCOPED_TRACE(size);
         expectMarksRefused(whole.left(size));
@@ -774,8 +774,8 @@ TEST(Byte2Wave, leavesTheMarksIfTheWaveHasNone)
     EXPECT_EQ(unpacked.marks, Unpacked::oldMarks);
 }
 
-// The bytes that marks want are a signed number of 32 bits. A count that wraps it gets past the length, but no mark is
-// read that is not there.
+// The size that marks need is a signed 32-bit number. A count that wraps it passes the length check, but no mark is
+// read past the buffer.
 TEST(Byte2Wave, refusesEveryMarkCountThatWraps)
 {
     for (unsigned int markCount : {0x1fffffe7u,    // 4 * markCount + 96 is 7ffffffc, the last positive number
@@ -783,7 +783,7 @@ TEST(Byte2Wave, refusesEveryMarkCountThatWraps)
                                    0x20000000u,    // 80000060
                                    0x3fffffe8u,    // 0
                                    0x40000000u,    // 96
-                                   0x40000001u,    // 100, just what there is
+                                   0x40000001u,    // 100, exactly the available bytes
                                    0x80000000u,    // 96
                                    0xc0000001u,    // 100
                                    0xffffffe8u,    // 0
@@ -797,7 +797,7 @@ TEST(Byte2Wave, refusesEveryMarkCountThatWraps)
     }
 }
 
-TEST(Byte2Wave, overwritesTheHeadOfAWaveItRefuses)
+TEST(Byte2Wave, overwritesTheHeadEvenIfItRefusesTheWave)
 {
     expectMarksRefused(distinctBytes()); // markCount d7d6d5d4
 }
@@ -807,7 +807,7 @@ TEST(Byte2Wave, overwritesTheHeadOfAWaveItRefuses)
 TEST(Byte2Wave, refusesACorruptStream)
 {
     QByteArray stored = goldenFile("waves/floatsPacked.hex");
-    stored[stored.size() - 1] = char(stored[stored.size() - 1] ^ 1); // its check sum
+    stored[stored.size() - 1] = char(stored[stored.size() - 1] ^ 1); // its checksum
     const Unpacked unpacked(stored);
     EXPECT_EQ(unpacked.result, 0);
     EXPECT_EQ(hex(bytesOf(unpacked.head)), hex(stored.left(96)));
@@ -830,7 +830,7 @@ TEST(Byte2Wave, refusesEveryShorterStream)
     }
 }
 
-TEST(Byte2Wave, refusesSamplesThatAreNotCompressedAlthoughBit2IsSet)
+TEST(Byte2Wave, refusesUncompressedSamplesIfBit2IsSet)
 {
     const Unpacked unpacked(withFlags(goldenFile("waves/floats.hex"), compressedBit));
     EXPECT_EQ(unpacked.result, 0);
@@ -838,7 +838,7 @@ TEST(Byte2Wave, refusesSamplesThatAreNotCompressedAlthoughBit2IsSet)
     EXPECT_EQ(unpacked.samples, Unpacked::oldSamples);
 }
 
-TEST(Byte2Wave, ignoresWhatFollowsTheStream)
+TEST(Byte2Wave, ignoresBytesAfterTheStream)
 {
     const Unpacked unpacked(wave(compressedBit, compressed("0000803f"_hex) + "aabb"_hex));
     EXPECT_EQ(unpacked.result, 1);
@@ -856,7 +856,7 @@ TEST(Byte2Wave, unpacksUpToFiveMillionBytes)
     EXPECT_EQ(longer.samples, Unpacked::oldSamples);
 }
 
-// Zeros shrink to almost nothing, so that the writer has room for any number of them.
+// Zeros compress to almost nothing, so any number of them fits.
 TEST(Byte2Wave, refusesMoreThanFiveMillionBytesAlthoughWave2ByteWritesThem)
 {
     BlobWaveHead head = headWith(compressedBit);
@@ -866,9 +866,9 @@ TEST(Byte2Wave, refusesMoreThanFiveMillionBytesAlthoughWave2ByteWritesThem)
     EXPECT_EQ(unpacked.samples, Unpacked::oldSamples);
 }
 
-// --- There and back -------------------------------------------------------------
+// --- Round trips ----------------------------------------------------------------
 
-TEST(Waves, comeBackExactlyAsFloats)
+TEST(Waves, roundTripExactlyAsFloats)
 {
     const Floats samples = {0.1f, -0.0f, 1e-45f, -3e38f, 4, 5, 6, 7, 8, 9};
     for (int flags : {0, compressedBit}) {
@@ -878,7 +878,7 @@ TEST(Waves, comeBackExactlyAsFloats)
     }
 }
 
-TEST(Waves, comeBackWithinOneStepIfTheyAreQuantised)
+TEST(Waves, roundTripWithinOneStepIfQuantised)
 {
     Floats samples;
     for (int i = 0; i <= 1000; ++i)
@@ -897,7 +897,7 @@ TEST(Waves, comeBackWithinOneStepIfTheyAreQuantised)
     }
 }
 
-TEST(Waves, quantiseEverySampleOfALongWaveAndBack)
+TEST(Waves, roundTripEverySampleOfALongQuantisedWave)
 {
     std::mt19937 engine(11);
     for (const size_t count : {1u, 4095u, 4096u, 4097u, 10000u}) {
@@ -928,7 +928,7 @@ TEST(Waves, quantiseEverySampleOfALongWaveAndBack)
     }
 }
 
-TEST(Waves, comeBackAsTheirConstantIfTheyAreQuantised)
+TEST(Waves, roundTripAConstantIfQuantised)
 {
     for (int flags : {quantisedBit, quantisedBit | compressedBit}) {
         SCOPED_TRACE(flags);
@@ -939,7 +939,7 @@ TEST(Waves, comeBackAsTheirConstantIfTheyAreQuantised)
     }
 }
 
-TEST(Waves, comeBackByTheirLineIfTheyAreRaw)
+TEST(Waves, roundTripThroughScaleAndOffsetIfRaw)
 {
     for (int flags : {0, 1, 2, 3, 4, 5, 6, 7}) {
         SCOPED_TRACE(flags);
@@ -950,14 +950,14 @@ TEST(Waves, comeBackByTheirLineIfTheyAreRaw)
     }
 }
 
-TEST(Waves, comeBackAsSignedSixteenBitsIfTheyAreRaw)
+TEST(Waves, comeBackAsSigned16BitValuesIfRaw)
 {
     BlobWaveHead head;
     head.limitHigh = 1;
     EXPECT_EQ(Unpacked(pack(head, Ints{70000, 40000, -32768, 32767})).samples, (Floats{4464, -25536, -32768, 32767}));
 }
 
-TEST(Waves, ofFloatsAreTakenForRawValuesWithBit0)
+TEST(Waves, ofFloatsAreReadAsRawValuesIfBit0IsSet)
 {
     BlobWaveHead head = headWith(rawBit);
     EXPECT_EQ(Unpacked(pack(head, Floats{1})).samples, (Floats{1, 16257})); // 0 and 3f80, with scale and offset 1

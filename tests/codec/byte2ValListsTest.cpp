@@ -21,7 +21,7 @@ static const float notANumber = std::nanf("");
 
 // --- Helpers --------------------------------------------------------------------
 
-// What `write` has stored in `room` bytes of 0xee, with two more on either side.
+// What `write` stores in `room` bytes of 0xee, with two more bytes on either side.
 static std::string stored(int room, const std::function<void(char*)>& write)
 {
     QByteArray field(room + 4, char(0xee));
@@ -45,7 +45,7 @@ static_assert(hasListWriter<float, char*> && !hasListWriter<float, QByteArray&>)
 static_assert(hasListWriter<double, char*> && !hasListWriter<double, QByteArray&>);
 static_assert(hasListWriter<unsigned char, QByteArray&> && !hasListWriter<unsigned char, char*>);
 
-// The one overload of each name, without a cast.
+// Each name has one overload, so none needs a cast.
 using IntsWriter = void (*)(const std::vector<int>&, char*);
 using IntsReader = int (*)(const char*, int, std::vector<int>&);
 static_assert(std::is_same_v<decltype(&CByte2Val::ushorts2Buffer), IntsWriter>);
@@ -67,7 +67,7 @@ static_assert(std::is_same_v<decltype(&CByte2Val::ad2float),
 
 // --- Writing lists --------------------------------------------------------------
 
-TEST(List2Byte, appendsCountAndIntsBehindWhatTheArrayHolds)
+TEST(List2Byte, appendsCountAndInts)
 {
     QByteArray data = "aabb"_hex;
     CByte2Val::list2Byte(std::vector<int>{0x12345678, -2, intMin}, data);
@@ -99,7 +99,7 @@ TEST(List2Byte, storesCountAndFloats)
     EXPECT_EQ(stored(4, [](char* buf) { CByte2Val::list2Byte(std::vector<float>(), buf); }), "ee ee 00 00 00 00 ee ee");
 }
 
-TEST(List2Byte, appendsCountAndBytesBehindWhatTheArrayHolds)
+TEST(List2Byte, appendsCountAndBytes)
 {
     QByteArray data = "aabb"_hex;
     CByte2Val::list2Byte(std::vector<unsigned char>{0x00, 0x7f, 0xff}, data);
@@ -121,7 +121,7 @@ TEST(List2Byte, writesACountOfMoreThanOneByte)
     EXPECT_EQ(data.size(), 4 + 0x10203);
 }
 
-TEST(List2Byte, leavesACopyOfTheArrayAlone)
+TEST(List2Byte, leavesACopyOfTheArrayUnchanged)
 {
     QByteArray data = "aa"_hex;
     const QByteArray copy = data;
@@ -131,9 +131,9 @@ TEST(List2Byte, leavesACopyOfTheArrayAlone)
     EXPECT_EQ(hex(copy), "aa");
 }
 
-// Eight bytes an element, but only four on to the next: each one covers the upper half of the one before.
+// Each element is stored in eight bytes but only four apart, so it overwrites the upper half of the previous one.
 
-TEST(List2Byte, storesTheLowHalfOfEachDoubleButTheLast)
+TEST(List2Byte, storesOnlyTheLowHalfOfAllDoublesButTheLast)
 {
     const std::vector<double> list = {doubleOf(0x1817161514131211), doubleOf(0x2827262524232221),
                                       doubleOf(0x3837363534333231)};
@@ -150,13 +150,13 @@ TEST(List2Byte, storesSixteenBytesForTwoDoubles)
               "ee ee 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 40 ee ee");
 }
 
-TEST(List2Byte, storesASingleDoubleWhole)
+TEST(List2Byte, storesAllBytesOfASingleDouble)
 {
     EXPECT_EQ(stored(12, [](char* buf) { CByte2Val::list2Byte(std::vector<double>{-1.0}, buf); }),
               "ee ee 01 00 00 00 00 00 00 00 00 00 f0 bf ee ee");
 }
 
-TEST(List2Byte, storesTheCountAloneForAnEmptyListOfDoubles)
+TEST(List2Byte, storesOnlyTheCountOfAnEmptyListOfDoubles)
 {
     EXPECT_EQ(stored(4, [](char* buf) { CByte2Val::list2Byte(std::vector<double>(), buf); }),
               "ee ee 00 00 00 00 ee ee");
@@ -164,11 +164,11 @@ TEST(List2Byte, storesTheCountAloneForAnEmptyListOfDoubles)
 
 // --- Reading lists --------------------------------------------------------------
 
-// What the four readers have in common is tried with a list of two elements each, and with counts alone:
+// The four readers are tested with a list of two elements each, and with counts alone:
 //
-//   longestCount   the last count whose need is a positive number of 32 bits
-//   nextCount      one more: the need wraps to the lowest number, which any length covers
-//   wrappedCount   the need wraps to what the count alone covers
+//   longestCount   the largest count whose size in bytes is a positive signed 32-bit number
+//   nextCount      one more: the size wraps to the lowest number, and any length is enough
+//   wrappedCount   the size wraps to at most the 4 bytes of the count
 
 struct IntList {
     using Element = int;
@@ -191,7 +191,7 @@ struct FloatList : IntList {
     static std::vector<float> elements() { return {-2.5f, 0.075f}; }
 };
 
-// Four-byte integers that the caller wants as doubles.
+// Four-byte integers, read as doubles.
 struct DoubleList : IntList {
     using Element = double;
     static constexpr const char* name = "doubles";
@@ -217,7 +217,7 @@ class Byte2List : public testing::Test {
 protected:
     using Elements = std::vector<typename List::Element>;
 
-    // Reads from a heap block of just these bytes.
+    // Reads from a heap block of exactly these bytes.
     static int read(const QByteArray& bytes, Elements& out) { return read(bytes, bytes.size(), out); }
     static int read(const QByteArray& bytes, int len, Elements& out)
     {
@@ -246,7 +246,7 @@ TYPED_TEST(Byte2List, readsTheElements)
     EXPECT_EQ(out, TypeParam::elements());
 }
 
-TYPED_TEST(Byte2List, appendsBehindWhatTheVectorHolds)
+TYPED_TEST(Byte2List, appendsToAFilledVector)
 {
     auto out = TestFixture::old;
     EXPECT_EQ(TestFixture::read(TypeParam::bytes, out), TypeParam::bytes.size());
@@ -257,7 +257,7 @@ TYPED_TEST(Byte2List, appendsBehindWhatTheVectorHolds)
     EXPECT_EQ(out, expected);
 }
 
-TYPED_TEST(Byte2List, readsASecondListBehindTheFirst)
+TYPED_TEST(Byte2List, appendsASecondList)
 {
     typename TestFixture::Elements out;
     TestFixture::read(TypeParam::bytes, out);
@@ -267,7 +267,7 @@ TYPED_TEST(Byte2List, readsASecondListBehindTheFirst)
     EXPECT_EQ(out[1], out[3]);
 }
 
-TYPED_TEST(Byte2List, leavesTheBytesBehindTheList)
+TYPED_TEST(Byte2List, ignoresBytesAfterTheList)
 {
     typename TestFixture::Elements out;
     EXPECT_EQ(TestFixture::read(TypeParam::bytes + "ff"_hex, out), TypeParam::bytes.size());
@@ -284,7 +284,7 @@ TYPED_TEST(Byte2List, refusesEveryShorterBufferAndLeavesTheVector)
     }
 }
 
-TYPED_TEST(Byte2List, goesByTheGivenLengthAlone)
+TYPED_TEST(Byte2List, usesOnlyTheGivenLength)
 {
     auto out = TestFixture::old;
     for (int len : {3, 0, -1, intMin, int(TypeParam::bytes.size()) - 1}) {
@@ -294,7 +294,7 @@ TYPED_TEST(Byte2List, goesByTheGivenLengthAlone)
     }
 }
 
-TYPED_TEST(Byte2List, takesTheCountAloneOfAnEmptyList)
+TYPED_TEST(Byte2List, acceptsTheCountAloneForAnEmptyList)
 {
     auto out = TestFixture::old;
     EXPECT_EQ(TestFixture::read("00000000"_hex, out), 4);
@@ -302,15 +302,15 @@ TYPED_TEST(Byte2List, takesTheCountAloneOfAnEmptyList)
     EXPECT_EQ(out, TestFixture::old);
 }
 
-TYPED_TEST(Byte2List, refusesACountWhoseNeedIsJustPositive)
+TYPED_TEST(Byte2List, refusesTheLargestCountThatDoesNotWrap)
 {
     auto out = TestFixture::old;
     EXPECT_EQ(TestFixture::read(QByteArray::fromHex(TypeParam::longestCount), out), 0);
     EXPECT_EQ(out, TestFixture::old);
 }
 
-// The need is a signed number of 32 bits. A count that wraps it gets past the length, and the vector fails to grow.
-TYPED_TEST(Byte2List, failsToGrowForACountThatWrapsTheNeed)
+// The size is a signed 32-bit number. A count that wraps it passes the length check, and the vector cannot grow.
+TYPED_TEST(Byte2List, propagatesTheAllocationFailureOfACountThatWraps)
 {
     for (const char* count : {TypeParam::nextCount, TypeParam::wrappedCount, "00000080", "ffffffff"}) {
         SCOPED_TRACE(count);
@@ -320,7 +320,7 @@ TYPED_TEST(Byte2List, failsToGrowForACountThatWrapsTheNeed)
     }
 }
 
-TEST(Byte2List, wantsTwelveBytesForTwoInts)
+TEST(Byte2List, needsTwelveBytesForTwoInts)
 {
     const std::vector<char> bytes = heapBytes("02000000 01000000 02000000 03"_hex);
     for (const auto& [len, consumed] : {std::pair(11, 0), std::pair(12, 12), std::pair(13, 12)}) {
@@ -339,7 +339,7 @@ TEST(Byte2List, keepsTheBitsOfFloats)
     EXPECT_EQ(images(out), "7f800000 7f812345 c0000001 80000000");
 }
 
-TEST(Byte2List, readsIntegersWithTheirSignAsDoubles)
+TEST(Byte2List, readsSignedIntegersAsDoubles)
 {
     std::vector<double> out;
     EXPECT_EQ(CByte2Val::byte2List(heapBytes("01000000 feffffff"_hex).data(), 8, out), 8);
@@ -347,7 +347,7 @@ TEST(Byte2List, readsIntegersWithTheirSignAsDoubles)
     EXPECT_EQ(out, (std::vector<double>{-2.0, -2147483648.0, 16777217.0}));
 }
 
-TEST(Byte2List, readsNoListOfDoublesThatList2ByteHasWritten)
+TEST(Byte2List, cannotReadADoubleListWrittenByList2Byte)
 {
     std::vector<char> bytes(16);
     CByte2Val::list2Byte(std::vector<double>{1.0, 2.0}, bytes.data());
@@ -356,7 +356,7 @@ TEST(Byte2List, readsNoListOfDoublesThatList2ByteHasWritten)
     EXPECT_EQ(out, (std::vector<double>{0.0, 0.0}));
 }
 
-TEST(Byte2List, bringsTheOtherListsBack)
+TEST(Byte2List, readsTheOtherWrittenListsBack)
 {
     const std::vector<int> ints = {0, -1, intMin, intMax};
     QByteArray data;
@@ -403,14 +403,14 @@ TEST(Floats2Buffer, storesTheImageOfEach)
               "ee ee 00 00 80 3f 00 00 00 80 45 23 81 7f ee ee");
 }
 
-TEST(Doubles2Buffer, storesTheWholeImageOfEach)
+TEST(Doubles2Buffer, storesAllEightBytesOfEach)
 {
     const std::vector<double> values = {doubleOf(0x1817161514131211), -1.0};
     EXPECT_EQ(stored(16, [&](char* buf) { CByte2Val::doubles2Buffer(values, buf); }),
               "ee ee 11 12 13 14 15 16 17 18 00 00 00 00 00 00 f0 bf ee ee");
 }
 
-TEST(Values2Buffer, storeNothingOfAnEmptyVector)
+TEST(Values2Buffer, storeNothingForAnEmptyVector)
 {
     EXPECT_EQ(stored(2, [](char* buf) { CByte2Val::ushorts2Buffer({}, buf); }), "ee ee ee ee ee ee");
     EXPECT_EQ(stored(2, [](char* buf) { CByte2Val::ints2Buffer({}, buf); }), "ee ee ee ee ee ee");
@@ -427,7 +427,7 @@ TEST(Buffer2Ints, readsFourBytesEach)
     EXPECT_EQ(out, (std::vector<int>{0x12345678, -2, intMin}));
 }
 
-TEST(Buffer2UShorts, readsTwoBytesEachWithoutSign)
+TEST(Buffer2UShorts, readsUnsignedTwoByteValues)
 {
     std::vector<int> out;
     EXPECT_EQ(CByte2Val::buffer2UShorts(heapBytes("ffff"_hex).data(), 1, out), 2);
@@ -436,7 +436,7 @@ TEST(Buffer2UShorts, readsTwoBytesEachWithoutSign)
     EXPECT_EQ(out, (std::vector<int>{0, 0x1234, 32767, 32768}));
 }
 
-TEST(Buffer2Shorts, readsTwoBytesEachWithSign)
+TEST(Buffer2Shorts, readsSignedTwoByteValues)
 {
     std::vector<int> out;
     EXPECT_EQ(CByte2Val::buffer2Shorts(heapBytes("ffff"_hex).data(), 1, out), 2);
@@ -460,10 +460,10 @@ TEST(Buffer2Doubles, copiesTheImageOfEach)
     EXPECT_EQ(doubleImages(out), "1817161514131211 bff0000000000000 7ff0000000012345");
 }
 
-// Bytes for two elements of the widest reader, and for none.
+// Bytes for two elements of the widest reader.
 static const QByteArray twoElements(16, char(1));
 
-// Tries what all five readers have in common with one of them.
+// Checks of one reader that hold for all five.
 template <typename Element>
 static void expectToReplace(int (*read)(const char*, int, std::vector<Element>&), int width)
 {
@@ -480,7 +480,7 @@ static void expectToReplace(int (*read)(const char*, int, std::vector<Element>&)
     EXPECT_EQ(shorter, longer) << "grows";
 
     EXPECT_EQ(read(heapBytes("").data(), 0, shorter), 0);
-    EXPECT_TRUE(shorter.empty()) << "a count of 0 empties";
+    EXPECT_TRUE(shorter.empty()) << "a count of 0 clears";
 
     std::vector<Element> kept(3, Element(9));
     EXPECT_THROW(read(bytes.data(), -1, kept), std::length_error);
@@ -509,7 +509,7 @@ TEST(Buffer2Doubles, replacesTheVector)
     expectToReplace(CByte2Val::buffer2Doubles, 8);
 }
 
-TEST(Buffer2Doubles, bringsBackWhatDoubles2BufferHasWritten)
+TEST(Buffer2Doubles, readsWhatDoubles2BufferWrote)
 {
     const std::vector<double> values = {0.1, -1e308, 5e-324};
     std::vector<char> bytes(24);
@@ -521,7 +521,7 @@ TEST(Buffer2Doubles, bringsBackWhatDoubles2BufferHasWritten)
 
 // --- calcLimit ------------------------------------------------------------------
 
-// The images of upper and lower of these values, with 100 and -100 in them before.
+// The images of upper and lower limit of these values, which are 100 and -100 before.
 static std::string limits(const std::vector<float>& values)
 {
     double upper = 100;
@@ -539,12 +539,12 @@ TEST(CalcLimit, findsTheLargestAndTheSmallest)
     EXPECT_EQ(limits({-1, -3, -2}), doubleImages({-1.0, -3.0}));
 }
 
-TEST(CalcLimit, givesASingleElementTwice)
+TEST(CalcLimit, returnsASingleElementAsBothLimits)
 {
     EXPECT_EQ(limits({-5}), doubleImages({-5.0, -5.0}));
 }
 
-TEST(CalcLimit, leavesTheLimitsOfAnEmptyVector)
+TEST(CalcLimit, leavesTheLimitsForAnEmptyVector)
 {
     EXPECT_EQ(limits({}), doubleImages({100.0, -100.0}));
 }
@@ -555,12 +555,12 @@ TEST(CalcLimit, widensTheFloats)
     EXPECT_EQ(limits({0, 0.1f, -0.1f}), "3fb99999a0000000 bfb99999a0000000");
 }
 
-TEST(CalcLimit, passesOverANanBehindTheFirstPlace)
+TEST(CalcLimit, skipsANanAfterTheFirstElement)
 {
     EXPECT_EQ(limits({2, notANumber, 3, notANumber, 1}), doubleImages({3.0, 1.0}));
 }
 
-TEST(CalcLimit, keepsANanOfTheFirstPlace)
+TEST(CalcLimit, keepsANanInTheFirstElement)
 {
     EXPECT_EQ(limits({notANumber, 3, 1}), "7ff8000000000000 7ff8000000000000");
     EXPECT_EQ(limits({notANumber}), "7ff8000000000000 7ff8000000000000");
@@ -589,7 +589,7 @@ TEST(CalcLimit, keepsTheFirstOfTwoZerosFarApart)
     EXPECT_EQ(limits(values), "0000000000000000 bff0000000000000");
 }
 
-TEST(CalcLimit, takesInfinitiesAsNumbers)
+TEST(CalcLimit, treatsInfinitiesAsNumbers)
 {
     EXPECT_EQ(limits({1, infinity, -infinity}), "7ff0000000000000 fff0000000000000");
     EXPECT_EQ(limits({infinity, 1}), doubleImages({infinity, 1}));
@@ -607,18 +607,18 @@ static std::vector<int> toShorts(const std::vector<float>& values, float upper, 
 TEST(Float2Short, mapsTheLimitsOnto65535And0)
 {
     EXPECT_EQ(toShorts({10, -10}, 10, -10), (std::vector<int>{65535, 0}));
-    EXPECT_EQ(toShorts({-10, 10}, -10, 10), (std::vector<int>{65535, 0})) << "the upper limit below the lower";
+    EXPECT_EQ(toShorts({-10, 10}, -10, 10), (std::vector<int>{65535, 0})) << "upper limit below lower limit";
 }
 
 TEST(Float2Short, truncatesTowardsZero)
 {
-    EXPECT_EQ(toShorts({0.5f, -0.5f}, 1, 0), (std::vector<int>{32767, -32767})); // of 32767.5
+    EXPECT_EQ(toShorts({0.5f, -0.5f}, 1, 0), (std::vector<int>{32767, -32767})); // from 32767.5
     EXPECT_EQ(toShorts({0.99f, -0.99f}, 65535, 0), (std::vector<int>{0, 0}));
 }
 
 TEST(Float2Short, doesNotClamp)
 {
-    EXPECT_EQ(toShorts({1.5f, -1, 2}, 1, 0), (std::vector<int>{98302, -65535, 131070})); // of 98302.5
+    EXPECT_EQ(toShorts({1.5f, -1, 2}, 1, 0), (std::vector<int>{98302, -65535, 131070})); // from 98302.5
 }
 
 TEST(Float2Short, replacesTheVector)
@@ -631,20 +631,20 @@ TEST(Float2Short, replacesTheVector)
     EXPECT_EQ(out, (std::vector<int>{0, 65535, 32767})) << "grows";
 }
 
-TEST(Float2Short, leavesTheVectorWithNothingGiven)
+TEST(Float2Short, leavesTheVectorIfTheInputIsEmpty)
 {
     std::vector<int> out = {1, 2};
     CByte2Val::float2Short({}, 1, 0, out);
     EXPECT_EQ(out, (std::vector<int>{1, 2}));
 }
 
-TEST(Float2Short, givesTheLowestIntForEveryElementIfTheLimitsAreEqual)
+TEST(Float2Short, storesIntMinForEveryElementIfTheLimitsAreEqual)
 {
     EXPECT_EQ(toShorts({5, 6, 4, notANumber, infinity}, 5, 5), std::vector<int>(5, intMin));
     EXPECT_EQ(toShorts({0, -0.0f}, 0, -0.0f), std::vector<int>(2, intMin));
 }
 
-TEST(Float2Short, givesTheLowestIntForWhatIsNoNumber)
+TEST(Float2Short, storesIntMinForNan)
 {
     EXPECT_EQ(toShorts({notANumber, infinity, -infinity, 1}, 1, 0), (std::vector<int>{intMin, intMin, intMin, 65535}));
     EXPECT_EQ(toShorts({0, 1}, notANumber, 0), std::vector<int>(2, intMin));
@@ -652,21 +652,21 @@ TEST(Float2Short, givesTheLowestIntForWhatIsNoNumber)
     EXPECT_EQ(toShorts({0, infinity}, infinity, 0), (std::vector<int>{0, intMin}));
 }
 
-TEST(Float2Short, givesTheLowestIntForWhatNoIntHolds)
+TEST(Float2Short, storesIntMinForValuesBeyondInt)
 {
     EXPECT_EQ(toShorts({32768.49609375f, -32768.49609375f}, 1, 0), (std::vector<int>{2147483392, -2147483392}));
     EXPECT_EQ(toShorts({32768.5f}, 1, 0), std::vector<int>{intMin});         // 2147483648
-    EXPECT_EQ(toShorts({-32768.5f}, 1, 0), std::vector<int>{intMin});        // -2147483648, which an int holds
+    EXPECT_EQ(toShorts({-32768.5f}, 1, 0), std::vector<int>{intMin});        // -2147483648, which fits an int
     EXPECT_EQ(toShorts({-32768.50390625f}, 1, 0), std::vector<int>{intMin}); // -2147483904
-    EXPECT_EQ(toShorts({65536 * 65536.0f, 3e38f, -3e38f}, 1, 0), std::vector<int>(3, intMin)); // low 32 bits not kept
+    EXPECT_EQ(toShorts({65536 * 65536.0f, 3e38f, -3e38f}, 1, 0), std::vector<int>(3, intMin)); // not the low 32 bits
 }
 
-TEST(Float2Short, overflowsARangeThatNoFloatHolds)
+TEST(Float2Short, overflowsIfTheRangeExceedsFloat)
 {
     EXPECT_EQ(toShorts({0, 3e38f}, 3e38f, -3e38f), (std::vector<int>{0, intMin})); // finite / inf, inf / inf
 }
 
-// Each line stands beside the nearest other way to compute it, which gives another integer.
+// The comments show the closest other way to compute each value and its different result.
 TEST(Float2Short, roundsToSinglePrecisionAtEachStep)
 {
     EXPECT_EQ(toShorts({0.42f}, 0.7f, 0.1f), std::vector<int>{34952});    // all in double: 34951
@@ -691,7 +691,7 @@ static std::vector<float> fromShorts(const std::vector<int>& raw, float upper, f
 TEST(Short2float, maps65535And0OntoTheLimits)
 {
     EXPECT_EQ(fromShorts({65535, 0}, 10, -10), (std::vector<float>{10, -10}));
-    EXPECT_EQ(fromShorts({65535, 0}, -10, 10), (std::vector<float>{-10, 10})) << "the upper limit below the lower";
+    EXPECT_EQ(fromShorts({65535, 0}, -10, 10), (std::vector<float>{-10, 10})) << "upper limit below lower limit";
     EXPECT_EQ(fromShorts({0, 1, 65535}, 5, 5), (std::vector<float>{5, 5, 5})) << "equal limits";
 }
 
@@ -711,25 +711,25 @@ TEST(Short2float, replacesTheVector)
     EXPECT_EQ(out, (std::vector<float>{1, 0, 1})) << "grows";
 }
 
-TEST(Short2float, leavesTheVectorWithNothingGiven)
+TEST(Short2float, leavesTheVectorIfTheInputIsEmpty)
 {
     std::vector<float> out = {1, 2};
     CByte2Val::short2float({}, 1, 0, out);
     EXPECT_EQ(out, (std::vector<float>{1, 2}));
 }
 
-TEST(Short2float, overflowsARangeThatNoFloatHolds)
+TEST(Short2float, overflowsIfTheRangeExceedsFloat)
 {
     EXPECT_EQ(images(fromShorts({1}, 3e38f, -3e38f)), "7f800000");
 }
 
-// Each line stands beside the nearest other way to compute it, which gives another last bit.
+// The comments show the closest other way to compute each value and its different last digits.
 TEST(Short2float, roundsAtEachStep)
 {
-    EXPECT_EQ(images(fromShorts({16777217}, 1, 0)), "43800081");   // raw to float ahead of the division: ...80
+    EXPECT_EQ(images(fromShorts({16777217}, 1, 0)), "43800081");   // raw converted to float before the division: ...80
     EXPECT_EQ(images(fromShorts({367}, 0.3f, 0.1f)), "3dcf1803");  // quotient kept in double: ...02
     EXPECT_EQ(images(fromShorts({1327}, 0.3f, 0.1f)), "3dd51809"); // range in double: ...08
-    EXPECT_EQ(images(fromShorts({717}, 10, -10)), "c11c7fbc");     // product not rounded ahead of the sum: ...bd
+    EXPECT_EQ(images(fromShorts({717}, 10, -10)), "c11c7fbc");     // product not rounded before the sum: ...bd
     EXPECT_EQ(images(fromShorts({307}, 10, -10)), "c11e803e");     // all in double: ...3f
     EXPECT_EQ(images(fromShorts({649}, 0.3f, 0.1f)), "3dd0db37");  // times range, then by 65535: ...38
     EXPECT_EQ(images(fromShorts({257}, 1, 0)), "3b808081");        // times (range / 65535): ...80
@@ -760,19 +760,20 @@ TEST(Ad2float, replacesTheVector)
     EXPECT_EQ(out, (std::vector<float>{3, 4, 5})) << "grows";
 }
 
-TEST(Ad2float, leavesTheVectorWithNothingGiven)
+TEST(Ad2float, leavesTheVectorIfTheInputIsEmpty)
 {
     std::vector<float> out = {1, 2};
     CByte2Val::ad2float({}, 1, 0, out);
     EXPECT_EQ(out, (std::vector<float>{1, 2}));
 }
 
-TEST(Ad2float, overflowsInTheMiddle)
+TEST(Ad2float, overflowsIfTheProductExceedsFloat)
 {
-    EXPECT_EQ(images(fromLine({10, -10}, 1e38, -1e39)), "7f800000 ff800000"); // in double alone the first were 0
+    EXPECT_EQ(images(fromLine({10, -10}, 1e38, -1e39)),
+              "7f800000 ff800000"); // in double precision the first would be 0
 }
 
-// Each line stands beside the nearest other way to compute it, which gives another last bit.
+// The comments show the closest other way to compute each value and its different last digits.
 TEST(Ad2float, roundsTheProductAndTheSum)
 {
     EXPECT_EQ(images(fromLine({-157}, 0.1, 0.1)), "c1799999");   // product not rounded: ...9a

@@ -1,4 +1,4 @@
-// Random samples and lists of plain values, held against a second codec that works a step and a byte at a time. Every
+// Compares the codec with a second one that works byte by byte, on random samples and lists of plain values. Every
 // random sequence starts from a fixed seed.
 
 #include "byte2Val.h"
@@ -32,7 +32,7 @@ TEST(Float2Short, roundsEachStepToSinglePrecisionOnAnyFloats)
     }
 }
 
-TEST(Short2float, dividesInDoubleAndGoesOnInSinglePrecision)
+TEST(Short2float, dividesInDoubleAndContinuesInSinglePrecision)
 {
     Chance chance(6);
     for (int round = 0; round < 3000 && !HasFailure(); ++round) {
@@ -50,7 +50,7 @@ TEST(Short2float, dividesInDoubleAndGoesOnInSinglePrecision)
     }
 }
 
-TEST(Ad2float, roundsToFloatBehindTheProductAndBehindTheSum)
+TEST(Ad2float, roundsToFloatAfterProductAndSum)
 {
     Chance chance(7);
     for (int round = 0; round < 3000 && !HasFailure(); ++round) {
@@ -68,7 +68,7 @@ TEST(Ad2float, roundsToFloatBehindTheProductAndBehindTheSum)
     }
 }
 
-TEST(CalcLimit, comparesAsDoublesDoOnAnyFloats)
+TEST(CalcLimit, comparesAnyFloatsAsDoubles)
 {
     Chance chance(8);
     for (int round = 0; round < 5000 && !HasFailure(); ++round) {
@@ -81,13 +81,13 @@ TEST(CalcLimit, comparesAsDoublesDoOnAnyFloats)
     }
 }
 
-TEST(CalcLimit, keepsTheFirstOfTheZerosWhereverItStands)
+TEST(CalcLimit, keepsTheFirstZeroAtAnyPosition)
 {
     static const float choices[] = {0.0f, -0.0f, -1.0f, 1.0f};
     Chance chance(9);
     for (int round = 0; round < 5000 && !HasFailure(); ++round) {
         std::vector<float> values(static_cast<size_t>(1 + chance.below(70)));
-        const int kinds = 2 + chance.below(3); // zeros alone; the largest; the smallest or the largest
+        const int kinds = 2 + chance.below(3); // only zeros; zeros as the largest; as the smallest or the largest
         for (float& value : values)
             value = choices[chance.below(kinds)];
         double upper = 4.5, lower = 5.5, highest = 4.5, lowest = 5.5;
@@ -123,32 +123,32 @@ static void comparePlainLists(int (*reader)(const char*, int, std::vector<Value>
 
         const std::vector<char> block(bytes.begin(), bytes.end());
         std::vector<Value> seen = before;
-        int result = INT_MIN; // stays on a failure to allocate
+        int result = INT_MIN; // kept if the allocation fails
         failsToAllocate([&] { result = reader(block.data(), int(block.size()), seen); });
 
         std::vector<Value> expected = before;
-        int told = INT_MIN;
+        int expectedResult = INT_MIN;
         failsToAllocate([&] {
-            told = 0;
+            expectedResult = 0;
             const int need = int(4 + width * count);
             if (bytes.size() < 4 || int(bytes.size()) < need)
                 return;
-            told = INT_MIN;
+            expectedResult = INT_MIN;
             expected.resize(before.size() + count);
-            told = 0;
+            expectedResult = 0;
             if (4 + 1ull * width * count > bytes.size())
                 return;
             for (unsigned int i = 0; i < count; ++i)
                 expected[before.size() + i] = element(bytes, int(4 + width * i));
-            told = need;
+            expectedResult = need;
         });
-        ASSERT_EQ(result, told) << count << " in " << bytes.size();
+        ASSERT_EQ(result, expectedResult) << count << " in " << bytes.size();
         ASSERT_EQ(seen.size(), expected.size());
         ASSERT_EQ(seen.empty() || std::memcmp(seen.data(), expected.data(), seen.size() * sizeof(Value)) == 0, true);
     }
 }
 
-TEST(Byte2List, behavesAsItsModelOnRandomBytes)
+TEST(Byte2List, matchesTheModelOnRandomBytes)
 {
     comparePlainLists<int>(CByte2Val::byte2List, 4,
                            [](const Bytes& bytes, int pos) { return int(wordAt(bytes, pos)); });

@@ -1,4 +1,4 @@
-// Arrays that a program hands to the writers: shared with a copy, standing on foreign bytes, reserved ahead.
+// Arrays that a program may pass to the writers: shared with a copy, on borrowed memory, with reserved capacity.
 
 #include "byte2Val.h"
 #include "socketApi.h"
@@ -9,7 +9,7 @@
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
 
-// Every operation that appends, once each.
+// Calls every operation that appends once.
 static void appendAll(QByteArray& data)
 {
     CByte2Val::short2Byte(0x0201, data);
@@ -28,7 +28,7 @@ static const char* const allAppended = "01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0
                                        "00 00 80 3f 00 00 00 00 00 00 f0 3f 01 00 61 01 00 62 "
                                        "68 00 00 00 00 00 00 00 00 01";
 
-TEST(Writers, leaveTheCopyOfAnArray)
+TEST(Writers, leaveACopyOfTheArrayUnchanged)
 {
     QByteArray data = "aabb"_hex;
     const QByteArray copy = data;
@@ -37,7 +37,7 @@ TEST(Writers, leaveTheCopyOfAnArray)
     EXPECT_EQ(hex(data), std::string("aa bb ") + allAppended);
 }
 
-TEST(Writers, leaveTheBytesThatAnArrayOnlyBorrows)
+TEST(Writers, doNotModifyBorrowedBytes)
 {
     char bytes[] = {0x11, 0x22, 0x33, 0x44, 0x55, 0x66};
     QByteArray data = QByteArray::fromRawData(bytes, 2);
@@ -49,7 +49,7 @@ TEST(Writers, leaveTheBytesThatAnArrayOnlyBorrows)
     EXPECT_EQ(hex(QByteArray(bytes, sizeof bytes)), "11 22 33 44 55 66");
 }
 
-TEST(Writers, stayWithinTheRoomThatWasReserved)
+TEST(Writers, stayWithinTheReservedCapacity)
 {
     QByteArray data;
     data.reserve(100);
@@ -60,11 +60,11 @@ TEST(Writers, stayWithinTheRoomThatWasReserved)
     EXPECT_GE(data.capacity(), 100);
 }
 
-TEST(Writers, endTheArrayWithAZeroByteAsQtDoes)
+TEST(Writers, terminateTheArrayWithAZeroByte)
 {
     QByteArray data(20, 'x');
     data.reserve(100);
-    data.resize(10); // x in the places behind
+    data.resize(10); // the bytes after it are x
     CByte2Val::int2Byte(-1, data);
     ASSERT_EQ(data.size(), 14);
     EXPECT_EQ(data.constData()[14], '\0');
@@ -83,7 +83,7 @@ TEST(Byte2Str, reservesTheLengthOfTheField)
     roomy.reserve(5000);
     const char* first = roomy.data();
     EXPECT_EQ(CByte2Val::byte2Str(field.constData(), field.size(), roomy), 1002);
-    EXPECT_EQ(roomy.data(), first); // no room given back
+    EXPECT_EQ(roomy.data(), first); // capacity is kept
     EXPECT_EQ(roomy.size(), 1002u);
 
     roomy.clear();
@@ -93,7 +93,7 @@ TEST(Byte2Str, reservesTheLengthOfTheField)
     EXPECT_EQ(roomy, "abc");
 }
 
-TEST(Byte2Str, givesAnEmptyTextThatIsNotNull)
+TEST(Byte2Str, setsAnEmptyTextThatIsNotNull)
 {
     QString text;
     EXPECT_EQ(CByte2Val::byte2Str("\0\0", 2, text), 2);

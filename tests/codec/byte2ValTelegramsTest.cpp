@@ -44,7 +44,7 @@ static std::string shown(int number)
     return digits;
 }
 
-// `first` and `second`, which held a5 5a, as one number.
+// `first` and `second`, a5 5a before, as one number.
 static std::string crcOf(const QByteArray& bytes)
 {
     const std::vector<char> buffer = heapBytes(bytes);
@@ -54,7 +54,7 @@ static std::string crcOf(const QByteArray& bytes)
     return shown(first << 8 | second);
 }
 
-// The lowest `count` bits the other way round.
+// The lowest `count` bits in reverse order.
 static int reflected(int bits, int count)
 {
     int result = 0;
@@ -63,8 +63,8 @@ static int reflected(int bits, int count)
     return result;
 }
 
-// The same checksum bit by bit from its catalogue entry: width 16, polynomial 8005, start ffff, input and output
-// reflected. The highest bit goes first here and there is no table.
+// The same checksum, computed bit by bit without a table: width 16, polynomial 8005, start ffff, input and output
+// reflected.
 static std::string crcBitByBit(const QByteArray& bytes)
 {
     int crc = 0xffff;
@@ -82,13 +82,13 @@ static std::string crcBitByBit(const QByteArray& bytes)
 
 // --- CRC ------------------------------------------------------------------------
 
-TEST(GetCrc16, givesThePublishedCheckValue)
+TEST(GetCrc16, returnsThePublishedCheckValue)
 {
     EXPECT_EQ(crcOf("31 32 33 34 35 36 37 38 39"_hex), "4b37");
     EXPECT_EQ(crcBitByBit("31 32 33 34 35 36 37 38 39"_hex), "4b37");
 }
 
-TEST(GetCrc16, putsTheHighByteInFirstAndTheLowOneInSecond)
+TEST(GetCrc16, storesTheHighByteInFirstAndTheLowByteInSecond)
 {
     const std::vector<char> buffer = heapBytes("01 03 00 00 00 01"_hex);
     unsigned char first = 0;
@@ -98,15 +98,15 @@ TEST(GetCrc16, putsTheHighByteInFirstAndTheLowOneInSecond)
     EXPECT_EQ(second, 0x84);
 }
 
-TEST(GetCrc16, givesTheChecksumsOfModbusTelegrams)
+TEST(GetCrc16, computesTheChecksumsOfModbusTelegrams)
 {
-    // On the line, low byte first: 41 12, 76 87, 84 0a.
+    // Sent low byte first: 41 12, 76 87, 84 0a.
     EXPECT_EQ(crcOf("02 07"_hex), "1241");
     EXPECT_EQ(crcOf("11 03 00 6b 00 03"_hex), "8776");
     EXPECT_EQ(crcOf("01 03 00 00 00 01"_hex), "0a84");
 }
 
-TEST(GetCrc16, givesKnownValuesOfPlainRuns)
+TEST(GetCrc16, computesKnownValuesOfSimpleInputs)
 {
     EXPECT_EQ(crcOf("00"_hex), "40bf");
     EXPECT_EQ(crcOf("ff"_hex), "00ff");
@@ -116,9 +116,9 @@ TEST(GetCrc16, givesKnownValuesOfPlainRuns)
     EXPECT_EQ(crcOf(everyByte()), "de6c");
 }
 
-// A single byte b takes the entry ff ^ b of both tables: first is that of the low one, second ff ^ that of the high
-// one.
-TEST(GetCrc16, takesEachEntryOfTheTablesAtItsPlace)
+// A single byte b uses entry ff ^ b of both tables: `first` is the low table's entry, `second` is ff ^ the high table's
+// entry.
+TEST(GetCrc16, usesEachTableEntryAtItsIndex)
 {
     const char* const firstEight[] = {"00ff", "c03e", "c17e", "01bf", "c3fe", "033f", "027f", "c2be"};
     for (int entry = 0; entry < 8; ++entry)
@@ -145,7 +145,7 @@ TEST(GetCrc16, isZeroOverATelegramWithItsChecksum)
     EXPECT_NE(crcOf("11 03 00 6b 00 03 8776"_hex), "0000");
 }
 
-TEST(GetCrc16, takesNoByteBehindTheLength)
+TEST(GetCrc16, ignoresBytesAfterTheLength)
 {
     const QByteArray bytes = "02 07 ff ff"_hex;
     unsigned char first = 0;
@@ -154,7 +154,7 @@ TEST(GetCrc16, takesNoByteBehindTheLength)
     EXPECT_EQ(shown(first << 8 | second), "1241");
 }
 
-TEST(GetCrc16, leavesBothBytesWithoutInput)
+TEST(GetCrc16, leavesBothBytesIfTheInputIsEmpty)
 {
     for (int length : {0, -1, INT_MIN}) {
         for (const char* buf : {"\x02\x07", static_cast<const char*>(nullptr)}) {
@@ -184,12 +184,12 @@ TEST(GetCs, addsTheBytesModulo256)
         EXPECT_EQ(csOf(QByteArray(1, char(value))), value);
 }
 
-TEST(GetCs, takesNoByteBehindTheLength)
+TEST(GetCs, ignoresBytesAfterTheLength)
 {
     EXPECT_EQ(CByte2Val::getCs("\x01\x02\x04", 2), 0x03);
 }
 
-TEST(GetCs, isZeroWithoutInput)
+TEST(GetCs, isZeroForEmptyInput)
 {
     for (int length : {0, -1, INT_MIN}) {
         EXPECT_EQ(CByte2Val::getCs("\x01\x02\x04", length), 0x00);
@@ -199,7 +199,7 @@ TEST(GetCs, isZeroWithoutInput)
 
 // --- Comparison -----------------------------------------------------------------
 
-TEST(IsGramEqual, takesANullArrayForAnEmptyOne)
+TEST(IsGramEqual, treatsANullArrayAsEmpty)
 {
     const QByteArray null;
     const QByteArray empty("");
@@ -210,7 +210,7 @@ TEST(IsGramEqual, takesANullArrayForAnEmptyOne)
     EXPECT_TRUE(CByte2Val::isGramEqual(empty, null));
 }
 
-TEST(IsGramEqual, tellsAnEmptyArrayFromOneOfOneByte)
+TEST(IsGramEqual, distinguishesAnEmptyArrayFromASingleByte)
 {
     for (const QByteArray& one : {"00"_hex, "68"_hex}) {
         for (const QByteArray& none : {QByteArray(), QByteArray("")}) {
@@ -229,7 +229,7 @@ TEST(IsGramEqual, comparesTheBytesOfDistinctArrays)
     EXPECT_TRUE(CByte2Val::isGramEqual(bytes, bytes));
 }
 
-TEST(IsGramEqual, tellsAnArrayFromItsBeginning)
+TEST(IsGramEqual, distinguishesAnArrayFromItsPrefix)
 {
     const QByteArray bytes = "68 00 01 02"_hex;
     for (int size = 0; size < bytes.size(); ++size) {
@@ -239,7 +239,7 @@ TEST(IsGramEqual, tellsAnArrayFromItsBeginning)
     EXPECT_FALSE(CByte2Val::isGramEqual("68"_hex, "68 00"_hex));
 }
 
-TEST(IsGramEqual, leavesOutNoPosition)
+TEST(IsGramEqual, comparesEveryPosition)
 {
     // A frame: start, length, sequence, arg2, arg1, command, payload, checksum, end.
     const QByteArray frame = "68 04000000 0100 00 00 30 07000000 0000 16"_hex;
@@ -254,7 +254,7 @@ TEST(IsGramEqual, leavesOutNoPosition)
     }
 }
 
-TEST(IsGramEqual, comparesBehindAZeroByte)
+TEST(IsGramEqual, comparesBytesAfterAZeroByte)
 {
     EXPECT_TRUE(CByte2Val::isGramEqual("61 00 62"_hex, "61 00 62"_hex));
     EXPECT_FALSE(CByte2Val::isGramEqual("61 00 62"_hex, "61 00 63"_hex));
@@ -262,7 +262,7 @@ TEST(IsGramEqual, comparesBehindAZeroByte)
 
 // --- Text -----------------------------------------------------------------------
 
-// The text of both forms, which have to agree.
+// The text of both overloads, which must agree.
 static QString textOf(const QByteArray& bytes)
 {
     const QString text = CByte2Val::buf2str(heapBytes(bytes).data(), bytes.size());
@@ -270,7 +270,7 @@ static QString textOf(const QByteArray& bytes)
     return text;
 }
 
-TEST(Buf2Str, writesTwoDigitsAByteAndBlanksBetween)
+TEST(Buf2Str, writesTwoDigitsPerByteSeparatedByBlanks)
 {
     EXPECT_EQ(textOf("68 00 ff"_hex), QString("68 00 ff"));
     EXPECT_EQ(textOf("0a"_hex), QString("0a"));
@@ -298,19 +298,19 @@ TEST(Buf2Str, writesEveryByteInLowerCase)
                                            "f0 f1 f2 f3 f4 f5 f6 f7 f8 f9 fa fb fc fd fe ff"));
 }
 
-TEST(Buf2Str, neitherBreaksTheLineNorEnds)
+TEST(Buf2Str, addsNoLineBreakAndNoTrailingBlank)
 {
     const QString text = textOf(QByteArray(100000, '\n'));
     EXPECT_EQ(text.size(), 3 * 100000 - 1);
     EXPECT_TRUE(text == QString("0a ").repeated(100000).trimmed());
 }
 
-TEST(Buf2Str, takesNoByteBehindTheLength)
+TEST(Buf2Str, ignoresBytesAfterTheLength)
 {
     EXPECT_EQ(CByte2Val::buf2str("\x01\x02\x04", 2), QString("01 02"));
 }
 
-TEST(Buf2Str, isEmptyWithoutInput)
+TEST(Buf2Str, isEmptyForEmptyInput)
 {
     for (int length : {0, -1, INT_MIN}) {
         EXPECT_TRUE(CByte2Val::buf2str("\x01\x02\x04", length).isEmpty());

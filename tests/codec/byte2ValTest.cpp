@@ -22,7 +22,7 @@ static_assert(std::is_empty_v<CByte2Fep> && !std::is_polymorphic_v<CByte2Fep>);
 static_assert(std::is_convertible_v<CByte2Rdb*, CByte2Val*>, "a public base");
 static_assert(std::is_convertible_v<CByte2Fep*, CByte2Val*>, "a public base");
 
-// Without a cast, this takes the one overload that there is.
+// Compiles without a cast only if there is a single overload.
 static_assert(std::is_same_v<decltype(&CByte2Val::long2Byte), void (*)(unsigned long long, QByteArray&)>);
 
 static_assert(std::is_same_v<decltype(CByte2Val::byte2Short(nullptr)), int>);
@@ -34,7 +34,7 @@ static_assert(std::is_same_v<decltype(CByte2Val::byte2ULong(nullptr)), unsigned 
 static_assert(std::is_same_v<decltype(CByte2Val::byte2Float(nullptr)), float>);
 static_assert(std::is_same_v<decltype(CByte2Val::byte2Double(nullptr)), double>);
 
-TEST(ByteCodecs, canBeConstructedAlthoughNothingNeedsAnObject)
+TEST(ByteCodecs, canBeConstructed)
 {
     const CByte2Val val;
     const CByte2Rdb rdb;
@@ -46,7 +46,7 @@ TEST(ByteCodecs, canBeConstructedAlthoughNothingNeedsAnObject)
 
 // --- Helpers --------------------------------------------------------------------
 
-// What stands in 16 bytes of 0xee after `write` has stored behind the first two of them.
+// 16 bytes of 0xee after `write` has stored from the third one on.
 static std::string stored(const std::function<void(char*)>& write)
 {
     QByteArray field(16, char(0xee));
@@ -94,7 +94,7 @@ TEST(Short2Byte, appendsTheLowByteFirst)
     EXPECT_EQ(hex(data), "aa 34 12 78 56");
 }
 
-TEST(Short2Byte, storesJustTwoBytes)
+TEST(Short2Byte, storesExactlyTwoBytes)
 {
     EXPECT_EQ(stored([](char* buf) { CByte2Val::short2Byte(0x1234, buf); }),
               "ee ee 34 12 ee ee ee ee ee ee ee ee ee ee ee ee");
@@ -126,7 +126,7 @@ TEST(Short2Byte, writesNegativeNumbersInTwosComplement)
               "ee ee fe ff ee ee ee ee ee ee ee ee ee ee ee ee");
 }
 
-TEST(Short2Byte, givesTheSameBytesForTheSameBitsWithAndWithoutSign)
+TEST(Short2Byte, writesSignedAndUnsignedAlike)
 {
     QByteArray data;
     CByte2Val::short2Byte(-2, data);
@@ -143,14 +143,14 @@ TEST(Byte2Short, readsTheLowByteFirst)
     EXPECT_EQ(CByte2Val::byte2Short(heapBytes("ff7f"_hex).data()), 32767);
 }
 
-TEST(Byte2Short, extendsBit15)
+TEST(Byte2Short, signExtendsBit15)
 {
     EXPECT_EQ(CByte2Val::byte2Short(heapBytes("0080"_hex).data()), -32768);
     EXPECT_EQ(CByte2Val::byte2Short(heapBytes("feff"_hex).data()), -2);
     EXPECT_EQ(CByte2Val::byte2Short(heapBytes("80ff"_hex).data()), -128);
 }
 
-TEST(Byte2UShort, takesBothBytesAsUnsigned)
+TEST(Byte2UShort, readsBothBytesAsUnsigned)
 {
     EXPECT_EQ(CByte2Val::byte2UShort(heapBytes("3412"_hex).data()), 0x1234);
     EXPECT_EQ(CByte2Val::byte2UShort(heapBytes("ff00"_hex).data()), 255);
@@ -170,7 +170,7 @@ TEST(Int2Byte, appendsTheLowByteFirst)
     EXPECT_EQ(hex(data), "78 56 34 12 f0 de bc 9a");
 }
 
-TEST(Int2Byte, storesJustFourBytes)
+TEST(Int2Byte, storesExactlyFourBytes)
 {
     EXPECT_EQ(stored([](char* buf) { CByte2Val::int2Byte(0x12345678, buf); }),
               "ee ee 78 56 34 12 ee ee ee ee ee ee ee ee ee ee");
@@ -178,7 +178,7 @@ TEST(Int2Byte, storesJustFourBytes)
               "ee ee f0 de bc 9a ee ee ee ee ee ee ee ee ee ee");
 }
 
-TEST(Int2Byte, givesTheSameBytesForTheSameBitsWithAndWithoutSign)
+TEST(Int2Byte, writesSignedAndUnsignedAlike)
 {
     QByteArray data;
     CByte2Val::int2Byte(-2, data);
@@ -195,7 +195,7 @@ TEST(Int2Byte, givesTheSameBytesForTheSameBitsWithAndWithoutSign)
 TEST(Byte2Int, readsTheLowByteFirst)
 {
     EXPECT_EQ(CByte2Val::byte2Int(heapBytes("78563412"_hex).data()), 0x12345678);
-    EXPECT_EQ(CByte2Val::byte2Int(heapBytes("80818203"_hex).data()), 0x03828180); // no byte carries a sign upwards
+    EXPECT_EQ(CByte2Val::byte2Int(heapBytes("80818203"_hex).data()), 0x03828180); // no byte is sign-extended
 }
 
 TEST(Byte2Int, readsNegativeNumbers)
@@ -204,7 +204,7 @@ TEST(Byte2Int, readsNegativeNumbers)
     EXPECT_EQ(CByte2Val::byte2Int(heapBytes("00000080"_hex).data()), std::numeric_limits<int>::min());
 }
 
-TEST(Byte2UInt, readsTheSameBitsWithoutSign)
+TEST(Byte2UInt, readsTheSameBitsAsUnsigned)
 {
     EXPECT_EQ(CByte2Val::byte2UInt(heapBytes("78563412"_hex).data()), 0x12345678u);
     EXPECT_EQ(CByte2Val::byte2UInt(heapBytes("80818283"_hex).data()), 0x83828180u);
@@ -242,7 +242,7 @@ TEST(Byte2Long, readsNegativeNumbers)
     EXPECT_EQ(CByte2Val::byte2Long(heapBytes("0000000000000080"_hex).data()), std::numeric_limits<long long>::min());
 }
 
-TEST(Byte2ULong, readsTheSameBitsWithoutSign)
+TEST(Byte2ULong, readsTheSameBitsAsUnsigned)
 {
     EXPECT_EQ(CByte2Val::byte2ULong(heapBytes("efcdab8967452381"_hex).data()), 0x8123456789abcdefull);
     EXPECT_EQ(CByte2Val::byte2ULong(heapBytes("feffffffffffffff"_hex).data()), 0xfffffffffffffffeull);
@@ -260,7 +260,7 @@ TEST(Float2Byte, appendsTheImageLowByteFirst)
     EXPECT_EQ(hex(data), "00 00 80 3f 00 00 c0 bf cd cc 4c 3d");
 }
 
-TEST(Float2Byte, storesJustFourBytes)
+TEST(Float2Byte, storesExactlyFourBytes)
 {
     EXPECT_EQ(stored([](char* buf) { CByte2Val::float2Byte(0.05f, buf); }),
               "ee ee cd cc 4c 3d ee ee ee ee ee ee ee ee ee ee");
@@ -272,8 +272,8 @@ TEST(Float2Byte, keepsZeroSignInfinityAndNan)
     CByte2Val::float2Byte(-0.0f, data);
     CByte2Val::float2Byte(std::numeric_limits<float>::infinity(), data);
     CByte2Val::float2Byte(-std::numeric_limits<float>::infinity(), data);
-    CByte2Val::float2Byte(floatOf(0x7fc12345), data); // a quiet NaN with something to tell
-    CByte2Val::float2Byte(floatOf(0xff812345), data); // a signalling one
+    CByte2Val::float2Byte(floatOf(0x7fc12345), data); // a quiet NaN with a payload
+    CByte2Val::float2Byte(floatOf(0xff812345), data); // a signalling NaN
     EXPECT_EQ(hex(data), "00 00 00 80 00 00 80 7f 00 00 80 ff 45 23 c1 7f 45 23 81 ff");
     EXPECT_EQ(stored([](char* buf) { CByte2Val::float2Byte(floatOf(0xff812345), buf); }),
               "ee ee 45 23 81 ff ee ee ee ee ee ee ee ee ee ee");
@@ -304,7 +304,7 @@ TEST(Double2Byte, appendsTheImageLowByteFirst)
     EXPECT_EQ(hex(data), "00 00 00 00 00 00 f0 3f 9a 99 99 99 99 99 b9 bf");
 }
 
-TEST(Double2Byte, storesJustEightBytes)
+TEST(Double2Byte, storesExactlyEightBytes)
 {
     EXPECT_EQ(stored([](char* buf) { CByte2Val::double2Byte(-0.1, buf); }),
               "ee ee 9a 99 99 99 99 99 b9 bf ee ee ee ee ee ee");
@@ -316,15 +316,15 @@ TEST(Double2Byte, keepsZeroSignInfinityAndNan)
     CByte2Val::double2Byte(-0.0, data);
     CByte2Val::double2Byte(std::numeric_limits<double>::infinity(), data);
     CByte2Val::double2Byte(-std::numeric_limits<double>::infinity(), data);
-    CByte2Val::double2Byte(doubleOf(0x7ff8123456789abc), data); // a quiet NaN with something to tell
-    CByte2Val::double2Byte(doubleOf(0xfff0123456789abc), data); // a signalling one
+    CByte2Val::double2Byte(doubleOf(0x7ff8123456789abc), data); // a quiet NaN with a payload
+    CByte2Val::double2Byte(doubleOf(0xfff0123456789abc), data); // a signalling NaN
     EXPECT_EQ(hex(data), "00 00 00 00 00 00 00 80 00 00 00 00 00 00 f0 7f 00 00 00 00 00 00 f0 ff "
                          "bc 9a 78 56 34 12 f8 7f bc 9a 78 56 34 12 f0 ff");
     EXPECT_EQ(stored([](char* buf) { CByte2Val::double2Byte(doubleOf(0xfff0123456789abc), buf); }),
               "ee ee bc 9a 78 56 34 12 f0 ff ee ee ee ee ee ee");
 }
 
-// Both forms of the reader agree on everything.
+// Both overloads of the reader must agree.
 static void expectDouble(const QByteArray& bytes, unsigned long long image)
 {
     SCOPED_TRACE(hex(bytes));
@@ -372,9 +372,9 @@ TEST(Str2Byte, storesLengthAndBytesOfAStdString)
               "ee ee 03 00 61 62 63 ee ee ee ee ee ee ee ee ee"); // and no terminator
 }
 
-TEST(Str2Byte, carriesAStdStringByteForByte)
+TEST(Str2Byte, copiesAStdStringByteForByte)
 {
-    const std::string bytes("\x00\xff\xe4\x00", 4); // zero bytes, and nothing that were UTF-8
+    const std::string bytes("\x00\xff\xe4\x00", 4); // zero bytes, not valid UTF-8
     QByteArray data;
     EXPECT_EQ(CByte2Val::str2Byte(bytes, data), 6);
     EXPECT_EQ(hex(data), "04 00 00 ff e4 00");
@@ -395,7 +395,7 @@ TEST(Str2Byte, storesAQStringAsUtf8AndCountsBytes)
               std::string("ee ee ") + mixedBytes + " ee");
 }
 
-TEST(Str2Byte, givesTwoChineseCharactersSixBytes)
+TEST(Str2Byte, writesTwoChineseCharactersAsSixBytes)
 {
     QByteArray data;
     EXPECT_EQ(CByte2Val::str2Byte(QString(QChar(0x4e2d)) + QChar(0x6587), data), 8);
@@ -425,7 +425,7 @@ TEST(Str2Byte, writesTwoZeroBytesForAnEmptyString)
     EXPECT_EQ(stored([](char* buf) { EXPECT_EQ(CByte2Val::str2Byte(QString(), buf), 2); }), justTwoBytes);
 }
 
-// What all four writers make of a text of `size` times "a": the length field, then every byte, and nothing else.
+// All four writers must write a text of `size` times "a" as the length field, then every byte, and nothing else.
 static void expectLongText(int size, const QByteArray& lengthField)
 {
     SCOPED_TRACE(size);
@@ -460,7 +460,7 @@ TEST(Str2Byte, countsInTwoBytesUpTo65535)
     expectLongText(65535, "ffff"_hex);
 }
 
-TEST(Str2Byte, writesAllBytesOfALongerStringBehindTheCutLength)
+TEST(Str2Byte, writesATruncatedLengthButAllBytesOfALongerString)
 {
     expectLongText(65536, "0000"_hex);
     expectLongText(70000, "7011"_hex); // 70000 - 65536 = 0x1170
@@ -533,7 +533,7 @@ TEST(Byte2Str, emptiesAQStringOnAnEmptyField)
     EXPECT_EQ(out, QString());
 }
 
-TEST(Byte2Str, ignoresTheBytesBehindTheField)
+TEST(Byte2Str, ignoresBytesAfterTheField)
 {
     std::string bytes;
     EXPECT_EQ(readText("0200 6162 63"_hex, bytes), 4);
@@ -557,7 +557,7 @@ TEST(Byte2Str, refusesEveryShorterBufferAndLeavesTheTarget)
     }
 }
 
-TEST(Byte2Str, goesByTheLengthPassedInAndNotByWhatFollows)
+TEST(Byte2Str, usesOnlyTheGivenLength)
 {
     const QByteArray field = "0300 616263 64"_hex;
     std::string bytes;
@@ -597,17 +597,17 @@ TEST(Byte2Str, readsAnyBytesIntoAStdString)
     EXPECT_EQ(out, "\xff\x80\xe4\xfe");
 }
 
-TEST(Byte2Str, putsReplacementCharactersForMalformedUtf8IntoAQString)
+TEST(Byte2Str, replacesMalformedUtf8InAQString)
 {
     QString out;
     EXPECT_EQ(readText("0300 61ff62"_hex, out), 5);
     EXPECT_EQ(out, QString("a") + QChar(QChar::ReplacementCharacter) + "b");
-    EXPECT_EQ(readText("0300 61e4b8"_hex, out), 5); // the last character is cut
+    EXPECT_EQ(readText("0300 61e4b8"_hex, out), 5); // the last character is truncated
     EXPECT_TRUE(out.startsWith('a'));
     EXPECT_TRUE(out.endsWith(QChar(QChar::ReplacementCharacter)));
 }
 
-TEST(Byte2Str, takesTheLengthAsUnsigned)
+TEST(Byte2Str, readsTheLengthAsUnsigned)
 {
     const QByteArray longest = "ffff"_hex + QByteArray(65535, 'a');
     std::string bytes;
@@ -623,7 +623,7 @@ TEST(Byte2Str, takesTheLengthAsUnsigned)
     EXPECT_EQ(text.size(), 65535);
 }
 
-TEST(Byte2Str, losesStepOnAStringOf65536Bytes)
+TEST(Byte2Str, cannotReadAStringOf65536BytesBack)
 {
     QByteArray data;
     CByte2Val::str2Byte(std::string(65536, 'a'), data);

@@ -1,4 +1,4 @@
-// The bytes of tests/golden against the library's readers and writers of every record and list, and of waves.
+// Compares the bytes of tests/golden with the library's readers and writers of every record, list and wave.
 
 #include "support/goldenRecords.h"
 #include "support/hex.h"
@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-// By how much the answer of a reader differs from the bytes that it consumed.
+// Difference between a reader's result and the bytes it consumed.
 static int offset(const GoldenRecord& golden)
 {
     const QString form = golden.form->name;
@@ -18,12 +18,12 @@ static int offset(const GoldenRecord& golden)
 static void readsGolden(const GoldenRecord& golden)
 {
     if (golden.form->failures == nullptr)
-        return; // of a form that is written only
-    const std::unique_ptr<Content> told = golden.content();
+        return; // this form is only written
+    const std::unique_ptr<Content> expected = golden.content();
     const std::unique_ptr<Content> read = golden.form->make();
     const int result = golden.form->answer == answersBytes ? golden.bytes.size() + offset(golden) : 1;
     EXPECT_EQ(read->read(golden.bytes + golden.behind), result);
-    EXPECT_EQ(comparableJsonOf(*read).toStdString(), comparableJsonOf(*told).toStdString());
+    EXPECT_EQ(comparableJsonOf(*read).toStdString(), comparableJsonOf(*expected).toStdString());
 }
 
 static QByteArray written(const GoldenRecord& golden)
@@ -33,23 +33,23 @@ static QByteArray written(const GoldenRecord& golden)
     return bytes;
 }
 
-TEST(GoldenRecords, areReadAsTheirJsonTells)
+TEST(GoldenRecords, areReadAsTheirJson)
 {
     forEachGoldenRecord("records", 90, readsGolden);
 }
 
-TEST(GoldenRecords, areWhatTheWritersMakeOfTheirJson)
+TEST(GoldenRecords, areWrittenFromTheirJson)
 {
     forEachGoldenRecord("records", 90,
                         [](const GoldenRecord& golden) { EXPECT_EQ(hex(written(golden)), hex(golden.bytes)); });
 }
 
-TEST(GoldenWaves, areReadAsTheirJsonTells)
+TEST(GoldenWaves, areReadAsTheirJson)
 {
     forEachGoldenRecord("waves", 10, readsGolden);
 }
 
-// Another zlib may pack a block to other bytes.
+// Another version of zlib may compress a block to other bytes.
 static QByteArray unpackedFrom(const QByteArray& wave, int block)
 {
     QByteArray unpacked(1000, '\0');
@@ -59,7 +59,7 @@ static QByteArray unpackedFrom(const QByteArray& wave, int block)
     return wave.left(block) + unpacked.left(int(size));
 }
 
-TEST(GoldenWaves, areWhatTheWriterMakesOfTheirJson)
+TEST(GoldenWaves, areWrittenFromTheirJson)
 {
     forEachGoldenRecord("waves", 10, [](const GoldenRecord& golden) {
         const int block = 96 + 4 * golden.value["markCount"].toInt();

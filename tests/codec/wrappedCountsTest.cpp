@@ -1,6 +1,6 @@
-// Counts whose need in bytes wraps in 32 bits, and so passes the look at the length: the vector grows as far as the
-// count says, and then no element is read, for there are none. The buffers hold a count and little more, on the heap,
-// so that AddressSanitizer sees a read behind them.
+// Counts whose size in bytes wraps in 32 bits and so passes the length check: the vector is resized to the count, and
+// then no element is read. The buffers contain a count and little more and are on the heap, so that AddressSanitizer
+// detects a read past the end.
 
 #include "byte2Rdb.h"
 

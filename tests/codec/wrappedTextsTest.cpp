@@ -1,5 +1,5 @@
-// Texts of 2 GiB and more, whose size counts in 32 bits, signed: none of one that comes out negative is written, and
-// the array needs no room for it.
+// Texts of 2 GiB and more, whose size is a signed 32-bit number: if it becomes negative, no byte of the text is written
+// and no space is reserved for it.
 
 #include "byte2Rdb.h"
 
@@ -18,11 +18,11 @@ using gqdb::PointInfo;
 
 static_assert(sizeof(size_t) == 8);
 
-TEST(WrappedText, isWrittenAsFarAsItsSizeCounts)
+TEST(WrappedText, isTruncatedToItsWrappedSize)
 {
     const RepeatedMemory memory;
     PointInfo point;
-    point.text1.resize(0x100000003, 'a'); // counts as 3
+    point.text1.resize(0x100000003, 'a'); // size wraps to 3
     QByteArray data;
     CByte2Rdb::pointInfo2Byte(point, data);
     EXPECT_EQ(hex(data), "00 00 00 00 03 00 61 61 61 00 00 00 00 00 00 00 00 00 00");
@@ -31,11 +31,11 @@ TEST(WrappedText, isWrittenAsFarAsItsSizeCounts)
     EXPECT_EQ(hex(data), "03 00 61 61 61");
 }
 
-TEST(WrappedText, isLeftOutBehindItsLength)
+TEST(WrappedText, isOmittedAfterItsLength)
 {
     const RepeatedMemory memory;
     std::string text;
-    text.resize(0x80000005, 'a'); // counts as a negative number
+    text.resize(0x80000005, 'a'); // size becomes negative
     QByteArray data;
     EXPECT_EQ(CByte2Val::str2Byte(text, data), 2);
     EXPECT_EQ(hex(data), "05 00");

@@ -14,11 +14,11 @@ static constexpr std::size_t pageSize = 4096;
 static constexpr std::size_t pieceSize = 16 << 20; // what a block repeats
 
 struct Block {
-    char* start;      // of the memory, behind a page that cannot be touched
-    std::size_t size; // in whole pieces
+    char* start;      // of the memory, after an inaccessible page
+    std::size_t size; // a multiple of pieceSize
 };
 
-static int pieceFile = -1; // while a RepeatedMemory lives
+static int pieceFile = -1; // open while a RepeatedMemory exists
 static Block blocks[4];
 
 RepeatedMemory::RepeatedMemory()

@@ -2,13 +2,13 @@
 
 #include <cstddef>
 
-// With allocationLimit.cpp in a program, an allocation of more bytes at once fails as it would on a machine without the
-// memory. So counts beyond any memory can be tried wherever the tests run, under AddressSanitizer too.
+// In a program linked with allocationLimit.cpp, a single allocation above this many bytes fails, as on a machine short
+// of memory. So huge counts can be tested on any machine, also under AddressSanitizer.
 extern std::size_t allocationLimit; // 100 MB
 
-// While one lives, larger blocks come after all, a few at a time: address space of the full size, between pages that
-// cannot be touched, over the same few megabytes again and again. So gigabytes can be filled where there are none.
-// What is written shows up elsewhere in the block too.
+// While an object exists, larger blocks are allocated after all, a few at a time: address space of the full size,
+// between inaccessible pages, that maps the same few megabytes repeatedly. So gigabytes can be filled on machines that
+// lack them. What is written to a block also appears elsewhere in it.
 class RepeatedMemory {
 public:
     RepeatedMemory();

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-// Numbers, bytes and texts by chance, the same ones of the same seed.
+// Random numbers, bytes and texts, reproducible by seed.
 class Chance {
 public:
     explicit Chance(unsigned int seed) : engine(seed) {}
@@ -28,7 +28,7 @@ public:
         const std::vector<unsigned char> made = bytes(below(longest + 1));
         return std::string(made.begin(), made.end());
     }
-    // Any image: NaN, infinity and the smallest numbers among them.
+    // Any bits, including NaN, infinity and subnormal numbers.
     float anyFloat()
     {
         static const float special[] = {0.0f,

@@ -6,7 +6,7 @@
 
 #include <set>
 
-// For tests behind which no descriptor may be left over.
+// Fixture for tests that must not leave a descriptor open.
 class DescriptorsKept : public testing::Test {
 protected:
     ~DescriptorsKept() override { EXPECT_TRUE(openedSince(atFirst).empty()); }

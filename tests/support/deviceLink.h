@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-// A name /dev/ttyS<number> for another device, until its end.
+// Makes another device available as /dev/ttyS<number> for the lifetime of the object.
 class DeviceLink {
 public:
     explicit DeviceLink(const std::string& device)

@@ -10,38 +10,38 @@
 #include <string>
 #include <vector>
 
-// What the six records of the front-end processors have in common, as tests over a codec for each of them. A codec has
+// Tests that hold for all six records of the front-end processors. Each record has a codec with
 //
 //   name, writeOne, readOne, writeList, readList
-//   unset              a record as it is constructed, as show() gives it
-//   occupied()         a record with every field set to something that stands in none of the images
-//   setTexts()         puts one text into all texts of a record
-//   full               the image of a record with all its fields set and all of them different
-//   plain              the image of a record as it is constructed
+//   unset              a default record, as returned by show()
+//   occupied()         a record with every field set to a value that none of the images contains
+//   setTexts()         sets all texts of a record to the same text
+//   full               the image of a record with all fields set to different values
+//   plain              the image of a default record
 //   cut                the image of a record whose texts are the three bytes 61 00 62
-//   written...         what the writer makes of the records of the three images
-//   writerReserves     whether it reserves room ahead
+//   written...         the bytes that the writer makes from the records of the three images
+//   writerReserves     true if the writer reserves memory first
 //
-// and there is a show() of the record in namespace gqdb.
+// A show() of the record must exist in namespace gqdb.
 
-// The reader takes something once it sees `from` bytes.
+// A part of the record that the reader sets if the buffer has at least `from` bytes.
 template <typename Record>
 struct FepStep {
     int from;
     void (*take)(Record&);
 };
 
-// A record as the reader wants it.
+// A record in the form that is read.
 template <typename Record>
 struct FepImage {
     QByteArray bytes;
-    int answer; // of the reader
+    int result; // of the reader
     std::vector<FepStep<Record>> steps;
 
-    // Available bytes without which the reader fails. May be more than the record has.
+    // Returns how many bytes the reader needs. May be more than the record has.
     int need() const { return steps.back().from; }
 
-    // `record` after the reader has seen `size` bytes.
+    // Returns `record` after `size` bytes were read.
     Record takenInto(Record record, int size) const
     {
         for (const FepStep<Record>& step : steps) {
@@ -58,7 +58,7 @@ struct FepCodec {
     using Record = R;
     static constexpr bool writerReserves = true;
 
-    // Exactly these types: nothing is declared with a result but the readers.
+    // Exactly these types: only the readers return a result.
     using Writer = void (*)(const R&, QByteArray&);
     using Reader = int (*)(const char*, int, R&);
     using ListWriter = void (*)(const std::vector<R>&, QByteArray&);
@@ -73,7 +73,7 @@ struct FepCodecNames {
     }
 };
 
-// Bytes that a reader may look at and must not take for anything.
+// Bytes after a record, which must not affect the result.
 inline const QByteArray fepFiller(16, char(0xee));
 
 // --- One record -----------------------------------------------------------------
@@ -129,7 +129,7 @@ TYPED_TEST_P(Fep2Byte, keepsTheZeroBytesOfTexts)
     EXPECT_EQ(hex(data), hex(TypeParam::writtenCut));
 }
 
-TYPED_TEST_P(Fep2Byte, leavesACopyOfTheArrayAlone)
+TYPED_TEST_P(Fep2Byte, leavesACopyOfTheArrayUnchanged)
 {
     QByteArray data = "aa55"_hex;
     const QByteArray copy = data;
@@ -137,7 +137,7 @@ TYPED_TEST_P(Fep2Byte, leavesACopyOfTheArrayAlone)
     EXPECT_EQ(hex(copy), "aa 55");
 }
 
-TYPED_TEST_P(Fep2Byte, reserves1024BytesAheadOfARecord)
+TYPED_TEST_P(Fep2Byte, reserves1024BytesBeforeARecord)
 {
     QByteArray data;
     TypeParam::writeOne(typename TypeParam::Record(), data);
@@ -165,7 +165,7 @@ TYPED_TEST_P(Fep2Byte, writesARecordThatIsLargerThanTheReservation)
 }
 
 REGISTER_TYPED_TEST_SUITE_P(Fep2Byte, appendsTheFields, writesTheDefaults, keepsTheZeroBytesOfTexts,
-                            leavesACopyOfTheArrayAlone, reserves1024BytesAheadOfARecord,
+                            leavesACopyOfTheArrayUnchanged, reserves1024BytesBeforeARecord,
                             writesARecordThatIsLargerThanTheReservation);
 
 template <typename Codec>
@@ -173,8 +173,8 @@ class Byte2Fep : public testing::Test {
 };
 TYPED_TEST_SUITE_P(Byte2Fep);
 
-// Texts are replaced, those without bytes too, and what is not on the wire stays as it was.
-TYPED_TEST_P(Byte2Fep, takesWhatABufferOfAnySizeHolds)
+// Texts are replaced, also by empty ones. Fields that are not on the wire are unchanged.
+TYPED_TEST_P(Byte2Fep, readsTheFieldsThatABufferOfAnySizeHolds)
 {
     for (const auto& image : {TypeParam::full, TypeParam::plain, TypeParam::cut}) {
         SCOPED_TRACE(hex(image.bytes));
@@ -185,7 +185,7 @@ TYPED_TEST_P(Byte2Fep, takesWhatABufferOfAnySizeHolds)
             const std::vector<char> buffer = heapBytes(bytes.left(size));
             for (const auto& before : {typename TypeParam::Record(), TypeParam::occupied()}) {
                 auto record = before;
-                EXPECT_EQ(TypeParam::readOne(buffer.data(), size, record), size < image.need() ? 0 : image.answer);
+                EXPECT_EQ(TypeParam::readOne(buffer.data(), size, record), size < image.need() ? 0 : image.result);
                 EXPECT_EQ(show(record), show(image.takenInto(before, size)));
             }
         }
@@ -201,7 +201,7 @@ TYPED_TEST_P(Byte2Fep, refusesANegativeSize)
     }
 }
 
-// AddressSanitizer watches the end of each buffer. Many zeros, for lengths that fit.
+// AddressSanitizer checks the end of each buffer. Most bytes are zeros, so that lengths fit.
 TYPED_TEST_P(Byte2Fep, staysInsideABufferOfAnyContent)
 {
     Chance chance(20);
@@ -214,13 +214,13 @@ TYPED_TEST_P(Byte2Fep, staysInsideABufferOfAnyContent)
         read += TypeParam::readOne(buffer.data(), int(buffer.size()), record) > 0;
         std::vector<typename TypeParam::Record> list;
         if (buffer.size() >= 4)
-            buffer[1] = buffer[2] = buffer[3] = 0; // a count that memory has room for
+            buffer[1] = buffer[2] = buffer[3] = 0; // a count that fits in memory
         TypeParam::readList(buffer.data(), int(buffer.size()), list);
     }
     EXPECT_GT(read, 50);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(Byte2Fep, takesWhatABufferOfAnySizeHolds, refusesANegativeSize,
+REGISTER_TYPED_TEST_SUITE_P(Byte2Fep, readsTheFieldsThatABufferOfAnySizeHolds, refusesANegativeSize,
                             staysInsideABufferOfAnyContent);
 
 // --- Lists ----------------------------------------------------------------------
@@ -254,7 +254,7 @@ TYPED_TEST_P(FepList2Byte, countsInFourBytes)
     EXPECT_EQ(data.size(), 4 + 0x0102 * TypeParam::writtenPlain.size());
 }
 
-TYPED_TEST_P(FepList2Byte, reserves1024BytesAheadOfEachRecord)
+TYPED_TEST_P(FepList2Byte, reserves1024BytesBeforeEachRecord)
 {
     QByteArray data;
     TypeParam::writeList(std::vector<typename TypeParam::Record>(3), data);
@@ -265,7 +265,7 @@ TYPED_TEST_P(FepList2Byte, reserves1024BytesAheadOfEachRecord)
 }
 
 REGISTER_TYPED_TEST_SUITE_P(FepList2Byte, appendsOnlyTheCountOfAnEmptyList, appendsTheCountAndTheRecords,
-                            countsInFourBytes, reserves1024BytesAheadOfEachRecord);
+                            countsInFourBytes, reserves1024BytesBeforeEachRecord);
 
 template <typename Codec>
 class Byte2FepList : public testing::Test {
@@ -302,7 +302,7 @@ TYPED_TEST_P(Byte2FepList, refusesLessThanACountAndLeavesTheList)
     }
 }
 
-TYPED_TEST_P(Byte2FepList, takesAnEmptyListAndLeavesTheList)
+TYPED_TEST_P(Byte2FepList, acceptsAnEmptyListAndLeavesTheList)
 {
     for (const auto& before : this->lists()) {
         for (const QByteArray& bytes : {"00000000"_hex, "00000000"_hex + TypeParam::full.bytes}) {
@@ -313,10 +313,10 @@ TYPED_TEST_P(Byte2FepList, takesAnEmptyListAndLeavesTheList)
     }
 }
 
-TYPED_TEST_P(Byte2FepList, appendsNewRecordsBehindThoseThatStay)
+TYPED_TEST_P(Byte2FepList, appendsRecordsAndKeepsExistingOnes)
 {
     const auto& image = TypeParam::full;
-    ASSERT_EQ(image.answer, image.bytes.size());
+    ASSERT_EQ(image.result, image.bytes.size());
     const QByteArray bytes = "03000000"_hex + image.bytes + image.bytes + image.bytes + fepFiller;
     for (const auto& before : this->lists()) {
         auto list = before;
@@ -325,15 +325,15 @@ TYPED_TEST_P(Byte2FepList, appendsNewRecordsBehindThoseThatStay)
     }
 }
 
-// The second of three is cut after each of its bytes.
-TYPED_TEST_P(Byte2FepList, endsAtTheFirstRecordThatFailsAndKeepsTheList)
+// The second of three records is truncated after each of its bytes.
+TYPED_TEST_P(Byte2FepList, stopsAtTheFirstFailedRecordAndKeepsTheList)
 {
     const auto& image = TypeParam::full;
     const typename TypeParam::Record unset;
     for (int cut = 0; cut < image.need(); ++cut) {
         SCOPED_TRACE(cut);
         const QByteArray bytes = "03000000"_hex + image.bytes + (image.bytes + fepFiller).left(cut);
-        const int seen = image.bytes.size() + cut; // by the reader of the first one
+        const int seen = image.bytes.size() + cut; // available to the reader of the first one
         const auto first = image.takenInto(unset, seen);
         const auto second = seen < image.need() ? unset : image.takenInto(unset, cut);
         for (const auto& before : this->lists()) {
@@ -354,7 +354,7 @@ TYPED_TEST_P(Byte2FepList, doesNotCompareTheCountWithTheBytes)
     }
 }
 
-TYPED_TEST_P(Byte2FepList, failsInTheVectorOnACountBeyondMemory)
+TYPED_TEST_P(Byte2FepList, propagatesTheAllocationFailureOfAHugeCount)
 {
     // 10 000 000; with the top bit; the largest one.
     for (const char* count : {"80969800", "00000080", "ffffffff"}) {
@@ -366,7 +366,7 @@ TYPED_TEST_P(Byte2FepList, failsInTheVectorOnACountBeyondMemory)
     }
 }
 
-TYPED_TEST_P(Byte2FepList, cutsTheListWhereItsSizeWrapsAndReadsNothing)
+TYPED_TEST_P(Byte2FepList, truncatesTheListWhenItsSizeWrapsAndReadsNothing)
 {
     const std::vector<typename TypeParam::Record> before(3, TypeParam::occupied());
     const struct {
@@ -383,7 +383,7 @@ TYPED_TEST_P(Byte2FepList, cutsTheListWhereItsSizeWrapsAndReadsNothing)
     }
 }
 
-REGISTER_TYPED_TEST_SUITE_P(Byte2FepList, refusesLessThanACountAndLeavesTheList, takesAnEmptyListAndLeavesTheList,
-                            appendsNewRecordsBehindThoseThatStay, endsAtTheFirstRecordThatFailsAndKeepsTheList,
-                            doesNotCompareTheCountWithTheBytes, failsInTheVectorOnACountBeyondMemory,
-                            cutsTheListWhereItsSizeWrapsAndReadsNothing);
+REGISTER_TYPED_TEST_SUITE_P(Byte2FepList, refusesLessThanACountAndLeavesTheList, acceptsAnEmptyListAndLeavesTheList,
+                            appendsRecordsAndKeepsExistingOnes, stopsAtTheFirstFailedRecordAndKeepsTheList,
+                            doesNotCompareTheCountWithTheBytes, propagatesTheAllocationFailureOfAHugeCount,
+                            truncatesTheListWhenItsSizeWrapsAndReadsNothing);

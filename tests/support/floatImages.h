@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-// Floats by their images, as "3f800000 7fc00001": a last bit shows, a NaN is equal to itself, -0 differs from 0.
+// Floats as their bits in hex, such as "3f800000 7fc00001": shows the last bit, equates a NaN with itself,
+// distinguishes -0 from 0.
 inline std::string images(const std::vector<float>& values)
 {
     std::string text;
@@ -19,7 +20,7 @@ inline std::string images(const std::vector<float>& values)
     return text;
 }
 
-// Doubles in the same way.
+// The same for doubles.
 inline std::string doubleImages(const std::vector<double>& values)
 {
     std::string text;

@@ -6,7 +6,7 @@
 inline const QByteArray greeting = "68 04000000 0000 00 00 00 01000000 0000 16"_hex;
 inline const QByteArray reply7 = "68 04000000 0000 00 00 30 07000000 0000 16"_hex; // the integer 7
 
-// Error frames by their code, and frames that are refused.
+// Error frames by their code, and frames that clients refuse.
 inline const QByteArray errorMinus7 = "68 04000000 0000 00 00 ff f9ffffff 0000 16"_hex;
 inline const QByteArray error0 = "68 04000000 0000 00 00 ff 00000000 0000 16"_hex;
 inline const QByteArray error1 = "68 04000000 0000 00 00 ff 01000000 0000 16"_hex;

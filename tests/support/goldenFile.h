@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <string>
 
-// The bytes of a file of tests/golden: hex digits, and comment from a # to the end of the line.
+// The bytes of a file in tests/golden: hex digits, with comments from # to the end of the line.
 inline QByteArray goldenFile(const std::string& name)
 {
     std::ifstream file(GQLIB_GOLDEN "/" + name);
@@ -23,7 +23,7 @@ inline QByteArray goldenFile(const std::string& name)
     return QByteArray::fromHex(digits);
 }
 
-// The content of a JSON file of tests/golden.
+// The content of a JSON file in tests/golden.
 inline QJsonObject goldenJson(const std::string& name)
 {
     QFile file(QString::fromStdString(GQLIB_GOLDEN "/" + name));

@@ -10,14 +10,14 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-// A pair of files of tests/golden/records or tests/golden/waves.
+// A pair of files in tests/golden/records or tests/golden/waves.
 struct GoldenRecord {
     const Form* form;
-    QByteArray bytes; // without those behind
+    QByteArray bytes; // of the record alone
     QByteArray behind;
     QJsonValue value;
 
-    // What the JSON tells, as the library holds it.
+    // The record described by the JSON.
     std::unique_ptr<Content> content() const
     {
         std::unique_ptr<Content> told = form->make();

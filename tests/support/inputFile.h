@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-// A file with some content, which goes with its owner.
+// A file with this content, removed with the object.
 class InputFile {
 public:
     explicit InputFile(const QByteArray& content) : path(folder.filePath("input"))

@@ -9,15 +9,15 @@
 
 #include <pthread.h>
 
-// Makes a call that waits, in this thread, while signals reach it, a millisecond apart and until the call ends. Their
-// handler does nothing; `flags` as for sigaction(2). Gives the call's result and leaves its errno. Signals that come
-// while the call is not waiting change nothing, so the moment does not matter.
+// Makes a blocking call in this thread while signals arrive every millisecond until the call ends. Their handler does
+// nothing; `flags` as for sigaction(2). Returns the call's result and keeps its errno. Signals that arrive while the
+// call is not waiting have no effect, so timing does not matter.
 inline int interrupted(const std::function<int()>& call, int flags = 0)
 {
     struct sigaction action = {};
     action.sa_handler = [](int) {};
     action.sa_flags = flags;
-    ::sigaction(SIGUSR1, &action, nullptr); // and stays, for what may still be under way
+    ::sigaction(SIGUSR1, &action, nullptr); // kept, as a signal may still be pending
 
     sigset_t signals;
     ::sigemptyset(&signals);
@@ -38,7 +38,7 @@ inline int interrupted(const std::function<int()>& call, int flags = 0)
     signaller.join();
 
     const timespec now = {0, 0};
-    ::sigtimedwait(&signals, nullptr, &now); // the last one must not meet what the test does next
+    ::sigtimedwait(&signals, nullptr, &now); // the last signal must not interrupt the rest of the test
     ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     errno = error;
     return result;

@@ -14,7 +14,7 @@
 
 #include <unistd.h>
 
-// A log with its state in the open.
+// A log with public access to its state.
 class OpenFileLog : public CGqFileLog {
 public:
     using CGqFileLog::CGqFileLog;
@@ -26,7 +26,7 @@ public:
     using CGqFileLog::withTime;
 };
 
-// A folder for the files of a test, behind which no descriptor may be left over.
+// A folder for the files of a test, which must not leave a descriptor open.
 class LogFolder : public DescriptorsKept {
 protected:
     void SetUp() override { ASSERT_TRUE(folder.isValid()); }
@@ -35,7 +35,7 @@ protected:
 
     bool exists(const char* name) const { return ::access(path(name).toUtf8().constData(), F_OK) == 0; }
 
-    // All of the file; empty too if there is none.
+    // The content of the file; empty if it does not exist.
     std::string content(const char* name) const
     {
         std::ifstream file(path(name).toStdString(), std::ios::binary);

@@ -2,7 +2,7 @@
 
 #include "gqSocketUnix.h"
 
-// An endpoint with its state in the open.
+// An endpoint with public access to its state.
 template <typename Endpoint>
 class Open : public Endpoint {
 public:

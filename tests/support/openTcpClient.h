@@ -11,7 +11,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-// CTcpAPI with its state in the open.
+// CTcpAPI with public access to its state.
 class OpenTcpClient : public gqdb::CTcpAPI {
 public:
     using CTcpAPI::connected;
@@ -27,7 +27,7 @@ public:
 
     bool isOpen() { return socket->isValid(); }
 
-    // What is to be seen of the link, such as "down, open": the flag, the socket.
+    // The link state as text, such as "down, open": the flag, then the socket.
     std::string link() { return std::string(connected ? "up, " : "down, ") + (isOpen() ? "open" : "closed"); }
 
     bool holdsNoFrame() { return recvFrame.isEmpty() && recvFrameSize == 0; }
@@ -40,7 +40,7 @@ public:
         return *(socket->*OpenSocket::cell());
     }
 
-    // SO_RCVTIMEO or SO_SNDTIMEO of the socket as it stands, in milliseconds; 0 means no time-out.
+    // The socket's current SO_RCVTIMEO or SO_SNDTIMEO in milliseconds; 0 means no time-out.
     int timeOut(int option)
     {
         timeval time = {-1, 0};
@@ -49,7 +49,7 @@ public:
         return int(time.tv_sec * 1000 + time.tv_usec / 1000);
     }
 
-    // Leaves the client without an endpoint.
+    // Removes the client's endpoint.
     void loseSocket()
     {
         delete socket;
@@ -57,8 +57,8 @@ public:
     }
 };
 
-// A client whose link is up without a server: its endpoint is one end of a local socket pair that keeps borders. Each
-// `give` is one read of the client, each `take` is one write. A read that finds nothing ends after 20 ms.
+// A client whose link is up without a server: its endpoint is one end of a local socket pair that keeps message
+// boundaries. Each `give` is one read of the client, each `take` one write. A read without data ends after 20 ms.
 class LinkedTcpClient : public OpenTcpClient {
 public:
     explicit LinkedTcpClient(int type = SOCK_SEQPACKET)
@@ -82,7 +82,7 @@ public:
         EXPECT_EQ(::send(peer, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL | MSG_DONTWAIT), bytes.size());
     }
 
-    // Empty if the client has written nothing more.
+    // Returns an empty array if the client has written nothing more.
     QByteArray take()
     {
         QByteArray bytes(100000, '\0');
@@ -97,5 +97,5 @@ public:
         peer = -1;
     }
 
-    int peer; // the other end, -1 once hung up
+    int peer; // the other end, -1 after hanging up
 };

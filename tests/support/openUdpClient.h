@@ -13,7 +13,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-// CUdpAPI with its state in the open.
+// CUdpAPI with public access to its state.
 class OpenUdpClient : public gqdb::CUdpAPI {
 public:
     using CUdpAPI::connected;
@@ -29,7 +29,7 @@ public:
 
     bool isOpen() const { return socket->isValid(); }
 
-    // What is to be seen of the link, such as "down, open": the flag, the socket.
+    // The link state as text, such as "down, open": the flag, then the socket.
     std::string link() const { return std::string(connected ? "up, " : "down, ") + (isOpen() ? "open" : "closed"); }
 
     bool holdsNoFrame() const { return recvFrame.isEmpty() && recvFrameSize == 0; }
@@ -51,15 +51,15 @@ public:
     }
 };
 
-// With a read buffer, as a program's own client makes one; the base frees it.
+// With a read buffer, as a derived client may create one. The base class frees it.
 class BufferedUdpClient : public OpenUdpClient {
 public:
     BufferedUdpClient() { recvBuffer = new char[rawBufferSize]; }
 };
 
-// Connected to a peer in the hands of the test. Each `give` is a datagram that waits for the client, each `take` is one
-// that the client has sent. The client waits long enough for what was given; where nothing was, let `quickly` make it
-// wait for 20 ms only.
+// Connected to a peer that the test controls. Each `give` queues a datagram for the client, each `take` returns one
+// that the client has sent. The client waits long enough for what was given. If nothing was given, use `quickly`, which
+// limits the wait to 20 ms.
 class LinkedUdpClient : public BufferedUdpClient {
 public:
     LinkedUdpClient()
@@ -72,12 +72,12 @@ public:
     QByteArray take() { return peer.take(); }
     void quickly() { recvOverTm = 20; }
 
-    // The peer's port is closed, and the client's socket knows it: its next call fails.
+    // Closes the peer's port and waits until the client's socket has the error: its next call fails.
     void refuse()
     {
         peer.goAway();
         EXPECT_EQ(::send(descriptor(), "", 0, 0), 0);
-        pollfd state = {descriptor(), 0, 0}; // an error is told unasked
+        pollfd state = {descriptor(), 0, 0}; // errors are reported without asking
         EXPECT_EQ(::poll(&state, 1, 5000), 1);
     }
 

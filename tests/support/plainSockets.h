@@ -7,14 +7,14 @@
 
 #include <sys/socket.h>
 
-// The other side of an endpoint under test, on plain system calls and the loopback address, and what a test wants to
-// know of its own process. What is expected of a call in here fails the running test.
+// The other side of an endpoint under test, with plain system calls on the loopback address, and queries about the
+// test's own process. If a system call fails unexpectedly, the running test fails.
 
-static constexpr int limitMs = 5000; // of waits that end far earlier if all is well
+static constexpr int limitMs = 5000; // of waits, which normally end much earlier
 
 // --- Descriptors ---
 
-// A descriptor that is closed with its owner; -1 is none.
+// A descriptor, closed with the object; -1 means none.
 class Descriptor {
 public:
     explicit Descriptor(int held = -1) : number(held) {}
@@ -31,7 +31,7 @@ private:
     int number;
 };
 
-// Puts a descriptor in the place of another, such as standard input, until its own end.
+// Replaces a descriptor, such as standard input, for the lifetime of the object.
 class Replacement {
 public:
     Replacement(int place, int descriptor);
@@ -54,7 +54,7 @@ struct Pipe {
 bool isOpen(int descriptor);
 bool isNonBlocking(int descriptor);
 
-// Those of this process.
+// Number of open descriptors of this process.
 std::set<int> openDescriptors();
 std::set<int> openedSince(const std::set<int>& earlier);
 
@@ -70,7 +70,7 @@ bool isIgnored(int signal); // by this process
 
 // --- Waiting ---
 
-// Whether one of these poll(2) events comes within the time.
+// Returns true if one of these poll(2) events occurs within the time.
 bool becomes(int descriptor, short events, int ms = limitMs);
 
 using Clock = std::chrono::steady_clock;
@@ -84,13 +84,13 @@ int connectTo(int descriptor, const char* address, int port);
 // A connection to a listener, or no descriptor if it was refused.
 Descriptor connected(const char* address, int port);
 
-// What arrives until there are `size` bytes, the stream ends or the limit has passed.
+// Receives until there are `size` bytes, the stream ends or the limit has passed.
 std::string received(int descriptor, size_t size);
 
-// Waits for the end of the stream, which is to come ahead of any byte.
+// Waits for the end of the stream. No byte may come before it.
 bool isAtEnd(int descriptor);
 
-// Closes as a dying host does.
+// Closes with a reset.
 void reset(Descriptor& connection);
 
 // A free port of 127.0.0.1. It refuses connections before listen(); meanwhile another socket that sets SO_REUSEADDR may
@@ -108,7 +108,7 @@ private:
     Descriptor descriptor;
 };
 
-// A connect to it stays in progress, for others wait ahead and there is room for no more.
+// A connect to it stays in progress, because its backlog is full.
 class CrowdedListener : public Listener {
 public:
     CrowdedListener();

@@ -9,7 +9,7 @@
 
 #include <unistd.h>
 
-// Gathers what operations print to standard output, by printf(3) and by std::cout.
+// Collects what is printed to standard output, by printf(3) and by std::cout.
 class Prints {
 public:
     Prints() = default;
@@ -22,7 +22,7 @@ public:
         std::fclose(programs);
     }
 
-    // Descriptor 1 leads to a file meanwhile.
+    // Descriptor 1 refers to a file meanwhile.
     int of(const std::function<int()>& operation)
     {
         flush();

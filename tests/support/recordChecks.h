@@ -14,8 +14,8 @@
 
 // --- Layout of a record ---------------------------------------------------------
 
-// Whether offsets, given in the order of the declaration, rise.
-constexpr bool rising(std::initializer_list<size_t> offsets)
+// Returns true if the offsets, given in the order of the declaration, are ascending.
+constexpr bool ascending(std::initializer_list<size_t> offsets)
 {
     size_t next = 0;
     for (size_t offset : offsets) {
@@ -26,14 +26,14 @@ constexpr bool rising(std::initializer_list<size_t> offsets)
     return true;
 }
 
-// Whether all these fields, given as &Record::field, are of one type: allAre<char Record::*>(...).
+// Returns true if all these fields, given as &Record::field, have one type: allAre<char Record::*>(...).
 template <typename Field, typename... Fields>
 constexpr bool allAre(Fields...)
 {
     return (std::is_same_v<Field, Fields> && ...);
 }
 
-// --- Floating-point numbers by their image --------------------------------------
+// --- Floating-point numbers from their bits -------------------------------------
 
 inline float floatOf(unsigned int image)
 {
@@ -51,8 +51,7 @@ inline double doubleOf(unsigned long long image)
 
 // --- A record as text -----------------------------------------------------------
 
-// A field a line, as the bytes that it has in memory, so that a failed comparison names the field. A NaN is equal to
-// itself here.
+// One field per line, as its bytes in memory, so that a failed comparison names the field. A NaN is equal to itself.
 class FieldText {
 public:
     template <typename Field>
@@ -80,8 +79,7 @@ private:
     std::string lines;
 };
 
-// A list by its items. The test has a show() of one record, in the namespace of the record, where it is found from
-// here.
+// All records of a list. The test defines show() of one record, in the namespace of the record so that it is found.
 template <typename Record>
 std::string showAll(const std::vector<Record>& list)
 {
@@ -91,10 +89,10 @@ std::string showAll(const std::vector<Record>& list)
     return text;
 }
 
-// --- What a constructor leaves alone --------------------------------------------
+// --- What a constructor leaves uninitialised ------------------------------------
 
-// Memory full of 0xee for one record. Volatile, so that the compiler neither drops the pattern ahead of a constructor
-// nor presumes what a field left alone holds.
+// Memory full of 0xee for one record. Volatile, so that the compiler neither drops the pattern before a constructor
+// nor assumes the value of an uninitialised field.
 template <typename Record>
 class PatternedMemory {
 public:
@@ -106,7 +104,7 @@ public:
 
     void* room() { return const_cast<unsigned char*>(memory); }
 
-    // The record that was built in it, seen through a pointer that the compiler does not follow.
+    // The record constructed in it, through a pointer that the compiler cannot trace.
     Record& record()
     {
         void* volatile hidden = room();
@@ -117,7 +115,7 @@ private:
     alignas(Record) volatile unsigned char memory[sizeof(Record)];
 };
 
-// What a constructor stores: `build` runs it in memory full of 0xee.
+// Shows what a constructor stores: `build` calls it in memory full of 0xee.
 template <typename Record>
 std::string showBuilt(Record* (*build)(void*) = [](void* room) { return new (room) Record; })
 {
@@ -140,7 +138,7 @@ inline QByteArray withLength(QByteArray bytes, int at, int length)
 
 // --- Allocation -----------------------------------------------------------------
 
-// Whether `operation` fails as a vector does that cannot grow.
+// Returns true if `operation` fails as a vector that cannot grow does.
 template <typename Operation>
 bool failsToAllocate(Operation operation)
 {

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-// What the operations on samples compute, a rounding at a time.
+// The operations on samples, one rounding at a time.
 
-// A NaN is a NaN, whatever its image.
+// All NaNs are equal, whatever their bits.
 inline std::string shown(float value)
 {
     unsigned int image;
@@ -25,7 +25,7 @@ inline std::string shown(const std::vector<float>& values)
     return all;
 }
 
-// Each step is stored, so that no compiler carries it wider or joins two.
+// Each step is stored, so that no compiler uses higher precision or fuses two steps.
 inline int quantised(float value, float upper, float lower)
 {
     volatile float range = upper - lower;

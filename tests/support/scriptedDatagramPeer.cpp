@@ -48,7 +48,7 @@ QByteArray DatagramPeer::take()
 {
     pollfd state = {descriptor, POLLIN, 0};
     if (::poll(&state, 1, timeLimitMs) != 1) {
-        ADD_FAILURE() << "no datagram came";
+        ADD_FAILURE() << "no datagram arrived";
         return {};
     }
     QByteArray bytes(65536, '\0');
@@ -85,7 +85,7 @@ ScriptedDatagramPeer::~ScriptedDatagramPeer()
 {
     if (thread.joinable())
         thread.join();
-    EXPECT_TRUE(peer.holdsNone()) << "more datagrams came than the script answers";
+    EXPECT_TRUE(peer.holdsNone()) << "received more datagrams than the script answers";
 }
 
 std::vector<QByteArray> ScriptedDatagramPeer::received()

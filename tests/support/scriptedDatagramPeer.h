@@ -6,10 +6,10 @@
 #include <thread>
 #include <vector>
 
-// The other side of a datagram endpoint under test, on plain system calls and the loopback address. What is expected of
-// a call in here fails the running test; no wait lasts longer than five seconds.
+// The other side of a datagram endpoint under test, with plain system calls on the loopback address. If a system call
+// fails unexpectedly, the running test fails. No wait lasts longer than five seconds.
 
-// A socket on a free port of 127.0.0.1, in the hands of the test.
+// A socket on a free port of 127.0.0.1, controlled by the test.
 class DatagramPeer {
 public:
     DatagramPeer();
@@ -19,16 +19,16 @@ public:
 
     int port() const { return ownPort; }
 
-    // Sends a datagram to a port of 127.0.0.1. It waits there until it is read.
+    // Sends a datagram to a port of 127.0.0.1, where it is queued until it is read.
     void give(int toPort, const QByteArray& bytes);
 
     // Waits for the next datagram.
     QByteArray take();
-    int senderPort() const { return sender; } // of the one taken last
+    int senderPort() const { return sender; } // of the datagram taken last
 
-    bool holdsNone(); // and none comes within 20 ms
+    bool holdsNone(); // returns true if none arrives within 20 ms
 
-    // The port refuses what comes from now on: the system tells the sender so.
+    // Closes the port: the system reports an error to whoever sends to it from now on.
     void goAway();
 
 private:
@@ -37,13 +37,13 @@ private:
     int sender = 0;
 };
 
-// Answers each datagram from a thread of its own, as a server does:
+// A server that answers each datagram from its own thread:
 //
-//     ScriptedDatagramPeer server{{reply},          // what goes back for the first datagram
-//                                 {},               // silent on the second
-//                                 {first, second}}; // two datagrams for the third
+//     ScriptedDatagramPeer server{{reply},          // reply to the first datagram
+//                                 {},               // no reply to the second
+//                                 {first, second}}; // two datagrams in reply to the third
 //
-// The destructor ends the thread and fails the running test if not all of them came, or more.
+// The destructor ends the thread and fails the running test if fewer or more datagrams arrived.
 class ScriptedDatagramPeer {
 public:
     using Answers = std::vector<QByteArray>;
@@ -55,7 +55,7 @@ public:
 
     int port() const { return peer.port(); }
 
-    // The datagrams that came; ends the script.
+    // Ends the script and returns the datagrams that arrived.
     std::vector<QByteArray> received();
 
 private:
@@ -64,5 +64,5 @@ private:
     DatagramPeer peer;
     std::vector<Answers> script;
     std::vector<QByteArray> records;
-    std::thread thread; // last: runs on all of the above
+    std::thread thread; // last member: uses all of the above
 };

@@ -53,7 +53,7 @@ static int localPort(int descriptor)
     return ntohs(address.sin_port);
 }
 
-// The client lives in this process too, so that its end can be found by the address it is bound to. -1 if it is gone.
+// Finds the client's socket, which is in this process, by the address it is bound to. Returns -1 if it is closed.
 static int descriptorBoundTo(const sockaddr_in& wanted)
 {
     int found = -1;
@@ -118,7 +118,7 @@ ScriptedServer::Step floods(const QByteArray& bytes)
 ScriptedServer::Connection::Connection(ScriptedServer& owner, int accepted, const sockaddr_in& client)
     : server(owner), descriptor(accepted), clientAddress(client)
 {
-    const int on = 1; // each piece leaves at once
+    const int on = 1; // each piece is sent immediately
     ::setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     const timeval limit = {timeLimitMs / 1000, 0};
     ::setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
@@ -134,7 +134,7 @@ bool ScriptedServer::Connection::send(const QByteArray& bytes)
     for (int sent = 0; sent < bytes.size();) {
         const ssize_t count = ::send(descriptor, bytes.constData() + sent, size_t(bytes.size() - sent), MSG_NOSIGNAL);
         if (count <= 0)
-            return fail("could not send: " + systemError());
+            return fail("cannot send: " + systemError());
         sent += int(count);
     }
     return true;
@@ -151,7 +151,7 @@ bool ScriptedServer::Connection::sendApart(const std::vector<QByteArray>& pieces
     return true;
 }
 
-// Waits until the client has acknowledged everything and holds nothing unread.
+// Waits until the client has acknowledged and read everything.
 bool ScriptedServer::Connection::awaitTaken()
 {
     using Clock = std::chrono::steady_clock;
@@ -160,14 +160,14 @@ bool ScriptedServer::Connection::awaitTaken()
     while (Clock::now() < end) {
         int onTheWay = 0, unread = 0;
         if (::ioctl(descriptor, SIOCOUTQ, &onTheWay) != 0 || ::ioctl(client, SIOCINQ, &unread) != 0)
-            return fail("the client is gone between two pieces");
+            return fail("client closed the connection between two pieces");
         if (onTheWay == 0 && unread == 0)
             return true;
         pollfd stop = {server.stopper, POLLIN, 0};
         if (::poll(&stop, 1, 1) > 0)
             return fail("stopped between two pieces");
     }
-    return fail("the client did not read the piece");
+    return fail("client did not read the piece");
 }
 
 bool ScriptedServer::Connection::receive(int size)
@@ -175,10 +175,10 @@ bool ScriptedServer::Connection::receive(int size)
     QByteArray bytes(size, '\0');
     for (int got = 0; got < size;) {
         if (!server.waitUntilReadable(descriptor))
-            return fail("nothing to receive behind " + std::to_string(got) + " bytes");
+            return fail("nothing to receive after " + std::to_string(got) + " bytes");
         const ssize_t count = ::recv(descriptor, bytes.data() + got, size_t(size - got), 0);
         if (count <= 0)
-            return fail("the client ended behind " + std::to_string(got) + " bytes");
+            return fail("client closed the connection after " + std::to_string(got) + " bytes");
         got += int(count);
     }
     const std::lock_guard<std::mutex> lock(server.mutex);
@@ -204,7 +204,7 @@ bool ScriptedServer::Connection::reset()
 
 bool ScriptedServer::Connection::awaitRequest()
 {
-    return server.waitUntilReadable(descriptor) || fail("no request came");
+    return server.waitUntilReadable(descriptor) || fail("no request arrived");
 }
 
 bool ScriptedServer::Connection::flood(const QByteArray& bytes)
@@ -214,15 +214,15 @@ bool ScriptedServer::Connection::flood(const QByteArray& bytes)
         count = ::send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL);
     } while (count > 0);
     const bool hasEnded = errno == EPIPE || errno == ECONNRESET;
-    return (hasEnded && close()) || fail("the client took no more: " + systemError());
+    return (hasEnded && close()) || fail("client accepted no more bytes: " + systemError());
 }
 
-// Silent until the client ends the connection or the server is to end.
+// Sends nothing until the client closes the connection or the server stops.
 void ScriptedServer::Connection::awaitEnd()
 {
     char byte;
     if (descriptor >= 0 && server.waitUntilReadable(descriptor) && ::recv(descriptor, &byte, 1, 0) > 0)
-        fail("the client sent more than the steps received");
+        fail("client sent more than the steps received");
 }
 
 bool ScriptedServer::Connection::fail(const std::string& what)
@@ -273,7 +273,7 @@ void ScriptedServer::run()
         sockaddr_in client = {};
         socklen_t size = sizeof client;
         if (!waitUntilReadable(listener))
-            return complain(name + " was not made");
+            return complain(name + " was not opened");
         const int accepted = ::accept4(listener, reinterpret_cast<sockaddr*>(&client), &size, SOCK_CLOEXEC);
         Connection connection(*this, accepted, client);
         bool going = true;
@@ -285,10 +285,10 @@ void ScriptedServer::run()
         if (going)
             connection.awaitEnd();
     }
-    ::shutdown(listener, SHUT_RD); // ends the listening: a further client is refused and not kept waiting
+    ::shutdown(listener, SHUT_RD); // stops listening: further clients are refused instead of kept waiting
 }
 
-// False when the server is to end or the time is over.
+// Returns false if the server must stop or the time has passed.
 bool ScriptedServer::waitUntilReadable(int descriptor)
 {
     pollfd watched[] = {{descriptor, POLLIN, 0}, {stopper, POLLIN, 0}};

@@ -12,23 +12,24 @@
 
 #include <netinet/in.h>
 
-// A TCP server on the loopback address that plays one script per connection, first script for the first connection, on
-// a thread of its own and with plain system calls:
+// A TCP server on the loopback address that plays one script per connection, the first script for the first connection,
+// in its own thread and with plain system calls:
 //
 //     ScriptedServer server{{sends(greeting), receives(17), sends(reply)}, // first connection
 //                           {sends(greeting), closes()}};                  // second one
 //
-// It listens once constructed; connections behind the last script are refused. Behind its last step a connection stays
-// silent until the client ends it. No wait lasts longer than five seconds. The destructor ends the thread and fails the
-// running test if a script was not played to its end or if the client sent what no step received.
+// It listens once constructed. After the last script, further connections are refused. After its last step, a
+// connection sends nothing until the client closes it. No wait lasts longer than five seconds. The destructor ends the
+// thread and fails the running test if a script was not played to its end or if the client sent bytes that no step
+// received.
 class ScriptedServer {
 public:
     class Connection;
-    using Step = std::function<bool(Connection&)>; // false ends the script, the reason is told already
+    using Step = std::function<bool(Connection&)>; // false ends the script; the reason has been recorded
     using Script = std::vector<Step>;
 
     ScriptedServer(std::initializer_list<Script> scripts);
-    // On a port that somebody holds by a ReservedPort.
+    // Listens on the port of a ReservedPort.
     ScriptedServer(int port, std::initializer_list<Script> scripts);
     ~ScriptedServer();
     ScriptedServer(const ScriptedServer&) = delete;
@@ -36,7 +37,7 @@ public:
 
     int port() const;
 
-    // What the step `receives` number `index` took, counted over all connections from 0; waits for it.
+    // Waits for the bytes of `receives` step number `index`, counted from 0 over all connections.
     QByteArray received(size_t index);
 
 private:
@@ -47,26 +48,26 @@ private:
     std::vector<Script> scripts;
     int listener;
     int listenerPort;
-    int stopper; // an eventfd, readable once the server is to end
+    int stopper; // an eventfd, readable when the server must stop
 
     std::mutex mutex;
     std::condition_variable recorded;
     std::vector<QByteArray> records;
     std::string complaints;
 
-    std::thread thread; // last: runs on all of the above
+    std::thread thread; // last member: uses all of the above
 };
 
 // The steps of a script.
 ScriptedServer::Step sends(const QByteArray& bytes);
-// Each piece goes out when the client has read all of the one ahead of it, so that every piece is a read of its own.
+// Sends each piece after the client has read the previous one, so that each is a separate read.
 ScriptedServer::Step sendsApart(const std::vector<QByteArray>& pieces);
-ScriptedServer::Step receives(int size); // exactly so many bytes
-ScriptedServer::Step closes();           // in good order, the client reads an end of the stream
-ScriptedServer::Step resets();           // as a dying host does
-ScriptedServer::Step awaitsTaken();      // until the client has read all that was sent
-ScriptedServer::Step awaitsRequest();    // until something comes, and leaves it unread: a close behind it resets
-ScriptedServer::Step floods(const QByteArray& bytes); // again and again until the client ends; reads nothing
+ScriptedServer::Step receives(int size);              // exactly this many bytes
+ScriptedServer::Step closes();                        // regular close: the client reads the end of the stream
+ScriptedServer::Step resets();                        // resets the connection
+ScriptedServer::Step awaitsTaken();                   // waits until the client has read all that was sent
+ScriptedServer::Step awaitsRequest();                 // waits for data and leaves it unread, so that closing resets
+ScriptedServer::Step floods(const QByteArray& bytes); // repeatedly until the client closes; reads nothing
 
 // One end of a connection, for the steps.
 class ScriptedServer::Connection {
@@ -90,12 +91,12 @@ private:
     bool fail(const std::string& what);
 
     ScriptedServer& server;
-    int descriptor; // -1 once closed
+    int descriptor; // -1 after closing
     sockaddr_in clientAddress;
 };
 
-// A port of the loopback address that refuses connections: bound, but nobody listens. It stays reserved for a
-// ScriptedServer to come up on and go away from.
+// A port of the loopback address that refuses connections: bound, but not listening. It stays reserved while
+// ScriptedServers start and stop on it.
 class ReservedPort {
 public:
     ReservedPort();

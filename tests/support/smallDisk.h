@@ -5,13 +5,12 @@
 #include <sched.h>
 #include <sys/mount.h>
 
-// A disk with little room on a folder: a tmpfs that this thread alone sees, in a mount namespace of its own, in which
-// the thread stays.
+// A small disk mounted on a folder: a tmpfs in a mount namespace of this thread, in which the thread stays.
 //
-// It takes a system that lets the test do so, mostly as root: where `exists` is false, skip the test.
+// Needs permission to mount, usually root. If `exists` is false, skip the test.
 class SmallDisk {
 public:
-    // `options` as tmpfs(5) has them, such as "size=64k" or "nr_inodes=2", the folder itself being one of these.
+    // `options` as in tmpfs(5), such as "size=64k" or "nr_inodes=2", which includes the folder itself.
     SmallDisk(const std::string& mountedFolder, const char* options)
         : folder(mountedFolder),
           isMounted(::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&

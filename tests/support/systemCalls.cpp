@@ -1,4 +1,4 @@
-#undef _FORTIFY_SOURCE // its inline forms of these functions stand in the way of defining them
+#undef _FORTIFY_SOURCE // its inline forms of these functions prevent their definition
 
 #include "support/systemCalls.h"
 #include "support/hex.h"
@@ -41,7 +41,7 @@ struct Answer {
 
     void handOut(void* target, size_t room) const
     {
-        if (!out.isEmpty()) // else the target may be null
+        if (!out.isEmpty()) // the target may be null otherwise
             std::memcpy(target, out.constData(), std::min(size_t(out.size()), room));
     }
 };
@@ -53,11 +53,11 @@ public:
     SystemCalls::NewThread newThread;
     termios lineSettings = {};
     std::map<const pthread_mutex_t*, std::string> mutexes; // with their names
-    int mutexCount = 0;                                    // of all that were ever initialised
+    int mutexCount = 0;                                    // of all ever initialised
 
     bool knows(const pthread_mutex_t* mutex) const { return mutexes.count(mutex) != 0; }
 
-    // Writes the call down and gives its answer.
+    // Records the call and returns its answer.
     template <typename... Arguments>
     Answer call(const char* function, const Arguments&... arguments)
     {
@@ -90,7 +90,7 @@ SystemCalls::~SystemCalls()
 {
     active = nullptr;
     for (const auto& [function, waiting] : script->answers)
-        EXPECT_TRUE(waiting.empty()) << waiting.size() << " answers of " << function << " were never fetched";
+        EXPECT_TRUE(waiting.empty()) << waiting.size() << " answers of " << function << " were not used";
 }
 
 void SystemCalls::answer(const std::string& function, long result, const QByteArray& out)
@@ -130,7 +130,7 @@ std::string SystemCalls::take()
     return std::exchange(script->lines, {});
 }
 
-// --- What a line shows ---
+// --- Text of a call ---
 
 #define NAME(constant)                                                                                                 \
     {                                                                                                                  \
@@ -236,7 +236,7 @@ static std::string timeText(const timeval* time)
     return "{" + std::to_string(time->tv_sec) + ", " + std::to_string(time->tv_usec) + "}";
 }
 
-// The function of that name that the ones below stand ahead of.
+// The libc function that is replaced below.
 template <typename Function>
 static Function* libc(const char* name)
 {
@@ -253,7 +253,7 @@ static std::string attributesText(const pthread_attr_t* attributes)
     ::pthread_attr_getinheritsched(attributes, &inheritance);
 
     pthread_attr_t same;
-    ::pthread_attr_init(&same); // from zero bytes on
+    ::pthread_attr_init(&same); // clears all bytes, including padding
     ::pthread_attr_setdetachstate(&same, state);
     ::pthread_attr_setinheritsched(&same, inheritance);
     const bool more = std::memcmp(&same, attributes, sizeof same) != 0;
@@ -421,7 +421,7 @@ int fcntl(int descriptor, int command, ...)
 {
     va_list arguments;
     va_start(arguments, command);
-    const long argument = va_arg(arguments, long); // as wide as a pointer, which some commands take
+    const long argument = va_arg(arguments, long); // as wide as a pointer, which some commands expect
     va_end(arguments);
     if (active == nullptr)
         return libc<decltype(::fcntl)>("fcntl")(descriptor, command, argument);
@@ -451,7 +451,7 @@ int pthread_attr_destroy(pthread_attr_t* attributes) noexcept
 {
     if (active != nullptr)
         active->call("pthread_attr_destroy", attributesText(attributes));
-    return libc<decltype(::pthread_attr_destroy)>("pthread_attr_destroy")(attributes); // for what they hold
+    return libc<decltype(::pthread_attr_destroy)>("pthread_attr_destroy")(attributes); // frees their memory
 }
 
 int pthread_cancel(pthread_t handle)
@@ -472,7 +472,8 @@ int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attrib
 
 int pthread_mutexattr_destroy(pthread_mutexattr_t* attributes) noexcept
 {
-    ::pthread_mutexattr_settype(attributes, PTHREAD_MUTEX_ERRORCHECK); // so that a mutex made of them shows it
+    ::pthread_mutexattr_settype(attributes,
+                                PTHREAD_MUTEX_ERRORCHECK); // use after destruction shows in the recorded call
     return libc<decltype(::pthread_mutexattr_destroy)>("pthread_mutexattr_destroy")(attributes);
 }
 

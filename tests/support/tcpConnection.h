@@ -13,7 +13,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-// A connected socket of the library, and the other end.
+// A connected socket of the library and its peer.
 struct Connection {
     Listener listener{5};
     Open<CTcpSocket> socket;
@@ -27,8 +27,8 @@ struct Connection {
 
     int descriptor() const { return *socket.handle; }
 
-    // Writes until nothing more fits, with small buffers at both ends; how much that was. The socket does not block
-    // from then on.
+    // Writes until nothing more fits, with small buffers at both ends, and returns the number of bytes. The socket is
+    // non-blocking afterwards.
     size_t fill()
     {
         const int small = 4096;
@@ -42,7 +42,7 @@ struct Connection {
             count = socket.send(block.data(), int(block.size()));
             EXPECT_GE(count, 0);
             total += size_t(std::max(count, 0));
-        } while (count > 0 || becomes(descriptor(), POLLOUT, 20)); // what the peer has taken makes room once more
+        } while (count > 0 || becomes(descriptor(), POLLOUT, 20)); // bytes taken by the peer make room again
         return total;
     }
 };

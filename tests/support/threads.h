@@ -9,10 +9,10 @@
 
 #include <pthread.h>
 
-// For tests that put several threads in order, without sleeping. A wait that never ends is left to the time limit of
-// the test.
+// For tests that order several threads without sleeping. A wait that never ends is caught by the time limit of the
+// test.
 
-// ThreadSanitizer speaks up at what some tests do on purpose.
+// ThreadSanitizer reports what some tests do on purpose.
 #if defined(__SANITIZE_THREAD__)
 static constexpr bool underThreadSanitizer = true;
 #elif defined(__has_feature)
@@ -21,14 +21,14 @@ static constexpr bool underThreadSanitizer = __has_feature(thread_sanitizer);
 static constexpr bool underThreadSanitizer = false;
 #endif
 
-// Counts what other threads wait for.
+// Counts events that other threads wait for.
 class Counter {
 public:
     void add()
     {
         const std::lock_guard<std::mutex> lock(mutex);
         ++count;
-        changed.notify_all(); // with the lock held: whoever waits may be about to end this object
+        changed.notify_all(); // with the lock held: the waiting thread may destroy this object
     }
 
     void waitFor(int wanted)
@@ -43,7 +43,7 @@ private:
     int count = 0;
 };
 
-// Does one task after the other, in a thread of its own.
+// Runs tasks one after the other in its own thread.
 class OtherThread {
 public:
     OtherThread() : thread(&OtherThread::work, this) {}
@@ -85,10 +85,10 @@ private:
     int tasks = 0;
     Counter begun;
     Counter done;
-    std::thread thread; // last: works on all of the above
+    std::thread thread; // last member: uses all of the above
 };
 
-// Whether this thread could lock the mutex now.
+// Returns true if this thread can lock the mutex now.
 inline bool isFree(pthread_mutex_t& mutex)
 {
     if (::pthread_mutex_trylock(&mutex) != 0)
@@ -97,7 +97,7 @@ inline bool isFree(pthread_mutex_t& mutex)
     return true;
 }
 
-// Whether another thread could.
+// Returns true if another thread can lock the mutex now.
 inline bool isFreeForOthers(pthread_mutex_t& mutex)
 {
     bool result = false;
@@ -105,7 +105,7 @@ inline bool isFreeForOthers(pthread_mutex_t& mutex)
     return result;
 }
 
-// Asks again and again; false if five seconds were not enough.
+// Polls until the condition is true. Returns false after five seconds.
 inline bool comesTrue(const std::function<bool()>& condition)
 {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);

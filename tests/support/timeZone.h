@@ -4,7 +4,7 @@
 #include <ctime>
 #include <string>
 
-// The process's local time zone for as long as it lives; after that the one from before.
+// Sets the local time zone of the process for the lifetime of the object.
 class TimeZone {
 public:
     explicit TimeZone(const char* name)

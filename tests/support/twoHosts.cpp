@@ -28,7 +28,7 @@ static bool setUp(const std::string& device, const std::string& address)
                     " && ip link set " + device + " up && ip route add default dev " + device);
 }
 
-// On a free port of every interface of the present host.
+// Listens on a free port of every interface of the current host.
 static Descriptor datagramSocket()
 {
     Descriptor descriptor(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -40,7 +40,7 @@ static Descriptor datagramSocket()
     return descriptor;
 }
 
-// The system drops what it sends into a new cable until it has noticed that both ends are plugged in.
+// The system drops what it sends until it has noticed that both ends of a new cable are connected.
 static bool becomesReachable(int from, int to)
 {
     sockaddr_in address = {};
@@ -58,7 +58,7 @@ TwoHosts::TwoHosts() : home(presentHost()), complete(make()) {}
 
 TwoHosts::~TwoHosts()
 {
-    if (far >= 0) // else home was never left
+    if (far >= 0) // otherwise the home host was never left
         enter(home);
 }
 

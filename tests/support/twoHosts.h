@@ -2,12 +2,11 @@
 
 #include "support/plainSockets.h"
 
-// Two hosts with a cable between them: network namespaces of the kernel and a veth pair, which the iproute2 program
-// `ip` sets up. Near is 10.1.0.1, far 10.1.0.2, the broadcast address is 10.1.0.255, and what has no other way goes
-// into the cable. A socket stays on the host that was entered when it was made; the destructor goes back to the host of
-// the test program.
+// Two hosts connected by a cable: network namespaces and a veth pair, set up by iproute2's `ip`. Near is 10.1.0.1, far
+// 10.1.0.2, the broadcast address is 10.1.0.255, and the default route uses the cable. A socket belongs to the host
+// that was entered when it was created. The destructor returns to the host of the test program.
 //
-// It takes a system that lets the test do so, mostly as root: where `exist` is false, skip the test.
+// Needs permission to create namespaces, usually root. If `exist` is false, skip the test.
 class TwoHosts {
 public:
     TwoHosts();
