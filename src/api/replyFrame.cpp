@@ -1,6 +1,6 @@
 #include "replyFrame.h"
 
-#include "byteCursor.h"
+#include "byteOrder.h"
 #include "socketApi.h"
 
 #include <algorithm>

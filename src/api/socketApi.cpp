@@ -1,6 +1,7 @@
 #include "socketApi.h"
 
-#include "byteCursor.h"
+#include "byteOrder.h"
+#include "listCount.h"
 
 namespace gqdb {
 
@@ -67,13 +68,6 @@ int CSocketAPI::addEnd(QByteArray& data)
 
 // --- Payloads -----------------------------------------------------------------------------------------------------
 
-// Whether the count at `buf` and that many items fit into `len` bytes, which are 4 at the least. Computed in 64 bits,
-// so that no count wraps into a fit.
-static bool countFits(const char* buf, int len, unsigned int itemSize)
-{
-    return len >= 4 + static_cast<long long>(load32(buf)) * itemSize;
-}
-
 int CSocketAPI::parseInt(const char* buf, int len, int& value)
 {
     if (len < 4)
@@ -84,7 +78,7 @@ int CSocketAPI::parseInt(const char* buf, int len, int& value)
 
 int CSocketAPI::parseInts(const char* buf, int len, std::vector<int>& out)
 {
-    if (len < 4 || !countFits(buf, len, 4))
+    if (len < 4 || !holdsItems(len, load32(buf), 4))
         return -5;
     const unsigned int count = load32(buf);
     const size_t first = out.size();
@@ -96,7 +90,7 @@ int CSocketAPI::parseInts(const char* buf, int len, std::vector<int>& out)
 
 int CSocketAPI::parseBytes(const char* buf, int len, std::vector<unsigned char>& out)
 {
-    if (len < 4 || !countFits(buf, len, 1))
+    if (len < 4 || !holdsItems(len, load32(buf), 1))
         return -5;
     out.insert(out.end(), buf + 4, buf + 4 + load32(buf));
     return 1;

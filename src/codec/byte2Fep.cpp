@@ -1,6 +1,7 @@
 #include "byte2Fep.h"
 
 #include "byteCursor.h"
+#include "listCount.h"
 
 namespace gqdb {
 
@@ -80,7 +81,7 @@ int CByte2Fep::byte2NodeHeads(const char* buf, int size, std::vector<NodeHead>& 
         return 0;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
+    list.resize(appendedSize(first, in.take32()));
     if (list.size() < first)
         return 0;
     for (size_t i = first; i < list.size(); ++i) {
@@ -165,7 +166,7 @@ int CByte2Fep::byte2CommItems(const char* buf, int size, std::vector<CommItem>& 
     if (size < 4)
         return 0;
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + load32(buf)));
+    list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return 0;
     // By the reader's answers, which may lead into the midst of a record, or behind the bytes: there is none left then.
@@ -246,7 +247,7 @@ int CByte2Fep::byte2YcItems(const char* buf, int size, std::vector<YcItem>& list
         return 0;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
+    list.resize(appendedSize(first, in.take32()));
     if (list.size() < first)
         return 0;
     for (size_t i = first; i < list.size(); ++i) {
@@ -315,7 +316,7 @@ int CByte2Fep::byte2YxItems(const char* buf, int size, std::vector<YxItem>& list
         return 0;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
+    list.resize(appendedSize(first, in.take32()));
     if (list.size() < first)
         return 0;
     for (size_t i = first; i < list.size(); ++i) {
@@ -400,7 +401,7 @@ int CByte2Fep::byte2YdItems(const char* buf, int size, std::vector<YdItem>& list
         return 0;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
+    list.resize(appendedSize(first, in.take32()));
     if (list.size() < first)
         return 0;
     for (size_t i = first; i < list.size(); ++i) {
@@ -459,7 +460,7 @@ int CByte2Fep::byte2YbItems(const char* buf, int size, std::vector<YbItem>& list
         return 0;
     CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(static_cast<unsigned int>(first + in.take32()));
+    list.resize(appendedSize(first, in.take32()));
     if (list.size() < first)
         return 0;
     for (size_t i = first; i < list.size(); ++i) {

@@ -1,0 +1,142 @@
+#include "byte2Rdb.h"
+
+#include "byteCursor.h"
+#include "samples.h"
+
+#include <algorithm>
+#include <zlib.h>
+
+namespace gqdb {
+
+static const unsigned char rawSamples = 1;       // bits of waveFlags
+static const unsigned char quantisedSamples = 2; // rawSamples goes first on reading
+static const unsigned char compressedSamples = 4;
+
+static const unsigned int waveHeadSize = sizeof(BlobWaveHead);
+static_assert(sizeof(BlobWaveHead) == 96, "a wave's head is stored as it lies in memory");
+
+// The second half of packing: `rawBuffer` holds the samples.
+static int storeWave(BlobWaveHead& head, const std::vector<int>& marks, const unsigned char* rawBuffer, size_t length,
+                     bool compressed, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
+{
+    const unsigned char* block = rawBuffer;
+    if (compressed) {
+        uLongf packed = CByte2Rdb::waveBlockSize;
+        if (compress(packedBuffer, &packed, rawBuffer, length) != Z_OK)
+            return -1;
+        block = packedBuffer;
+        length = packed;
+    }
+    head.markCount = static_cast<unsigned int>(marks.size());
+    stored.resize(waveHeadSize + 4 * marks.size() + length);
+    unsigned char* at = stored.data();
+    std::memcpy(at, &head, waveHeadSize);
+    at += waveHeadSize;
+    for (const int mark : marks) {
+        store32(static_cast<unsigned int>(mark), reinterpret_cast<char*>(at));
+        at += 4;
+    }
+    if (length > 0)
+        std::memcpy(at, block, length);
+    return 1;
+}
+
+// Samples become steps of 16 bits and back in blocks that stay in the cache.
+static const size_t blockSamples = 4096;
+
+static void packQuantised(const std::vector<float>& samples, const BlobWaveHead& head, char* raw)
+{
+    int steps[blockSamples];
+    for (size_t first = 0; first < samples.size(); first += blockSamples) {
+        const size_t count = std::min(blockSamples, samples.size() - first);
+        quantise(samples.data() + first, count, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow),
+                 steps);
+        for (size_t i = 0; i < count; ++i)
+            store16(static_cast<unsigned int>(steps[i]), raw + 2 * (first + i));
+    }
+}
+
+static void unpackQuantised(const char* raw, size_t sampleCount, const BlobWaveHead& head, std::vector<float>& samples)
+{
+    if (sampleCount == 0)
+        return;
+    samples.resize(sampleCount);
+    int steps[blockSamples];
+    for (size_t first = 0; first < sampleCount; first += blockSamples) {
+        const size_t count = std::min(blockSamples, sampleCount - first);
+        for (size_t i = 0; i < count; ++i)
+            steps[i] = static_cast<int>(load16(raw + 2 * (first + i)));
+        unquantise(steps, count, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow),
+                   samples.data() + first);
+    }
+}
+
+int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<float>& samples, const std::vector<int>& marks,
+                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
+{
+    char* raw = reinterpret_cast<char*>(rawBuffer);
+    size_t length = 4 * samples.size();
+    head.sampleCount = static_cast<unsigned int>(samples.size());
+    calcLimit(samples, head.limitHigh, head.limitLow);
+    if (head.waveFlags & quantisedSamples) {
+        packQuantised(samples, head, raw);
+        length = 2 * samples.size();
+    } else {
+        floats2Buffer(samples, raw);
+    }
+    return storeWave(head, marks, rawBuffer, length, head.waveFlags & compressedSamples, packedBuffer, stored);
+}
+
+int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<int>& samples, const std::vector<int>& marks,
+                         unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
+{
+    head.waveFlags |= rawSamples;
+    head.sampleCount = static_cast<unsigned int>(samples.size());
+    ushorts2Buffer(samples, reinterpret_cast<char*>(rawBuffer));
+    return storeWave(head, marks, rawBuffer, 2 * samples.size(), head.waveFlags & compressedSamples, packedBuffer,
+                     stored);
+}
+
+int CByte2Rdb::byte2Wave(const std::vector<unsigned char>& stored, unsigned char* workBuffer, BlobWaveHead& head,
+                         std::vector<float>& samples, std::vector<int>& marks)
+{
+    if (stored.size() < waveHeadSize)
+        return 0;
+    std::memcpy(&head, stored.data(), waveHeadSize);
+    const char* payload = reinterpret_cast<const char*>(stored.data()) + waveHeadSize;
+    int length = static_cast<int>(stored.size() - waveHeadSize);
+
+    if (head.markCount != 0) {
+        // The head's size counts once more: with marks, fewer than 96 bytes of samples are deliberately refused.
+        if (length < static_cast<int>(head.markCount * 4 + waveHeadSize))
+            return 0;
+        if (head.markCount > static_cast<unsigned int>(length) / 4)
+            return 0; // only behind a wrapped sum
+        marks.resize(head.markCount);
+        for (int& mark : marks) {
+            mark = static_cast<int>(load32(payload));
+            payload += 4;
+        }
+        length -= static_cast<int>(4 * head.markCount);
+    }
+    if (head.waveFlags & compressedSamples) {
+        uLongf unpacked = waveBlockSize;
+        if (uncompress(workBuffer, &unpacked, reinterpret_cast<const Bytef*>(payload), static_cast<uLong>(length)) !=
+            Z_OK)
+            return 0;
+        payload = reinterpret_cast<const char*>(workBuffer);
+        length = static_cast<int>(unpacked);
+    }
+    if (head.waveFlags & rawSamples) {
+        std::vector<int> values;
+        buffer2Shorts(payload, length / 2, values);
+        ad2float(values, head.limitHigh, head.limitLow, samples);
+    } else if (head.waveFlags & quantisedSamples) {
+        unpackQuantised(payload, static_cast<size_t>(length / 2), head, samples);
+    } else {
+        buffer2Floats(payload, length / 4, samples);
+    }
+    return 1;
+}
+
+} // namespace gqdb

@@ -1,0 +1,34 @@
+#include "byteRoom.h"
+
+#include "byteOrder.h"
+
+#include <climits>
+
+namespace gqdb {
+
+void reserveMore(QByteArray& data, long long more)
+{
+    const long long largest = INT_MAX - static_cast<int>(sizeof(QArrayData)) - 1;
+    // If the room is reserved already, leave it: reserve() would store the mark once more, and the next test of the
+    // capacity would wait for that store.
+    if (data.isDetached() && data.data_ptr()->capacityReserved && data.size() + more <= data.capacity())
+        return;
+    if (data.size() + more <= largest)
+        data.reserve(static_cast<int>(data.size() + more));
+}
+
+void putCount(size_t count, QByteArray& data)
+{
+    store32(static_cast<unsigned int>(count), grow(data, 4));
+}
+
+char* beginList(QByteArray& data, int itemSize, size_t count)
+{
+    const long long size = 4 + itemSize * static_cast<long long>(count);
+    reserveMore(data, size);
+    char* const at = grow(data, size);
+    store32(static_cast<unsigned int>(count), at);
+    return at + 4;
+}
+
+} // namespace gqdb

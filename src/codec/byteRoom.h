@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <cstddef>
+
+// Room at the end of a byte array for what a writer adds. Internal.
+namespace gqdb {
+
+// Reserves `more` bytes after the current ones. Does nothing if an array cannot have so many: `more` is an estimate,
+// and the bytes that follow may still fit.
+void reserveMore(QByteArray& data, long long more);
+
+// Makes `data` longer by `count` bytes of any content and returns the first of them. If an array cannot have so many,
+// its allocation fails.
+char* grow(QByteArray& data, long long count);
+
+// Grows by a list's count and writes it: the low 32 bits of `count`.
+void putCount(size_t count, QByteArray& data);
+
+// Reserves and grows by a list of `count` items of `itemSize` bytes, and writes the count. Returns the first byte of
+// the items.
+char* beginList(QByteArray& data, int itemSize, size_t count);
+
+} // namespace gqdb

@@ -1,0 +1,35 @@
+#include "plainForms.h"
+
+#include <QString>
+
+#include <climits>
+#include <cstddef>
+#include <cstring>
+#include <new>
+
+namespace plainForms {
+using gqdb::FloatRealData;
+}
+
+#define GQLIB_PLAIN_FORMS
+#define gqdb plainForms
+#include "floatRealItem.h"
+#include "quickGrow.cpp"
+#include "shortText.h"
+#undef gqdb
+
+void plainForms::copyText(const std::string& text, char* to)
+{
+    copyText(text.data(), text.size(), to);
+}
+
+QByteArray plainForms::bytesOf(const gqdb::FloatRealData& record)
+{
+    const FloatRealItem item(record);
+    return {item.bytes, sizeof item.bytes};
+}
+
+gqdb::FloatRealData plainForms::recordOf(const QByteArray& bytes)
+{
+    return *reinterpret_cast<const FloatRealItem*>(bytes.constData());
+}
