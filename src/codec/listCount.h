@@ -26,11 +26,11 @@ inline size_t appendedSize(size_t size, unsigned int count)
     return static_cast<unsigned int>(size + count);
 }
 
-// Capacity to reserve for a list of `wanted` elements; 0 if `capacity` is enough. It doubles, so that a list read in many
-// parts moves seldom.
-inline size_t capacityFor(size_t wanted, size_t, size_t capacity)
+// Capacity to reserve for a list that grows from `size` to `wanted` elements; 0 if `capacity` is enough. It follows the
+// size, as that of a resized vector does, so that a list read in many parts moves seldom.
+inline size_t capacityFor(size_t wanted, size_t size, size_t capacity)
 {
-    return wanted <= capacity ? 0 : std::max(wanted, 2 * capacity);
+    return wanted <= capacity ? 0 : std::max(wanted, 2 * size);
 }
 
 } // namespace gqdb

@@ -1291,6 +1291,23 @@ TYPED_TEST(Byte2Definitions, readsAFourByteCount)
     EXPECT_EQ(show(list.back()), show(TypeParam::shortest()));
 }
 
+TYPED_TEST(Byte2Definitions, growsAReservedVectorToTheItemsAlone)
+{
+    const QByteArray items = TypeParam::shortRead + TypeParam::read;
+    typename TestFixture::List list;
+    list.reserve(3);
+    EXPECT_EQ(TestFixture::read("04000000"_hex + items + items, list), 1);
+    EXPECT_EQ(list.capacity(), 4u);
+}
+
+TYPED_TEST(Byte2Definitions, doublesTheVectorThatItAppendsTo)
+{
+    auto list = TestFixture::threeRecords();
+    list.shrink_to_fit();
+    EXPECT_EQ(TestFixture::read(TestFixture::twoItems(), list), 1);
+    EXPECT_EQ(list.capacity(), 6u);
+}
+
 TYPED_TEST(Byte2Definitions, shrinksTheVectorOnACountThatWrapsItsSize)
 {
     const QByteArray items = TypeParam::shortRead + TypeParam::read;
