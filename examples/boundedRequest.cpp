@@ -1,4 +1,4 @@
-// Asks a server for its state with a limit for the whole reply, however slowly it comes.
+// Asks a server for its state and waits at most MS milliseconds for the whole reply.
 //   boundedRequest HOST PORT MS
 
 #include <gqLib/gqSocketUnix.h>
@@ -12,7 +12,8 @@
 //! [client]
 class BoundedClient : public gqdb::CTcpAPI {
 public:
-    // Sends a finished frame and reads the integer of its reply, on a link that is up: 1, 0 behind `ms`, or a code.
+    // Sends a finished frame over a connected link and reads the integer of the reply. Returns 1, 0 if the reply is not
+    // complete within `ms`, or another result code of the client.
     int requestIntWithin(int ms, const QByteArray& frame, int& value)
     {
         using namespace std::chrono;
@@ -38,7 +39,7 @@ public:
         int len = 0;
         if (!isRecvOk(len))
             return 0;
-        len = std::min(len, recvFrame.size() - headerSize); // a length may have wrapped
+        len = std::min(len, recvFrame.size() - headerSize); // the length field may exceed the frame
         const int result = parseInt(recvFrame.constData() + headerSize, len, value);
         const bool isError = static_cast<unsigned char>(recvFrame.at(9)) == errorCommand;
         recvFrame.clear();

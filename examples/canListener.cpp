@@ -1,4 +1,4 @@
-// Prints the data bytes of the CAN frames on an interface, until none has come for ten seconds.
+// Prints the data bytes of each CAN frame on an interface. Ends when none arrives for ten seconds.
 //   canListener can0
 
 #include <gqLib/byte2Val.h>
@@ -17,7 +17,7 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "can't open %s\n", argv[1]);
         return 1;
     }
-    std::printf("\n");                   // open ends its own output without one
+    std::printf("\n");                   // the last line that open prints has no line end
     while (can.isReadable(10000) == 1) { // recv itself has no time-out
         char data[8];
         const int size = can.recv(data, sizeof data);

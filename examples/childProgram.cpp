@@ -1,4 +1,4 @@
-// Starts a program from one that has sockets, and gives it back the signal that every socket sets to be ignored.
+// Starts a program with SIGPIPE restored, which the library's TCP sockets set to be ignored in the whole process.
 //   childProgram PROGRAM [ARGUMENT...]
 
 #include <gqLib/gqSocketUnix.h>

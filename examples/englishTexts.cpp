@@ -1,4 +1,4 @@
-// Relative time codes in words, in Chinese and in English.
+// Prints the text of a relative time code in Chinese, then in English.
 
 #include <gqLib/gqTools.h>
 

@@ -16,12 +16,12 @@ int main(int argc, char* argv[])
     //! [connect]
     //! [ask]
     const int time = client.systemTime();
-    if (client.isConnected()) // the result alone does not tell a reply from a failure
+    if (client.isConnected()) // only this distinguishes a reply from a failure
         std::printf("time %d\n", time);
     //! [ask]
 
     //! [request]
-    QByteArray frame; // a request of our own: header, payload, end
+    QByteArray frame; // a request of your own: header, payload, end
     client.addHeader(0x20, 0, 0, frame);
     gqdb::CByte2Val::int2Byte(5, frame);
     gqdb::CTcpAPI::addEnd(frame);

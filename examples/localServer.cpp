@@ -1,4 +1,4 @@
-// Gives back what each client sends, to clients on this machine alone, one after the other. Ends by a signal.
+// Echoes what each client sends. Serves one client at a time, from this machine only, until a signal ends it.
 //   localServer
 
 #include <gqLib/gqSocketUnix.h>
@@ -9,7 +9,7 @@
 #include <memory>
 
 //! [listenLocally]
-// Listens for this machine alone: "127.0.0.1" would mean every interface here.
+// Listens on loopback only. "127.0.0.1" would bind every interface.
 bool listenLocally(CTcpServer& server, int port)
 {
     return server.open("127.1", port, 5) == 1;
@@ -19,7 +19,7 @@ bool listenLocally(CTcpServer& server, int port)
 //! [frugal]
 class FrugalServer : public CTcpServer {
 public:
-    // The caller deletes the result; null on failure.
+    // Returns a connection that the caller deletes, or null on failure. Leaves no second descriptor open.
     CTcpSocket* acceptOne()
     {
         const int descriptor = ::accept(*handle, nullptr, nullptr);

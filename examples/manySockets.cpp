@@ -1,4 +1,4 @@
-// Connects to many servers at the same time and tells which of them are there, and what each says first.
+// Connects to many servers at once and prints which of them accept, and the first bytes that each sends.
 //   manySockets HOST:PORT...     against: gqtool station, which greets
 
 #include <gqLib/byte2Val.h>
@@ -15,7 +15,7 @@ struct Peer {
     CTcpSocket socket;
 };
 
-// Drops the rows whose sockets are done with.
+// Removes the rows whose sockets are closed.
 static void dropEnded(std::vector<TcpSocketStatus>& rows)
 {
     for (size_t i = rows.size(); i > 0; --i) {
@@ -36,7 +36,7 @@ int main(int argc, char* argv[])
         Peer& peer = peers.emplace_back();
         peer.endpoint = argv[i];
         const size_t colon = peer.endpoint.find(':');
-        peer.socket.close(); // one that connect opens does not block if told so
+        peer.socket.close(); // connect opens it again, non-blocking
         if (colon == std::string::npos ||
             peer.socket.connect(peer.endpoint.substr(0, colon), std::atoi(argv[i] + colon + 1), true) < 0) {
             std::printf("%s is not there\n", argv[i]);
@@ -50,7 +50,7 @@ int main(int argc, char* argv[])
     }
 
     //! [connects]
-    // Every connect ends by making its socket writable, whether it has failed or not.
+    // A connect that has ended makes its socket writable, whether it succeeded or failed.
     std::vector<TcpSocketStatus> connecting = rows;
     while (!connecting.empty() && CGqSocket::select(connecting, 3000) > 0) {
         for (size_t i = connecting.size(); i > 0; --i) {
@@ -73,7 +73,7 @@ int main(int argc, char* argv[])
     dropEnded(rows);
 
     //! [reads]
-    // A connected socket has room to send and ends the wait at once: a pause keeps the processor free.
+    // A connected socket is nearly always writable, which ends each wait at once: poll, and pause between two polls.
     for (int waited = 0; !rows.empty() && waited < 1000; waited += 5) {
         if (CGqSocket::select(rows, 0) < 0)
             break;
@@ -85,7 +85,7 @@ int main(int argc, char* argv[])
             if (size > 0)
                 std::printf("%s says %s\n", static_cast<Peer*>(row.context)->endpoint.c_str(),
                             qPrintable(gqdb::CByte2Val::buf2str(data, size)));
-            row.socket->close(); // its first words are all that is wanted here
+            row.socket->close(); // this program needs only the first bytes
         }
         dropEnded(rows);
         gqdb::sleep(5);

@@ -1,5 +1,5 @@
-// Reads holding registers of a field device over a serial line, by Modbus RTU.
-//   modbusPoll LINE UNIT REGISTER COUNT     modbusPoll 1 17 107 3 asks unit 17 on /dev/ttyS1
+// Reads holding registers of a field device by Modbus RTU over a serial line.
+//   modbusPoll LINE UNIT REGISTER COUNT     modbusPoll 1 17 107 3 reads from unit 17 on /dev/ttyS1
 
 #include <gqLib/byte2Val.h>
 #include <gqLib/gqLibUnix.h>
@@ -26,7 +26,7 @@ static void appendCrc(QByteArray& telegram)
     telegram.append(static_cast<char>(first));
 }
 
-// The line does not block: asks again until `size` bytes have come or a second has passed.
+// The line does not block: reads until `size` bytes have arrived or a second has passed.
 static QByteArray receive(CSerial& line, int size)
 {
     QByteArray bytes;
@@ -54,7 +54,7 @@ int main(int argc, char* argv[])
         return 2;
     }
     CSerial line;
-    // 9600 baud, 8 data bits, 1 stop bit, even parity (2) as Modbus asks for, no flow control
+    // 9600 baud, 8 data bits, 1 stop bit, even parity (2, the Modbus default), no flow control
     if (line.open(std::atoi(argv[1]), 9600, 8, 1, 2, 0) != 1) {
         std::fprintf(stderr, "can't open line %s\n", argv[1]);
         return 1;

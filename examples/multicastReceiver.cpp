@@ -1,4 +1,4 @@
-// Prints the datagrams that come to a multicast group, with their senders, until none has come for ten seconds.
+// Prints each datagram sent to a multicast group, and its sender. Ends when none arrives for ten seconds.
 //   multicastReceiver GROUP PORT [INTERFACE]     multicastReceiver 239.1.2.3 5000 192.168.1.7
 
 #include <gqLib/byte2Val.h>

@@ -1,4 +1,4 @@
-// Prints the values of a server's points.
+// Prints the current values of a server's points.
 //   pointClient HOST PORT     against: gqtool station
 
 #include <gqLib/tcpApi.h>
@@ -9,12 +9,12 @@
 //! [client]
 class PointClient : public gqdb::CTcpAPI {
 public:
-    // Replaces `values`. 1, or a code of the client or of the record reader.
+    // Replaces `values`. Returns 1, or a result code of the client or of the record reader.
     int readValues(std::vector<gqdb::PointRealData>& values)
     {
         QByteArray frame;
         addHeader(readValuesCommand, 0, 0, frame);
-        int2Byte(0, frame); // the payload that this command wants
+        int2Byte(0, frame); // the payload that this command expects
         addEnd(frame);
 
         std::vector<unsigned char> bytes;

@@ -1,4 +1,4 @@
-// Sends each word as a write of its own, with Nagle's algorithm off, so that none waits for the other end.
+// Sends each word by a separate write, with Nagle's algorithm off, so that no write waits for an acknowledgement.
 //   promptSocket HOST PORT WORD...
 
 #include <gqLib/gqSocketUnix.h>
@@ -29,7 +29,7 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "usage: promptSocket HOST PORT WORD...\n");
         return 2;
     }
-    PromptSocket socket; // open from the start
+    PromptSocket socket; // the constructor opens it
     if (!socket.sendAtOnce() || socket.connect(argv[1], std::atoi(argv[2]), false) != 1) {
         std::fprintf(stderr, "can't reach %s\n", argv[1]);
         return 1;
@@ -40,6 +40,6 @@ int main(int argc, char* argv[])
             return 1;
     }
     char end;
-    socket.recv(&end, 1); // waits until the other end closes: closing first would drop what is still on the way
+    socket.recv(&end, 1); // waits until the peer closes: closing first would discard unsent bytes
     return 0;
 }

@@ -1,4 +1,4 @@
-// Records whose reader and writer do not fit each other, made to fit: writes some, reads them back, prints them.
+// Writes and reads back records whose library reader and writer do not match.
 
 #include <gqLib/byte2Fep.h>
 #include <gqLib/byte2Rdb.h>
@@ -32,7 +32,7 @@ void appendReadableYbItem(const gqdb::YbItem& item, QByteArray& data)
 //! [ybItem]
 
 //! [commItems]
-// `bytes` has more bytes behind its list, as many as the longest text3.
+// `bytes` contains the list and, after it, at least as many further bytes as the longest text3.
 bool readCommItems(const QByteArray& bytes, std::vector<gqdb::CommItem>& list)
 {
     if (bytes.size() < 4)
@@ -44,21 +44,21 @@ bool readCommItems(const QByteArray& bytes, std::vector<gqdb::CommItem>& list)
         if (CByte2Fep::byte2CommItem(first + pos, bytes.size() - pos, item) < 1)
             return false;
         list.push_back(item);
-        pos += 4;                          // commId
-        for (int behind : {0, 0, 2, 4, 0}) // a text, and the bytes between it and the next one
-            pos += 2 + CByte2Val::byte2UShort(first + pos) + behind;
+        pos += 4;                           // commId
+        for (int between : {0, 0, 2, 4, 0}) // each text, and the bytes between it and the next one
+            pos += 2 + CByte2Val::byte2UShort(first + pos) + between;
     }
     return true;
 }
 //! [commItems]
 
 //! [values]
-// Replaces `values`. 1, or -5.
+// Replaces `values`. Returns 1, or -5 if the list is too short.
 int readFloatValues(const char* list, int size, std::vector<gqdb::FloatRealData>& values)
 {
     values.clear(); // the reader appends
     if (size == 4 && CByte2Val::byte2UInt(list) == 0)
-        return 1; // no values: the reader would refuse this
+        return 1; // an empty list, which the reader refuses
     return CByte2Rdb::byte2FloatRealDatas(list, size, values);
 }
 //! [values]

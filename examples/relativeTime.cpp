@@ -1,5 +1,5 @@
-// The moment and the words of a relative time code, in the time zone of the environment.
-//   relativeTime CODE [BASE]     a code, and seconds since 1970 (now)
+// Prints the moment and the text of a relative time code, in the time zone that TZ names.
+//   relativeTime CODE [BASE]     BASE is seconds since 1970 (default: now)
 
 #include <gqLib/gqTools.h>
 

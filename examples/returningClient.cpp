@@ -1,4 +1,4 @@
-// Asks a server for its state ten times a second, and comes back when the server does. Ends by a signal.
+// Asks a server for its state ten times a second and reconnects after failures. Runs until a signal ends it.
 //   returningClient HOST PORT     against: gqtool station
 
 #include <gqLib/gqLibUnix.h>
@@ -11,7 +11,7 @@
 //! [comeBack]
 class ReturningClient : public gqdb::CTcpAPI {
 public:
-    // Call before each request. After a failure it drops all that was left and opens a socket with the time-outs.
+    // Call before each request. After a failure it discards the partial reply and opens a new socket with time-outs.
     void comeBack()
     {
         if (isConnected())
@@ -20,7 +20,7 @@ public:
         recvFrame.clear();
         recvFrameSize = 0;
         socket->open();
-        setRecvOverTm(recvOverTm); // the times that were set last
+        setRecvOverTm(recvOverTm); // the values set last
         setSendOverTm(sendOverTm);
     }
 };
@@ -34,10 +34,10 @@ int main(int argc, char* argv[])
     }
     //! [loop]
     ReturningClient client;
-    client.connect(argv[1], std::atoi(argv[2])); // once, for it keeps the address; the loop sees to a failure
+    client.connect(argv[1], std::atoi(argv[2])); // once: it stores the address; the loop handles a failure
     for (;;) {
         client.comeBack();
-        const int state = client.systemState(); // connects if need be
+        const int state = client.systemState(); // connects if necessary
         if (client.isConnected())
             std::printf("state %d\n", state);
         else

@@ -1,4 +1,4 @@
-// Two threads write to a log, a third saves it ten times a second.
+// Two threads write to a log. A third one saves it ten times a second.
 //   savedLog FILE LINES
 
 #include <gqLib/gqFileLog.h>
@@ -9,7 +9,7 @@
 #include <cstdlib>
 
 //! [saver]
-// Saves what others queue, until it is told to end.
+// Saves the lines that other threads queue, until end() is called.
 class Saver : public gqdb::CThread {
 public:
     explicit Saver(CGqFileLog& savedLog) : log(savedLog) {}
@@ -23,7 +23,7 @@ public:
         }
     }
 
-    // Behind it nobody saves any more: what is still queued is the caller's to save. False if lines were lost.
+    // Ends the thread. Lines that are still queued then are left to the caller. Returns false if lines were lost.
     bool end()
     {
         ending = true;
@@ -63,7 +63,7 @@ int main(int argc, char* argv[])
     }
     //! [main]
     CGqFileLog log;
-    log.init(argv[1]); // once, ahead of all threads
+    log.init(argv[1]); // once, before any thread uses the log
     Saver saver(log);
     saver.start();
 
@@ -74,7 +74,7 @@ int main(int argc, char* argv[])
     while (first.isRunning() || second.isRunning())
         gqdb::sleep(1);
 
-    const bool saved = saver.end() && log.save(); // the last lines: the log's destructor would drop them
+    const bool saved = saver.end() && log.save(); // the last lines, which the destructor would discard
     //! [main]
     if (!saved)
         std::fprintf(stderr, "can't write %s\n", argv[1]);

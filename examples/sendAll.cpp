@@ -1,4 +1,4 @@
-// Sends bytes of a pattern to a peer that may be slow, all of them.
+// Sends BYTES bytes of a pattern completely, even if the peer reads slowly.
 //   sendAll HOST PORT BYTES
 
 #include <gqLib/gqSocketUnix.h>
@@ -9,19 +9,19 @@
 #include <string>
 
 //! [sendAll]
-// True once all bytes are taken; false if the link is dead. Tells `stalled` each time that there was no room in time,
-// which ends the attempt if it answers false.
+// Returns true once the system has taken all bytes, false if the link is dead. Calls `stalled` after each send time-out
+// and gives up if that returns false.
 static bool sendAll(CTcpSocket& socket, const char* data, int size, bool (*stalled)(int left))
 {
     int done = 0;
     while (done < size) {
         const int count = socket.send(data + done, size - done);
         if (count > 0) {
-            done += count; // often less than was asked for: the rest is ours to send
+            done += count; // often fewer than passed: send the rest
         } else if (count == 0) {
             if (!stalled(size - done))
                 return false;
-        } else if (errno != EINTR) { // a signal came ahead of the first byte: nothing was sent, ask again
+        } else if (errno != EINTR) { // after EINTR nothing was sent: try again
             return false;
         }
     }
@@ -33,7 +33,7 @@ static bool goOn(int left)
 {
     std::printf("no room, %d left\n", left);
     std::fflush(stdout);
-    return true; // a program with something better to do gives up after a while
+    return true; // a real program gives up at some point
 }
 
 int main(int argc, char* argv[])
@@ -47,7 +47,7 @@ int main(int argc, char* argv[])
         data[i] = static_cast<char>(i % 251);
 
     CTcpSocket socket;
-    socket.setSendOverTm(200); // holds for connecting too
+    socket.setSendOverTm(200); // also limits connecting
     if (socket.connect(argv[1], std::atoi(argv[2]), false) != 1 ||
         !sendAll(socket, data.data(), static_cast<int>(data.size()), goOn)) {
         std::fprintf(stderr, "can't send to %s\n", argv[1]);
@@ -56,6 +56,6 @@ int main(int argc, char* argv[])
     std::printf("sent\n");
     std::fflush(stdout);
     char end;
-    socket.recv(&end, 1); // waits until the other end closes: closing first would drop what is still on the way
+    socket.recv(&end, 1); // waits until the peer closes: closing first would discard unsent bytes
     return 0;
 }

@@ -1,4 +1,4 @@
-// Tells a server two integers by the ready-made command setTime; `gqtool station` takes the first for its clock.
+// Sends two integers by the ready-made command setTime. `gqtool station` sets its clock to the first.
 //   setServerTime HOST PORT FIRST SECOND
 
 #include <gqLib/tcpApi.h>
@@ -22,7 +22,7 @@ int main(int argc, char* argv[])
     }
     gqdb::CTcpAPI client;
     client.connect(argv[1], std::atoi(argv[2]));
-    client.close(); // a link that is down, as any failure leaves it
+    client.close(); // the link is now down, as after any failure
     const int answer = setServerTime(client, std::atoi(argv[3]), std::atoi(argv[4]));
     if (!client.isConnected()) {
         std::fprintf(stderr, "no answer: %d\n", answer);

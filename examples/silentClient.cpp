@@ -1,4 +1,4 @@
-// Prints a server's state and nothing else: the line that the library prints is kept off standard output.
+// Prints a server's state and nothing else: suppresses the line that the library prints.
 //   silentClient HOST PORT
 
 #include <gqLib/tcpApi.h>

@@ -1,35 +1,69 @@
-// Asks a server for its time by datagrams.
-//   udpClient HOST PORT     against: gqtool station --udp
+// Sets the state of a server to each value in turn, by datagrams, and prints the replies.
+//   udpClient HOST PORT MS STATE...     against: gqtool station --udp; MS is the longest wait for a reply
 
 #include <gqLib/udpApi.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
-//! [readBuffer]
-// A client that can read replies: the library's own class has no read buffer.
+//! [client]
 class UdpClient : public gqdb::CUdpAPI {
 public:
-    UdpClient() { recvBuffer = new char[rawBufferSize]; } // given back by the base class
+    UdpClient() { recvBuffer = new char[rawBufferSize]; } // CUdpAPI has none; its base class deletes this one
+
+    // Sends one integer up to `attempts` times and reads the integer of the reply. Returns 1, or the last code.
+    // Each attempt has a socket of its own: a late reply to the one before goes to a closed port, not to this attempt.
+    int request(unsigned char command, int payload, int attempts, int& reply)
+    {
+        int result = 0;
+        for (; attempts > 0; --attempts) {
+            close();
+            result = connect(serverHost, serverPort); // the address of the first connect
+            int len = 0;
+            if (result == 1)
+                result = sendInt(command, payload);
+            if (result == 1)
+                result = recvDatas(len);
+            if (result == 1)
+                result = takeInt(len, reply);
+            if (result != 0 && result != -1)
+                break; // a reply, or the code of an error frame
+        }
+        return result;
+    }
+
+private:
+    int takeInt(int len, int& value)
+    {
+        len = std::min(len, recvFrame.size() - headerSize); // -10 after an error frame with code 1, which leaves none
+        const int result = len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
+        recvFrame.clear();
+        recvFrameSize = 0;
+        return result;
+    }
 };
-//! [readBuffer]
+//! [client]
 
 int main(int argc, char* argv[])
 {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: udpClient HOST PORT\n");
+    if (argc < 5) {
+        std::fprintf(stderr, "usage: udpClient HOST PORT MS STATE...\n");
         return 2;
     }
+    //! [use]
     UdpClient client;
-    if (client.connect(argv[1], std::atoi(argv[2])) != 1) {
-        std::fprintf(stderr, "can't reach %s\n", argv[1]);
-        return 1;
+    client.setRecvOverTm(std::atoi(argv[3]));
+    client.connect(argv[1], std::atoi(argv[2]));
+    for (int i = 4; i < argc; ++i) {
+        int reply = 0;
+        const int result = client.request(6, std::atoi(argv[i]), 3, reply); // setState
+        if (result != 1) {
+            std::fprintf(stderr, "no reply: %d\n", result);
+            return 1;
+        }
+        std::printf("%d\n", reply);
     }
-    const int time = client.systemTime();
-    if (time <= 0) { // 0 after 3 seconds: ask again; -1 closed the socket: connect again
-        std::fprintf(stderr, "no reply: %d\n", time);
-        return 1;
-    }
-    std::printf("time %d\n", time);
+    //! [use]
     return 0;
 }

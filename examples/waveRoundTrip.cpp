@@ -1,4 +1,4 @@
-// Packs a wave into the bytes that a server stores, and unpacks it.
+// Packs a wave into the bytes of a stored wave and unpacks it.
 
 #include <gqLib/byte2Rdb.h>
 
@@ -13,11 +13,11 @@ int main()
     std::vector<float> samples(2000);
     for (size_t i = 0; i < samples.size(); ++i)
         samples[i] = static_cast<float>(std::sin(static_cast<double>(i) / 100));
-    const std::vector<int> marks = {157, 471}; // the caller's own: here the first crest and the first trough
+    const std::vector<int> marks = {157, 471}; // meaning defined by the program: here the first maximum and minimum
 
     //! [wave]
     gqdb::BlobWaveHead head;
-    head.waveFlags = 2 | 4; // samples quantised to 16 bits, compressed
+    head.waveFlags = 2 | 4; // quantised to 16 bits and compressed
     std::vector<unsigned char> raw(4 * samples.size());
     std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
     std::vector<unsigned char> stored;

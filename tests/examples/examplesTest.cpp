@@ -4,8 +4,9 @@
 #include "support/gqtoolProgram.h"
 #include "support/hex.h"
 
+#include <QTemporaryFile>
+
 #include <cstdlib>
-#include <ctime>
 #include <memory>
 
 #include <arpa/inet.h>
@@ -33,24 +34,55 @@ TEST(FirstProgram, asksTheStation)
     EXPECT_EQ(lines[2], "5 values, the last one 240");
 }
 
-TEST(UdpClient, asksTheStationForItsTime)
+// A script for a station, as a file of its own.
+class UdpClient : public testing::Test {
+protected:
+    QString script(const char* lines)
+    {
+        file.open();
+        file.write(lines);
+        file.close();
+        return file.fileName();
+    }
+
+private:
+    QTemporaryFile file;
+};
+
+TEST_F(UdpClient, takesNoLateOrSecondReplyForThatOfALaterRequest)
 {
-    RunningStation station({"--udp"});
-    const long long before = std::time(nullptr);
-    const Outcome outcome = runProgram(example("udpClient"), station.endpoint.split(':'));
-    EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_TRUE(outcome.output.startsWith("time "));
-    EXPECT_GE(outcome.output.mid(5).toLongLong(), before);
+    RunningStation station({"--udp", "--script",
+                            script("reply 2 silent\n"
+                                   "reply 4 late 300\n" // during the wait of the second attempt
+                                   "reply 6 split 20\n"
+                                   "reply 8 close-after 0\n"
+                                   "reply 10 together\n")});
+    QStringList states;
+    for (int state = 100; state < 110; ++state)
+        states += QString::number(state);
+    const Outcome outcome = runProgram(example("udpClient"), station.endpoint.split(':') + QStringList{"200"} + states);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    EXPECT_EQ(outcome.output.split('\n', Qt::SkipEmptyParts), states);
 }
 
-TEST(UdpClient, tellsThatNobodyAnswers)
+TEST_F(UdpClient, reportsTheCodeOfAnErrorFrameAtOnce)
+{
+    RunningStation station({"--udp", "--script", script("reply 1 error -7\n")});
+    const Outcome outcome =
+        runProgram(example("udpClient"), station.endpoint.split(':') + QStringList{"5000", "1", "2"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors, "no reply: -7\n");
+}
+
+TEST_F(UdpClient, reportsAServerThatIsGone)
 {
     QStringList endpoint;
     {
         RunningStation station({"--udp"});
         endpoint = station.endpoint.split(':');
     }
-    const Outcome outcome = runProgram(example("udpClient"), endpoint);
+    const Outcome outcome = runProgram(example("udpClient"), endpoint + QStringList{"5000", "1"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "no reply: -1\n");
 }
