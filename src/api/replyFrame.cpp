@@ -28,6 +28,8 @@ bool CReplyFrame::feed(const char* buf, int size, int& pos)
             if (frameSize > 0 && frame.size() >= frameSize)
                 return true;
         } else if (frameSize > 0) {
+            if (frame.size() > frameSize / 2 && frame.capacity() - frame.size() < size - pos)
+                frame.reserve(frameSize); // at least half has arrived; until then QByteArray doubles its memory
             take(buf, size, pos, frameSize);
             if (frame.size() >= frameSize)
                 return true;

@@ -372,6 +372,15 @@ TEST(TcpApiRecvData, reservesAllOfASmallFrameAtItsHeader)
     EXPECT_EQ(client.recvFrame.capacity(), 4096 + 13);
 }
 
+TEST(TcpApiRecvData, growsToTheFrameSizeOnceHalfOfTheFrameHasArrived)
+{
+    FedClient client;
+    EXPECT_FALSE(client.feed(frameWith("00001000"_hex, QByteArray(655300, '\0')))); // of 1 MiB + 13 bytes
+    EXPECT_EQ(client.recvFrame.capacity(), 655350);
+    EXPECT_FALSE(client.feed(QByteArray(41, '\0')));
+    EXPECT_EQ(client.recvFrame.capacity(), (1 << 20) + 13);
+}
+
 TEST(TcpApiRecvData, assemblesAFrameLargerThanTheReadBuffer)
 {
     const int length = 1024 * 1024; // 0x00100000
