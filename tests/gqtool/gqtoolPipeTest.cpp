@@ -73,15 +73,24 @@ TEST(GqtoolStreams, tellThatStandardOutputIsFull)
         SCOPED_TRACE(command);
         const Outcome outcome = runInShell(QString("$gqtool %1 > /dev/full").arg(command));
         EXPECT_EQ(outcome.exitCode, 1);
-        EXPECT_EQ(outcome.errors, "gqtool: can't write to standard output: No space left on device\n");
+        EXPECT_EQ(outcome.errors, "gqtool: cannot write to standard output: No space left on device\n");
     }
+}
+
+// The programs share their console.
+TEST(GqtoolStreams, nameTheProgramThatReports)
+{
+    const Outcome outcome =
+        runProgram("sh", {"-c", "\"$0\" \"$1\" --clients 1 --requests 4 > /dev/full", GQLOAD, GQTOOL});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqload: cannot write to standard output: No space left on device\n");
 }
 
 TEST(GqtoolStreams, tellThatStandardOutputIsClosed)
 {
     const Outcome outcome = runInShell("$gqtool sum 01 >&-");
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: can't write to standard output: Bad file descriptor\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to standard output: Bad file descriptor\n");
 }
 
 TEST(GqtoolStreams, tellThatStandardInputIsClosed)

@@ -204,7 +204,7 @@ int main(int argc, char* argv[])
 
     StationProcess station(argv[1], {"--log", stationLog});
     if (!station.start(0)) {
-        std::fputs("gqdemo: the station did not start\n", stderr);
+        printError("the station did not start");
         return 1;
     }
     printLine(QString("A station listens on 127.0.0.1:%1").arg(station.port()));

@@ -15,7 +15,6 @@
 #include <atomic>
 #include <chrono>
 #include <climits>
-#include <cstdio>
 #include <deque>
 #include <future>
 #include <gqSocketUnix.h>
@@ -201,7 +200,7 @@ static bool load(const Plan& plan, const StationProcess& station)
     std::deque<LoadClient> clients(static_cast<size_t>(plan.clients));
     for (LoadClient& client : clients) {
         if (!client.begin(station.port())) {
-            std::fputs("gqload: a client finds no station\n", stderr);
+            printError("a client cannot connect to the station");
             return false;
         }
     }
@@ -276,14 +275,14 @@ int main(int argc, char* argv[])
     Plan plan;
     if (parser.positionalArguments().size() != 1 || !readCount(parser, clients, plan.clients) ||
         !readCount(parser, seconds, plan.seconds) || !readCount(parser, requests, plan.requests)) {
-        std::fputs("gqload: takes GQTOOL, and numbers above 0; see --help\n", stderr);
+        printError("GQTOOL is required, and numbers must be at least 1; see --help");
         return 2;
     }
 
     takeStandardOutput(); // the library says a line for each client
     StationProcess station(parser.positionalArguments().constFirst(), {"--quiet"});
     if (!station.start(0)) {
-        std::fputs("gqload: the station did not start\n", stderr);
+        printError("the station did not start");
         return 1;
     }
     return load(plan, station) ? 0 : 1;

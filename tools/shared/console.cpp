@@ -51,7 +51,7 @@ void printBytes(const QByteArray& bytes)
             clearProgress();
             if (error == EPIPE)
                 _exit(EXIT_SUCCESS);
-            printError(QString("can't write to standard output: %1").arg(strerror(error)));
+            printError(QString("cannot write to standard output: %1").arg(strerror(error)));
             _exit(EXIT_FAILURE);
         }
     }
@@ -70,6 +70,6 @@ void printJson(const QJsonObject& object)
 void printError(const QString& line)
 {
     clearProgress();
-    const QByteArray bytes = "gqtool: " + line.toUtf8() + '\n';
+    const QByteArray bytes = QByteArray(program_invocation_short_name) + ": " + line.toUtf8() + '\n';
     std::fputs(bytes.constData(), stderr);
 }
