@@ -1,5 +1,6 @@
 #include "gqtool/frames/frameText.h"
 
+#include "gqtool/frames/frameMembers.h"
 #include "support/goldenFile.h"
 #include "support/hex.h"
 
@@ -98,7 +99,7 @@ TEST(FrameText, tellsFaultsAndGarbageInWords)
 {
     EXPECT_EQ(textOf("0d0a"_hex), "garbage, 2 bytes: 0d 0a");
     EXPECT_EQ(textOf("68 04000000 0100 00 00 01 03000000 0000 17"_hex),
-              "wrong end 0x17 in place of 0x16: systemState, sequence 1, 4 bytes: 3");
+              "wrong end 0x17 instead of 0x16: systemState, sequence 1, 4 bytes: 3");
     EXPECT_EQ(textOf("68 ffffffff 0100 00 00 01"_hex), "bad length 4294967295; a client would wait for the rest of it");
     EXPECT_EQ(textOf("68 0400"_hex), "cut, 3 of the 10 bytes of a header: 68 04 00");
     EXPECT_EQ(textOf("68 04000000 0100 00 00 01 0300"_hex),
@@ -114,7 +115,7 @@ static void expectGolden(const QString& name)
         items.push_back(item);
     QJsonArray parts;
     for (const StreamItem& item : items)
-        parts.append(itemJson(item));
+        parts.append(jsonOf(item));
 
     QFile file(GQLIB_GOLDEN "/frames/" + name + ".json");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));

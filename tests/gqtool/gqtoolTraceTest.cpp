@@ -256,7 +256,7 @@ TEST(GqtoolTrace, tellsFramesGarbageAndFaultsInOrder)
     EXPECT_EQ(trace.nextText(), "1 <- garbage, 2 bytes: 0d 0a");
     EXPECT_EQ(trace.nextText(), "1 <- setState, sequence 4, 4 bytes: -7");
     EXPECT_EQ(trace.nextText(), "1 <- setState, sequence 4, 4 bytes: 7");
-    EXPECT_EQ(trace.nextText(), "1 <- wrong end 0x17 in place of 0x16: command 0x20, sequence 1, 0 bytes");
+    EXPECT_EQ(trace.nextText(), "1 <- wrong end 0x17 instead of 0x16: command 0x20, sequence 1, 0 bytes");
 }
 
 TEST(GqtoolTrace, printsAJsonObjectALine)

@@ -2,6 +2,7 @@
 
 #include "demo.h"
 #include "shared/console.h"
+#include "shared/recordConstants.h"
 #include "shared/stationProtocol.h"
 #include "shared/waveDrawing.h"
 
@@ -126,7 +127,7 @@ static void showWave(CTcpAPI& client, const QString& svgPath)
     std::vector<float> samples;
     std::vector<int> marks;
     const bool unpacked = result == 1 && CByte2Rdb::byte2Wave(stored, work.data(), head, samples, marks) == 1;
-    const bool right = unpacked && samples.size() == waveSamples && head.waveFlags == (2 | 4); // quantised, compressed
+    const bool right = unpacked && samples.size() == waveSamples && head.waveFlags == (quantisedSamples | compressedSamples);
     show("wave (0x36)", result, right,
          QString("%1 samples in %2 bytes, quantised and compressed").arg(samples.size()).arg(stored.size()));
     if (!right)

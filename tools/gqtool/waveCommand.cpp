@@ -1,8 +1,10 @@
 #include "command.h"
 #include "commandLine.h"
+#include "gqtool/records/waveBlock.h"
 #include "input.h"
 #include "shared/console.h"
 #include "shared/progress.h"
+#include "shared/recordConstants.h"
 #include "shared/waveDrawing.h"
 
 #include <QCommandLineParser>
@@ -19,7 +21,6 @@
 #include <cmath>
 #include <limits>
 #include <vector>
-#include <zlib.h>
 
 using gqdb::BlobWaveHead;
 using gqdb::CByte2Rdb;
@@ -40,58 +41,28 @@ struct Wave {
 
 static bool isCompressed(const BlobWaveHead& head)
 {
-    return (head.waveFlags & 4) != 0;
+    return (head.waveFlags & compressedSamples) != 0;
 }
 
 static QString formText(const BlobWaveHead& head)
 {
-    if (head.waveFlags & 1)
+    if (head.waveFlags & rawSamples)
         return "raw";
-    return head.waveFlags & 2 ? "quantised" : "plain";
+    return head.waveFlags & quantisedSamples ? "quantised" : "plain";
 }
 
-// What is wrong with a compressed block.
-static QString streamFault(const unsigned char* stream, size_t size)
-{
-    z_stream zlib = {};
-    zlib.next_in = const_cast<unsigned char*>(stream); // is not written to
-    zlib.avail_in = static_cast<unsigned int>(size);
-    if (inflateInit(&zlib) != Z_OK)
-        return "zlib has no memory";
-    std::array<unsigned char, 65536> part;
-    int result = Z_OK;
-    while (result == Z_OK && zlib.total_out <= CByte2Rdb::waveBlockSize) {
-        zlib.next_out = part.data();
-        zlib.avail_out = part.size();
-        result = inflate(&zlib, Z_NO_FLUSH);
-    }
-    const QString message = zlib.msg == nullptr ? QString("a dictionary is asked for") : QString(zlib.msg);
-    inflateEnd(&zlib);
-    if (zlib.total_out > CByte2Rdb::waveBlockSize)
-        return QString("unpacks to more than %1 bytes").arg(CByte2Rdb::waveBlockSize);
-    if (result == Z_BUF_ERROR)
-        return QString("is a zlib stream that is cut, behind %1 unpacked bytes").arg(zlib.total_out);
-    return QString("is no zlib stream, at byte %1 of it: %2").arg(zlib.total_in).arg(message);
-}
-
-// Why the reader refuses a wave: docs/formats/wave.md has the list.
+// Why the library's reader refuses a wave: docs/formats/wave.md lists the reasons.
 static QString refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
 {
     if (bytes.size() < headSize)
-        return QString("there is no head: it has %1 bytes, and these are %2").arg(headSize).arg(bytes.size());
-    const long long marks = 4LL * head.markCount;
-    const long long rest = bytes.size() - headSize;
-    if (head.markCount > 0 && rest < marks + headSize)
-        return QString("markCount is %1: these marks and %2 bytes of samples, the least with marks, need %3 bytes "
-                       "behind the head, and there are %4")
-            .arg(head.markCount)
-            .arg(headSize)
-            .arg(marks + headSize)
-            .arg(rest);
-    const auto* block = reinterpret_cast<const unsigned char*>(bytes.constData()) + headSize + marks;
-    return QString("waveFlags has bit 2, but the sample block of %1 bytes %2")
-        .arg(rest - marks)
-        .arg(streamFault(block, static_cast<size_t>(rest - marks)));
+        return QString("the head needs %1 bytes, got %2").arg(headSize).arg(bytes.size());
+    const QString tooFew = markFault(head.markCount, bytes.size() - headSize);
+    if (!tooFew.isEmpty())
+        return tooFew;
+    const QByteArray block = bytes.mid(headSize + 4 * static_cast<int>(head.markCount));
+    return QString("the compressed block of %1 bytes cannot be unpacked: %2")
+        .arg(block.size())
+        .arg(unpackBlock(block).fault);
 }
 
 static Wave readWave(const QByteArray& bytes)
@@ -165,7 +136,7 @@ static void printField(const char* name, const QString& value)
 
 static void printHead(const BlobWaveHead& head)
 {
-    const bool isRaw = (head.waveFlags & 1) != 0;
+    const bool isRaw = (head.waveFlags & rawSamples) != 0;
     printField("headByte", QString("0x%1").arg(head.headByte, 2, 16, QChar('0')));
     printField("waveFlags", QString("0x%1: %2%3")
                                 .arg(head.waveFlags, 2, 16, QChar('0'))
@@ -192,9 +163,9 @@ static void printText(const Wave& wave)
         printField("marks", shown.join(", ") + (wave.marks.size() > shownMarks ? ", ..." : ""));
     }
     const Statistics statistics = statisticsOf(wave.samples);
-    printField("samples",
-               QString::number(wave.samples.size()) +
-                   (wave.samples.size() == wave.head.sampleCount ? "" : ", though sampleCount tells another number"));
+    const QString count = QString::number(wave.samples.size());
+    const bool isCounted = wave.samples.size() == wave.head.sampleCount;
+    printField("samples", isCounted ? count : count + QString(", but sampleCount is %1").arg(wave.head.sampleCount));
     if (statistics.others > 0)
         printField("not finite", QString("%1, NaN or infinite; left out below").arg(statistics.others));
     if (statistics.finite == 0)

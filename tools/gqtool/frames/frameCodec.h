@@ -1,20 +1,14 @@
 #pragma once
 
 #include "gqtool/records/recordDecoding.h"
+#include "payloadForm.h"
 
 #include <QJsonValue>
 #include <QStringList>
 
-// What the bytes of frames do not tell themselves. tests/golden/README.md has the forms of payloads.
-struct FrameSource {
-    bool isUdp = false;
-    bool isRequest = false;
-    QString form; // of the payloads of commands that are no business of the library; empty if unknown
-};
-
-// Takes the frames of one direction apart, as decode() does records. Goes on behind every fault.
+// Decodes the bytes of one direction, as decode() does records. Continues after every fault.
 Decoded decodeFrames(const QByteArray& bytes, const FrameSource& source);
 
-// The way back, of the parts that decodeFrames tells. What is wrong, each with the path of its field; empty if nothing
-// is.
-QStringList encodeFrames(const QJsonValue& parts, const FrameSource& source, QByteArray& bytes);
+// Makes bytes from the parts that decodeFrames finds. Returns the errors, each with the path of its field; empty on
+// success. The bytes follow from the fields of the frame alone: offset, form, content and rest are ignored.
+QStringList encodeFrames(const QJsonValue& parts, QByteArray& bytes);

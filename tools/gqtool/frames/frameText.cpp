@@ -1,5 +1,7 @@
 #include "frameText.h"
 
+#include "payloadForm.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -14,19 +16,19 @@ static const int shownText = 40; // characters of each text
 
 // --- Commands -----------------------------------------------------------------------------------------------------
 
-// Of the commands that the library sends by itself, and of an error frame; empty for others.
+// Names the ready-made commands and error frames; empty for others.
 static QString commandName(unsigned char command)
 {
     switch (command) {
-    case 1:
+    case CSocketAPI::systemStateCommand:
         return "systemState";
-    case 2:
+    case CSocketAPI::systemTimeCommand:
         return "systemTime";
-    case 3:
+    case CSocketAPI::clearCommand:
         return "clear";
-    case 5:
+    case CSocketAPI::setTimeCommand:
         return "setTime";
-    case 6:
+    case CSocketAPI::setStateCommand:
         return "setState";
     case CSocketAPI::errorCommand:
         return "error";
@@ -42,7 +44,7 @@ static QString hexText(const QByteArray& bytes)
     return CByte2Val::buf2str(bytes.left(shownBytes)) + (bytes.size() > shownBytes ? " ..." : "");
 }
 
-// Whether a form of `size` bytes is all that the payload holds, but for the zeros that datagrams are padded with.
+// Returns true if a form of `size` bytes fills the payload, except for the zeros that pad datagrams.
 static bool fits(const Frame& frame, long long size)
 {
     const int leastDatagram = 64 - CSocketAPI::frameOverhead;
@@ -65,13 +67,12 @@ static QString listText(const QStringList& shown, unsigned int count)
 static QString intsText(const QByteArray& payload, int first, unsigned int count)
 {
     QStringList shown;
-    const auto wanted = static_cast<int>(std::min<unsigned int>(count, shownItems));
-    for (int pos = first; shown.size() < wanted; pos += 4)
-        shown.append(QString::number(CByte2Val::byte2Int(payload.constData() + pos)));
+    for (const int value : readIntegers(payload.constData() + first, std::min<unsigned int>(count, shownItems)))
+        shown.append(QString::number(value));
     return listText(shown, count);
 }
 
-// In quotes, with what would not be seen, or would move a terminal's cursor, as \uXXXX.
+// In quotes. Invisible characters and those that move a terminal's cursor are printed as \uXXXX.
 static QString quoted(const QString& text)
 {
     QString result = "\"";
@@ -84,26 +85,6 @@ static QString quoted(const QString& text)
     return result + (text.size() > shownText ? "...\"" : "\"");
 }
 
-// The texts of a string list, if the payload is one.
-static bool takeTexts(const Frame& frame, unsigned int count, QStringList& texts)
-{
-    const QByteArray& payload = frame.payload;
-    long long pos = 4;
-    for (unsigned int i = 0; i < count; ++i) {
-        if (pos + 4 > payload.size())
-            return false;
-        const char* item = payload.constData() + pos;
-        const int outer = CByte2Val::byte2UShort(item);
-        if (CByte2Val::byte2UShort(item + 2) + 2 != outer || pos + 2 + outer > payload.size())
-            return false;
-        QString text;
-        CByte2Val::byte2Str(item + 2, outer, text);
-        texts.append(text);
-        pos += 2 + outer;
-    }
-    return fits(frame, pos);
-}
-
 static QString payloadText(const Frame& frame)
 {
     const QByteArray& payload = frame.payload;
@@ -112,26 +93,26 @@ static QString payloadText(const Frame& frame)
         return hexText(payload);
     if (fits(frame, 4))
         return intsText(payload, 0, 1);
-    if (frame.command == 5 && payload.size() == 8)
+    if (frame.command == CSocketAPI::setTimeCommand && payload.size() == 8)
         return intsText(payload, 0, 2);
 
     const unsigned int count = CByte2Val::byte2UInt(payload.constData());
-    // In a padded datagram one integer below 256 and one byte look alike: integers are what requests carry.
+    // In a padded datagram one integer below 256 looks like one byte. Requests carry integers, so it is shown as one.
     if (fits(frame, 4LL + count) && (count > 1 || payload.size() == 5))
         return countText(count, "byte") + hexText(payload.mid(4, static_cast<int>(count)));
     if (fits(frame, 4 + 4LL * count))
         return countText(count, "integer") + intsText(payload, 4, count);
-    QStringList texts;
-    if (takeTexts(frame, count, texts)) {
+    const PayloadTexts list = readTexts(payload, count);
+    if (list.isWhole && list.isExact && fits(frame, list.used)) {
         QStringList shown;
-        for (const QString& text : texts.mid(0, shownItems))
+        for (const QString& text : list.texts.mid(0, shownItems))
             shown.append(quoted(text));
         return countText(count, "text") + listText(shown, count);
     }
     return hexText(payload);
 }
 
-// --- Frames and what else stands in a stream ----------------------------------------------------------------------
+// --- Items of a stream ----------------------------------------------------------------------
 
 QString frameText(const Frame& frame)
 {
@@ -155,7 +136,7 @@ QString itemText(const StreamItem& item)
     case StreamItem::garbage:
         return QString("garbage, %1 %2: %3").arg(item.size).arg(item.size == 1 ? "byte" : "bytes", hexText(item.bytes));
     case StreamItem::wrongEnd:
-        return QString("wrong end 0x%1 in place of 0x16: %2").arg(frame.end, 2, 16, QChar('0')).arg(frameText(frame));
+        return QString("wrong end 0x%1 instead of 0x16: %2").arg(frame.end, 2, 16, QChar('0')).arg(frameText(frame));
     case StreamItem::badLength:
         return QString("bad length %1; a client would wait for the rest of it").arg(frame.length);
     case StreamItem::cut:
@@ -170,39 +151,4 @@ QString itemText(const StreamItem& item)
             .arg(hexText(item.bytes));
     }
     return QString();
-}
-
-QJsonObject itemJson(const StreamItem& item)
-{
-    QJsonObject json{{"offset", item.offset}};
-    if (item.kind == StreamItem::garbage) {
-        json["garbage"] = QString(item.bytes.toHex());
-        return json;
-    }
-    if (item.kind == StreamItem::cutHeader) {
-        json["header"] = QString(item.bytes.toHex());
-        json["fault"] = "cut";
-        return json;
-    }
-    const Frame& frame = item.content;
-    json["length"] = static_cast<qint64>(frame.length);
-    if (item.kind == StreamItem::badLength) {
-        json["fault"] = "length";
-        return json;
-    }
-    json["sequence"] = frame.sequence;
-    json["arg2"] = frame.arg2;
-    json["arg1"] = frame.arg1;
-    json["command"] = frame.command;
-    json["payload"] = QString(frame.payload.toHex());
-    if (!frame.check.isEmpty())
-        json["check"] = QString(frame.check.toHex());
-    if (item.kind == StreamItem::cut) {
-        json["fault"] = "cut";
-        return json;
-    }
-    json["end"] = QString("%1").arg(frame.end, 2, 16, QChar('0'));
-    if (item.kind == StreamItem::wrongEnd)
-        json["fault"] = "end";
-    return json;
 }

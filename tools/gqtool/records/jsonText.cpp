@@ -9,10 +9,23 @@
 #include <cstdlib>
 #include <cstring>
 
+static const int shownText = 60; // characters of a value in a message
+
+QString jsonText(const QJsonValue& value)
+{
+    const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact); // takes no lone value
+    return QString::fromUtf8(array.mid(1, array.size() - 2));
+}
+
 QString jsonText(const QString& text)
 {
-    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(array.mid(1, array.size() - 2));
+    return jsonText(QJsonValue(text));
+}
+
+QString gotText(const QJsonValue& value)
+{
+    const QString text = jsonText(value);
+    return ", got " + (text.size() > shownText ? text.left(shownText) + "..." : text);
 }
 
 QString jsonText(const QByteArray& bytes)
@@ -29,7 +42,7 @@ static QString imageText(unsigned long long image, int digits)
     return QString("{\"nan\": \"%1\"}").arg(image, digits, 16, QChar('0'));
 }
 
-// What is no number in JSON, or loses its sign on the way through a parser. Empty for all others.
+// Returns the text for a value that JSON has no number for or that loses its sign in a parser; else nothing.
 static QString oddNumber(double value)
 {
     if (std::isinf(value))
@@ -112,7 +125,7 @@ bool takeBytes(const QJsonValue& value, QByteArray& bytes)
 {
     if (value.isString()) {
         bytes = value.toString().toUtf8();
-        return QString::fromUtf8(bytes.constData(), bytes.size()) == value.toString(); // behind a zero byte too
+        return QString::fromUtf8(bytes.constData(), bytes.size()) == value.toString(); // with zero bytes too
     }
     const QJsonObject object = value.toObject();
     const QByteArray digits = object["hex"].toString().toLatin1();

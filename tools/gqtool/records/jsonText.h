@@ -7,6 +7,7 @@
 #include <vector>
 
 // Values as JSON text.
+QString jsonText(const QJsonValue& value);
 QString jsonText(const QString& text);
 QString jsonText(const QByteArray& bytes); // of a text or of bytes: a string, or {"hex": ...}
 QString jsonText(float value);
@@ -14,7 +15,10 @@ QString jsonText(double value);
 QString jsonText(const std::vector<float>& values);
 QString jsonText(const std::vector<int>& values);
 
-// Puts objects and arrays together.
+// ", got VALUE" for the end of a message; a long value is cut.
+QString gotText(const QJsonValue& value);
+
+// Builds objects and arrays.
 class JsonBuilder {
 public:
     void begin(const char* name, char bracket);
@@ -27,5 +31,5 @@ private:
     void separate(const char* name);
 };
 
-// A text or bytes. False if the value is neither a string nor {"hex": ...}.
+// Reads a text or bytes. Returns false if the value is neither a string nor {"hex": ...}.
 bool takeBytes(const QJsonValue& value, QByteArray& bytes);

@@ -1,51 +1,22 @@
 #include "recordDecoding.h"
 
 #include "jsonText.h"
-#include "recordJson.h"
+#include "waveBlock.h"
 
 #include <QStringList>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <zlib.h>
 
-using gqdb::CByte2Rdb;
 using gqdb::CByte2Val;
 
 static const int slotSize = 258;
 static const int longestSlotText = slotSize - 2;
-static const int leastMarkedBlock = 96;       // bytes of samples, where a wave has marks
-static const unsigned int safeCount = 100000; // items that the library may make room for, whatever the bytes hold
+static const unsigned int safeCount = 100000; // items that the library may allocate, whatever the bytes hold
 
-// --- The sample block of a wave -----------------------------------------------------------------------------------
+// --- Waves --------------------------------------------------------------------------------------------------------
 
-// Unpacks the zlib stream that `packed` begins with; `used` are its bytes. What is wrong with it, or nothing.
-static QString unpack(const QByteArray& packed, QByteArray& block, int& used)
-{
-    z_stream zlib = {};
-    if (inflateInit(&zlib) != Z_OK)
-        return "zlib has no memory";
-    zlib.next_in = reinterpret_cast<unsigned char*>(const_cast<char*>(packed.constData())); // is not written to
-    zlib.avail_in = static_cast<unsigned int>(packed.size());
-    std::array<unsigned char, 65536> part;
-    int result = Z_OK;
-    while (result == Z_OK && block.size() <= CByte2Rdb::waveBlockSize) {
-        zlib.next_out = part.data();
-        zlib.avail_out = part.size();
-        result = inflate(&zlib, Z_NO_FLUSH);
-        block.append(reinterpret_cast<const char*>(part.data()), static_cast<int>(part.size() - zlib.avail_out));
-    }
-    used = static_cast<int>(zlib.total_in);
-    const QString message = zlib.msg == nullptr ? QString("wants a dictionary") : QString(zlib.msg);
-    inflateEnd(&zlib);
-    if (block.size() > CByte2Rdb::waveBlockSize)
-        return QString("the samples unpack to more than %1 bytes").arg(CByte2Rdb::waveBlockSize);
-    if (result == Z_STREAM_END)
-        return QString();
-    return result == Z_BUF_ERROR ? QString("the zlib stream is cut") : QString("no zlib stream: %1").arg(message);
-}
-
+// The sample that the library makes of a stored integer.
 static float sampleOf(const StoredWave& wave, int stored)
 {
     const double high = wave.head.limitHigh;
@@ -56,11 +27,11 @@ static float sampleOf(const StoredWave& wave, int stored)
     return share * (static_cast<float>(high) - static_cast<float>(low)) + static_cast<float>(low);
 }
 
-// --- The walk -----------------------------------------------------------------------------------------------------
+// --- Fields -----------------------------------------------------------------------------------------------------
 
-class BytesWalk : public Fields {
+class RecordDecoder : public Fields {
 public:
-    BytesWalk(const QByteArray& walked, Decoded& decoded) : data(walked), result(decoded) {}
+    RecordDecoder(const QByteArray& bytes, Decoded& decoded) : data(bytes), result(decoded) {}
 
     using Fields::field;
     void field(const char* name, unsigned char& value) override
@@ -109,7 +80,7 @@ public:
     {
         QByteArray content;
         const int size = takeText(name, content);
-        text = QString::fromUtf8(content.constData()); // ends at a zero byte, as it does for the library
+        text = QString::fromUtf8(content.constData()); // up to a zero byte, as in the library
         return size;
     }
     void slot(const char* name, std::string& text) override
@@ -119,8 +90,10 @@ public:
             return;
         const int size = CByte2Val::byte2UShort(at);
         if (size > longestSlotText)
-            fault(
-                QString("%1 has %2 bytes, and its slot room for %3").arg(pathOf(name)).arg(size).arg(longestSlotText));
+            fault(QString("%1 has a length of %2, but its slot holds at most %3 bytes")
+                      .arg(pathOf(name))
+                      .arg(size)
+                      .arg(longestSlotText));
         const QByteArray content(at + 2, std::min(size, longestSlotText));
         text = content.toStdString();
         add(name, slotSize, jsonText(content));
@@ -139,7 +112,8 @@ public:
             return;
         const unsigned int size = CByte2Val::byte2UInt(at);
         if (size > static_cast<unsigned int>(left() - 4)) {
-            fault(QString("%1 has %2 bytes, %3 are left").arg(pathOf(name)).arg(size).arg(left() - 4));
+            fault(
+                QString("%1 has a length of %2, but only %3").arg(pathOf(name)).arg(size).arg(remainText(left() - 4)));
             isStopped = true;
             isRisky = isRisky || size > INT_MAX;
             return;
@@ -170,9 +144,9 @@ public:
         if (isStopped)
             return false;
         if (answerOffset != 0) {
-            fault(QString("the library's list reader goes on at byte %1, for the text4 ahead has not 2 bytes")
+            fault(QString(
+                      "the library's list reader continues at byte %1, because the previous text4 is not 2 bytes long")
                       .arg(pos + answerOffset));
-            losesStep = true;
             answerOffset = 0;
         }
         paths.append(path);
@@ -186,24 +160,27 @@ public:
     void wantsBehind(int size) override { wants(pos + size); }
     void answerIsOffBy(int size) override { answerOffset = size; }
 
-    // The library's reader wants so many bytes of the whole.
+    // The library's reader needs that many bytes in all.
     void wants(int size)
     {
         if (!isStopped && size > data.size())
-            result.faults.push_back({data.size(), QString("the library's reader wants %1 bytes, and there are %2; the "
-                                                          "others may have any value")
-                                                      .arg(size)
-                                                      .arg(data.size())});
+            result.faults.push_back(
+                {data.size(), QString("the reader needs %1 bytes, got %2; the missing ones may have any value")
+                                  .arg(size)
+                                  .arg(data.size())});
     }
 
     int pos = 0;
     int answerOffset = 0;
-    bool isRisky = false;   // the library's reader would ask for memory without end
-    bool losesStep = false; // its list reader does, so that nobody knows what it finds
+    bool isRisky = false; // the library's reader would allocate as much as a count or length says
     JsonBuilder json;
 
 private:
     int left() const { return data.size() - pos; }
+    static QString remainText(int count)
+    {
+        return count == 1 ? "1 byte remains" : QString("%1 bytes remain").arg(count);
+    }
 
     QString pathOf(const char* name) const
     {
@@ -212,18 +189,17 @@ private:
 
     void fault(const QString& text) { result.faults.push_back({pos, text}); }
 
-    // The next bytes, or null if they are not there.
+    // Returns the next bytes, or null if they are missing.
     const char* take(const char* name, int size)
     {
         if (isStopped)
             return nullptr;
         if (size > left()) {
-            fault(QString("%1 wants %2 %3, %4 %5 left")
+            fault(QString("%1 needs %2 %3, but only %4")
                       .arg(pathOf(name))
                       .arg(size)
                       .arg(size == 1 ? "byte" : "bytes")
-                      .arg(left())
-                      .arg(left() == 1 ? "is" : "are"));
+                      .arg(remainText(left())));
             isStopped = true;
             return nullptr;
         }
@@ -237,7 +213,8 @@ private:
             return 0;
         const int size = CByte2Val::byte2UShort(at);
         if (size > left() - 2) {
-            fault(QString("%1 has %2 bytes, %3 are left").arg(pathOf(name)).arg(size).arg(left() - 2));
+            fault(
+                QString("%1 has a length of %2, but only %3").arg(pathOf(name)).arg(size).arg(remainText(left() - 2)));
             isStopped = true;
             return 0;
         }
@@ -251,7 +228,7 @@ private:
         result.fields.push_back({pos, data.mid(pos, size), name, value});
     }
 
-    // A field that is done with.
+    // Ends a field: adds its row and its JSON, and steps over its bytes.
     void add(const char* name, int size, const QString& value)
     {
         addRow(pathOf(name), size, value);
@@ -259,7 +236,7 @@ private:
         pos += size;
     }
 
-    // Objects and arrays that a fault lies ahead of are left out.
+    // Objects and arrays after a fault are left out.
     void begin(const char* name, char bracket)
     {
         shown.push_back(!isStopped);
@@ -281,11 +258,11 @@ private:
     bool isStopped = false;
     int recordStart = 0;
     QString path;
-    QStringList paths; // of what is open around it
+    QStringList paths; // of the enclosing records and lists
     std::vector<bool> shown;
 };
 
-unsigned int BytesWalk::beginList(const char* name, int countBytes, size_t size)
+unsigned int RecordDecoder::beginList(const char* name, int countBytes, size_t size)
 {
     auto count = static_cast<unsigned int>(size);
     if (countBytes > 0) {
@@ -294,7 +271,10 @@ unsigned int BytesWalk::beginList(const char* name, int countBytes, size_t size)
         count = at == nullptr ? 0 : countBytes == 2 ? CByte2Val::byte2UShort(at) : CByte2Val::byte2UInt(at);
         if (at != nullptr) {
             if (count > static_cast<unsigned int>(left() - countBytes)) {
-                fault(QString("%1 items can't be in the %2 bytes that are left").arg(count).arg(left() - countBytes));
+                fault(QString("%1 is %2, but only %3")
+                          .arg(name == nullptr ? QString("count") : "the count of " + pathOf(name))
+                          .arg(count)
+                          .arg(remainText(left() - countBytes)));
                 isRisky = isRisky || count > safeCount;
             }
             addRow(name == nullptr ? QString("count") : pathOf(name), countBytes, QString::number(count));
@@ -305,19 +285,14 @@ unsigned int BytesWalk::beginList(const char* name, int countBytes, size_t size)
     return count;
 }
 
-void BytesWalk::samples(StoredWave& wave)
+void RecordDecoder::samples(StoredWave& wave)
 {
     if (isStopped)
         return;
     const unsigned int count = wave.head.markCount;
-    const long long need = 4LL * count + leastMarkedBlock;
-    if (count > 0 && left() < need)
-        fault(QString("%1 marks, and the %2 bytes of samples that the library's reader wants behind marks, are %3 "
-                      "bytes; %4 are left")
-                  .arg(count)
-                  .arg(leastMarkedBlock)
-                  .arg(need)
-                  .arg(left()));
+    const QString tooFew = markFault(count, left());
+    if (!tooFew.isEmpty())
+        fault(tooFew);
     begin("marks", '[');
     for (unsigned int i = 0; i < count && left() >= 4; ++i) {
         beginItem(i);
@@ -329,13 +304,12 @@ void BytesWalk::samples(StoredWave& wave)
     QByteArray block = data.mid(pos);
     const int blockStart = pos;
     if (wave.isCompressed()) {
-        const QByteArray packed = std::exchange(block, QByteArray());
-        int used = 0;
-        const QString wrong = unpack(packed, block, used);
-        if (!wrong.isEmpty())
-            fault(wrong);
-        addRow("(zlib stream)", used, QString("\"%1 bytes unpacked\"").arg(block.size()));
-        pos += used;
+        const UnpackedBlock unpacked = unpackBlock(block);
+        block = unpacked.bytes;
+        if (!unpacked.fault.isEmpty())
+            fault(unpacked.fault);
+        addRow("(zlib stream)", unpacked.used, QString("\"%1 bytes unpacked\"").arg(block.size()));
+        pos += unpacked.used;
     }
     const bool isStored = wave.isRaw() || wave.isQuantised();
     const int size = isStored ? 2 : 4;
@@ -372,43 +346,29 @@ static QString meaningOf(const Form& form, int result)
     return form.answer == answersBytes ? QString("good, %1 bytes").arg(result) : QString("good");
 }
 
-static void askLibrary(const Form& form, const QByteArray& bytes, Content& walked, const BytesWalk& walk,
-                       Decoded& decoded)
+static void callReader(const Form& form, const QByteArray& bytes, bool isRisky, Decoded& decoded)
 {
     if (form.failures == nullptr) {
-        decoded.meaning = "not asked: the library writes this form, and does not read it";
-        return;
-    }
-    if (walk.isRisky) {
-        decoded.meaning = "not asked: it believes the number, and would ask for that much memory";
-        return;
-    }
-    const std::unique_ptr<Content> read = form.make();
-    decoded.isAsked = true;
-    decoded.result = read->read(bytes);
-    decoded.meaning = meaningOf(form, decoded.result);
-
-    const int good = form.answer == answersBytes ? walk.pos + walk.answerOffset : 1;
-    if (!decoded.faults.empty()) {
-        if (decoded.result > 0 && !walk.losesStep)
-            decoded.disagreement = "the library's reader takes what has a fault here";
-    } else if (decoded.result != good) {
-        decoded.disagreement = QString("the library's reader should have answered %1").arg(good);
-    } else if (comparableJsonOf(*read) != comparableJsonOf(walked)) {
-        decoded.disagreement = "the library's reader found other values: " + comparableJsonOf(*read);
+        decoded.meaning = "not called: the library writes this form and has no reader for it";
+    } else if (isRisky) {
+        decoded.meaning = "not called: the reader trusts this number and would allocate that much memory";
+    } else {
+        decoded.isAsked = true;
+        decoded.result = form.make()->read(bytes);
+        decoded.meaning = meaningOf(form, decoded.result);
     }
 }
 
 Decoded decode(const Form& form, const QByteArray& bytes)
 {
     Decoded decoded;
-    BytesWalk walk(bytes, decoded);
-    const std::unique_ptr<Content> content = form.make();
-    content->walk(walk);
-    walk.wants(form.leastBytes);
-    decoded.value = walk.json.text;
-    decoded.behind = bytes.mid(walk.pos);
-    decoded.behindOffset = walk.pos;
-    askLibrary(form, bytes, *content, walk, decoded);
+    RecordDecoder decoder(bytes, decoded);
+    decoded.content = form.make();
+    decoded.content->walk(decoder);
+    decoder.wants(form.leastBytes);
+    decoded.value = decoder.json.text;
+    decoded.rest = bytes.mid(decoder.pos);
+    decoded.restOffset = decoder.pos;
+    callReader(form, bytes, decoder.isRisky, decoded);
     return decoded;
 }

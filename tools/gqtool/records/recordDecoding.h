@@ -2,9 +2,10 @@
 
 #include "recordFields.h"
 
+#include <memory>
 #include <vector>
 
-// Takes bytes apart field by field, without the library's reader, and then asks that one too.
+// Decodes bytes field by field, without the library's reader, and then calls that one too for its result.
 
 struct DecodedField {
     int offset = 0;   // -1 of a sample that was unpacked
@@ -20,15 +21,15 @@ struct Fault {
 
 struct Decoded {
     std::vector<DecodedField> fields;
-    std::vector<Fault> faults; // empty if the library's reader takes the bytes
-    QString value;             // as JSON; with the fields ahead of a fault
-    QByteArray behind;         // the record or list, or unread behind a fault
-    int behindOffset = 0;
+    std::vector<Fault> faults;        // empty if the library's reader accepts the bytes
+    std::unique_ptr<Content> content; // with the fields before a fault; null for frames
+    QString value;                    // the content as JSON
+    QByteArray rest;                  // after the record or list; after a fault, what was not read
+    int restOffset = 0;
 
-    bool isAsked = false; // whether the library's reader was
-    int result = 0;       // its answer
-    QString meaning;      // of the answer, or why it was not asked
-    QString disagreement; // between the two; empty if there is none, and there never should be one
+    bool isAsked = false; // the library's reader was called
+    int result = 0;       // what it returned
+    QString meaning;      // of the result, or why it was not called
 };
 
 Decoded decode(const Form& form, const QByteArray& bytes);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shared/recordConstants.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -18,9 +20,9 @@ struct StoredWave {
     std::vector<int> stored; // the integers of raw or quantised samples
     std::vector<float> samples;
 
-    bool isRaw() const { return (head.waveFlags & 1) != 0; }
-    bool isQuantised() const { return !isRaw() && (head.waveFlags & 2) != 0; }
-    bool isCompressed() const { return (head.waveFlags & 4) != 0; }
+    bool isRaw() const { return (head.waveFlags & rawSamples) != 0; }
+    bool isQuantised() const { return !isRaw() && (head.waveFlags & quantisedSamples) != 0; }
+    bool isCompressed() const { return (head.waveFlags & compressedSamples) != 0; }
 };
 
 // A walk through the fields of a record or list. What it does with each field is its own: take it off bytes or JSON,

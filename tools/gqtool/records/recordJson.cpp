@@ -132,7 +132,7 @@ public:
         const QByteArray bytes = takeText(name, longestText);
         text = QString::fromUtf8(bytes);
         if (text.toUtf8() != bytes)
-            fail(name, "is no UTF-8, and the library writes this text as UTF-8");
+            fail(name, "must be UTF-8: the library writes this text as UTF-8");
         return 0;
     }
     void slot(const char* name, std::string& text) override { text = takeText(name, longestSlotText).toStdString(); }
@@ -142,7 +142,7 @@ public:
         if (bytes.size() == size)
             std::memcpy(first, bytes.constData(), static_cast<size_t>(size));
         else
-            fail(name, QString("has %1 bytes, not %2").arg(size).arg(bytes.size()));
+            fail(name, QString("must have %1 bytes, got %2").arg(size).arg(bytes.size()));
     }
     void bytes(const char* name, std::vector<unsigned char>& value) override
     {
@@ -156,7 +156,7 @@ public:
     {
         const QJsonValue json = take(name);
         if (!json.isUndefined() && !json.isObject())
-            fail(name, "is an object");
+            fail(name, "must be an object" + gotText(json));
         enter(name);
         open.append({json, {}});
     }
@@ -165,7 +165,7 @@ public:
         for (const QString& name : open.last().value.toObject().keys()) {
             if (!open.last().taken.contains(name))
                 errors.append(
-                    QString("%1.%2 is not known; the fields are %3").arg(path, name, open.last().taken.join(", ")));
+                    QString("%1.%2 is unknown; the fields are %3").arg(path, name, open.last().taken.join(", ")));
         }
         leave();
     }
@@ -174,11 +174,11 @@ public:
         const QJsonValue json = take(name);
         const auto count = static_cast<unsigned int>(json.toArray().size());
         if (!json.isUndefined() && !json.isArray())
-            fail(name, "is an array");
+            fail(name, "must be an array" + gotText(json));
         else if (json.isArray() && countBytes == 0 && count != size)
-            fail(name, QString("has %1 items, not %2").arg(size).arg(count));
+            fail(name, QString("must have %1 items, got %2").arg(size).arg(count));
         else if (countBytes == 2 && count > USHRT_MAX)
-            fail(name, QString("has %1 items at most, not %2").arg(USHRT_MAX).arg(count));
+            fail(name, QString("must have at most %1 items, got %2").arg(USHRT_MAX).arg(count));
         enter(name);
         open.append({json, {}});
         return countBytes == 0 ? std::min(count, static_cast<unsigned int>(size)) : count;
@@ -214,7 +214,7 @@ private:
         path = paths.takeLast();
     }
 
-    // The value of a field, or the item itself. Undefined where there is none, with the error told.
+    // Returns the value of a field, or the item itself; undefined and an error if it is missing.
     QJsonValue take(const char* name)
     {
         if (name == nullptr)
@@ -233,7 +233,7 @@ private:
         const bool isInside = json.isDouble() && std::floor(number) == number && number >= static_cast<double>(least) &&
                               number <= static_cast<double>(most);
         if (!json.isUndefined() && !isInside)
-            fail(name, QString("is an integer from %1 to %2").arg(least).arg(most));
+            fail(name, QString("must be an integer from %1 to %2").arg(least).arg(most) + gotText(json));
         return isInside ? static_cast<long long>(number) : 0;
     }
 
@@ -242,13 +242,13 @@ private:
         const QJsonValue json = take(name);
         QByteArray bytes;
         if (!json.isUndefined() && !takeBytes(json, bytes))
-            fail(name, "is a string of Unicode, or {\"hex\": DIGITS}");
+            fail(name, "must be a string of valid Unicode or {\"hex\": DIGITS}" + gotText(json));
         else if (bytes.size() > most)
-            fail(name, QString("has %1 bytes at most, not %2").arg(most).arg(bytes.size()));
+            fail(name, QString("must have at most %1 bytes, got %2").arg(most).arg(bytes.size()));
         return bytes;
     }
 
-    // The image of a NaN, of so many digits.
+    // Reads the bits of a NaN, which must have that many digits.
     static bool readNan(const QJsonValue& json, int digits, unsigned long long& image)
     {
         bool isHex = false;
@@ -257,7 +257,7 @@ private:
         return isHex && text.size() == digits && json.toObject().size() == 1;
     }
 
-    // A number, or one of the texts that stand for what JSON has no number for.
+    // Reads a number, or one of the texts for what is no number in JSON.
     static bool readNumber(const QJsonValue& json, double& value)
     {
         const QString text = json.toString();
@@ -281,11 +281,12 @@ private:
             std::memcpy(&value, &bits, sizeof value);
             if (std::isnan(value))
                 return;
-            errors.append(place + " is told as a NaN, but its image is a number's");
+            errors.append(place + ".nan must be the bits of a NaN" + gotText(json.toObject()["nan"]));
         } else if (!readNumber(json, number)) {
-            errors.append(place + " is a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 8 DIGITS}");
+            errors.append(place + " must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 8 DIGITS}" +
+                          gotText(json));
         } else if (std::isfinite(number) && std::abs(number) >= 0x1.ffffffp127) { // which would round to infinity
-            errors.append(place + " is beyond what a float holds");
+            errors.append(place + " must fit into a float" + gotText(json));
         } else {
             value = static_cast<float>(number);
         }
@@ -297,9 +298,10 @@ private:
         if (readNan(json, 16, image)) {
             std::memcpy(&value, &image, sizeof value);
             if (!std::isnan(value))
-                errors.append(place + " is told as a NaN, but its image is a number's");
+                errors.append(place + ".nan must be the bits of a NaN" + gotText(json.toObject()["nan"]));
         } else if (!readNumber(json, value)) {
-            errors.append(place + " is a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 16 DIGITS}");
+            errors.append(place + " must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 16 DIGITS}" +
+                          gotText(json));
         }
     }
 
@@ -315,22 +317,21 @@ private:
 
     QList<Open> open;
     QString path;
-    QStringList paths; // of what is open around it
+    QStringList paths; // of the enclosing records and lists
 };
 
 void RecordJsonReader::samples(StoredWave& wave)
 {
     takeIntegers("marks", INT_MIN, INT_MAX, wave.marks);
     if (wave.marks.size() != wave.head.markCount)
-        fail("marks",
-             QString("has %1 items, as markCount says, not %2").arg(wave.head.markCount).arg(wave.marks.size()));
+        fail("marks", QString("must have markCount items, %1, got %2").arg(wave.head.markCount).arg(wave.marks.size()));
     if (wave.isRaw())
         takeIntegers("stored", SHRT_MIN, SHRT_MAX, wave.stored);
     else if (wave.isQuantised())
         takeIntegers("stored", 0, USHRT_MAX, wave.stored);
     const bool isNeeded = !wave.isRaw() && !wave.isQuantised();
     if (!isNeeded && !open.last().value.toObject().contains("samples"))
-        return; // they follow from what is stored
+        return; // the stored integers determine them
     const unsigned int count = beginList("samples", 4, 0);
     for (unsigned int i = 0; i < count && beginItem(i); ++i) {
         wave.samples.emplace_back();

@@ -1,5 +1,6 @@
 #include "pointDatabase.h"
 
+#include "shared/recordConstants.h"
 #include "shared/stationProtocol.h"
 
 #include <QDateTime>
@@ -135,7 +136,7 @@ static QByteArray wave()
         samples.push_back(static_cast<float>(326 * envelope * std::sin(2 * M_PI * 50 * time)));
     }
     gqdb::BlobWaveHead head;
-    head.waveFlags = 2 | 4; // quantised, compressed
+    head.waveFlags = quantisedSamples | compressedSamples;
     std::vector<unsigned char> raw(2 * samples.size());
     std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
     std::vector<unsigned char> stored;
@@ -182,7 +183,6 @@ static void addProperty(const gqdb::Variant& value, const std::string& format, g
 // The object's property names travel in text3, one behind the other with blanks between.
 static gqdb::ObjectData generator()
 {
-    enum { kindInt = 0, kindFloat = 5, kindDouble = 6, kindText = 10, kindTime = 11 };
     gqdb::ObjectData object;
     object.text1 = "GEN1";
     object.text2 = "generator 1";

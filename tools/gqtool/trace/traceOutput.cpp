@@ -1,5 +1,6 @@
 #include "traceOutput.h"
 
+#include "gqtool/frames/frameMembers.h"
 #include "gqtool/frames/frameText.h"
 #include "shared/console.h"
 
@@ -75,7 +76,7 @@ void TraceOutput::tell(int connection, const QString& text, QJsonObject json)
 void TraceOutput::tellItems(int connection, Side from, const std::vector<StreamItem>& items)
 {
     for (const StreamItem& item : items) {
-        QJsonObject json = itemJson(item);
+        QJsonObject json = jsonOf(item);
         json["from"] = sideText(from);
         tell(connection, (from == Side::client ? "-> " : "<- ") + itemText(item), json);
         if (item.kind != StreamItem::frame)

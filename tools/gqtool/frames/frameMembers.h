@@ -1,0 +1,19 @@
+#pragma once
+
+#include "frameStream.h"
+
+#include <QJsonObject>
+#include <QJsonValue>
+
+// What a stream contains as JSON; tests/golden/README.md describes the members.
+
+// A member of the JSON object of an item, in the order of the bytes.
+struct FrameMember {
+    const char* name;
+    int size; // of the bytes that hold it, in the item; -1 if it is derived from others
+    QJsonValue value;
+};
+
+// All members that are known without the form of the payload.
+std::vector<FrameMember> membersOf(const StreamItem& item);
+QJsonObject jsonOf(const StreamItem& item);

@@ -1,0 +1,120 @@
+#include "payloadForm.h"
+
+#include "gqtool/records/jsonText.h"
+
+#include <socketApi.h>
+
+using gqdb::CByte2Val;
+using gqdb::CSocketAPI;
+
+static QString formOf(unsigned char command, const FrameSource& source)
+{
+    switch (command) {
+    case CSocketAPI::setTimeCommand:
+        if (source.isRequest)
+            return source.isUdp ? "ints" : "intPair";
+        return "int";
+    case CSocketAPI::systemStateCommand:
+    case CSocketAPI::systemTimeCommand:
+    case CSocketAPI::clearCommand:
+    case CSocketAPI::setStateCommand:
+        return "int";
+    case CSocketAPI::errorCommand:
+        return source.isRequest ? source.form : QString("error");
+    default:
+        return source.form;
+    }
+}
+
+std::vector<int> readIntegers(const char* first, unsigned int count)
+{
+    std::vector<int> values;
+    CByte2Val::buffer2Ints(first, static_cast<int>(count), values);
+    return values;
+}
+
+PayloadTexts readTexts(const QByteArray& payload, unsigned int count)
+{
+    PayloadTexts result;
+    for (unsigned int i = 0; i < count; ++i) {
+        const long long left = payload.size() - result.used;
+        const char* item = payload.constData() + result.used;
+        const int outer = left < 2 ? 0 : CByte2Val::byte2UShort(item);
+        result.isWhole = left >= 2 + outer;
+        if (!result.isWhole)
+            break;
+        const int inner = outer < 2 ? outer : CByte2Val::byte2UShort(item + 2);
+        const QByteArray text = inner + 2 <= outer ? QByteArray(item + 4, inner) : QByteArray();
+        result.isExact = result.isExact && inner + 2 == outer;
+        result.texts.append(QString::fromUtf8(text.constData())); // up to a zero byte
+        result.used += 2 + outer;
+    }
+    return result;
+}
+
+static void takeTexts(const QByteArray& bytes, unsigned int count, Payload& payload)
+{
+    const PayloadTexts list = readTexts(bytes, count);
+    QStringList texts;
+    for (const QString& text : list.texts)
+        texts.append(jsonText(text));
+    payload.content = '[' + texts.join(", ") + ']';
+    payload.used = list.used;
+    if (!list.isWhole)
+        payload.fault = QString("text %1 of %2 runs past the end of the payload").arg(texts.size() + 1).arg(count);
+}
+
+Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source)
+{
+    Payload payload;
+    const QString form = payload.form = formOf(command, source);
+    if (form.isEmpty())
+        return payload;
+    const char* first = bytes.constData();
+    const unsigned int count = bytes.size() < 4 ? 0 : CByte2Val::byte2UInt(first);
+    payload.used = form == "intPair" ? 8 : 4;
+    if (form == "ints")
+        payload.used += 4LL * count;
+    else if (form == "bytes")
+        payload.used += count;
+    else if (form == "strings")
+        payload.used += 2LL * count;
+    if (bytes.size() < payload.used)
+        payload.fault = QString("the payload has %1 bytes, but its form (%2) needs %3")
+                            .arg(bytes.size())
+                            .arg(form)
+                            .arg(payload.used);
+    else if (form == "strings")
+        takeTexts(bytes, count, payload);
+    else if (form == "ints")
+        payload.content = jsonText(readIntegers(first + 4, count));
+    else if (form == "bytes")
+        payload.content = jsonText(QString(bytes.mid(4, static_cast<int>(count)).toHex()));
+    else if (form == "intPair")
+        payload.content = jsonText(readIntegers(first, 2));
+    else
+        payload.content = QString::number(CByte2Val::byte2Int(first));
+    return payload;
+}
+
+int parserResult(const QString& form, const QByteArray& bytes)
+{
+    gqdb::CSocketAPI client;
+    if (form == "ints") {
+        std::vector<int> values;
+        return client.parseInts(bytes.constData(), bytes.size(), values);
+    }
+    if (form == "bytes") {
+        std::vector<unsigned char> values;
+        return client.parseBytes(bytes.constData(), bytes.size(), values);
+    }
+    if (form == "strings") {
+        QStringList texts;
+        return client.parseStrings(bytes.constData(), bytes.size(), texts);
+    }
+    if (form == "int" || form == "error") {
+        int value = 0;
+        return client.parseInt(bytes.constData(), bytes.size(), value);
+    }
+    return 1; // a pair of integers, which servers read and the library does not
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+// What the bytes of frames do not say themselves. tests/golden/README.md lists the forms of payloads.
+struct FrameSource {
+    bool isUdp = false;
+    bool isRequest = false;
+    QString form; // of the payloads of commands that the library does not define; empty if unknown
+};
+
+// A payload read by its form, without the library's parsers.
+struct Payload {
+    QString form;    // empty if it is not known
+    QString content; // as JSON; empty if there is none
+    long long used = 0;
+    QString fault; // empty if the payload has its form
+};
+
+Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source);
+
+// What the library's parser of that form returns for these bytes: 1 on success.
+int parserResult(const QString& form, const QByteArray& bytes);
+
+// The texts of a string list, up to the first one that overruns the payload.
+struct PayloadTexts {
+    QStringList texts;
+    long long used = 4;  // bytes, with the count
+    bool isWhole = true; // all texts are inside the payload
+    bool isExact = true; // both length fields of every text agree
+};
+
+PayloadTexts readTexts(const QByteArray& payload, unsigned int count);
+
+std::vector<int> readIntegers(const char* first, unsigned int count);
