@@ -1,19 +1,19 @@
 #!/usr/bin/env python3
-"""Compares bytes with what they are said to hold.
+"""Compares bytes with the JSON that describes them.
 
-    check.py                        all files beside this one: records, waves and frames
+    check.py                        all files in this folder: records, waves and frames
     check.py FILE.hex FILE.json     one pair
 
-Programs in any language check themselves with it against the files here:
+Use it to check a program in any language against the files here:
 
-- A reader: let it read records/floatRealDatas.hex and write what it found as JSON, in the shape of
-  records/floatRealDatas.json. Then: check.py records/floatRealDatas.hex mine.json
-- A writer: let it take the values of records/floatRealDatas.json, and write its bytes as hex digits.
-  Then: check.py mine.hex records/floatRealDatas.json
+- A reader: make it read records/floatRealDatas.hex and write the content as JSON, in the form of
+  records/floatRealDatas.json. Then run: check.py records/floatRealDatas.hex mine.json
+- A writer: make it read the values of records/floatRealDatas.json and write the bytes as hex digits.
+  Then run: check.py mine.hex records/floatRealDatas.json
 
-A .hex file has hex digits; blanks count for nothing, nor does what stands behind a #. README.md beside this file tells
-the shape of the JSON. Each difference is told with its field and its offset. Exit code: 0 no difference, 1 some,
-2 wrong usage. Knows nothing of the library: a reader of its own, on the layouts below.
+A .hex file has hex digits; blanks and text after a # are ignored. README.md in this folder documents the JSON. Each
+difference is printed with its field and offset. Exit code: 0 no difference, 1 differences, 2 wrong usage. This is an
+independent reader based on the layouts below; it does not use the library.
 """
 
 import json
@@ -26,12 +26,12 @@ from pathlib import Path
 # --- Layouts: the fields of each record in the order of the bytes -----------------------------------------------------
 # u8 u16 u32 i32 f32 f64  a number; with *8, eight of them
 # text                    its length in 2 bytes, then its bytes
-# slot                    the same, with zero bytes up to 258 bytes
+# slot                    the same, padded with zero bytes to 258 bytes
 # blob                    its length in 4 bytes, then its bytes
-# skip                    a byte of any value, and no field
+# skip                    a byte of any value, without a field
 # variant, property       a record; with Slots, its texts in slots
 # +NAME                   a list with a count of 2 bytes
-# bytes30                 so many bytes
+# bytes30                 this many bytes
 
 LAYOUTS = {
     "pointInfo": "pointId:u32 text1:text code1:u32 text2:text code2:u32",
@@ -111,23 +111,23 @@ def fields(layout):
 
 
 class Different(Exception):
-    """What is wrong, and where."""
+    """Describes a fault and its place."""
 
 
 class Float:
-    """A float or double by its image: -0 differs from 0, a NaN is equal to itself."""
+    """A float or double by its bits: -0 differs from 0, a NaN is equal to itself."""
 
     def __init__(self, image):
         self.image = image
         self.number = struct.unpack("<f" if len(image) == 4 else "<d", image)[0]
 
-    def is_told_as(self, told):
-        if isinstance(told, dict):
-            return list(told) == ["nan"] and told["nan"] == self.image[::-1].hex()
-        if isinstance(told, bool) or (isinstance(told, str) and told not in ("inf", "-inf", "-0")):
+    def is_described_by(self, described):
+        if isinstance(described, dict):
+            return list(described) == ["nan"] and described["nan"] == self.image[::-1].hex()
+        if isinstance(described, bool) or (isinstance(described, str) and described not in ("inf", "-inf", "-0")):
             return False
         try:
-            return struct.pack("<f" if len(self.image) == 4 else "<d", float(told)) == self.image
+            return struct.pack("<f" if len(self.image) == 4 else "<d", float(described)) == self.image
         except OverflowError:
             return False
 
@@ -136,7 +136,7 @@ class Float:
 
 
 class Reader:
-    """Takes fields off bytes, and notes where each one stands."""
+    """Reads fields from bytes and records the offset of each."""
 
     def __init__(self, data):
         self.data = data
@@ -146,7 +146,7 @@ class Reader:
     def take(self, size, path):
         self.offsets.setdefault(path, self.at)
         if size > len(self.data) - self.at:
-            raise Different(f"byte {self.at}: {path} wants {size} bytes, {len(self.data) - self.at} are left")
+            raise Different(f"byte {self.at}: {path} needs {size} bytes, but only {len(self.data) - self.at} remain")
         self.at += size
         return self.data[self.at - size : self.at]
 
@@ -155,7 +155,7 @@ class Reader:
         return Float(image) if kind in ("f32", "f64") else struct.unpack(NUMBERS[kind], image)[0]
 
     def value(self, kind, path):
-        """A field. Texts stay bytes."""
+        """Returns a field. Texts are returned as bytes."""
         if kind in NUMBERS:
             return self.number(kind, path)
         if "*" in kind:
@@ -167,10 +167,10 @@ class Reader:
             start = self.at
             size = self.number("u16", path)
             if size > SLOT_TEXT:
-                raise Different(f"byte {start}: {path} has {size} bytes, its slot {SLOT_TEXT}")
+                raise Different(f"byte {start}: {path} has {size} bytes, but at most {SLOT_TEXT} fit its slot")
             slot = self.take(SLOT_TEXT, path)
             if any(slot[size:]):
-                raise Different(f"byte {start + 2 + size}: behind {path}, its slot has other bytes than zeros")
+                raise Different(f"byte {start + 2 + size}: the slot after {path} must contain only zeros")
             return slot[:size]
         if kind == "blob":
             return self.take(self.number("u32", path), path)
@@ -205,7 +205,7 @@ class Reader:
 
 
 def single(number):
-    """Rounded to single precision."""
+    """Rounds to single precision."""
     try:
         return struct.unpack("<f", struct.pack("<f", number))[0]
     except OverflowError:
@@ -218,18 +218,18 @@ def read_wave(reader):
     wave["marks"] = [reader.number("i32", f"value.marks[{i}]") for i in range(wave["markCount"])]
     block_start = reader.at
     if wave["marks"] and len(reader.data) - block_start < 96:
-        raise Different(f"byte {block_start}: behind marks, 96 bytes of samples have to stand")
+        raise Different(f"byte {block_start}: marks must be followed by at least 96 bytes of samples")
     block = reader.rest()
-    behind = b""
+    following = b""
     if wave["waveFlags"] & COMPRESSED:
         stream = zlib.decompressobj()
         try:
             block = stream.decompress(block)
         except zlib.error as error:
-            raise Different(f"byte {block_start}: no zlib stream: {error}") from None
+            raise Different(f"byte {block_start}: not a zlib stream: {error}") from None
         if not stream.eof:
-            raise Different(f"byte {block_start}: the zlib stream is cut")
-        behind = stream.unused_data
+            raise Different(f"byte {block_start}: the zlib stream is truncated")
+        following = stream.unused_data
     high, low = wave["limitHigh"].number, wave["limitLow"].number
     if wave["waveFlags"] & (RAW | QUANTISED):
         is_raw = wave["waveFlags"] & RAW
@@ -249,7 +249,7 @@ def read_wave(reader):
         rest = block[4 * count :]
     for name in ("stored", "samples"):
         reader.offsets[f"value.{name}"] = block_start
-    return wave, behind if wave["waveFlags"] & COMPRESSED else rest
+    return wave, following if wave["waveFlags"] & COMPRESSED else rest
 
 
 # --- Frames -----------------------------------------------------------------------------------------------------------
@@ -259,18 +259,18 @@ START, END, ERROR = 0x68, 0x16, 0xFF
 LARGEST_LENGTH = 2**31 - 14
 
 
-def payload_form(command, told):
-    """The form of a payload, by its command and what was told of transport, direction and form."""
-    is_request = told.get("direction") == "request"
+def payload_form(command, described):
+    """Returns the form of a payload, from its command and the transport, direction and form in the JSON."""
+    is_request = described.get("direction") == "request"
     if command == ERROR and not is_request:
         return "error"
     if command == 5 and is_request:
-        return "ints" if told.get("transport") == "udp" else "intPair"
-    return "int" if command in (1, 2, 3, 5, 6) else told.get("form")
+        return "ints" if described.get("transport") == "udp" else "intPair"
+    return "int" if command in (1, 2, 3, 5, 6) else described.get("form")
 
 
 def read_strings(payload, count):
-    """The texts, whether all are there, and the bytes read."""
+    """Returns the texts, whether all are complete, and the number of bytes read."""
     texts, at = [], 4
     for _ in range(count):
         if len(payload) - at < 2:
@@ -287,7 +287,7 @@ def read_strings(payload, count):
 
 
 def read_payload(payload, form):
-    """What the payload holds: content, rest, fault."""
+    """Returns the members of a payload: form, content, rest, fault."""
     integers = lambda first, count: list(struct.unpack_from(f"<{count}i", payload, first))
     faulty = {"fault": "form"}
     if form is None:
@@ -317,7 +317,7 @@ def read_payload(payload, form):
     return {"form": form, "content": content, **rest}
 
 
-def read_frames(data, told):
+def read_frames(data, described):
     parts, at = [], 0
     while at < len(data):
         start = data.find(START, at)
@@ -334,7 +334,7 @@ def read_frames(data, told):
         parts.append(part)
         if length > LARGEST_LENGTH:
             part["fault"] = "length"
-            at += 1  # a false start byte: the next one may stand right behind it
+            at += 1  # a false start byte: the next one may follow immediately
             continue
         part.update(sequence=sequence, arg2=arg2, arg1=arg1, command=command)
         at += 10
@@ -351,55 +351,55 @@ def read_frames(data, told):
         if end[0] != END:
             part["fault"] = "end"
         else:
-            part.update(read_payload(payload, payload_form(command, told)))
+            part.update(read_payload(payload, payload_form(command, described)))
     return parts
 
 
 # --- Comparison -------------------------------------------------------------------------------------------------------
 
 
-def text_bytes(told):
-    """The bytes of a text as JSON has it, or None."""
-    if isinstance(told, str):
-        return told.encode()
+def text_bytes(described):
+    """Returns the bytes of a text in JSON, or None."""
+    if isinstance(described, str):
+        return described.encode()
     try:
-        return bytes.fromhex(told["hex"]) if list(told) == ["hex"] else None
+        return bytes.fromhex(described["hex"]) if list(described) == ["hex"] else None
     except (TypeError, ValueError):
         return None
 
 
-def differences(read, told, path, offsets):
-    """What is different between what was read and what is told."""
+def differences(read, described, path, offsets):
+    """Yields the differences between what was read and what the JSON describes."""
     place = f"byte {offsets[path]}: {path}" if path in offsets else path
     if isinstance(read, dict):
-        if not isinstance(told, dict):
-            yield f"{path} is a record, not {told!r}"
+        if not isinstance(described, dict):
+            yield f"{path} is a record in the bytes, but the JSON has {described!r}"
             return
-        for name in sorted(told.keys() - read.keys()):
-            yield f"{path}.{name} is told, but not in the bytes"
+        for name in sorted(described.keys() - read.keys()):
+            yield f"{path}.{name} is in the JSON, but not in the bytes"
         for name in read:
-            if name in told:
-                yield from differences(read[name], told[name], f"{path}.{name}", offsets)
+            if name in described:
+                yield from differences(read[name], described[name], f"{path}.{name}", offsets)
             else:
-                yield f"{path}.{name} is not told"
+                yield f"{path}.{name} is in the bytes, but not in the JSON"
         return
     if isinstance(read, list):
-        if not isinstance(told, list):
-            yield f"{place} is a list, not {told!r}"
+        if not isinstance(described, list):
+            yield f"{place} is a list in the bytes, but the JSON has {described!r}"
             return
-        if len(read) != len(told):
-            yield f"{place} has {len(read)} items, not {len(told)}"
-        for i, (item, told_item) in enumerate(zip(read, told)):
-            yield from differences(item, told_item, f"{path}[{i}]", offsets)
+        if len(read) != len(described):
+            yield f"{place} has {len(read)} items in the bytes, but {len(described)} in the JSON"
+        for i, (item, described_item) in enumerate(zip(read, described)):
+            yield from differences(item, described_item, f"{path}[{i}]", offsets)
         return
     if isinstance(read, Float):
-        same = read.is_told_as(told)
+        same = read.is_described_by(described)
     elif isinstance(read, bytes):
-        same = text_bytes(told) == read
+        same = text_bytes(described) == read
     else:
-        same = type(read) is type(told) and read == told
+        same = type(read) is type(described) and read == described
     if not same:
-        yield f"{place} is {read!r}, not {told!r}"
+        yield f"{place} is {read!r} in the bytes, but {described!r} in the JSON"
 
 
 def read_hex(path):
@@ -408,37 +408,37 @@ def read_hex(path):
 
 
 def check(hex_path, json_path):
-    """What is wrong with a pair, a line each."""
+    """Yields the faults of a pair, one line each."""
     try:
         data = read_hex(hex_path)
-        told = json.loads(json_path.read_text(encoding="utf-8"))
+        described = json.loads(json_path.read_text(encoding="utf-8"))
     except (OSError, ValueError) as error:
         yield str(error)
         return
-    if not isinstance(told, dict) or "as" not in told or "value" not in told:
-        yield 'the JSON is no {"as": FORM, "value": ...}'
+    if not isinstance(described, dict) or "as" not in described or "value" not in described:
+        yield 'the JSON must be {"as": FORM, "value": ...}'
         return
-    form = told["as"]
+    form = described["as"]
     if form == "frames":
-        yield from differences(read_frames(data, told), told["value"], "value", {})
+        yield from differences(read_frames(data, described), described["value"], "value", {})
         return
     reader = Reader(data)
     try:
         if form == "wave":
-            value, behind = read_wave(reader)
+            value, following = read_wave(reader)
         elif form in LISTS:
-            value, behind = reader.items(LISTS[form], reader.number("u32", "count"), "value"), reader.rest()
+            value, following = reader.items(LISTS[form], reader.number("u32", "count"), "value"), reader.rest()
         elif form in LAYOUTS or form in VARIANTS:
-            value, behind = reader.value(form, "value"), reader.rest()
+            value, following = reader.value(form, "value"), reader.rest()
         else:
-            yield f"there is no form {form!r}"
+            yield f"unknown form {form!r}"
             return
     except Different as difference:
         yield str(difference)
         return
-    yield from differences(value, told["value"], "value", reader.offsets)
-    if (text_bytes(told["behind"]) if "behind" in told else b"") != behind:
-        yield f"the bytes behind are {behind.hex()!r}, not {told.get('behind')!r}"
+    yield from differences(value, described["value"], "value", reader.offsets)
+    if (text_bytes(described["behind"]) if "behind" in described else b"") != following:
+        yield f"{following.hex()!r} follows in the bytes, but {described.get('behind')!r} in the JSON"
 
 
 def main(arguments):
@@ -446,7 +446,7 @@ def main(arguments):
         print(__doc__.strip())
         return 0
     if len(arguments) not in (0, 2) or any(argument.startswith("-") for argument in arguments):
-        print("check.py takes FILE.hex FILE.json, or nothing; see check.py --help", file=sys.stderr)
+        print("check.py: expected FILE.hex FILE.json or no arguments; see check.py --help", file=sys.stderr)
         return 2
     if arguments:
         pairs = [(Path(arguments[0]), Path(arguments[1]))]

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What the scripts that write golden files share: a file of bytes and its JSON, made side by side."""
+"""Shared by the scripts that write golden files: a file of bytes and its JSON, written together."""
 
 import json
 import struct
@@ -9,14 +9,14 @@ from check import NUMBERS
 
 
 def image(kind, number):
-    """The bytes of a number; of a NaN its image is given."""
+    """Returns the bytes of a number. A NaN is given by its bits."""
     if kind in ("f32", "f64") and isinstance(number, int):
         return number.to_bytes(4 if kind == "f32" else 8, "little")
     return struct.pack(NUMBERS[kind], number)
 
 
-def told(kind, data):
-    """A number as JSON has it."""
+def json_number(kind, data):
+    """Returns a number in the form used in the JSON."""
     number = struct.unpack(NUMBERS[kind], data)[0]
     if kind not in ("f32", "f64"):
         return number
@@ -26,17 +26,17 @@ def told(kind, data):
         return "inf" if number > 0 else "-inf"
     if data[-1] == 0x80 and number == 0:
         return "-0"
-    for digits in range(1, 18):  # until a reader by way of double precision gets the same
+    for digits in range(1, 18):  # until a reader using double precision gets the same number
         shortest = float(f"{number:.{digits}g}")
         try:
             if image(kind, shortest) == data:
                 return shortest
         except OverflowError:
-            pass  # rounded up, behind the largest
+            pass  # rounded up beyond the largest float
 
 
-def told_text(data):
-    """A text or bytes as JSON has them."""
+def json_text(data):
+    """Returns a text or bytes in the form used in the JSON."""
     try:
         text = data.decode()
     except UnicodeDecodeError:
@@ -54,7 +54,7 @@ class File:
         self.offset = 0
 
     def add(self, data, meaning):
-        """Bytes and what they are, in lines of 32 bytes."""
+        """Adds bytes and their meaning, in lines of 32 bytes."""
         for start in range(0, len(data), 32):
             part = data[start : start + 32]
             self.lines.append((part.hex(), f"{self.offset:>4} {meaning if start == 0 else ''}".rstrip()))
@@ -62,13 +62,13 @@ class File:
 
     def number(self, kind, number, name):
         data = image(kind, number)
-        value = told(kind, data)
+        value = json_number(kind, data)
         self.add(data, f"{name} {json.dumps(value, ensure_ascii=False)}")
         return value
 
-    def write(self, value, behind=b""):
-        """`behind` are bytes that follow, and belong to no field."""
-        self.add(behind, "behind it")
+    def write(self, value, following=b""):
+        """Writes both files. `following` are bytes after the record that belong to no field."""
+        self.add(following, "after the record")
         width = max(len(digits) for digits, _ in self.lines)
         lines = [f"# {self.title}"] + [f"{digits:<{width}} # {note}" for digits, note in self.lines]
         self.path.with_suffix(".hex").write_text("\n".join(lines) + "\n", encoding="utf-8")
@@ -77,6 +77,6 @@ class File:
             return json.dumps(value, ensure_ascii=False)
 
         text = "[\n  " + ",\n  ".join(map(shown, value)) + "\n ]" if isinstance(value, list) else shown(value)
-        if behind:
-            text += f',\n "behind": {shown(told_text(behind))}'
+        if following:
+            text += f',\n "behind": {shown(json_text(following))}'
         self.path.with_suffix(".json").write_text(f'{{"as": "{self.form}",\n "value": {text}}}\n', encoding="utf-8")

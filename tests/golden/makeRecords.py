@@ -11,7 +11,7 @@ import struct
 from pathlib import Path
 
 from check import LAYOUTS, LISTS, NUMBERS, VARIANTS, fields
-from goldenFile import File, told_text
+from goldenFile import File, json_text
 
 FOLDER = Path(__file__).parent / "records"
 
@@ -23,8 +23,8 @@ FRONT_END = ("nodeHead", "commItem", "ycItem", "yxItem", "ydItem", "ybItem")
 # --- Values -----------------------------------------------------------------------------------------------------------
 
 
-class Telling:
-    """No two bytes alike, signed numbers on both sides of zero, texts of all sorts."""
+class Distinct:
+    """Distinct bytes, positive and negative numbers, texts of all kinds."""
 
     kinds = (0, 5, 6, 10, 11, 101)  # of the properties of an object
 
@@ -61,8 +61,8 @@ class Telling:
     slot = text
 
 
-class Bounds(Telling):
-    """The ends of each range; lengths that need their second byte."""
+class Bounds(Distinct):
+    """The bounds of each range; lengths that need their second byte."""
 
     RANGES = {"u8": (255, 127, 128), "u32": (2**32 - 1, 2**31, 2**31 - 1), "i32": (-(2**31), 2**31 - 1, -1)}
     FLOATS = (3.4028234663852886e38, -3.4028234663852886e38, 1e-45, -0.0, INFINITY, -INFINITY, NAN, NEGATIVE_NAN)
@@ -81,7 +81,7 @@ class Bounds(Telling):
         return bytes(range(256)) + b"\x00"
 
 
-class Empty(Telling):
+class Empty(Distinct):
     kinds = ()
 
     def number(self, kind):
@@ -93,7 +93,7 @@ class Empty(Telling):
     slot = blob = text
 
 
-# --- Bytes and JSON, side by side -------------------------------------------------------------------------------------
+# --- Bytes and JSON ---------------------------------------------------------------------------------------------------
 
 
 class RecordFile(File):
@@ -109,7 +109,7 @@ class RecordFile(File):
         if kind in ("text", "slot", "blob"):
             data = getattr(values, kind)()
             self.add(len(data).to_bytes(4 if kind == "blob" else 2, "little"), f"{name}, {len(data)} bytes")
-            value = told_text(data)
+            value = json_text(data)
             padding = bytes(256 - len(data)) if kind == "slot" else b""
             self.add(data + padding, json.dumps(value, ensure_ascii=False)[:50])
             return value
@@ -132,7 +132,7 @@ class RecordFile(File):
             return self.variant(form, values, name, variant_kind)
         for field, kind in fields(LAYOUTS[form]):
             if kind == "skip":
-                self.add(b"\0", "not looked at")
+                self.add(b"\0", "ignored")
             elif kind in VARIANTS:
                 content[field] = self.variant(kind, values, f"{name}{field}.", variant_kind)
             else:
@@ -141,13 +141,13 @@ class RecordFile(File):
 
 
 class CommItemTexts:
-    """In a list that the library reads text4, the fourth text of a CommItem, has 2 bytes."""
+    """In a list that the library can read, text4, the fourth text of a CommItem, has 2 bytes."""
 
     def __init__(self, values, is_in_list):
         self.values = values
         self.is_in_list = is_in_list
         self.texts = 0
-        values.turn("text", values.texts)  # so that text3 is not the empty one
+        values.turn("text", values.texts)  # so that text3 is not empty
 
     def number(self, kind):
         return self.values.number(kind)
@@ -157,15 +157,15 @@ class CommItemTexts:
         return "é".encode() if self.texts == 4 and self.is_in_list else self.values.text()
 
 
-def behind(count):
+def filler(count):
     return bytes(0xE0 + i % 16 for i in range(count))
 
 
-def wanted_behind(form, items):
-    """The bytes that the library's reader wants behind the last record."""
+def bytes_needed_after(form, items):
+    """Returns the bytes that the library's reader needs after the last record."""
     if form == "commItem":
-        return behind(max(len(item["text3"].encode()) for item in items))
-    return behind(1 if form == "oneSecQuery" else 0)
+        return filler(max(len(item["text3"].encode()) for item in items))
+    return filler(1 if form == "oneSecQuery" else 0)
 
 
 def is_front_end(form):
@@ -173,30 +173,30 @@ def is_front_end(form):
 
 
 def write_one(form, name=None, values=None, title=None, variant_kind=0):
-    file = RecordFile(name or form, form, title or f"{form}: a value of its own in every field")
-    values = values or Telling(is_front_end(form))
+    file = RecordFile(name or form, form, title or f"{form}: a distinct value in every field")
+    values = values or Distinct(is_front_end(form))
     if form == "commItem":
         values = CommItemTexts(values, False)
     value = file.record(form, values, variant_kind=variant_kind)
-    file.write(value, wanted_behind(form, [value]))
+    file.write(value, bytes_needed_after(form, [value]))
 
 
 def write_list(form):
     record = LISTS[form]
-    file = RecordFile(form, form, f"{form}: values of their own, bounds, nothing")
-    sources = [kind(is_front_end(record)) for kind in (Telling, Bounds, Empty)]
+    file = RecordFile(form, form, f"{form}: distinct values, bounds, empty")
+    sources = [kind(is_front_end(record)) for kind in (Distinct, Bounds, Empty)]
     if record == "commItem":
         sources = [CommItemTexts(values, True) for values in sources]
     file.add(len(sources).to_bytes(4, "little"), f"count {len(sources)}")
     value = [file.record(record, values, f"[{i}]") for i, values in enumerate(sources)]
-    file.write(value, behind(1) if form == "intPoints" else wanted_behind(record, value))
+    file.write(value, filler(1) if form == "intPoints" else bytes_needed_after(record, value))
 
 
 def write_empty_list(form, wanted):
-    title = f"{form}: an empty list, and the bytes that the library's reader wants behind it"
+    title = f"{form}: an empty list, and the bytes that the library's reader needs after it"
     file = RecordFile(f"{form}Empty", form, title)
     file.add(bytes(4), "count 0")
-    file.write([], behind(wanted))
+    file.write([], filler(wanted))
 
 
 if __name__ == "__main__":
@@ -218,14 +218,14 @@ if __name__ == "__main__":
                 write_one(form, f"{form}{what}Bounds", Bounds(False), f"{form} of kind {number}, a bound", number)
     for form in ("property", "propertyBlob", "object", "objectBlob"):
         write_one(form, f"{form}Bounds", Bounds(False), f"{form}: the bounds of each field", 10)
-        write_one(form, f"{form}Empty", Empty(False), f"{form}: nothing")
+        write_one(form, f"{form}Empty", Empty(False), f"{form}: empty")
     for form in ("floatRealDatas", "intRealDatas"):
         write_empty_list(form, 18)
     for form in ("floatDatas", "intDatas", "boolRealDatas", "boolDatas", "blobDatas"):
         write_empty_list(form, 14)
     for form in ("pointInfos", "ycItems"):
         write_empty_list(form, 0)
-    title = "boolDatas: one item, and the bytes that the library's reader wants behind it"
+    title = "boolDatas: one item, and the bytes that the library's reader needs after it"
     file = RecordFile("boolDatasOne", "boolDatas", title)
     file.add((1).to_bytes(4, "little"), "count 1")
-    file.write([file.record("boolData", Telling(False), "[0]")], behind(4))
+    file.write([file.record("boolData", Distinct(False), "[0]")], filler(4))

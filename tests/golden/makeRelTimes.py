@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 """Writes relTimes.txt, the moments of all relative time codes for some bases and zones: python3 makeRelTimes.py
 
-A second evaluation of the codes, on Python's own calendar and time zones. Local time is converted as Qt 5.15 does it:
+An independent evaluation of the codes with Python's calendar and time zones. Local time is converted as in Qt 5.15:
 
-- A local time that exists twice takes the offset that was used last; here that of the base.
+- A local time that exists twice uses the last used offset; here that of the base.
 - A local time that does not exist, where summer time begins: a date with a clock time is invalid; a day starts at its
-  first moment; the same clock time on another day or in another year moves ahead by the missing time.
-- Local times after 2037 take the offset of the same day and clock time in 2037.
+  first moment; the same clock time on another day or in another year moves forward by the missing time.
+- Local times after 2037 use the offset of the same day and clock time in 2037.
 """
 
 import calendar
@@ -29,7 +29,7 @@ def unsigned(seconds):
 
 
 def in_2037(naive):
-    """The same day and clock time in 2037, the 29th of February as the 28th."""
+    """Returns the same day and clock time in 2037; 29 February becomes the 28th."""
     return naive.replace(year=2037, day=28 if (naive.month, naive.day) == (2, 29) else naive.day)
 
 
@@ -38,14 +38,14 @@ class Zone:
         self.zone = ZoneInfo(name)
 
     def local(self, seconds):
-        """Local date and time of a moment, and its offset from UTC in seconds."""
+        """Returns the local date and time of a moment, and its offset from UTC in seconds."""
         utc = EPOCH + timedelta(seconds=seconds)
         known = utc if seconds <= LAST_32_BIT_SECOND else in_2037(utc)
         offset = known.replace(tzinfo=timezone.utc).astimezone(self.zone).utcoffset()
         return utc + offset, offset // timedelta(seconds=1)
 
     def offsets(self, naive):
-        """The offset by the rule before and by that after a clock change nearby; mostly the same."""
+        """Returns the offsets before and after a nearby clock change; normally both are the same."""
         known = naive if seconds_since_1970(naive) <= LAST_32_BIT_SECOND else in_2037(naive)
         both = [known.replace(tzinfo=self.zone, fold=fold).utcoffset() for fold in (0, 1)]
         return [offset // timedelta(seconds=1) for offset in both]
@@ -55,19 +55,19 @@ class Zone:
         return before >= after
 
     def moved(self, naive, last_offset):
-        """The moment of a clock time that was reached by steps."""
+        """Returns the moment of a clock time that was reached by steps."""
         before, after = self.offsets(naive)
         offset = after if before > after and last_offset == after else before
         return seconds_since_1970(naive) - offset
 
 
 def to_time_t(moment):
-    """What fits neither into 32 bits nor behind the epoch is invalid."""
+    """Returns INVALID for moments before the epoch or beyond 32 bits."""
     return moment if moment is not None and 0 <= moment <= INVALID else INVALID
 
 
 class Base:
-    """A base moment, and the moments around it that the codes are made of."""
+    """A base moment and the moments around it from which the codes are computed."""
 
     def __init__(self, zone, seconds):
         self.zone = zone
@@ -96,18 +96,18 @@ class Base:
     def days_before(self, n):
         return to_time_t(self.zone.moved(self.local - timedelta(days=n), self.offset))
 
-    def years_ahead(self, naive, n):
+    def years_later(self, naive, n):
         last_day = calendar.monthrange(naive.year + n, naive.month)[1]
         stepped = naive.replace(year=naive.year + n, day=min(naive.day, last_day))
         return to_time_t(self.zone.moved(stepped, self.offset))
 
     def month_day(self, day):
-        """Start of a day of the month, those below 1 as the 1st; None if the month lacks it."""
+        """Returns the start of a day of the month. Days below 1 mean the 1st; None if the month lacks the day."""
         wanted = self.month_first + timedelta(days=max(day, 1) - 1)
         return self.start(wanted) if wanted.month == self.month_first.month else None
 
     def month_end(self, month):
-        """End of a month of the base year. A month without its first midnight passes its later start on."""
+        """Returns the end of a month of the base year. It is later if the month's first midnight is missing."""
         if month < 1:
             return INVALID - 1
         first = self.first_clock_time(date(self.year, month, 1))
@@ -125,7 +125,7 @@ def day_month_or_none(start, addend):
     return 0 if start is None else start + addend
 
 
-# First and last code, the moment for a code; the first row that holds a code decides.
+# First and last code, and the moment for a code. The first matching row is used.
 def rows(base):
     january = datetime(base.year, 1, 1)
     december = datetime(base.year, 12, 31)
@@ -160,9 +160,9 @@ def rows(base):
         (1153, 1164, lambda c: base.month_end_last_year(c - 1152)),
         (1301, 1301, lambda c: base.start(date(base.year, 1, 1))),
         (1302, 1302, lambda c: base.at(date(base.year, 12, 31), time(23, 59, 59))),
-        (1303, 1353, lambda c: base.years_ahead(january, 1302 - c)),
-        (1401, 1451, lambda c: base.years_ahead(december, 1400 - c) + 86399),
-        (1601, 1610, lambda c: base.years_ahead(base.local, c - 1600)),
+        (1303, 1353, lambda c: base.years_later(january, 1302 - c)),
+        (1401, 1451, lambda c: base.years_later(december, 1400 - c) + 86399),
+        (1601, 1610, lambda c: base.years_later(base.local, c - 1600)),
         (2001, 3441, lambda c: base.day_start + (c - 2001) * 60 - (c == 3441)),
         (FIRST_CODE, LAST_CODE, lambda c: 0),
     ]
@@ -176,7 +176,7 @@ def moments(base):
 
 
 def runs(base):
-    """Codes in a row whose moments are the same number of seconds apart: first, last, moment of the first, step."""
+    """Yields runs of codes with equidistant moments: first, last, moment of the first, step."""
     run = None
     for code, moment in moments(base):
         if run and run[0] == run[1]:
@@ -190,7 +190,7 @@ def runs(base):
     yield run
 
 
-# Local times of the bases; a time that exists twice is meant twice.
+# Local times of the bases. A time that exists twice is used with both offsets.
 EVERYWHERE = [
     "2021-03-31 10:20:30",  # an ordinary day, the last of a month
     "2021-06-10 23:30:00",  # in the last hour of a day
@@ -198,8 +198,8 @@ EVERYWHERE = [
     "2023-02-28 09:00:00",  # a February of 28 days
     "2021-12-31 23:59:59",  # the last and the first second of a year
     "2022-01-01 00:00:00",
-    "1985-07-15 12:00:00",  # whose years reach before 1970
-    "1970-03-01 08:00:00",  # whose days reach before 1970
+    "1985-07-15 12:00:00",  # years before it reach before 1970
+    "1970-03-01 08:00:00",  # days before it reach before 1970
     "2038-01-19 23:00:00",  # above 31 bits
     "2040-02-29 09:08:07",
 ]
@@ -224,7 +224,7 @@ IN_ZONES = {
     ],
     "Asia/Beirut": [
         "1988-06-15 12:00:00",  # the first of the month has no midnight
-        "2021-03-28 10:20:30",  # nor has this day
+        "2021-03-28 10:20:30",  # neither has this day
     ],
 }
 FIRST_AND_LAST = [0, INVALID]
@@ -232,8 +232,8 @@ FIRST_AND_LAST = [0, INVALID]
 HEAD = """\
 # The moments of the relative time codes -10 to 3600, written by makeRelTimes.py.
 #
-# "zone" opens a time zone, "base" a base moment in it. Each line below stands for codes in a row:
-# first code, last code, moment of the first, and step from each moment to the next. What follows a # is comment.
+# "zone" starts a time zone, "base" a base moment in it. Each line below describes consecutive codes:
+# first code, last code, moment of the first, and step from each moment to the next. Text after a # is a comment.
 """
 
 

@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
 """Writes the files of waves/: python3 makeWaves.py
 
-The compressed blocks are the work of Python's zlib. The samples of quantised waves are computed in fractions and
-rounded here, so that they owe nothing to the arithmetic of the processor.
+The blocks are compressed by Python's zlib. The samples of quantised waves are computed as fractions and rounded here, so
+that they do not depend on the arithmetic of the processor.
 """
 
 import struct
 import zlib
 from fractions import Fraction
 
-from goldenFile import File, image, told
+from goldenFile import File, image, json_number
 
 RAW, QUANTISED, COMPRESSED = 1, 2, 4
 HEAD_BYTE = 0x5A
@@ -23,7 +23,7 @@ MARKS = [1, -2, 0x12345678]
 
 
 def rounded(value, bits):
-    """The nearest number of so many significant bits, of two as near the even one."""
+    """Rounds to this many significant bits; ties go to the even number."""
     if value == 0:
         return value
     unit = Fraction(1)
@@ -35,18 +35,18 @@ def rounded(value, bits):
 
 
 def restored(raw, upper, lower):
-    """A quantised sample: the quotient in double precision, then everything in single."""
+    """Returns a quantised sample: the quotient in double precision, all other steps in single."""
     quotient = rounded(rounded(Fraction(raw, 65535), 53), 24)
     return float(rounded(rounded(quotient * rounded(Fraction(upper) - Fraction(lower), 24), 24) + Fraction(lower), 24))
 
 
 def scaled(raw, scale, offset):
-    """A raw sample: the product in double precision, rounded to single, then the sum likewise."""
+    """Returns a raw sample: product and sum are each computed in double precision and rounded to single."""
     product = rounded(rounded(Fraction(raw) * Fraction(scale), 53), 24)
     return float(rounded(rounded(product + Fraction(offset), 53), 24))
 
 
-def write_wave(name, title, flags, limits, stored, marks, behind=b""):
+def write_wave(name, title, flags, limits, stored, marks, following=b""):
     file = File("waves", name, "wave", title)
     file.add(bytes([HEAD_BYTE]), f"headByte {HEAD_BYTE}")
     file.add(bytes([flags]), f"waveFlags {flags}")
@@ -73,8 +73,8 @@ def write_wave(name, title, flags, limits, stored, marks, behind=b""):
         wave["stored"] = stored
         restore = scaled if flags & RAW else restored
         samples = [restore(number, *limits) for number in stored]
-    wave["samples"] = [told("f32", image("f32", sample)) for sample in samples]
-    file.write(wave, behind)
+    wave["samples"] = [json_number("f32", image("f32", sample)) for sample in samples]
+    file.write(wave, following)
 
 
 def write_both(name, title, flags, limits, stored, marks):
@@ -87,7 +87,7 @@ if __name__ == "__main__":
     write_both("raw", "Raw values for value * 0.5 + 1", RAW, (0.5, 1.0), SHORTS, MARKS)
     write_both("quantised", "Samples quantised between -10 and 10", QUANTISED, (10.0, -10.0), USHORTS, MARKS)
     write_both("empty", "No samples, no marks", 0, (0.0, 0.0), [], [])
-    write_wave("quantisedConstant", "Samples that are all 2.5", QUANTISED, (2.5, 2.5), [0, 0, 0], [])
+    write_wave("quantisedConstant", "All samples are 2.5", QUANTISED, (2.5, 2.5), [0, 0, 0], [])
     tenths = [-32768, -1, 0, 7, 32767]
-    write_wave("rawTenths", "Raw values, and a scale that has no exact image", RAW, (0.1, -0.3), tenths, [])
-    write_wave("floatsOdd", "A byte behind the last whole sample", 0, (1.5, -0.25), [1.5, -0.25], [], b"\x07")
+    write_wave("rawTenths", "Raw values with a scale that is not exact in binary", RAW, (0.1, -0.3), tenths, [])
+    write_wave("floatsOdd", "A byte after the last complete sample", 0, (1.5, -0.25), [1.5, -0.25], [], b"\x07")

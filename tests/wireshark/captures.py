@@ -1,4 +1,4 @@
-"""Captures of bytes made by hand, and what tshark shows of them."""
+"""Captures of hand-made bytes, and what tshark shows for them."""
 
 import os
 import pathlib
@@ -31,7 +31,7 @@ class Capture:
             ends.reverse()
         head = struct.pack(">BBHHHBBH4s4s", 0x45, 0, 20 + len(transport), 0, 0, 64, protocol, 0, *ends)
         packet = head + transport
-        shown = packet if kept is None else packet[: len(head) + kept]  # cut by the capture itself
+        shown = packet if kept is None else packet[: len(head) + kept]  # truncated by the capture
         time = divmod(self.packets, 1000)
         self.file.write(struct.pack("<IIII", 1700000000 + time[0], 1000 * time[1], len(shown), len(packet)) + shown)
         self.packets += 1
@@ -71,7 +71,7 @@ class Tshark:
 
     def __init__(self, script, folder):
         self.command = ["tshark", "-X", f"lua_script:{script}"]
-        # none of the user's own preferences and plugins
+        # without the user's preferences and plugins
         self.environment = dict(os.environ, HOME=str(folder), XDG_CONFIG_HOME=str(folder), LC_ALL="C.UTF-8")
 
     def run(self, *arguments):
@@ -86,17 +86,17 @@ class Tshark:
         return output
 
     def text(self, path, *arguments):
-        """All of a capture, as people read it."""
+        """Returns the whole capture as text."""
         ports = ["-d", f"tcp.port=={SERVER},gqframe", "-d", f"udp.port=={SERVER},gqframe"]
         return self.run("-r", path, "-V", *ports, *arguments)
 
     def read(self, path, *arguments):
-        """The packets of a capture, as elements of PDML."""
+        """Returns the packets of a capture as PDML elements."""
         return xml.fromstring(self.text(path, "-T", "pdml", *arguments)).findall("packet")
 
 
 def field(element, name):
-    """The first field of this name in the element, at any depth; None if there is none."""
+    """Returns the first field of this name in the element, at any depth, or None."""
     return element.find(f".//field[@name='gqframe.{name}']")
 
 

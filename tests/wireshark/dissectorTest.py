@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The Wireshark dissector, by what tshark shows.
+"""Tests of the Wireshark dissector, using tshark.
 
     [GQFRAME=gqframe.lua] [GQTOOL=gqtool] dissectorTest.py [SUITE[.TEST]]
 """
@@ -35,7 +35,7 @@ class DissectorTest(unittest.TestCase):
 
 
 def given_form(form):
-    """Preferences that read the payloads of other commands in this form."""
+    """Returns preferences that read the payloads of other commands in this form."""
     return [] if form is None else ["-o", f"gqframe.request_forms:*={form}", "-o", f"gqframe.reply_forms:*={form}"]
 
 
@@ -53,7 +53,7 @@ FAULTS = {"cut": "cut", "impossible_length": "length", "wrong_end": "end", "shor
 
 
 def part(element):
-    """A part of tests/golden/frames as the dissector shows it, its offset still that in the packet."""
+    """Returns a part of tests/golden/frames as shown by the dissector, with its offset in the packet."""
     result = {"offset": int(element.get("pos"))}
     if field(element, "garbage") is not None:
         return {**result, "garbage": field(element, "garbage").get("value")}
@@ -80,7 +80,7 @@ def part(element):
 
 
 def joined(parts):
-    """Without offsets; garbage that came in several segments is one part."""
+    """Removes offsets and joins garbage from several segments into one part."""
     result = []
     for each in parts:
         each = {key: value for key, value in each.items() if key != "offset"}
@@ -90,8 +90,8 @@ def joined(parts):
     return result
 
 
-def sizes_that_cut(size):
-    """Ways to cut a piece of so many bytes into segments."""
+def segment_sizes(size):
+    """Returns ways to split a piece of this size into segments."""
     return [1] * size, [2, 3, 5, 7] * size, [9, 1] * size, [11] * size, [16] * size
 
 
@@ -102,7 +102,7 @@ class GoldenFrames(DissectorTest):
             parts.setdefault(client_port(packet), []).extend(part(element) for element in frames(packet))
         return parts
 
-    def test_showAsWrittenDownInOnePiece(self):
+    def test_matchTheirJsonInOnePiece(self):
         for form in (None, *sorted(FORMS)):
             names = [name for name, piece in PIECES.items() if piece.get("form") == form]
             self.assertTrue(names)
@@ -121,7 +121,7 @@ class GoldenFrames(DissectorTest):
                         each["offset"] -= headers
                     self.assertEqual(parts[port], PIECES[name]["value"])
 
-    def test_showAsWrittenDownInACaptureMadeByText2pcap(self):
+    def test_matchTheirJsonInACaptureOfText2pcap(self):
         for transport, form in sorted({(piece["transport"], piece.get("form", "")) for piece in PIECES.values()}):
             names = [
                 name
@@ -144,7 +144,7 @@ class GoldenFrames(DissectorTest):
                     self.assertEqual([{**each, "offset": each["offset"] - headers} for each in parts],
                                      PIECES[name]["value"])
 
-    def test_areTakenFromSegmentsCutAnywhere(self):
+    def test_areReassembledFromAnySegments(self):
         for form in (None, *sorted(FORMS)):
             capture = self.capture()
             expected = {}
@@ -152,7 +152,7 @@ class GoldenFrames(DissectorTest):
                 if piece.get("form") != form or piece["transport"] == "udp":
                     continue
                 data = golden_bytes(name)
-                for sizes in sizes_that_cut(len(data)):
+                for sizes in segment_sizes(len(data)):
                     port = 40000 + len(expected)
                     expected[port] = name
                     connection = Connection(capture, port)
@@ -164,12 +164,12 @@ class GoldenFrames(DissectorTest):
             parts = self.parts_by_port(self.tshark.read(capture.close(), *given_form(form)))
             for port, name in expected.items():
                 with self.subTest(name, port=port):
-                    whole = [each for each in PIECES[name]["value"] if each.get("fault") != "cut"]  # is waited for
+                    whole = [each for each in PIECES[name]["value"] if each.get("fault") != "cut"]  # the dissector waits for the rest of a cut frame
                     self.assertEqual(joined(parts.get(port, [])), joined(whole))
 
 
 class Agreement(DissectorTest):
-    """The dissector and gqtool decode find the same fields and faults, in bytes with faults of all kinds too."""
+    """The dissector and gqtool decode find the same fields and faults, also in faulty bytes."""
 
     def decoded(self, data, piece):
         options = ["--udp"] * (piece["transport"] == "udp") + ["--request"] * (piece["direction"] == "request")
@@ -182,7 +182,7 @@ class Agreement(DissectorTest):
 
     @staticmethod
     def comparable(parts, headers=0):
-        """Control characters as tshark shows them, and no empty list ahead of a fault, where tshark shows nothing."""
+        """Writes control characters as tshark does, and omits an empty list before a fault, as tshark shows none."""
         result = []
         for each in parts:
             each = {**each, "offset": each["offset"] - headers}
@@ -196,7 +196,7 @@ class Agreement(DissectorTest):
         return result
 
     def expect_agreement(self, pieces):
-        """Of pairs of a golden file's content and bytes."""
+        """Compares both on pairs of a golden file's content and bytes."""
         for form in (None, *sorted(FORMS)):
             chosen = [(piece, data) for piece, data in pieces if piece.get("form") == form]
             capture = self.capture()
@@ -219,7 +219,7 @@ class Agreement(DissectorTest):
     def test_holdsForTheGoldenFrames(self):
         self.expect_agreement([(piece, golden_bytes(name)) for name, piece in PIECES.items()])
 
-    def test_holdsForSpoiltFrames(self):
+    def test_holdsForDamagedFrames(self):
         chance = random.Random(1)
         pieces = []
         for name, piece in PIECES.items():
@@ -245,7 +245,7 @@ class Dissector(DissectorTest):
             "replyBytes": ["bytes"],
             "replyStrings": ["strings"],
             "replyStringsEmpty": ["int", "ints", "bytes", "strings"],
-            "replyInt": [],  # has bytes behind the form
+            "replyInt": [],  # has bytes after the form
             "replyIntsShort": [],
             "systemStateReply": [],  # known
         }.items():
@@ -254,7 +254,7 @@ class Dissector(DissectorTest):
                 self.assertEqual(shown(element, "candidate"), candidates)
                 self.assertEqual(shown(element, "form"), ["int"] if name == "systemStateReply" else [])
 
-    def test_offersFormsAheadOfPaddingOverUdpOnly(self):
+    def test_offersFormsBeforePaddingOnlyOverUdp(self):
         padded = bytes.fromhex("68330000000000000020") + bytes.fromhex("feffffff").ljust(51, b"\0") + b"\0\0\x16"
         capture = self.capture()
         capture.datagram(padded, False, 40000)
@@ -263,19 +263,19 @@ class Dissector(DissectorTest):
         self.assertEqual(shown(datagram, "candidate"), ["int"])
         self.assertEqual(shown(segment, "candidate"), [])
 
-    def test_takesFormsByCommand(self):
+    def test_usesFormsByCommand(self):
         forms = ["-o", "gqframe.reply_forms:0x20=ints, 33=bytes", "-o", "gqframe.request_forms:32=int"]
         element = self.reply_in("replyInts", *forms)
         self.assertEqual(shown(element, "form"), ["ints"])
         self.assertEqual(shown(element, "int"), ["100", "-1", "70000"])
 
-    def test_namesThePreferenceThatItDoesNotUnderstand(self):
+    def test_reportsAPreferenceThatItDoesNotUnderstand(self):
         for entry in ("32=floats", "x=ints", "ints", "32=error"):
             element = self.reply_in("replyInts", "-o", f"gqframe.reply_forms:33=bytes,{entry}")
             message = element.find("./field[@name='_ws.expert']").get("showname")
             self.assertTrue(message.endswith(f"Preference not understood: {entry}"), message)
 
-    def test_tellsErrorCodesInWords(self):
+    def test_describesErrorCodesInWords(self):
         for code, words in {
             -7: "-7, the server's own code",
             1: "1, a client reads it as success",
@@ -292,7 +292,7 @@ class Dissector(DissectorTest):
             self.assertEqual(field(element, "form").get("showname"), f"Form: error: {words}")
         self.assertIn("too short for a code", field(self.reply_in("errorShort"), "form").get("showname"))
 
-    def test_isChosenByItsPortPreference(self):
+    def test_isSelectedByItsPortPreference(self):
         capture = self.capture()
         Connection(capture, 40000).segment(golden_bytes("replyInt"), False)
         capture.datagram(golden_bytes("udpSetStateReply"), False, 40000)
@@ -329,7 +329,7 @@ class Conversation(DissectorTest):
         connection = Connection(capture, 40000, opening=True)
         greeting = connection.segment(golden_bytes("greeting"), False)
         asked = connection.segment(golden_bytes("systemTimeRequest"), True)
-        told = connection.segment(golden_bytes("systemTimeReply"), False)
+        answer = connection.segment(golden_bytes("systemTimeReply"), False)
         unanswered = connection.segment(golden_bytes("requestInt"), True)
         asked_again = connection.segment(golden_bytes("requestInt"), True)
         first = connection.segment(golden_bytes("replyInts"), False)
@@ -342,12 +342,12 @@ class Conversation(DissectorTest):
         self.assertEqual(shown(packets[greeting], "form"), ["int"])
         self.assertEqual(shown(packets[asked], "name"), ["systemTime"])
         self.assertEqual(shown(packets[asked], "direction"), ["request"])
-        self.assertEqual(shown(packets[told], "direction"), ["reply"])
+        self.assertEqual(shown(packets[answer], "direction"), ["reply"])
         for packet, name, expected in (
             (greeting, "request_in", []),
-            (asked, "reply_in", [str(told)]),
-            (told, "request_in", [str(asked)]),
-            (told, "reply_time", ["0.001000000"]),
+            (asked, "reply_in", [str(answer)]),
+            (answer, "request_in", [str(asked)]),
+            (answer, "reply_time", ["0.001000000"]),
             (unanswered, "reply_in", []),
             (asked_again, "reply_in", [str(first)]),
             (first, "request_in", [str(asked_again)]),
@@ -377,7 +377,7 @@ class Conversation(DissectorTest):
 
 
 class BrokenInput(DissectorTest):
-    """Whatever comes, the dissector itself does not fail: Tshark.run looks for that."""
+    """The dissector must not fail on any input. Tshark.run checks that."""
 
     def read(self, pieces):
         capture = self.capture()
@@ -429,7 +429,7 @@ class BrokenInput(DissectorTest):
 class LiveCapture(DissectorTest):
     @staticmethod
     def started(capture):
-        """Waits until the capture runs; tells what came instead if it ends first."""
+        """Waits until the capture runs. If it ends first, returns its output."""
         said = ""
         for line in capture.stderr:
             said += line
@@ -455,7 +455,7 @@ class LiveCapture(DissectorTest):
         said = self.started(capture)
         if said is not None:
             self.assertIn("ermission", said)
-            self.skipTest("no right to capture")
+            self.skipTest("no permission to capture")
 
         call = subprocess.run([gqtool, "call", f"127.0.0.1:{port}", "systemTime"], capture_output=True, timeout=20)
         self.assertEqual(call.returncode, 0)
@@ -465,5 +465,5 @@ class LiveCapture(DissectorTest):
 
 if __name__ == "__main__":
     result = unittest.main(verbosity=2, exit=False).result
-    skipped = 77  # the code that scripts/test counts as such
+    skipped = 77  # exit code that scripts/test counts as skipped
     raise SystemExit(1 if not result.wasSuccessful() else skipped if result.skipped else 0)

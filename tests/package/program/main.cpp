@@ -1,4 +1,4 @@
-// A user's program: both ways to include, a codec, a frame and a client with no server to reach.
+// A user's program: both ways to include, a codec, a frame and a client without a server.
 
 #include "byte2Val.h"
 #include <gqLib/tcpApi.h>
@@ -14,7 +14,7 @@ int main()
     gqdb::CTcpAPI::addEnd(frame);
     if (frame.toHex() != "680400000000000000100100000000"
                          "0016") {
-        std::fprintf(stderr, "not the frame: %s\n", frame.toHex().constData());
+        std::fprintf(stderr, "wrong frame: %s\n", frame.toHex().constData());
         return 1;
     }
     return client.isConnected() ? 1 : 0;
