@@ -1,5 +1,5 @@
-// The classes as programs of version 1 have them compiled in, on 64-bit Linux: derived classes reach the
-// protected fields and override the virtual operations. A field that has moved does not compile.
+// The classes as programs built against version 1 use them, on 64-bit Linux: derived classes access the protected
+// fields and override the virtual operations. A moved field does not compile.
 
 #include "gqFileLog.h"
 #include "gqLibUnix.h"
@@ -15,7 +15,7 @@
 
 using namespace gqdb;
 
-// Both compilers lay out classes with virtual operations and bases as the platform's C++ ABI says.
+// Both compilers lay out classes with virtual operations and bases as the platform's C++ ABI specifies.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 #define AT(type, field, position) static_assert(offsetof(type, field) == (position), #type "::" #field " has moved")
@@ -64,9 +64,9 @@ AT(CGqFileLog::LogData, seconds, 8);
 AT(CGqFileLog::LogData, milliseconds, 12);
 
 struct SocketApiFields : CSocketAPI {
-    static void stand()
+    static void check()
     {
-        AT(SocketApiFields, serverHost, 8); // behind the table of virtual operations
+        AT(SocketApiFields, serverHost, 8); // after the pointer to the virtual table
         AT(SocketApiFields, serverPort, 40);
         AT(SocketApiFields, connected, 44);
         AT(SocketApiFields, recvBuffer, 48);
@@ -82,15 +82,15 @@ struct SocketApiFields : CSocketAPI {
 };
 
 struct TcpApiFields : CTcpAPI {
-    static void stand() { AT(TcpApiFields, socket, 96); }
+    static void check() { AT(TcpApiFields, socket, 96); }
 };
 
 struct UdpApiFields : CUdpAPI {
-    static void stand() { AT(UdpApiFields, socket, 96); }
+    static void check() { AT(UdpApiFields, socket, 96); }
 };
 
 struct AbstractSocketFields : CAbstractSocket {
-    static void stand()
+    static void check()
     {
         AT(AbstractSocketFields, handle, 8);
         AT(AbstractSocketFields, opened, 16);
@@ -100,7 +100,7 @@ struct AbstractSocketFields : CAbstractSocket {
 };
 
 struct UdpServerFields : CUdpServer {
-    static void stand()
+    static void check()
     {
         AT(UdpServerFields, multicastGroup, 64);
         AT(UdpServerFields, multicastInterface, 96);
@@ -109,7 +109,7 @@ struct UdpServerFields : CUdpServer {
 };
 
 struct SerialFields : CSerial {
-    static void stand()
+    static void check()
     {
         AT(SerialFields, opened, 0);
         AT(SerialFields, handle, 8);
@@ -117,7 +117,7 @@ struct SerialFields : CSerial {
 };
 
 struct ThreadFields : CThread {
-    static void stand()
+    static void check()
     {
         AT(ThreadFields, threadId, 8);
         AT(ThreadFields, threadHandle, 16);
@@ -125,15 +125,15 @@ struct ThreadFields : CThread {
 };
 
 struct MutexFields : CMutex {
-    static void stand() { AT(MutexFields, handle, 0); }
+    static void check() { AT(MutexFields, handle, 0); }
 };
 
 struct MutexLockerFields : CMutexLocker {
-    static void stand() { AT(MutexLockerFields, mutex, 0); }
+    static void check() { AT(MutexLockerFields, mutex, 0); }
 };
 
 struct ReadWriteLockFields : CReadWriteLock {
-    static void stand()
+    static void check()
     {
         AT(ReadWriteLockFields, readerCount, 0);
         AT(ReadWriteLockFields, readerGuard, 8);
@@ -142,7 +142,7 @@ struct ReadWriteLockFields : CReadWriteLock {
 };
 
 struct FileLogFields : CGqFileLog {
-    static void stand()
+    static void check()
     {
         AT(FileLogFields, file, 0);
         AT(FileLogFields, withTime, 16);
@@ -155,14 +155,14 @@ struct FileLogFields : CGqFileLog {
 
 // --- Virtual operations ---------------------------------------------------------------------------------------------
 
-// The number of the slot, which a pointer to a virtual operation holds as a distance in bytes, plus 1.
+// The slot number. A pointer to a virtual operation contains the slot's byte offset plus 1.
 static const auto slot = [](auto operation) {
     ptrdiff_t content = 0;
     std::memcpy(&content, &operation, sizeof content);
     return (content - 1) / ptrdiff_t(sizeof(void*));
 };
 
-// An operation that a derived class adds stands in the slot behind the last one of its base.
+// An operation that a derived class adds is in the slot after the last one of its base.
 struct ApiUser : CSocketAPI {
     virtual void next() {}
 };

@@ -1,5 +1,5 @@
-// The records as programs of version 1 have them compiled in, on 64-bit Linux. Nothing runs: a record that differs
-// does not compile.
+// The records as programs built against version 1 use them, on 64-bit Linux. Nothing runs: a different record does
+// not compile.
 
 #include "byte2Fep.h"
 #include "byte2Rdb.h"

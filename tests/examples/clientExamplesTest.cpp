@@ -17,7 +17,7 @@ static QStringList linesOf(const QString& text)
     return text.split('\n', Qt::SkipEmptyParts);
 }
 
-// The next line that is not the library's own.
+// The next line that was not printed by the library.
 static QString nextWord(RunningProgram& program)
 {
     QString line = program.nextLine();
@@ -26,7 +26,7 @@ static QString nextWord(RunningProgram& program)
     return line;
 }
 
-TEST(ReturningClient, isAnsweredAgainOnceTheStationIsBack)
+TEST(ReturningClient, reconnectsOnceTheStationIsBack)
 {
     const ReservedPort reserved;
     const QString port = QString::number(reserved.number());
@@ -47,7 +47,7 @@ TEST(ReturningClient, isAnsweredAgainOnceTheStationIsBack)
     EXPECT_EQ(line, "state 1");
 }
 
-TEST(BoundedRequest, takesAReplyInPieces)
+TEST(BoundedRequest, acceptsAReplyInPieces)
 {
     RunningStation station({"--pieces", "1"});
     const Outcome outcome = runProgram(example("boundedRequest"), station.endpoint.split(':') + QStringList{"5000"});
@@ -55,7 +55,7 @@ TEST(BoundedRequest, takesAReplyInPieces)
     EXPECT_EQ(linesOf(outcome.output).last(), "state 1");
 }
 
-TEST(BoundedRequest, givesUpAReplyThatStops)
+TEST(BoundedRequest, givesUpOnAReplyThatStops)
 {
     const QByteArray greeting = "68 04000000 0000 00 00 00 01000000 0000 16"_hex;
     ScriptedServer server{{sends(greeting), receives(17), sends(greeting.left(16))}};
@@ -64,7 +64,7 @@ TEST(BoundedRequest, givesUpAReplyThatStops)
     EXPECT_EQ(outcome.errors, "no state: 0\n");
 }
 
-TEST(BoundedRequest, tellsTheCodeOfAnErrorFrame)
+TEST(BoundedRequest, reportsTheCodeOfAnErrorFrame)
 {
     const QByteArray greeting = "68 04000000 0000 00 00 00 01000000 0000 16"_hex;
     const QByteArray error = "68 04000000 0000 00 00 ff f6ffffff 0000 16"_hex; // -10
@@ -75,7 +75,7 @@ TEST(BoundedRequest, tellsTheCodeOfAnErrorFrame)
     EXPECT_EQ(outcome.errors, "no state: -10\n");
 }
 
-TEST(SetServerTime, connectsAheadOfTheCommand)
+TEST(SetServerTime, connectsBeforeTheCommand)
 {
     RunningStation station;
     const Outcome outcome =
@@ -86,7 +86,7 @@ TEST(SetServerTime, connectsAheadOfTheCommand)
     EXPECT_TRUE(station.call({"systemTime"}).output.startsWith("8640"));
 }
 
-TEST(SilentClient, printsTheStateAlone)
+TEST(SilentClient, printsOnlyTheState)
 {
     RunningStation station;
     const Outcome outcome = runProgram(example("silentClient"), station.endpoint.split(':'));
@@ -108,7 +108,7 @@ TEST(PointClient, printsTheValuesOfTheStationsPoints)
     EXPECT_TRUE(lines[5].startsWith("point 3000: "));
 }
 
-TEST(PointClient, tellsTheCodeOfARequestThatFails)
+TEST(PointClient, reportsTheCodeOfAFailedRequest)
 {
     RunningStation station({"--wrong-end"});
     const Outcome outcome = runProgram(example("pointClient"), station.endpoint.split(':'));
@@ -141,7 +141,7 @@ TEST(WaveRoundTrip, readsEachSampleWithinAStep)
 TEST(SendAll, sendsTheRestToAPeerThatWasNotReading)
 {
     Listener peer(1);
-    const int size = 10000000; // more than the buffers of both ends
+    const int size = 10000000; // more than the buffers of both ends hold
     RunningProgram sender(example("sendAll"), {"127.0.0.1", QString::number(peer.port()), QString::number(size)});
     Descriptor connection = peer.accept();
     EXPECT_TRUE(sender.nextLine().startsWith("no room, "));
@@ -157,7 +157,7 @@ TEST(SendAll, sendsTheRestToAPeerThatWasNotReading)
     EXPECT_EQ(line, "sent");
 }
 
-TEST(SendAll, endsOnceThePeerIsGone)
+TEST(SendAll, endsWhenThePeerCloses)
 {
     Listener peer(1);
     RunningProgram sender(example("sendAll"), {"127.0.0.1", QString::number(peer.port()), "10000000"});
@@ -175,11 +175,11 @@ TEST(PromptSocket, sendsEachWord)
     EXPECT_EQ(received(connection, 8), "one\ntwo\n");
 }
 
-TEST(ManySockets, tellsWhoIsThereAndWhatItSays)
+TEST(ManySockets, reportsConnectionsAndReceivedBytes)
 {
     RunningStation station;
     RunningStation greetsWithTwo({"--greeting", "2"});
-    const Listener nobody; // a port that refuses
+    const Listener nobody; // refuses connections
     const QString gone = "127.0.0.1:" + QString::number(nobody.port());
     const Outcome outcome =
         runProgram(example("manySockets"), {station.endpoint, gone, "no address", greetsWithTwo.endpoint});
@@ -196,7 +196,7 @@ TEST(ManySockets, tellsWhoIsThereAndWhatItSays)
     EXPECT_EQ(lines.join('\n').toStdString(), expected.join('\n').toStdString());
 }
 
-TEST(LocalServer, givesBackWhatEachClientSendsOnOneDescriptorEach)
+TEST(LocalServer, echoesToEachClientWithOneDescriptorEach)
 {
     RunningProgram server(example("localServer"), {});
     const QString listening = server.nextLine();
@@ -208,7 +208,7 @@ TEST(LocalServer, givesBackWhatEachClientSendsOnOneDescriptorEach)
     }
 }
 
-TEST(ChildProgram, isEndedBySigpipeAsAnyOther)
+TEST(ChildProgram, canBeKilledBySigpipe)
 {
     EXPECT_EQ(runProgram(example("childProgram"), {"sh", "-c", "kill -PIPE $$; echo alive"}).output,
               "ended by signal 13\n");

@@ -1,4 +1,4 @@
-// The programs of examples/ against peers: what a user sees when trying them.
+// The programs of examples/ run against peers, as a user would try them.
 
 #include "support/deviceLink.h"
 #include "support/gqtoolProgram.h"
@@ -87,7 +87,7 @@ TEST_F(UdpClient, reportsAServerThatIsGone)
     EXPECT_EQ(outcome.errors, "no reply: -1\n");
 }
 
-// A port that was free a moment ago.
+// Returns a port that was free a moment ago.
 static int freePort()
 {
     const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
@@ -100,13 +100,13 @@ static int freePort()
     return ntohs(end.sin_port);
 }
 
-TEST(MulticastReceiver, printsWhatComesToTheGroupWithItsSender)
+TEST(MulticastReceiver, printsDatagramsOfTheGroupWithTheirSender)
 {
     const QString port = QString::number(freePort());
     RunningProgram receiver(example("multicastReceiver"), {"239.255.77.1", port, "127.0.0.1"});
     ASSERT_EQ(receiver.nextLine(), "listening");
 
-    // Not by the example that sends: nothing that it sends comes back to this machine.
+    // Not sent by the example: its datagrams are not looped back to this machine.
     const int sender = socket(AF_INET, SOCK_DGRAM, 0);
     const in_addr loopback = {htonl(INADDR_LOOPBACK)};
     setsockopt(sender, IPPROTO_IP, IP_MULTICAST_IF, &loopback, sizeof loopback);
@@ -122,7 +122,7 @@ TEST(MulticastReceiver, printsWhatComesToTheGroupWithItsSender)
     close(sender);
 }
 
-TEST(MulticastReceiver, tellsThatItCanNotJoin)
+TEST(MulticastReceiver, reportsThatItCannotJoin)
 {
     const Outcome outcome = runProgram(example("multicastReceiver"), {"127.0.0.1", "5000"});
     EXPECT_EQ(outcome.exitCode, 1);
@@ -138,7 +138,7 @@ TEST(MulticastSender, sendsOnAnInterface)
 
 // --- Serial line --------------------------------------------------------------------------------------------------
 
-// A field device at the other end of a line: the master of a pseudo terminal.
+// A field device at the other end of a serial line: the master of a pseudo terminal.
 class ModbusPoll : public testing::Test {
 protected:
     ModbusPoll()
@@ -153,10 +153,10 @@ protected:
     void SetUp() override
     {
         if (!line->isMade())
-            GTEST_SKIP() << "no names can be made in /dev";
+            GTEST_SKIP() << "cannot create names in /dev";
     }
 
-    // The request that comes, of just that size.
+    // Receives a request of exactly this size.
     QByteArray request(int size) const
     {
         QByteArray bytes;
@@ -167,7 +167,7 @@ protected:
             if (count > 0)
                 bytes.append(part, int(count));
             else
-                usleep(1000); // nobody has the line open yet
+                usleep(1000); // the line is not open yet
         }
         return bytes;
     }
@@ -181,10 +181,10 @@ protected:
     std::unique_ptr<DeviceLink> line;
 };
 
-TEST_F(ModbusPoll, readsRegistersThatComeInParts)
+TEST_F(ModbusPoll, readsRegistersThatArriveInParts)
 {
     RunningProgram poll(example("modbusPoll"), {QString::number(line->number()), "17", "107", "3"});
-    EXPECT_EQ(hex(request(8)), hex("11 03 006b 0003 7687"_hex)); // the reference's own example, with its CRC
+    EXPECT_EQ(hex(request(8)), hex("11 03 006b 0003 7687"_hex)); // the example of the Modbus reference, with CRC
     reply("11 03 06 ae41"_hex);
     reply("5652 4340 49ad"_hex);
     EXPECT_EQ(poll.nextLine(), "107: 44609");
@@ -197,7 +197,7 @@ TEST_F(ModbusPoll, refusesAReplyWithAWrongCrc)
     RunningProgram poll(example("modbusPoll"), {QString::number(line->number()), "17", "107", "1"});
     EXPECT_EQ(request(8).size(), 8);
     reply("11 03 02 ae41 0000"_hex);
-    EXPECT_TRUE(poll.nextError().startsWith("openComm: /dev/ttyS")); // the library's own lines
+    EXPECT_TRUE(poll.nextError().startsWith("openComm: /dev/ttyS")); // printed by the library
     EXPECT_EQ(poll.nextError(), "openComm success");
     EXPECT_EQ(poll.nextError(), "no good reply: 11 03 02 ae 41 00 00");
 }
@@ -211,7 +211,7 @@ TEST(EnglishTexts, printsACodeInBothLanguages)
     EXPECT_EQ(outcome.output, QString::fromUtf8("155: 5号\n155: 5 (day of the month)\n"));
 }
 
-TEST(Examples, tellTheirUsage)
+TEST(Examples, printTheirUsage)
 {
     for (const char* name : {"boundedRequest", "canListener", "childProgram", "manySockets", "modbusPoll",
                              "multicastReceiver", "multicastSender", "pointClient", "promptSocket", "relativeTime",

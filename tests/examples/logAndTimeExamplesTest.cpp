@@ -11,7 +11,7 @@ static QString example(const char* name)
 
 class SavedLog : public LogFolder {};
 
-TEST_F(SavedLog, holdsEveryLineOfEachThreadInItsOrder)
+TEST_F(SavedLog, containsEveryLineOfEachThreadInOrder)
 {
     EXPECT_EQ(runProgram(example("savedLog"), {path("log"), "2000"}).exitCode, 0);
     const QStringList lines = QString::fromStdString(content("log")).split('\n', Qt::SkipEmptyParts);
@@ -27,7 +27,7 @@ TEST_F(SavedLog, holdsEveryLineOfEachThreadInItsOrder)
     }
 }
 
-TEST_F(SavedLog, tellsThatItCanNotBeWritten)
+TEST_F(SavedLog, reportsThatItCannotBeWritten)
 {
     const QString file = path("no folder") + "/log";
     const Outcome outcome = runProgram(example("savedLog"), {file, "10"});
@@ -35,7 +35,7 @@ TEST_F(SavedLog, tellsThatItCanNotBeWritten)
     EXPECT_EQ(outcome.errors, "can't write " + file + "\n");
 }
 
-TEST(RelativeTime, printsMomentAndWords)
+TEST(RelativeTime, printsMomentAndText)
 {
     const TimeZone berlin("Europe/Berlin");
     // 2021-03-31 10:20:30 in Berlin; the 5th of its month began at 2021-03-04 23:00:00 UTC

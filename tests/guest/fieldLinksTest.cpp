@@ -25,12 +25,12 @@
 #include <termios.h>
 #include <unistd.h>
 
-// For the guest machine alone. It has the CAN interfaces vcan0, which is up, and vcan1, which is down, the programs of
-// can-utils, canListener, and /dev/ttyS1 with a peer at its other end that answers each byte with its complement.
+// Only for the guest machine. It has the CAN interfaces vcan0 (up) and vcan1 (down), the programs of can-utils,
+// canListener, and /dev/ttyS1 with a peer at its other end that answers each byte with its complement.
 
 // --- CAN ---
 
-// How many sockets take all frames of vcan0.
+// Number of sockets that receive all frames of vcan0.
 static int receivers()
 {
     std::ifstream table("/proc/net/can/rcvlist_all");
@@ -40,7 +40,7 @@ static int receivers()
     return count;
 }
 
-// candump on vcan0, ready for frames. It ends by itself behind the last of them.
+// candump on vcan0, ready for frames. It ends after the last one.
 class Candump {
 public:
     explicit Candump(int frames)
@@ -57,7 +57,7 @@ public:
     Candump(const Candump&) = delete;
     Candump& operator=(const Candump&) = delete;
 
-    // The next frame as identifier#data.
+    // Returns the next frame as identifier#data.
     std::string frame()
     {
         char line[200] = {};
@@ -71,7 +71,7 @@ private:
     std::FILE* program = nullptr;
 };
 
-// A frame of another program, as identifier#data.
+// Sends a frame, given as identifier#data, from another program.
 static void cansend(const std::string& frame)
 {
     EXPECT_EQ(std::system(("cansend vcan0 " + frame).c_str()), 0);
@@ -86,7 +86,7 @@ protected:
         return prints.of([&] { return can.open(name, 0, 0, nonBlocking); });
     }
 
-    // The data of the next frame as hex, with its number of bytes ahead.
+    // Returns the number of data bytes of the next frame and the data in hex.
     std::string received()
     {
         char buffer[8] = {};
@@ -113,11 +113,11 @@ TEST_F(CanLinkOpen, bindsToAnInterfaceByItsName)
     unsigned int index = 0;
     file >> index;
     char text[80];
-    std::snprintf(text, sizeof text, "vcan0 can_ifindex = %x\ncan ret:-1", index); // an option that Linux knows not
+    std::snprintf(text, sizeof text, "vcan0 can_ifindex = %x\ncan ret:-1", index); // Linux does not support the option
     EXPECT_EQ(prints.take(), text);
 }
 
-TEST_F(CanLinkOpen, givesMinusOneForAnInterfaceThatIsNotThere)
+TEST_F(CanLinkOpen, returnsMinusOneForAMissingInterface)
 {
     const auto before = openDescriptors();
     EXPECT_EQ(open("nowhere"), -1);
@@ -127,7 +127,7 @@ TEST_F(CanLinkOpen, givesMinusOneForAnInterfaceThatIsNotThere)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(CanLinkOpen, givesMinusOneForANameThatIsTooLong)
+TEST_F(CanLinkOpen, returnsMinusOneForANameThatIsTooLong)
 {
     const std::string name(5000, 'c');
     EXPECT_EQ(open(name), -1);
@@ -135,7 +135,7 @@ TEST_F(CanLinkOpen, givesMinusOneForANameThatIsTooLong)
               "Can't get interface index for can0, code= -1, can0 ifr_ifindex value: 0, name: " + name + "\n");
 }
 
-TEST_F(CanLinkOpen, givesMinusOneForAnInterfaceOfAnotherKind)
+TEST_F(CanLinkOpen, returnsMinusOneForAnInterfaceOfAnotherKind)
 {
     const auto before = openDescriptors();
     EXPECT_EQ(open("lo"), -1);
@@ -144,7 +144,7 @@ TEST_F(CanLinkOpen, givesMinusOneForAnInterfaceOfAnotherKind)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(CanLinkOpen, bindsToAnInterfaceThatIsDownWhereNothingGoes)
+TEST_F(CanLinkOpen, bindsToAnInterfaceThatIsDownButCannotSend)
 {
     EXPECT_EQ(open("vcan1"), 1);
     EXPECT_EQ(can.send("\xd0", 1, 0x123), -1);
@@ -182,12 +182,12 @@ TEST_F(CanLinkSend, reachesAnotherEndpointOfTheProgram)
     other.close();
 }
 
-TEST_F(CanLinkSend, doesNotComeBack)
+TEST_F(CanLinkSend, isNotReceivedByItsSender)
 {
     ASSERT_EQ(open("vcan0"), 1);
     Candump candump(1);
     EXPECT_EQ(can.send("\xee", 1, 0x123), 16);
-    EXPECT_EQ(candump.frame(), "123#EE"); // it was out
+    EXPECT_EQ(candump.frame(), "123#EE"); // it was sent
     cansend("124#D0");
     EXPECT_EQ(received(), "1: d0");
     EXPECT_EQ(can.isReadable(0), 0);
@@ -195,7 +195,7 @@ TEST_F(CanLinkSend, doesNotComeBack)
 
 using CanLinkRecv = CanLink;
 
-TEST_F(CanLinkRecv, givesTheDataOfAnotherProgramsFramesInTheirOrder)
+TEST_F(CanLinkRecv, returnsTheDataOfAnotherProgramsFramesInOrder)
 {
     ASSERT_EQ(open("vcan0"), 1);
     for (const char* frame : {"123#D0D1D2", "7FF#D0D1D2D3D4D5D6D7", "12345678#00FF", "123#", "123#R", "001#AA"})
@@ -205,12 +205,12 @@ TEST_F(CanLinkRecv, givesTheDataOfAnotherProgramsFramesInTheirOrder)
     EXPECT_EQ(received(), "8: d0 d1 d2 d3 d4 d5 d6 d7");
     EXPECT_EQ(received(), "2: 00 ff");
     EXPECT_EQ(received(), "0: ");
-    EXPECT_EQ(received(), "0: "); // a request for data, which has none
+    EXPECT_EQ(received(), "0: "); // a remote frame, which has no data
     EXPECT_EQ(received(), "1: aa");
     EXPECT_EQ(can.isReadable(0), 0);
 }
 
-TEST_F(CanLinkRecv, hasALimitThroughIsReadable)
+TEST_F(CanLinkRecv, isLimitedByIsReadable)
 {
     ASSERT_EQ(open("vcan0"), 1);
     const auto start = Clock::now();
@@ -221,9 +221,9 @@ TEST_F(CanLinkRecv, hasALimitThroughIsReadable)
     EXPECT_EQ(can.isReadable(limitMs), 1);
 }
 
-TEST_F(CanLinkRecv, waitsWithoutLimitWhateverTimeWasSet)
+TEST_F(CanLinkRecv, waitsIndefinitelyWhateverTimeIsSet)
 {
-    ASSERT_EQ(open("vcan0"), 1); // asks for a second
+    ASSERT_EQ(open("vcan0"), 1); // requests a time of one second
     EXPECT_EQ(prints.of([&] { return can.setRecvOverTm(50); }), 1);
     EXPECT_EQ(timeOutMs(*can.handle, SO_RCVTIMEO), 0);
 
@@ -235,14 +235,14 @@ TEST_F(CanLinkRecv, waitsWithoutLimitWhateverTimeWasSet)
         hasEnded = true;
     });
     const Descriptor none(::eventfd(0, 0));
-    EXPECT_FALSE(becomes(none, POLLIN, 1300)); // beyond both times
+    EXPECT_FALSE(becomes(none, POLLIN, 1300)); // longer than both times
     EXPECT_FALSE(hasEnded);
     cansend("123#D0D1");
     reader.join();
     EXPECT_EQ(size, 2);
 }
 
-TEST_F(CanLinkRecv, givesZeroAtOnceIfOpenedSo)
+TEST_F(CanLinkRecv, returnsZeroImmediatelyIfOpenedAsync)
 {
     ASSERT_EQ(open("vcan0", true), 1);
     EXPECT_TRUE(isNonBlocking(*can.handle));
@@ -254,17 +254,17 @@ TEST_F(CanLinkRecv, givesZeroAtOnceIfOpenedSo)
     EXPECT_EQ(received(), "1: d0");
 }
 
-TEST_F(CanLinkRecv, givesZeroOnceTheInterfaceIsDown)
+TEST_F(CanLinkRecv, returnsZeroOnceTheInterfaceIsDown)
 {
     ASSERT_EQ(open("vcan1"), 1);
     char buffer[8];
-    EXPECT_EQ(can.recv(buffer, sizeof buffer), 0); // blocking, but there is an error to tell
+    EXPECT_EQ(can.recv(buffer, sizeof buffer), 0); // blocking, but an error is pending
     EXPECT_EQ(errno, ENETDOWN);
 }
 
 using CanLinkTimeOuts = CanLink;
 
-TEST_F(CanLinkTimeOuts, areRefusedByTheSystemAndGiveOne)
+TEST_F(CanLinkTimeOuts, areRefusedByTheSystemAndReturnOne)
 {
     ASSERT_EQ(open("vcan0"), 1);
     prints.take();
@@ -277,7 +277,7 @@ TEST_F(CanLinkTimeOuts, areRefusedByTheSystemAndGiveOne)
 
 using CanLinkClose = CanLink;
 
-TEST_F(CanLinkClose, givesTheSocketBack)
+TEST_F(CanLinkClose, releasesTheSocket)
 {
     ASSERT_EQ(open("vcan0"), 1);
     const int descriptor = *can.handle;
@@ -288,7 +288,7 @@ TEST_F(CanLinkClose, givesTheSocketBack)
     EXPECT_EQ(open("vcan0"), 1);
 }
 
-TEST_F(CanLinkClose, isNeededAheadOfTheEndOfTheObject)
+TEST_F(CanLinkClose, isNeededBeforeTheDestructor)
 {
     int descriptor = -1;
     {
@@ -301,7 +301,7 @@ TEST_F(CanLinkClose, isNeededAheadOfTheEndOfTheObject)
     EXPECT_EQ(receivers(), 1);
 }
 
-// The program of examples/, which goes on until no frame has come for ten seconds.
+// The program of examples/, which runs until no frame has arrived for ten seconds.
 TEST(CanListener, printsTheDataOfEachFrame)
 {
     const int before = receivers();
@@ -315,8 +315,8 @@ TEST(CanListener, printsTheDataOfEachFrame)
     char line[200];
     while (std::fgets(line, sizeof line, listener) != nullptr)
         lines += line;
-    EXPECT_NE(::pclose(listener), 0);                                          // ended from outside
-    EXPECT_EQ(lines.substr(lines.find('\n') + 1), "can ret:-1\n01 02 ff\n\n"); // behind the line with the index
+    EXPECT_NE(::pclose(listener), 0);                                          // killed
+    EXPECT_EQ(lines.substr(lines.find('\n') + 1), "can ret:-1\n01 02 ff\n\n"); // after the line with the index
 }
 
 // --- Serial ---
@@ -332,7 +332,7 @@ protected:
         return result;
     }
 
-    // What arrives until there are `size` bytes or the limit has passed.
+    // Receives until there are `size` bytes or the limit has passed.
     std::string received(size_t size)
     {
         std::string bytes;
@@ -345,7 +345,7 @@ protected:
         return bytes;
     }
 
-    Descriptor device{::open("/dev/ttyS1", O_RDWR | O_NOCTTY | O_NONBLOCK)}; // the same line, to look at it
+    Descriptor device{::open("/dev/ttyS1", O_RDWR | O_NOCTTY | O_NONBLOCK)}; // the same line, to query it
     CSerial serial;
 };
 
@@ -373,8 +373,8 @@ TEST_F(SerialPortOpen, setsTheLine)
     EXPECT_EQ(line.c_cc[VMIN], 0);
 }
 
-// Linux has devices for ports that may come. They open, and then are no terminal.
-TEST_F(SerialPortOpen, givesZeroForANumberWithoutAPortAndKeepsTheDescriptor)
+// Linux has devices for ports that do not exist. They can be opened but are not terminals.
+TEST_F(SerialPortOpen, returnsZeroForANumberWithoutAPortAndKeepsTheDescriptor)
 {
     const auto before = openDescriptors();
     EXPECT_EQ(serial.open(3, 9600, 8, 1, 0, 0), 0);
@@ -384,7 +384,7 @@ TEST_F(SerialPortOpen, givesZeroForANumberWithoutAPortAndKeepsTheDescriptor)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(SerialPortOpen, givesZeroForANumberWithoutADevice)
+TEST_F(SerialPortOpen, returnsZeroForANumberWithoutADevice)
 {
     EXPECT_EQ(serial.open(1000, 9600, 8, 1, 0, 0), 0);
     EXPECT_EQ(errno, ENOENT);
@@ -392,7 +392,7 @@ TEST_F(SerialPortOpen, givesZeroForANumberWithoutADevice)
 
 using SerialPortSetPara = SerialPort;
 
-TEST_F(SerialPortSetPara, setsTheSpeedAndAnyOtherTo9600)
+TEST_F(SerialPortSetPara, setsTheSpeedAndUnknownSpeedsTo9600)
 {
     ASSERT_EQ(serial.open(portNumber, 115200, 8, 1, 0, 0), 1);
     const struct {
@@ -422,7 +422,7 @@ TEST_F(SerialPortSetPara, setsBitsAndParity)
         {7, 2, 1, CS7 | CSTOPB | PARENB | PARODD},
         {5, 2, 2, CS5 | CSTOPB | PARENB},
         {6, 1, 1, CS6 | PARENB | PARODD},
-        {9, 0, 3, CS8 | PARODD}, // as it was, and says nothing without parity
+        {9, 0, 3, CS8 | PARODD}, // PARODD is unchanged and ignored without parity
     };
     for (const auto& [dataBits, stopBits, parity, flags] : forms) {
         EXPECT_EQ(serial.setPara(9600, dataBits, stopBits, parity, 0), 1);
@@ -430,7 +430,7 @@ TEST_F(SerialPortSetPara, setsBitsAndParity)
     }
 }
 
-TEST_F(SerialPortSetPara, showsInStty)
+TEST_F(SerialPortSetPara, isVisibleInStty)
 {
     ASSERT_EQ(serial.open(portNumber, 57600, 8, 1, 0, 0), 1);
     EXPECT_EQ(std::system("test $(stty -F /dev/ttyS1 speed) = 9600"), 0);
@@ -439,7 +439,7 @@ TEST_F(SerialPortSetPara, showsInStty)
     EXPECT_EQ(std::system("stty -a -F /dev/ttyS1 2>&1 | grep -q ' *parenb -parodd.* cs7 .*cstopb'"), 0);
 }
 
-TEST_F(SerialPortSetPara, dropsWhatHasComeAndWasNotRead)
+TEST_F(SerialPortSetPara, dropsUnreadInput)
 {
     ASSERT_EQ(serial.open(portNumber, 115200, 8, 1, 0, 0), 1);
     ASSERT_EQ(serial.send("old", 3), 3);
@@ -455,7 +455,7 @@ TEST_F(SerialPortSetPara, dropsWhatHasComeAndWasNotRead)
 
 using SerialPortCarry = SerialPort;
 
-TEST_F(SerialPortCarry, carriesEveryByteBothWaysAsItIs)
+TEST_F(SerialPortCarry, transfersEveryByteUnchangedBothWays)
 {
     ASSERT_EQ(serial.open(portNumber, 115200, 8, 1, 0, 0), 1);
     std::string bytes;
@@ -465,39 +465,39 @@ TEST_F(SerialPortCarry, carriesEveryByteBothWaysAsItIs)
     EXPECT_EQ(received(bytes.size()), complement(bytes));
 }
 
-TEST_F(SerialPortCarry, carriesBytesAtTheSlowestSpeed)
+TEST_F(SerialPortCarry, transfersBytesAtTheSlowestSpeed)
 {
     ASSERT_EQ(serial.open(portNumber, 1200, 8, 1, 0, 0), 1);
     EXPECT_EQ(serial.send("slow", 4), 4);
     EXPECT_EQ(received(4), complement("slow"));
 }
 
-TEST_F(SerialPortCarry, givesMinusOneAtOnceWhereNothingHasCome)
+TEST_F(SerialPortCarry, returnsMinusOneImmediatelyWithoutData)
 {
     ASSERT_EQ(serial.open(portNumber, 115200, 8, 1, 0, 0), 1);
     const auto start = Clock::now();
     char buffer[8];
     EXPECT_EQ(serial.recv(buffer, sizeof buffer), -1);
     EXPECT_EQ(errno, EAGAIN);
-    EXPECT_LT(msSince(start), 5000); // not the 15 s that the line is set to
+    EXPECT_LT(msSince(start), 5000); // not the 15 s set on the line
 }
 
-TEST_F(SerialPortCarry, takesAPartAndThenGivesMinusOneWhereThereIsNoRoom)
+TEST_F(SerialPortCarry, sendsAPartAndReturnsMinusOneWhenFull)
 {
     ASSERT_EQ(serial.open(portNumber, 1200, 8, 1, 0, 0), 1);
     const std::string much(1 << 16, 'x');
     int count = serial.send(much.data(), int(much.size()));
     EXPECT_GT(count, 0);
     EXPECT_LT(count, int(much.size()));
-    for (int times = 0; count > 0 && times < 1000; ++times) // what leaves meanwhile makes room
+    for (int times = 0; count > 0 && times < 1000; ++times) // transmitted bytes make room
         count = serial.send(much.data(), int(much.size()));
     EXPECT_EQ(count, -1);
     EXPECT_EQ(errno, EAGAIN);
 
-    EXPECT_EQ(serial.setPara(115200, 8, 1, 0, 0), 1); // drops them, or closing would wait for their end
+    EXPECT_EQ(serial.setPara(115200, 8, 1, 0, 0), 1); // drops them, otherwise closing would wait for them
     EXPECT_EQ(serial.send("#", 1), 1);
     std::string answers;
-    while (answers.find(complement("#")) == std::string::npos) { // none is left for the tests to come
+    while (answers.find(complement("#")) == std::string::npos) { // none is left for the next tests
         const std::string more = received(1);
         ASSERT_FALSE(more.empty());
         answers += more;
@@ -506,7 +506,7 @@ TEST_F(SerialPortCarry, takesAPartAndThenGivesMinusOneWhereThereIsNoRoom)
 
 using SerialPortClose = SerialPort;
 
-TEST_F(SerialPortClose, givesTheLineBackAndOpensAgain)
+TEST_F(SerialPortClose, releasesTheLineAndReopens)
 {
     const auto before = openDescriptors();
     ASSERT_EQ(serial.open(portNumber, 115200, 8, 1, 0, 0), 1);

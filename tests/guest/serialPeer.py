@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The other end of a serial line: runs a program that connects to the socket PATH, and answers each byte that comes
-there with its complement, until the program ends. Ends with the program's status.
+"""The other end of a serial line: runs a program that connects to the socket PATH, and answers each byte received
+there with its complement until the program ends. Exits with the program's status.
 
     serialPeer.py PATH PROGRAM [ARGUMENT...]
 """

@@ -1,4 +1,4 @@
-// A log whose disk has no room, or is not there: what a save tells, what is lost, and that the next one goes on.
+// A log whose disk is full or missing: the result of a save, what is lost, and that the next save works again.
 
 #include "support/logFolder.h"
 #include "support/smallDisk.h"
@@ -25,7 +25,7 @@ protected:
         return log.save();
     }
 
-    // Takes all the room that there is.
+    // Fills the disk.
     void fill() const { write("filler", std::string(1 << 20, 'f')); }
     void makeRoom() const { ASSERT_TRUE(QFile::remove(path("filler"))); }
 
@@ -36,7 +36,7 @@ protected:
 
 static const char noRights[] = "may not mount a disk here";
 
-TEST_F(FileLogDisk, savesTrueWithoutRoomAndGoesOnOnceThereIsSome)
+TEST_F(FileLogDisk, returnsTrueOnAFullDiskAndContinuesOnceThereIsSpace)
 {
     const SmallDisk small(disk(), "size=64k");
     if (!small.exists())
@@ -48,7 +48,7 @@ TEST_F(FileLogDisk, savesTrueWithoutRoomAndGoesOnOnceThereIsSome)
     EXPECT_TRUE(log.queue.isEmpty());
     EXPECT_EQ(log.savedCount, 4);
 
-    // Nothing but what the file's page had room for; the line that is cut has no end.
+    // Only what fitted in the file's page. The truncated line has no line end.
     const std::string full = content("log");
     EXPECT_EQ(full, "before\n" + std::string(4096 - 7, 'x'));
 
@@ -58,7 +58,7 @@ TEST_F(FileLogDisk, savesTrueWithoutRoomAndGoesOnOnceThereIsSome)
     EXPECT_EQ(log.savedCount, 5);
 }
 
-TEST_F(FileLogDisk, movesAsideWithoutRoom)
+TEST_F(FileLogDisk, movesAsideOnAFullDisk)
 {
     const SmallDisk small(disk(), "size=64k");
     if (!small.exists())
@@ -69,7 +69,7 @@ TEST_F(FileLogDisk, movesAsideWithoutRoom)
     EXPECT_TRUE(saves("full"));
     EXPECT_FALSE(exists("log"));
     EXPECT_EQ(log.savedCount, 0);
-    EXPECT_TRUE(saves("lost")); // into a new file, which has no page
+    EXPECT_TRUE(saves("lost")); // to a new file, which has no page
     EXPECT_EQ(content("log"), "");
     makeRoom();
     EXPECT_TRUE(saves("after"));
@@ -77,7 +77,7 @@ TEST_F(FileLogDisk, movesAsideWithoutRoom)
     EXPECT_EQ(content("log.bak"), "before\nfull\n");
 }
 
-TEST_F(FileLogDisk, failsWhereNoFileCanBeMadeAndGoesOnOnceOneCan)
+TEST_F(FileLogDisk, failsIfNoFileCanBeCreatedAndContinuesOnceItCan)
 {
     const SmallDisk small(disk(), "nr_inodes=2");
     if (!small.exists())
@@ -105,7 +105,7 @@ TEST_F(FileLogDisk, failsWhileTheDiskIsReadOnly)
     EXPECT_EQ(content("log"), "before\nafter\n");
 }
 
-TEST_F(FileLogDisk, failsWhileTheFolderIsGone)
+TEST_F(FileLogDisk, failsWhileTheFolderIsMissing)
 {
     ASSERT_TRUE(QDir(folder.path()).mkdir("logs"));
     log.init(path("logs/log"));

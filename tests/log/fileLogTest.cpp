@@ -52,16 +52,16 @@ static_assert(std::is_same_v<decltype(LogData::text), QString>);
 static_assert(std::is_same_v<decltype(LogData::seconds), unsigned int>);
 static_assert(std::is_same_v<decltype(LogData::milliseconds), unsigned int>);
 
-TEST(FileLogClass, hasItsMembersInOrder)
+TEST(FileLogClass, keepsTheOrderOfItsMembers)
 {
     const OpenFileLog log;
     const void* const members[] = {&log.file,  &log.withTime,   &log.savedCount,
                                    &log.queue, &log.queueMutex, &log.fileMutex};
-    EXPECT_EQ(members[0], &log); // no base and no table ahead
+    EXPECT_EQ(members[0], &log); // no base and no virtual table before it
     EXPECT_TRUE(std::is_sorted(std::begin(members), std::end(members), std::less<>()));
 }
 
-TEST(FileLogClass, beginsEmpty)
+TEST(FileLogClass, startsEmpty)
 {
     for (const bool withTime : {false, true}) {
         const OpenFileLog log(withTime);
@@ -72,12 +72,12 @@ TEST(FileLogClass, beginsEmpty)
     }
 }
 
-TEST(FileLogClass, showsTheTimeUnlessToldOtherwise)
+TEST(FileLogClass, writesTheTimeByDefault)
 {
     EXPECT_TRUE(OpenFileLog().withTime);
 }
 
-TEST(FileLogLogData, beginsEmpty)
+TEST(FileLogLogData, startsEmpty)
 {
     const LogData record;
     EXPECT_TRUE(record.text.isEmpty());
@@ -85,7 +85,7 @@ TEST(FileLogLogData, beginsEmpty)
     EXPECT_EQ(record.milliseconds, 0u);
 }
 
-TEST(FileLogLogData, hasItsFieldsInOrder)
+TEST(FileLogLogData, keepsTheOrderOfItsFields)
 {
     const LogData record{"text", 1, 2};
     EXPECT_EQ(record.text, "text");
@@ -93,7 +93,7 @@ TEST(FileLogLogData, hasItsFieldsInOrder)
     EXPECT_EQ(record.milliseconds, 2u);
 }
 
-// What Qt has to say meanwhile.
+// Collects the messages of Qt.
 class QtMessages {
 public:
     QtMessages() : former(qInstallMessageHandler(take)) { texts().clear(); }
@@ -115,7 +115,7 @@ private:
 
 // --- The lines ---
 
-// A log of "log" in the folder.
+// A log with the file "log" in the folder.
 class FileLog : public LogFolder {
 protected:
     explicit FileLog(bool withTime = false) : log(withTime) {}
@@ -126,7 +126,7 @@ protected:
         ASSERT_TRUE(log.init(path("log")));
     }
 
-    // Queues and saves so many lines of one letter, as one batch.
+    // Queues and saves this many lines of one letter as a batch.
     void saveLines(int count, char letter = 'x')
     {
         for (int i = 0; i < count; ++i)
@@ -134,7 +134,7 @@ protected:
         EXPECT_TRUE(log.save());
     }
 
-    // What is in the file by now, which then begins anew.
+    // Returns the content of the file and removes the file.
     std::string takeContent()
     {
         const std::string result = content("log");
@@ -145,7 +145,7 @@ protected:
     OpenFileLog log;
 };
 
-// A text with equal lines behind each other counted: "2 x\n1 y\n".
+// The text with consecutive equal lines counted: "2 x\n1 y\n".
 static std::string counted(const std::string& text)
 {
     std::string result;
@@ -172,7 +172,7 @@ protected:
     }
 };
 
-TEST_F(FileLogWithTime, putsTheTimeOfDayAheadOfTheMessage)
+TEST_F(FileLogWithTime, writesTheTimeOfDayBeforeTheMessage)
 {
     const TimeZone zone("UTC0");
     EXPECT_EQ(lineOf("x", morning, 0), "<09:05:07.000> x\n");
@@ -183,7 +183,7 @@ TEST_F(FileLogWithTime, putsTheTimeOfDayAheadOfTheMessage)
     EXPECT_EQ(lineOf("x", 4294967295u, 0), "<06:28:15.000> x\n");
 }
 
-TEST_F(FileLogWithTime, showsMillisecondsAsTheyAre)
+TEST_F(FileLogWithTime, writesMillisecondsUnchanged)
 {
     const TimeZone zone("UTC0");
     EXPECT_EQ(lineOf("x", morning, 7), "<09:05:07.007> x\n");
@@ -192,11 +192,11 @@ TEST_F(FileLogWithTime, showsMillisecondsAsTheyAre)
     EXPECT_EQ(lineOf("x", morning, 1000), "<09:05:07.1000> x\n");
     EXPECT_EQ(lineOf("x", morning, 1234), "<09:05:07.1234> x\n");
     EXPECT_EQ(lineOf("x", morning, 2147483647), "<09:05:07.2147483647> x\n");
-    EXPECT_EQ(lineOf("x", morning, 2147483648u), "<09:05:07.-2147483648> x\n"); // as a signed number
+    EXPECT_EQ(lineOf("x", morning, 2147483648u), "<09:05:07.-2147483648> x\n"); // printed as signed
     EXPECT_EQ(lineOf("x", morning, 4294967295u), "<09:05:07.-01> x\n");
 }
 
-TEST_F(FileLogWithTime, showsLocalTime)
+TEST_F(FileLogWithTime, writesLocalTime)
 {
     static constexpr unsigned int summerMorning = 1689325507; // 2023-07-14 09:05:07 UTC
     const struct {
@@ -208,8 +208,8 @@ TEST_F(FileLogWithTime, showsLocalTime)
         {"EST5", morning, "<04:05:07.000> x\n"},
         {"IST-5:30", morning, "<14:35:07.000> x\n"},
         {"NFT-11:30", morning, "<20:35:07.000> x\n"},
-        {"CST-8", morning + 8 * 3600, "<01:05:07.000> x\n"}, // of the next day
-        {"EST5", 3600, "<20:00:00.000> x\n"},                // ahead of 1970 there
+        {"CST-8", morning + 8 * 3600, "<01:05:07.000> x\n"}, // on the next day
+        {"EST5", 3600, "<20:00:00.000> x\n"},                // before 1970 there
         {"CET-1CEST,M3.5.0,M10.5.0/3", morning, "<10:05:07.000> x\n"},
         {"CET-1CEST,M3.5.0,M10.5.0/3", summerMorning, "<11:05:07.000> x\n"},
     };
@@ -220,7 +220,7 @@ TEST_F(FileLogWithTime, showsLocalTime)
     }
 }
 
-TEST_F(FileLogWithTime, showsEachRecordsOwnTimeAndNotThatOfTheSave)
+TEST_F(FileLogWithTime, writesTheTimeOfEachRecordAndNotOfTheSave)
 {
     const TimeZone zone("UTC0");
     log.info("later", morning + 60, 2);
@@ -230,7 +230,7 @@ TEST_F(FileLogWithTime, showsEachRecordsOwnTimeAndNotThatOfTheSave)
                               "<09:05:07.001> earlier\n");
 }
 
-TEST_F(FileLogWithTime, showsTheTimesOfABatchOneByOne)
+TEST_F(FileLogWithTime, writesTheTimeOfEachRecordOfABatch)
 {
     const TimeZone zone("UTC0");
     const struct {
@@ -249,7 +249,7 @@ TEST_F(FileLogWithTime, showsTheTimesOfABatchOneByOne)
                               "<00:00:00.000> x\n");
 }
 
-TEST_F(FileLogWithTime, formatsAtTheSave)
+TEST_F(FileLogWithTime, formatsTheTimeWhenSaving)
 {
     const TimeZone zone("UTC0");
     log.info("x", morning, 0);
@@ -258,7 +258,7 @@ TEST_F(FileLogWithTime, formatsAtTheSave)
     EXPECT_EQ(content("log"), "<17:05:07.000> x\n");
 }
 
-TEST_F(FileLogWithTime, takesThePresentSecondWithoutMilliseconds)
+TEST_F(FileLogWithTime, usesTheCurrentSecondWithoutMilliseconds)
 {
     const TimeZone zone("UTC0");
     const auto before = unsigned(std::time(nullptr));
@@ -276,13 +276,13 @@ TEST_F(FileLogWithTime, takesThePresentSecondWithoutMilliseconds)
     EXPECT_EQ(content("log"), line);
 }
 
-TEST_F(FileLogWithTime, takesTheMessageForNoFormat)
+TEST_F(FileLogWithTime, doesNotTreatTheMessageAsAFormat)
 {
     const TimeZone zone("UTC0");
     EXPECT_EQ(lineOf("100% %d %s %1", morning, 0), "<09:05:07.000> 100% %d %s %1\n");
 }
 
-TEST_F(FileLogWithTime, cutsAMessageAtItsFirstZeroCharacter)
+TEST_F(FileLogWithTime, truncatesAMessageAtItsFirstZeroCharacter)
 {
     const TimeZone zone("UTC0");
     log.info(QString("cut") + QChar(0) + "lost", morning, 0);
@@ -291,7 +291,7 @@ TEST_F(FileLogWithTime, cutsAMessageAtItsFirstZeroCharacter)
     EXPECT_EQ(content("log"), "<09:05:07.000> cut<09:05:07.001> next\n");
 }
 
-TEST_F(FileLog, showsNoTimeIfTold)
+TEST_F(FileLog, writesNoTimeIfTurnedOff)
 {
     log.info("x");
     log.info("y", morning, 45);
@@ -311,7 +311,7 @@ TEST_F(FileLog, keepsTheOrderOfTheMessages)
 TEST_F(FileLog, writesUtf8)
 {
     log.info(QString(QChar(0x65E5)) + QChar(0x5FD7));               // two Chinese characters
-    log.info(QString(QChar(0xE9)) + QChar(0xD83D) + QChar(0xDE00)); // e acute, and one of two halves
+    log.info(QString(QChar(0xE9)) + QChar(0xD83D) + QChar(0xDE00)); // e acute, and a surrogate pair
     EXPECT_TRUE(log.save());
     EXPECT_EQ(hex(QByteArray::fromStdString(takeContent())), hex("e697a5 e5bf97 0a"
                                                                  "c3a9 f09f9880 0a"_hex));
@@ -319,12 +319,13 @@ TEST_F(FileLog, writesUtf8)
     log.info(QString(QChar(0xDE00)) + "b");
     log.info(QString("a") + QChar(0xD83D));
     EXPECT_TRUE(log.save());
-    EXPECT_EQ(hex(QByteArray::fromStdString(takeContent())), hex("61 3f 62 0a" // of a half alone a question mark
-                                                                 "3f 62 0a"
-                                                                 "61 3f 0a"_hex));
+    EXPECT_EQ(hex(QByteArray::fromStdString(takeContent())),
+              hex("61 3f 62 0a" // a lone surrogate becomes a question mark
+                  "3f 62 0a"
+                  "61 3f 0a"_hex));
 }
 
-TEST_F(FileLog, writesALineEndInAMessageAsItStands)
+TEST_F(FileLog, writesALineEndInAMessageUnchanged)
 {
     log.info("one\ntwo\r\n");
     log.info("three");
@@ -333,7 +334,7 @@ TEST_F(FileLog, writesALineEndInAMessageAsItStands)
     EXPECT_EQ(log.savedCount, 2);
 }
 
-TEST_F(FileLog, losesTheLineEndWithWhatFollowsAZeroCharacter)
+TEST_F(FileLog, losesTheLineEndAfterAZeroCharacter)
 {
     log.info(QString("cut") + QChar(0) + "lost");
     log.info("next");
@@ -372,7 +373,7 @@ TEST_F(FileLogInit, cleansThePath)
     EXPECT_EQ(log.file.fileName(), folder.path() + "/log");
 }
 
-TEST_F(FileLogInit, keepsTheWorkingFolderOfItsMoment)
+TEST_F(FileLogInit, resolvesThePathInTheCurrentFolder)
 {
     const QString before = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(folder.path()));
@@ -388,7 +389,7 @@ TEST_F(FileLogInit, keepsTheWorkingFolderOfItsMoment)
     EXPECT_EQ(content("log"), "x\n");
 }
 
-TEST_F(FileLogInit, countsFromZeroBehindTheLinesOfAnExistingFile)
+TEST_F(FileLogInit, countsFromZeroAfterTheLinesOfAnExistingFile)
 {
     saveLines(29999);
     EXPECT_EQ(log.savedCount, 29999);
@@ -433,7 +434,7 @@ TEST_F(FileLogInfo, queuesWithoutTouchingTheDisk)
     EXPECT_EQ(log.savedCount, 0);
 }
 
-TEST_F(FileLogInfo, leavesTheCallersStringFree)
+TEST_F(FileLogInfo, keepsItsOwnCopyOfTheString)
 {
     QString text = "before";
     log.info(text);
@@ -455,7 +456,7 @@ TEST_F(FileLogInfo, isDroppedWithTheLog)
 
 // --- save ---
 
-// The descriptor that the next open would get.
+// The descriptor that the next open(2) would return.
 static int nextDescriptor()
 {
     const int descriptor = ::dup(STDERR_FILENO);
@@ -465,7 +466,7 @@ static int nextDescriptor()
 
 using FileLogSave = FileLog;
 
-TEST_F(FileLogSave, leavesTheFileAloneWithoutRecords)
+TEST_F(FileLogSave, doesNotTouchTheFileWithoutRecords)
 {
     EXPECT_TRUE(log.save());
     EXPECT_FALSE(exists("log"));
@@ -495,7 +496,7 @@ TEST_F(FileLogSave, leavesTheFileClosed)
     EXPECT_EQ(nextDescriptor(), next);
 }
 
-TEST_F(FileLogSave, goesOnBehindWhatOthersWrote)
+TEST_F(FileLogSave, appendsAfterTheLinesOfOthers)
 {
     saveLines(1, 'a');
     write("log", "a\nforeign\n");
@@ -532,7 +533,7 @@ TEST_F(FileLogSaveDatas, doesNotOpenTheFileForAnEmptyBatch)
     EXPECT_TRUE(log.saveDatas({}));
 }
 
-TEST_F(FileLogSaveDatas, leavesTheMoveAsideToABatchWithRecords)
+TEST_F(FileLogSaveDatas, doesNotMoveAsideForAnEmptyBatch)
 {
     saveLines(1);
     log.savedCount = 30000;
@@ -545,7 +546,7 @@ TEST_F(FileLogSaveDatas, leavesTheMoveAsideToABatchWithRecords)
 
 using FileLogMoveAside = FileLog;
 
-TEST_F(FileLogMoveAside, comesBehindThe30000thRecord)
+TEST_F(FileLogMoveAside, happensAfterThe30000thRecord)
 {
     saveLines(29999);
     EXPECT_EQ(log.savedCount, 29999);
@@ -578,14 +579,14 @@ TEST_F(FileLogMoveAside, waitsForTheEndOfTheBatch)
     EXPECT_EQ(counted(content("log.bak")), "29999 x\n501 y\n");
 }
 
-TEST_F(FileLogMoveAside, comesBehindOneBatchOfThatSize)
+TEST_F(FileLogMoveAside, happensAfterASingleBatchOfThatSize)
 {
     saveLines(30000);
     EXPECT_FALSE(exists("log"));
     EXPECT_EQ(counted(content("log.bak")), "30000 x\n");
 }
 
-TEST_F(FileLogMoveAside, replacesTheOneOfBefore)
+TEST_F(FileLogMoveAside, replacesThePreviousFile)
 {
     saveLines(30000, 'a');
     saveLines(30001, 'b');
@@ -594,7 +595,7 @@ TEST_F(FileLogMoveAside, replacesTheOneOfBefore)
     EXPECT_FALSE(exists("log.bak.bak"));
 }
 
-TEST_F(FileLogMoveAside, goesUnnoticedIfItFails)
+TEST_F(FileLogMoveAside, isIgnoredIfItFails)
 {
     ASSERT_TRUE(QDir(folder.path()).mkpath("log.bak/taken"));
     log.savedCount = 29999;
@@ -675,7 +676,7 @@ TEST_F(FileLogFailure, losesTheBatchIfTheFolderIsMissing)
     EXPECT_EQ(content("missing/log"), "b\n");
 }
 
-TEST_F(FileLogFailure, losesTheBatchIfTheNameIsAFoldersOne)
+TEST_F(FileLogFailure, losesTheBatchIfTheNameIsAFolder)
 {
     const QtMessages messages;
     EXPECT_TRUE(log.init(folder.path()));
@@ -686,9 +687,9 @@ TEST_F(FileLogFailure, losesTheBatchIfTheNameIsAFoldersOne)
     EXPECT_EQ(QtMessages::texts(), "");
 }
 
-TEST_F(FileLogFailure, losesTheBatchAheadOfInit)
+TEST_F(FileLogFailure, losesTheBatchBeforeInit)
 {
-    const QtMessages messages; // Qt warns of an open without a name
+    const QtMessages messages; // Qt warns about opening without a name
     OpenFileLog early(false);
     EXPECT_TRUE(early.save());
     early.info("lost");
@@ -701,22 +702,22 @@ TEST_F(FileLogFailure, losesTheBatchAheadOfInit)
     EXPECT_FALSE(exists("log"));
 }
 
-TEST_F(FileLogFailure, losesTheBatchOfSaveDatasToo)
+TEST_F(FileLogFailure, losesTheBatchOfSaveDatas)
 {
     EXPECT_TRUE(log.init(path("missing/log")));
     log.savedCount = 30000;
     EXPECT_FALSE(log.saveDatas({{"lost", 0, 0}}));
-    EXPECT_EQ(log.savedCount, 30000); // no move aside either
+    EXPECT_EQ(log.savedCount, 30000); // and no move aside
 }
 
-TEST_F(FileLogFailure, countsRecordsThatFindNoRoom)
+TEST_F(FileLogFailure, countsRecordsThatCouldNotBeWritten)
 {
     if (::access("/dev/full", W_OK) != 0)
-        GTEST_SKIP() << "no /dev/full here";
-    const QtMessages messages; // Qt warns of a device that has no end to go to
+        GTEST_SKIP() << "no /dev/full";
+    const QtMessages messages; // Qt warns about a device without an end to seek to
     ASSERT_EQ(::symlink("/dev/full", path("log").toUtf8().constData()), 0);
-    saveLines(3);                                // gives true
-    log.info(QString(100000, QLatin1Char('x'))); // more than a buffer of QFile holds, so that the write itself fails
+    saveLines(3);                                // returns true
+    log.info(QString(100000, QLatin1Char('x'))); // more than QFile buffers, so the write itself fails
     saveLines(1);
     EXPECT_EQ(log.savedCount, 5);
     log.savedCount = 29999;
@@ -743,7 +744,7 @@ protected:
     OtherThread other;
 };
 
-TEST_F(FileLogLocks, areFreeAtTheEndOfEachOperation)
+TEST_F(FileLogLocks, areReleasedByEachOperation)
 {
     const std::function<void()> operations[] = {
         [&] { log.info("x"); },
@@ -780,7 +781,7 @@ TEST_F(FileLogLocks, areNotTakenByInitClearAndSaveDatas)
     });
 }
 
-TEST_F(FileLogLocks, letInfoAndAnEmptySaveGoOnWhileTheFileIsTaken)
+TEST_F(FileLogLocks, doNotBlockInfoAndAnEmptySaveWhileTheFileIsLocked)
 {
     other.run([&] { log.fileMutex.lock(); });
     EXPECT_TRUE(log.save());
@@ -790,7 +791,7 @@ TEST_F(FileLogLocks, letInfoAndAnEmptySaveGoOnWhileTheFileIsTaken)
     other.run([&] { log.fileMutex.unlock(); });
 }
 
-TEST_F(FileLogLocks, makeASaveWaitForTheFileWithTheQueueFree)
+TEST_F(FileLogLocks, makeASaveWaitForTheFileWithTheQueueUnlocked)
 {
     log.info("taken");
     other.run([&] { log.fileMutex.lock(); });
@@ -812,13 +813,13 @@ TEST_F(FileLogLocks, makeASaveWaitForTheFileWithTheQueueFree)
     EXPECT_EQ(log.queue.size(), 1);
 }
 
-TEST_F(FileLogLocks, holdTheFileAloneDuringItsWork)
+TEST_F(FileLogLocks, lockOnlyTheFileWhileWriting)
 {
-    const QtMessages messages; // Qt warns of a pipe, which has no end to go to
+    const QtMessages messages; // Qt warns about a pipe, which has no end to seek to
     const QByteArray pipe = path("log").toUtf8();
     ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
     log.info("x");
-    other.begin([&] { log.save(); }); // opens, which lasts until there is a reader
+    other.begin([&] { log.save(); }); // opening blocks until there is a reader
     EXPECT_TRUE(comesTrue([&] { return !isFree(fileHandle); }));
     EXPECT_TRUE(isFree(queueHandle));
     EXPECT_FALSE(isFree(fileHandle));

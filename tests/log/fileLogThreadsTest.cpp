@@ -9,13 +9,13 @@
 
 static constexpr int writerCount = 8;
 static constexpr int linesPerWriter = 3125;
-static constexpr int rounds = 4; // of 25,000 lines each, which is short of a move aside
+static constexpr int rounds = 4; // of 25,000 lines each, too few for a move aside
 
 using Numbers = std::vector<int>;
 
 class FileLogThreads : public LogFolder {
 protected:
-    // Eight threads write "writer number" lines, their numbers from 0 on, while others save.
+    // Eight threads write lines "writer number", with numbers from 0, while others save.
     void writeWhileSaving(int saverCount)
     {
         OpenFileLog log(false);
@@ -46,7 +46,7 @@ protected:
         EXPECT_EQ(log.savedCount, writerCount * linesPerWriter);
     }
 
-    // The numbers of each writer in the order of the file, which begins anew.
+    // Returns the numbers of each writer in the order of the file, and removes the file.
     std::vector<Numbers> takeNumbers()
     {
         std::vector<Numbers> numbers(writerCount);
@@ -72,7 +72,7 @@ protected:
     }
 };
 
-TEST_F(FileLogThreads, writeEachLineOnceAndInTheirOrderWithOneThreadSaving)
+TEST_F(FileLogThreads, writeEachLineOnceInOrderWithOneSavingThread)
 {
     for (int round = 0; round < rounds; ++round) {
         writeWhileSaving(1);
@@ -81,8 +81,8 @@ TEST_F(FileLogThreads, writeEachLineOnceAndInTheirOrderWithOneThreadSaving)
     }
 }
 
-// The batches of two may stand in the file in either order.
-TEST_F(FileLogThreads, writeEachLineOnceWithTwoThreadsSaving)
+// Batches of two saving threads may be in either order.
+TEST_F(FileLogThreads, writeEachLineOnceWithTwoSavingThreads)
 {
     for (int round = 0; round < rounds; ++round) {
         writeWhileSaving(2);

@@ -16,7 +16,7 @@
 
 #include <linux/can.h>
 
-// Fails the test if something was printed that it did not take.
+// Fails the test if printed output was not taken.
 class CanCalls : public testing::Test {
 protected:
     ~CanCalls() override { EXPECT_EQ(prints.take(), ""); }
@@ -37,7 +37,7 @@ protected:
         return prints.of([&] { return can.setSendOverTm(ms); });
     }
 
-    // The system gives this socket and interface 5.
+    // The system returns this socket and interface 5.
     void answerOpening(int descriptor)
     {
         calls.answer("socket", descriptor);
@@ -46,7 +46,7 @@ protected:
 
     void setDescriptor(int descriptor) { *can.handle = descriptor; }
 
-    Prints prints; // ahead of the calls, for it makes some of its own
+    Prints prints; // before `calls`, as it makes system calls of its own
     SystemCalls calls;
     Open<CSocketCan> can;
 };
@@ -92,7 +92,7 @@ TEST_F(CanDestroy, leavesTheSocketOpen)
 
 static const std::string makesCanSocket = "socket(AF_CAN, SOCK_RAW, 1)\n"; // CAN_RAW
 
-// The steps behind the look-up of interface 5.
+// The calls after the look-up of interface 5.
 static const std::string ignoresItsOwnFrames = "setsockopt(#, SOL_CAN_RAW, CAN_RAW_RECV_OWN_MSGS, [00 00 00 00], 4)\n";
 static const std::string binds = "bind(#, {AF_CAN, 5}, 16)\n";
 static const std::string asksForASecond =
@@ -115,7 +115,7 @@ TEST_F(CanOpen, bindsToTheInterface)
     EXPECT_FALSE(can.opened); // never set
 }
 
-TEST_F(CanOpen, doesNotBlockIfToldSo)
+TEST_F(CanOpen, doesNotBlockIfAsync)
 {
     answerOpening(7);
     calls.answer("fcntl", 2); // O_RDWR
@@ -130,7 +130,7 @@ TEST_F(CanOpen, doesNotBlockIfToldSo)
     EXPECT_EQ(prints.take(), "can0 can_ifindex = 5\ncan ret:0");
 }
 
-TEST_F(CanOpen, tellsTheNameAndTheIndexInHex)
+TEST_F(CanOpen, printsTheNameAndTheIndexInHex)
 {
     const struct {
         const char* name;
@@ -154,7 +154,7 @@ TEST_F(CanOpen, tellsTheNameAndTheIndexInHex)
     }
 }
 
-TEST_F(CanOpen, keepsNameAndArgumentAndUsesNeitherArgument)
+TEST_F(CanOpen, storesNameAndArgumentButUsesNeitherArgument)
 {
     const struct {
         int ifaceArg;
@@ -171,7 +171,7 @@ TEST_F(CanOpen, keepsNameAndArgumentAndUsesNeitherArgument)
     }
 }
 
-TEST_F(CanOpen, leavesTheSocketThatItReplacesOpen)
+TEST_F(CanOpen, leavesTheReplacedSocketOpen)
 {
     answerOpening(7);
     EXPECT_EQ(open("can0"), 1);
@@ -184,7 +184,7 @@ TEST_F(CanOpen, leavesTheSocketThatItReplacesOpen)
     prints.take();
 }
 
-TEST_F(CanOpen, givesMinusOneAndKeepsItInTheDescriptorWithoutASocket)
+TEST_F(CanOpen, storesTheResultAndReturnsMinusOneWithoutASocket)
 {
     for (const int answer : {-1, -5}) {
         calls.answer("socket", answer);
@@ -193,12 +193,12 @@ TEST_F(CanOpen, givesMinusOneAndKeepsItInTheDescriptorWithoutASocket)
         EXPECT_EQ(prints.take(), "can error\n");
         EXPECT_EQ(*can.handle, answer);
         EXPECT_FALSE(can.isValid());
-        EXPECT_EQ(can.address, "can3"); // stored ahead of all
+        EXPECT_EQ(can.address, "can3"); // stored first
         EXPECT_EQ(can.port, 9);
     }
 }
 
-TEST_F(CanOpen, goesOnWithDescriptorZero)
+TEST_F(CanOpen, acceptsDescriptorZero)
 {
     answerOpening(0);
     EXPECT_EQ(open("can0"), 1);
@@ -208,7 +208,7 @@ TEST_F(CanOpen, goesOnWithDescriptorZero)
     EXPECT_FALSE(can.isValid());
 }
 
-TEST_F(CanOpen, closesAndCallsTheInterfaceCan0WhenTheLookUpFails)
+TEST_F(CanOpen, closesAndReportsCan0WhenTheLookUpFails)
 {
     calls.answer("socket", 7);
     calls.answer("ioctl", -1, "00000000"_hex);
@@ -218,7 +218,7 @@ TEST_F(CanOpen, closesAndCallsTheInterfaceCan0WhenTheLookUpFails)
     EXPECT_EQ(*can.handle, 0);
 }
 
-TEST_F(CanOpen, takesAnyOtherResultOfTheLookUpThanZeroForAFailure)
+TEST_F(CanOpen, treatsAnyNonzeroLookUpResultAsFailure)
 {
     calls.answer("socket", 7);
     calls.answer("ioctl", 3, "00000000"_hex);
@@ -227,7 +227,7 @@ TEST_F(CanOpen, takesAnyOtherResultOfTheLookUpThanZeroForAFailure)
     EXPECT_EQ(prints.take(), "Can't get interface index for can0, code= 3, can0 ifr_ifindex value: 0, name: can0\n");
 }
 
-TEST_F(CanOpen, goesOnWithAnIndexThoughTheLookUpFailed)
+TEST_F(CanOpen, continuesWithANonzeroIndexAlthoughTheLookUpFailed)
 {
     calls.answer("socket", 7);
     calls.answer("ioctl", -1, "05000000"_hex);
@@ -237,7 +237,7 @@ TEST_F(CanOpen, goesOnWithAnIndexThoughTheLookUpFailed)
     EXPECT_EQ(prints.take(), "can0 can_ifindex = 5\ncan ret:0");
 }
 
-TEST_F(CanOpen, goesOnWithIndexZeroIfTheLookUpSucceeded)
+TEST_F(CanOpen, continuesWithIndexZeroIfTheLookUpSucceeded)
 {
     calls.answer("socket", 7);
     calls.answer("ioctl", 0, "00000000"_hex);
@@ -256,8 +256,8 @@ TEST_F(CanOpen, leavesDescriptorZeroOpenWhenTheLookUpFails)
     prints.take();
 }
 
-// The system keeps 16 bytes for a name, with the zero byte behind it.
-TEST_F(CanOpen, failsLikeAFailedLookUpForANameThatIsTooLong)
+// The system has 16 bytes for a name, including the zero byte.
+TEST_F(CanOpen, failsAsAfterAFailedLookUpIfTheNameIsTooLong)
 {
     for (const size_t size : {16u, 17u, 20u, 24u, 40u, 5000u}) {
         const std::string name(size, 'c');
@@ -285,7 +285,7 @@ TEST_F(CanOpen, closesWhenBindingFails)
     }
 }
 
-TEST_F(CanOpen, takesAPositiveResultOfBindingForASuccess)
+TEST_F(CanOpen, treatsAPositiveResultOfBindAsSuccess)
 {
     answerOpening(7);
     calls.answer("bind", 1);
@@ -293,7 +293,7 @@ TEST_F(CanOpen, takesAPositiveResultOfBindingForASuccess)
     EXPECT_EQ(prints.take(), "can0 can_ifindex = 5\ncan ret:0");
 }
 
-// Its close() counts and keeps the descriptor.
+// Its close() counts the calls and keeps the descriptor.
 class CanWithOwnClose : public Open<CSocketCan> {
 public:
     void close() override { ++closed; }
@@ -319,7 +319,7 @@ TEST_F(CanOpen, closesThroughTheVirtualOperation)
     prints.take();
 }
 
-TEST_F(CanOpen, givesMinusTwoAndStaysOpenIfItStaysBlocking)
+TEST_F(CanOpen, returnsMinusTwoAndStaysOpenIfItStaysBlocking)
 {
     for (const int answer : {-1, -5}) {
         answerOpening(7);
@@ -335,7 +335,7 @@ TEST_F(CanOpen, givesMinusTwoAndStaysOpenIfItStaysBlocking)
     }
 }
 
-TEST_F(CanOpen, setsTheFlagEvenIfTheOthersCouldNotBeAskedFor)
+TEST_F(CanOpen, setsTheFlagEvenIfTheOthersCannotBeRead)
 {
     answerOpening(7);
     calls.refuse("fcntl", EBADF);
@@ -347,18 +347,18 @@ TEST_F(CanOpen, setsTheFlagEvenIfTheOthersCouldNotBeAskedFor)
     prints.take();
 }
 
-TEST_F(CanOpen, givesOneThoughNoOptionCouldBeSet)
+TEST_F(CanOpen, returnsOneEvenIfNoOptionCanBeSet)
 {
     answerOpening(7);
     calls.refuse("setsockopt", ENOPROTOOPT);
-    calls.refuse("setsockopt", ENOPROTOOPT); // as Linux answers the last one, always
+    calls.refuse("setsockopt", ENOPROTOOPT); // Linux always refuses the last one
     EXPECT_EQ(open("can0"), 1);
     EXPECT_EQ(calls.take(),
               makesCanSocket + on(7, "ioctl(#, SIOCGIFINDEX, can0)\n" + ignoresItsOwnFrames + binds + asksForASecond));
     EXPECT_EQ(prints.take(), "can0 can_ifindex = 5\ncan ret:-1");
 }
 
-TEST_F(CanOpen, opensAgainAfterClosingAndAfterAFailure)
+TEST_F(CanOpen, reopensAfterClosingAndAfterAFailure)
 {
     answerOpening(7);
     EXPECT_EQ(open("can0"), 1);
@@ -375,7 +375,7 @@ TEST_F(CanOpen, opensAgainAfterClosingAndAfterAFailure)
 
 using CanRecv = CanCalls;
 
-TEST_F(CanRecv, givesTheDataBytesOfOneFrame)
+TEST_F(CanRecv, returnsTheDataBytesOfOneFrame)
 {
     setDescriptor(7);
     const struct {
@@ -390,14 +390,14 @@ TEST_F(CanRecv, givesTheDataBytesOfOneFrame)
     };
     for (const auto& [frame, size, data] : frames) {
         calls.answer("read", 16, QByteArray::fromHex(frame));
-        std::vector<char> buffer = heapBytes("........"); // 8 bytes and none behind
+        std::vector<char> buffer = heapBytes("........"); // exactly 8 bytes
         EXPECT_EQ(can.recv(buffer.data(), 8), size);
         EXPECT_EQ(hex(QByteArray(buffer.data(), 8)), data);
         EXPECT_EQ(calls.take(), "read(7, 16)\n");
     }
 }
 
-TEST_F(CanRecv, takesNoNoticeOfTheLength)
+TEST_F(CanRecv, ignoresTheLength)
 {
     setDescriptor(7);
     for (const int length : {8, 1, 0, -1, INT_MAX, INT_MIN}) {
@@ -409,18 +409,18 @@ TEST_F(CanRecv, takesNoNoticeOfTheLength)
     }
 }
 
-TEST_F(CanRecv, givesEightBytesAtMost)
+TEST_F(CanRecv, returnsAtMostEightBytes)
 {
     setDescriptor(7);
     for (const char* frame : {"23010000 09 000000 d0d1d2d3d4d5d6d7", "23010000 ff 000000 d0d1d2d3d4d5d6d7"}) {
-        calls.answer("read", 16, QByteArray::fromHex(frame)); // which no system gives
+        calls.answer("read", 16, QByteArray::fromHex(frame)); // no system returns this
         std::vector<char> buffer = heapBytes("........");
         EXPECT_EQ(can.recv(buffer.data(), 8), 8);
         EXPECT_EQ(hex(QByteArray(buffer.data(), 8)), "d0 d1 d2 d3 d4 d5 d6 d7");
     }
 }
 
-TEST_F(CanRecv, givesZeroForAFrameWithoutData)
+TEST_F(CanRecv, returnsZeroForAFrameWithoutData)
 {
     setDescriptor(7);
     calls.answer("read", 16, "23010000 00 000000 d0d1d2d3d4d5d6d7"_hex);
@@ -429,7 +429,7 @@ TEST_F(CanRecv, givesZeroForAFrameWithoutData)
     EXPECT_EQ(std::string(buffer, 8), "........");
 }
 
-TEST_F(CanRecv, givesZeroAndLeavesErrnoWhenNothingCame)
+TEST_F(CanRecv, returnsZeroAndLeavesErrnoWithoutAFrame)
 {
     setDescriptor(7);
     char buffer[8] = {'.', '.', '.', '.', '.', '.', '.', '.'};
@@ -445,7 +445,7 @@ TEST_F(CanRecv, givesZeroAndLeavesErrnoWhenNothingCame)
     EXPECT_EQ(*can.handle, 7);
 }
 
-TEST_F(CanRecv, goesByTheFrameAndNotByTheResult)
+TEST_F(CanRecv, usesTheFrameAndNotTheResult)
 {
     setDescriptor(7);
     char buffer[3] = {};
@@ -456,7 +456,7 @@ TEST_F(CanRecv, goesByTheFrameAndNotByTheResult)
     }
 }
 
-TEST_F(CanRecv, findsZerosBehindWhatWasRead)
+TEST_F(CanRecv, returnsZerosAfterTheBytesRead)
 {
     setDescriptor(7);
     calls.answer("read", 16, "23010000 08 000000 d0d1d2d3d4d5d6d7"_hex);
@@ -467,7 +467,7 @@ TEST_F(CanRecv, findsZerosBehindWhatWasRead)
     EXPECT_EQ(hex(QByteArray(buffer, 8)), "e0 00 00 00 d4 d5 d6 d7");
 }
 
-TEST_F(CanRecv, doesNotTestTheDescriptor)
+TEST_F(CanRecv, doesNotCheckTheDescriptor)
 {
     char buffer[8] = {};
     EXPECT_EQ(can.recv(buffer, 8), 0);
@@ -489,7 +489,7 @@ TEST_F(CanRecv, doesNotTestTheDescriptor)
 
 class CanSend : public CanCalls {
 protected:
-    // The written frame with .. in the place of what no one reads: three bytes of filler and what lies behind the data.
+    // The written frame with .. for bytes that nobody reads: three padding bytes and those after the data.
     std::string written(int size)
     {
         std::string line = calls.take();
@@ -526,7 +526,7 @@ TEST_F(CanSend, writesAFrameWithoutData)
     EXPECT_EQ(written(0), "write(7, [23 01 00 00 00 .. .. .. .. .. .. .. .. .. .. ..], 16)\n");
 }
 
-TEST_F(CanSend, writesEightBytesAtMostAndTheLowBitsOfTheLength)
+TEST_F(CanSend, writesAtMostEightBytesAndTheLowBitsOfTheLength)
 {
     setDescriptor(7);
     const std::vector<char> bytes = heapBytes(QByteArray("\xd0\xd1\xd2\xd3\xd4\xd5\xd6\xd7").repeated(40));
@@ -538,14 +538,14 @@ TEST_F(CanSend, writesEightBytesAtMostAndTheLowBitsOfTheLength)
     EXPECT_EQ(written(0), "write(7, [23 01 00 00 ff .. .. .. .. .. .. .. .. .. .. ..], 16)\n");
 }
 
-TEST_F(CanSend, takesTheIdentifierWithItsFlagsAsItStands)
+TEST_F(CanSend, writesTheIdentifierWithItsFlagsUnchanged)
 {
     setDescriptor(7);
     const struct {
         unsigned int identifier;
         const char* bytes;
     } identifiers[] = {
-        {0x800, "00 08 00 00"}, // above 11 bits, without the flag for it
+        {0x800, "00 08 00 00"}, // more than 11 bits without the extended flag
         {CAN_EFF_FLAG | 0x12345678, "78 56 34 92"},
         {CAN_RTR_FLAG | 0x123, "23 01 00 40"},
         {CAN_ERR_FLAG | 0x4, "04 00 00 20"},
@@ -557,7 +557,7 @@ TEST_F(CanSend, takesTheIdentifierWithItsFlagsAsItStands)
     }
 }
 
-TEST_F(CanSend, givesWhatTheSystemGave)
+TEST_F(CanSend, returnsTheResultOfTheSystem)
 {
     setDescriptor(7);
     for (const int result : {16, 5, 0, -1}) {
@@ -571,7 +571,7 @@ TEST_F(CanSend, givesWhatTheSystemGave)
     }
 }
 
-TEST_F(CanSend, doesNotTestTheDescriptor)
+TEST_F(CanSend, doesNotCheckTheDescriptor)
 {
     can.send("\xd0", 1, 0x123);
     EXPECT_EQ(written(1), "write(0, [23 01 00 00 01 .. .. .. d0 .. .. .. .. .. .. ..], 16)\n");
@@ -598,7 +598,7 @@ static const struct {
 
 using CanSetRecvOverTm = CanCalls;
 
-TEST_F(CanSetRecvOverTm, asksForOption20AndTellsTheAnswer)
+TEST_F(CanSetRecvOverTm, setsOption20AndPrintsTheResult)
 {
     setDescriptor(7);
     for (const auto& [ms, bytes] : optionTimes) {
@@ -608,15 +608,15 @@ TEST_F(CanSetRecvOverTm, asksForOption20AndTellsTheAnswer)
     }
 }
 
-TEST_F(CanSetRecvOverTm, givesOneAndTellsMinusOneWhenTheSystemRefuses)
+TEST_F(CanSetRecvOverTm, returnsOneAndPrintsMinusOneWhenTheSystemRefuses)
 {
     setDescriptor(7);
-    calls.refuse("setsockopt", ENOPROTOOPT); // as Linux does, always
+    calls.refuse("setsockopt", ENOPROTOOPT); // Linux always does
     EXPECT_EQ(setRecvOverTm(1000), 1);
     EXPECT_EQ(prints.take(), "ret:-1\n");
 }
 
-TEST_F(CanSetRecvOverTm, tellsDecimalsWhateverTheProgramSetOnTheStream)
+TEST_F(CanSetRecvOverTm, printsDecimalWhateverTheStreamFlags)
 {
     setDescriptor(7);
     calls.refuse("setsockopt", ENOPROTOOPT);
@@ -628,7 +628,7 @@ TEST_F(CanSetRecvOverTm, tellsDecimalsWhateverTheProgramSetOnTheStream)
     EXPECT_EQ(prints.take(), "ret:-1\nret:0\n");
 }
 
-using CanSetRecvOverTmTrouble = EndpointCalls; // where telling sets errno
+using CanSetRecvOverTmTrouble = EndpointCalls; // printing sets errno
 
 TEST_F(CanSetRecvOverTmTrouble, leavesErrnoAsTheSystemSetIt)
 {
@@ -642,7 +642,7 @@ TEST_F(CanSetRecvOverTmTrouble, leavesErrnoAsTheSystemSetIt)
 
 using CanSetSendOverTm = CanCalls;
 
-TEST_F(CanSetSendOverTm, asksForOption21AndStaysSilent)
+TEST_F(CanSetSendOverTm, setsOption21AndPrintsNothing)
 {
     setDescriptor(7);
     for (const auto& [ms, bytes] : optionTimes) {
@@ -657,7 +657,7 @@ TEST_F(CanSetSendOverTm, asksForOption21AndStaysSilent)
 
 using CanTimeSetters = CanCalls;
 
-TEST_F(CanTimeSetters, doNothingAndTellNothingWithoutADescriptor)
+TEST_F(CanTimeSetters, doAndPrintNothingWithoutADescriptor)
 {
     for (const int descriptor : {0, -1, INT_MIN}) {
         setDescriptor(descriptor);
@@ -668,7 +668,7 @@ TEST_F(CanTimeSetters, doNothingAndTellNothingWithoutADescriptor)
     EXPECT_EQ(prints.take(), "");
 }
 
-TEST_F(CanTimeSetters, takeDescriptorOne)
+TEST_F(CanTimeSetters, acceptDescriptorOne)
 {
     setDescriptor(1);
     EXPECT_EQ(setRecvOverTm(0), 1);
@@ -678,7 +678,7 @@ TEST_F(CanTimeSetters, takeDescriptorOne)
     prints.take();
 }
 
-TEST_F(CanTimeSetters, standBehindTheVirtualOperationsOfTheBase)
+TEST_F(CanTimeSetters, overrideTheVirtualOperationsOfTheBase)
 {
     setDescriptor(7);
     CAbstractSocket& base = can;
@@ -696,7 +696,7 @@ TEST_F(CanTimeSetters, standBehindTheVirtualOperationsOfTheBase)
 
 using CanClose = CanCalls;
 
-TEST_F(CanClose, closesFromDescriptorOneUpAndGoesBackToZero)
+TEST_F(CanClose, closesDescriptorsFromOneUpAndResetsToZero)
 {
     for (const int descriptor : {1, 7, INT_MAX}) {
         setDescriptor(descriptor);
@@ -710,7 +710,7 @@ TEST_F(CanClose, closesFromDescriptorOneUpAndGoesBackToZero)
     EXPECT_EQ(*can.handle, 0);
 }
 
-TEST_F(CanClose, doesNotLookAtTheOpenedFlag)
+TEST_F(CanClose, ignoresTheOpenedFlag)
 {
     setDescriptor(7);
     can.opened = true;
@@ -735,7 +735,7 @@ TEST_F(CanClose, doesNothingWithoutADescriptor)
 
 using CanBase = CanCalls;
 
-TEST_F(CanBase, waitsForAFrameWithALimit)
+TEST_F(CanBase, waitsForAFrameWithATimeOut)
 {
     setDescriptor(7);
     calls.answerSelect(1, {7}, {}, {});

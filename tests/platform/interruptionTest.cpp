@@ -1,4 +1,4 @@
-// Signals that end a wait in the system: -1 and EINTR, nothing is lost, and the call may be made again.
+// Signals that interrupt a wait in the system: the call returns -1 with EINTR, nothing is lost, and it can be repeated.
 
 #include "support/descriptorsKept.h"
 #include "support/interrupted.h"
@@ -19,14 +19,14 @@
 
 class Interruption : public DescriptorsKept {
 protected:
-    // Whether the call gave -1 and left EINTR.
+    // Returns true if the call returned -1 with EINTR.
     static bool ends(const std::function<int()>& call, int flags = 0)
     {
         return interrupted(call, flags) == -1 && errno == EINTR;
     }
 };
 
-TEST_F(Interruption, endsTheReadOfAStreamAndLosesNothing)
+TEST_F(Interruption, interruptsAStreamReadWithoutLosingData)
 {
     Connection connection;
     char buffer[10];
@@ -35,13 +35,13 @@ TEST_F(Interruption, endsTheReadOfAStreamAndLosesNothing)
 
     connection.socket.setRecvOverTm(limitMs);
     EXPECT_TRUE(ends(reads));
-    EXPECT_TRUE(ends(reads, SA_RESTART)); // no restart where there is a time-out
+    EXPECT_TRUE(ends(reads, SA_RESTART)); // a call with a time-out is not restarted
 
     EXPECT_EQ(::send(connection.peer, "abc", 3, 0), 3);
-    EXPECT_EQ(interrupted(reads), 3); // what is there is read all the same
+    EXPECT_EQ(interrupted(reads), 3); // available data is still read
 }
 
-TEST_F(Interruption, endsAWriteWithNoRoom)
+TEST_F(Interruption, interruptsABlockedWrite)
 {
     Connection connection;
     connection.fill();
@@ -53,8 +53,8 @@ TEST_F(Interruption, endsAWriteWithNoRoom)
     EXPECT_TRUE(ends(writes, SA_RESTART));
 }
 
-// It goes on by itself, and another call waits for it anew.
-TEST_F(Interruption, endsAConnect)
+// The connect continues, and another call waits for it again.
+TEST_F(Interruption, interruptsAConnect)
 {
     const CrowdedListener listener;
     Open<CTcpSocket> socket;
@@ -70,7 +70,7 @@ TEST_F(Interruption, endsAConnect)
     EXPECT_TRUE(ends([&] { return CGqSocket::select(rows, limitMs); }, SA_RESTART));
 }
 
-TEST_F(Interruption, endsAnAccept)
+TEST_F(Interruption, interruptsAnAccept)
 {
     CTcpServer server;
     EXPECT_EQ(server.open("127.1", 0, 5), 1);
@@ -84,7 +84,7 @@ TEST_F(Interruption, endsAnAccept)
     EXPECT_TRUE(ends(accepts, SA_RESTART));
 }
 
-TEST_F(Interruption, endsTheReadOfADatagramAndLosesNothing)
+TEST_F(Interruption, interruptsADatagramReadWithoutLosingData)
 {
     DatagramPeer peer;
     CUdpClient client;

@@ -26,13 +26,13 @@ static_assert(sizeof(gqdb::CMutex) == sizeof(pthread_mutex_t));
 static_assert(std::is_same_v<decltype(&gqdb::CMutex::lock), void (gqdb::CMutex::*)()>);
 static_assert(std::is_same_v<decltype(&gqdb::CMutex::unlock), void (gqdb::CMutex::*)()>);
 
-TEST(Mutex, beginsFree)
+TEST(Mutex, startsUnlocked)
 {
     OpenMutex mutex;
     EXPECT_TRUE(isFreeForOthers(mutex.handle));
 }
 
-TEST(Mutex, letsOthersInAfterAsManyUnlocksAsLocks)
+TEST(Mutex, isFreeAfterAsManyUnlocksAsLocks)
 {
     OpenMutex mutex;
     mutex.lock();
@@ -45,7 +45,7 @@ TEST(Mutex, letsOthersInAfterAsManyUnlocksAsLocks)
     EXPECT_TRUE(isFreeForOthers(mutex.handle));
 }
 
-TEST(Mutex, makesAnotherThreadWait)
+TEST(Mutex, blocksAnotherThread)
 {
     gqdb::CMutex mutex;
     Order order;
@@ -62,7 +62,7 @@ TEST(Mutex, makesAnotherThreadWait)
     EXPECT_EQ(order, (Order{"owner", "other"}));
 }
 
-TEST(Mutex, keepsThreadsApart)
+TEST(Mutex, excludesOtherThreads)
 {
     gqdb::CMutex mutex;
     int sum = 0;
@@ -104,7 +104,7 @@ TEST(MutexLocker, holdsTheMutexForItsLifetime)
     EXPECT_TRUE(isFreeForOthers(mutex.handle));
 }
 
-TEST(MutexLocker, holdsAMutexOnceMoreThatItsThreadHolds)
+TEST(MutexLocker, locksAMutexThatItsThreadAlreadyHolds)
 {
     OpenMutex mutex;
     {
@@ -144,7 +144,7 @@ protected:
     bool isFreeToJoin() { return isFreeForOthers(lock.readerGuard); }
 };
 
-TEST_F(ReadWriteLock, hasItsFieldsInOrder)
+TEST_F(ReadWriteLock, keepsTheOrderOfItsFields)
 {
     const char* base = reinterpret_cast<const char*>(&lock);
     EXPECT_EQ(reinterpret_cast<const char*>(&lock.readerCount), base);
@@ -153,14 +153,14 @@ TEST_F(ReadWriteLock, hasItsFieldsInOrder)
     EXPECT_EQ(sizeof(gqdb::CReadWriteLock), 8 + 2 * sizeof(pthread_mutex_t));
 }
 
-TEST_F(ReadWriteLock, beginsFree)
+TEST_F(ReadWriteLock, startsUnlocked)
 {
     EXPECT_EQ(lock.readerCount, 0);
     EXPECT_TRUE(isFreeToJoin());
     EXPECT_TRUE(isFreeToWrite());
 }
 
-TEST_F(ReadWriteLock, letsTwoThreadsReadAtOnce)
+TEST_F(ReadWriteLock, allowsTwoThreadsToReadAtOnce)
 {
     lock.lockForRead();
     EXPECT_EQ(lock.readerCount, 1);
@@ -176,7 +176,7 @@ TEST_F(ReadWriteLock, letsTwoThreadsReadAtOnce)
     EXPECT_TRUE(isFreeToWrite());
 }
 
-TEST_F(ReadWriteLock, countsReadersThatComeAtOnce)
+TEST_F(ReadWriteLock, countsConcurrentReaders)
 {
     const auto readOften = [this] {
         for (int round = 0; round < 50000; ++round) {
@@ -184,7 +184,7 @@ TEST_F(ReadWriteLock, countsReadersThatComeAtOnce)
             lock.unlockForRead();
         }
     };
-    lock.lockForRead(); // the first one, and the last
+    lock.lockForRead(); // first and last reader
     OtherThread another;
     another.begin(readOften);
     other.begin(readOften);
@@ -214,7 +214,7 @@ TEST_F(ReadWriteLock, makesAWriterWaitForTheLastReader)
     EXPECT_EQ(readersSeen, 0);
 }
 
-TEST_F(ReadWriteLock, letsReadersJoinPastAWaitingWriter)
+TEST_F(ReadWriteLock, allowsReadersToJoinPastAWaitingWriter)
 {
     std::atomic<bool> written = false;
     OtherThread writer;
@@ -235,7 +235,7 @@ TEST_F(ReadWriteLock, letsReadersJoinPastAWaitingWriter)
     EXPECT_TRUE(written);
 }
 
-TEST_F(ReadWriteLock, makesTheFirstReaderWaitForAWriterWithTheGuardHeld)
+TEST_F(ReadWriteLock, makesTheFirstReaderWaitForAWriterHoldingTheGuard)
 {
     std::atomic<bool> reads = false;
     lock.lockForWrite();
@@ -243,7 +243,7 @@ TEST_F(ReadWriteLock, makesTheFirstReaderWaitForAWriterWithTheGuardHeld)
         lock.lockForRead();
         reads = true;
     });
-    EXPECT_TRUE(comesTrue([&] { return !isFreeToJoin(); })); // from then on for good: other readers wait there
+    EXPECT_TRUE(comesTrue([&] { return !isFreeToJoin(); })); // stays so: other readers wait there
     EXPECT_FALSE(isFreeToJoin());
     EXPECT_FALSE(reads);
     lock.unlockForWrite();
@@ -255,7 +255,7 @@ TEST_F(ReadWriteLock, makesTheFirstReaderWaitForAWriterWithTheGuardHeld)
     EXPECT_TRUE(isFreeToWrite());
 }
 
-TEST_F(ReadWriteLock, makesAWriterWaitForAnother)
+TEST_F(ReadWriteLock, makesAWriterWaitForAnotherWriter)
 {
     Order order;
     lock.lockForWrite();
@@ -274,7 +274,7 @@ TEST_F(ReadWriteLock, makesAWriterWaitForAnother)
     EXPECT_TRUE(isFreeToWrite());
 }
 
-TEST_F(ReadWriteLock, letsAThreadWriteTwice)
+TEST_F(ReadWriteLock, allowsAThreadToWriteTwice)
 {
     lock.lockForWrite();
     lock.lockForWrite();
@@ -284,7 +284,7 @@ TEST_F(ReadWriteLock, letsAThreadWriteTwice)
     EXPECT_TRUE(isFreeToWrite());
 }
 
-TEST_F(ReadWriteLock, letsAWriterReadAsWell)
+TEST_F(ReadWriteLock, allowsAWriterToRead)
 {
     lock.lockForWrite();
     lock.lockForRead();
@@ -296,7 +296,7 @@ TEST_F(ReadWriteLock, letsAWriterReadAsWell)
     EXPECT_TRUE(isFreeToWrite());
 }
 
-TEST_F(ReadWriteLock, letsTheFirstReaderWriteAsWellEvenPastOthers)
+TEST_F(ReadWriteLock, allowsTheFirstReaderToWriteDespiteOtherReaders)
 {
     lock.lockForRead();
     other.run([&] { lock.lockForRead(); });
@@ -309,7 +309,7 @@ TEST_F(ReadWriteLock, letsTheFirstReaderWriteAsWellEvenPastOthers)
     EXPECT_TRUE(isFreeToWrite());
 }
 
-TEST_F(ReadWriteLock, keepsReadersAndWritersApart)
+TEST_F(ReadWriteLock, excludesReadersAndWriters)
 {
     int value = 0;
     OtherThread reader;
@@ -354,8 +354,8 @@ TEST_F(ReadWriteLockWrongThread, staysLockedForTheFirstReaderIfAnotherLeavesLast
     EXPECT_EQ(lock.readerCount, 0);
     EXPECT_FALSE(isFreeToWrite());
     EXPECT_TRUE(isFreeToJoin());
-    EXPECT_TRUE(isFree(lock.writeMutex)); // this thread holds it
-    lock.unlockForRead();                 // without reading: gives it back
+    EXPECT_TRUE(isFree(lock.writeMutex)); // held by this thread
+    lock.unlockForRead();                 // releases it without a read lock
     EXPECT_EQ(lock.readerCount, 0);
     EXPECT_TRUE(isFreeToWrite());
 }
@@ -367,14 +367,14 @@ TEST_F(ReadWriteLockWrongThread, keepsTheCountAtZeroWithoutAReader)
     EXPECT_EQ(lock.readerCount, 0);
     EXPECT_TRUE(isFreeToJoin());
     EXPECT_TRUE(isFreeToWrite());
-    lock.lockForRead(); // works as ever
+    lock.lockForRead(); // still works
     EXPECT_EQ(lock.readerCount, 1);
     EXPECT_FALSE(isFreeToWrite());
     lock.unlockForRead();
     EXPECT_TRUE(isFreeToWrite());
 }
 
-TEST_F(ReadWriteLockWrongThread, keepsAWriterSafeFromTheUnlocksOfOthers)
+TEST_F(ReadWriteLockWrongThread, isNotReleasedByTheUnlocksOfOthers)
 {
     lock.lockForWrite();
     other.run([&] { lock.unlockForWrite(); });

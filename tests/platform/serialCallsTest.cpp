@@ -15,7 +15,7 @@
 
 #include <termios.h>
 
-// A serial line with its state in the open.
+// A serial line with public access to its state.
 class OpenSerial : public CSerial {
 public:
     using CSerial::handle;
@@ -25,7 +25,7 @@ public:
 static const QByteArray zeros(sizeof(termios), '\0');
 static const QByteArray ones(sizeof(termios), '\xff');
 
-// Messages of qDebug() show among the calls, in the order in which they come.
+// Records messages of qDebug() among the calls, in order.
 class SerialCalls : public testing::Test {
 protected:
     SerialCalls() { noted = this; }
@@ -36,14 +36,14 @@ protected:
         qInstallMessageHandler(programsHandler);
     }
 
-    // Messages and calls since the last time.
+    // Returns the messages and calls since the last time.
     std::string take()
     {
         seen += calls.take();
         return std::exchange(seen, {});
     }
 
-    // The line is opened, with descriptor 7.
+    // Opens the line with descriptor 7.
     void open(int baud = 9600, int dataBits = 8, int stopBits = 1, int parity = 0, int flowControl = 0)
     {
         calls.answer("open", 7);
@@ -52,7 +52,7 @@ protected:
         take();
     }
 
-    // A device is opened that is no terminal, with descriptor 7.
+    // Opens a device that is not a terminal, with descriptor 7.
     void openStray()
     {
         calls.answer("open", 7);
@@ -60,7 +60,7 @@ protected:
         take();
     }
 
-    // What the line is set to that was at `before`.
+    // Returns the settings that a line with the settings `before` gets.
     termios settings(const QByteArray& before, int baud, int dataBits, int stopBits, int parity, int flowControl)
     {
         *serial.handle = 7;
@@ -79,7 +79,7 @@ private:
         noted->seen += text.toStdString() + "\n";
     }
 
-    // With the first message Qt reads its settings, which are calls of its own.
+    // At the first message, Qt makes system calls to read its settings.
     static QtMessageHandler installed()
     {
         const QtMessageHandler former = qInstallMessageHandler(note);
@@ -119,7 +119,7 @@ TEST(SerialClass, keepsTheOrderOfItsFields)
 
 using SerialConstruct = SerialCalls;
 
-TEST_F(SerialConstruct, startsClosedWithACellOfItsOwn)
+TEST_F(SerialConstruct, startsClosedWithItsOwnCell)
 {
     ASSERT_NE(serial.handle, nullptr);
     EXPECT_EQ(*serial.handle, -1);
@@ -144,7 +144,7 @@ TEST_F(SerialDestroy, closesAnOpenLine)
     EXPECT_EQ(take(), "close(8)\n");
 }
 
-TEST_F(SerialDestroy, leavesTheDescriptorOfADeviceThatIsNoTerminalOpen)
+TEST_F(SerialDestroy, leavesTheDescriptorOfANonTerminalOpen)
 {
     {
         CSerial other;
@@ -173,7 +173,7 @@ TEST_F(SerialDestroy, closesNothingBeforeOpeningAndAfterClosing)
 
 using SerialIsOpen = SerialCalls;
 
-TEST_F(SerialIsOpen, goesByTheFlagAlone)
+TEST_F(SerialIsOpen, usesOnlyTheFlag)
 {
     *serial.handle = 7;
     EXPECT_FALSE(serial.isOpen());
@@ -205,7 +205,7 @@ TEST_F(SerialOpen, opensTheDeviceAndSetsItsParameters)
     EXPECT_EQ(*serial.handle, 7);
 }
 
-TEST_F(SerialOpen, handsTheFlowControlOn)
+TEST_F(SerialOpen, passesTheFlowControlOn)
 {
     for (const int flowControl : {0, 1}) {
         calls.answer("open", 7);
@@ -217,7 +217,7 @@ TEST_F(SerialOpen, handsTheFlowControlOn)
     }
 }
 
-TEST_F(SerialOpen, namesTheDeviceByItsNumber)
+TEST_F(SerialOpen, derivesTheDeviceNameFromTheNumber)
 {
     const struct {
         int number;
@@ -239,7 +239,7 @@ TEST_F(SerialOpen, namesTheDeviceByItsNumber)
     }
 }
 
-TEST_F(SerialOpen, givesZeroWithoutAWordWhenTheSystemRefuses)
+TEST_F(SerialOpen, returnsZeroSilentlyWhenTheSystemRefuses)
 {
     calls.refuse("open", EACCES);
     EXPECT_EQ(serial.open(5, 9600, 8, 1, 0, 0), 0);
@@ -249,14 +249,14 @@ TEST_F(SerialOpen, givesZeroWithoutAWordWhenTheSystemRefuses)
     EXPECT_EQ(*serial.handle, -1);
 }
 
-TEST_F(SerialOpen, keepsWhatTheSystemGave)
+TEST_F(SerialOpen, storesTheResultOfTheSystem)
 {
     calls.answer("open", -5);
     EXPECT_EQ(serial.open(5, 9600, 8, 1, 0, 0), 0);
     EXPECT_EQ(*serial.handle, -5);
 }
 
-TEST_F(SerialOpen, opensAfterAFailureAndAfterClosing)
+TEST_F(SerialOpen, reopensAfterAFailureAndAfterClosing)
 {
     calls.refuse("open", EACCES);
     EXPECT_EQ(serial.open(5, 9600, 8, 1, 0, 0), 0);
@@ -270,7 +270,7 @@ TEST_F(SerialOpen, opensAfterAFailureAndAfterClosing)
     }
 }
 
-TEST_F(SerialOpen, takesDescriptorZero)
+TEST_F(SerialOpen, acceptsDescriptorZero)
 {
     calls.answer("open", 0);
     calls.answer("isatty", 1);
@@ -288,7 +288,7 @@ TEST_F(SerialOpen, takesDescriptorZero)
     EXPECT_EQ(take(), "");
 }
 
-TEST_F(SerialOpen, refusesADeviceThatIsNoTerminalAndKeepsItsDescriptor)
+TEST_F(SerialOpen, refusesANonTerminalAndKeepsItsDescriptor)
 {
     for (const auto& [answer, text] : {std::pair(0, "0"), std::pair(2, "2"), std::pair(-1, "-1")}) {
         calls.answer("open", 7);
@@ -306,7 +306,7 @@ TEST_F(SerialOpen, refusesADeviceThatIsNoTerminalAndKeepsItsDescriptor)
     }
 }
 
-TEST_F(SerialOpen, givesOneThoughNoParameterCouldBeSet)
+TEST_F(SerialOpen, returnsOneEvenIfNoParameterCanBeSet)
 {
     calls.answer("open", 7);
     calls.answer("isatty", 1);
@@ -324,7 +324,7 @@ TEST_F(SerialOpen, givesOneThoughNoParameterCouldBeSet)
     EXPECT_TRUE(serial.isOpen());
 }
 
-TEST_F(SerialOpen, givesOneAndDoesNothingOnAnOpenLine)
+TEST_F(SerialOpen, returnsOneAndDoesNothingOnAnOpenLine)
 {
     open();
     EXPECT_EQ(serial.open(6, 115200, 7, 2, 2, 1), 1);
@@ -332,11 +332,11 @@ TEST_F(SerialOpen, givesOneAndDoesNothingOnAnOpenLine)
     EXPECT_EQ(*serial.handle, 7);
 }
 
-// --- The state behind a device that is no terminal ---
+// --- The state after opening a device that is not a terminal ---
 
 using SerialStray = SerialCalls;
 
-TEST_F(SerialStray, opensToOneWithoutAnyStep)
+TEST_F(SerialStray, returnsOneFromOpenWithoutAnyCall)
 {
     openStray();
     EXPECT_EQ(serial.open(6, 9600, 8, 1, 0, 0), 1);
@@ -354,7 +354,7 @@ TEST_F(SerialStray, neitherSendsNorReceives)
     EXPECT_EQ(take(), "");
 }
 
-TEST_F(SerialStray, takesParameters)
+TEST_F(SerialStray, acceptsParameters)
 {
     openStray();
     EXPECT_EQ(serial.setPara(9600, 8, 1, 0, 0), 1);
@@ -364,7 +364,7 @@ TEST_F(SerialStray, takesParameters)
     EXPECT_FALSE(serial.isOpen());
 }
 
-TEST_F(SerialStray, closes)
+TEST_F(SerialStray, canBeClosed)
 {
     openStray();
     serial.close();
@@ -376,7 +376,7 @@ TEST_F(SerialStray, closes)
 
 using SerialSetPara = SerialCalls;
 
-TEST_F(SerialSetPara, dropsWhatIsQueuedAheadOfSetting)
+TEST_F(SerialSetPara, flushesTheQueuesBeforeSetting)
 {
     open();
     for (int times = 0; times < 2; ++times) {
@@ -387,7 +387,7 @@ TEST_F(SerialSetPara, dropsWhatIsQueuedAheadOfSetting)
     }
 }
 
-TEST_F(SerialSetPara, givesZeroWithoutADescriptor)
+TEST_F(SerialSetPara, returnsZeroWithoutADescriptor)
 {
     EXPECT_EQ(serial.setPara(9600, 8, 1, 0, 0), 0);
 
@@ -411,7 +411,7 @@ TEST_F(SerialSetPara, setsAnEightBitLineWithoutParity)
     EXPECT_EQ(line.c_lflag, 0u);
 }
 
-TEST_F(SerialSetPara, setsTheSpeedInBothDirectionsAndAnyOtherTo9600)
+TEST_F(SerialSetPara, setsTheSpeedInBothDirectionsAndUnknownSpeedsTo9600)
 {
     const struct {
         int baud;
@@ -433,7 +433,7 @@ TEST_F(SerialSetPara, setsTheSpeedInBothDirectionsAndAnyOtherTo9600)
     }
 }
 
-TEST_F(SerialSetPara, setsTheDataBitsAndAnyOtherNumberToEight)
+TEST_F(SerialSetPara, setsTheDataBitsAndUnknownNumbersToEight)
 {
     const struct {
         int dataBits;
@@ -450,7 +450,7 @@ TEST_F(SerialSetPara, setsTheDataBitsAndAnyOtherNumberToEight)
     }
 }
 
-TEST_F(SerialSetPara, setsTwoStopBitsForTwoAloneAndOneOtherwise)
+TEST_F(SerialSetPara, setsTwoStopBitsOnlyForTwo)
 {
     for (const QByteArray& before : {zeros, ones}) {
         EXPECT_EQ(settings(before, 9600, 8, 2, 0, 0).c_cflag & CSTOPB, tcflag_t(CSTOPB));
@@ -471,7 +471,7 @@ TEST_F(SerialSetPara, setsEvenParityForTwo)
         EXPECT_EQ(settings(before, 9600, 8, 1, 2, 1).c_cflag & (PARENB | PARODD), tcflag_t(PARENB));
 }
 
-TEST_F(SerialSetPara, takesParityAwayForAnyOtherNumberAndLeavesTheFlagOfOddOnes)
+TEST_F(SerialSetPara, clearsPARENBForOtherValuesButKeepsPARODD)
 {
     for (const int parity : {0, 3, -1, INT_MAX}) {
         EXPECT_EQ(settings(zeros, 9600, 8, 1, parity, 1).c_cflag & (PARENB | PARODD), 0u) << parity;
@@ -479,7 +479,7 @@ TEST_F(SerialSetPara, takesParityAwayForAnyOtherNumberAndLeavesTheFlagOfOddOnes)
     }
 }
 
-TEST_F(SerialSetPara, checksParityOfTheInputOnlyIfTheLineDidSoBefore)
+TEST_F(SerialSetPara, neverEnablesINPCK)
 {
     for (const int parity : {1, 2}) {
         EXPECT_EQ(settings(zeros, 9600, 8, 1, parity, 1).c_iflag & INPCK, 0u);
@@ -489,7 +489,7 @@ TEST_F(SerialSetPara, checksParityOfTheInputOnlyIfTheLineDidSoBefore)
     EXPECT_EQ(settings(ones, 9600, 8, 1, 0, 1).c_iflag & INPCK, 0u);
 }
 
-// Bit 31 of the input flags: libc's own mark of an input speed of 0, which goes with any other speed.
+// Bit 31 of the input flags: libc marks an input speed of 0 with it and clears it for any other speed.
 static constexpr tcflag_t zeroSpeedMark = 0x80000000;
 
 static constexpr tcflag_t translations = BRKINT | INPCK | ISTRIP | IGNCR | ICRNL | IXON | IXANY | IXOFF;
@@ -510,7 +510,7 @@ TEST_F(SerialSetPara, leavesFlowControlAndTranslationsForAnyOtherNumber)
     }
 }
 
-TEST_F(SerialSetPara, switchesNoFlowControlOrTranslationOn)
+TEST_F(SerialSetPara, enablesNoFlowControlOrTranslation)
 {
     for (const int flowControl : {0, 1, 2, -1}) {
         for (const int parity : {0, 1, 2}) {
@@ -525,13 +525,13 @@ TEST_F(SerialSetPara, leavesAllOtherControlFlags)
 {
     for (const int flowControl : {0, 1}) {
         EXPECT_EQ(settings(ones, 115200, 5, 1, 2, flowControl).c_cflag,
-                  (~tcflag_t(CBAUD | CSIZE | CSTOPB | PARODD) | B115200 | CS5)); // CRTSCTS among those that stay
+                  (~tcflag_t(CBAUD | CSIZE | CSTOPB | PARODD) | B115200 | CS5)); // CRTSCTS is kept
         EXPECT_EQ(settings(zeros, 115200, 5, 1, 2, flowControl).c_cflag,
                   tcflag_t(B115200 | CS5 | CREAD | CLOCAL | PARENB));
     }
 }
 
-TEST_F(SerialSetPara, takesBytesRawWithATimeOfFifteenSeconds)
+TEST_F(SerialSetPara, setsRawModeWithATimeOfFifteenSeconds)
 {
     for (const int flowControl : {0, 1}) {
         const termios line = settings(ones, 9600, 8, 1, 0, flowControl);
@@ -546,7 +546,7 @@ TEST_F(SerialSetPara, takesBytesRawWithATimeOfFifteenSeconds)
     }
 }
 
-TEST_F(SerialSetPara, leavesTheOtherControlCharactersAndTheDiscipline)
+TEST_F(SerialSetPara, leavesTheOtherControlCharactersAndTheLineDiscipline)
 {
     for (const auto& [before, byte] : {std::pair(zeros, 0), std::pair(ones, 0xff)}) {
         const termios line = settings(before, 9600, 8, 1, 0, 0);
@@ -559,7 +559,7 @@ TEST_F(SerialSetPara, leavesTheOtherControlCharactersAndTheDiscipline)
     }
 }
 
-TEST_F(SerialSetPara, startsFromNothingIfTheLineDoesNotTell)
+TEST_F(SerialSetPara, startsFromZerosIfTheSettingsCannotBeRead)
 {
     open(1200, 5, 2, 1, 0);
     calls.refuse("tcgetattr", EIO);
@@ -572,7 +572,7 @@ TEST_F(SerialSetPara, startsFromNothingIfTheLineDoesNotTell)
     EXPECT_EQ(line.c_cc[VINTR], 0);
 }
 
-TEST_F(SerialSetPara, givesOneWhateverTheSystemAnswers)
+TEST_F(SerialSetPara, returnsOneWhateverTheSystemReturns)
 {
     open();
     for (const char* function : {"tcgetattr", "tcflush", "tcsetattr"}) {
@@ -588,7 +588,7 @@ TEST_F(SerialSetPara, givesOneWhateverTheSystemAnswers)
 
 using SerialSend = SerialCalls;
 
-TEST_F(SerialSend, writesOnceAndGivesTheResult)
+TEST_F(SerialSend, writesOnceAndReturnsTheResult)
 {
     open();
     for (const int result : {4, 3, 0}) {
@@ -598,7 +598,7 @@ TEST_F(SerialSend, writesOnceAndGivesTheResult)
     }
 }
 
-TEST_F(SerialSend, givesMinusOneAndLeavesErrnoWhenTheSystemRefuses)
+TEST_F(SerialSend, returnsMinusOneAndLeavesErrnoWhenTheSystemRefuses)
 {
     open();
     for (const int error : {EAGAIN, EINTR, EIO}) {
@@ -610,14 +610,14 @@ TEST_F(SerialSend, givesMinusOneAndLeavesErrnoWhenTheSystemRefuses)
     EXPECT_TRUE(serial.isOpen());
 }
 
-TEST_F(SerialSend, writesNoBytesAsWell)
+TEST_F(SerialSend, writesZeroBytesToo)
 {
     open();
     EXPECT_EQ(serial.send("a", 0), 0);
     EXPECT_EQ(take(), "write(7, [], 0)\n");
 }
 
-TEST_F(SerialSend, givesMinusOneBeforeOpeningAndAfterClosing)
+TEST_F(SerialSend, returnsMinusOneBeforeOpeningAndAfterClosing)
 {
     EXPECT_EQ(serial.send("a", 1), -1);
     open();
@@ -627,7 +627,7 @@ TEST_F(SerialSend, givesMinusOneBeforeOpeningAndAfterClosing)
     EXPECT_EQ(take(), "");
 }
 
-TEST_F(SerialSend, goesByTheFlagAlone)
+TEST_F(SerialSend, usesOnlyTheFlag)
 {
     serial.opened = true;
     calls.refuse("write", EBADF);
@@ -637,7 +637,7 @@ TEST_F(SerialSend, goesByTheFlagAlone)
 
 using SerialRecv = SerialCalls;
 
-TEST_F(SerialRecv, readsOnceAndGivesTheResult)
+TEST_F(SerialRecv, readsOnceAndReturnsTheResult)
 {
     open();
     char buffer[5] = {'.', '.', '.', '.', '.'};
@@ -651,7 +651,7 @@ TEST_F(SerialRecv, readsOnceAndGivesTheResult)
     EXPECT_EQ(take(), "read(7, 5)\n");
 }
 
-TEST_F(SerialRecv, givesMinusOneAndLeavesErrnoWhenTheSystemRefuses)
+TEST_F(SerialRecv, returnsMinusOneAndLeavesErrnoWhenTheSystemRefuses)
 {
     open();
     char letter = '.';
@@ -665,7 +665,7 @@ TEST_F(SerialRecv, givesMinusOneAndLeavesErrnoWhenTheSystemRefuses)
     EXPECT_TRUE(serial.isOpen());
 }
 
-TEST_F(SerialRecv, givesMinusOneBeforeOpeningAndAfterClosing)
+TEST_F(SerialRecv, returnsMinusOneBeforeOpeningAndAfterClosing)
 {
     char letter = '.';
     EXPECT_EQ(serial.recv(&letter, 1), -1);
@@ -676,7 +676,7 @@ TEST_F(SerialRecv, givesMinusOneBeforeOpeningAndAfterClosing)
     EXPECT_EQ(take(), "");
 }
 
-TEST_F(SerialRecv, goesByTheFlagAlone)
+TEST_F(SerialRecv, usesOnlyTheFlag)
 {
     serial.opened = true;
     char letter = '.';
@@ -689,7 +689,7 @@ TEST_F(SerialRecv, goesByTheFlagAlone)
 
 using SerialClose = SerialCalls;
 
-TEST_F(SerialClose, closesTheDescriptorWhateverTheSystemAnswers)
+TEST_F(SerialClose, closesTheDescriptorWhateverTheSystemReturns)
 {
     for (const int answer : {0, -1}) {
         open();

@@ -33,7 +33,7 @@ protected:
     void SetUp() override
     {
         if (!link->isMade())
-            GTEST_SKIP() << "no names can be made in /dev";
+            GTEST_SKIP() << "cannot create names in /dev";
     }
 
     int open(int baud = 9600, int dataBits = 8, int stopBits = 1, int parity = 0, int flowControl = 0)
@@ -41,7 +41,7 @@ protected:
         return serial.open(link->number(), baud, dataBits, stopBits, parity, flowControl);
     }
 
-    // As the line has them. A pseudo terminal takes all sizes and parities for 8 bits without parity.
+    // The current settings. A pseudo terminal replaces all sizes and parities by 8 bits without parity.
     termios settings() const
     {
         termios result = {};
@@ -49,7 +49,7 @@ protected:
         return result;
     }
 
-    // What the serial line gives until there are `size` bytes or the limit has passed.
+    // Receives from the serial line until there are `size` bytes or the limit has passed.
     std::string received(size_t size, int atOnce = 256)
     {
         std::string bytes;
@@ -65,7 +65,7 @@ protected:
         return bytes;
     }
 
-    // What the peer gives, likewise.
+    // Receives from the peer until there are `size` bytes or the limit has passed.
     std::string receivedByPeer(size_t size) const
     {
         std::string bytes;
@@ -84,7 +84,7 @@ protected:
     CSerial serial;
 };
 
-// Every byte there is, twice over, for what a line would translate or take as a command.
+// Every byte value twice, to detect bytes that the line translates or interprets.
 static std::string allBytes()
 {
     std::string bytes;
@@ -106,13 +106,13 @@ TEST_F(SerialLineOpen, setsTheParametersOfTheDevice)
     EXPECT_EQ(line.c_cflag & (CSIZE | CSTOPB | CREAD | CLOCAL), tcflag_t(CS8 | CSTOPB | CREAD | CLOCAL));
     EXPECT_EQ(line.c_iflag & (BRKINT | INPCK | ISTRIP | IGNCR | ICRNL | IXON | IXANY | IXOFF), 0u);
     EXPECT_EQ(line.c_oflag & (ONLCR | OCRNL), 0u);
-    EXPECT_EQ(line.c_oflag & OPOST, tcflag_t(OPOST)); // as it was
+    EXPECT_EQ(line.c_oflag & OPOST, tcflag_t(OPOST)); // unchanged
     EXPECT_EQ(line.c_lflag, 0u);
     EXPECT_EQ(line.c_cc[VTIME], 150);
     EXPECT_EQ(line.c_cc[VMIN], 0);
 }
 
-TEST_F(SerialLineOpen, runsAtNineThousandSixHundredForASpeedThatItDoesNotKnow)
+TEST_F(SerialLineOpen, uses9600ForAnUnknownSpeed)
 {
     EXPECT_EQ(open(57600), 1);
     const termios line = settings();
@@ -127,9 +127,9 @@ TEST_F(SerialLineOpen, leavesTheParametersOfAnOpenLine)
     EXPECT_EQ(::cfgetospeed(&line), speed_t(B19200));
 }
 
-TEST_F(SerialLineOpen, leavesTheTranslationsOfTheLineForAnotherFlowControlThanZero)
+TEST_F(SerialLineOpen, leavesTheTranslationsUnlessFlowControlIsZero)
 {
-    ASSERT_NE(settings().c_iflag & ICRNL, 0u); // as a new terminal has them
+    ASSERT_NE(settings().c_iflag & ICRNL, 0u); // default of a new terminal
     ASSERT_NE(settings().c_oflag & ONLCR, 0u);
     EXPECT_EQ(open(9600, 8, 1, 0, 1), 1);
     EXPECT_NE(settings().c_iflag & ICRNL, 0u);
@@ -140,11 +140,11 @@ TEST_F(SerialLineOpen, leavesTheTranslationsOfTheLineForAnotherFlowControlThanZe
     EXPECT_EQ(settings().c_oflag & ONLCR, 0u);
 }
 
-TEST_F(SerialLineOpen, doesNotMakeTheLineTheTerminalOfTheProgram)
+TEST_F(SerialLineOpen, doesNotMakeTheLineTheControllingTerminal)
 {
     const pid_t child = ::fork();
     if (child == 0) {
-        ::setsid(); // has no terminal from here, and would get the first that it opens
+        ::setsid(); // without a controlling terminal, which the next opened terminal would become
         const bool opened = open() == 1;
         const bool hasTerminal = ::open("/dev/tty", O_RDWR) >= 0;
         ::_exit(opened && !hasTerminal ? 0 : 1);
@@ -154,7 +154,7 @@ TEST_F(SerialLineOpen, doesNotMakeTheLineTheTerminalOfTheProgram)
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(SerialLineOpen, givesZeroForADeviceThatIsNotThere)
+TEST_F(SerialLineOpen, returnsZeroForAMissingDevice)
 {
     const int number = link->number();
     link.reset();
@@ -164,7 +164,7 @@ TEST_F(SerialLineOpen, givesZeroForADeviceThatIsNotThere)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(SerialLineOpen, givesZeroForANegativeNumber)
+TEST_F(SerialLineOpen, returnsZeroForANegativeNumber)
 {
     EXPECT_EQ(serial.open(-1, 9600, 8, 1, 0, 0), 0);
     EXPECT_FALSE(serial.isOpen());
@@ -172,7 +172,7 @@ TEST_F(SerialLineOpen, givesZeroForANegativeNumber)
 
 using SerialLineCarry = SerialLine;
 
-TEST_F(SerialLineCarry, carriesEveryByteBothWaysAsItIs)
+TEST_F(SerialLineCarry, transfersEveryByteUnchangedBothWays)
 {
     ASSERT_EQ(open(), 1);
     const std::string bytes = allBytes();
@@ -183,7 +183,7 @@ TEST_F(SerialLineCarry, carriesEveryByteBothWaysAsItIs)
     EXPECT_EQ(received(bytes.size()), bytes);
 }
 
-TEST_F(SerialLineCarry, givesWhatIsThereUpToTheLength)
+TEST_F(SerialLineCarry, returnsTheAvailableBytesUpToTheLength)
 {
     ASSERT_EQ(open(), 1);
     ASSERT_EQ(::write(peer, "abcdef", 6), 6);
@@ -198,18 +198,18 @@ TEST_F(SerialLineCarry, givesWhatIsThereUpToTheLength)
     EXPECT_EQ(received(size_t(5 - count)), std::string("bcdef").substr(size_t(count)));
 }
 
-TEST_F(SerialLineCarry, givesMinusOneAtOnceWhereNothingHasCome)
+TEST_F(SerialLineCarry, returnsMinusOneImmediatelyWithoutData)
 {
     ASSERT_EQ(open(), 1);
     const Clock::time_point start = Clock::now();
     char buffer[8];
     EXPECT_EQ(serial.recv(buffer, sizeof buffer), -1);
     EXPECT_EQ(errno, EAGAIN);
-    EXPECT_LT(msSince(start), 1000); // not the 15 s that the line is set to
+    EXPECT_LT(msSince(start), 1000); // not the 15 s set on the line
     EXPECT_TRUE(serial.isOpen());
 }
 
-TEST_F(SerialLineCarry, sendsAPartAndThenGivesMinusOneWhereThereIsNoRoom)
+TEST_F(SerialLineCarry, sendsAPartAndReturnsMinusOneWhenFull)
 {
     ASSERT_EQ(open(), 1);
     const std::string much(1 << 20, 'x');
@@ -218,7 +218,7 @@ TEST_F(SerialLineCarry, sendsAPartAndThenGivesMinusOneWhereThereIsNoRoom)
     EXPECT_LT(first, int(much.size()));
 
     int count = first;
-    for (int times = 0; count >= 0 && times < 1000; ++times) // the line takes the last bits as it finds room
+    for (int times = 0; count >= 0 && times < 1000; ++times) // the line accepts the last bytes gradually
         count = serial.send(much.data(), int(much.size()));
     EXPECT_EQ(count, -1);
     EXPECT_EQ(errno, EAGAIN);
@@ -226,7 +226,7 @@ TEST_F(SerialLineCarry, sendsAPartAndThenGivesMinusOneWhereThereIsNoRoom)
 
 using SerialLineSetPara = SerialLine;
 
-TEST_F(SerialLineSetPara, dropsWhatHasComeAndWasNotRead)
+TEST_F(SerialLineSetPara, dropsUnreadInput)
 {
     ASSERT_EQ(open(), 1);
     const Descriptor line(::open(::ptsname(peer), O_RDWR | O_NOCTTY));
@@ -254,7 +254,7 @@ TEST_F(SerialLineSetPara, changesAnOpenLine)
 
 using SerialLineClose = SerialLine;
 
-TEST_F(SerialLineClose, givesTheDescriptorBackAndOpensAgain)
+TEST_F(SerialLineClose, releasesTheDescriptorAndReopens)
 {
     const std::set<int> before = openDescriptors();
     ASSERT_EQ(open(), 1);
@@ -267,7 +267,7 @@ TEST_F(SerialLineClose, givesTheDescriptorBackAndOpensAgain)
     EXPECT_EQ(receivedByPeer(5), "again");
 }
 
-TEST_F(SerialLineClose, comesWithTheEndOfTheObject)
+TEST_F(SerialLineClose, isCalledByTheDestructor)
 {
     const std::set<int> before = openDescriptors();
     {
@@ -277,7 +277,7 @@ TEST_F(SerialLineClose, comesWithTheEndOfTheObject)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(SerialLineClose, isNeededForADeviceThatIsNoTerminal)
+TEST_F(SerialLineClose, isNeededAfterOpeningANonTerminal)
 {
     const DeviceLink none("/dev/null");
     const std::set<int> before = openDescriptors();
@@ -290,10 +290,10 @@ TEST_F(SerialLineClose, isNeededForADeviceThatIsNoTerminal)
     }
     ASSERT_EQ(left.size(), 1u);
     const Descriptor held(*left.begin());
-    EXPECT_TRUE(isOpen(held)); // though the object is gone
+    EXPECT_TRUE(isOpen(held)); // although the object is destroyed
 
     EXPECT_EQ(serial.open(none.number(), 9600, 8, 1, 0, 0), 0);
-    EXPECT_EQ(open(), 1); // for it has a descriptor
+    EXPECT_EQ(open(), 1); // as it has a descriptor
     EXPECT_FALSE(serial.isOpen());
     serial.close();
     EXPECT_EQ(open(), 1);

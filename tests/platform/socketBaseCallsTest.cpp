@@ -15,7 +15,7 @@
 
 #include <fcntl.h>
 
-// The base with nothing added but what it leaves open.
+// The base with only its pure virtual operation added.
 class PlainEndpoint : public CAbstractSocket {
 public:
     void close() override {}
@@ -32,7 +32,7 @@ static const int noDescriptors[] = {0, -1, INT_MIN};
 
 // --- The class ---
 
-// Place of a virtual operation in the table of its class: the Itanium C++ ABI keeps 1 + 8 * place in the pointer.
+// Position of a virtual operation in the table of its class: in the Itanium C++ ABI the pointer is 1 + 8 * position.
 template <typename Operation>
 static long placeInTable(Operation operation)
 {
@@ -70,7 +70,7 @@ TEST(SocketBaseClass, keepsTheOrderOfItsVirtualOperations)
     EXPECT_EQ(placeInTable(&CTcpServer::close), 2);
 }
 
-TEST(SocketBaseClass, keepsTheOrderOfItsFieldsBehindTheTable)
+TEST(SocketBaseClass, keepsTheOrderOfItsFieldsAfterTheTable)
 {
     const Open<PlainEndpoint> endpoint;
     const auto offset = [&endpoint](const void* field) {
@@ -79,13 +79,13 @@ TEST(SocketBaseClass, keepsTheOrderOfItsFieldsBehindTheTable)
     EXPECT_EQ(offset(&endpoint.handle), 8);
     EXPECT_EQ(offset(&endpoint.opened), 16);
     EXPECT_EQ(offset(&endpoint.address), 24);
-    EXPECT_EQ(offset(&endpoint.port), 56); // behind the 32 bytes of a std::string
+    EXPECT_EQ(offset(&endpoint.port), 56); // after the 32 bytes of a std::string
     EXPECT_EQ(sizeof(CAbstractSocket), 64u);
 }
 
 using SocketBaseConstruct = SocketBase;
 
-TEST_F(SocketBaseConstruct, startsWithDescriptorZeroInACellOfItsOwn)
+TEST_F(SocketBaseConstruct, startsWithDescriptorZeroInItsOwnCell)
 {
     ASSERT_NE(endpoint.handle, nullptr);
     EXPECT_EQ(*endpoint.handle, 0);
@@ -126,7 +126,7 @@ TEST_F(SocketBaseDestroy, acceptsAMissingCell)
 
 using SocketBaseIsValid = SocketBase;
 
-TEST_F(SocketBaseIsValid, takesDescriptorsFromOneUp)
+TEST_F(SocketBaseIsValid, acceptsDescriptorsFromOneUp)
 {
     for (const int descriptor : {1, 7, INT_MAX}) {
         setDescriptor(descriptor);
@@ -139,7 +139,7 @@ TEST_F(SocketBaseIsValid, takesDescriptorsFromOneUp)
     EXPECT_EQ(calls.take(), "");
 }
 
-TEST_F(SocketBaseIsValid, looksAtTheDescriptorAndNotAtTheOpenedFlag)
+TEST_F(SocketBaseIsValid, usesTheDescriptorAndNotTheOpenedFlag)
 {
     endpoint.opened = true;
     EXPECT_FALSE(endpoint.isValid());
@@ -178,7 +178,7 @@ static const struct {
 
 using SocketBaseSetRecvOverTm = SocketBase;
 
-TEST_F(SocketBaseSetRecvOverTm, handsTheTimeToTheSystem)
+TEST_F(SocketBaseSetRecvOverTm, passesTheTimeToTheSystem)
 {
     setDescriptor(7);
     for (const auto& [ms, bytes] : optionTimes) {
@@ -188,7 +188,7 @@ TEST_F(SocketBaseSetRecvOverTm, handsTheTimeToTheSystem)
     }
 }
 
-TEST_F(SocketBaseSetRecvOverTm, tellsTheResultAndTheTimeAndFlushes)
+TEST_F(SocketBaseSetRecvOverTm, printsTheResultAndTheTimeAndFlushes)
 {
     setDescriptor(7);
     endpoint.setRecvOverTm(9000);
@@ -198,7 +198,7 @@ TEST_F(SocketBaseSetRecvOverTm, tellsTheResultAndTheTimeAndFlushes)
     EXPECT_EQ(takeOutput(), "setRecvOverTm:0, -1500\n");
 }
 
-TEST_F(SocketBaseSetRecvOverTm, givesOneAndTellsMinusOneWhenTheSystemRefuses)
+TEST_F(SocketBaseSetRecvOverTm, returnsOneAndPrintsMinusOneWhenTheSystemRefuses)
 {
     setDescriptor(7);
     calls.refuse("setsockopt", EDOM);
@@ -207,7 +207,7 @@ TEST_F(SocketBaseSetRecvOverTm, givesOneAndTellsMinusOneWhenTheSystemRefuses)
     EXPECT_EQ(takeOutput(), "setRecvOverTm:-1, -1500\n");
 }
 
-TEST_F(SocketBaseSetRecvOverTm, tellsDecimalsWhateverTheProgramSetOnTheStream)
+TEST_F(SocketBaseSetRecvOverTm, printsDecimalWhateverTheStreamFlags)
 {
     setDescriptor(7);
     calls.refuse("setsockopt", EDOM);
@@ -218,11 +218,11 @@ TEST_F(SocketBaseSetRecvOverTm, tellsDecimalsWhateverTheProgramSetOnTheStream)
     const auto left = std::cout.flags(usual);
 
     EXPECT_EQ(takeOutput(), "setRecvOverTm:-1, 9000\nsetRecvOverTm:0, -1500\n");
-    EXPECT_EQ(left & std::ios_base::basefield, std::ios_base::hex) << "the program's setting is gone";
+    EXPECT_EQ(left & std::ios_base::basefield, std::ios_base::hex) << "the stream flags of the program must be kept";
     EXPECT_TRUE((left & std::ios_base::showbase) != 0 && (left & std::ios_base::showpos) != 0);
 }
 
-TEST_F(SocketBaseSetRecvOverTm, doesNothingAndTellsNothingWithoutADescriptor)
+TEST_F(SocketBaseSetRecvOverTm, doesAndPrintsNothingWithoutADescriptor)
 {
     for (const int descriptor : noDescriptors) {
         setDescriptor(descriptor);
@@ -231,7 +231,7 @@ TEST_F(SocketBaseSetRecvOverTm, doesNothingAndTellsNothingWithoutADescriptor)
     EXPECT_EQ(calls.take(), "");
 }
 
-TEST_F(SocketBaseSetRecvOverTm, takesDescriptorOne)
+TEST_F(SocketBaseSetRecvOverTm, acceptsDescriptorOne)
 {
     setDescriptor(1);
     EXPECT_EQ(endpoint.setRecvOverTm(1000), 1);
@@ -242,7 +242,7 @@ TEST_F(SocketBaseSetRecvOverTm, takesDescriptorOne)
 
 using SocketBaseSetSendOverTm = SocketBase;
 
-TEST_F(SocketBaseSetSendOverTm, handsTheTimeToTheSystemAndStaysSilent)
+TEST_F(SocketBaseSetSendOverTm, passesTheTimeToTheSystemAndPrintsNothing)
 {
     setDescriptor(7);
     for (const auto& [ms, bytes] : optionTimes) {
@@ -263,7 +263,7 @@ static const struct {
 
 using SocketBaseSetRecvBuf = SocketBase;
 
-TEST_F(SocketBaseSetRecvBuf, handsTheSizeToTheSystem)
+TEST_F(SocketBaseSetRecvBuf, passesTheSizeToTheSystem)
 {
     setDescriptor(7);
     for (const auto& [size, bytes] : bufferSizes) {
@@ -274,7 +274,7 @@ TEST_F(SocketBaseSetRecvBuf, handsTheSizeToTheSystem)
 
 using SocketBaseSetSendBuf = SocketBase;
 
-TEST_F(SocketBaseSetSendBuf, handsTheSizeToTheSystem)
+TEST_F(SocketBaseSetSendBuf, passesTheSizeToTheSystem)
 {
     setDescriptor(7);
     for (const auto& [size, bytes] : bufferSizes) {
@@ -293,7 +293,7 @@ static constexpr int (CAbstractSocket::*silentSetters[])(int) = {
 
 using SocketBaseSilentSetters = SocketBase;
 
-TEST_F(SocketBaseSilentSetters, giveOneAndLeaveErrnoWhenTheSystemRefuses)
+TEST_F(SocketBaseSilentSetters, returnOneAndLeaveErrnoWhenTheSystemRefuses)
 {
     setDescriptor(7);
     for (const auto setter : silentSetters) {
@@ -315,7 +315,7 @@ TEST_F(SocketBaseSilentSetters, doNothingWithoutADescriptor)
     EXPECT_EQ(calls.take(), "");
 }
 
-TEST_F(SocketBaseSilentSetters, takeDescriptorOne)
+TEST_F(SocketBaseSilentSetters, acceptDescriptorOne)
 {
     setDescriptor(1);
     for (const auto setter : silentSetters)
@@ -332,7 +332,7 @@ static_assert(O_NONBLOCK == 0x800); // 2048, added to the flags below
 
 using SocketBaseSetAsyncMode = SocketBase;
 
-TEST_F(SocketBaseSetAsyncMode, addsTheFlagToThoseThatAreSet)
+TEST_F(SocketBaseSetAsyncMode, addsTheFlagToTheSetOnes)
 {
     setDescriptor(7);
     calls.answer("fcntl", 2); // O_RDWR
@@ -340,13 +340,13 @@ TEST_F(SocketBaseSetAsyncMode, addsTheFlagToThoseThatAreSet)
     EXPECT_EQ(calls.take(), "fcntl(7, F_GETFL, 0)\n"
                             "fcntl(7, F_SETFL, 2050)\n");
 
-    calls.answer("fcntl", 2050); // set already: set once more
+    calls.answer("fcntl", 2050); // already set: set again
     EXPECT_EQ(endpoint.setAsyncMode(), 1);
     EXPECT_EQ(calls.take(), "fcntl(7, F_GETFL, 0)\n"
                             "fcntl(7, F_SETFL, 2050)\n");
 }
 
-TEST_F(SocketBaseSetAsyncMode, givesWhatTheSecondCallGave)
+TEST_F(SocketBaseSetAsyncMode, returnsWhetherTheSecondCallSucceeded)
 {
     setDescriptor(7);
     calls.answer("fcntl", 2);
@@ -359,7 +359,7 @@ TEST_F(SocketBaseSetAsyncMode, givesWhatTheSecondCallGave)
     EXPECT_EQ(errno, EPERM);
 }
 
-TEST_F(SocketBaseSetAsyncMode, goesOnWithTheResultOfAFirstCallThatFailed)
+TEST_F(SocketBaseSetAsyncMode, usesTheResultOfAFailedFirstCall)
 {
     setDescriptor(7);
     calls.refuse("fcntl", EBADF);
@@ -368,7 +368,7 @@ TEST_F(SocketBaseSetAsyncMode, goesOnWithTheResultOfAFirstCallThatFailed)
                             "fcntl(7, F_SETFL, -1)\n");
 }
 
-TEST_F(SocketBaseSetAsyncMode, doesNotTestTheDescriptor)
+TEST_F(SocketBaseSetAsyncMode, doesNotCheckTheDescriptor)
 {
     EXPECT_EQ(endpoint.setAsyncMode(), 1);
     EXPECT_EQ(calls.take(), "fcntl(0, F_GETFL, 0)\n"
@@ -391,7 +391,7 @@ static const struct {
     {"getsockname", &CAbstractSocket::getSockName},
 };
 
-TEST_F(SocketBaseNames, giveAddressAndPort)
+TEST_F(SocketBaseNames, returnAddressAndPort)
 {
     setDescriptor(7);
     const struct {
@@ -431,7 +431,7 @@ TEST_F(SocketBaseNames, leaveBothOutputsAndErrnoOnFailure)
     }
 }
 
-TEST_F(SocketBaseNames, takeAnyOtherResultThanZeroForAFailure)
+TEST_F(SocketBaseNames, treatAnyNonzeroResultAsFailure)
 {
     setDescriptor(7);
     for (const auto& [function, query] : nameQueries) {
@@ -444,7 +444,7 @@ TEST_F(SocketBaseNames, takeAnyOtherResultThanZeroForAFailure)
     }
 }
 
-TEST_F(SocketBaseNames, doNotTestTheDescriptor)
+TEST_F(SocketBaseNames, doNotCheckTheDescriptor)
 {
     for (const auto& [function, query] : nameQueries) {
         for (const int descriptor : {0, -1}) {
@@ -458,7 +458,7 @@ TEST_F(SocketBaseNames, doNotTestTheDescriptor)
     }
 }
 
-TEST_F(SocketBaseNames, leaveTheFieldsOfTheSameName)
+TEST_F(SocketBaseNames, leaveTheFieldsAddressAndPort)
 {
     setDescriptor(7);
     for (const auto& [function, query] : nameQueries) {
@@ -483,7 +483,7 @@ TEST_F(SocketBaseIsReadable, watchesItsDescriptorForReading)
     EXPECT_EQ(calls.take(), "select(8, {7}, null, null, {1, 500000})\n");
 }
 
-TEST_F(SocketBaseIsReadable, handsTheTimeToTheSystem)
+TEST_F(SocketBaseIsReadable, passesTheTimeToTheSystem)
 {
     setDescriptor(7);
     for (const auto& [ms, text] : selectTimes) {
@@ -492,14 +492,14 @@ TEST_F(SocketBaseIsReadable, handsTheTimeToTheSystem)
     }
 }
 
-TEST_F(SocketBaseIsReadable, givesZeroWhenTheTimeHasPassed)
+TEST_F(SocketBaseIsReadable, returnsZeroOnATimeOut)
 {
     setDescriptor(7);
     calls.answerSelect(0, {}, {}, {});
     EXPECT_EQ(endpoint.isReadable(20), 0);
 }
 
-TEST_F(SocketBaseIsReadable, givesMinusOneOnceAndLeavesErrnoWhenSelectFails)
+TEST_F(SocketBaseIsReadable, returnsMinusOneAndLeavesErrnoWhenSelectFails)
 {
     setDescriptor(7);
     for (const int error : {EINTR, EINVAL, EBADF}) {
@@ -512,7 +512,7 @@ TEST_F(SocketBaseIsReadable, givesMinusOneOnceAndLeavesErrnoWhenSelectFails)
     EXPECT_EQ(endpoint.isReadable(20), -1);
 }
 
-TEST_F(SocketBaseIsReadable, givesTheBitAndNotTheCount)
+TEST_F(SocketBaseIsReadable, returnsTheBitAndNotTheCount)
 {
     setDescriptor(7);
     calls.answerSelect(1, {}, {}, {});
@@ -535,7 +535,7 @@ TEST_F(SocketBaseIsReadable, watchesStandardInputBeforeItWasEverOpened)
     EXPECT_EQ(calls.take(), "select(1, {0}, null, null, {0, 20000})\n");
 }
 
-TEST_F(SocketBaseIsReadable, waitsForNothingAndGivesOneOnceClosed)
+TEST_F(SocketBaseIsReadable, watchesNothingAndReturnsOneOnceClosed)
 {
     setDescriptor(-1);
     calls.answerSelect(0, {}, {}, {});

@@ -20,7 +20,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-TEST(SocketTimeOuts, standOnTheDescriptorInMilliseconds)
+TEST(SocketTimeOuts, areSetOnTheDescriptorInMilliseconds)
 {
     Open<CTcpSocket> socket;
     EXPECT_EQ(socket.setRecvOverTm(1500), 1);
@@ -29,7 +29,7 @@ TEST(SocketTimeOuts, standOnTheDescriptorInMilliseconds)
     EXPECT_EQ(timeOutMs(*socket.handle, SO_SNDTIMEO), 2300);
 }
 
-TEST(SocketTimeOuts, endWithZero)
+TEST(SocketTimeOuts, areRemovedByZero)
 {
     Open<CTcpSocket> socket;
     socket.setRecvOverTm(1500);
@@ -40,7 +40,7 @@ TEST(SocketTimeOuts, endWithZero)
     EXPECT_EQ(timeOutMs(*socket.handle, SO_SNDTIMEO), 0);
 }
 
-TEST(SocketTimeOuts, stayWhenTheSystemRefusesANegativeFraction)
+TEST(SocketTimeOuts, areKeptWhenTheSystemRefusesANegativeFraction)
 {
     Open<CTcpSocket> socket;
     socket.setRecvOverTm(2000);
@@ -51,10 +51,10 @@ TEST(SocketTimeOuts, stayWhenTheSystemRefusesANegativeFraction)
     EXPECT_EQ(timeOutMs(*socket.handle, SO_SNDTIMEO), 2000);
 }
 
-TEST(SocketTimeOuts, endAReadAtOnceWhenAWholeNegativeSecond)
+TEST(SocketTimeOuts, endAReadImmediatelyIfNegativeByAWholeSecond)
 {
     Connection connection;
-    connection.socket.setRecvOverTm(limitMs); // ends the test if the next one is refused
+    connection.socket.setRecvOverTm(limitMs); // limits the test if the next one is refused
     EXPECT_EQ(connection.socket.setRecvOverTm(-1000), 1);
     const auto start = Clock::now();
     char byte = 0;
@@ -62,7 +62,7 @@ TEST(SocketTimeOuts, endAReadAtOnceWhenAWholeNegativeSecond)
     EXPECT_LT(msSince(start), limitMs / 2);
 }
 
-TEST(SocketTimeOuts, endWithTheDescriptor)
+TEST(SocketTimeOuts, areLostWithTheDescriptor)
 {
     const Listener listener(5);
     Open<CTcpSocket> socket;
@@ -73,13 +73,13 @@ TEST(SocketTimeOuts, endWithTheDescriptor)
     EXPECT_EQ(timeOutMs(*socket.handle, SO_RCVTIMEO), 0);
 }
 
-TEST(SocketTimeOuts, showOnStandardOutputForReadingAlone)
+TEST(SocketTimeOuts, arePrintedOnlyForReading)
 {
     Pipe output;
     {
         CTcpSocket socket;
         CTcpServer server;
-        std::fflush(stdout); // what the test program has in hand
+        std::fflush(stdout); // what the test program has buffered
         const Replacement standardOutput(STDOUT_FILENO, output.writeEnd);
         socket.setRecvOverTm(9000);
         socket.setSendOverTm(9000);
@@ -94,7 +94,7 @@ TEST(SocketTimeOuts, showOnStandardOutputForReadingAlone)
     EXPECT_STREQ(text, "setRecvOverTm:0, 9000\nsetRecvOverTm:-1, -1500\n");
 }
 
-TEST(SocketBuffers, takeTheSizeLikeAPlainSocket)
+TEST(SocketBuffers, areSetAsOnAPlainSocket)
 {
     const int size = 10000;
     const Descriptor plain = plainSocket();
@@ -126,7 +126,7 @@ TEST(SocketSetAsyncMode, failsOnAClosedSocket)
     EXPECT_EQ(errno, EBADF);
 }
 
-TEST(SocketNames, giveBothEndsOfAConnection)
+TEST(SocketNames, returnBothEndsOfAConnection)
 {
     Connection connection;
     std::string address;
@@ -158,7 +158,7 @@ TEST(SocketNames, leaveTheOutputsWithoutAPeerOrASocket)
     EXPECT_EQ(port, 99);
 }
 
-TEST(SocketIsReadable, tellsDataAndTheEndOfTheStream)
+TEST(SocketIsReadable, reportsDataAndTheEndOfTheStream)
 {
     Connection connection;
     EXPECT_EQ(connection.socket.isReadable(0), 0);
@@ -174,7 +174,7 @@ TEST(SocketIsReadable, tellsDataAndTheEndOfTheStream)
     EXPECT_EQ(connection.socket.isReadable(limitMs), 1);
 }
 
-TEST(SocketIsReadable, tellsAWaitingConnection)
+TEST(SocketIsReadable, reportsAPendingConnection)
 {
     CTcpServer server;
     ASSERT_EQ(server.open("127.1", 0, 5), 1);
@@ -205,8 +205,8 @@ TEST(SocketIsReadable, watchesStandardInputBeforeItWasEverOpened)
     EXPECT_EQ(server.isReadable(limitMs), 1);
 }
 
-// Every form waits out its time on a closed socket. The read that follows fails.
-TEST(ClosedSocket, showsSetBitsWhenTheTimeHasPassed)
+// Every form waits the full time on a closed socket. The following read fails.
+TEST(ClosedSocket, returnsSetBitsOnATimeOut)
 {
     CTcpSocket socket;
     socket.close();
@@ -241,14 +241,14 @@ TEST(ClosedSocket, showsSetBitsWhenTheTimeHasPassed)
     EXPECT_EQ(rows[0].exceptional, 1);
 }
 
-// A connection whose descriptor lies behind the 1024 bits of an fd_set.
+// A connection whose descriptor is beyond the 1024 bits of an fd_set.
 class HighDescriptor : public testing::Test {
 protected:
     void SetUp() override
     {
         ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &kept), 0);
         if (kept.rlim_max != RLIM_INFINITY && kept.rlim_max < 2000)
-            GTEST_SKIP() << "the system allows " << kept.rlim_max << " descriptors only";
+            GTEST_SKIP() << "the system allows only " << kept.rlim_max << " descriptors";
         rlimit raised = kept;
         raised.rlim_cur = std::max<rlim_t>(kept.rlim_cur, 2000);
         ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &raised), 0);

@@ -16,7 +16,7 @@ class TcpServerCalls : public EndpointCalls {
 protected:
     Open<CTcpServer> server;
 
-    // As descriptor 7; the calls of that are forgotten.
+    // Listens with descriptor 7 and discards the recorded calls.
     void listen()
     {
         calls.answer("socket", 7);
@@ -27,7 +27,7 @@ protected:
 
 using TcpServerConstructCalls = TcpServerCalls;
 
-TEST_F(TcpServerConstructCalls, makesNoSocket)
+TEST_F(TcpServerConstructCalls, createsNoSocket)
 {
     EXPECT_EQ(calls.take(), "");
     EXPECT_EQ(*server.handle, 0);
@@ -46,13 +46,13 @@ TEST_F(TcpServerConstructCalls, leavesNothingToSet)
 
 using TcpServerOpenCalls = TcpServerCalls;
 
-// The calls of an open up to the bind, with socket(2) giving 7.
+// The calls of open() before bind(2), with socket(2) returning 7.
 static const std::string serverOptions = "socket(AF_INET, SOCK_STREAM, 0)\n"
                                          "setsockopt(7, IPPROTO_TCP, TCP_NODELAY, [01], 1)\n"
                                          "setsockopt(7, SOL_SOCKET, SO_REUSEADDR, [01 00 00 00], 4)\n"
                                          "signal(SIGPIPE, SIG_IGN)\n";
 
-TEST_F(TcpServerOpenCalls, makesASocketBindsAndListens)
+TEST_F(TcpServerOpenCalls, createsASocketBindsAndListens)
 {
     calls.answer("socket", 7);
     EXPECT_EQ(server.open("192.168.10.20", 1502, 5), 1);
@@ -60,11 +60,11 @@ TEST_F(TcpServerOpenCalls, makesASocketBindsAndListens)
                                             "listen(7, 5)\n");
     EXPECT_EQ(*server.handle, 7);
     EXPECT_TRUE(server.opened);
-    EXPECT_EQ(server.address, ""); // kept by no one
+    EXPECT_EQ(server.address, ""); // not stored
     EXPECT_EQ(server.port, 0);
 }
 
-TEST_F(TcpServerOpenCalls, givesTheAddressInNetworkOrder)
+TEST_F(TcpServerOpenCalls, passesTheAddressInNetworkOrder)
 {
     for (const auto& [text, port, shown] : localAddresses) {
         calls.answer("socket", 7);
@@ -75,7 +75,7 @@ TEST_F(TcpServerOpenCalls, givesTheAddressInNetworkOrder)
     }
 }
 
-TEST_F(TcpServerOpenCalls, handsTheBacklogOnAsItIs)
+TEST_F(TcpServerOpenCalls, passesTheBacklogUnchanged)
 {
     for (const int backlog : {0, 1, 128, 100000, -1}) {
         calls.answer("socket", 7);
@@ -85,7 +85,7 @@ TEST_F(TcpServerOpenCalls, handsTheBacklogOnAsItIs)
     }
 }
 
-TEST_F(TcpServerOpenCalls, takesDescriptorOneAndNoneBelow)
+TEST_F(TcpServerOpenCalls, acceptsDescriptorsFromOneUp)
 {
     for (const int descriptor : {0, -1}) {
         calls.answer("socket", descriptor);
@@ -111,7 +111,7 @@ TEST_F(TcpServerOpenCalls, ignoresRefusedOptions)
                                             "listen(7, 5)\n");
 }
 
-TEST_F(TcpServerOpenCalls, leavesTheSocketOutOfReachWhenBindFails)
+TEST_F(TcpServerOpenCalls, leaksTheSocketWhenBindFails)
 {
     {
         Open<CTcpServer> other;
@@ -128,7 +128,7 @@ TEST_F(TcpServerOpenCalls, leavesTheSocketOutOfReachWhenBindFails)
     EXPECT_EQ(calls.take(), "");
 }
 
-TEST_F(TcpServerOpenCalls, leavesTheSocketOutOfReachWhenListenFails)
+TEST_F(TcpServerOpenCalls, leaksTheSocketWhenListenFails)
 {
     {
         Open<CTcpServer> other;
@@ -157,14 +157,14 @@ TEST_F(TcpServerOpenCalls, replacesASocketWithoutClosingIt)
     EXPECT_EQ(*server.handle, 7);
 
     calls.answer("socket", 7);
-    EXPECT_EQ(server.open("", 1502, 5), 1); // of a listening one too
+    EXPECT_EQ(server.open("", 1502, 5), 1); // also while listening
     EXPECT_EQ(calls.take(), serverOptions + "bind(7, {AF_INET, 05 de, 00 00 00 00}, 16)\n"
                                             "listen(7, 5)\n");
 }
 
 using TcpServerAcceptCalls = TcpServerCalls;
 
-TEST_F(TcpServerAcceptCalls, makesASocketAndReplacesItsDescriptorWithoutClosingIt)
+TEST_F(TcpServerAcceptCalls, createsASocketAndReplacesItsDescriptorWithoutClosingIt)
 {
     listen();
     calls.answer("accept", 9, peerBytes);
@@ -176,12 +176,12 @@ TEST_F(TcpServerAcceptCalls, makesASocketAndReplacesItsDescriptorWithoutClosingI
         EXPECT_EQ(calls.take(), "accept(7, 16)\n" + opening(10) + takeover(9));
     }
     EXPECT_EQ(calls.take(), "shutdown(9, SHUT_RDWR)\n"
-                            "close(9)\n"); // 10 stays
+                            "close(9)\n"); // 10 stays open
     EXPECT_TRUE(server.opened);
     EXPECT_EQ(*server.handle, 7);
 }
 
-TEST_F(TcpServerAcceptCalls, givesTheConnectionEvenWithoutASocketOfItsOwn)
+TEST_F(TcpServerAcceptCalls, returnsTheConnectionEvenWithoutASocketOfItsOwn)
 {
     listen();
     calls.answer("accept", 9, peerBytes);
@@ -192,7 +192,7 @@ TEST_F(TcpServerAcceptCalls, givesTheConnectionEvenWithoutASocketOfItsOwn)
     EXPECT_EQ(calls.take(), "accept(7, 16)\n" + makesSocket + takeover(9));
 }
 
-TEST_F(TcpServerAcceptCalls, takesDescriptorZero)
+TEST_F(TcpServerAcceptCalls, acceptsDescriptorZero)
 {
     listen();
     calls.answer("accept", 0, peerBytes);
@@ -202,7 +202,7 @@ TEST_F(TcpServerAcceptCalls, takesDescriptorZero)
     EXPECT_EQ(descriptorOf(*accepted), 0);
 }
 
-TEST_F(TcpServerAcceptCalls, givesNullOnceAndLeavesErrnoWhenItFails)
+TEST_F(TcpServerAcceptCalls, returnsNullAndLeavesErrnoWhenItFails)
 {
     listen();
     for (const int error : {EINTR, EAGAIN, ECONNABORTED, EMFILE}) {
@@ -213,7 +213,7 @@ TEST_F(TcpServerAcceptCalls, givesNullOnceAndLeavesErrnoWhenItFails)
     }
 }
 
-TEST_F(TcpServerAcceptCalls, doesNotTestTheDescriptor)
+TEST_F(TcpServerAcceptCalls, doesNotCheckTheDescriptor)
 {
     calls.refuse("accept", ENOTSOCK);
     EXPECT_EQ(server.accept(), nullptr);
@@ -290,7 +290,7 @@ TEST_F(TcpServerDestroyCalls, closesAListeningServerOnly)
 
 class GqSocketSelectCalls : public EndpointCalls {
 protected:
-    // A further row, with a socket on that descriptor and outputs that stand out.
+    // Adds a row with a socket on that descriptor and recognisable outputs.
     void add(int descriptor)
     {
         calls.answer("socket", 7);
@@ -339,7 +339,7 @@ TEST_F(GqSocketSelectCalls, watchesEverySocketInAllThreeSets)
     EXPECT_EQ(calls.take(), "select(71, {8, 9, 70}, {8, 9, 70}, {8, 9, 70}, {1, 500000})\n");
 }
 
-TEST_F(GqSocketSelectCalls, handsTheTimeToTheSystem)
+TEST_F(GqSocketSelectCalls, passesTheTimeToTheSystem)
 {
     add(7);
     for (const auto& [ms, text] : selectTimes) {
@@ -348,7 +348,7 @@ TEST_F(GqSocketSelectCalls, handsTheTimeToTheSystem)
     }
 }
 
-TEST_F(GqSocketSelectCalls, givesEachRowItsBitsAndTheTotal)
+TEST_F(GqSocketSelectCalls, setsTheBitsOfEachRowAndReturnsTheTotal)
 {
     add(9);
     add(70);
@@ -359,14 +359,14 @@ TEST_F(GqSocketSelectCalls, givesEachRowItsBitsAndTheTotal)
     expect(1, 0, 1, 1);
     expect(2, 0, 0, 1);
 
-    calls.answerSelect(8, {8}, {}, {9}); // nothing is counted anew
+    calls.answerSelect(8, {8}, {}, {9}); // the count is not recomputed
     EXPECT_EQ(CGqSocket::select(rows, 20), 8);
     expect(0, 0, 0, 1);
     expect(1, 0, 0, 0);
     expect(2, 1, 0, 0);
 }
 
-TEST_F(GqSocketSelectCalls, leavesWhatTheCallerPutIntoARow)
+TEST_F(GqSocketSelectCalls, leavesTheCallersFieldsOfARow)
 {
     add(9);
     calls.answerSelect(1, {9}, {}, {});
@@ -376,7 +376,7 @@ TEST_F(GqSocketSelectCalls, leavesWhatTheCallerPutIntoARow)
     EXPECT_EQ(*sockets[0]->handle, 9);
 }
 
-TEST_F(GqSocketSelectCalls, writesZerosToEveryRowWhenTheTimeHasPassed)
+TEST_F(GqSocketSelectCalls, writesZerosToEveryRowOnATimeOut)
 {
     add(9);
     add(8);
@@ -386,7 +386,7 @@ TEST_F(GqSocketSelectCalls, writesZerosToEveryRowWhenTheTimeHasPassed)
     expect(1, 0, 0, 0);
 }
 
-TEST_F(GqSocketSelectCalls, givesTheFailureAsItIsAndLeavesTheRows)
+TEST_F(GqSocketSelectCalls, returnsTheFailureAndLeavesTheRows)
 {
     add(9);
     add(8);
@@ -402,7 +402,7 @@ TEST_F(GqSocketSelectCalls, givesTheFailureAsItIsAndLeavesTheRows)
     expect(1, 91, 92, 93);
 }
 
-TEST_F(GqSocketSelectCalls, servesASocketThatStandsInTwoRows)
+TEST_F(GqSocketSelectCalls, fillsBothRowsOfASocketListedTwice)
 {
     add(9);
     rows.push_back(rows[0]);
@@ -413,7 +413,7 @@ TEST_F(GqSocketSelectCalls, servesASocketThatStandsInTwoRows)
     expect(1, 0, 1, 0);
 }
 
-TEST_F(GqSocketSelectCalls, skipsNoSocketWhateverItsState)
+TEST_F(GqSocketSelectCalls, watchesSocketsInAnyState)
 {
     add(9);
     add(0);
@@ -426,7 +426,7 @@ TEST_F(GqSocketSelectCalls, skipsNoSocketWhateverItsState)
     expect(1, 1, 0, 0);
 }
 
-TEST_F(GqSocketSelectCalls, givesSetBitsForAClosedSocketAmongOthers)
+TEST_F(GqSocketSelectCalls, returnsSetBitsForAClosedSocketAmongOthers)
 {
     add(-1);
     add(9);
@@ -439,12 +439,12 @@ TEST_F(GqSocketSelectCalls, givesSetBitsForAClosedSocketAmongOthers)
     expect(2, 1, 1, 1);
 }
 
-TEST_F(GqSocketSelectCalls, givesSetBitsForAClosedSocketAlone)
+TEST_F(GqSocketSelectCalls, returnsSetBitsForAClosedSocketAlone)
 {
     add(-1);
     calls.answerSelect(0, {}, {}, {});
     EXPECT_EQ(CGqSocket::select(rows, 20), 0);
-    EXPECT_EQ(calls.take(), "select(1, {}, {}, {}, {0, 20000})\n"); // the highest descriptor starts from 0
+    EXPECT_EQ(calls.take(), "select(1, {}, {}, {}, {0, 20000})\n"); // the maximum starts at 0
     expect(0, 1, 1, 1);
 }
 

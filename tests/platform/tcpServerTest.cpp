@@ -31,9 +31,9 @@ static int portOf(CTcpServer& server)
 
 TEST(TcpServerOpen, listensOnEveryInterfaceForTheLoopbackAddress)
 {
-    for (const char* told : {"", "127.0.0.1", "0.0.0.0"}) {
+    for (const char* given : {"", "127.0.0.1", "0.0.0.0"}) {
         CTcpServer server;
-        ASSERT_EQ(server.open(told, 0, 5), 1);
+        ASSERT_EQ(server.open(given, 0, 5), 1);
         std::string address;
         int port = 0;
         EXPECT_EQ(server.getSockName(address, port), 1);
@@ -51,7 +51,7 @@ TEST(TcpServerOpen, listensOnOneAddressOtherwise)
     EXPECT_LT(connected("127.0.0.2", portOf(server)), 0);
 }
 
-TEST(TcpServerOpen, givesASocketWithItsOptions)
+TEST(TcpServerOpen, createsASocketWithItsOptions)
 {
     const Descriptor plain = plainSocket();
     Open<CTcpServer> server;
@@ -75,7 +75,7 @@ TEST(TcpServerOpen, ignoresSigpipe)
     EXPECT_TRUE(isIgnored(SIGPIPE));
 }
 
-TEST(TcpServerOpen, leavesADescriptorThatCouldNotBindOpenForEver)
+TEST(TcpServerOpen, leaksADescriptorThatCouldNotBind)
 {
     const Listener listener(5);
     const std::set<int> before = openDescriptors();
@@ -108,7 +108,7 @@ TEST(TcpServerOpen, listensAgainAfterClosing)
     EXPECT_GE(connected("127.0.0.1", reserved.port()), 0);
 }
 
-// Accepts, and closes at its end the descriptor that stays behind for good.
+// Accepts, and finally closes the leaked descriptor.
 class Acceptance {
 public:
     explicit Acceptance(CTcpServer& server) : before(openDescriptors()), socket(server.accept()) {}
@@ -137,7 +137,7 @@ protected:
     Descriptor client;
 };
 
-TEST_F(TcpServerAccept, handsOutTheConnection)
+TEST_F(TcpServerAccept, returnsTheConnection)
 {
     const Acceptance accepted(server);
     ASSERT_NE(accepted.socket, nullptr);
@@ -158,7 +158,7 @@ TEST_F(TcpServerAccept, handsOutTheConnection)
     EXPECT_EQ(port, ntohs(local.sin_port));
 }
 
-TEST_F(TcpServerAccept, leavesOneFurtherDescriptorOpenForEver)
+TEST_F(TcpServerAccept, leaksOneMoreDescriptor)
 {
     Acceptance accepted(server);
     ASSERT_NE(accepted.socket, nullptr);
@@ -173,7 +173,7 @@ TEST_F(TcpServerAccept, leavesOneFurtherDescriptorOpenForEver)
     EXPECT_EQ(option(*added.begin(), SOL_SOCKET, SO_TYPE), SOCK_STREAM);
 }
 
-TEST_F(TcpServerAccept, givesTheConnectionTheOptionsOfATakeover)
+TEST_F(TcpServerAccept, setsTheOptionsOfATakeoverOnTheConnection)
 {
     const Acceptance accepted(server);
     ASSERT_NE(accepted.socket, nullptr);
@@ -184,7 +184,7 @@ TEST_F(TcpServerAccept, givesTheConnectionTheOptionsOfATakeover)
     EXPECT_FALSE(isNonBlocking(connection));
 }
 
-TEST_F(TcpServerAccept, endsTheConnectionWithTheObject)
+TEST_F(TcpServerAccept, closesTheConnectionWithTheObject)
 {
     Acceptance accepted(server);
     ASSERT_NE(accepted.socket, nullptr);
@@ -192,7 +192,7 @@ TEST_F(TcpServerAccept, endsTheConnectionWithTheObject)
     EXPECT_TRUE(isAtEnd(client));
 }
 
-TEST_F(TcpServerAccept, handsOutConnectionsInTheirOrder)
+TEST_F(TcpServerAccept, returnsConnectionsInOrder)
 {
     const Descriptor second = connected("127.0.0.1", portOf(server));
     const Acceptance first(server);
@@ -205,10 +205,10 @@ TEST_F(TcpServerAccept, handsOutConnectionsInTheirOrder)
     EXPECT_EQ(received(second, 1), "2");
 }
 
-TEST(TcpServerAcceptFailure, givesNullWithoutAServer)
+TEST(TcpServerAcceptFailure, returnsNullWithoutAServer)
 {
     const Pipe input;
-    const Replacement standardInput(STDIN_FILENO, input.readEnd); // what a server that was never opened works on
+    const Replacement standardInput(STDIN_FILENO, input.readEnd); // used by a server that was never opened
     const std::set<int> before = openDescriptors();
     CTcpServer server;
     EXPECT_EQ(server.accept(), nullptr);
@@ -221,7 +221,7 @@ TEST(TcpServerAcceptFailure, givesNullWithoutAServer)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST(TcpServerAcceptFailure, givesNullWhenTheTimeHasPassed)
+TEST(TcpServerAcceptFailure, returnsNullOnATimeOut)
 {
     CTcpServer server;
     ASSERT_EQ(server.open("127.1", 0, 5), 1);
@@ -271,7 +271,7 @@ TEST(GqSocketSelect, sleepsOnAnEmptyList)
     EXPECT_EQ(errno, EINVAL);
 }
 
-TEST(GqSocketSelect, tellsEachSocketsState)
+TEST(GqSocketSelect, reportsTheStateOfEachSocket)
 {
     Connection quiet;
     Connection full;
@@ -287,7 +287,7 @@ TEST(GqSocketSelect, tellsEachSocketsState)
     expectRow(rows[2], 1, 1, 0);
 }
 
-TEST(GqSocketSelect, givesZerosWhenTheTimeHasPassed)
+TEST(GqSocketSelect, returnsZerosOnATimeOut)
 {
     Connection first;
     Connection second;
@@ -308,7 +308,7 @@ TEST(GqSocketSelect, leavesTheRowsWhenItFails)
     EXPECT_EQ(CGqSocket::select(rows, -1), -1);
     expectRow(rows[0], 91, 92, 93);
 
-    Open<CTcpSocket> stale; // its descriptor was closed behind its back
+    Open<CTcpSocket> stale; // its descriptor has been closed by others
     ::close(*stale.handle);
     stale.opened = false;
     rows.push_back(row(stale));
@@ -318,13 +318,13 @@ TEST(GqSocketSelect, leavesTheRowsWhenItFails)
     expectRow(rows[1], 91, 92, 93);
 }
 
-TEST(GqSocketSelect, goesOnWithAClosedSocketInTheList)
+TEST(GqSocketSelect, worksWithAClosedSocketInTheList)
 {
     Connection connection;
     CTcpSocket closed;
     closed.close();
     std::vector<TcpSocketStatus> rows = {row(closed), row(connection.socket), row(closed)};
-    EXPECT_EQ(CGqSocket::select(rows, limitMs), 1); // the closed ones do not count
+    EXPECT_EQ(CGqSocket::select(rows, limitMs), 1); // closed ones are not counted
     expectRow(rows[0], 1, 1, 1);
     expectRow(rows[1], 0, 1, 0);
     expectRow(rows[2], 1, 1, 1);
@@ -332,7 +332,7 @@ TEST(GqSocketSelect, goesOnWithAClosedSocketInTheList)
 
 // --- Threads ---
 
-TEST(Endpoints, workApartOnThreadsOfTheirOwn)
+TEST(Endpoints, workIndependentlyOnSeparateThreads)
 {
     const auto exchange = [] {
         Connection connection;

@@ -33,7 +33,7 @@ static_assert(std::is_same_v<decltype(&CTcpServer::open), int (CTcpServer::*)(co
 static_assert(std::is_same_v<decltype(&CTcpServer::accept), CTcpSocket* (CTcpServer::*)()>);
 static_assert(std::is_same_v<decltype(&CGqSocket::select), int (*)(std::vector<TcpSocketStatus>&, int)>);
 
-// An inherited operation belongs to the base, even when it is named through the derived class.
+// A pointer to an inherited operation has the type of the base, even if named through the derived class.
 static_assert(std::is_same_v<decltype(&CTcpSocket::setRecvOverTm), int (CAbstractSocket::*)(int)>);
 static_assert(std::is_same_v<decltype(&CTcpSocket::setSendOverTm), int (CAbstractSocket::*)(int)>);
 static_assert(std::is_same_v<decltype(&CTcpServer::setRecvOverTm), int (CAbstractSocket::*)(int)>);
@@ -90,7 +90,7 @@ TEST_F(TcpSocketConstructCalls, staysClosedWithoutASocket)
     EXPECT_EQ(calls.take(), makesSocket);
 }
 
-// A socket that its constructor opened as descriptor 7, the calls of that forgotten.
+// A socket opened by its constructor with descriptor 7. The recorded calls are discarded.
 class TcpSocketCalls : public EndpointCalls {
 protected:
     TcpSocketCalls() : socket(newSocket()) { calls.take(); }
@@ -123,7 +123,7 @@ TEST_F(TcpSocketOpenCalls, setsTheOptionsInOrder)
     EXPECT_TRUE(socket.opened);
 }
 
-TEST_F(TcpSocketOpenCalls, takesDescriptorOne)
+TEST_F(TcpSocketOpenCalls, acceptsDescriptorOne)
 {
     close();
     calls.answer("socket", 1);
@@ -132,7 +132,7 @@ TEST_F(TcpSocketOpenCalls, takesDescriptorOne)
     EXPECT_TRUE(socket.opened);
 }
 
-TEST_F(TcpSocketOpenCalls, givesZeroBelowDescriptorOneAndKeepsTheValue)
+TEST_F(TcpSocketOpenCalls, returnsZeroBelowDescriptorOneAndStoresTheValue)
 {
     for (const int descriptor : {0, -1, -2}) {
         close();
@@ -165,35 +165,35 @@ TEST_F(TcpSocketOpenCalls, replacesAnOpenSocketWithoutClosingIt)
     EXPECT_TRUE(socket.opened);
 }
 
-TEST_F(TcpSocketOpenCalls, losesAnOpenSocketEvenWhenThereIsNoNewOne)
+TEST_F(TcpSocketOpenCalls, losesAnOpenSocketEvenWithoutANewOne)
 {
     calls.refuse("socket", EMFILE);
     EXPECT_EQ(socket.open(), 0);
     EXPECT_EQ(calls.take(), makesSocket);
     EXPECT_EQ(*socket.handle, -1);
-    EXPECT_TRUE(socket.opened); // nothing but the descriptor changes
+    EXPECT_TRUE(socket.opened); // only the descriptor changes
 }
 
 // --- Connecting ---
 
 using TcpSocketConnectCalls = TcpSocketCalls;
 
-TEST_F(TcpSocketConnectCalls, givesTheAddressInNetworkOrder)
+TEST_F(TcpSocketConnectCalls, passesTheAddressInNetworkOrder)
 {
     const struct {
         const char* text;
         int port;
-        const char* shown; // port and address as they lie in memory
+        const char* shown; // port and address, in memory order
     } targets[] = {
         {"127.0.0.1", 1502, "05 de, 7f 00 00 01"}, // no special address here
         {"192.168.10.20", 80, "00 50, c0 a8 0a 14"},
         {"0.0.0.0", 1502, "05 de, 00 00 00 00"},
         {"127.1", 1502, "05 de, 7f 00 00 01"},
         {"255.255.255.255", 65535, "ff ff, ff ff ff ff"},
-        {"", 1502, "05 de, ff ff ff ff"}, // what inet_addr has no number for
+        {"", 1502, "05 de, ff ff ff ff"}, // inet_addr() fails
         {"localhost", 1502, "05 de, ff ff ff ff"},
         {"127.0.0.1.", 1502, "05 de, ff ff ff ff"},
-        {"127.0.0.1", 0, "00 00, 7f 00 00 01"}, // of a port the low 16 bits
+        {"127.0.0.1", 0, "00 00, 7f 00 00 01"}, // only the low 16 bits of a port are used
         {"127.0.0.1", 65536 + 1502, "05 de, 7f 00 00 01"},
         {"127.0.0.1", -1, "ff ff, 7f 00 00 01"},
         {"127.0.0.1", -65536, "00 00, 7f 00 00 01"},
@@ -204,17 +204,17 @@ TEST_F(TcpSocketConnectCalls, givesTheAddressInNetworkOrder)
     }
 }
 
-TEST_F(TcpSocketConnectCalls, givesOneOnSuccess)
+TEST_F(TcpSocketConnectCalls, returnsOneOnSuccess)
 {
     EXPECT_EQ(socket.connect("127.0.0.1", 1502, false), 1);
     calls.answer("connect", 5);
     EXPECT_EQ(socket.connect("127.0.0.1", 1502, false), 1);
 
-    errno = EINPROGRESS; // of an earlier call
+    errno = EINPROGRESS; // from an earlier call
     EXPECT_EQ(socket.connect("127.0.0.1", 1502, false), 1);
 }
 
-TEST_F(TcpSocketConnectCalls, mapsEachErrorNumberAndLeavesIt)
+TEST_F(TcpSocketConnectCalls, mapsEachErrorNumberAndLeavesErrno)
 {
     const struct {
         int error;
@@ -240,13 +240,13 @@ TEST_F(TcpSocketConnectCalls, closesNothingWhenItFails)
     EXPECT_TRUE(socket.opened);
 }
 
-TEST_F(TcpSocketConnectCalls, looksAwayFromAsyncOnAnOpenSocket)
+TEST_F(TcpSocketConnectCalls, ignoresAsyncOnAnOpenSocket)
 {
     EXPECT_EQ(socket.connect("127.0.0.1", 1502, true), 1);
     EXPECT_EQ(calls.take(), "connect(7, {AF_INET, 05 de, 7f 00 00 01}, 16)\n");
 }
 
-TEST_F(TcpSocketConnectCalls, opensAClosedSocketAheadOfConnecting)
+TEST_F(TcpSocketConnectCalls, opensAClosedSocketBeforeConnecting)
 {
     close();
     calls.answer("socket", 8);
@@ -268,7 +268,7 @@ TEST_F(TcpSocketConnectCalls, opensAClosedSocketNonBlockingIfAsync)
                                          "connect(8, {AF_INET, 05 de, 7f 00 00 01}, 16)\n");
 }
 
-TEST_F(TcpSocketConnectCalls, connectsEvenIfItCouldNotBeMadeNonBlocking)
+TEST_F(TcpSocketConnectCalls, connectsEvenIfItCannotBeMadeNonBlocking)
 {
     close();
     calls.answer("socket", 8);
@@ -277,7 +277,7 @@ TEST_F(TcpSocketConnectCalls, connectsEvenIfItCouldNotBeMadeNonBlocking)
     EXPECT_EQ(socket.connect("127.0.0.1", 1502, true), 1);
 }
 
-TEST_F(TcpSocketConnectCalls, connectsEvenIfNoSocketCouldBeOpened)
+TEST_F(TcpSocketConnectCalls, connectsEvenIfNoSocketCanBeOpened)
 {
     for (const bool async : {false, true}) {
         close();
@@ -293,15 +293,15 @@ TEST_F(TcpSocketConnectCalls, connectsEvenIfNoSocketCouldBeOpened)
     }
 }
 
-TEST_F(TcpSocketConnectCalls, goesByTheOpenedFlagAndNotByTheDescriptor)
+TEST_F(TcpSocketConnectCalls, usesTheOpenedFlagAndNotTheDescriptor)
 {
-    socket.opened = false; // with descriptor 7 at hand
+    socket.opened = false; // although it has descriptor 7
     calls.answer("socket", 8);
     EXPECT_EQ(socket.connect("127.0.0.1", 1502, false), 1);
     EXPECT_EQ(calls.take(), opening(8) + "connect(8, {AF_INET, 05 de, 7f 00 00 01}, 16)\n");
 }
 
-TEST_F(TcpSocketConnectCalls, keepsNeitherAddressNorPort)
+TEST_F(TcpSocketConnectCalls, storesNeitherAddressNorPort)
 {
     EXPECT_EQ(socket.connect("127.0.0.1", 1502, false), 1);
     EXPECT_EQ(socket.address, "");
@@ -312,7 +312,7 @@ TEST_F(TcpSocketConnectCalls, keepsNeitherAddressNorPort)
 
 using TcpSocketSetSocketCalls = TcpSocketCalls;
 
-TEST_F(TcpSocketSetSocketCalls, takesTheDescriptorOverWithoutClosingTheOldOne)
+TEST_F(TcpSocketSetSocketCalls, takesOverTheDescriptorWithoutClosingTheOldOne)
 {
     socket.setSocket({9});
     EXPECT_EQ(calls.take(), takeover(9));
@@ -331,7 +331,7 @@ TEST_F(TcpSocketSetSocketCalls, opensAClosedObjectAndIgnoresRefusedOptions)
     EXPECT_TRUE(socket.opened);
 }
 
-TEST_F(TcpSocketSetSocketCalls, doesNotTestTheDescriptor)
+TEST_F(TcpSocketSetSocketCalls, doesNotCheckTheDescriptor)
 {
     socket.setSocket({-1});
     EXPECT_EQ(calls.take(), "setsockopt(-1, SOL_SOCKET, SO_REUSEADDR, [01 00 00 00], 4)\n"
@@ -344,7 +344,7 @@ TEST_F(TcpSocketSetSocketCalls, doesNotTestTheDescriptor)
 
 using TcpSocketBindCalls = TcpSocketCalls;
 
-TEST_F(TcpSocketBindCalls, givesTheAddressInNetworkOrder)
+TEST_F(TcpSocketBindCalls, passesTheAddressInNetworkOrder)
 {
     for (const auto& [text, port, shown] : localAddresses) {
         EXPECT_EQ(socket.bind(text, port), 1);
@@ -352,13 +352,13 @@ TEST_F(TcpSocketBindCalls, givesTheAddressInNetworkOrder)
     }
 }
 
-TEST_F(TcpSocketBindCalls, looksAtAllOfAnAddressWithAZeroByte)
+TEST_F(TcpSocketBindCalls, comparesTheWholeAddressIncludingZeroBytes)
 {
     EXPECT_EQ(socket.bind(std::string("127.0.0.1\0", 10), 1502), 1);
     EXPECT_EQ(calls.take(), "bind(7, {AF_INET, 05 de, 7f 00 00 01}, 16)\n");
 }
 
-TEST_F(TcpSocketBindCalls, givesZeroAndLeavesErrnoWhenItFails)
+TEST_F(TcpSocketBindCalls, returnsZeroAndLeavesErrnoWhenItFails)
 {
     calls.refuse("bind", EADDRINUSE);
     EXPECT_EQ(socket.bind("", 1502), 0);
@@ -380,7 +380,7 @@ TEST_F(TcpSocketBindCalls, opensNoSocket)
 
 using TcpSocketIsWritableCalls = TcpSocketCalls;
 
-TEST_F(TcpSocketIsWritableCalls, asksForTheErrorAndThePeerOnceWritable)
+TEST_F(TcpSocketIsWritableCalls, queriesTheErrorAndThePeerOnceWritable)
 {
     calls.answerSelect(1, {}, {7}, {});
     calls.answer("getsockopt", 0, "00000000"_hex);
@@ -391,7 +391,7 @@ TEST_F(TcpSocketIsWritableCalls, asksForTheErrorAndThePeerOnceWritable)
                             "getpeername(7, 16)\n");
 }
 
-TEST_F(TcpSocketIsWritableCalls, handsTheTimeToTheSystem)
+TEST_F(TcpSocketIsWritableCalls, passesTheTimeToTheSystem)
 {
     for (const auto& [ms, text] : selectTimes) {
         socket.isWritable(ms);
@@ -399,10 +399,10 @@ TEST_F(TcpSocketIsWritableCalls, handsTheTimeToTheSystem)
     }
 }
 
-TEST_F(TcpSocketIsWritableCalls, givesMinusOneWhenTheTimeHasPassedOrSelectFails)
+TEST_F(TcpSocketIsWritableCalls, returnsMinusOneOnATimeOutOrWhenSelectFails)
 {
     calls.answerSelect(0, {}, {}, {});
-    EXPECT_EQ(socket.isWritable(20), -1); // 0 in isReadable
+    EXPECT_EQ(socket.isWritable(20), -1); // isReadable() returns 0
     calls.answerSelect(0, {}, {7}, {});
     EXPECT_EQ(socket.isWritable(20), -1);
     for (const int error : {EINTR, EINVAL}) {
@@ -417,7 +417,7 @@ TEST_F(TcpSocketIsWritableCalls, givesMinusOneWhenTheTimeHasPassedOrSelectFails)
     EXPECT_EQ(calls.take(), once + once + once + once + once);
 }
 
-TEST_F(TcpSocketIsWritableCalls, givesZeroWhenNotWritableOrExceptional)
+TEST_F(TcpSocketIsWritableCalls, returnsZeroWhenNotWritableOrExceptional)
 {
     const std::string once = "select(8, null, {7}, {7}, {0, 20000})\n";
     const struct {
@@ -432,7 +432,7 @@ TEST_F(TcpSocketIsWritableCalls, givesZeroWhenNotWritableOrExceptional)
     }
 }
 
-TEST_F(TcpSocketIsWritableCalls, givesMinusOneWhenTheConnectFailed)
+TEST_F(TcpSocketIsWritableCalls, returnsMinusOneWhenTheConnectFailed)
 {
     for (const char* error : {"6f000000", "00000100", "ffffffff"}) { // 111 is ECONNREFUSED
         calls.answerSelect(1, {}, {7}, {});
@@ -443,7 +443,7 @@ TEST_F(TcpSocketIsWritableCalls, givesMinusOneWhenTheConnectFailed)
     }
 }
 
-TEST_F(TcpSocketIsWritableCalls, takesErrnoForTheErrorWhenAskingForItFails)
+TEST_F(TcpSocketIsWritableCalls, usesErrnoWhenTheErrorQueryFails)
 {
     calls.answerSelect(1, {}, {7}, {});
     calls.refuse("getsockopt", ENOTSOCK);
@@ -453,12 +453,12 @@ TEST_F(TcpSocketIsWritableCalls, takesErrnoForTheErrorWhenAskingForItFails)
                             "getsockopt(7, SOL_SOCKET, SO_ERROR, 4)\n");
 
     calls.answerSelect(1, {}, {7}, {});
-    calls.refuse("getsockopt", 0); // no error then
+    calls.refuse("getsockopt", 0); // no error
     calls.answer("getpeername", 0, peerBytes);
     EXPECT_EQ(socket.isWritable(20), 1);
 }
 
-TEST_F(TcpSocketIsWritableCalls, looksAwayFromAnErrnoOfEarlier)
+TEST_F(TcpSocketIsWritableCalls, ignoresAPreviousErrno)
 {
     calls.answerSelect(1, {}, {7}, {});
     calls.answer("getpeername", 0, peerBytes);
@@ -466,7 +466,7 @@ TEST_F(TcpSocketIsWritableCalls, looksAwayFromAnErrnoOfEarlier)
     EXPECT_EQ(socket.isWritable(20), 1);
 }
 
-TEST_F(TcpSocketIsWritableCalls, givesZeroWithoutAPeer)
+TEST_F(TcpSocketIsWritableCalls, returnsZeroWithoutAPeer)
 {
     calls.answerSelect(1, {}, {7}, {});
     calls.refuse("getpeername", ENOTCONN);
@@ -482,7 +482,7 @@ TEST_F(TcpSocketIsWritableCalls, givesZeroWithoutAPeer)
     EXPECT_EQ(socket.isWritable(20), 1);
 }
 
-TEST_F(TcpSocketIsWritableCalls, waitsForNothingAndGivesMinusOneOnceClosed)
+TEST_F(TcpSocketIsWritableCalls, watchesNothingAndReturnsMinusOneOnceClosed)
 {
     close();
     EXPECT_EQ(socket.isWritable(1500), -1);
@@ -526,7 +526,7 @@ TEST_F(TcpSocketSelectCalls, watchesItsDescriptorInAllThreeSets)
     EXPECT_EQ(calls.take(), "select(8, {7}, {7}, {7}, {1, 500000})\n");
 }
 
-TEST_F(TcpSocketSelectCalls, handsTheTimeToTheSystem)
+TEST_F(TcpSocketSelectCalls, passesTheTimeToTheSystem)
 {
     for (const auto& [ms, text] : selectTimes) {
         select(ms);
@@ -534,7 +534,7 @@ TEST_F(TcpSocketSelectCalls, handsTheTimeToTheSystem)
     }
 }
 
-TEST_F(TcpSocketSelectCalls, givesEachBitAndTheResultOfTheSystem)
+TEST_F(TcpSocketSelectCalls, returnsEachBitAndTheResultOfTheSystem)
 {
     calls.answerSelect(1, {7}, {}, {});
     EXPECT_EQ(select(20), 1);
@@ -556,19 +556,19 @@ TEST_F(TcpSocketSelectCalls, givesEachBitAndTheResultOfTheSystem)
     EXPECT_EQ(select(20), 3);
     expect(1, 1, 1);
 
-    calls.answerSelect(5, {6}, {}, {7}); // nothing is counted anew
+    calls.answerSelect(5, {6}, {}, {7}); // the count is not recomputed
     EXPECT_EQ(select(20), 5);
     expect(0, 0, 1);
 }
 
-TEST_F(TcpSocketSelectCalls, givesZerosWhenTheTimeHasPassed)
+TEST_F(TcpSocketSelectCalls, returnsZerosOnATimeOut)
 {
     calls.answerSelect(0, {}, {}, {});
     EXPECT_EQ(select(20), 0);
     expect(0, 0, 0);
 }
 
-TEST_F(TcpSocketSelectCalls, givesTheFailureAsItIsAndLeavesTheOutputs)
+TEST_F(TcpSocketSelectCalls, returnsTheFailureAndLeavesTheOutputs)
 {
     for (const int error : {EINTR, EINVAL, EBADF}) {
         calls.refuse("select", error);
@@ -581,7 +581,7 @@ TEST_F(TcpSocketSelectCalls, givesTheFailureAsItIsAndLeavesTheOutputs)
     expect(91, 92, 93);
 }
 
-TEST_F(TcpSocketSelectCalls, waitsForNothingAndGivesSetBitsOnceClosed)
+TEST_F(TcpSocketSelectCalls, watchesNothingAndReturnsSetBitsOnceClosed)
 {
     close();
     EXPECT_EQ(select(1500), 0);
@@ -613,7 +613,7 @@ TEST_F(TcpSocketRecvCalls, readsOnce)
     EXPECT_STREQ(buffer, "\x68\x0d\x16----");
 }
 
-TEST_F(TcpSocketRecvCalls, givesTheCount)
+TEST_F(TcpSocketRecvCalls, returnsTheCount)
 {
     char buffer[4] = {};
     for (const int count : {1, 3, 4}) {
@@ -623,7 +623,7 @@ TEST_F(TcpSocketRecvCalls, givesTheCount)
     }
 }
 
-TEST_F(TcpSocketRecvCalls, givesMinusOneAtTheEndWhateverErrnoHolds)
+TEST_F(TcpSocketRecvCalls, returnsMinusOneAtTheEndWhateverErrno)
 {
     char buffer[4] = {};
     for (const int error : {0, EAGAIN, EINTR}) {
@@ -641,7 +641,7 @@ static const struct {
     {ENOTCONN, -1}, {EINPROGRESS, -1}, {EISCONN, -1}, {ETIMEDOUT, -1}, {ENOBUFS, -1},    {EPERM, -1},
 };
 
-TEST_F(TcpSocketRecvCalls, mapsEachErrorNumberAndLeavesIt)
+TEST_F(TcpSocketRecvCalls, mapsEachErrorNumberAndLeavesErrno)
 {
     char buffer[4] = {};
     for (const auto& [error, result] : transferFailures) {
@@ -652,7 +652,7 @@ TEST_F(TcpSocketRecvCalls, mapsEachErrorNumberAndLeavesIt)
     }
 }
 
-TEST_F(TcpSocketRecvCalls, doesNotTestTheDescriptor)
+TEST_F(TcpSocketRecvCalls, doesNotCheckTheDescriptor)
 {
     close();
     char buffer[4] = {};
@@ -670,7 +670,7 @@ TEST_F(TcpSocketSendCalls, writesOnce)
     EXPECT_EQ(calls.take(), "send(7, [68 0d 16], 3, MSG_NOSIGNAL)\n");
 }
 
-TEST_F(TcpSocketSendCalls, givesTheCountAndSendsNoRest)
+TEST_F(TcpSocketSendCalls, returnsTheCountAndDoesNotSendTheRest)
 {
     for (const int count : {0, 1, 2}) {
         calls.answer("send", count);
@@ -680,7 +680,7 @@ TEST_F(TcpSocketSendCalls, givesTheCountAndSendsNoRest)
     }
 }
 
-TEST_F(TcpSocketSendCalls, mapsEachErrorNumberAndLeavesIt)
+TEST_F(TcpSocketSendCalls, mapsEachErrorNumberAndLeavesErrno)
 {
     for (const auto& [error, result] : transferFailures) {
         calls.refuse("send", error);
@@ -690,7 +690,7 @@ TEST_F(TcpSocketSendCalls, mapsEachErrorNumberAndLeavesIt)
     }
 }
 
-TEST_F(TcpSocketSendCalls, doesNotTestTheDescriptor)
+TEST_F(TcpSocketSendCalls, doesNotCheckTheDescriptor)
 {
     close();
     calls.refuse("send", EBADF);
@@ -723,7 +723,7 @@ TEST_F(TcpSocketCloseCalls, ignoresTheResults)
     EXPECT_FALSE(socket.opened);
 }
 
-TEST_F(TcpSocketCloseCalls, leavesTheDescriptorOfAnObjectThatIsNotOpened)
+TEST_F(TcpSocketCloseCalls, leavesTheDescriptorIfNotOpened)
 {
     socket.opened = false;
     socket.close();
@@ -731,7 +731,7 @@ TEST_F(TcpSocketCloseCalls, leavesTheDescriptorOfAnObjectThatIsNotOpened)
     EXPECT_EQ(*socket.handle, 7);
 }
 
-TEST_F(TcpSocketCloseCalls, closesWhateverDescriptorAnOpenedObjectHolds)
+TEST_F(TcpSocketCloseCalls, closesAnyDescriptorIfOpened)
 {
     for (const int descriptor : {0, -1}) {
         socket.opened = true;
@@ -751,7 +751,7 @@ TEST_F(TcpSocketCloseCalls, clearsTheFlagWithoutACell)
     EXPECT_FALSE(socket.opened);
 }
 
-TEST_F(TcpSocketCloseCalls, isFoundThroughTheBase)
+TEST_F(TcpSocketCloseCalls, isVirtual)
 {
     CAbstractSocket& base = socket;
     base.close();

@@ -20,7 +20,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-TEST(TcpSocketOpen, givesASocketWithItsOptions)
+TEST(TcpSocketOpen, createsASocketWithItsOptions)
 {
     const int asked = 921600;
     const Descriptor plain = plainSocket();
@@ -52,7 +52,7 @@ TEST(TcpSocketOpen, ignoresSigpipeEachTime)
     EXPECT_TRUE(isIgnored(SIGPIPE));
 }
 
-TEST(TcpSocketOpen, leavesTheSocketThatItReplacesOpen)
+TEST(TcpSocketOpen, leavesTheReplacedSocketOpen)
 {
     Open<CTcpSocket> socket;
     const Descriptor first(*socket.handle);
@@ -62,7 +62,7 @@ TEST(TcpSocketOpen, leavesTheSocketThatItReplacesOpen)
     EXPECT_TRUE(isOpen(*socket.handle));
 }
 
-TEST(TcpSocketConnect, connectsAndCarriesBytesBothWays)
+TEST(TcpSocketConnect, connectsAndTransfersBytesBothWays)
 {
     Connection connection;
     EXPECT_EQ(connection.socket.send("request", 7), 7);
@@ -75,7 +75,7 @@ TEST(TcpSocketConnect, connectsAndCarriesBytesBothWays)
     EXPECT_STREQ(buffer, "reply");
 }
 
-TEST(TcpSocketConnect, givesOneOnAConnectedSocket)
+TEST(TcpSocketConnect, returnsOneOnAConnectedSocket)
 {
     Connection connection;
     EXPECT_EQ(connection.socket.connect("127.0.0.1", connection.listener.port(), false), 1);
@@ -96,7 +96,7 @@ TEST(TcpSocketConnect, leavesTheSocketOpenWhenRefused)
     EXPECT_EQ(socket.connect("127.0.0.1", listener.port(), false), 1);
 }
 
-TEST(TcpSocketConnect, looksUpNoNames)
+TEST(TcpSocketConnect, resolvesNoNames)
 {
     const Listener listener(5);
     for (const char* address : {"", "localhost", "localhost.", "no.such.host.invalid"}) {
@@ -105,14 +105,14 @@ TEST(TcpSocketConnect, looksUpNoNames)
     }
 }
 
-TEST(TcpSocketConnect, takesThePortsLowBits)
+TEST(TcpSocketConnect, usesTheLowBitsOfThePort)
 {
     const Listener listener(5);
     CTcpSocket socket;
     EXPECT_EQ(socket.connect("127.0.0.1", listener.port() + 65536, false), 1);
 }
 
-TEST(TcpSocketConnect, blocksOnANewSocketWhateverAsyncSays)
+TEST(TcpSocketConnect, blocksOnANewSocketWhateverAsync)
 {
     const Listener listener(5);
     Open<CTcpSocket> socket;
@@ -120,7 +120,7 @@ TEST(TcpSocketConnect, blocksOnANewSocketWhateverAsyncSays)
     EXPECT_FALSE(isNonBlocking(*socket.handle));
 }
 
-TEST(TcpSocketConnect, opensAClosedSocketAnew)
+TEST(TcpSocketConnect, reopensAClosedSocket)
 {
     Listener listener(5);
     Open<CTcpSocket> socket;
@@ -156,7 +156,7 @@ TEST(TcpSocketConnect, staysInProgressUntilTheOtherSideAnswers)
     EXPECT_EQ(errno, EALREADY);
 }
 
-TEST(TcpSocketIsWritable, tellsThatAnUnfinishedConnectWasRefused)
+TEST(TcpSocketIsWritable, reportsARefusedConnect)
 {
     const Listener listener;
     CTcpSocket socket;
@@ -165,14 +165,14 @@ TEST(TcpSocketIsWritable, tellsThatAnUnfinishedConnectWasRefused)
     EXPECT_EQ(socket.isWritable(limitMs), -1);
 }
 
-TEST(TcpSocketIsWritable, givesZeroOnASocketThatNeverConnected)
+TEST(TcpSocketIsWritable, returnsZeroOnASocketThatNeverConnected)
 {
     CTcpSocket socket;
     EXPECT_EQ(socket.isWritable(limitMs), 0);
     EXPECT_EQ(errno, ENOTCONN);
 }
 
-TEST(TcpSocketIsWritable, givesOneOnAConnectedSocketWithRoom)
+TEST(TcpSocketIsWritable, returnsOneOnAConnectedSocketWithRoom)
 {
     Connection connection;
     EXPECT_EQ(connection.socket.isWritable(0), 1);
@@ -180,7 +180,7 @@ TEST(TcpSocketIsWritable, givesOneOnAConnectedSocketWithRoom)
     EXPECT_EQ(connection.socket.isWritable(0), -1);
 }
 
-TEST(TcpSocketIsWritable, givesMinusOneOnceThePeerHasReset)
+TEST(TcpSocketIsWritable, returnsMinusOneAfterAReset)
 {
     Connection connection;
     reset(connection.peer);
@@ -212,7 +212,7 @@ protected:
     }
 };
 
-TEST_F(TcpSocketSelect, endsAtOnceWithRoomToWrite)
+TEST_F(TcpSocketSelect, returnsImmediatelyWithRoomToWrite)
 {
     const auto start = Clock::now();
     EXPECT_EQ(select(limitMs), 1);
@@ -220,7 +220,7 @@ TEST_F(TcpSocketSelect, endsAtOnceWithRoomToWrite)
     expect(0, 1, 0);
 }
 
-TEST_F(TcpSocketSelect, tellsDataToRead)
+TEST_F(TcpSocketSelect, reportsDataToRead)
 {
     ::send(connection.peer, "x", 1, 0);
     ASSERT_EQ(connection.socket.isReadable(limitMs), 1);
@@ -228,20 +228,20 @@ TEST_F(TcpSocketSelect, tellsDataToRead)
     expect(1, 1, 0);
 }
 
-TEST_F(TcpSocketSelect, tellsUrgentDataAsAnException)
+TEST_F(TcpSocketSelect, reportsUrgentDataAsAnException)
 {
     ::send(connection.peer, "x", 1, MSG_OOB);
     ASSERT_TRUE(becomes(connection.descriptor(), POLLPRI));
     EXPECT_EQ(select(0), 2);
     expect(0, 1, 1);
 
-    ::send(connection.peer, "xx", 2, MSG_OOB); // the first byte of the two is an ordinary one
+    ::send(connection.peer, "xx", 2, MSG_OOB); // only the second byte is urgent
     ASSERT_TRUE(becomes(connection.descriptor(), POLLIN));
     EXPECT_EQ(select(0), 3);
     expect(1, 1, 1);
 }
 
-TEST_F(TcpSocketSelect, givesZerosWhenTheTimeHasPassed)
+TEST_F(TcpSocketSelect, returnsZerosOnATimeOut)
 {
     connection.fill();
     const auto start = Clock::now();
@@ -257,7 +257,7 @@ TEST_F(TcpSocketSelect, refusesANegativeTimeAndLeavesTheOutputs)
     expect(91, 92, 93);
 }
 
-TEST(TcpSocketRecv, readsWhatIsThere)
+TEST(TcpSocketRecv, readsTheAvailableBytes)
 {
     Connection connection;
     EXPECT_EQ(::send(connection.peer, "abcdef", 6, 0), 6);
@@ -268,7 +268,7 @@ TEST(TcpSocketRecv, readsWhatIsThere)
     EXPECT_STREQ(buffer, "abcdef");
 }
 
-TEST(TcpSocketRecv, givesZeroWhenTheTimeOutHasPassed)
+TEST(TcpSocketRecv, returnsZeroOnATimeOut)
 {
     Connection connection;
     connection.socket.setRecvOverTm(30);
@@ -276,11 +276,11 @@ TEST(TcpSocketRecv, givesZeroWhenTheTimeOutHasPassed)
     char byte = 'x';
     EXPECT_EQ(connection.socket.recv(&byte, 1), 0);
     EXPECT_EQ(errno, EAGAIN);
-    EXPECT_GE(msSince(start), 25); // the system counts in ticks
+    EXPECT_GE(msSince(start), 25); // the system rounds to ticks
     EXPECT_EQ(byte, 'x');
 }
 
-TEST(TcpSocketRecv, givesZeroAtOnceOnANonBlockingSocket)
+TEST(TcpSocketRecv, returnsZeroImmediatelyOnANonBlockingSocket)
 {
     Connection connection;
     connection.socket.setAsyncMode();
@@ -288,7 +288,7 @@ TEST(TcpSocketRecv, givesZeroAtOnceOnANonBlockingSocket)
     EXPECT_EQ(connection.socket.recv(&byte, 1), 0);
 }
 
-TEST(TcpSocketRecv, givesMinusOneAtTheEndOfTheStream)
+TEST(TcpSocketRecv, returnsMinusOneAtTheEndOfTheStream)
 {
     Connection connection;
     ::send(connection.peer, "x", 1, 0);
@@ -299,7 +299,7 @@ TEST(TcpSocketRecv, givesMinusOneAtTheEndOfTheStream)
     EXPECT_EQ(connection.socket.recv(&byte, 1), -1);
 }
 
-TEST(TcpSocketRecv, givesMinusOneWhenThePeerResets)
+TEST(TcpSocketRecv, returnsMinusOneWhenThePeerResets)
 {
     Connection connection;
     reset(connection.peer);
@@ -308,7 +308,7 @@ TEST(TcpSocketRecv, givesMinusOneWhenThePeerResets)
     EXPECT_EQ(errno, ECONNRESET);
 }
 
-TEST(TcpSocketRecv, givesMinusOneOnAClosedOrUnconnectedSocket)
+TEST(TcpSocketRecv, returnsMinusOneOnAClosedOrUnconnectedSocket)
 {
     CTcpSocket socket;
     char byte = 0;
@@ -319,7 +319,7 @@ TEST(TcpSocketRecv, givesMinusOneOnAClosedOrUnconnectedSocket)
     EXPECT_EQ(errno, EBADF);
 }
 
-TEST(TcpSocketSend, givesZeroWhenTheTimeOutHasPassed)
+TEST(TcpSocketSend, returnsZeroOnATimeOut)
 {
     Connection connection;
     connection.fill();
@@ -328,10 +328,10 @@ TEST(TcpSocketSend, givesZeroWhenTheTimeOutHasPassed)
     const auto start = Clock::now();
     EXPECT_EQ(connection.socket.send("x", 1), 0);
     EXPECT_EQ(errno, EAGAIN);
-    EXPECT_GE(msSince(start), 25); // the system counts in ticks
+    EXPECT_GE(msSince(start), 25); // the system rounds to ticks
 }
 
-TEST(TcpSocketSend, givesPartOfAWriteThatDoesNotFit)
+TEST(TcpSocketSend, returnsThePartOfAWriteThatFits)
 {
     Connection connection;
     connection.socket.setSendBuf(4096);
@@ -342,10 +342,10 @@ TEST(TcpSocketSend, givesPartOfAWriteThatDoesNotFit)
     EXPECT_LT(count, int(block.size()));
 }
 
-TEST(TcpSocketSend, givesMinusOneAndRaisesNoSignalWhenThePeerIsGone)
+TEST(TcpSocketSend, returnsMinusOneWithoutASignalWhenThePeerIsGone)
 {
     Connection connection;
-    std::signal(SIGPIPE, SIG_DFL); // would end the test program
+    std::signal(SIGPIPE, SIG_DFL); // a signal would end the test program
     reset(connection.peer);
     ASSERT_EQ(connection.socket.isReadable(limitMs), 1);
     EXPECT_EQ(connection.socket.send("x", 1), -1);
@@ -354,7 +354,7 @@ TEST(TcpSocketSend, givesMinusOneAndRaisesNoSignalWhenThePeerIsGone)
     EXPECT_EQ(errno, EPIPE);
 }
 
-TEST(TcpSocketSend, givesMinusOneOnAClosedSocket)
+TEST(TcpSocketSend, returnsMinusOneOnAClosedSocket)
 {
     CTcpSocket socket;
     socket.close();
@@ -362,18 +362,18 @@ TEST(TcpSocketSend, givesMinusOneOnAClosedSocket)
     EXPECT_EQ(errno, EBADF);
 }
 
-TEST(TcpSocketBind, takesTheLoopbackAddressForEveryInterface)
+TEST(TcpSocketBind, treatsTheLoopbackAddressAsEveryInterface)
 {
     const struct {
-        const char* told;
+        const char* given;
         const char* bound;
     } addresses[] = {
         {"", "0.0.0.0"},        {"127.0.0.1", "0.0.0.0"},   {"0.0.0.0", "0.0.0.0"},
         {"127.1", "127.0.0.1"}, {"127.0.0.2", "127.0.0.2"},
     };
-    for (const auto& [told, bound] : addresses) {
+    for (const auto& [given, bound] : addresses) {
         CTcpSocket socket;
-        EXPECT_EQ(socket.bind(told, 0), 1) << told;
+        EXPECT_EQ(socket.bind(given, 0), 1) << given;
         std::string address;
         int port = 0;
         EXPECT_EQ(socket.getSockName(address, port), 1);
@@ -382,7 +382,7 @@ TEST(TcpSocketBind, takesTheLoopbackAddressForEveryInterface)
     }
 }
 
-TEST(TcpSocketBind, fixesTheLocalEndOfAConnection)
+TEST(TcpSocketBind, setsTheLocalEndOfAConnection)
 {
     Listener listener(5);
     CTcpSocket socket;
@@ -394,7 +394,7 @@ TEST(TcpSocketBind, fixesTheLocalEndOfAConnection)
     EXPECT_EQ(address, "127.0.0.3");
 }
 
-TEST(TcpSocketBind, givesZeroOnAPortInUseAndOnAClosedSocket)
+TEST(TcpSocketBind, returnsZeroOnAPortInUseAndOnAClosedSocket)
 {
     const Listener listener(5);
     CTcpSocket socket;
@@ -405,7 +405,7 @@ TEST(TcpSocketBind, givesZeroOnAPortInUseAndOnAClosedSocket)
     EXPECT_EQ(errno, EBADF);
 }
 
-TEST(TcpSocketSetSocket, takesADescriptorOverAndLeavesTheOldOneOpen)
+TEST(TcpSocketSetSocket, takesOverADescriptorAndLeavesTheOldOneOpen)
 {
     Listener listener(5);
     Descriptor client = connected("127.0.0.1", listener.port());
@@ -447,7 +447,7 @@ TEST(TcpSocketClose, endsTheStreamForThePeer)
     connection.socket.close();
 }
 
-TEST(TcpSocketClose, dropsWhatIsUnsent)
+TEST(TcpSocketClose, dropsUnsentData)
 {
     Connection connection;
     const size_t sent = connection.fill();
@@ -458,7 +458,7 @@ TEST(TcpSocketClose, dropsWhatIsUnsent)
     EXPECT_LT(arrived, sent);
 }
 
-TEST(TcpSocketClose, leavesTheDescriptorThatCameInItsPlace)
+TEST(TcpSocketClose, leavesADescriptorThatReusesItsNumber)
 {
     CTcpSocket socket;
     const int descriptor = descriptorOf(socket);

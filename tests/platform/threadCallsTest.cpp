@@ -17,7 +17,7 @@ protected:
 
 // --- Threads ---
 
-// Sees whether it counts as running meanwhile.
+// Checks whether it counts as running meanwhile.
 class WatchedThread : public gqdb::CThread {
 public:
     void run() override
@@ -38,20 +38,20 @@ using ThreadStartCalls = ThreadCalls;
 static const std::string startCalls = "pthread_create({PTHREAD_CREATE_DETACHED, PTHREAD_INHERIT_SCHED})\n"
                                       "pthread_attr_destroy({PTHREAD_CREATE_DETACHED, PTHREAD_INHERIT_SCHED})\n";
 
-TEST_F(ThreadStartCalls, makesADetachedThreadWithTheSchedulingOfItsStarter)
+TEST_F(ThreadStartCalls, createsADetachedThreadWithInheritedScheduling)
 {
     WatchedThread thread;
     EXPECT_EQ(calls.take(), "");
     EXPECT_TRUE(thread.start());
     EXPECT_EQ(calls.take(), startCalls);
     EXPECT_EQ(calls.newThread().handle, thread.threadHandle);
-    EXPECT_EQ(thread.runs, 0); // but in the new thread
+    EXPECT_EQ(thread.runs, 0); // runs only in the new thread
 }
 
 TEST_F(ThreadStartCalls, keepsTheLowHalfOfTheHandle)
 {
     const struct {
-        QByteArray handle; // as it lies in memory
+        QByteArray handle; // in memory order
         unsigned int low;
     } handles[] = {
         {"88776655 44332211"_hex, 0x55667788},
@@ -67,7 +67,7 @@ TEST_F(ThreadStartCalls, keepsTheLowHalfOfTheHandle)
     }
 }
 
-TEST_F(ThreadStartCalls, failsIfNoThreadCouldBeMade)
+TEST_F(ThreadStartCalls, failsIfNoThreadCanBeCreated)
 {
     for (const int error : {EAGAIN, EINVAL, EPERM, -1}) {
         calls.answer("pthread_create", error);
@@ -79,7 +79,7 @@ TEST_F(ThreadStartCalls, failsIfNoThreadCouldBeMade)
     }
 }
 
-TEST_F(ThreadStartCalls, takesWhatAFailedStartLeftInTheCell)
+TEST_F(ThreadStartCalls, usesTheCellLeftByAFailedStart)
 {
     calls.answer("pthread_create", EAGAIN, "07000000 00000000"_hex);
     WatchedThread thread;
@@ -88,7 +88,7 @@ TEST_F(ThreadStartCalls, takesWhatAFailedStartLeftInTheCell)
     EXPECT_TRUE(thread.isRunning());
 }
 
-TEST_F(ThreadStartCalls, keepsTheFirstThreadIfTheSecondCouldNotBeMade)
+TEST_F(ThreadStartCalls, keepsTheFirstThreadIfTheSecondCannotBeCreated)
 {
     calls.answer("pthread_create", 0, "07000000 00000000"_hex);
     calls.answer("pthread_create", EAGAIN);
@@ -100,7 +100,7 @@ TEST_F(ThreadStartCalls, keepsTheFirstThreadIfTheSecondCouldNotBeMade)
     EXPECT_TRUE(thread.isRunning());
 }
 
-TEST_F(ThreadStartCalls, makesAThreadThatRunsTheObjectAndCountsAsRunningMeanwhile)
+TEST_F(ThreadStartCalls, createsAThreadThatCallsRunAndCountsAsRunning)
 {
     calls.answer("pthread_create", 0, "07000000 00000000"_hex);
     WatchedThread thread;
@@ -127,7 +127,7 @@ TEST_F(ThreadTerminateCalls, cancelsTheHandleAndChangesNothing)
     EXPECT_TRUE(thread.isRunning());
 }
 
-TEST_F(ThreadTerminateCalls, asksAgainEachTimeWhateverTheResultWas)
+TEST_F(ThreadTerminateCalls, cancelsAgainWhateverTheResult)
 {
     calls.answer("pthread_create", 0, "07000000 00000000"_hex);
     calls.answer("pthread_cancel", ESRCH);
@@ -141,7 +141,7 @@ TEST_F(ThreadTerminateCalls, asksAgainEachTimeWhateverTheResultWas)
                             "pthread_cancel(7)\n");
 }
 
-TEST_F(ThreadTerminateCalls, asksNothingWithoutAThread)
+TEST_F(ThreadTerminateCalls, cancelsNothingWithoutAThread)
 {
     calls.answer("pthread_create", 0, "07000000 00000000"_hex);
     WatchedThread thread;
@@ -156,7 +156,7 @@ TEST_F(ThreadTerminateCalls, asksNothingWithoutAThread)
 
 using ThreadDestructorCalls = ThreadCalls;
 
-TEST_F(ThreadDestructorCalls, leavesTheThreadAlone)
+TEST_F(ThreadDestructorCalls, leavesTheThreadRunning)
 {
     calls.answer("pthread_create", 0, "07000000 00000000"_hex);
     auto thread = std::make_unique<WatchedThread>();
@@ -175,7 +175,7 @@ public:
 
 using MutexCalls = ThreadCalls;
 
-TEST_F(MutexCalls, makesARecursiveMutexAndDestroysIt)
+TEST_F(MutexCalls, createsARecursiveMutexAndDestroysIt)
 {
     {
         const gqdb::CMutex mutex;
@@ -195,7 +195,7 @@ TEST_F(MutexCalls, locksAndUnlocks)
     EXPECT_EQ(calls.take(), "pthread_mutex_unlock(handle)\n");
 }
 
-TEST_F(MutexCalls, goesOnAfterAFailure)
+TEST_F(MutexCalls, continuesAfterAFailure)
 {
     calls.answer("pthread_mutex_init", ENOMEM);
     calls.answer("pthread_mutex_lock", EAGAIN);
@@ -248,7 +248,7 @@ protected:
     std::string initialisation;
 };
 
-TEST_F(ReadWriteLockCalls, makesTwoRecursiveMutexes)
+TEST_F(ReadWriteLockCalls, createsTwoRecursiveMutexes)
 {
     EXPECT_EQ(initialisation, "pthread_mutex_init(mutex 1, PTHREAD_MUTEX_RECURSIVE)\n"
                               "pthread_mutex_init(mutex 2, PTHREAD_MUTEX_RECURSIVE)\n");
@@ -266,7 +266,7 @@ TEST_F(ReadWriteLockCalls, destroysBoth)
     EXPECT_TRUE(destruction == third + fourth || destruction == fourth + third) << destruction;
 }
 
-TEST_F(ReadWriteLockCalls, takesTheWriteMutexForTheFirstReaderWithTheGuardHeld)
+TEST_F(ReadWriteLockCalls, locksTheWriteMutexForTheFirstReaderHoldingTheGuard)
 {
     lock.lockForRead();
     EXPECT_EQ(calls.take(), "pthread_mutex_lock(readerGuard)\n"
@@ -288,7 +288,7 @@ TEST_F(ReadWriteLockCalls, countsFurtherReadersUnderTheGuard)
     EXPECT_EQ(lock.readerCount, 3);
 }
 
-TEST_F(ReadWriteLockCalls, givesTheWriteMutexBackForTheLastReaderWithTheGuardHeld)
+TEST_F(ReadWriteLockCalls, unlocksTheWriteMutexForTheLastReaderHoldingTheGuard)
 {
     lock.lockForRead();
     lock.lockForRead();
@@ -304,7 +304,7 @@ TEST_F(ReadWriteLockCalls, givesTheWriteMutexBackForTheLastReaderWithTheGuardHel
     EXPECT_EQ(lock.readerCount, 0);
 }
 
-TEST_F(ReadWriteLockCalls, unlocksWithoutAReaderToo)
+TEST_F(ReadWriteLockCalls, unlocksEvenWithoutAReader)
 {
     for (const int count : {0, -1, -5}) {
         lock.readerCount = count;
@@ -316,7 +316,7 @@ TEST_F(ReadWriteLockCalls, unlocksWithoutAReaderToo)
     }
 }
 
-TEST_F(ReadWriteLockCalls, takesTheWriteMutexAloneForAWriter)
+TEST_F(ReadWriteLockCalls, locksOnlyTheWriteMutexForAWriter)
 {
     lock.lockForWrite();
     EXPECT_EQ(calls.take(), "pthread_mutex_lock(writeMutex)\n");
@@ -326,7 +326,7 @@ TEST_F(ReadWriteLockCalls, takesTheWriteMutexAloneForAWriter)
     EXPECT_EQ(lock.readerCount, 0);
 }
 
-TEST_F(ReadWriteLockCalls, countsOnWhateverTheResultsAre)
+TEST_F(ReadWriteLockCalls, countsWhateverTheResults)
 {
     for (const int error : {EAGAIN, EDEADLK})
         calls.answer("pthread_mutex_lock", error);
@@ -357,7 +357,7 @@ TEST_F(SleepCalls, yieldsFromZeroDown)
     }
 }
 
-TEST_F(SleepCalls, takesMicrosecondsBelowASecond)
+TEST_F(SleepCalls, usesMicrosecondsBelowASecond)
 {
     gqdb::sleep(1);
     EXPECT_EQ(calls.take(), "usleep(1000)\n");
@@ -367,7 +367,7 @@ TEST_F(SleepCalls, takesMicrosecondsBelowASecond)
     EXPECT_EQ(calls.take(), "usleep(999000)\n");
 }
 
-TEST_F(SleepCalls, takesWholeSecondsAlone)
+TEST_F(SleepCalls, usesOnlySecondsForWholeSeconds)
 {
     gqdb::sleep(1000);
     EXPECT_EQ(calls.take(), "sleep(1)\n");
@@ -375,7 +375,7 @@ TEST_F(SleepCalls, takesWholeSecondsAlone)
     EXPECT_EQ(calls.take(), "sleep(60)\n");
 }
 
-TEST_F(SleepCalls, takesSecondsAndThenTheRest)
+TEST_F(SleepCalls, sleepsSecondsAndThenTheRest)
 {
     gqdb::sleep(1001);
     EXPECT_EQ(calls.take(), "sleep(1)\n"
@@ -388,7 +388,7 @@ TEST_F(SleepCalls, takesSecondsAndThenTheRest)
                             "usleep(647000)\n");
 }
 
-TEST_F(SleepCalls, makesNothingUpForAnInterruption)
+TEST_F(SleepCalls, doesNotResumeAfterAnInterruption)
 {
     calls.answer("sleep", 2); // seconds left
     calls.refuse("usleep", EINTR);
@@ -411,7 +411,7 @@ TEST_F(UsleepCalls, makesNoCallFromZeroDown)
     }
 }
 
-TEST_F(UsleepCalls, handsTheMicrosecondsOnAsTheyAre)
+TEST_F(UsleepCalls, passesTheMicrosecondsUnchanged)
 {
     gqdb::usleep(1);
     EXPECT_EQ(calls.take(), "usleep(1)\n");
@@ -421,7 +421,7 @@ TEST_F(UsleepCalls, handsTheMicrosecondsOnAsTheyAre)
     EXPECT_EQ(calls.take(), "usleep(2147483647)\n");
 }
 
-TEST_F(UsleepCalls, makesNothingUpForAnInterruption)
+TEST_F(UsleepCalls, doesNotResumeAfterAnInterruption)
 {
     calls.refuse("usleep", EINTR);
     gqdb::usleep(500);

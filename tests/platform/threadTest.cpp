@@ -17,7 +17,7 @@
 
 // --- Threads ---
 
-// Tells at the end of the thread that it is in, behind all that the library does there and after a cancellation too.
+// Counts the end of its thread, after all that the library does there, and also after a cancellation.
 class EndOfThread {
 public:
     ~EndOfThread() { counter->add(); }
@@ -25,7 +25,7 @@ public:
     Counter* counter = nullptr;
 };
 
-// Does the work that it is given.
+// Runs the given work.
 class TestThread : public gqdb::CThread {
 public:
     explicit TestThread(std::function<void()> toDo = [] {}) : work(std::move(toDo)) {}
@@ -51,7 +51,7 @@ public:
     using CThread::threadId;
 };
 
-// Waits for its cancellation, counting first. In no blocking call: ThreadSanitizer loses sight of a thread that is
+// Counts, then waits for its cancellation without a blocking call: ThreadSanitizer loses track of a thread that is
 // cancelled in one.
 static void waitForCancellation(Counter& reached)
 {
@@ -72,7 +72,7 @@ static_assert(std::is_same_v<decltype(&gqdb::CThread::setExitState), void (gqdb:
 static_assert(std::is_same_v<decltype(TestThread::threadId), int>);
 static_assert(std::is_same_v<decltype(TestThread::threadHandle), pthread_t*>);
 
-TEST(ThreadClass, hasItsFieldsBehindTheTableInOrder)
+TEST(ThreadClass, keepsTheOrderOfItsFieldsAfterTheTable)
 {
     const TestThread thread;
     const char* base = reinterpret_cast<const char*>(static_cast<const gqdb::CThread*>(&thread));
@@ -87,7 +87,7 @@ static void (*operationOf(gqdb::CThread& thread, int slot))(gqdb::CThread*)
     return (*reinterpret_cast<void (***)(gqdb::CThread*)>(&thread))[slot];
 }
 
-TEST(ThreadClass, hasRunBehindBothFormsOfTheDestructor)
+TEST(ThreadClass, hasRunAfterBothFormsOfTheDestructor)
 {
     int runs = 0;
     TestThread thread([&] { ++runs; });
@@ -109,11 +109,11 @@ TEST(ThreadClass, isDeletedThroughItsBase)
 
     destroyed = false;
     thread = new Watched(destroyed);
-    operationOf(*thread, 1)(thread); // AddressSanitizer tells if it does not free
+    operationOf(*thread, 1)(thread); // AddressSanitizer reports it if this does not free
     EXPECT_TRUE(destroyed);
 }
 
-TEST(ThreadClass, beginsAtRest)
+TEST(ThreadClass, startsNotRunning)
 {
     TestThread thread;
     EXPECT_EQ(thread.threadId, 0);
@@ -145,7 +145,7 @@ TEST(ThreadStart, runsInAnotherThreadUntilRunReturns)
     EXPECT_EQ(unsigned(thread.threadId), unsigned(self));
 }
 
-TEST(ThreadStart, makesADetachedThread)
+TEST(ThreadStart, createsADetachedThread)
 {
     int state = -1;
     TestThread thread([&] {
@@ -158,7 +158,7 @@ TEST(ThreadStart, makesADetachedThread)
     EXPECT_EQ(state, PTHREAD_CREATE_DETACHED);
 }
 
-TEST(ThreadStart, countsAsRunningInsideToo)
+TEST(ThreadStart, countsAsRunningInsideRun)
 {
     bool running = false;
     TestThread thread;
@@ -167,7 +167,7 @@ TEST(ThreadStart, countsAsRunningInsideToo)
     EXPECT_TRUE(running);
 }
 
-TEST(ThreadStart, tellsTheEndToOneWhoAsksMeanwhile)
+TEST(ThreadStart, showsItsEndToAPollingThread)
 {
     TestThread thread;
     EXPECT_TRUE(thread.start());
@@ -175,7 +175,7 @@ TEST(ThreadStart, tellsTheEndToOneWhoAsksMeanwhile)
     thread.ended.waitFor(1);
 }
 
-TEST(ThreadStart, startsAnewAfterItsEnd)
+TEST(ThreadStart, restartsAfterItsEnd)
 {
     int runs = 0;
     TestThread thread([&] { ++runs; });
@@ -186,7 +186,7 @@ TEST(ThreadStart, startsAnewAfterItsEnd)
     }
 }
 
-// Two threads of one object, each with a gate of its own.
+// Two threads of one object, each with its own gate.
 class TwoThreads : public testing::Test {
 protected:
     std::atomic<int> begun = 0;
@@ -206,7 +206,7 @@ protected:
         EXPECT_TRUE(thread.start());
         running.waitFor(2);
         EXPECT_NE(*thread.threadHandle, first);
-        EXPECT_EQ(unsigned(thread.threadId), unsigned(*thread.threadHandle)); // of the second
+        EXPECT_EQ(unsigned(thread.threadId), unsigned(*thread.threadHandle)); // the second thread
         EXPECT_TRUE(thread.isRunning());
     }
 };
@@ -218,7 +218,7 @@ TEST_F(ThreadSecondStart, countsAsEndedOnceTheFirstThreadHasLeft)
     startBoth();
     gates[0].add();
     thread.ended.waitFor(1);
-    EXPECT_FALSE(thread.isRunning()); // for the second, which still runs
+    EXPECT_FALSE(thread.isRunning()); // although the second still runs
     gates[1].add();
     thread.ended.waitFor(2);
     EXPECT_FALSE(thread.isRunning());
@@ -235,7 +235,7 @@ TEST_F(ThreadSecondStart, countsAsEndedOnceTheSecondThreadHasLeft)
     EXPECT_FALSE(thread.isRunning());
 }
 
-TEST(ThreadTerminate, doesNothingAheadOfAStart)
+TEST(ThreadTerminate, doesNothingBeforeAStart)
 {
     TestThread thread;
     thread.terminate();
@@ -265,11 +265,11 @@ TEST(ThreadTerminate, leavesACancelledThreadCountingAsRunning)
     EXPECT_EQ(unsigned(thread.threadId), unsigned(handle));
     thread.setExitState();
     EXPECT_FALSE(thread.isRunning());
-    thread.terminate(); // of no one
+    thread.terminate(); // there is no thread
     EXPECT_FALSE(thread.isRunning());
 }
 
-TEST(ThreadTerminate, letsAThreadGoOnToItsNextCancellationPoint)
+TEST(ThreadTerminate, lastsUntilTheNextCancellationPoint)
 {
     Counter reached;
     std::atomic<bool> asked = false;
@@ -293,7 +293,7 @@ TEST(ThreadTerminate, letsAThreadGoOnToItsNextCancellationPoint)
     EXPECT_FALSE(passedThePoint);
 }
 
-TEST(ThreadTerminate, leavesTheObjectToStartAnew)
+TEST(ThreadTerminate, allowsAnotherStart)
 {
     Counter reached;
     TestThread thread([&] { waitForCancellation(reached); });
@@ -307,7 +307,7 @@ TEST(ThreadTerminate, leavesTheObjectToStartAnew)
     EXPECT_FALSE(thread.isRunning());
 }
 
-TEST(ThreadTerminate, reachesTheThreadOfTheLatestStartAlone)
+TEST(ThreadTerminate, cancelsOnlyTheThreadOfTheLatestStart)
 {
     Counter running;
     Counter gate;
@@ -330,7 +330,7 @@ TEST(ThreadTerminate, reachesTheThreadOfTheLatestStartAlone)
     EXPECT_FALSE(thread.isRunning());
 }
 
-TEST(ThreadSetExitState, letsARunningThreadCountAsEnded)
+TEST(ThreadSetExitState, makesARunningThreadCountAsEnded)
 {
     Counter running;
     Counter gate;
@@ -345,7 +345,7 @@ TEST(ThreadSetExitState, letsARunningThreadCountAsEnded)
     EXPECT_FALSE(thread.isRunning());
     EXPECT_EQ(*thread.threadHandle, pthread_t(0));
     EXPECT_EQ(thread.threadId, id);
-    thread.terminate(); // of no one
+    thread.terminate(); // there is no thread
     gate.add();
     thread.ended.waitFor(1);
     EXPECT_FALSE(thread.isRunning());
@@ -358,7 +358,7 @@ TEST(ThreadSetExitState, doesNothingWithoutACell)
     *cell = 1;
     thread.setExitState();
     thread.terminate();
-    EXPECT_EQ(thread.threadHandle, nullptr); // so that the destructor finds none either
+    EXPECT_EQ(thread.threadHandle, nullptr); // so the destructor has nothing to free
     EXPECT_EQ(*cell, pthread_t(1));
 }
 
@@ -385,7 +385,7 @@ TEST(Usleep, lastsAtLeastThatManyMicroseconds)
 static_assert(std::is_same_v<decltype(&gqdb::int2Int64), long long (*)(int, int)>);
 static_assert(std::is_same_v<decltype(&gqdb::int2UInt64), unsigned long long (*)(unsigned int, unsigned int)>);
 
-TEST(Int2Int64, putsTheHalvesTogether)
+TEST(Int2Int64, combinesTheHalves)
 {
     EXPECT_EQ(gqdb::int2Int64(0, 0), 0);
     EXPECT_EQ(gqdb::int2Int64(1, 2), 0x0000000100000002);
@@ -396,7 +396,7 @@ TEST(Int2Int64, putsTheHalvesTogether)
     EXPECT_EQ(gqdb::int2Int64(INT_MIN, 0), LLONG_MIN);
 }
 
-TEST(Int2Int64, losesTheUpperHalfToANegativeLowerOne)
+TEST(Int2Int64, losesTheUpperHalfIfTheLowerIsNegative)
 {
     for (const int high : {0, 1, 0x12345678, INT_MAX, -1, INT_MIN}) {
         EXPECT_EQ(gqdb::int2Int64(high, -1), -1);
@@ -405,7 +405,7 @@ TEST(Int2Int64, losesTheUpperHalfToANegativeLowerOne)
     }
 }
 
-TEST(Int2UInt64, putsTheHalvesTogether)
+TEST(Int2UInt64, combinesTheHalves)
 {
     EXPECT_EQ(gqdb::int2UInt64(0, 0), 0u);
     EXPECT_EQ(gqdb::int2UInt64(1, 0xFFFFFFFF), 0x00000001FFFFFFFFu);

@@ -51,7 +51,7 @@ static_assert(std::is_same_v<decltype(&CUdpClient::close), void (CUdpClient::*)(
 [[maybe_unused]] static constexpr int (CUdpClient::*clientReadsFrom)(char*, int, std::string&,
                                                                      int&) = &CUdpClient::recvfrom;
 
-// An inherited operation belongs to the base, even when it is named through the derived class.
+// A pointer to an inherited operation has the type of the base, even if named through the derived class.
 static_assert(std::is_same_v<decltype(&CUdpServer::setRecvOverTm), int (CAbstractSocket::*)(int)>);
 static_assert(std::is_same_v<decltype(&CUdpServer::setSendOverTm), int (CAbstractSocket::*)(int)>);
 static_assert(std::is_same_v<decltype(&CUdpClient::setRecvOverTm), int (CAbstractSocket::*)(int)>);
@@ -86,14 +86,14 @@ static_assert(std::is_same_v<decltype(OpenServer::multicastGroup), std::string>)
 static_assert(std::is_same_v<decltype(OpenServer::multicastInterface), std::string>);
 static_assert(std::is_same_v<decltype(OpenServer::multicastJoined), bool>);
 
-TEST(UdpServerClass, addsItsFieldsInOrderBehindThoseOfTheBase)
+TEST(UdpServerClass, addsItsFieldsInOrderAfterThoseOfTheBase)
 {
     const OpenServer server;
     const auto offset = [&server](const void* field) {
         return static_cast<const char*>(field) - reinterpret_cast<const char*>(&server);
     };
-    EXPECT_EQ(offset(&server.multicastGroup), 64);     // behind the 64 bytes of the base
-    EXPECT_EQ(offset(&server.multicastInterface), 96); // behind the 32 bytes of a std::string
+    EXPECT_EQ(offset(&server.multicastGroup), 64);     // after the 64 bytes of the base
+    EXPECT_EQ(offset(&server.multicastInterface), 96); // after the 32 bytes of a std::string
     EXPECT_EQ(offset(&server.multicastJoined), 128);
     EXPECT_EQ(sizeof(CUdpServer), 136u);
 }
@@ -112,18 +112,18 @@ static std::string bindingTo(int descriptor, const std::string& shown)
     return on(descriptor, "bind(#, {AF_INET, " + shown + "}, 16)\n");
 }
 
-static std::string closingDatagrams(int descriptor) // with no shutdown
+static std::string closingDatagrams(int descriptor) // without shutdown(2)
 {
     return on(descriptor, "close(#)\n");
 }
 
-// Both are closed, with no socket yet.
+// Both are closed and have no socket yet.
 class UdpCalls : public EndpointCalls {
 protected:
     OpenServer server;
     Open<CUdpClient> client;
 
-    // With descriptor 7, the calls of that forgotten.
+    // Opens with descriptor 7 and discards the recorded calls.
     void openServer()
     {
         calls.answer("socket", 7);
@@ -145,7 +145,7 @@ protected:
         calls.take();
     }
 
-    // For what the two have in common. The test runs on each of them, open with descriptor 7.
+    // Runs a test of common behaviour on both, each open with descriptor 7.
     template <typename Test>
     void onBoth(Test test)
     {
@@ -162,14 +162,14 @@ protected:
     }
 };
 
-// Below 1 a descriptor is none, though the system may hand 0 out.
+// A descriptor below 1 counts as none, although the system may return 0.
 static const int failedSockets[] = {0, -1, -2};
 
 // --- Construction ---
 
 using UdpConstructCalls = UdpCalls;
 
-TEST_F(UdpConstructCalls, makesNoSocket)
+TEST_F(UdpConstructCalls, createsNoSocket)
 {
     EXPECT_EQ(*server.handle, 0);
     EXPECT_FALSE(server.opened);
@@ -205,7 +205,7 @@ TEST_F(UdpServerOpenP2PCalls, bindsASocketThatReusesItsAddress)
     EXPECT_EQ(server.port, 0);
 }
 
-TEST_F(UdpServerOpenP2PCalls, givesTheAddressInNetworkOrder)
+TEST_F(UdpServerOpenP2PCalls, passesTheAddressInNetworkOrder)
 {
     for (const auto& [text, port, shown] : localAddresses) {
         calls.answer("socket", 7);
@@ -214,7 +214,7 @@ TEST_F(UdpServerOpenP2PCalls, givesTheAddressInNetworkOrder)
     }
 }
 
-TEST_F(UdpServerOpenP2PCalls, takesDescriptorOne)
+TEST_F(UdpServerOpenP2PCalls, acceptsDescriptorOne)
 {
     calls.answer("socket", 1);
     EXPECT_EQ(server.openP2P("", 1502), 1);
@@ -222,7 +222,7 @@ TEST_F(UdpServerOpenP2PCalls, takesDescriptorOne)
     EXPECT_TRUE(server.opened);
 }
 
-TEST_F(UdpServerOpenP2PCalls, givesMinusOneWithoutASocketAndKeepsTheValue)
+TEST_F(UdpServerOpenP2PCalls, returnsMinusOneWithoutASocketAndStoresTheValue)
 {
     for (const int descriptor : failedSockets) {
         calls.answer("socket", descriptor);
@@ -233,14 +233,14 @@ TEST_F(UdpServerOpenP2PCalls, givesMinusOneWithoutASocketAndKeepsTheValue)
     }
 }
 
-TEST_F(UdpServerOpenP2PCalls, givesMinusTwoAndClosesWhenTheOptionIsRefused)
+TEST_F(UdpServerOpenP2PCalls, returnsMinusTwoAndClosesWhenTheOptionIsRefused)
 {
-    for (const int answer : {-1, 1}) { // anything but 0
+    for (const int answer : {-1, 1}) { // any nonzero value
         calls.answer("socket", 7);
         calls.answer("setsockopt", answer);
         EXPECT_EQ(server.openP2P("", 1502), -2);
         EXPECT_EQ(calls.take(), makesDatagramSocket + reusing(7) + closingDatagrams(7));
-        EXPECT_EQ(*server.handle, 7); // the number of what is closed
+        EXPECT_EQ(*server.handle, 7); // the number of the closed socket
         EXPECT_TRUE(server.isValid());
         EXPECT_FALSE(server.opened);
     }
@@ -248,7 +248,7 @@ TEST_F(UdpServerOpenP2PCalls, givesMinusTwoAndClosesWhenTheOptionIsRefused)
     EXPECT_EQ(calls.take(), "");
 }
 
-TEST_F(UdpServerOpenP2PCalls, givesZeroAndStaysOpenWhenItCannotBind)
+TEST_F(UdpServerOpenP2PCalls, returnsZeroAndStaysOpenWhenItCannotBind)
 {
     calls.answer("socket", 7);
     calls.refuse("bind", EADDRINUSE);
@@ -272,14 +272,14 @@ TEST_F(UdpServerOpenP2PCalls, replacesAnOpenSocketWithoutClosingIt)
     EXPECT_TRUE(server.opened);
 }
 
-TEST_F(UdpServerOpenP2PCalls, losesAnOpenSocketEvenWhenThereIsNoNewOne)
+TEST_F(UdpServerOpenP2PCalls, losesAnOpenSocketEvenWithoutANewOne)
 {
     openServer();
     calls.refuse("socket", EMFILE);
     EXPECT_EQ(server.openP2P("", 1502), -1);
     EXPECT_EQ(calls.take(), makesDatagramSocket);
     EXPECT_EQ(*server.handle, -1);
-    EXPECT_TRUE(server.opened); // nothing but the descriptor changes
+    EXPECT_TRUE(server.opened); // only the descriptor changes
 }
 
 // --- CUdpServer::openBroadcast ---
@@ -292,9 +292,9 @@ static std::string asksForBroadcastInOneByte(int descriptor)
 
 using UdpServerOpenBroadcastCalls = UdpCalls;
 
-TEST_F(UdpServerOpenBroadcastCalls, bindsBehindTwoOptions)
+TEST_F(UdpServerOpenBroadcastCalls, bindsAfterSettingTwoOptions)
 {
-    for (const int answer : {0, 1}) { // not below 0
+    for (const int answer : {0, 1}) { // any non-negative value
         calls.answer("socket", 7);
         calls.answer("setsockopt", 0);
         calls.answer("setsockopt", answer);
@@ -307,7 +307,7 @@ TEST_F(UdpServerOpenBroadcastCalls, bindsBehindTwoOptions)
     }
 }
 
-TEST_F(UdpServerOpenBroadcastCalls, givesTheAddressInNetworkOrder)
+TEST_F(UdpServerOpenBroadcastCalls, passesTheAddressInNetworkOrder)
 {
     for (const auto& [text, port, shown] : localAddresses) {
         calls.answer("socket", 7);
@@ -316,14 +316,14 @@ TEST_F(UdpServerOpenBroadcastCalls, givesTheAddressInNetworkOrder)
     }
 }
 
-TEST_F(UdpServerOpenBroadcastCalls, takesDescriptorOne)
+TEST_F(UdpServerOpenBroadcastCalls, acceptsDescriptorOne)
 {
     calls.answer("socket", 1);
     EXPECT_EQ(server.openBroadcast("", 1502), 1);
     EXPECT_TRUE(server.opened);
 }
 
-TEST_F(UdpServerOpenBroadcastCalls, givesMinusOneWithoutASocketAndKeepsTheValue)
+TEST_F(UdpServerOpenBroadcastCalls, returnsMinusOneWithoutASocketAndStoresTheValue)
 {
     for (const int descriptor : failedSockets) {
         calls.answer("socket", descriptor);
@@ -334,7 +334,7 @@ TEST_F(UdpServerOpenBroadcastCalls, givesMinusOneWithoutASocketAndKeepsTheValue)
     }
 }
 
-TEST_F(UdpServerOpenBroadcastCalls, givesMinusTwoAndClosesWhenReuseIsRefused)
+TEST_F(UdpServerOpenBroadcastCalls, returnsMinusTwoAndClosesWhenReuseIsRefused)
 {
     for (const int answer : {-1, 1}) {
         calls.answer("socket", 7);
@@ -346,7 +346,7 @@ TEST_F(UdpServerOpenBroadcastCalls, givesMinusTwoAndClosesWhenReuseIsRefused)
     }
 }
 
-TEST_F(UdpServerOpenBroadcastCalls, givesMinusThreeAndClosesWhenBroadcastIsRefused)
+TEST_F(UdpServerOpenBroadcastCalls, returnsMinusThreeAndClosesWhenBroadcastIsRefused)
 {
     calls.answer("socket", 7);
     calls.answer("setsockopt", 0);
@@ -361,7 +361,7 @@ TEST_F(UdpServerOpenBroadcastCalls, givesMinusThreeAndClosesWhenBroadcastIsRefus
     EXPECT_EQ(calls.take(), "");
 }
 
-TEST_F(UdpServerOpenBroadcastCalls, givesZeroAndStaysOpenWhenItCannotBind)
+TEST_F(UdpServerOpenBroadcastCalls, returnsZeroAndStaysOpenWhenItCannotBind)
 {
     calls.answer("socket", 7);
     calls.refuse("bind", EADDRINUSE);
@@ -416,7 +416,7 @@ TEST_F(UdpServerOpenMulticastCalls, bindsToEveryInterfaceAndJoins)
     EXPECT_EQ(server.port, 0);
 }
 
-TEST_F(UdpServerOpenMulticastCalls, givesThePortsLowBitsInNetworkOrder)
+TEST_F(UdpServerOpenMulticastCalls, passesTheLowBitsOfThePortInNetworkOrder)
 {
     const struct {
         int port;
@@ -430,7 +430,7 @@ TEST_F(UdpServerOpenMulticastCalls, givesThePortsLowBitsInNetworkOrder)
     }
 }
 
-TEST_F(UdpServerOpenMulticastCalls, givesGroupAndInterfaceAsTheyAreToldAndBindsToNeither)
+TEST_F(UdpServerOpenMulticastCalls, joinsTheGivenGroupAndBindsToAnyAddress)
 {
     const struct {
         const char* group;
@@ -439,9 +439,9 @@ TEST_F(UdpServerOpenMulticastCalls, givesGroupAndInterfaceAsTheyAreToldAndBindsT
         const char* shownInterface;
     } memberships[] = {
         {"224.0.0.1", "", "e0 00 00 01", "00 00 00 00"},
-        {"239.1.2.3", "127.0.0.1", "ef 01 02 03", "7f 00 00 01"}, // no special address here
+        {"239.1.2.3", "127.0.0.1", "ef 01 02 03", "7f 00 00 01"}, // not a special address here
         {"127.0.0.1", "0.0.0.0", "7f 00 00 01", "00 00 00 00"},
-        {"239.1.2.3", "eth0", "ef 01 02 03", "ff ff ff ff"}, // what inet_addr has no number for
+        {"239.1.2.3", "eth0", "ef 01 02 03", "ff ff ff ff"}, // inet_addr() fails
         {" ", " ", "ff ff ff ff", "ff ff ff ff"},
     };
     for (const auto& [group, interfaceAddress, shownGroup, shownInterface] : memberships) {
@@ -454,7 +454,7 @@ TEST_F(UdpServerOpenMulticastCalls, givesGroupAndInterfaceAsTheyAreToldAndBindsT
     }
 }
 
-TEST_F(UdpServerOpenMulticastCalls, givesMinusOneWithoutAGroupAndMakesNoSocket)
+TEST_F(UdpServerOpenMulticastCalls, returnsMinusOneWithoutAGroupAndCreatesNoSocket)
 {
     EXPECT_EQ(server.openMulticast("", 1502, "192.168.10.20"), -1);
     EXPECT_EQ(calls.take(), "");
@@ -463,18 +463,18 @@ TEST_F(UdpServerOpenMulticastCalls, givesMinusOneWithoutAGroupAndMakesNoSocket)
     openServer();
     EXPECT_EQ(server.openMulticast("", 1502, ""), -1);
     EXPECT_EQ(calls.take(), "");
-    EXPECT_EQ(*server.handle, 7); // the open socket stays
+    EXPECT_EQ(*server.handle, 7); // the open socket is kept
     EXPECT_TRUE(server.opened);
 }
 
-TEST_F(UdpServerOpenMulticastCalls, takesDescriptorOne)
+TEST_F(UdpServerOpenMulticastCalls, acceptsDescriptorOne)
 {
     calls.answer("socket", 1);
     EXPECT_EQ(server.openMulticast("239.1.2.3", 1502, ""), 1);
     EXPECT_TRUE(server.opened);
 }
 
-TEST_F(UdpServerOpenMulticastCalls, givesMinusTwoWithoutASocketAndKeepsTheValue)
+TEST_F(UdpServerOpenMulticastCalls, returnsMinusTwoWithoutASocketAndStoresTheValue)
 {
     for (const int descriptor : failedSockets) {
         calls.answer("socket", descriptor);
@@ -485,7 +485,7 @@ TEST_F(UdpServerOpenMulticastCalls, givesMinusTwoWithoutASocketAndKeepsTheValue)
     }
 }
 
-// A server whose openMulticast is to fail: nothing of the membership is kept.
+// A server whose openMulticast() fails: nothing of the membership is stored.
 class UdpServerOpenMulticastFailure : public UdpCalls {
 protected:
     void expectFailure(int result, const std::string& lines)
@@ -508,7 +508,7 @@ protected:
     const std::string joins = joining(7, "ef 01 02 03", "c0 a8 0a 14");
 };
 
-TEST_F(UdpServerOpenMulticastFailure, givesMinusThreeAndClosesWhenReuseIsRefused)
+TEST_F(UdpServerOpenMulticastFailure, returnsMinusThreeAndClosesWhenReuseIsRefused)
 {
     for (const int answer : {-1, 1}) {
         calls.answer("setsockopt", answer);
@@ -516,20 +516,20 @@ TEST_F(UdpServerOpenMulticastFailure, givesMinusThreeAndClosesWhenReuseIsRefused
     }
 }
 
-TEST_F(UdpServerOpenMulticastFailure, givesMinusFourAndClosesWhenItCannotBind)
+TEST_F(UdpServerOpenMulticastFailure, returnsMinusFourAndClosesWhenItCannotBind)
 {
     calls.refuse("bind", EADDRINUSE);
     expectFailure(-4, binds);
 }
 
-TEST_F(UdpServerOpenMulticastFailure, givesMinusFiveAndClosesWhenItCannotJoin)
+TEST_F(UdpServerOpenMulticastFailure, returnsMinusFiveAndClosesWhenItCannotJoin)
 {
     calls.answer("setsockopt", 0);
     calls.refuse("setsockopt", ENODEV);
     expectFailure(-5, binds + joins);
 }
 
-TEST_F(UdpServerOpenMulticastCalls, failsBelowZeroOnlyBehindTheFirstOption)
+TEST_F(UdpServerOpenMulticastCalls, treatsPositiveResultsAsSuccessAfterTheFirstOption)
 {
     calls.answer("socket", 7);
     calls.answer("setsockopt", 0);
@@ -538,7 +538,7 @@ TEST_F(UdpServerOpenMulticastCalls, failsBelowZeroOnlyBehindTheFirstOption)
     EXPECT_EQ(server.openMulticast("239.1.2.3", 1502, ""), 1);
 }
 
-TEST_F(UdpServerOpenMulticastCalls, keepsTheMembershipThatSucceededLast)
+TEST_F(UdpServerOpenMulticastCalls, keepsTheLastSuccessfulMembership)
 {
     joinGroup("192.168.10.20");
     calls.answer("socket", 8);
@@ -593,9 +593,8 @@ TEST_F(UdpServerCloseCalls, leavesTheGroupFirst)
     EXPECT_EQ(calls.take(), "");
 }
 
-// What was joined as 0.0.0.0 is left as the interface 255.255.255.255: the system finds no such membership, and closing
-// ends it.
-TEST_F(UdpServerCloseCalls, namesNoInterfaceForAnEmptyText)
+// Joins on 0.0.0.0 but leaves on 255.255.255.255: the system finds no such membership, and closing the socket ends it.
+TEST_F(UdpServerCloseCalls, passesAllOnesAsInterfaceForAnEmptyText)
 {
     joinGroup("");
     server.close();
@@ -630,7 +629,7 @@ TEST_F(UdpServerCloseCalls, keepsTheMembershipAndLeavesItOnEachLaterSocket)
     EXPECT_TRUE(server.multicastJoined);
 }
 
-TEST_F(UdpServerCloseCalls, leavesAnObjectThatIsNotOpened)
+TEST_F(UdpServerCloseCalls, doesNothingIfNotOpened)
 {
     server.close();
     EXPECT_EQ(calls.take(), "");
@@ -643,7 +642,7 @@ TEST_F(UdpServerCloseCalls, leavesAnObjectThatIsNotOpened)
     EXPECT_EQ(*server.handle, 7);
 }
 
-TEST_F(UdpServerCloseCalls, isFoundThroughTheBase)
+TEST_F(UdpServerCloseCalls, isVirtual)
 {
     joinGroup();
     CAbstractSocket& base = server;
@@ -680,7 +679,7 @@ TEST_F(UdpServerDestroyCalls, leavesTheGroupAndClosesIfOpen)
 
 using UdpClientOpenP2PCalls = UdpCalls;
 
-TEST_F(UdpClientOpenP2PCalls, makesASocketWithNoOption)
+TEST_F(UdpClientOpenP2PCalls, createsASocketWithoutOptions)
 {
     for (const int descriptor : {7, 1}) {
         calls.answer("socket", descriptor);
@@ -691,7 +690,7 @@ TEST_F(UdpClientOpenP2PCalls, makesASocketWithNoOption)
     }
 }
 
-TEST_F(UdpClientOpenP2PCalls, givesMinusOneWithoutASocketAndKeepsTheValue)
+TEST_F(UdpClientOpenP2PCalls, returnsMinusOneWithoutASocketAndStoresTheValue)
 {
     for (const int descriptor : failedSockets) {
         calls.answer("socket", descriptor);
@@ -714,7 +713,7 @@ TEST_F(UdpClientOpenP2PCalls, losesAnOpenSocketWithoutClosingIt)
     EXPECT_EQ(client.openP2P(), -1);
     EXPECT_EQ(calls.take(), makesDatagramSocket);
     EXPECT_EQ(*client.handle, -1);
-    EXPECT_TRUE(client.opened); // nothing but the descriptor changes
+    EXPECT_TRUE(client.opened); // only the descriptor changes
 }
 
 static const std::string asksForBroadcast = "setsockopt(7, SOL_SOCKET, SO_BROADCAST, [01 00 00 00], 4)\n";
@@ -723,7 +722,7 @@ using UdpClientOpenBroadcastCalls = UdpCalls;
 
 TEST_F(UdpClientOpenBroadcastCalls, setsTheOptionAndBindsNothing)
 {
-    for (const int answer : {0, 1}) { // not below 0
+    for (const int answer : {0, 1}) { // any non-negative value
         calls.answer("socket", 7);
         calls.answer("setsockopt", answer);
         EXPECT_EQ(client.openBroadcast(), 1);
@@ -733,14 +732,14 @@ TEST_F(UdpClientOpenBroadcastCalls, setsTheOptionAndBindsNothing)
     }
 }
 
-TEST_F(UdpClientOpenBroadcastCalls, takesDescriptorOne)
+TEST_F(UdpClientOpenBroadcastCalls, acceptsDescriptorOne)
 {
     calls.answer("socket", 1);
     EXPECT_EQ(client.openBroadcast(), 1);
     EXPECT_TRUE(client.opened);
 }
 
-TEST_F(UdpClientOpenBroadcastCalls, givesMinusOneWithoutASocketAndKeepsTheValue)
+TEST_F(UdpClientOpenBroadcastCalls, returnsMinusOneWithoutASocketAndStoresTheValue)
 {
     for (const int descriptor : failedSockets) {
         calls.answer("socket", descriptor);
@@ -751,7 +750,7 @@ TEST_F(UdpClientOpenBroadcastCalls, givesMinusOneWithoutASocketAndKeepsTheValue)
     }
 }
 
-TEST_F(UdpClientOpenBroadcastCalls, givesMinusTwoAndClosesWhenTheOptionIsRefused)
+TEST_F(UdpClientOpenBroadcastCalls, returnsMinusTwoAndClosesWhenTheOptionIsRefused)
 {
     calls.answer("socket", 7);
     calls.refuse("setsockopt", EPERM);
@@ -765,7 +764,7 @@ TEST_F(UdpClientOpenBroadcastCalls, givesMinusTwoAndClosesWhenTheOptionIsRefused
     EXPECT_EQ(calls.take(), "");
 }
 
-// What goes to qDebug() meanwhile, among the system calls around it.
+// Records messages of qDebug() among the system calls.
 class DebugMessages {
 public:
     explicit DebugMessages(SystemCalls& systemCalls) : calls(systemCalls), replaced(qInstallMessageHandler(&take))
@@ -782,7 +781,7 @@ public:
     DebugMessages(const DebugMessages&) = delete;
     DebugMessages& operator=(const DebugMessages&) = delete;
 
-    // All since the last time.
+    // Returns all lines since the last time.
     std::string lines() { return std::exchange(written, {}) + calls.take(); }
 
 private:
@@ -790,7 +789,7 @@ private:
     {
         current->written +=
             current->calls.take() + (type == QtDebugMsg ? "qDebug: " : "another kind: ") + text.toStdString() + "\n";
-        errno = EIO; // as writing may leave it
+        errno = EIO; // writing may set it
     }
 
     static DebugMessages* current;
@@ -830,16 +829,16 @@ protected:
     }
 };
 
-TEST_F(UdpClientOpenMulticastCalls, choosesTheInterfaceAndEndsTheLoop)
+TEST_F(UdpClientOpenMulticastCalls, setsTheInterfaceAndDisablesTheLoop)
 {
     const struct {
         const char* text;
         const char* shown;
     } interfaces[] = {
         {"192.168.10.20", "c0 a8 0a 14"},
-        {"127.0.0.1", "7f 00 00 01"}, // no special address here
+        {"127.0.0.1", "7f 00 00 01"}, // not a special address here
         {"0.0.0.0", "00 00 00 00"},
-        {"eth0", "ff ff ff ff"}, // what inet_addr has no number for
+        {"eth0", "ff ff ff ff"}, // inet_addr() fails
         {" ", "ff ff ff ff"},
     };
     for (const auto& [text, shown] : interfaces) {
@@ -860,14 +859,14 @@ TEST_F(UdpClientOpenMulticastCalls, leavesTheInterfaceToTheSystemForAnEmptyText)
     EXPECT_TRUE(client.opened);
 }
 
-TEST_F(UdpClientOpenMulticastCalls, takesDescriptorOne)
+TEST_F(UdpClientOpenMulticastCalls, acceptsDescriptorOne)
 {
     calls.answer("socket", 1);
     EXPECT_EQ(client.openMulticast(""), 1);
     EXPECT_TRUE(client.opened);
 }
 
-TEST_F(UdpClientOpenMulticastCalls, givesMinusOneWithoutASocketAndSaysNothing)
+TEST_F(UdpClientOpenMulticastCalls, returnsMinusOneWithoutASocketAndPrintsNothing)
 {
     for (const int descriptor : failedSockets) {
         calls.answer("socket", descriptor);
@@ -878,7 +877,7 @@ TEST_F(UdpClientOpenMulticastCalls, givesMinusOneWithoutASocketAndSaysNothing)
     }
 }
 
-TEST_F(UdpClientOpenMulticastCalls, givesMinusTwoAndTellsWhyAndClosesWhenTheInterfaceIsRefused)
+TEST_F(UdpClientOpenMulticastCalls, returnsMinusTwoAndReportsAndClosesWhenTheInterfaceIsRefused)
 {
     calls.answer("socket", 7);
     calls.refuse("setsockopt", EINVAL);
@@ -888,7 +887,7 @@ TEST_F(UdpClientOpenMulticastCalls, givesMinusTwoAndTellsWhyAndClosesWhenTheInte
     expectFailed();
 }
 
-TEST_F(UdpClientOpenMulticastCalls, leavesTheErrnoOfTheRefusalWhateverTheMessageDoes)
+TEST_F(UdpClientOpenMulticastCalls, keepsTheErrnoOfTheRefusalWhateverTheMessageDoes)
 {
     const QtMessageHandler before =
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { errno = ENOMEM; });
@@ -905,7 +904,7 @@ TEST_F(UdpClientOpenMulticastCalls, leavesTheErrnoOfTheRefusalWhateverTheMessage
     calls.take();
 }
 
-TEST_F(UdpClientOpenMulticastCalls, takesTheInterfaceUnlessBelowZero)
+TEST_F(UdpClientOpenMulticastCalls, treatsAPositiveInterfaceResultAsSuccess)
 {
     calls.answer("socket", 7);
     calls.answer("setsockopt", 1);
@@ -913,7 +912,7 @@ TEST_F(UdpClientOpenMulticastCalls, takesTheInterfaceUnlessBelowZero)
     EXPECT_EQ(messages.lines(), makesDatagramSocket + sendingOutOf("c0 a8 0a 14") + endsLoop);
 }
 
-TEST_F(UdpClientOpenMulticastCalls, givesMinusThreeAndTellsWhyAndClosesWhenTheLoopIsRefused)
+TEST_F(UdpClientOpenMulticastCalls, returnsMinusThreeAndReportsAndClosesWhenTheLoopIsRefused)
 {
     calls.answer("socket", 7);
     calls.answer("setsockopt", 0);
@@ -924,7 +923,7 @@ TEST_F(UdpClientOpenMulticastCalls, givesMinusThreeAndTellsWhyAndClosesWhenTheLo
     expectFailed();
 }
 
-TEST_F(UdpClientOpenMulticastCalls, takesTheLoopForZeroAlone)
+TEST_F(UdpClientOpenMulticastCalls, treatsAPositiveLoopResultAsFailure)
 {
     calls.answer("socket", 7);
     calls.answer("setsockopt", 1);
@@ -948,22 +947,22 @@ TEST_F(UdpClientOpenMulticastCalls, replacesAnOpenSocketWithoutClosingIt)
 
 using UdpClientConnectCalls = UdpCalls;
 
-TEST_F(UdpClientConnectCalls, givesTheAddressInNetworkOrder)
+TEST_F(UdpClientConnectCalls, passesTheAddressInNetworkOrder)
 {
     openClient();
     const struct {
         const char* text;
         int port;
-        const char* shown; // port and address as they lie in memory
+        const char* shown; // port and address, in memory order
     } targets[] = {
-        {"127.0.0.1", 1502, "05 de, 7f 00 00 01"}, // no special address here
+        {"127.0.0.1", 1502, "05 de, 7f 00 00 01"}, // not a special address here
         {"192.168.10.20", 80, "00 50, c0 a8 0a 14"},
         {"0.0.0.0", 1502, "05 de, 00 00 00 00"},
         {"127.1", 1502, "05 de, 7f 00 00 01"},
         {"255.255.255.255", 65535, "ff ff, ff ff ff ff"},
-        {"", 1502, "05 de, ff ff ff ff"}, // what inet_addr has no number for
+        {"", 1502, "05 de, ff ff ff ff"}, // inet_addr() fails
         {"localhost", 1502, "05 de, ff ff ff ff"},
-        {"127.0.0.1", 0, "00 00, 7f 00 00 01"}, // of a port the low 16 bits
+        {"127.0.0.1", 0, "00 00, 7f 00 00 01"}, // only the low 16 bits of a port are used
         {"127.0.0.1", 65536 + 1502, "05 de, 7f 00 00 01"},
         {"127.0.0.1", -1, "ff ff, 7f 00 00 01"},
     };
@@ -975,17 +974,17 @@ TEST_F(UdpClientConnectCalls, givesTheAddressInNetworkOrder)
     EXPECT_EQ(client.port, 0);
 }
 
-TEST_F(UdpClientConnectCalls, givesOneOnSuccess)
+TEST_F(UdpClientConnectCalls, returnsOneOnSuccess)
 {
     openClient();
     for (const int answer : {0, 5}) {
         calls.answer("connect", answer);
-        errno = EINPROGRESS; // of an earlier call
+        errno = EINPROGRESS; // from an earlier call
         EXPECT_EQ(client.connect("127.0.0.1", 1502, false), 1);
     }
 }
 
-TEST_F(UdpClientConnectCalls, mapsEachErrorNumberAndLeavesIt)
+TEST_F(UdpClientConnectCalls, mapsEachErrorNumberAndLeavesErrno)
 {
     openClient();
     const struct {
@@ -999,12 +998,12 @@ TEST_F(UdpClientConnectCalls, mapsEachErrorNumberAndLeavesIt)
         calls.refuse("connect", error);
         EXPECT_EQ(client.connect("127.0.0.1", 1502, false), result) << error;
         EXPECT_EQ(errno, error);
-        EXPECT_EQ(calls.take(), "connect(7, {AF_INET, 05 de, 7f 00 00 01}, 16)\n"); // and closes nothing
+        EXPECT_EQ(calls.take(), "connect(7, {AF_INET, 05 de, 7f 00 00 01}, 16)\n"); // nothing is closed
         EXPECT_TRUE(client.opened);
     }
 }
 
-TEST_F(UdpClientConnectCalls, opensAheadOfConnectingIfNothingIsOpen)
+TEST_F(UdpClientConnectCalls, opensBeforeConnectingIfNothingIsOpen)
 {
     calls.answer("socket", 7);
     EXPECT_EQ(client.connect("127.0.0.1", 1502, false), 1);
@@ -1041,7 +1040,7 @@ TEST_F(UdpClientConnectCalls, opensNonBlockingIfAsync)
                                                   "connect(7, {AF_INET, 05 de, 7f 00 00 01}, 16)\n");
 }
 
-TEST_F(UdpClientConnectCalls, makesAnOpenSocketNonBlockingTooOnEachAsyncCall)
+TEST_F(UdpClientConnectCalls, makesAnOpenSocketNonBlockingOnEachAsyncCall)
 {
     openClient();
     for (int call = 0; call < 2; ++call) {
@@ -1051,11 +1050,11 @@ TEST_F(UdpClientConnectCalls, makesAnOpenSocketNonBlockingTooOnEachAsyncCall)
                                 "fcntl(7, F_SETFL, 2050)\n"
                                 "connect(7, {AF_INET, 05 de, 7f 00 00 01}, 16)\n");
     }
-    EXPECT_EQ(client.connect("127.0.0.1", 1502, false), 1); // stays so
+    EXPECT_EQ(client.connect("127.0.0.1", 1502, false), 1); // stays non-blocking
     EXPECT_EQ(calls.take(), "connect(7, {AF_INET, 05 de, 7f 00 00 01}, 16)\n");
 }
 
-TEST_F(UdpClientConnectCalls, connectsEvenIfItCouldNotBeMadeNonBlocking)
+TEST_F(UdpClientConnectCalls, connectsEvenIfItCannotBeMadeNonBlocking)
 {
     openClient();
     calls.refuse("fcntl", EPERM);
@@ -1063,7 +1062,7 @@ TEST_F(UdpClientConnectCalls, connectsEvenIfItCouldNotBeMadeNonBlocking)
     EXPECT_EQ(client.connect("127.0.0.1", 1502, true), 1);
 }
 
-TEST_F(UdpClientConnectCalls, connectsEvenIfNoSocketCouldBeOpened)
+TEST_F(UdpClientConnectCalls, connectsEvenIfNoSocketCanBeOpened)
 {
     for (const bool async : {false, true}) {
         calls.refuse("socket", EMFILE);
@@ -1078,7 +1077,7 @@ TEST_F(UdpClientConnectCalls, connectsEvenIfNoSocketCouldBeOpened)
     }
 }
 
-TEST_F(UdpClientConnectCalls, goesByTheOpenedFlagAndNotByTheDescriptor)
+TEST_F(UdpClientConnectCalls, usesTheOpenedFlagAndNotTheDescriptor)
 {
     *client.handle = 7;
     calls.answer("socket", 8);
@@ -1109,13 +1108,13 @@ TEST_F(UdpClientRecvCalls, readsOnce)
     openClient();
     char buffer[8] = "-------";
     calls.answer("recv", 3, "68 0d 16"_hex);
-    errno = EINTR; // of an earlier call
+    errno = EINTR; // from an earlier call
     EXPECT_EQ(client.recv(buffer, 7), 3);
     EXPECT_EQ(calls.take(), "recv(7, 7, MSG_NOSIGNAL)\n");
     EXPECT_STREQ(buffer, "\x68\x0d\x16----");
 }
 
-TEST_F(UdpClientRecvCalls, givesMinusOneForAnEmptyDatagramWhateverErrnoHolds)
+TEST_F(UdpClientRecvCalls, returnsMinusOneForAnEmptyDatagramWhateverErrno)
 {
     openClient();
     char buffer[4] = {};
@@ -1126,7 +1125,7 @@ TEST_F(UdpClientRecvCalls, givesMinusOneForAnEmptyDatagramWhateverErrnoHolds)
     }
 }
 
-TEST_F(UdpClientRecvCalls, mapsEachErrorNumberAndLeavesIt)
+TEST_F(UdpClientRecvCalls, mapsEachErrorNumberAndLeavesErrno)
 {
     openClient();
     char buffer[4] = {};
@@ -1138,7 +1137,7 @@ TEST_F(UdpClientRecvCalls, mapsEachErrorNumberAndLeavesIt)
     }
 }
 
-TEST_F(UdpClientRecvCalls, doesNotTestTheDescriptor)
+TEST_F(UdpClientRecvCalls, doesNotCheckTheDescriptor)
 {
     char buffer[4] = {};
     calls.refuse("recv", ENOTSOCK);
@@ -1148,18 +1147,18 @@ TEST_F(UdpClientRecvCalls, doesNotTestTheDescriptor)
 
 using UdpClientSendCalls = UdpCalls;
 
-TEST_F(UdpClientSendCalls, writesOnceAndGivesTheCount)
+TEST_F(UdpClientSendCalls, writesOnceAndReturnsTheCount)
 {
     openClient();
     for (const int count : {0, 1, 3}) {
         calls.answer("send", count);
-        errno = EINTR; // of an earlier call
+        errno = EINTR; // from an earlier call
         EXPECT_EQ(client.send("\x68\x0d\x16", 3), count);
         EXPECT_EQ(calls.take(), "send(7, [68 0d 16], 3, MSG_NOSIGNAL)\n");
     }
 }
 
-TEST_F(UdpClientSendCalls, mapsEachErrorNumberAndLeavesIt)
+TEST_F(UdpClientSendCalls, mapsEachErrorNumberAndLeavesErrno)
 {
     openClient();
     for (const auto& [error, result] : transferFailures) {
@@ -1170,7 +1169,7 @@ TEST_F(UdpClientSendCalls, mapsEachErrorNumberAndLeavesIt)
     }
 }
 
-TEST_F(UdpClientSendCalls, doesNotTestTheDescriptor)
+TEST_F(UdpClientSendCalls, doesNotCheckTheDescriptor)
 {
     calls.refuse("send", ENOTSOCK);
     EXPECT_EQ(client.send("\x68", 1), -1);
@@ -1202,7 +1201,7 @@ TEST_F(UdpClientCloseCalls, ignoresTheResult)
     EXPECT_FALSE(client.opened);
 }
 
-TEST_F(UdpClientCloseCalls, leavesAnObjectThatIsNotOpened)
+TEST_F(UdpClientCloseCalls, doesNothingIfNotOpened)
 {
     client.close();
     EXPECT_EQ(calls.take(), "");
@@ -1214,7 +1213,7 @@ TEST_F(UdpClientCloseCalls, leavesAnObjectThatIsNotOpened)
     EXPECT_EQ(*client.handle, 7);
 }
 
-TEST_F(UdpClientCloseCalls, isFoundThroughTheBase)
+TEST_F(UdpClientCloseCalls, isVirtual)
 {
     openClient();
     CAbstractSocket& base = client;
@@ -1251,7 +1250,7 @@ TEST_F(UdpClientDestroyCalls, closesAnOpenSocketOnly)
 
 using UdpBindCalls = UdpCalls;
 
-TEST_F(UdpBindCalls, givesTheAddressInNetworkOrder)
+TEST_F(UdpBindCalls, passesTheAddressInNetworkOrder)
 {
     onBoth([this](auto& endpoint) {
         for (const auto& [text, port, shown] : localAddresses) {
@@ -1261,7 +1260,7 @@ TEST_F(UdpBindCalls, givesTheAddressInNetworkOrder)
     });
 }
 
-TEST_F(UdpBindCalls, looksAtAllOfAnAddressWithAZeroByte)
+TEST_F(UdpBindCalls, comparesTheWholeAddressIncludingZeroBytes)
 {
     onBoth([this](auto& endpoint) {
         EXPECT_EQ(endpoint.bind(std::string("127.0.0.1\0", 10), 1502), 1);
@@ -1269,7 +1268,7 @@ TEST_F(UdpBindCalls, looksAtAllOfAnAddressWithAZeroByte)
     });
 }
 
-TEST_F(UdpBindCalls, givesOneFromZeroUp)
+TEST_F(UdpBindCalls, returnsOneForResultsFromZeroUp)
 {
     onBoth([this](auto& endpoint) {
         calls.answer("bind", 5);
@@ -1277,7 +1276,7 @@ TEST_F(UdpBindCalls, givesOneFromZeroUp)
     });
 }
 
-TEST_F(UdpBindCalls, givesZeroAndLeavesTheSocketWhenItFails)
+TEST_F(UdpBindCalls, returnsZeroAndLeavesTheSocketWhenItFails)
 {
     onBoth([this](auto& endpoint) {
         calls.refuse("bind", EADDRINUSE);
@@ -1310,12 +1309,12 @@ TEST_F(UdpSendtoCalls, sendsOnceToTheAddressInNetworkOrder)
         int port;
         const char* shown;
     } targets[] = {
-        {"127.0.0.1", 1502, "05 de, 7f 00 00 01"}, // no special address here
+        {"127.0.0.1", 1502, "05 de, 7f 00 00 01"}, // not a special address here
         {"192.168.10.20", 65535, "ff ff, c0 a8 0a 14"},
         {"255.255.255.255", 80, "00 50, ff ff ff ff"},
-        {"", 1502, "05 de, ff ff ff ff"}, // what inet_addr has no number for
+        {"", 1502, "05 de, ff ff ff ff"}, // inet_addr() fails
         {"localhost", 1502, "05 de, ff ff ff ff"},
-        {"127.0.0.1", 65536 + 1502, "05 de, 7f 00 00 01"}, // of a port the low 16 bits
+        {"127.0.0.1", 65536 + 1502, "05 de, 7f 00 00 01"}, // only the low 16 bits of a port are used
         {"127.0.0.1", -1, "ff ff, 7f 00 00 01"},
     };
     onBoth([&, this](auto& endpoint) {
@@ -1335,7 +1334,7 @@ TEST_F(UdpSendtoCalls, sendsAnEmptyDatagram)
     });
 }
 
-TEST_F(UdpSendtoCalls, givesTheResultOfTheSystemAsItIs)
+TEST_F(UdpSendtoCalls, returnsTheResultOfTheSystem)
 {
     onBoth([this](auto& endpoint) {
         for (const int result : {0, 1, 2, -5}) {
@@ -1361,7 +1360,7 @@ TEST_F(UdpSendtoCalls, opensNoSocket)
     });
 }
 
-// Each test in both forms; the outputs of the one that has some are `address` and `port`.
+// Each test runs on both forms. The form with outputs stores them in `address` and `port`.
 class UdpRecvfromCalls : public UdpCalls {
 protected:
     char buffer[8] = {};
@@ -1383,14 +1382,14 @@ protected:
     }
 };
 
-static const std::string readsDatagram = "recvfrom(7, 4, 0, 16)\n"; // 4 bytes, no flags, room of 16 for the sender
+static const std::string readsDatagram = "recvfrom(7, 4, 0, 16)\n"; // 4 bytes, no flags, 16 bytes for the sender
 
-TEST_F(UdpRecvfromCalls, readsOnceAndGivesTheCount)
+TEST_F(UdpRecvfromCalls, readsOnceAndReturnsTheCount)
 {
     onBoth([this](auto& endpoint) {
         for (const bool withSender : {false, true}) {
             calls.answer("recvfrom", 3, "68 0d 16"_hex + peerBytes);
-            errno = EINTR; // of an earlier call
+            errno = EINTR; // from an earlier call
             EXPECT_EQ(recvfrom(endpoint, withSender, 4), 3);
             EXPECT_EQ(calls.take(), readsDatagram);
             EXPECT_EQ(hex(QByteArray(buffer, 4)), "68 0d 16 00");
@@ -1398,7 +1397,7 @@ TEST_F(UdpRecvfromCalls, readsOnceAndGivesTheCount)
     });
 }
 
-TEST_F(UdpRecvfromCalls, givesTheSender)
+TEST_F(UdpRecvfromCalls, returnsTheSender)
 {
     const struct {
         const char* bytes; // a sockaddr_in
@@ -1419,12 +1418,12 @@ TEST_F(UdpRecvfromCalls, givesTheSender)
     });
 }
 
-TEST_F(UdpRecvfromCalls, givesZeroAndTheSenderOfAnEmptyDatagram)
+TEST_F(UdpRecvfromCalls, returnsZeroAndTheSenderOfAnEmptyDatagram)
 {
     onBoth([this](auto& endpoint) {
         for (const bool withSender : {false, true}) {
             calls.answer("recvfrom", 0, peerBytes);
-            errno = EINTR; // of an earlier call
+            errno = EINTR; // from an earlier call
             EXPECT_EQ(recvfrom(endpoint, withSender, 4), 0);
         }
         expectSender("127.0.0.1", 1502);
@@ -1465,19 +1464,19 @@ static const std::string waitsToWrite = "select(8, null, {7}, {7}, {0, 20000})\n
 static const std::string asksForTheError = "getsockopt(7, SOL_SOCKET, SO_ERROR, 4)\n";
 static const std::string asksForThePeer = "getpeername(7, 16)\n";
 
-TEST_F(UdpIsWritableCalls, asksForTheErrorAndThePeerOnceWritable)
+TEST_F(UdpIsWritableCalls, queriesTheErrorAndThePeerOnceWritable)
 {
     onBoth([this](auto& endpoint) {
         calls.answerSelect(1, {}, {7}, {});
         calls.answer("getsockopt", 0, "00000000"_hex);
         calls.answer("getpeername", 0, peerBytes);
-        errno = ECONNREFUSED; // of an earlier call
+        errno = ECONNREFUSED; // from an earlier call
         EXPECT_EQ(endpoint.isWritable(20), 1);
         EXPECT_EQ(calls.take(), waitsToWrite + asksForTheError + asksForThePeer);
     });
 }
 
-TEST_F(UdpIsWritableCalls, handsTheTimeToTheSystem)
+TEST_F(UdpIsWritableCalls, passesTheTimeToTheSystem)
 {
     onBoth([this](auto& endpoint) {
         for (const auto& [ms, text] : selectTimes) {
@@ -1487,11 +1486,11 @@ TEST_F(UdpIsWritableCalls, handsTheTimeToTheSystem)
     });
 }
 
-TEST_F(UdpIsWritableCalls, givesMinusOneWhenTheTimeHasPassedOrSelectFails)
+TEST_F(UdpIsWritableCalls, returnsMinusOneOnATimeOutOrWhenSelectFails)
 {
     onBoth([this](auto& endpoint) {
         calls.answerSelect(0, {}, {7}, {});
-        EXPECT_EQ(endpoint.isWritable(20), -1); // 0 in isReadable
+        EXPECT_EQ(endpoint.isWritable(20), -1); // isReadable() returns 0
         calls.refuse("select", EINTR);
         EXPECT_EQ(endpoint.isWritable(20), -1);
         EXPECT_EQ(errno, EINTR);
@@ -1501,7 +1500,7 @@ TEST_F(UdpIsWritableCalls, givesMinusOneWhenTheTimeHasPassedOrSelectFails)
     });
 }
 
-TEST_F(UdpIsWritableCalls, givesZeroWhenNotWritableOrExceptional)
+TEST_F(UdpIsWritableCalls, returnsZeroWhenNotWritableOrExceptional)
 {
     const struct {
         SystemCalls::Descriptors writable;
@@ -1516,7 +1515,7 @@ TEST_F(UdpIsWritableCalls, givesZeroWhenNotWritableOrExceptional)
     });
 }
 
-TEST_F(UdpIsWritableCalls, givesMinusOneForAWaitingError)
+TEST_F(UdpIsWritableCalls, returnsMinusOneForAPendingError)
 {
     onBoth([this](auto& endpoint) {
         calls.answerSelect(1, {}, {7}, {});
@@ -1525,7 +1524,7 @@ TEST_F(UdpIsWritableCalls, givesMinusOneForAWaitingError)
         EXPECT_EQ(calls.take(), waitsToWrite + asksForTheError);
 
         calls.answerSelect(1, {}, {7}, {});
-        calls.refuse("getsockopt", ENOTSOCK); // the error, then
+        calls.refuse("getsockopt", ENOTSOCK); // counts as the error
         EXPECT_EQ(endpoint.isWritable(20), -1);
         EXPECT_EQ(calls.take(), waitsToWrite + asksForTheError);
 
@@ -1537,7 +1536,7 @@ TEST_F(UdpIsWritableCalls, givesMinusOneForAWaitingError)
     });
 }
 
-TEST_F(UdpIsWritableCalls, givesZeroWithoutAPeer)
+TEST_F(UdpIsWritableCalls, returnsZeroWithoutAPeer)
 {
     onBoth([this](auto& endpoint) {
         calls.answerSelect(1, {}, {7}, {});
@@ -1551,7 +1550,7 @@ TEST_F(UdpIsWritableCalls, givesZeroWithoutAPeer)
     });
 }
 
-TEST_F(UdpIsWritableCalls, waitsForNothingAndGivesMinusOneOnceClosed)
+TEST_F(UdpIsWritableCalls, watchesNothingAndReturnsMinusOneOnceClosed)
 {
     onBoth([this](auto& endpoint) {
         endpoint.close();
@@ -1609,7 +1608,7 @@ TEST_F(UdpSelectCalls, watchesItsDescriptorInAllThreeSetsForTheTime)
     });
 }
 
-TEST_F(UdpSelectCalls, givesEachBitAndTheResultOfTheSystem)
+TEST_F(UdpSelectCalls, returnsEachBitAndTheResultOfTheSystem)
 {
     onBoth([this](auto& endpoint) {
         calls.answerSelect(1, {7}, {}, {});
@@ -1624,7 +1623,7 @@ TEST_F(UdpSelectCalls, givesEachBitAndTheResultOfTheSystem)
         EXPECT_EQ(select(endpoint, 20), 1);
         expect(0, 0, 1);
 
-        calls.answerSelect(5, {6}, {7}, {7}); // nothing is counted anew
+        calls.answerSelect(5, {6}, {7}, {7}); // the count is not recomputed
         EXPECT_EQ(select(endpoint, 20), 5);
         expect(0, 1, 1);
 
@@ -1634,7 +1633,7 @@ TEST_F(UdpSelectCalls, givesEachBitAndTheResultOfTheSystem)
     });
 }
 
-TEST_F(UdpSelectCalls, givesTheFailureAsItIsAndLeavesTheOutputs)
+TEST_F(UdpSelectCalls, returnsTheFailureAndLeavesTheOutputs)
 {
     onBoth([this](auto& endpoint) {
         calls.refuse("select", EINTR);
@@ -1646,7 +1645,7 @@ TEST_F(UdpSelectCalls, givesTheFailureAsItIsAndLeavesTheOutputs)
     });
 }
 
-TEST_F(UdpSelectCalls, waitsForNothingAndGivesSetBitsOnceClosed)
+TEST_F(UdpSelectCalls, watchesNothingAndReturnsSetBitsOnceClosed)
 {
     onBoth([this](auto& endpoint) {
         endpoint.close();

@@ -39,7 +39,7 @@ static std::string localAddress(CAbstractSocket& endpoint)
     return address;
 }
 
-// The next datagram; "none" if none comes in time.
+// The next datagram, or "none" if none arrives in time.
 template <typename Endpoint>
 static std::string nextFrom(Endpoint& endpoint, int ms = limitMs)
 {
@@ -51,11 +51,11 @@ static std::string nextFrom(Endpoint& endpoint, int ms = limitMs)
     return std::string(buffer, size_t(std::max(count, 0)));
 }
 
-static constexpr int noneMs = 50; // to see that nothing comes
+static constexpr int noneMs = 50; // time to check that nothing arrives
 
 // --- CUdpServer: unicast ---
 
-TEST(UdpServerOpenP2P, exchangesDatagramsWithWhoeverWrites)
+TEST(UdpServerOpenP2P, exchangesDatagramsWithAnySender)
 {
     Open<CUdpServer> server;
     ASSERT_EQ(server.openP2P("127.1", 0), 1);
@@ -83,18 +83,18 @@ TEST(UdpServerOpenP2P, exchangesDatagramsWithWhoeverWrites)
     }
 }
 
-TEST(UdpServerOpenP2P, takesTheLoopbackAddressForEveryInterface)
+TEST(UdpServerOpenP2P, treatsTheLoopbackAddressAsEveryInterface)
 {
     const struct {
-        const char* told;
+        const char* given;
         const char* bound;
     } addresses[] = {
         {"", "0.0.0.0"},        {"127.0.0.1", "0.0.0.0"},   {"0.0.0.0", "0.0.0.0"},
         {"127.1", "127.0.0.1"}, {"127.0.0.2", "127.0.0.2"},
     };
-    for (const auto& [told, bound] : addresses) {
+    for (const auto& [given, bound] : addresses) {
         CUdpServer server;
-        EXPECT_EQ(server.openP2P(told, 0), 1) << told;
+        EXPECT_EQ(server.openP2P(given, 0), 1) << given;
         EXPECT_EQ(localAddress(server), bound);
         EXPECT_GT(localPort(server), 0);
     }
@@ -110,7 +110,7 @@ TEST(UdpServerOpenP2P, sharesItsPortWithOthersThatReuseAddresses)
 
 TEST(UdpServerOpenP2P, staysOpenWhenItCannotBind)
 {
-    const DatagramPeer peer; // shares its port with nobody
+    const DatagramPeer peer; // does not share its port
     int descriptor = -1;
     {
         Open<CUdpServer> server;
@@ -119,12 +119,12 @@ TEST(UdpServerOpenP2P, staysOpenWhenItCannotBind)
         EXPECT_TRUE(server.opened);
         descriptor = *server.handle;
         EXPECT_TRUE(isOpen(descriptor));
-        EXPECT_EQ(server.bind("", 0), 1); // another port will do
+        EXPECT_EQ(server.bind("", 0), 1); // another port works
     }
     EXPECT_FALSE(isOpen(descriptor));
 }
 
-TEST(UdpServerOpenP2P, leavesTheSocketThatItReplacesOpen)
+TEST(UdpServerOpenP2P, leavesTheReplacedSocketOpen)
 {
     Open<CUdpServer> server;
     ASSERT_EQ(server.openP2P("", 0), 1);
@@ -143,7 +143,7 @@ TEST(UdpServerOpenBroadcast, isRefusedByLinuxAndLeavesNoSocket)
     EXPECT_EQ(server.openBroadcast("", 0), -3);
     EXPECT_EQ(openedSince(before).size(), 0u);
     EXPECT_FALSE(server.opened);
-    EXPECT_TRUE(server.isValid()); // the number of what is closed
+    EXPECT_TRUE(server.isValid()); // the number of the closed socket
     EXPECT_FALSE(isOpen(*server.handle));
 }
 
@@ -166,7 +166,7 @@ TEST(UdpClientOpenBroadcast, setsItsOptionAlone)
     EXPECT_EQ(localPort(client), 0); // not bound
 }
 
-TEST(UdpSendto, mayNotBroadcastFromAUnicastSocket)
+TEST(UdpSendto, cannotBroadcastFromAUnicastSocket)
 {
     CUdpClient client;
     CUdpServer server;
@@ -180,16 +180,16 @@ TEST(UdpSendto, mayNotBroadcastFromAUnicastSocket)
 
 // --- CUdpServer: groups ---
 
-// A group of this process alone, for tests run beside each other.
+// A group for this process only, as tests may run in parallel.
 static std::string ownGroup()
 {
     return "239.77." + std::to_string(::getpid() / 256 % 256) + "." + std::to_string(::getpid() % 256);
 }
 
-// Whether a socket of this host has joined it.
+// Returns true if a socket of this host has joined the group.
 static bool isJoined()
 {
-    char wanted[9] = {}; // as the kernel shows an address
+    char wanted[9] = {}; // in the kernel's format
     std::snprintf(wanted, sizeof wanted, "%08X", ::inet_addr(ownGroup().c_str()));
     std::ifstream table("/proc/thread-self/net/igmp");
     std::string word;
@@ -200,7 +200,7 @@ static bool isJoined()
     return false;
 }
 
-TEST(UdpServerOpenMulticast, receivesWhatIsSentToTheGroup)
+TEST(UdpServerOpenMulticast, receivesDatagramsOfTheGroup)
 {
     Open<CUdpServer> server;
     ASSERT_EQ(server.openMulticast(ownGroup(), 0, "127.0.0.1"), 1);
@@ -213,12 +213,12 @@ TEST(UdpServerOpenMulticast, receivesWhatIsSentToTheGroup)
     EXPECT_EQ(client.sendto("group", 5, ownGroup(), localPort(server)), 5);
     EXPECT_EQ(nextFrom(server), "group");
 
-    DatagramPeer peer; // what else comes to the port is received too
+    DatagramPeer peer; // other datagrams to the port are received too
     peer.give(localPort(server), "alone");
     EXPECT_EQ(nextFrom(server), "alone");
 }
 
-TEST(UdpServerOpenMulticast, makesNoSocketWithoutAGroup)
+TEST(UdpServerOpenMulticast, createsNoSocketWithoutAGroup)
 {
     const auto before = openDescriptors();
     CUdpServer server;
@@ -230,7 +230,7 @@ TEST(UdpServerOpenMulticast, makesNoSocketWithoutAGroup)
 TEST(UdpServerOpenMulticast, leavesNoSocketWhenItCannotJoin)
 {
     const auto before = openDescriptors();
-    for (const char* group : {"127.0.0.1", "10.1.2.3", "all", "240.0.0.1"}) { // no groups
+    for (const char* group : {"127.0.0.1", "10.1.2.3", "all", "240.0.0.1"}) { // not groups
         Open<CUdpServer> server;
         EXPECT_EQ(server.openMulticast(group, 0, "127.0.0.1"), -5) << group;
         EXPECT_FALSE(server.opened);
@@ -238,7 +238,7 @@ TEST(UdpServerOpenMulticast, leavesNoSocketWhenItCannotJoin)
         EXPECT_EQ(openedSince(before).size(), 0u);
     }
     CUdpServer server;
-    EXPECT_EQ(server.openMulticast(ownGroup(), 0, "203.0.113.1"), -5); // the address of no interface here
+    EXPECT_EQ(server.openMulticast(ownGroup(), 0, "203.0.113.1"), -5); // not an address of this host
     EXPECT_EQ(openedSince(before).size(), 0u);
 }
 
@@ -278,13 +278,13 @@ TEST(UdpServerClose, isHarmlessOnceClosed)
     server.close();
     EXPECT_FALSE(isOpen(descriptor));
     EXPECT_FALSE(server.isValid());
-    const Descriptor other(::fcntl(STDERR_FILENO, F_DUPFD, descriptor)); // in its place
+    const Descriptor other(::fcntl(STDERR_FILENO, F_DUPFD, descriptor)); // reuses its number
     ASSERT_EQ(other, descriptor);
     server.close();
     EXPECT_TRUE(isOpen(other));
 }
 
-TEST(UdpServerClose, worksBehindAnEarlierMembership)
+TEST(UdpServerClose, worksAfterAnEarlierMembership)
 {
     Open<CUdpServer> server;
     ASSERT_EQ(server.openMulticast(ownGroup(), 0, "127.0.0.1"), 1);
@@ -296,7 +296,7 @@ TEST(UdpServerClose, worksBehindAnEarlierMembership)
     EXPECT_FALSE(server.isValid());
 }
 
-TEST(UdpServerDestroy, closes)
+TEST(UdpServerDestroy, closesTheSocket)
 {
     const auto before = openDescriptors();
     {
@@ -309,7 +309,7 @@ TEST(UdpServerDestroy, closes)
 
 // --- CUdpClient: opening ---
 
-TEST(UdpClientOpenP2P, givesASocketAsTheSystemMakesIt)
+TEST(UdpClientOpenP2P, createsASocketWithDefaultOptions)
 {
     const Descriptor plain(::socket(AF_INET, SOCK_DGRAM, 0));
     Open<CUdpClient> client;
@@ -331,7 +331,7 @@ static in_addr multicastInterface(int descriptor)
     return address;
 }
 
-TEST(UdpClientOpenMulticast, sendsOutOfTheInterfaceWithNoCopyAndTheUsualHopLimit)
+TEST(UdpClientOpenMulticast, sendsOnTheInterfaceWithoutCopyAndWithTheDefaultHopLimit)
 {
     Open<CUdpClient> client;
     ASSERT_EQ(client.openMulticast("127.0.0.1"), 1);
@@ -346,14 +346,14 @@ TEST(UdpClientOpenMulticast, sendsOutOfTheInterfaceWithNoCopyAndTheUsualHopLimit
 
 static std::string debugMessages;
 
-TEST(UdpClientOpenMulticast, tellsWhyAnInterfaceIsRefusedAndLeavesNoSocket)
+TEST(UdpClientOpenMulticast, reportsWhyAnInterfaceIsRefusedAndLeavesNoSocket)
 {
     const auto before = openDescriptors();
     Open<CUdpClient> client;
     debugMessages.clear();
     const QtMessageHandler usual = qInstallMessageHandler(
         [](QtMsgType, const QMessageLogContext&, const QString& text) { debugMessages += text.toStdString() + "\n"; });
-    EXPECT_EQ(client.openMulticast("203.0.113.1"), -2); // the address of no interface here
+    EXPECT_EQ(client.openMulticast("203.0.113.1"), -2); // not an address of this host
     qInstallMessageHandler(usual);
     EXPECT_EQ(debugMessages, "2, error: 99\n"); // EADDRNOTAVAIL
     EXPECT_EQ(openedSince(before).size(), 0u);
@@ -363,7 +363,7 @@ TEST(UdpClientOpenMulticast, tellsWhyAnInterfaceIsRefusedAndLeavesNoSocket)
 
 // --- CUdpClient: connecting ---
 
-TEST(UdpClientConnect, fixesThePeer)
+TEST(UdpClientConnect, setsThePeer)
 {
     DatagramPeer peer;
     CUdpClient client;
@@ -380,7 +380,7 @@ TEST(UdpClientConnect, fixesThePeer)
     EXPECT_STREQ(buffer, "reply");
 }
 
-TEST(UdpClientConnect, takesAnotherPeerOnTheSameSocket)
+TEST(UdpClientConnect, changesThePeerOfTheSameSocket)
 {
     DatagramPeer first;
     DatagramPeer second;
@@ -394,7 +394,7 @@ TEST(UdpClientConnect, takesAnotherPeerOnTheSameSocket)
     EXPECT_TRUE(first.holdsNone());
 }
 
-TEST(UdpClientConnect, givesOneWithNobodyThere)
+TEST(UdpClientConnect, returnsOneWithoutAPeerListening)
 {
     DatagramPeer peer;
     peer.goAway();
@@ -403,13 +403,13 @@ TEST(UdpClientConnect, givesOneWithNobodyThere)
     EXPECT_EQ(client.connect("127.0.0.1", peer.port(), true), 1);
 }
 
-TEST(UdpClientConnect, looksUpNoNamesAndLeavesTheSocketOpen)
+TEST(UdpClientConnect, resolvesNoNamesAndLeavesTheSocketOpen)
 {
     const DatagramPeer peer;
     Open<CUdpClient> client;
     for (const char* address : {"", "localhost", "no.such.host.invalid"}) {
         EXPECT_EQ(client.connect(address, peer.port(), false), -1) << address;
-        EXPECT_EQ(errno, EACCES); // 255.255.255.255 takes a broadcast socket
+        EXPECT_EQ(errno, EACCES); // 255.255.255.255 needs a broadcast socket
         EXPECT_TRUE(client.opened);
         EXPECT_TRUE(client.isValid());
     }
@@ -425,11 +425,11 @@ TEST(UdpClientConnect, makesAnOpenSocketNonBlockingIfAsync)
     EXPECT_EQ(client.connect("127.0.0.1", peer.port(), true), 1);
     EXPECT_TRUE(isNonBlocking(*client.handle));
     char byte = 'x';
-    EXPECT_EQ(client.recv(&byte, 1), 0); // nothing is there
+    EXPECT_EQ(client.recv(&byte, 1), 0); // no data
     EXPECT_EQ(byte, 'x');
 }
 
-TEST(UdpClientConnect, opensAnewWithoutTheOptionsOfTheLastOpening)
+TEST(UdpClientConnect, reopensWithoutTheOptionsOfTheLastOpening)
 {
     const DatagramPeer peer;
     Open<CUdpClient> client;
@@ -447,7 +447,7 @@ TEST(UdpClientConnect, opensAnewWithoutTheOptionsOfTheLastOpening)
 
 // --- Reading and writing ---
 
-TEST(UdpRecvfrom, cutsADatagramThatIsTooLong)
+TEST(UdpRecvfrom, truncatesADatagramThatIsTooLong)
 {
     CUdpServer server;
     ASSERT_EQ(server.openP2P("", 0), 1);
@@ -461,8 +461,8 @@ TEST(UdpRecvfrom, cutsADatagramThatIsTooLong)
     EXPECT_EQ(nextFrom(server), "next"); // the rest is lost
 }
 
-// Two ways of reading, two results.
-TEST(UdpRecvfrom, givesZeroForAnEmptyDatagramAndRecvMinusOne)
+// The two ways of reading return different results.
+TEST(UdpRecvfrom, returnsZeroForAnEmptyDatagramWhereRecvReturnsMinusOne)
 {
     DatagramPeer peer;
     CUdpClient client;
@@ -483,7 +483,7 @@ TEST(UdpRecvfrom, givesZeroForAnEmptyDatagramAndRecvMinusOne)
     EXPECT_EQ(byte, 'x');
 }
 
-TEST(UdpRecvfrom, givesZeroAndLeavesTheOutputsWhenTheTimeOutHasPassed)
+TEST(UdpRecvfrom, returnsZeroAndLeavesTheOutputsOnATimeOut)
 {
     CUdpServer server;
     ASSERT_EQ(server.openP2P("", 0), 1);
@@ -494,14 +494,14 @@ TEST(UdpRecvfrom, givesZeroAndLeavesTheOutputsWhenTheTimeOutHasPassed)
     int port = 99;
     EXPECT_EQ(server.recvfrom(&byte, 1, address, port), 0);
     EXPECT_EQ(errno, EAGAIN);
-    EXPECT_GE(msSince(start), 25); // the system counts in ticks
+    EXPECT_GE(msSince(start), 25); // the system rounds to ticks
     EXPECT_EQ(server.recvfrom(&byte, 1), 0);
     EXPECT_EQ(byte, 'x');
     EXPECT_EQ(address, "before");
     EXPECT_EQ(port, 99);
 }
 
-TEST(UdpRecvfrom, givesMinusOneOnAClosedSocket)
+TEST(UdpRecvfrom, returnsMinusOneOnAClosedSocket)
 {
     CUdpServer server;
     ASSERT_EQ(server.openP2P("", 0), 1);
@@ -513,12 +513,12 @@ TEST(UdpRecvfrom, givesMinusOneOnAClosedSocket)
     EXPECT_EQ(errno, EBADF);
 }
 
-TEST(UdpSendto, givesMinusOneForADatagramThatIsTooLong)
+TEST(UdpSendto, returnsMinusOneForADatagramThatIsTooLong)
 {
     DatagramPeer peer;
     CUdpClient client;
     ASSERT_EQ(client.openP2P(), 1);
-    const std::string longest(65507, 'x'); // 65535 less the headers of IPv4 and UDP
+    const std::string longest(65507, 'x'); // 65535 minus the headers of IPv4 and UDP
     EXPECT_EQ(client.sendto(longest.data(), 65507, "127.0.0.1", peer.port()), 65507);
     EXPECT_EQ(peer.take().size(), 65507);
     EXPECT_EQ(client.sendto((longest + "x").data(), 65508, "127.0.0.1", peer.port()), -1);
@@ -535,7 +535,7 @@ TEST(UdpSendto, sendsAnEmptyDatagram)
     EXPECT_EQ(peer.senderPort(), localPort(client));
 }
 
-TEST(UdpClientSend, givesMinusOneOnceThePeersPortHasRefused)
+TEST(UdpClientSend, returnsMinusOneAfterThePeersPortRefused)
 {
     DatagramPeer peer;
     Open<CUdpClient> client;
@@ -546,14 +546,14 @@ TEST(UdpClientSend, givesMinusOneOnceThePeersPortHasRefused)
     EXPECT_EQ(client.send("x", 1), -1);
     EXPECT_EQ(errno, ECONNREFUSED);
 
-    EXPECT_EQ(client.send("x", 1), 1); // the error is told once
+    EXPECT_EQ(client.send("x", 1), 1); // the error is reported once
     ASSERT_EQ(client.isReadable(limitMs), 1);
     char byte = 0;
     EXPECT_EQ(client.recv(&byte, 1), -1);
     EXPECT_EQ(errno, ECONNREFUSED);
 }
 
-TEST(UdpClientSend, givesMinusOneWithoutAPeerOrASocket)
+TEST(UdpClientSend, returnsMinusOneWithoutAPeerOrASocket)
 {
     CUdpClient client;
     ASSERT_EQ(client.openP2P(), 1);
@@ -567,23 +567,23 @@ TEST(UdpClientSend, givesMinusOneWithoutAPeerOrASocket)
     EXPECT_EQ(errno, EBADF);
 }
 
-TEST(UdpClientRecv, givesZeroWhenTheTimeOutHasPassed)
+TEST(UdpClientRecv, returnsZeroOnATimeOut)
 {
     const DatagramPeer peer;
     CUdpClient client;
-    EXPECT_EQ(client.setRecvOverTm(30), 0); // it belongs to a socket
+    EXPECT_EQ(client.setRecvOverTm(30), 0); // the option needs a socket
     ASSERT_EQ(client.connect("127.0.0.1", peer.port(), false), 1);
     EXPECT_EQ(client.setRecvOverTm(30), 1);
     const auto start = Clock::now();
     char byte = 0;
     EXPECT_EQ(client.recv(&byte, 1), 0);
     EXPECT_EQ(errno, EAGAIN);
-    EXPECT_GE(msSince(start), 25); // the system counts in ticks
+    EXPECT_GE(msSince(start), 25); // the system rounds to ticks
 }
 
 // --- Binding ---
 
-TEST(UdpBind, takesTheLoopbackAddressForEveryInterface)
+TEST(UdpBind, treatsTheLoopbackAddressAsEveryInterface)
 {
     for (const char* address : {"127.0.0.1", ""}) {
         CUdpClient client;
@@ -598,11 +598,11 @@ TEST(UdpBind, takesTheLoopbackAddressForEveryInterface)
     EXPECT_EQ(localAddress(client), "127.0.0.2");
 }
 
-TEST(UdpBind, givesZeroOnAPortInUseOrWithoutASocket)
+TEST(UdpBind, returnsZeroOnAPortInUseOrWithoutASocket)
 {
     CUdpServer server;
     ASSERT_EQ(server.openP2P("", 0), 1);
-    CUdpClient client; // reuses no address
+    CUdpClient client; // does not reuse addresses
     ASSERT_EQ(client.openP2P(), 1);
     EXPECT_EQ(client.bind("", localPort(server)), 0);
     EXPECT_EQ(errno, EADDRINUSE);
@@ -616,7 +616,7 @@ TEST(UdpBind, givesZeroOnAPortInUseOrWithoutASocket)
 
 // --- isWritable and select ---
 
-TEST(UdpIsWritable, neverGivesOneForAServer)
+TEST(UdpIsWritable, neverReturnsOneForAServer)
 {
     CUdpServer server;
     ASSERT_EQ(server.openP2P("", 0), 1);
@@ -628,7 +628,7 @@ TEST(UdpIsWritable, neverGivesOneForAServer)
     EXPECT_EQ(server.isWritable(0), -1);
 }
 
-TEST(UdpIsWritable, givesOneForAConnectedClientAlone)
+TEST(UdpIsWritable, returnsOneOnlyForAConnectedClient)
 {
     const DatagramPeer peer;
     CUdpClient client;
@@ -643,7 +643,7 @@ TEST(UdpIsWritable, givesOneForAConnectedClientAlone)
     EXPECT_EQ(client.isWritable(0), -1);
 }
 
-TEST(UdpIsWritable, givesMinusOneOnceThePeersPortHasRefused)
+TEST(UdpIsWritable, returnsMinusOneAfterThePeersPortRefused)
 {
     DatagramPeer peer;
     Open<CUdpClient> client;
@@ -652,10 +652,10 @@ TEST(UdpIsWritable, givesMinusOneOnceThePeersPortHasRefused)
     EXPECT_EQ(client.send("x", 1), 1);
     ASSERT_TRUE(becomes(*client.handle, POLLERR));
     EXPECT_EQ(client.isWritable(0), -1);
-    EXPECT_EQ(client.isWritable(0), 1); // asking has taken the error away
+    EXPECT_EQ(client.isWritable(0), 1); // the query has cleared the error
 }
 
-TEST(UdpSelect, tellsRoomToWriteAndADatagramToRead)
+TEST(UdpSelect, reportsRoomToWriteAndADatagramToRead)
 {
     CUdpServer server;
     CUdpClient client;
@@ -696,13 +696,13 @@ TEST(UdpClientClose, isHarmlessOnceClosed)
     client.close();
     EXPECT_FALSE(isOpen(descriptor));
     EXPECT_FALSE(client.isValid());
-    const Descriptor other(::fcntl(STDERR_FILENO, F_DUPFD, descriptor)); // in its place
+    const Descriptor other(::fcntl(STDERR_FILENO, F_DUPFD, descriptor)); // reuses its number
     ASSERT_EQ(other, descriptor);
     client.close();
     EXPECT_TRUE(isOpen(other));
 }
 
-TEST(UdpClientDestroy, closes)
+TEST(UdpClientDestroy, closesTheSocket)
 {
     const auto before = openDescriptors();
     {
@@ -719,7 +719,7 @@ protected:
     void SetUp() override
     {
         if (!hosts.exist())
-            GTEST_SKIP() << "this system lets the test make no network namespaces, or has no program `ip`";
+            GTEST_SKIP() << "cannot create network namespaces, or the program `ip` is missing";
     }
 
     TwoHosts hosts;
@@ -729,7 +729,7 @@ TEST_F(UdpBetweenHosts, aServerAnswersAClient)
 {
     hosts.enterFar();
     CUdpServer server;
-    ASSERT_EQ(server.openP2P("127.0.0.1", 0), 1); // which means every interface
+    ASSERT_EQ(server.openP2P("127.0.0.1", 0), 1); // means every interface
 
     hosts.enterNear();
     CUdpClient client;
@@ -770,16 +770,16 @@ TEST_F(UdpBetweenHosts, aBroadcastReachesServersOnBoth)
     EXPECT_EQ(errno, EACCES);
 }
 
-TEST_F(UdpBetweenHosts, aGroupIsReachedOnTheOtherHostAndNotOnTheOwn)
+TEST_F(UdpBetweenHosts, aGroupIsReachedOnlyOnTheOtherHost)
 {
-    for (const bool named : {true, false}) { // or the system's choice of an interface
+    for (const bool named : {true, false}) { // or the system chooses the interface
         SCOPED_TRACE(named);
         hosts.enterFar();
         CUdpServer member;
         ASSERT_EQ(member.openMulticast("239.1.2.3", 0, named ? "10.1.0.2" : ""), 1);
-        CUdpServer other; // of another group, on the same port
+        CUdpServer other; // another group on the same port
         ASSERT_EQ(other.openMulticast("239.1.2.4", localPort(member), ""), 1);
-        int all = 0; // without it a socket hears all groups that any socket of its host has joined
+        int all = 0; // otherwise a socket receives all groups joined by any socket of its host
         ::setsockopt(descriptorOf(other), IPPROTO_IP, IP_MULTICAST_ALL, &all, sizeof all);
 
         hosts.enterNear();
@@ -790,18 +790,18 @@ TEST_F(UdpBetweenHosts, aGroupIsReachedOnTheOtherHostAndNotOnTheOwn)
         ASSERT_EQ(client.openMulticast(named ? "10.1.0.1" : ""), 1);
         EXPECT_EQ(client.sendto("group", 5, "239.1.2.3", localPort(member)), 5);
         EXPECT_EQ(nextFrom(member), "group");
-        EXPECT_EQ(nextFrom(ownMember, noneMs), "none"); // no copy comes back
+        EXPECT_EQ(nextFrom(ownMember, noneMs), "none"); // no copy is received
         EXPECT_EQ(nextFrom(other, noneMs), "none");
 
         hosts.enterFar();
-        CUdpClient farClient; // the member at home does hear others
+        CUdpClient farClient; // the local member receives from others
         ASSERT_EQ(farClient.openMulticast(named ? "10.1.0.2" : ""), 1);
         EXPECT_EQ(farClient.sendto("back", 4, "239.1.2.3", localPort(member)), 4);
         EXPECT_EQ(nextFrom(ownMember), "back");
     }
 }
 
-TEST_F(UdpBetweenHosts, aClosedServerLeavesItsGroupWhereItNamedTheInterface)
+TEST_F(UdpBetweenHosts, aClosedServerLeavesItsGroupIfItNamedTheInterface)
 {
     hosts.enterFar();
     for (const bool named : {true, false}) {

@@ -50,8 +50,8 @@ static void expectTimes(const char* base, const std::vector<CodeAndTime>& rows)
         EXPECT_EQ(localText(moment(row.code, at(base))), row.local) << "code " << row.code;
 }
 
-// The calendar is the same everywhere: zones behind and ahead of UTC, with and without clock changes, and one whose
-// hours do not begin with those of UTC.
+// The calendar is the same everywhere: zones west and east of UTC, with and without clock changes, and one whose
+// hours do not start with those of UTC.
 static void expectTimesInAllZones(const char* base, const std::vector<CodeAndTime>& rows)
 {
     for (const char* name : {"UTC", "Asia/Shanghai", "Europe/Berlin", "America/New_York", "Asia/Kathmandu"}) {
@@ -63,7 +63,7 @@ static void expectTimesInAllZones(const char* base, const std::vector<CodeAndTim
 
 // --- A table for every code -----------------------------------------------------
 
-// All codes and bases of one zone in relTimes.txt, which tells its form.
+// Checks all codes and bases of one zone in relTimes.txt, which documents its format.
 static void expectTabledMoments(const std::string& zoneName)
 {
     std::ifstream file(GQLIB_GOLDEN "/relTimes.txt");
@@ -90,50 +90,50 @@ static void expectTabledMoments(const std::string& zoneName)
         for (int code = std::stoi(first); code <= last; ++code, value += step, ++codes)
             EXPECT_EQ(moment(code, base), value) << "code " << code << ", base " << base << ", " << localText(base);
     }
-    EXPECT_GE(codes, 10 * 3611) << "bases with all codes from -10 to 3600";
+    EXPECT_GE(codes, 10 * 3611) << "ten bases with all codes from -10 to 3600 expected";
 }
 
-TEST(CalcRelTime, givesTheTabledMomentsInUtc)
+TEST(CalcRelTime, returnsTheTabledMomentsInUtc)
 {
     expectTabledMoments("UTC");
 }
 
-TEST(CalcRelTime, givesTheTabledMomentsInShanghai)
+TEST(CalcRelTime, returnsTheTabledMomentsInShanghai)
 {
     expectTabledMoments("Asia/Shanghai");
 }
 
-TEST(CalcRelTime, givesTheTabledMomentsInBerlin)
+TEST(CalcRelTime, returnsTheTabledMomentsInBerlin)
 {
     expectTabledMoments("Europe/Berlin");
 }
 
-TEST(CalcRelTime, givesTheTabledMomentsInNewYork)
+TEST(CalcRelTime, returnsTheTabledMomentsInNewYork)
 {
     expectTabledMoments("America/New_York");
 }
 
-TEST(CalcRelTime, givesTheTabledMomentsInBeirut)
+TEST(CalcRelTime, returnsTheTabledMomentsInBeirut)
 {
     expectTabledMoments("Asia/Beirut");
 }
 
 // --- Family by family: first and last codes, and neighbours ---------------------
 
-static const char ordinaryBase[] = "2021-03-31 10:20:30"; // a Wednesday, and the last of a month
+static const char ordinaryBase[] = "2021-03-31 10:20:30"; // a Wednesday and the last day of a month
 
 TEST(CalcRelTime, findsStartAndEndOfTheDay)
 {
     expectTimesInAllZones(ordinaryBase, {{1, "2021-03-31 00:00:00"}, {2, "2021-03-31 23:59:59"}});
 }
 
-TEST(CalcRelTime, findsTheStartOfADayBefore)
+TEST(CalcRelTime, findsTheStartOfAnEarlierDay)
 {
     expectTimesInAllZones(ordinaryBase,
                           {{3, "2021-03-30 00:00:00"}, {4, "2021-03-29 00:00:00"}, {33, "2021-02-28 00:00:00"}});
 }
 
-TEST(CalcRelTime, findsTheEndOfADayBeforeOrAhead)
+TEST(CalcRelTime, findsTheEndOfAnEarlierOrLaterDay)
 {
     expectTimesInAllZones(ordinaryBase, {{34, "2021-04-16 23:59:59"},
                                          {49, "2021-04-01 23:59:59"},
@@ -142,7 +142,7 @@ TEST(CalcRelTime, findsTheEndOfADayBeforeOrAhead)
                                          {81, "2021-02-28 23:59:59"}});
 }
 
-TEST(CalcRelTime, findsTheSameTimeOfADayBeforeOrAhead)
+TEST(CalcRelTime, findsTheSameTimeOfAnEarlierOrLaterDay)
 {
     expectTimesInAllZones(ordinaryBase, {{82, "2021-04-18 10:20:30"},
                                          {99, "2021-04-01 10:20:30"},
@@ -169,7 +169,7 @@ TEST(CalcRelTime, findsTheEndOfADayOfTheMonth)
                                          {231, "2021-03-31 23:59:59"}});
 }
 
-TEST(CalcRelTime, takesTheFirstForDaysOfTheMonthBelowIt)
+TEST(CalcRelTime, usesTheFirstForDaysOfTheMonthBelowOne)
 {
     const TimeZone zone("Asia/Shanghai");
     const unsigned int base = at(ordinaryBase);
@@ -179,7 +179,7 @@ TEST(CalcRelTime, takesTheFirstForDaysOfTheMonthBelowIt)
         EXPECT_EQ(moment(code, base), at("2021-03-01 23:59:59")) << code;
 }
 
-TEST(CalcRelTime, hasNoDayThatTheMonthLacks)
+TEST(CalcRelTime, returnsZeroForADayThatTheMonthLacks)
 {
     const TimeZone zone("Europe/Berlin");
     expectTimes("2021-04-15 12:00:00", {{180, "2021-04-30 00:00:00"}, {230, "2021-04-30 23:59:59"}});
@@ -198,7 +198,7 @@ TEST(CalcRelTime, findsStartAndEndOfTheHour)
     expectTimesInAllZones(ordinaryBase, {{301, "2021-03-31 10:00:00"}, {302, "2021-03-31 10:59:59"}});
 }
 
-TEST(CalcRelTime, findsTheStartOfAnHourBeforeOrAhead)
+TEST(CalcRelTime, findsTheStartOfAnEarlierOrLaterHour)
 {
     expectTimesInAllZones(ordinaryBase, {{232, "2021-04-03 08:00:00"},
                                          {299, "2021-03-31 13:00:00"},
@@ -207,7 +207,7 @@ TEST(CalcRelTime, findsTheStartOfAnHourBeforeOrAhead)
                                          {326, "2021-03-30 10:00:00"}});
 }
 
-TEST(CalcRelTime, findsTheEndOfAnHourBeforeOrAhead)
+TEST(CalcRelTime, findsTheEndOfAnEarlierOrLaterHour)
 {
     expectTimesInAllZones(ordinaryBase, {{327, "2021-03-31 12:59:59"},
                                          {328, "2021-03-31 11:59:59"},
@@ -246,7 +246,7 @@ TEST(CalcRelTime, findsTheEndOfAnHourOfTheDay)
                                          {434, "2021-04-01 01:00:00"}}); // hour 24 ends a second later
 }
 
-TEST(CalcRelTime, findsTheLatestStrokeOfAnHour)
+TEST(CalcRelTime, findsTheLatestStartOfAnHourOfTheDay)
 {
     expectTimesInAllZones(ordinaryBase, {{435, "2021-03-31 00:00:00"},
                                          {444, "2021-03-31 09:00:00"},
@@ -261,7 +261,7 @@ TEST(CalcRelTime, findsTheLatestStrokeOfAnHour)
     expectTimesInAllZones("2021-03-31 23:59:59", {{458, "2021-03-31 23:00:00"}, {459, "2021-03-30 23:59:59"}});
 }
 
-TEST(CalcRelTime, findsTheLatestLastSecondOfAnHour)
+TEST(CalcRelTime, findsTheLatestEndOfAnHourOfTheDay)
 {
     expectTimesInAllZones(ordinaryBase, {{460, "2021-03-31 00:59:59"},
                                          {469, "2021-03-31 09:59:59"},
@@ -282,7 +282,7 @@ TEST(CalcRelTime, stepsMinutesFromTheBaseWithFourCodes)
                                          {505, "2021-03-31 09:50:30"}});
 }
 
-TEST(CalcRelTime, stepsDaysAheadBetweenTheHourAndMonthFamilies)
+TEST(CalcRelTime, addsDaysBetweenTheHourAndMonthFamilies)
 {
     expectTimesInAllZones(ordinaryBase, {{485, "2022-10-17 10:20:30"},    // 565 days
                                          {500, "2022-10-02 10:20:30"},    // 550
@@ -298,7 +298,7 @@ TEST(CalcRelTime, findsStartAndEndOfTheMonth)
     expectTimesInAllZones("2021-12-01 00:00:00", {{1001, "2021-12-01 00:00:00"}, {1002, "2021-12-31 23:59:59"}});
 }
 
-TEST(CalcRelTime, stepsDaysWhereTheTextsSpeakOfMonths)
+TEST(CalcRelTime, stepsDaysWhereTheTextsSayMonths)
 {
     expectTimesInAllZones(ordinaryBase, {{1003, "2021-05-17 10:20:30"},
                                          {1021, "2021-04-29 10:20:30"},
@@ -323,7 +323,7 @@ TEST(CalcRelTime, findsStartAndEndOfAMonthOfTheYear)
     expectTimesInAllZones("2020-06-01 00:00:00", {{1122, "2020-02-29 23:59:59"}});
 }
 
-TEST(CalcRelTime, hasAnInvalidEndOfMonthsBeforeJanuary)
+TEST(CalcRelTime, returnsAnInvalidEndForMonthsBeforeJanuary)
 {
     for (const char* name : {"UTC", "Europe/Berlin", "America/New_York"}) {
         const TimeZone zone(name);
@@ -332,7 +332,7 @@ TEST(CalcRelTime, hasAnInvalidEndOfMonthsBeforeJanuary)
     }
 }
 
-TEST(CalcRelTime, findsStartAndEndOfAMonthOfTheYearBefore)
+TEST(CalcRelTime, findsStartAndEndOfAMonthOfLastYear)
 {
     expectTimesInAllZones(ordinaryBase, {{1141, "2020-01-01 00:00:00"},
                                          {1142, "2020-02-01 00:00:00"},
@@ -344,7 +344,7 @@ TEST(CalcRelTime, findsStartAndEndOfAMonthOfTheYearBefore)
     expectTimesInAllZones("2020-02-29 00:00:00", {{1154, "2019-02-28 23:59:59"}});
 }
 
-TEST(CalcRelTime, findsStartAndEndOfTheYearAndOfYearsBefore)
+TEST(CalcRelTime, findsStartAndEndOfTheYearAndOfEarlierYears)
 {
     expectTimesInAllZones("2022-07-31 10:20:30", {{1301, "2022-01-01 00:00:00"},
                                                   {1302, "2022-12-31 23:59:59"},
@@ -356,7 +356,7 @@ TEST(CalcRelTime, findsStartAndEndOfTheYearAndOfYearsBefore)
                                                   {1451, "1971-12-31 23:59:59"}});
 }
 
-TEST(CalcRelTime, stepsYearsAhead)
+TEST(CalcRelTime, addsYears)
 {
     expectTimesInAllZones(ordinaryBase, {{1601, "2022-03-31 10:20:30"}, {1610, "2031-03-31 10:20:30"}});
     expectTimesInAllZones("2020-02-29 10:20:30", {{1601, "2021-02-28 10:20:30"},
@@ -374,7 +374,7 @@ TEST(CalcRelTime, findsAMinuteOfTheDay)
                                          {3441, "2021-03-31 23:59:59"}}); // the end, not the next day
 }
 
-TEST(CalcRelTime, givesTheBaseForThreeCodes)
+TEST(CalcRelTime, returnsTheBaseForThreeCodes)
 {
     const TimeZone zone("Europe/Berlin");
     for (int code : {100, 360, 1050}) {
@@ -387,13 +387,13 @@ TEST(CalcRelTime, givesTheBaseForThreeCodes)
 
 // --- Codes without a moment -----------------------------------------------------
 
-TEST(CalcRelTime, isNothingForCodesUpTo0)
+TEST(CalcRelTime, returnsZeroForCodesUpTo0)
 {
     for (int code : {0, -1, -5, -2001, INT_MIN})
         EXPECT_EQ(moment(code, 1617186030), 0u) << code;
 }
 
-TEST(CalcRelTime, isNothingInTheGaps)
+TEST(CalcRelTime, returnsZeroInTheGaps)
 {
     const TimeZone zone("UTC");
     const unsigned int base = at("2022-07-31 10:20:30");
@@ -409,7 +409,7 @@ TEST(CalcRelTime, isNothingInTheGaps)
     }
 }
 
-TEST(CalcRelTime, isNothingBeyondTheMinutes)
+TEST(CalcRelTime, returnsZeroBeyondTheMinutes)
 {
     for (int code : {3442, 3443, 5000, 65536 + 1, 0x10000 + 2001, INT_MAX - 1, INT_MAX})
         EXPECT_EQ(moment(code, 1617186030), 0u) << code;
@@ -417,12 +417,12 @@ TEST(CalcRelTime, isNothingBeyondTheMinutes)
 
 // --- The ends of time -----------------------------------------------------------
 
-TEST(CalcRelTime, canMeanTheEpochItself)
+TEST(CalcRelTime, canReturnTheEpochItself)
 {
     const TimeZone zone("UTC");
     EXPECT_EQ(moment(1, 43200), 0u);
     EXPECT_EQ(moment(151, 43200), 0u);
-    EXPECT_EQ(moment(201, 43200), 86399u) << "a start of 0 is no missing day";
+    EXPECT_EQ(moment(201, 43200), 86399u) << "a start of 0 is not a missing day";
     EXPECT_EQ(moment(360, 0), 0u);
     EXPECT_EQ(moment(1317, at("1985-07-15 12:00:00")), 0u) << "the start of 1970";
 }
@@ -438,26 +438,26 @@ TEST(CalcRelTime, isInvalidBeforeTheEpoch)
     EXPECT_EQ(moment(1141, 43200), invalid);
 }
 
-TEST(CalcRelTime, addsToTheInvalidMomentAsToAnyOther)
+TEST(CalcRelTime, addsToTheInvalidMomentLikeToAnyOther)
 {
     const TimeZone zone("UTC");
     EXPECT_EQ(moment(1415, at("1985-07-15 12:00:00")), at("1970-12-31 23:59:59"));
-    EXPECT_EQ(moment(1416, at("1985-07-15 12:00:00")), 86398u) << "all ones and 86399";
+    EXPECT_EQ(moment(1416, at("1985-07-15 12:00:00")), 86398u) << "all ones plus 86399";
     EXPECT_EQ(moment(1451, at("1985-07-15 12:00:00")), 86398u);
     EXPECT_EQ(moment(51, 43200), 86398u);
-    EXPECT_EQ(moment(1153, 43200), 0xFFFFFFFEu) << "the start of February 1969 less 1";
+    EXPECT_EQ(moment(1153, 43200), 0xFFFFFFFEu) << "the invalid start of February 1969 minus 1";
 }
 
-TEST(CalcRelTime, countsTheEpochByTheZone)
+TEST(CalcRelTime, appliesTheZoneToTheEpoch)
 {
     const unsigned int base = 490276800; // 1985-07-15 12:00 UTC
     {
         const TimeZone zone("America/New_York");
-        EXPECT_EQ(moment(1317, base), 18000u); // 1970-01-01 00:00, five hours behind the epoch
+        EXPECT_EQ(moment(1317, base), 18000u); // 1970-01-01 00:00, five hours after the epoch
         EXPECT_EQ(moment(1416, base), 86398u);
     }
     const TimeZone zone("Asia/Shanghai");
-    EXPECT_EQ(moment(1317, base), invalid); // eight hours ahead of it
+    EXPECT_EQ(moment(1317, base), invalid); // eight hours before the epoch
 }
 
 TEST(CalcRelTime, wrapsIn32Bits)
@@ -466,7 +466,7 @@ TEST(CalcRelTime, wrapsIn32Bits)
     EXPECT_EQ(moment(501, 0), 0xFFFFFFC4u);       // -60
     EXPECT_EQ(moment(505, 1799), 0xFFFFFFFFu);    // -1
     EXPECT_EQ(moment(374, 0), 0xFFFF3B20u);       // -50400
-    EXPECT_EQ(moment(354, 0xFFFFFFFF), 21599u);   // six hours ahead of the last second
+    EXPECT_EQ(moment(354, 0xFFFFFFFF), 21599u);   // six hours before the last second
     EXPECT_EQ(moment(375, 43200), 0xFFFFABA0u);   // -21600
     EXPECT_EQ(moment(434, 0xFFFFFFFF), 66704u);   // 2106-02-08 01:00:00, beyond the last second
     EXPECT_EQ(moment(3441, 0xFFFFFFFF), 63103u);  // 2106-02-07 23:59:59
@@ -474,7 +474,7 @@ TEST(CalcRelTime, wrapsIn32Bits)
     EXPECT_EQ(moment(1601, 0xFFFFFFFF), invalid); // nor do years
 }
 
-TEST(CalcRelTime, comparesWithTheBaseUnsigned)
+TEST(CalcRelTime, comparesWithTheBaseAsUnsigned)
 {
     const TimeZone zone("UTC");
     const unsigned int aboveInt = 0x80000000;                  // 2038-01-19 03:14:08
@@ -484,23 +484,23 @@ TEST(CalcRelTime, comparesWithTheBaseUnsigned)
     EXPECT_EQ(moment(439, aboveInt - 1), aboveInt + 2752 - 86400);
     EXPECT_EQ(moment(462, aboveInt), aboveInt - 849); // 02:59:59
     EXPECT_EQ(moment(463, aboveInt - 1), aboveInt + 2751 - 86400);
-    EXPECT_EQ(moment(459, 0xFFFFFFFF), 63103u) << "24:00:00 wraps to a moment ahead of the base";
+    EXPECT_EQ(moment(459, 0xFFFFFFFF), 63103u) << "24:00:00 wraps to a moment before the base";
 }
 
-TEST(CalcRelTime, comparesTheInvalidStartOfADayToo)
+TEST(CalcRelTime, comparesAnInvalidStartOfADay)
 {
     const TimeZone zone("America/New_York"); // base 0 is 1969-12-31 19:00:00
     EXPECT_EQ(moment(1, 0), invalid);
-    EXPECT_EQ(moment(435, 0), 0xFFFEAE7Fu); // all ones, less a day
-    EXPECT_EQ(moment(436, 0), 0xFFFEBC8Fu); // 3599, less a day
+    EXPECT_EQ(moment(435, 0), 0xFFFEAE7Fu); // all ones minus a day
+    EXPECT_EQ(moment(436, 0), 0xFFFEBC8Fu); // 3599 minus a day
     EXPECT_EQ(moment(436, 3599), 3599u);    // not after the base
-    EXPECT_EQ(moment(460, 3598), 3598u);    // all ones and 3599
+    EXPECT_EQ(moment(460, 3598), 3598u);    // all ones plus 3599
     EXPECT_EQ(moment(460, 3597), 3598u - 86400u);
-    EXPECT_EQ(moment(2002, 0), 59u);    // all ones and a minute
+    EXPECT_EQ(moment(2002, 0), 59u);    // all ones plus a minute
     EXPECT_EQ(moment(151, 0), invalid); // the 1st of December 1969
     EXPECT_EQ(moment(1112, 0), invalid);
     EXPECT_EQ(moment(1601, 0), 31536000u); // 1970-12-31 19:00:00
-    EXPECT_EQ(moment(1302, 0), 17999u);    // 1969-12-31 23:59:59, behind the epoch in UTC
+    EXPECT_EQ(moment(1302, 0), 17999u);    // 1969-12-31 23:59:59, after the epoch in UTC
     EXPECT_EQ(moment(1132, 0), 17999u);
 }
 
@@ -510,10 +510,10 @@ TEST(CalcRelTime, endsADayOf23HoursInTwoWays)
 {
     const TimeZone zone("Europe/Berlin");
     expectTimes("2021-03-28 12:34:56", {{1, "2021-03-28 00:00:00"},
-                                        {2, "2021-03-28 23:59:59"},  // by the clock
-                                        {50, "2021-03-29 00:59:59"}, // the others by 86399 seconds
+                                        {2, "2021-03-28 23:59:59"},  // by clock time
+                                        {50, "2021-03-29 00:59:59"}, // the start plus 86399 seconds
                                         {228, "2021-03-29 00:59:59"},
-                                        {301, "2021-03-28 12:00:00"}, // by the clock
+                                        {301, "2021-03-28 12:00:00"}, // by clock time
                                         {326, "2021-03-27 11:00:00"}, // 24 hours before
                                         {391, "2021-03-28 11:00:00"}, // hour 10
                                         {405, "2021-03-29 00:59:59"}, // hour 24
@@ -538,7 +538,7 @@ TEST(CalcRelTime, endsADayOf25HoursInTwoWays)
                                         {1130, "2021-10-31 23:59:59"}});
 }
 
-TEST(CalcRelTime, movesAClockTimeThatADayLacksAhead)
+TEST(CalcRelTime, movesANonexistentClockTimeForward)
 {
     const TimeZone zone("Europe/Berlin");
     expectTimes("2021-03-27 02:30:00", {{99, "2021-03-28 03:30:00"}, {1049, "2021-03-28 03:30:00"}});
@@ -546,11 +546,11 @@ TEST(CalcRelTime, movesAClockTimeThatADayLacksAhead)
     expectTimes("2020-03-28 02:30:00", {{1601, "2021-03-28 03:30:00"}});
 }
 
-TEST(CalcRelTime, takesTheBasesOffsetForAClockTimeThatExistsTwice)
+TEST(CalcRelTime, usesTheBasesOffsetForAClockTimeThatExistsTwice)
 {
     const TimeZone zone("Europe/Berlin");
     const unsigned int inSummerTime = 1635640200; // 2021-10-31 02:30:00
-    const unsigned int inWinterTime = 1635643800; // the same an hour later
+    const unsigned int inWinterTime = 1635643800; // the same clock time an hour later
     EXPECT_EQ(moment(99, inSummerTime - 86400), inSummerTime);
     EXPECT_EQ(moment(101, inWinterTime + 86400), inWinterTime);
     EXPECT_EQ(moment(301, inSummerTime), inSummerTime - 1800);
@@ -559,7 +559,7 @@ TEST(CalcRelTime, takesTheBasesOffsetForAClockTimeThatExistsTwice)
     EXPECT_EQ(moment(302, inWinterTime), inWinterTime + 1799);
 }
 
-TEST(CalcRelTime, takesTheBasesOffsetForAMidnightThatExistsTwice)
+TEST(CalcRelTime, usesTheBasesOffsetForAMidnightThatExistsTwice)
 {
     const TimeZone zone("America/Havana"); // clocks went from 01:00:00 to 00:00:00 on 2021-11-07
     const unsigned int firstMidnight = 1636257600;
@@ -602,17 +602,17 @@ TEST(CalcRelTime, startsADayWithoutMidnightAtItsFirstMoment)
     }
 }
 
-TEST(CalcRelTime, endsAMonthWithoutFirstMidnightAsMuchLater)
+TEST(CalcRelTime, endsAMonthLaterIfItsFirstMidnightIsMissing)
 {
     const TimeZone zone("Asia/Beirut"); // the 1st of June 1988 began at 01:00:00
     expectTimes("1988-06-15 12:00:00", {{1001, "1988-06-01 01:00:00"},
-                                        {1002, "1988-07-01 00:59:59"}, // a month after that
+                                        {1002, "1988-07-01 00:59:59"}, // that plus a month
                                         {1106, "1988-06-01 01:00:00"},
                                         {1125, "1988-05-31 23:59:59"},
                                         {1126, "1988-07-01 00:59:59"}});
     expectTimes("1989-06-15 12:00:00", {{1146, "1988-06-01 01:00:00"},
                                         {1157, "1988-05-31 23:59:59"},
-                                        {1158, "1988-06-30 23:59:59"}}); // by the start of July
+                                        {1158, "1988-06-30 23:59:59"}}); // the start of July minus a second
 }
 
 TEST(CalcRelTime, stepsYearsFromALateStartOfTheYear)
@@ -627,17 +627,17 @@ TEST(CalcRelTime, stepsYearsFromALateStartOfTheYear)
     expectTimes("1995-06-15 12:00:00", {{1303, "1994-01-01 01:00:00"}, {1304, "1993-01-01 00:00:00"}});
 }
 
-TEST(CalcRelTime, hasNoClockEndOfAYearWithoutItsLastDay)
+TEST(CalcRelTime, isInvalidForTheEndOfAYearWithoutItsLastDay)
 {
-    const TimeZone zone("Pacific/Kiritimati"); // which left out 1994-12-31
+    const TimeZone zone("Pacific/Kiritimati"); // skipped 1994-12-31
     EXPECT_EQ(moment(1302, at("1994-06-15 12:00:00")), invalid);
 }
 
 TEST(CalcRelTime, endsAYearWithAClockChangeInTwoWays)
 {
     const TimeZone zone("Asia/Dhaka");               // 2009-12-31 had the hour from 23:00:00 twice
-    const unsigned int firstLastSecond = 1262278799; // 23:59:59, seven hours ahead of UTC
-    EXPECT_EQ(moment(1302, at("2009-02-01 12:00:00")), firstLastSecond + 3600); // with the base's offset, six hours
+    const unsigned int firstLastSecond = 1262278799; // 23:59:59 at UTC+7
+    EXPECT_EQ(moment(1302, at("2009-02-01 12:00:00")), firstLastSecond + 3600); // with the base's offset, UTC+6
     EXPECT_EQ(moment(1302, at("2009-12-31 12:00:00")), firstLastSecond);
     EXPECT_EQ(moment(1401, at("2010-02-01 12:00:00")), firstLastSecond); // 86399 seconds after the day's start
     EXPECT_EQ(moment(1132, at("2009-02-01 12:00:00")), firstLastSecond + 3600);
@@ -650,7 +650,7 @@ TEST(CalcRelTime, isInvalidForAnHourThatDoesNotBegin)
     const unsigned int base = at("2021-10-03 02:45:00");
     EXPECT_EQ(moment(301, base), invalid);
     EXPECT_EQ(moment(303, base), invalid - 3600);
-    EXPECT_EQ(moment(300, base), 7199u); // two hours ahead of the invalid moment
+    EXPECT_EQ(moment(300, base), 7199u); // the invalid moment plus two hours
     EXPECT_EQ(localText(moment(302, base)), "2021-10-03 02:59:59");
     EXPECT_EQ(localText(moment(330, base)), "2021-10-03 01:29:59");
 }

@@ -40,7 +40,7 @@ struct Range {
     int last;
     const char* before;
     int zero; // the code with the number 0
-    const char* behind;
+    const char* after;
 };
 
 static const Range ranges[] = {
@@ -91,16 +91,16 @@ TEST(RelTime2Str, hasATextForEachCode)
 {
     int next = -10;
     for (const Range& range : ranges) {
-        ASSERT_EQ(range.first, next) << "the table above leaves no code out";
+        ASSERT_EQ(range.first, next) << "the table must not omit a code";
         next = range.last + 1;
         for (int code = range.first; code <= range.last; ++code) {
             const std::string number = range.zero == noNumber ? "" : std::to_string(code - range.zero);
-            EXPECT_EQ(text(code), range.before + number + range.behind) << code;
+            EXPECT_EQ(text(code), range.before + number + range.after) << code;
         }
     }
 }
 
-TEST(RelTime2Str, isThePresentForAllCodesUpTo0)
+TEST(RelTime2Str, returnsThePresentForAllCodesUpTo0)
 {
     expectTexts({{0, "当前时间"}, {-1, "当前时间"}, {INT_MIN + 1, "当前时间"}, {INT_MIN, "当前时间"}});
 }
@@ -125,7 +125,7 @@ TEST(RelTime2Str, countsDaysBefore)
                  {131, "31天之前"}});
 }
 
-TEST(RelTime2Str, countsDaysOfTheMonthWithoutLookingAtAMonth)
+TEST(RelTime2Str, countsDaysOfAnyMonth)
 {
     expectTexts({{132, "-18号"},
                  {150, "0号"},
@@ -153,7 +153,7 @@ TEST(RelTime2Str, countsHoursBefore)
                  {374, "14时之前"}});
 }
 
-TEST(RelTime2Str, countsHoursOfTheDayOneHigherThanTheyAre)
+TEST(RelTime2Str, countsHoursOfTheDayOneTooHigh)
 {
     expectTexts({{375, "-5点"},
                  {380, "0点"},
@@ -164,7 +164,7 @@ TEST(RelTime2Str, countsHoursOfTheDayOneHigherThanTheyAre)
                  {434, "25点终点"}});
 }
 
-TEST(RelTime2Str, speaksOfMonthsForHoursMinutesAndDays)
+TEST(RelTime2Str, saysMonthsForHoursMinutesAndDays)
 {
     expectTexts({{435, "前-568月零点"}, {484, "前-519月零点"}, {485, "前-518月零点"}, {501, "前-502月零点"},
                  {1000, "前-3月零点"},  {1003, "上月0点"},     {1004, "前1月零点"},   {1015, "前12月零点"},
@@ -205,7 +205,7 @@ TEST(RelTime2Str, knowsOneYearBefore)
 
 // --- Translation ----------------------------------------------------------------
 
-// A program as Qt wants it for translators.
+// An application object, which Qt needs for translators.
 class RelTime2StrTranslated : public testing::Test {
     int argumentCount = 1;
     char name[6] = "tests";
@@ -213,7 +213,7 @@ class RelTime2StrTranslated : public testing::Test {
     QCoreApplication application{argumentCount, arguments};
 };
 
-// Translates one piece and notes all that it is asked.
+// Translates one piece and records all requests.
 class OnePieceTranslator : public QTranslator {
 public:
     OnePieceTranslator(const char* source, const char* translation) : known(source), words(translation) {}
@@ -236,26 +236,26 @@ private:
     const char* words;
 };
 
-TEST_F(RelTime2StrTranslated, isAskedForEachPieceByItself)
+TEST_F(RelTime2StrTranslated, translatesEachPieceSeparately)
 {
     OnePieceTranslator translator("月0点", " (month)");
     QCoreApplication::installTranslator(&translator);
     expectTexts({{1141, "去年1 (month)"}, {1101, "1 (month)"}, {1153, "去年1月终点"}, {1001, "当月0点"}});
-    translator.asked.sort(); // pieces of one text come in any order
+    translator.asked.sort(); // pieces of one text may be requested in any order
     EXPECT_EQ(translator.asked.join(' ').toStdString(), "去年 去年 当月0点 月0点 月0点 月终点");
 }
 
-TEST_F(RelTime2StrTranslated, isAskedInOneWayForAllCodes)
+TEST_F(RelTime2StrTranslated, translatesTheSame32PiecesForAllCodes)
 {
     OnePieceTranslator translator("", "");
     QCoreApplication::installTranslator(&translator);
     for (int code = -10; code <= 2000; ++code)
-        text(code); // the translator compares
+        text(code); // the translator checks the requests
     translator.asked.removeDuplicates();
     EXPECT_EQ(translator.asked.size(), 32);
 }
 
-TEST_F(RelTime2StrTranslated, putsNoNumberIntoATranslation)
+TEST_F(RelTime2StrTranslated, insertsNoNumberIntoATranslation)
 {
     OnePieceTranslator translator("天之前", " %n %1 days");
     QCoreApplication::installTranslator(&translator);
@@ -301,8 +301,8 @@ TEST_F(RelTime2StrTranslated, isEnglishForAllCodes)
     }
 }
 
-// The source of the translation, beside what lrelease would accept without a word.
-TEST(RelTimeTranslation, isWhole)
+// Checks the translation source for faults that lrelease accepts silently.
+TEST(RelTimeTranslation, isComplete)
 {
     QFile file(GQLIB_TRANSLATION_SOURCES "/gqLib_en.ts");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
