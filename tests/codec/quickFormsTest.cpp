@@ -120,7 +120,8 @@ static FloatRealData someRecord()
 
 TEST(FloatRealItem, writesWhatThePlainFormWrites)
 {
-    const FloatRealItem item(someRecord());
+    FloatRealItem item;
+    item = someRecord();
     EXPECT_EQ(hex(QByteArray(item.bytes, 18)), "01 02 03 04 00 00 c0 bf 11 12 13 14 21 22 23 24 32 31");
     EXPECT_EQ(hex(QByteArray(item.bytes, 18)), hex(plainForms::bytesOf(someRecord())));
 }
