@@ -101,7 +101,7 @@ TEST(SocketApi, keepsTheOrderOfItsBases)
 TEST(SocketApi, freesItsReadBuffer)
 {
     OwnClient client;
-    client.recvBuffer = new char[CSocketAPI::rawBufferSize]; // a leak or a mismatched delete ends the test program
+    client.recvBuffer = new char[CSocketAPI::rawBufferSize]; // AddressSanitizer reports a leak or a mismatched delete
 }
 
 TEST(SocketApi, returnsItsConnectedFlag)

@@ -344,7 +344,7 @@ TEST_F(ReadWriteLock, excludesReadersAndWriters)
     EXPECT_EQ(value, 2000);
 }
 
-// --- Unlocks by a thread that does not hold the lock: they fail unseen ---
+// --- Unlocks by a thread that does not hold the lock: they fail silently ---
 
 class ReadWriteLockWrongThread : public ReadWriteLock {
 protected:
