@@ -19,7 +19,7 @@ using gqdb::CSocketAPI;
 static_assert(std::is_convertible_v<CSocketAPI*, CByte2Rdb*>, "a public base");
 static_assert(std::is_convertible_v<CSocketAPI*, CByte2Fep*>, "a public base");
 static_assert(std::is_base_of_v<CByte2Val, CSocketAPI> && !std::is_convertible_v<CSocketAPI*, CByte2Val*>,
-              "stands twice among the bases");
+              "must be a base twice");
 static_assert(std::is_polymorphic_v<CSocketAPI>);
 static_assert(!std::has_virtual_destructor_v<CSocketAPI>, "destroyed through its own type");
 
