@@ -10,9 +10,6 @@
 #include <string>
 #include <vector>
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // a virtual destructor would add slots to the vtables
-
 namespace gqdb {
 
 // The frame that clients and servers exchange, and the state that the TCP and the UDP client share. It owns no socket
@@ -126,5 +123,3 @@ protected:
 };
 
 } // namespace gqdb
-
-#pragma GCC diagnostic pop

@@ -3,9 +3,6 @@
 #include "gqLibExport.h"
 #include "socketApi.h"
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // a virtual destructor would add slots to the vtables
-
 class CUdpClient;
 
 namespace gqdb {
@@ -103,5 +100,3 @@ protected:
 };
 
 } // namespace gqdb
-
-#pragma GCC diagnostic pop

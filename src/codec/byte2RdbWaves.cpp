@@ -1,6 +1,6 @@
 #include "byte2Rdb.h"
 
-#include "byteOrder.h"
+#include "byteCursor.h"
 #include "samples.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 #include "byte2Val.h"
 
-#include "byteRoom.h"
-#include "byteText.h"
+#include "byteCursor.h"
 
 namespace gqdb {
 

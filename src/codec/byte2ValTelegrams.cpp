@@ -1,6 +1,6 @@
 #include "byte2Val.h"
 
-#include "byteOrder.h"
+#include "byteCursor.h"
 
 #include <algorithm>
 #include <climits>

@@ -42,7 +42,7 @@ static QByteArray frameWith(const QByteArray& lengthField, const QByteArray& bod
     return "68"_hex + lengthField + "0000 0000 10"_hex + body;
 }
 
-// --- Searching for the start byte -----------------------------------------------
+// --- Hunting for the start byte -------------------------------------------------
 
 TEST(TcpApiRecvData, skipsBytesBeforeAStartByte)
 {
@@ -278,7 +278,7 @@ TEST(TcpApiRecvData, readsAFrameFromAFalseStartByte)
     EXPECT_FALSE(client.isRecvOk(len));
 }
 
-// --- End of the input -----------------------------------------------------------
+// --- The input ends -------------------------------------------------------------
 
 TEST(TcpApiRecvData, takesNothingFromAnEmptyInput)
 {
@@ -286,7 +286,7 @@ TEST(TcpApiRecvData, takesNothingFromAnEmptyInput)
         QByteArray frame;
         int frameSize;
     } const states[] = {
-        {{}, 0},                  // searching
+        {{}, 0},                  // hunting
         {"68"_hex, 0},            // header
         {goodFrame, 0},           // header, already complete
         {goodFrame.left(12), 15}, // body

@@ -121,7 +121,7 @@ TEST_F(TcpApiCloseCalls, closesOnceWhateverTheSystemReturns)
 
 using TcpApiRequestCalls = TcpApiCalls;
 
-TEST_F(TcpApiRequestCalls, sendsOnceAndReadsUntilTheFrameIsComplete)
+TEST_F(TcpApiRequestCalls, sendsOnceAndReadsUntilTheFrameIsWhole)
 {
     connect();
     calls.answer("send", 17);

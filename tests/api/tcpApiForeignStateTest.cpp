@@ -71,7 +71,7 @@ TEST(TcpApiRecvStrings, readsNothingPastAFrameWhoseLengthWraps)
     EXPECT_TRUE(out.isEmpty());
 }
 
-TEST(SocketApiAddHeader, wrapsTheCounterFromAnyValue)
+TEST(SocketApiAddHeader, wrapsAnyCounter)
 {
     OpenTcpClient client;
     QByteArray frame;

@@ -473,7 +473,7 @@ TEST(TcpApiClose, needsNoSocket)
     EXPECT_FALSE(client.isConnected());
 }
 
-// --- Reconnecting ---
+// --- Coming back ---
 
 TEST(TcpApiReconnect, takesOneMoreFailedRequestAfterAFailedReply)
 {

@@ -476,7 +476,7 @@ TEST(TcpApiTimedCommands, clearTheFlagWithoutASocket)
     }
 }
 
-TEST(TcpApiSetTime, sendsTwoIntegersWithoutACountAndReturnsTheReply)
+TEST(TcpApiSetTime, sendsTwoBareIntegersAndReturnsTheReply)
 {
     LinkedTcpClient client;
     client.give(reply7);

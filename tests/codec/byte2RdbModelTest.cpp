@@ -21,7 +21,7 @@ using namespace gqdb;
 using Bytes = std::vector<unsigned char>;
 using uint32 = unsigned int;
 
-// --- The wire, byte by byte -----------------------------------------------------
+// --- The wire, a byte at a time -------------------------------------------------
 
 class ModelWriter {
 public:

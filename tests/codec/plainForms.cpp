@@ -1,16 +1,14 @@
 #include "plainForms.h"
 
 #include <QString>
-#include <QtEndian>
 
 #include <climits>
 #include <cstddef>
 #include <cstring>
 #include <new>
-#include <vector>
 
 namespace plainForms {
-using namespace gqdb; // the records
+using gqdb::FloatRealData;
 }
 
 #define GQLIB_PLAIN_FORMS
@@ -27,8 +25,7 @@ void plainForms::copyText(const std::string& text, char* to)
 
 QByteArray plainForms::bytesOf(const gqdb::FloatRealData& record)
 {
-    FloatRealItem item;
-    item = record;
+    const FloatRealItem item(record);
     return {item.bytes, sizeof item.bytes};
 }
 

@@ -22,7 +22,7 @@ static QString example(const char* name)
 
 // --- TCP and UDP --------------------------------------------------------------------------------------------------
 
-TEST(FirstProgram, printsTheRepliesOfTheStation)
+TEST(FirstProgram, asksTheStation)
 {
     RunningStation station;
     const Outcome outcome = runProgram(example("firstProgram"), {station.endpoint.section(':', 1)});
@@ -34,7 +34,7 @@ TEST(FirstProgram, printsTheRepliesOfTheStation)
     EXPECT_EQ(lines[2], "5 values, the last one 240");
 }
 
-// Writes a script for a station to a file.
+// A script for a station, as a file of its own.
 class UdpClient : public testing::Test {
 protected:
     QString script(const char* lines)
@@ -49,7 +49,7 @@ private:
     QTemporaryFile file;
 };
 
-TEST_F(UdpClient, ignoresLateAndDuplicateReplies)
+TEST_F(UdpClient, takesNoLateOrSecondReplyForThatOfALaterRequest)
 {
     RunningStation station({"--udp", "--script",
                             script("reply 2 silent\n"
@@ -65,7 +65,7 @@ TEST_F(UdpClient, ignoresLateAndDuplicateReplies)
     EXPECT_EQ(outcome.output.split('\n', Qt::SkipEmptyParts), states);
 }
 
-TEST_F(UdpClient, reportsTheCodeOfAnErrorFrameWithoutRetrying)
+TEST_F(UdpClient, reportsTheCodeOfAnErrorFrameAtOnce)
 {
     RunningStation station({"--udp", "--script", script("reply 1 error -7\n")});
     const Outcome outcome =

@@ -64,8 +64,9 @@ TEST(GqtoolJson, holdsTheFailureOfACall)
     const Outcome outcome = station.call({"--json", "error", "--", "-7"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "");
-    EXPECT_EQ(text(object(outcome.output), {"ms"}),
-              R"({"code":-7,"meaning":"the server's own code, from an error frame","result":"failed","value":null})");
+    EXPECT_EQ(
+        text(object(outcome.output), {"ms"}),
+        R"({"cause":"error-frame","code":-7,"meaning":"the server's own code, from an error frame","result":"failed","value":null})");
 }
 
 TEST(GqtoolJson, tellsTheTimeOfACall)
@@ -87,7 +88,8 @@ TEST(GqtoolJson, holdsEachReplyOfARunAndTheSum)
     const QList<QJsonObject> lines = objects(outcome);
     ASSERT_EQ(lines.size(), 4);
     EXPECT_EQ(text(lines[0], {"ms"}), R"({"code":1,"meaning":"success","request":1,"result":"good","value":1})");
-    EXPECT_EQ(text(lines[1], {"ms", "meaning"}), R"({"code":-7,"request":2,"result":"failed","value":null})");
+    EXPECT_EQ(text(lines[1], {"ms", "meaning"}),
+              R"({"cause":"error-frame","code":-7,"request":2,"result":"failed","value":null})");
     EXPECT_EQ(text(lines[2], {"ms"}), R"({"code":1,"meaning":"success","request":3,"result":"good","value":1})");
     EXPECT_EQ(text(lines[3], {"perSecond", "leastMs", "medianMs", "largestMs"}), R"({"failures":1,"requests":3})");
     const double first = lines[0]["ms"].toDouble();

@@ -117,8 +117,9 @@ TEST(GqtoolRawCall, tellsAnErrorFrame)
 {
     for (const char* form : {"int", "ints", "bytes", "strings"}) {
         SCOPED_TRACE(form);
-        expectFailure(answered({"--reply", form}, errorMinus7), "-7: the server's own code, from an error frame");
-        expectFailure(answered({"--reply", form}, errorOfTwoBytes), "-2: an error frame with no code");
+        expectFailure(answered({"--reply", form}, errorMinus7),
+                      "-7: error-frame: the server's own code, from an error frame");
+        expectFailure(answered({"--reply", form}, errorOfTwoBytes), "-2: error-frame: an error frame with no code");
     }
 }
 
@@ -126,43 +127,49 @@ TEST(GqtoolRawCall, tellsAPayloadThatIsTooShort)
 {
     for (const char* form : {"int", "ints", "bytes", "strings"}) {
         SCOPED_TRACE(form);
-        expectFailure(answered({"--reply", form}, threeBytesOfPayload), "-5: a payload shorter than its form demands");
+        expectFailure(answered({"--reply", form}, threeBytesOfPayload),
+                      "-5: bad-frame: a payload shorter than its form demands");
     }
 }
 
 TEST(GqtoolRawCall, tellsAFrameThatFailsItsCheck)
 {
-    const char* const told = "0: a frame that failed its check: its last byte is not 0x16, or its length lies";
+    const char* const told =
+        "0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its length lies";
     for (const char* form : {"int", "ints", "bytes"}) {
         SCOPED_TRACE(form);
         expectFailure(answered({"--reply", form}, wrongEnd), told);
     }
     const Outcome outcome = answered({"--reply", "strings"}, overrunningText);
     EXPECT_EQ(outcome.output, "abc\n"); // what came ahead
-    expectFailure(outcome, "0: a frame that failed its check: its last byte is not 0x16, or its length lies; or a text "
-                           "that overruns its payload");
+    expectFailure(
+        outcome,
+        "0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its length lies; or a text "
+        "that overruns its payload");
 }
 
 TEST(GqtoolRawCall, tellsATimeOut)
 {
-    expectFailure(answered({"--timeout", "300"}, QByteArray()), "0: no whole reply in time");
-    expectFailure(answered({"--timeout", "300"}, reply7.left(12)), "0: no whole reply in time, after 12 bytes of it");
+    expectFailure(answered({"--timeout", "300"}, QByteArray()), "0: no-reply: no whole reply in time");
+    expectFailure(answered({"--timeout", "300"}, reply7.left(12)),
+                  "0: bad-frame: no whole reply in time, after 12 bytes of it");
 }
 
 TEST(GqtoolRawCall, tellsAConnectionThatEnds)
 {
-    expectFailure(exchange({}, 13, QByteArray(), true).outcome, "-1: the server closed, or the connection broke");
+    expectFailure(exchange({}, 13, QByteArray(), true).outcome,
+                  "-1: closed: the server closed, or the connection broke");
     expectFailure(exchange({}, 13, reply7.left(12), true).outcome,
-                  "-1: the server closed, or the connection broke, after 12 bytes of it");
+                  "-1: bad-frame: the server closed, or the connection broke, after 12 bytes of it");
 }
 
 TEST(GqtoolRawCall, tellsThatNobodyListens)
 {
     const Listener deaf;
     const QString endpoint = QString("127.0.0.1:%1").arg(deaf.port());
-    expectFailure(run({"call", endpoint, "--command", "0x50"}), "-1: no connection: refused, or not to be reached");
-    expectFailure(run({"call", "--udp", endpoint, "--command", "0x50"}),
-                  "-1: nobody listens there, or the request fits no datagram");
+    const char* const told = "-1: refused: the host is up, but nothing listens on this port: Connection refused";
+    expectFailure(run({"call", endpoint, "--command", "0x50"}), told);
+    expectFailure(run({"call", "--udp", endpoint, "--command", "0x50"}), told);
 }
 
 TEST(GqtoolRawCall, tellsWhatFailsByDatagrams)
@@ -171,8 +178,8 @@ TEST(GqtoolRawCall, tellsWhatFailsByDatagrams)
         const char* option;
         const char* told;
     } failures[] = {
-        {"--wrong-end", "0: a frame that failed its check: its last byte is not 0x16, or its length lies"},
-        {"--silent", "0: no reply in time"},
+        {"--wrong-end", "0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its length lies"},
+        {"--silent", "0: no-reply: no reply in time"},
     };
     for (const auto& failure : failures) {
         SCOPED_TRACE(failure.option);

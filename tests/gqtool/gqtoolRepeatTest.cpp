@@ -61,7 +61,7 @@ TEST(GqtoolRepeat, sortsTheTimesOfTheGoodRepliesAlone)
     const QStringList lines = station.call({"--repeat", "4", "systemState"}).output.split('\n');
     ASSERT_EQ(lines.size(), 8);
     EXPECT_EQ(lines[1], "failures    1");
-    EXPECT_EQ(lines[2], "            1 failed with -7: the server's own code, from an error frame");
+    EXPECT_EQ(lines[2], "            1 failed with -7: error-frame: the server's own code, from an error frame");
     const double least = lines[4].split(' ', Qt::SkipEmptyParts)[1].toDouble();
     const double median = lines[5].split(' ', Qt::SkipEmptyParts)[1].toDouble();
     const double largest = lines[6].split(' ', Qt::SkipEmptyParts)[1].toDouble();
@@ -105,10 +105,12 @@ TEST(GqtoolRepeat, goesOnWithoutAServer)
     const Listener deaf;
     const Outcome outcome = run({"call", QString("127.0.0.1:%1").arg(deaf.port()), "--repeat", "3", "systemState"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(matches(outcome.output, "requests    3\n"
-                                        "failures    3\n"
-                                        "            3 failed with -1: no connection: refused, or not to be reached\n"
-                                        "per second  \\d+\\.\\d\n"))
+    EXPECT_TRUE(matches(
+        outcome.output,
+        "requests    3\n"
+        "failures    3\n"
+        "            3 failed with -1: refused: the host is up, but nothing listens on this port: Connection refused\n"
+        "per second  \\d+\\.\\d\n"))
         << outcome.output.toStdString();
 }
 

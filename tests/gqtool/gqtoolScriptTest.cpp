@@ -104,8 +104,8 @@ TEST(GqtoolScript, leavesAGreetingOut)
     PlainClient client(station);
     client.send(setState7);
     EXPECT_NEXT(client, state7);
-    EXPECT_TRUE(
-        station.callShortly({"systemState"}).errors.startsWith("gqtool: systemState failed with 0: not greeted"));
+    EXPECT_EQ(station.callShortly({"systemState"}).errors,
+              "gqtool: systemState failed with 0: silent: no greeting in time\n");
 }
 
 TEST(GqtoolScript, spoilsTheGreetingsThatItNames)
@@ -133,8 +133,10 @@ TEST(GqtoolScript, letsAClientFailOnEachSpoiltGreeting)
                             "greeting 2 close-after 5\n"
                             "greeting 3 error -7\n"
                             "greeting 4 split 3\n");
-    for (int i = 0; i < 3; ++i)
-        EXPECT_TRUE(station.call({"systemState"}).errors.contains("failed with 0: not greeted")) << i;
+    for (const char* cause : {"bad-frame: ", "bad-frame: ", "error-frame: "}) {
+        const QString errors = station.call({"systemState"}).errors;
+        EXPECT_TRUE(errors.contains(QString("failed with 0: ") + cause)) << errors.toStdString();
+    }
     EXPECT_EQ(station.call({"systemState"}).output, "1\n"); // a greeting in two parts is one
 }
 
@@ -211,7 +213,7 @@ TEST(GqtoolScript, splitsAReplyBehindAByte)
     EXPECT_EQ(datagrams.next(), hex(datagram7.mid(9)));
     const Outcome outcome = station.callByUdp({"setState", "7"});
     EXPECT_EQ(outcome.errors,
-              "gqtool: setState failed with 0: a datagram without a whole frame, with 9 bytes of one\n");
+              "gqtool: setState failed with 0: bad-frame: a datagram without a whole frame, with 9 bytes of one\n");
 }
 
 TEST(GqtoolScript, cutsTheRestOfASplitReplyIntoPieces)
@@ -250,7 +252,7 @@ TEST(GqtoolScript, sendsTheFramesOfAListInOneWrite)
     const Outcome outcome = station.callShortly({"ints", "101"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output.count('\n'), 100);
-    EXPECT_EQ(outcome.errors, "gqtool: ints failed with 0: no whole reply in time\n");
+    EXPECT_EQ(outcome.errors, "gqtool: ints failed with 0: no-reply: no whole reply in time\n");
 }
 
 TEST(GqtoolScript, staysSilentAndDoesNothing)
@@ -306,12 +308,14 @@ TEST(GqtoolScript, tellsAClientEachFaultInWords)
         const char* told; // at once, or after the time-out
         bool waits = false;
     } faults[] = {
-        {"silent", "failed with 0: no whole reply in time", true},
-        {"late 2000", "failed with 0: no whole reply in time", true},
-        {"wrong-end", "failed with 0: a frame that failed its check: its last byte is not 0x16, or its length lies"},
-        {"close-after 0", "failed with -1: the server closed, or the connection broke"},
-        {"close-after 12", "failed with -1: the server closed, or the connection broke, after 12 bytes of it"},
-        {"error -7", "failed with -7: the server's own code, from an error frame"},
+        {"silent", "failed with 0: no-reply: no whole reply in time", true},
+        {"late 2000", "failed with 0: no-reply: no whole reply in time", true},
+        {"wrong-end",
+         "failed with 0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its length lies"},
+        {"close-after 0", "failed with -1: closed: the server closed, or the connection broke"},
+        {"close-after 12",
+         "failed with -1: bad-frame: the server closed, or the connection broke, after 12 bytes of it"},
+        {"error -7", "failed with -7: error-frame: the server's own code, from an error frame"},
     };
     for (const auto& fault : faults) {
         SCOPED_TRACE(fault.fault);
@@ -407,9 +411,9 @@ TEST(GqtoolScript, takesTheExample)
         outcome.output.section('\n', 0, 5),
         "requests    10\n"
         "failures    4\n"
-        "            1 failed with -1: the server closed, or the connection broke, after 13 bytes of it\n"
-        "            1 failed with -7: the server's own code, from an error frame\n"
-        "            1 failed with 0: a frame that failed its check: its last byte is not 0x16, or its length lies\n"
-        "            1 failed with 0: not greeted: no greeting in time, one that was refused, or a server that "
-        "closed first");
+        "            1 failed with -1: bad-frame: the server closed, or the connection broke, after 13 bytes of it\n"
+        "            1 failed with -7: error-frame: the server's own code, from an error frame\n"
+        "            1 failed with 0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its "
+        "length lies\n"
+        "            1 failed with 0: silent: no greeting in time");
 }

@@ -482,7 +482,7 @@ TEST(GqtoolTrace, wantsAPortAndAStation)
     EXPECT_EQ(run({"trace", "127.0.0.1:5000"}).exitCode, 2);
     EXPECT_EQ(run({"trace", "--listen", "0"}).exitCode, 2);
     EXPECT_EQ(run({"trace", "--listen", "65536", "127.0.0.1:5000"}).exitCode, 2);
-    EXPECT_EQ(run({"trace", "--listen", "0", "localhost:5000"}).exitCode, 2);
+    EXPECT_EQ(run({"trace", "--listen", "0", "local host:5000"}).exitCode, 2);
     EXPECT_EQ(run({"trace", "--listen", "0", "127.0.0.1"}).exitCode, 2);
     EXPECT_EQ(run({"trace", "--listen", "0", "--address", "here", "127.0.0.1:5000"}).exitCode, 2);
 }

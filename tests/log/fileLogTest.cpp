@@ -766,7 +766,7 @@ TEST_F(FileLogLocks, areReleasedByEachOperation)
     }
 }
 
-TEST_F(FileLogLocks, areNotLockedByInitClearAndSaveDatas)
+TEST_F(FileLogLocks, areNotTakenByInitClearAndSaveDatas)
 {
     other.run([&] {
         log.queueMutex.lock();

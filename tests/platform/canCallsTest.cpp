@@ -731,7 +731,7 @@ TEST_F(CanClose, doesNothingWithoutADescriptor)
     EXPECT_EQ(calls.take(), "");
 }
 
-// --- Inherited operations ---
+// --- What the base offers ---
 
 using CanBase = CanCalls;
 

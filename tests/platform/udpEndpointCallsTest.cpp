@@ -1246,7 +1246,7 @@ TEST_F(UdpClientDestroyCalls, closesAnOpenSocketOnly)
     EXPECT_EQ(calls.take(), "");
 }
 
-// --- Common operations ---
+// --- What the two have in common ---
 
 using UdpBindCalls = UdpCalls;
 

@@ -1,5 +1,6 @@
 #include "command.h"
 #include "commandLine.h"
+#include "endpoint.h"
 #include "gqtool/call/callClient.h"
 #include "gqtool/call/callRun.h"
 #include "input.h"
@@ -224,7 +225,7 @@ int runCall(const QStringList& arguments)
     const QCommandLineOption json("json", "Print JSON, an object a line: each reply, with --repeat the sum too.");
     RawRequest raw(parser);
     parser.addOptions({timeout, udp, repeat, interval, json});
-    parser.addPositionalArgument("HOST:PORT", "The server, as dotted IPv4 address and port.");
+    parser.addPositionalArgument("HOST:PORT", "The server, as name or dotted IPv4 address and port.");
     parser.addPositionalArgument("COMMAND", "One of the commands above, unless --command stands for it.", "[COMMAND]");
     parser.addPositionalArgument("INTEGER", "Its integers.", "[INTEGER...]");
     int exitCode = exitGood;
@@ -234,12 +235,11 @@ int runCall(const QStringList& arguments)
     const QStringList words = parser.positionalArguments();
     if (words.isEmpty())
         return usageError("call takes HOST:PORT and a command");
-    QString host;
-    int port = 0;
-    if (!readEndpoint(words[0], host, port))
-        return usageError(QString("'%1' is not HOST:PORT").arg(words[0]));
+    Endpoint endpoint;
+    QString error = readEndpoint(words[0], endpoint);
+    if (!error.isEmpty())
+        return usageError(error);
     CallRun run;
-    QString error;
     if (raw.isAsked(parser)) {
         if (!raw.read(parser, words.mid(1), run.request, error))
             return usageError(error);
@@ -263,6 +263,9 @@ int runCall(const QStringList& arguments)
     run.printsJson = parser.isSet(json);
 
     const auto makeClient = parser.isSet(udp) ? makeUdpClient : makeTcpClient;
-    const std::unique_ptr<CallClient> client = makeClient(host.toStdString(), port, timeoutMs);
+    QStringList addresses;
+    if (!resolveHost(endpoint.host, timeoutMs, addresses, error))
+        return failUnresolved(run, error);
+    const std::unique_ptr<CallClient> client = makeClient(addresses[0].toStdString(), endpoint.port, timeoutMs);
     return parser.isSet(repeat) ? callRepeatedly(*client, run) : callOnce(*client, run);
 }

@@ -12,6 +12,7 @@ enum ExitCode {
 // A sub-command: takes the command line from its own name on, returns an exit code.
 int runStation(const QStringList& arguments);
 int runCall(const QStringList& arguments);
+int runProbe(const QStringList& arguments);
 int runDecode(const QStringList& arguments);
 int runEncode(const QStringList& arguments);
 int runSum(const QStringList& arguments);

@@ -7,8 +7,6 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 
-#include <arpa/inet.h>
-
 bool parseArguments(QCommandLineParser& parser, const QStringList& arguments, int& exitCode)
 {
     const QCommandLineOption help({"h", "help"}, "Show this help.");
@@ -35,23 +33,9 @@ int usageError(const QString& message)
     return exitUsage;
 }
 
-bool isAddress(const QString& text)
-{
-    in_addr address;
-    const bool isWord = !text.contains(QRegularExpression("\\s")); // behind a blank inet_aton takes anything
-    return isWord && inet_aton(text.toLocal8Bit().constData(), &address) != 0; // takes "127.1" too, as the library does
-}
-
 bool readInt(const QString& text, int least, int most, int& value)
 {
     bool ok = false;
     value = text.toInt(&ok, text.contains("0x") ? 16 : 10); // leading zeros do not make it octal
     return ok && value >= least && value <= most;
-}
-
-bool readEndpoint(const QString& text, QString& host, int& port)
-{
-    const int colon = text.lastIndexOf(':');
-    host = text.left(colon);
-    return isAddress(host) && readInt(text.mid(colon + 1), 1, 65535, port);
 }

@@ -11,11 +11,5 @@ bool parseArguments(QCommandLineParser& parser, const QStringList& arguments, in
 // Says what is wrong with the command line, and where help is. exitUsage.
 int usageError(const QString& message);
 
-// Whether text is a dotted IPv4 address; to the library anything else counts as 255.255.255.255.
-bool isAddress(const QString& text);
-
 // Reads an option or an argument as an integer within bounds, hexadecimal after 0x.
 bool readInt(const QString& text, int least, int most, int& value);
-
-// Reads HOST:PORT, a dotted IPv4 address and a port above 0.
-bool readEndpoint(const QString& text, QString& host, int& port);

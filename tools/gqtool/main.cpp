@@ -17,6 +17,7 @@ struct Command {
 static const Command commands[] = {
     {"station", "a simulated station to develop clients against", runStation},
     {"call", "one request to a station or server, and its reply", runCall},
+    {"probe", "why a server does not answer, stage by stage", runProbe},
     {"decode", "the fields of a record, a list, a wave or frames", runDecode},
     {"encode", "the bytes of what decode --json prints", runEncode},
     {"sum", "checksums and hex text of some bytes", runSum},

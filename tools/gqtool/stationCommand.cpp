@@ -1,11 +1,14 @@
 #include "command.h"
 #include "commandLine.h"
+#include "endpoint.h"
 #include "gqtool/station/station.h"
 #include "shared/console.h"
 
 #include <QCommandLineParser>
 
+#include <cerrno>
 #include <climits>
+#include <cstring>
 
 int runStation(const QStringList& arguments)
 {
@@ -34,8 +37,8 @@ int runStation(const QStringList& arguments)
         "\n"
         "Each connection costs two descriptors, one of which stays open for good.");
     const QCommandLineOption address(
-        "address", "Address to listen on (127.1, this machine alone); 127.0.0.1 means every interface.", "ADDRESS",
-        "127.1");
+        "address", "Address to listen on (127.0.0.1, this machine alone); 0.0.0.0 means every interface.", "ADDRESS",
+        "127.0.0.1");
     const QCommandLineOption port("port", "Port to listen on, chosen by the system if 0 (0).", "PORT", "0");
     const QCommandLineOption greeting("greeting", "Integer of the greeting (1).", "NUMBER", "1");
     const QCommandLineOption noGreeting("no-greeting", "Do not greet.");
@@ -59,12 +62,12 @@ int runStation(const QStringList& arguments)
     if (!parser.positionalArguments().isEmpty())
         return usageError("station takes options only");
 
-    if (!isAddress(parser.value(address)))
-        return usageError(QString("'%1' is not a dotted IPv4 address").arg(parser.value(address)));
+    if (!addressError(parser.value(address)).isEmpty())
+        return usageError(addressError(parser.value(address)));
     StationOptions options;
     int portNumber = 0;
     if (!readInt(parser.value(port), 0, 65535, portNumber))
-        return usageError("a port is 0 to 65535");
+        return usageError("--port must be from 0 to 65535");
     if (!readInt(parser.value(greeting), INT_MIN, INT_MAX, options.greeting))
         return usageError("a greeting is an integer");
     if (!readInt(parser.value(gap), 0, INT_MAX, options.gapMs))
@@ -101,7 +104,8 @@ int runStation(const QStringList& arguments)
     }
     static Station& station = *new Station(options, log);
     if (!station.listen(parser.value(address), portNumber, parser.isSet(udp))) {
-        printError(QString("can't listen on %1, port %2").arg(parser.value(address)).arg(portNumber));
+        printError(
+            QString("can't listen on %1:%2: %3").arg(parser.value(address)).arg(portNumber).arg(strerror(errno)));
         return exitFailed;
     }
     station.serve();

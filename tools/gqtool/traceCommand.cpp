@@ -1,5 +1,6 @@
 #include "command.h"
 #include "commandLine.h"
+#include "endpoint.h"
 #include "gqtool/trace/traceOutput.h"
 #include "gqtool/trace/traceRelay.h"
 #include "shared/console.h"
@@ -14,6 +15,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+
+static const int resolveMs = 9000;
 
 static sockaddr_in addressOf(const QString& host, int port)
 {
@@ -71,7 +74,7 @@ int runTrace(const QStringList& arguments)
     const QCommandLineOption json("json",
                                   "Print one JSON object a line; payloads in hex, the first 65536 bytes of each.");
     parser.addOptions({listen, address, udp, write, json});
-    parser.addPositionalArgument("HOST:PORT", "The station, as dotted IPv4 address and port.");
+    parser.addPositionalArgument("HOST:PORT", "The station, as name or dotted IPv4 address and port.");
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
@@ -79,18 +82,24 @@ int runTrace(const QStringList& arguments)
     const QStringList words = parser.positionalArguments();
     if (words.size() != 1 || !parser.isSet(listen))
         return usageError("trace takes --listen PORT and HOST:PORT");
-    QString host;
-    int port = 0;
-    if (!readEndpoint(words[0], host, port))
-        return usageError(QString("'%1' is not HOST:PORT").arg(words[0]));
+    Endpoint endpoint;
+    const QString endpointError = readEndpoint(words[0], endpoint);
+    if (!endpointError.isEmpty())
+        return usageError(endpointError);
     int localPort = 0;
     if (!readInt(parser.value(listen), 0, 65535, localPort))
-        return usageError("a port is 0 to 65535");
-    if (!isAddress(parser.value(address)))
-        return usageError(QString("'%1' is not a dotted IPv4 address").arg(parser.value(address)));
+        return usageError("--listen must be a port from 0 to 65535");
+    if (!addressError(parser.value(address)).isEmpty())
+        return usageError(addressError(parser.value(address)));
 
     const bool isUdp = parser.isSet(udp);
-    const sockaddr_in station = addressOf(host, port);
+    QStringList stationAddresses;
+    QString error;
+    if (!resolveHost(endpoint.host, resolveMs, stationAddresses, error)) {
+        printError(error);
+        return exitFailed;
+    }
+    const sockaddr_in station = addressOf(stationAddresses[0], endpoint.port);
     sockaddr_in local = addressOf(parser.value(address), localPort);
     const int listener = openListener(isUdp, local);
     if (listener < 0) {

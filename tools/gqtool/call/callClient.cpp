@@ -1,8 +1,12 @@
 #include "callClient.h"
 
+#include "gqtool/probe/peerBytes.h"
+
 #include <QElapsedTimer>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <gqSocketUnix.h>
 #include <tcpApi.h>
 #include <udpApi.h>
@@ -26,22 +30,40 @@ static QString resultText(int result)
     }
 }
 
+static void explain(CallReply& reply, LinkCause cause, const QString& meaning)
+{
+    reply.cause = cause;
+    reply.meaning = meaning;
+}
+
+static void explainError(CallReply& reply, int error)
+{
+    const LinkCause cause = causeOfError(error);
+    explain(reply, cause, QString("%1: %2").arg(causeMeaning(cause), strerror(error)));
+}
+
+// A reply that came, whatever it was. 0 and -1 have further meanings, which the transports see to.
+static void explainReply(CallReply& reply)
+{
+    explain(reply, reply.result == -5 ? LinkCause::badFrame : LinkCause::errorFrame, resultText(reply.result));
+}
+
 CallReply CallClient::call(const CallRequest& request)
 {
     CallReply reply;
     if (!isUp) {
-        reply.result = connect();
-        if (reply.result != 1) {
-            reply.meaning = connectFailure(reply.result);
+        reply.result = connect(reply);
+        if (reply.result != 1)
             return reply;
-        }
     }
     QElapsedTimer timer;
     timer.start();
     reply.result = exchange(request, reply);
     reply.milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
     isUp = reply.result == 1;
-    reply.meaning = isUp ? "success" : exchangeFailure(request, reply);
+    explain(reply, LinkCause::healthy, "success");
+    if (!isUp)
+        explainFailure(request, reply);
     return reply;
 }
 
@@ -59,10 +81,12 @@ public:
         serverHost = host;
         serverPort = port;
         recvOverTm = sendOverTm = timeoutMs;
+        recvBuffer = new char[rawBufferSize]; // given back by the base
     }
 
 protected:
-    int connect() override
+    // As CTcpAPI::connect, which has one result for several causes.
+    int connect(CallReply& reply) override
     {
         close();
         recvFrame.clear(); // a partial frame would swallow the greeting
@@ -70,7 +94,15 @@ protected:
         socket->open();
         setRecvOverTm(recvOverTm); // each socket that opens anew has none
         setSendOverTm(sendOverTm);
-        return CTcpAPI::connect(serverHost, serverPort);
+        const int result = socket->connect(serverHost, serverPort, false);
+        if (result != 1) {
+            explainError(reply, result == 0 ? ETIMEDOUT : errno); // 0: in progress until the send time-out
+            return result;
+        }
+        connected = receiveGreeting(reply);
+        if (!connected)
+            socket->close();
+        return connected ? 1 : 0;
     }
 
     int exchange(const CallRequest& request, CallReply& reply) override
@@ -96,22 +128,44 @@ protected:
         return 1;
     }
 
-    QString connectFailure(int result) const override
-    {
-        return result == 0 ? "not greeted: no greeting in time, one that was refused, or a server that closed first"
-                           : "no connection: refused, or not to be reached";
-    }
-
-    QString exchangeFailure(const CallRequest& request, const CallReply& reply) const override
+    void explainFailure(const CallRequest& request, CallReply& reply) const override
     {
         const QString part = recvFrame.isEmpty() ? QString() : QString(", after %1 bytes of it").arg(recvFrame.size());
-        if (reply.result == -1)
-            return "the server closed, or the connection broke" + part;
-        if (reply.result != 0)
-            return resultText(reply.result);
-        if (!socket->isValid()) // a time-out closes it
-            return "no whole reply in time" + part;
-        return request.form == replyStrings ? failedCheck + overrun : failedCheck;
+        const bool isClosed = !socket->isValid(); // by a time-out too
+        if (isClosed && reply.result == -1)
+            explain(reply, part.isEmpty() ? LinkCause::closed : LinkCause::badFrame,
+                    "the server closed, or the connection broke" + part);
+        else if (isClosed)
+            explain(reply, part.isEmpty() ? LinkCause::noReply : LinkCause::badFrame, "no whole reply in time" + part);
+        else if (reply.result == 0)
+            explain(reply, LinkCause::badFrame, request.form == replyStrings ? failedCheck + overrun : failedCheck);
+        else
+            explainReply(reply);
+    }
+
+private:
+    bool receiveGreeting(CallReply& reply)
+    {
+        static const int judgedBytes = 65536; // of what comes in place of a greeting
+        QByteArray came;
+        bool isWhole = false;
+        int count = 1;
+        while (!isWhole && (count = socket->recv(recvBuffer, rawBufferSize)) > 0) {
+            came.append(recvBuffer, std::min(count, judgedBytes - came.size()));
+            int pos = 0;
+            isWhole = recvData(recvBuffer, count, pos);
+        }
+        const ByteVerdict verdict = judgeBytes(isWhole ? recvFrame : came, AwaitedBytes::greeting);
+        recvFrame.clear();
+        recvFrameSize = 0;
+        const bool isClosed = count < 0;
+        if (came.isEmpty())
+            explain(reply, isClosed ? LinkCause::closed : LinkCause::silent,
+                    isClosed ? "the server closed before its greeting" : "no greeting in time");
+        else
+            explain(reply, verdict.cause, verdict.detail);
+        // To the library's client an error frame with such a code is a greeting.
+        return verdict.cause == LinkCause::healthy || (verdict.cause == LinkCause::errorFrame && verdict.value > 1);
     }
 };
 
@@ -128,12 +182,15 @@ public:
     }
 
 protected:
-    int connect() override
+    int connect(CallReply& reply) override
     {
         close();
         recvFrame.clear();
         recvFrameSize = 0;
-        return CUdpAPI::connect(serverHost, serverPort);
+        const int result = CUdpAPI::connect(serverHost, serverPort);
+        if (result != 1)
+            explainError(reply, errno);
+        return result;
     }
 
     int exchange(const CallRequest& request, CallReply& reply) override
@@ -156,19 +213,19 @@ protected:
         return sent == 1 ? receiveInt(reply.ints) : sent;
     }
 
-    QString connectFailure(int) const override { return "no way to the server"; }
-
-    QString exchangeFailure(const CallRequest& request, const CallReply& reply) const override
+    void explainFailure(const CallRequest& request, CallReply& reply) const override
     {
-        if (reply.result == -1)
-            return "nobody listens there, or the request fits no datagram";
-        if (reply.result != 0)
-            return resultText(reply.result);
-        if (!recvFrame.isEmpty())
-            return QString("a datagram without a whole frame, with %1 bytes of one").arg(recvFrame.size());
-        if (reply.milliseconds >= recvOverTm)
-            return "no reply in time";
-        return request.form == replyStrings ? failedCheck + overrun : failedCheck;
+        if (reply.result == -1 && !socket->isValid())
+            explainError(reply, errno);
+        else if (reply.result != 0)
+            explainReply(reply);
+        else if (!recvFrame.isEmpty())
+            explain(reply, LinkCause::badFrame,
+                    QString("a datagram without a whole frame, with %1 bytes of one").arg(recvFrame.size()));
+        else if (reply.milliseconds >= recvOverTm)
+            explain(reply, LinkCause::noReply, "no reply in time");
+        else
+            explain(reply, LinkCause::badFrame, request.form == replyStrings ? failedCheck + overrun : failedCheck);
     }
 
 private:

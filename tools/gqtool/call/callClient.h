@@ -1,5 +1,7 @@
 #pragma once
 
+#include "gqtool/probe/linkCause.h"
+
 #include <QByteArray>
 #include <QStringList>
 
@@ -19,7 +21,8 @@ struct CallRequest {
 };
 
 struct CallReply {
-    int result = 0;          // 1, or the code of the failure, as the frame clients give them
+    int result = 0; // 1, or the code of the failure, as the frame clients give them
+    LinkCause cause = LinkCause::healthy;
     QString meaning;         // of the result, in words
     double milliseconds = 0; // from the request to the end of its reply; making the connection is not counted
     std::vector<int> ints;   // the one integer of replyInt too; a list that failed holds what came ahead
@@ -37,13 +40,13 @@ public:
     CallReply call(const CallRequest& request);
 
 protected:
-    // On a new socket, with nothing left of the last one. 1, or the code of the failure, as exchange.
-    virtual int connect() = 0;
-    virtual int exchange(const CallRequest& request, CallReply& reply) = 0;
+    // On a new socket, with nothing left of the last one. 1, or the code of the failure, with cause and meaning in
+    // `reply`.
+    virtual int connect(CallReply& reply) = 0;
 
-    // Why they failed, in words.
-    virtual QString connectFailure(int result) const = 0;
-    virtual QString exchangeFailure(const CallRequest& request, const CallReply& reply) const = 0;
+    // 1, or the code of the failure, which explainFailure then explains in `reply`.
+    virtual int exchange(const CallRequest& request, CallReply& reply) = 0;
+    virtual void explainFailure(const CallRequest& request, CallReply& reply) const = 0;
 
 private:
     bool isUp = false;

@@ -34,11 +34,14 @@ static QJsonValue valueOf(ReplyForm form, const CallReply& reply)
 
 static QJsonObject jsonOf(ReplyForm form, const CallReply& reply)
 {
-    return {{"result", reply.result == 1 ? "good" : "failed"},
-            {"code", reply.result},
-            {"meaning", reply.meaning},
-            {"value", valueOf(form, reply)},
-            {"ms", reply.milliseconds}};
+    QJsonObject json = {{"result", reply.result == 1 ? "good" : "failed"},
+                        {"code", reply.result},
+                        {"meaning", reply.meaning},
+                        {"value", valueOf(form, reply)},
+                        {"ms", reply.milliseconds}};
+    if (reply.result != 1)
+        json["cause"] = causeWord(reply.cause);
+    return json;
 }
 
 static void printReply(const CallReply& reply)
@@ -53,12 +56,11 @@ static void printReply(const CallReply& reply)
 
 static QString failureText(const CallReply& reply)
 {
-    return QString("failed with %1: %2").arg(reply.result).arg(reply.meaning);
+    return QString("failed with %1: %2: %3").arg(reply.result).arg(causeWord(reply.cause), reply.meaning);
 }
 
-int callOnce(CallClient& client, const CallRun& run)
+static int finish(const CallRun& run, const CallReply& reply)
 {
-    const CallReply reply = client.call(run.request);
     if (run.printsJson) {
         printJson(jsonOf(run.request.form, reply));
     } else {
@@ -67,6 +69,20 @@ int callOnce(CallClient& client, const CallRun& run)
             printError(run.name + ' ' + failureText(reply));
     }
     return reply.result == 1 ? exitGood : exitFailed;
+}
+
+int callOnce(CallClient& client, const CallRun& run)
+{
+    return finish(run, client.call(run.request));
+}
+
+int failUnresolved(const CallRun& run, const QString& error)
+{
+    CallReply reply;
+    reply.result = -1;
+    reply.cause = LinkCause::unresolved;
+    reply.meaning = error;
+    return finish(run, reply);
 }
 
 // --- Many ---------------------------------------------------------------------------------------------------------

@@ -18,3 +18,6 @@ struct CallRun {
 // Make the request and print its reply, or make it many times and print what came of them. An exit code.
 int callOnce(CallClient& client, const CallRun& run);
 int callRepeatedly(CallClient& client, const CallRun& run);
+
+// Says why the server's name has no address, in place of a reply. An exit code.
+int failUnresolved(const CallRun& run, const QString& error);

@@ -33,8 +33,10 @@ bool Station::listen(const QString& address, int port, bool withDatagrams)
 {
     std::string localAddress;
     int localPort = 0;
-    return server.open(address.toStdString(), port, 128) == 1 && server.getSockName(localAddress, localPort) == 1 &&
-           (!withDatagrams || datagrams.openP2P(address.toStdString(), localPort) == 1);
+    // The library binds every interface for exactly this text, and loopback for the same address spelt otherwise.
+    const std::string bound = address == "127.0.0.1" ? "127.1" : address.toStdString();
+    return server.open(bound, port, 128) == 1 && server.getSockName(localAddress, localPort) == 1 &&
+           (!withDatagrams || datagrams.openP2P(bound, localPort) == 1);
 }
 
 bool Station::serve()

@@ -29,7 +29,7 @@ public:
     // Says a line per connection and request, on the console and in the log, which it does not own.
     Station(const StationOptions& options, StationLog& log);
 
-    // Listens; port 0 lets the system choose. With datagrams: on the same port of UDP too. False when that failed.
+    // Listens; port 0 lets the system choose. With datagrams: on the same port of UDP too. False with errno if that failed.
     bool listen(const QString& address, int port, bool withDatagrams);
 
     // Says where it listens, as HOST:PORT, and serves connections until accepting fails. False then.

@@ -1,0 +1,513 @@
+// gqtool probe against a real peer for each cause; and call, which names the same causes.
+
+#include "support/frames.h"
+#include "support/gqtoolProgram.h"
+#include "support/inputFile.h"
+#include "support/plainSockets.h"
+#include "support/scriptedDatagramPeer.h"
+#include "support/scriptedServer.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+// --- The two sides ------------------------------------------------------------------------------------------------
+
+static const QByteArray state7 = "68 04000000 0000 00 00 01 07000000 0000 16"_hex;
+static const QByteArray time1000000000 = "68 04000000 0100 00 00 02 00ca9a3b 0000 16"_hex;
+static const QByteArray greeting0 = "68 04000000 0000 00 00 00 00000000 0000 16"_hex;
+
+static const int frameSize = 17; // of a request over TCP
+
+static QString endpointOf(int port)
+{
+    return QString("127.0.0.1:%1").arg(port);
+}
+
+static QJsonObject objectOf(const Outcome& outcome)
+{
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(outcome.output.count('\n'), 1) << outcome.output.toStdString();
+    return QJsonDocument::fromJson(outcome.output.toUtf8()).object();
+}
+
+// What probe found: "resolve connect greeting! silent" with ! after a stage that failed.
+static std::string summaryOf(const Outcome& outcome)
+{
+    const QJsonObject object = objectOf(outcome);
+    QStringList words;
+    for (const QJsonValue stage : object["stages"].toArray())
+        words += stage["stage"].toString() + (stage["ok"].toBool() ? "" : "!");
+    words += object["cause"].toString();
+    if (object.contains("protocol"))
+        words += object["protocol"].toString();
+    if (object.contains("code"))
+        words += QString::number(object["code"].toInt());
+    EXPECT_EQ(outcome.exitCode, object["cause"] == "healthy" ? 0 : 1);
+    return words.join(' ').toStdString();
+}
+
+static std::string probe(int port, const QStringList& options = {})
+{
+    return summaryOf(run(QStringList{"probe", "--json", "--timeout", "300"} + options + QStringList{endpointOf(port)}));
+}
+
+static QJsonObject call(int port, const QStringList& options = {})
+{
+    return objectOf(run(QStringList{"call", "--json", "--timeout", "300"} + options +
+                        QStringList{endpointOf(port), "systemState"}));
+}
+
+static std::string callCause(int port, const QStringList& options = {})
+{
+    return call(port, options)["cause"].toString().toStdString();
+}
+
+// --- What it sends and prints -------------------------------------------------------------------------------------
+
+TEST(GqtoolProbe, asksForStateAndTimeInFramesAlone)
+{
+    ScriptedServer server{
+        {sends(greeting), receives(frameSize), sends(state7), receives(frameSize), sends(time1000000000)}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState systemTime healthy");
+    // Sequence and command differ; the payload is the present time.
+    EXPECT_EQ(hex(server.received(0).left(10)), hex("68 04000000 0000 00 00 01"_hex));
+    EXPECT_EQ(hex(server.received(0).right(3)), hex("0000 16"_hex));
+    EXPECT_EQ(hex(server.received(1).left(10)), hex("68 04000000 0100 00 00 02"_hex));
+    EXPECT_EQ(hex(server.received(1).right(3)), hex("0000 16"_hex));
+}
+
+TEST(GqtoolProbe, sendsNothingAfterTheGreetingIfAskedToStopThere)
+{
+    ScriptedServer server{{sends(greeting)}};
+    EXPECT_EQ(probe(server.port(), {"--greeting-only"}), "resolve connect greeting healthy");
+}
+
+TEST(GqtoolProbe, printsOneObject)
+{
+    ScriptedServer server{{sends("SSH-2.0-x\r\n")}};
+    const Outcome outcome = run({"probe", "--json", endpointOf(server.port())});
+    QJsonObject object = objectOf(outcome);
+    QJsonArray stages;
+    for (const QJsonValue value : object["stages"].toArray()) {
+        QJsonObject stage = value.toObject();
+        EXPECT_TRUE(stage["ms"].isDouble());
+        stage.remove("ms");
+        stages.append(stage);
+    }
+    const QString from = stages[1].toObject()["detail"].toString();
+    EXPECT_TRUE(from.startsWith("from 127.0.0.1:")) << from.toStdString();
+    object["stages"] = stages;
+    const QString expected =
+        R"({"cause":"foreign","protocol":"ssh","stages":[)"
+        R"({"bytes":"","detail":"127.0.0.1","ok":true,"stage":"resolve"},)"
+        R"({"bytes":"","detail":"%1","ok":true,"stage":"connect"},)"
+        R"({"bytes":"5353482d322e302d780d0a","detail":"no frame, but \"SSH-2.0-x\\r\\n\"","ok":false,"stage":"greeting"})"
+        R"(],"target":"%2"})";
+    EXPECT_EQ(QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString(),
+              expected.arg(from, endpointOf(server.port())).toStdString());
+}
+
+TEST(GqtoolProbe, printsALineForEachStageThenTheCause)
+{
+    ScriptedServer server{{sends(greeting), receives(frameSize), sends(errorMinus7)}};
+    const Outcome outcome = run({"probe", endpointOf(server.port())});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "");
+    const QStringList lines = outcome.output.split('\n');
+    ASSERT_EQ(lines.size(), 8) << outcome.output.toStdString();
+    EXPECT_TRUE(lines[0].startsWith("resolve ") && lines[0].endsWith(" ms  ok      127.0.0.1"));
+    EXPECT_TRUE(lines[1].startsWith("connect ") && lines[1].contains(" ms  ok      from 127.0.0.1:"));
+    EXPECT_TRUE(lines[2].startsWith("greeting ") && lines[2].endsWith(" ms  ok      a greeting of 1"));
+    EXPECT_TRUE(lines[3].startsWith("systemState ") && lines[3].endsWith("failed  an error frame with code -7"));
+    EXPECT_TRUE(lines[4].startsWith("bytes       68 04 00 00 00 00 00 00 00 ff f9 ff ff ff 00 00 16"));
+    EXPECT_TRUE(lines[5].startsWith("error-frame: "));
+    EXPECT_TRUE(lines[6].startsWith("Look the code up"));
+    EXPECT_EQ(lines[7], "");
+}
+
+TEST(GqtoolProbe, keepsTheFirst64BytesOfWhatCame)
+{
+    ScriptedServer server{{sends("SSH-" + QByteArray(100, 'x'))}};
+    const QJsonObject object = objectOf(run({"probe", "--json", endpointOf(server.port())}));
+    EXPECT_EQ(object["stages"].toArray()[2].toObject()["bytes"].toString(),
+              QString("5353482d" + QByteArray(60, 'x').toHex()));
+}
+
+TEST(GqtoolProbe, measuresEachStage)
+{
+    Listener server(1); // the system accepts, nobody else does
+    const QJsonObject object = objectOf(run({"probe", "--json", "--timeout", "200", endpointOf(server.port())}));
+    const QJsonArray stages = object["stages"].toArray();
+    EXPECT_LT(stages[1].toObject()["ms"].toDouble(), 200);
+    EXPECT_GE(stages[2].toObject()["ms"].toDouble(), 400); // the greeting, then the reply to a request
+}
+
+// --- Causes before the first byte ---------------------------------------------------------------------------------
+
+TEST(GqtoolProbe, findsAPortThatRefuses)
+{
+    const ReservedPort port;
+    EXPECT_EQ(probe(port.number()), "resolve connect! refused");
+    EXPECT_EQ(callCause(port.number()), "refused");
+}
+
+TEST(GqtoolProbe, findsAServerThatDropsTheConnectionRequest)
+{
+    const CrowdedListener listener;
+    EXPECT_EQ(probe(listener.port()), "resolve connect! connect-timeout");
+    EXPECT_EQ(callCause(listener.port()), "connect-timeout");
+}
+
+TEST(GqtoolProbe, findsANameThatHasNoAddress)
+{
+    const Outcome outcome = run({"probe", "--json", "nosuchhost.invalid:5000"});
+    EXPECT_EQ(summaryOf(outcome), "resolve! unresolved");
+    EXPECT_EQ(objectOf(outcome)["target"].toString(), "nosuchhost.invalid:5000");
+}
+
+TEST(GqtoolProbe, findsAServerByName)
+{
+    ScriptedServer server{{sends(greeting)}};
+    const QString target = QString("localhost:%1").arg(server.port());
+    EXPECT_EQ(summaryOf(run({"probe", "--json", "--greeting-only", target})), "resolve connect greeting healthy");
+}
+
+// gqtool in namespaces of its own: a network or a file system that nobody else sees.
+class GqtoolProbeNamespace : public testing::Test {
+protected:
+    // Commands of a shell, then gqtool with these arguments.
+    Outcome runApart(const QString& kind, const QString& commands, const QString& arguments)
+    {
+        return runProgram("unshare", {kind, "sh", "-c", commands + " && exec " + GQTOOL + ' ' + arguments});
+    }
+
+    static bool isAllowed(const QString& kind, const QString& commands)
+    {
+        return runProgram("unshare", {kind, "sh", "-c", commands}).exitCode == 0;
+    }
+};
+
+TEST_F(GqtoolProbeNamespace, findsAHostWithoutAWayToIt)
+{
+    const QString route = "ip link set lo up && ip route add unreachable 10.9.0.0/16";
+    if (!isAllowed("-n", route))
+        GTEST_SKIP() << "needs the right to make a network namespace, and the program ip";
+    EXPECT_EQ(summaryOf(runApart("-n", route, "probe --json 10.9.0.1:5000")), "resolve connect! unreachable");
+    EXPECT_EQ(summaryOf(runApart("-n", route, "probe --json 10.8.0.1:5000")), "resolve connect! unreachable");
+    EXPECT_EQ(summaryOf(runApart("-n", route, "probe --udp --json 10.9.0.1:5000")), "resolve connect! unreachable");
+    EXPECT_EQ(objectOf(runApart("-n", route, "call --json 10.9.0.1:5000 systemState"))["cause"], "unreachable");
+    EXPECT_EQ(objectOf(runApart("-n", route, "call --udp --json 10.9.0.1:5000 systemState"))["cause"], "unreachable");
+}
+
+TEST_F(GqtoolProbeNamespace, saysThatANameHasOnlyAnAddressOfIpv6)
+{
+    const InputFile hosts("2001:db8::1 six\n");
+    const QString mount = "mount --bind " + hosts.path + " /etc/hosts";
+    if (!isAllowed("-m", mount))
+        GTEST_SKIP() << "needs the right to make a mount namespace";
+    const Outcome outcome = runApart("-m", mount, "probe --json six:5000");
+    EXPECT_EQ(summaryOf(outcome), "resolve! unresolved");
+    EXPECT_TRUE(outcome.output.contains("only IPv6 addresses (2001:db8::1)")) << outcome.output.toStdString();
+}
+
+TEST_F(GqtoolProbeNamespace, waitsForTheResolverNoLongerThanForAnyStage)
+{
+    const InputFile servers("nameserver 10.8.0.2\n"); // a wire without anybody
+    const QString wire = "mount --bind " + servers.path +
+                         " /etc/resolv.conf && ip link add name near type veth peer name far && " +
+                         "ip link set near up && ip link set far up && ip addr add 10.8.0.1/24 dev near";
+    if (!isAllowed("-nm", wire))
+        GTEST_SKIP() << "needs the right to make network and mount namespaces, and the program ip";
+    const Outcome outcome = runApart("-nm", wire, "probe --json --timeout 200 somehost.invalid:5000");
+    EXPECT_EQ(summaryOf(outcome), "resolve! unresolved");
+    EXPECT_TRUE(outcome.output.contains("no answer within 200 ms")) << outcome.output.toStdString();
+}
+
+// --- Causes in place of a greeting --------------------------------------------------------------------------------
+
+TEST(GqtoolProbe, findsAServerThatIsSilent)
+{
+    {
+        ScriptedServer server{{receives(frameSize)}};
+        EXPECT_EQ(probe(server.port()), "resolve connect greeting! silent");
+    }
+    {
+        ScriptedServer server{{}};
+        EXPECT_EQ(callCause(server.port()), "silent");
+    }
+}
+
+TEST(GqtoolProbe, staysWithSilentIfTheServerAnswersWithoutAGreeting)
+{
+    ScriptedServer server{{receives(frameSize), sends(state7)}, {receives(frameSize), closes()}};
+    const Outcome outcome = run({"probe", "--json", "--timeout", "300", endpointOf(server.port())});
+    EXPECT_EQ(summaryOf(outcome), "resolve connect greeting! silent");
+    EXPECT_TRUE(outcome.output.contains("it answers a request with 7")) << outcome.output.toStdString();
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! silent");
+}
+
+TEST(GqtoolProbe, findsAServerThatCloses)
+{
+    ScriptedServer server{{closes()}, {resets()}, {closes()}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! closed");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! closed");
+    EXPECT_EQ(callCause(server.port()), "closed");
+}
+
+TEST(GqtoolProbe, findsServersOfOtherProtocols)
+{
+    ScriptedServer server{{sends("SSH-2.0-x\r\n")}, {sends("220 mail\r\n")}, {sends("SSH-2.0-x\r\n")}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! foreign ssh");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! foreign unknown");
+    EXPECT_EQ(callCause(server.port()), "foreign");
+}
+
+TEST(GqtoolProbe, makesServersOfOtherProtocolsShowThemselvesByARequest)
+{
+    ScriptedServer server{
+        {receives(frameSize), sends("HTTP/1.1 400 Bad Request\r\n\r\n"), closes()},
+        {receives(frameSize), sends("15 0301 0002 0246"_hex), closes()},
+        {receives(frameSize), sends("huh?\r\n")},
+    };
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! foreign http");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! foreign tls");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! foreign unknown");
+}
+
+TEST(GqtoolProbe, findsAGreetingThatIsCutOrGarbled)
+{
+    const QByteArray garbled = "68 04000000 0000 00 00 00 01000000 0000 17"_hex;
+    ScriptedServer server{{sends(greeting.left(5)), closes()},
+                          {sends(greeting.left(16))},
+                          {sends(garbled)},
+                          {sends(greeting.left(5)), closes()},
+                          {sends(garbled)}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! bad-frame");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! bad-frame");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! bad-frame");
+    EXPECT_EQ(callCause(server.port()), "bad-frame");
+    EXPECT_EQ(callCause(server.port()), "bad-frame");
+}
+
+TEST(GqtoolProbe, findsAGreetingThatRefuses)
+{
+    ScriptedServer server{{sends(greeting0)}, {sends(greeting0)}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! not-greeted");
+    EXPECT_EQ(callCause(server.port()), "not-greeted");
+}
+
+TEST(GqtoolProbe, findsAnErrorFrameInPlaceOfTheGreeting)
+{
+    ScriptedServer server{{sends(errorMinus7)}, {sends(error5)}, {sends(errorMinus7)}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! error-frame -7");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! error-frame 5");
+    EXPECT_EQ(callCause(server.port()), "error-frame");
+}
+
+// To the library's client an error frame with a code above 1 is a greeting.
+TEST(GqtoolCall, isGreetedByAnErrorFrameWithACodeAboveOne)
+{
+    ScriptedServer server{{sends(error5), receives(frameSize), sends(state7)}};
+    const QJsonObject reply = call(server.port());
+    EXPECT_FALSE(reply.contains("cause"));
+    EXPECT_EQ(reply["value"].toInt(), 7);
+}
+
+TEST(GqtoolProbe, takesAGreetingInTwoPieces)
+{
+    ScriptedServer server{{sends(greeting.left(5)), sends(greeting.mid(5))}};
+    EXPECT_EQ(probe(server.port(), {"--greeting-only"}), "resolve connect greeting healthy");
+}
+
+// --- Causes in place of a reply -----------------------------------------------------------------------------------
+
+TEST(GqtoolProbe, findsWhatComesInPlaceOfAReply)
+{
+    const struct {
+        ScriptedServer::Script reply;
+        const char* cause;
+    } cases[] = {
+        {{}, "no-reply"},
+        {{closes()}, "closed"},
+        {{sends(errorMinus7)}, "error-frame -7"},
+        {{sends(errorOfTwoBytes)}, "error-frame -2"},
+        {{sends(wrongEnd)}, "bad-frame"},
+        {{sends(noPayload)}, "bad-frame"},
+        {{sends(state7.left(12)), closes()}, "bad-frame"},
+        {{sends(state7.left(12))}, "bad-frame"},
+    };
+    for (const auto& example : cases) {
+        SCOPED_TRACE(example.cause);
+        const std::string cause = example.cause;
+        ScriptedServer::Script script = {sends(greeting), receives(frameSize)};
+        script.insert(script.end(), example.reply.begin(), example.reply.end());
+        ScriptedServer server{script, script};
+        EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState! " + cause);
+        EXPECT_EQ(callCause(server.port()), cause.substr(0, cause.find(' ')));
+    }
+}
+
+TEST(GqtoolProbe, takesNoServerThatGreetsForAForeignOne)
+{
+    ScriptedServer server{{sends(greeting), receives(frameSize), sends("HTTP/1.1 400 Bad Request\r\n")}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState! bad-frame");
+}
+
+TEST(GqtoolProbe, stopsAtTheTimeIfOnlyTheStateIsAnswered)
+{
+    ScriptedServer server{{sends(greeting), receives(frameSize), sends(state7), receives(frameSize)}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState systemTime! no-reply");
+}
+
+// --- UDP ----------------------------------------------------------------------------------------------------------
+
+TEST(GqtoolProbeUdp, asksInDatagramsAndAwaitsNoGreeting)
+{
+    ScriptedDatagramPeer server{{state7}, {time1000000000}};
+    EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState systemTime healthy");
+    const std::vector<QByteArray> received = server.received();
+    ASSERT_EQ(received.size(), 2U);
+    EXPECT_EQ(hex(received[0].left(10)), hex("68 33000000 0000 00 00 01"_hex)); // no datagram is below 64 bytes
+    EXPECT_EQ(received[0].size(), 64);
+    EXPECT_EQ(hex(received[1].left(10)), hex("68 33000000 0100 00 00 02"_hex));
+}
+
+TEST(GqtoolProbeUdp, findsAPortThatRefuses)
+{
+    DatagramPeer peer;
+    peer.goAway();
+    EXPECT_EQ(probe(peer.port(), {"--udp"}), "resolve connect systemState! refused");
+    EXPECT_EQ(callCause(peer.port(), {"--udp"}), "refused");
+}
+
+TEST(GqtoolProbeUdp, findsSilence)
+{
+    ScriptedDatagramPeer server{{}, {}};
+    EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! no-reply");
+    EXPECT_EQ(callCause(server.port(), {"--udp"}), "no-reply");
+}
+
+TEST(GqtoolProbeUdp, findsWhatComesInPlaceOfAReply)
+{
+    ScriptedDatagramPeer server{{errorMinus7},     {wrongEnd},        {state7.left(12), state7.mid(12)},
+                                {QByteArray("")},  {"who is there?"}, {state7},
+                                {"who is there?"}, {errorMinus7},     {wrongEnd}};
+    EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! error-frame -7");
+    EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! bad-frame");
+    EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! bad-frame"); // a client takes one datagram
+    EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! bad-frame");
+    EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! foreign unknown");
+    EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState systemTime! bad-frame");
+    EXPECT_EQ(callCause(server.port(), {"--udp"}), "error-frame");
+    EXPECT_EQ(callCause(server.port(), {"--udp"}), "bad-frame");
+}
+
+// --- Command lines ------------------------------------------------------------------------------------------------
+
+TEST(GqtoolEndpoint, refusesWhatIsNoHostAndPort)
+{
+    const struct {
+        const char* endpoint;
+        const char* error;
+    } cases[] = {
+        {"127.0.0.1", "'127.0.0.1' is not HOST:PORT"},
+        {":5000", "':5000' is not HOST:PORT"},
+        {"", "'' is not HOST:PORT"},
+        {"127.0.0.1:70000", "'127.0.0.1:70000': PORT must be a number from 1 to 65535"},
+        {"127.0.0.1:0", "'127.0.0.1:0': PORT must be a number from 1 to 65535"},
+        {"localhost:-1", "'localhost:-1': PORT must be a number from 1 to 65535"},
+        {"localhost:http", "'localhost:http': PORT must be a number from 1 to 65535"},
+        {"300.1.1.1:5000", "'300.1.1.1' is not a dotted IPv4 address, four numbers from 0 to 255"},
+        {"[::1]:5000", "'[::1]:5000' is not HOST:PORT: HOST must be a name or a dotted IPv4 address"},
+        {"http://host:5000", "'http://host:5000' is not HOST:PORT: HOST must be a name or a dotted IPv4 address"},
+    };
+    for (const auto& example : cases) {
+        for (const QStringList& command : {QStringList{"probe", example.endpoint},
+                                           {"call", example.endpoint, "systemState"},
+                                           {"trace", "--listen", "0", example.endpoint}}) {
+            SCOPED_TRACE(command.join(' ').toStdString());
+            const Outcome outcome = run(command);
+            EXPECT_EQ(outcome.exitCode, 2);
+            EXPECT_EQ(outcome.output, "");
+            EXPECT_TRUE(outcome.errors.contains(QString(": %1\n").arg(example.error))) << outcome.errors.toStdString();
+        }
+    }
+}
+
+TEST(GqtoolProbe, endsWithTwoOnWrongUsage)
+{
+    for (const QStringList& words : {QStringList{},
+                                     {"localhost:1", "surplus"},
+                                     {"localhost:1", "--timeout", "0"},
+                                     {"localhost:1", "--timeout", "x"},
+                                     {"localhost:1", "--udp", "--greeting-only"},
+                                     {"localhost:1", "--nonsense"}}) {
+        SCOPED_TRACE(words.join(' ').toStdString());
+        const Outcome outcome = run(QStringList{"probe"} + words);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.output, "");
+    }
+}
+
+TEST(GqtoolCall, failsOnANameThatHasNoAddress)
+{
+    const Outcome outcome = run({"call", "nosuchhost.invalid:5000", "systemState"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(outcome.errors.contains("failed with -1: unresolved: cannot resolve 'nosuchhost.invalid': "))
+        << outcome.errors.toStdString();
+    EXPECT_EQ(objectOf(run({"call", "--json", "nosuchhost.invalid:5000", "systemState"}))["cause"], "unresolved");
+    EXPECT_EQ(run({"call", "--repeat", "3", "nosuchhost.invalid:5000", "systemState"}).exitCode, 1);
+}
+
+TEST(GqtoolCall, takesANameAndSaysTheCauseInItsMessage)
+{
+    RunningStation station;
+    const QString byName = "localhost:" + station.endpoint.section(':', 1);
+    EXPECT_EQ(run({"call", byName, "systemState"}).output, "1\n");
+    const ReservedPort port;
+    EXPECT_TRUE(run({"call", endpointOf(port.number()), "systemState"}).errors.contains("failed with -1: refused: "));
+}
+
+TEST(GqtoolTrace, takesTheStationByName)
+{
+    RunningStation station;
+    const QString port = station.endpoint.section(':', 1);
+    RunningProgram trace(GQTOOL, {"trace", "--json", "--listen", "0", "localhost:" + port});
+    const QJsonObject first = QJsonDocument::fromJson(trace.nextLine().toUtf8()).object();
+    EXPECT_EQ(run({"call", first["address"].toString(), "systemState"}).output, "1\n");
+
+    const Outcome unknown = run({"trace", "--listen", "0", "nosuchhost.invalid:5000"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_TRUE(unknown.errors.contains(": cannot resolve 'nosuchhost.invalid': ")) << unknown.errors.toStdString();
+}
+
+// --- Where a station listens --------------------------------------------------------------------------------------
+
+static QString listeningAddress(const QStringList& options)
+{
+    RunningProgram station(GQTOOL, QStringList{"station", "--port", "0"} + options);
+    return station.nextLine().section(' ', 2).section(':', 0, 0);
+}
+
+TEST(GqtoolStation, listensOnLoopbackAloneForItsAddress)
+{
+    EXPECT_EQ(listeningAddress({}), "127.0.0.1");
+    EXPECT_EQ(listeningAddress({"--address", "127.0.0.1"}), "127.0.0.1");
+    EXPECT_EQ(listeningAddress({"--udp", "--address", "127.0.0.1"}), "127.0.0.1");
+    EXPECT_EQ(listeningAddress({"--address", "0.0.0.0"}), "0.0.0.0");
+}
+
+TEST(GqtoolStation, saysWhyItCannotListen)
+{
+    RunningStation station;
+    const QString port = station.endpoint.section(':', 1);
+    for (const QStringList& command :
+         {QStringList{"station", "--port", port}, {"trace", "--listen", port, "127.0.0.1:1"}}) {
+        const Outcome outcome = run(command);
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_TRUE(outcome.errors.endsWith(station.endpoint + ": Address already in use\n"))
+            << outcome.errors.toStdString();
+    }
+}

@@ -1,0 +1,112 @@
+#include "endpoint.h"
+
+#include "commandLine.h"
+
+#include <QRegularExpression>
+
+#include <arpa/inet.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <future>
+#include <memory>
+#include <thread>
+
+// --- Text ---------------------------------------------------------------------------------------------------------
+
+// As the library reads addresses. After a blank inet_aton accepts anything.
+static bool readAddress(const QString& text, in_addr& address)
+{
+    static const QRegularExpression blank("\\s");
+    return !text.contains(blank) && inet_aton(text.toLocal8Bit().constData(), &address) != 0;
+}
+
+QString addressError(const QString& text)
+{
+    in_addr address;
+    if (readAddress(text, address))
+        return {};
+    return QString("'%1' is not a dotted IPv4 address, four numbers from 0 to 255").arg(text);
+}
+
+QString readEndpoint(const QString& text, Endpoint& endpoint)
+{
+    static const QRegularExpression digitsAndDots("^[0-9.]*$");
+    static const QRegularExpression notInNames("[\\s:/\\[\\]]");
+    const int colon = text.lastIndexOf(':');
+    if (colon < 1)
+        return QString("'%1' is not HOST:PORT").arg(text);
+    endpoint.host = text.left(colon);
+    if (endpoint.host.contains(notInNames))
+        return QString("'%1' is not HOST:PORT: HOST must be a name or a dotted IPv4 address").arg(text);
+    if (endpoint.host.contains(digitsAndDots) && !addressError(endpoint.host).isEmpty())
+        return addressError(endpoint.host);
+    if (!readInt(text.mid(colon + 1), 1, 65535, endpoint.port))
+        return QString("'%1': PORT must be a number from 1 to 65535").arg(text);
+    return {};
+}
+
+// --- Names --------------------------------------------------------------------------------------------------------
+
+struct NameAnswer {
+    QStringList addresses;
+    QString error; // the resolver's reason if there are none
+};
+
+static int lookUp(const QByteArray& name, int family, QStringList& addresses)
+{
+    addrinfo hints = {};
+    hints.ai_family = family;
+    hints.ai_socktype = SOCK_STREAM; // else each address comes once for every type
+    addrinfo* found = nullptr;
+    const int result = getaddrinfo(name.constData(), nullptr, &hints, &found);
+    for (const addrinfo* entry = found; entry != nullptr; entry = entry->ai_next) {
+        char text[INET6_ADDRSTRLEN] = "";
+        getnameinfo(entry->ai_addr, entry->ai_addrlen, text, sizeof text, nullptr, 0, NI_NUMERICHOST);
+        addresses.append(text);
+    }
+    if (found != nullptr)
+        freeaddrinfo(found);
+    return result;
+}
+
+static NameAnswer askResolver(const QByteArray& name)
+{
+    NameAnswer answer;
+    const int result = lookUp(name, AF_INET, answer.addresses);
+    if (!answer.addresses.isEmpty())
+        return answer;
+    answer.error = result == EAI_SYSTEM ? strerror(errno) : gai_strerror(result);
+    QStringList others;
+    lookUp(name, AF_INET6, others);
+    if (!others.isEmpty())
+        answer.error = QString("it has only IPv6 addresses (%1), and the frame protocol needs IPv4").arg(others[0]);
+    return answer;
+}
+
+bool resolveHost(const QString& host, int timeoutMs, QStringList& addresses, QString& error)
+{
+    in_addr address;
+    if (readAddress(host, address)) {
+        char text[INET_ADDRSTRLEN] = "";
+        addresses = QStringList{inet_ntop(AF_INET, &address, text, sizeof text)};
+        return true;
+    }
+    // getaddrinfo has no time-out. A thread that is still in it when the time is over ends with the program.
+    const auto promise = std::make_shared<std::promise<NameAnswer>>();
+    std::future<NameAnswer> future = promise->get_future();
+    std::thread([promise, name = host.toLocal8Bit()] { promise->set_value(askResolver(name)); }).detach();
+    if (future.wait_for(std::chrono::milliseconds(timeoutMs)) != std::future_status::ready) {
+        error = QString("cannot resolve '%1': no answer within %2 ms").arg(host).arg(timeoutMs);
+        return false;
+    }
+    const NameAnswer answer = future.get();
+    addresses = answer.addresses;
+    if (addresses.isEmpty())
+        error = QString("cannot resolve '%1': %2").arg(host, answer.error);
+    return !addresses.isEmpty();
+}

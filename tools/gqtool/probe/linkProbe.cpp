@@ -1,0 +1,291 @@
+#include "linkProbe.h"
+
+#include "peerBytes.h"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <udpApi.h>
+
+using gqdb::CSocketAPI;
+using gqdb::CUdpAPI;
+
+// Plain system calls, not the library's client: that has one result for several causes.
+class LinkProbe {
+public:
+    LinkProbe(const Endpoint& probed, const ProbeOptions& wanted) : endpoint(probed), options(wanted) {}
+    ~LinkProbe();
+    LinkProbe(const LinkProbe&) = delete;
+    LinkProbe& operator=(const LinkProbe&) = delete;
+
+    // Each fills `stage`; false if it failed, with the cause in `result`.
+    bool resolve();
+    bool connect();
+    bool awaitGreeting();
+    bool askSystemState();
+    bool askSystemTime();
+
+    ProbeStage stage;
+    ProbeResult result;
+
+private:
+    bool fail(LinkCause cause, const QString& detail);
+    bool failWithError(const QString& what, int error);
+    bool finish(const ByteVerdict& verdict);
+    bool waitFor(short events, qint64 ms);
+    bool send(unsigned char command);
+    bool receivePiece(QByteArray& came);
+    bool receive(AwaitedBytes awaited, ByteVerdict& verdict);
+    bool ask(unsigned char command, ByteVerdict& verdict);
+    bool failAsSilent();
+
+    const Endpoint endpoint;
+    const ProbeOptions options;
+    sockaddr_in address = {};
+    int descriptor = -1;
+    int sequence = 0;
+    bool hasPeerSentFrame = false;
+};
+
+LinkProbe::~LinkProbe()
+{
+    if (descriptor >= 0)
+        close(descriptor);
+}
+
+bool LinkProbe::fail(LinkCause cause, const QString& detail)
+{
+    result.cause = cause;
+    stage.detail = detail;
+    return false;
+}
+
+bool LinkProbe::failWithError(const QString& what, int error)
+{
+    return fail(causeOfError(error), what + ": " + strerror(error));
+}
+
+bool LinkProbe::finish(const ByteVerdict& verdict)
+{
+    stage.detail = verdict.detail;
+    result.cause = verdict.cause;
+    result.protocol = verdict.protocol;
+    result.code = verdict.value;
+    return verdict.cause == LinkCause::healthy;
+}
+
+bool LinkProbe::resolve()
+{
+    QStringList addresses;
+    QString error;
+    if (!resolveHost(endpoint.host, options.timeoutMs, addresses, error))
+        return fail(LinkCause::unresolved, error);
+    stage.detail = addresses[0];
+    if (addresses.size() > 1)
+        stage.detail += QString(", the first of %1 addresses").arg(addresses.size());
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<unsigned short>(endpoint.port));
+    inet_aton(addresses[0].toLatin1().constData(), &address.sin_addr);
+    return true;
+}
+
+// False if none of the events came in time.
+bool LinkProbe::waitFor(short events, qint64 ms)
+{
+    QElapsedTimer timer;
+    timer.start();
+    for (;;) {
+        pollfd watched = {descriptor, events, 0};
+        const int left = static_cast<int>(std::max<qint64>(0, ms - timer.elapsed()));
+        const int ready = poll(&watched, 1, left);
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
+
+static QString portText(int descriptor)
+{
+    sockaddr_in own = {};
+    socklen_t size = sizeof own;
+    getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &size);
+    char text[INET_ADDRSTRLEN] = "";
+    inet_ntop(AF_INET, &own.sin_addr, text, sizeof text);
+    return QString("%1:%2").arg(text).arg(ntohs(own.sin_port));
+}
+
+bool LinkProbe::connect()
+{
+    const int type = options.isUdp ? SOCK_DGRAM : SOCK_STREAM;
+    descriptor = socket(AF_INET, type | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    int error = 0;
+    if (descriptor < 0 || ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        error = errno;
+    if (error == EINPROGRESS) {
+        if (!waitFor(POLLOUT, options.timeoutMs))
+            return fail(LinkCause::connectTimeout, QString("no answer within %1 ms").arg(options.timeoutMs));
+        socklen_t size = sizeof error;
+        getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size);
+    }
+    if (error != 0 && error != ECONNRESET) // a connection that was made and then reset
+        return failWithError("cannot connect", error);
+    stage.detail = "from " + portText(descriptor);
+    if (options.isUdp)
+        stage.detail += ", nothing is sent yet";
+    return true;
+}
+
+// --- Frames -------------------------------------------------------------------------------------------------------
+
+// As the library's clients send their ready-made requests.
+bool LinkProbe::send(unsigned char command)
+{
+    QByteArray frame;
+    CSocketAPI::addHeader(command, 0, 0, sequence++, 0, frame);
+    CSocketAPI::int2Byte(static_cast<int>(QDateTime::currentSecsSinceEpoch()), frame);
+    options.isUdp ? CUdpAPI::addEnd(frame) : CSocketAPI::addEnd(frame);
+    if (::send(descriptor, frame.constData(), static_cast<size_t>(frame.size()), MSG_NOSIGNAL) == frame.size())
+        return true;
+    return failWithError("cannot send the request", errno);
+}
+
+// The next bytes, appended to `came`. False at the end of the stream or if receiving failed, with errno; 0 at the end.
+bool LinkProbe::receivePiece(QByteArray& came)
+{
+    char piece[65536];
+    const ssize_t count = recv(descriptor, piece, sizeof piece, 0);
+    if (count > 0)
+        came.append(piece, static_cast<int>(count));
+    else if (count == 0)
+        errno = 0;
+    stage.bytes = came.left(shownPeerBytes);
+    return count > 0;
+}
+
+// Receives until the bytes allow of one verdict alone, the peer ends the connection or the time is over. False if
+// receiving fails, with the cause.
+bool LinkProbe::receive(AwaitedBytes awaited, ByteVerdict& verdict)
+{
+    static const int mostBytes = 1 << 20; // of a peer that never stops
+    QElapsedTimer timer;
+    timer.start();
+    QByteArray came;
+    QString end = QString("nothing came within %1 ms").arg(options.timeoutMs);
+    verdict = judgeBytes(came, awaited);
+    while (came.size() < mostBytes && waitFor(POLLIN, options.timeoutMs - timer.elapsed())) {
+        if (receivePiece(came)) {
+            verdict = judgeBytes(came, awaited);
+            if (verdict.isFinal)
+                return true;
+            if (options.isUdp)
+                break; // a client looks at one datagram alone
+        } else if (errno == 0 && options.isUdp) {
+            return fail(LinkCause::badFrame, "an empty datagram");
+        } else if (errno == 0 || errno == ECONNRESET) {
+            end = errno == 0 ? "the server closed the connection" : "the server reset the connection";
+            if (came.isEmpty())
+                verdict.cause = LinkCause::closed;
+            break;
+        } else if (errno != EAGAIN && errno != EINTR) {
+            return failWithError("cannot receive", errno);
+        }
+    }
+    if (!options.isUdp || came.isEmpty())
+        verdict.detail = came.isEmpty() ? end : verdict.detail + "; then " + end;
+    return true;
+}
+
+bool LinkProbe::awaitGreeting()
+{
+    ByteVerdict verdict;
+    if (!receive(AwaitedBytes::greeting, verdict))
+        return false;
+    if (verdict.cause == LinkCause::silent)
+        return failAsSilent();
+    hasPeerSentFrame = true;
+    return finish(verdict);
+}
+
+// Servers of other protocols wait for the client to begin. A frame makes most of them complain about it, and the end of
+// the stream those that wait for the end of a line.
+bool LinkProbe::failAsSilent()
+{
+    const QString silence = QString("no greeting within %1 ms").arg(options.timeoutMs);
+    ByteVerdict verdict;
+    if (!send(CSocketAPI::systemStateCommand))
+        return fail(LinkCause::silent, silence + "; then the server closed the connection");
+    shutdown(descriptor, SHUT_WR);
+    if (!receive(AwaitedBytes::firstReply, verdict))
+        return fail(LinkCause::silent, silence + "; then " + stage.detail);
+    if (verdict.cause == LinkCause::foreign)
+        return finish(verdict);
+    const bool isAnswer = verdict.cause == LinkCause::healthy;
+    return fail(LinkCause::silent,
+                silence + (isAnswer ? "; it answers a request with " : "; after a request: ") + verdict.detail);
+}
+
+bool LinkProbe::ask(unsigned char command, ByteVerdict& verdict)
+{
+    if (!send(command) || !receive(hasPeerSentFrame ? AwaitedBytes::reply : AwaitedBytes::firstReply, verdict))
+        return false;
+    hasPeerSentFrame = true;
+    return finish(verdict);
+}
+
+bool LinkProbe::askSystemState()
+{
+    ByteVerdict verdict;
+    return ask(CSocketAPI::systemStateCommand, verdict);
+}
+
+bool LinkProbe::askSystemTime()
+{
+    ByteVerdict verdict;
+    if (!ask(CSocketAPI::systemTimeCommand, verdict))
+        return false;
+    stage.detail += ", " + QDateTime::fromSecsSinceEpoch(verdict.value, Qt::UTC).toString(Qt::ISODate);
+    return true;
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+struct StageStep {
+    const char* name;
+    bool (LinkProbe::*run)();
+    bool isOverUdp;
+    bool isAfterGreeting;
+};
+
+static const StageStep steps[] = {
+    {"resolve", &LinkProbe::resolve, true, false},         {"connect", &LinkProbe::connect, true, false},
+    {"greeting", &LinkProbe::awaitGreeting, false, false}, {"systemState", &LinkProbe::askSystemState, true, true},
+    {"systemTime", &LinkProbe::askSystemTime, true, true},
+};
+
+ProbeResult probeLink(const Endpoint& endpoint, const ProbeOptions& options,
+                      const std::function<void(const ProbeStage& stage)>& finished)
+{
+    LinkProbe probe(endpoint, options);
+    for (const StageStep& step : steps) {
+        if ((options.isUdp && !step.isOverUdp) || (options.greetingOnly && step.isAfterGreeting))
+            continue;
+        QElapsedTimer timer;
+        timer.start();
+        probe.stage = {};
+        probe.stage.name = step.name;
+        probe.stage.isGood = (probe.*step.run)();
+        probe.stage.milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+        finished(probe.stage);
+        if (!probe.stage.isGood)
+            break;
+    }
+    return probe.result;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "linkCause.h"
+
+#include "gqtool/endpoint.h"
+
+#include <QByteArray>
+
+#include <functional>
+
+struct ProbeOptions {
+    int timeoutMs = 0; // of each stage; a silent greeting takes it twice
+    bool isUdp = false;
+    bool greetingOnly = false;
+};
+
+// A step on the way to a working link.
+struct ProbeStage {
+    QString name;
+    bool isGood = false;
+    double milliseconds = 0;
+    QString detail;
+    QByteArray bytes; // the first ones that came
+};
+
+struct ProbeResult {
+    LinkCause cause = LinkCause::healthy;
+    QString protocol; // of a foreign server
+    int code = 0;     // of an error frame
+};
+
+// Goes through the stages resolve, connect, greeting (TCP only), systemState and systemTime until one fails, and passes
+// each to `finished`. Sends nothing but frames.
+ProbeResult probeLink(const Endpoint& endpoint, const ProbeOptions& options,
+                      const std::function<void(const ProbeStage& stage)>& finished);

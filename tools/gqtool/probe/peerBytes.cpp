@@ -1,0 +1,150 @@
+#include "peerBytes.h"
+
+#include "gqtool/frames/frameStream.h"
+#include "gqtool/frames/frameText.h"
+
+#include <algorithm>
+#include <socketApi.h>
+
+using gqdb::CByte2Val;
+using gqdb::CSocketAPI;
+
+// --- Foreign servers ----------------------------------------------------------------------------------------------
+
+static bool isTlsRecord(const QByteArray& bytes)
+{
+    return bytes.size() >= 3 && bytes[0] >= 0x14 && bytes[0] <= 0x18 && bytes[1] == 3 && bytes[2] >= 0 && bytes[2] <= 4;
+}
+
+// A server that takes the request for one of HTTP/0.9 answers with the bare page.
+static bool isHttp(const QByteArray& bytes)
+{
+    const QByteArray start = bytes.left(14).toLower();
+    return start.startsWith("http/") || start.startsWith("<html") || start.startsWith("<!doctype html");
+}
+
+// Empty if it can't be named.
+static QString knownProtocol(const QByteArray& bytes)
+{
+    if (bytes.startsWith("SSH-") || bytes.left(4096).contains("\nSSH-")) // lines of text may precede the version
+        return "ssh";
+    if (isHttp(bytes))
+        return "http";
+    return isTlsRecord(bytes) ? "tls" : "";
+}
+
+static bool isText(const QByteArray& bytes)
+{
+    return std::all_of(bytes.begin(), bytes.end(), [](char byte) {
+        return (byte >= ' ' && byte <= '~') || byte == '\r' || byte == '\n' || byte == '\t';
+    });
+}
+
+QString visibleText(const QByteArray& bytes)
+{
+    QString text = "\"";
+    for (const char byte : bytes.left(shownPeerBytes)) {
+        if (byte == '\r')
+            text += "\\r";
+        else if (byte == '\n')
+            text += "\\n";
+        else if (byte == '\t')
+            text += "\\t";
+        else
+            text += byte >= ' ' && byte <= '~' ? QLatin1Char(byte) : QLatin1Char('.');
+    }
+    return text + (bytes.size() > shownPeerBytes ? "\"..." : "\"");
+}
+
+// --- Frames -------------------------------------------------------------------------------------------------------
+
+// Whether bytes without a whole frame are what is left of one, and not the start byte, which is the letter h, within
+// something else.
+static bool isPartOfFrame(const QByteArray& bytes, const std::vector<StreamItem>& items)
+{
+    const unsigned int likelyLength = 0xFFFF; // text makes a length far above it
+    for (const StreamItem& item : items) {
+        if (item.kind == StreamItem::cut && item.content.length <= likelyLength)
+            return true;
+    }
+    if (bytes[0] == CSocketAPI::frameStart)
+        return bytes.size() == 1 || !isText(bytes);
+    // A frame whose start byte alone is damaged.
+    return bytes.size() >= CSocketAPI::frameOverhead && bytes.back() == CSocketAPI::frameEnd &&
+           CByte2Val::byte2UInt(bytes.constData() + 1) ==
+               static_cast<unsigned int>(bytes.size() - CSocketAPI::frameOverhead);
+}
+
+static ByteVerdict judgeFrame(const Frame& frame, AwaitedBytes awaited)
+{
+    ByteVerdict verdict;
+    verdict.isFinal = true;
+    verdict.detail = frameText(frame);
+    const bool hasInteger = frame.payload.size() >= 4;
+    if (hasInteger)
+        verdict.value = CByte2Val::byte2Int(frame.payload.constData());
+    if (frame.command == CSocketAPI::errorCommand) {
+        verdict.cause = LinkCause::errorFrame;
+        verdict.detail = QString("an error frame with code %1").arg(verdict.value);
+        if (!hasInteger) {
+            verdict.value = -2; // as the clients report it
+            verdict.detail = "an error frame without a code";
+        }
+    } else if (!hasInteger) {
+        verdict.cause = LinkCause::badFrame;
+        verdict.detail = QString("a frame with a payload of %1 bytes, at least 4 are needed").arg(frame.payload.size());
+    } else if (awaited == AwaitedBytes::greeting) {
+        verdict.cause = verdict.value > 0 ? LinkCause::healthy : LinkCause::notGreeted;
+        verdict.detail = QString("a greeting of %1").arg(verdict.value);
+    } else {
+        verdict.detail = QString::number(verdict.value);
+    }
+    return verdict;
+}
+
+static ByteVerdict verdictOf(LinkCause cause, bool isFinal, const QString& detail)
+{
+    ByteVerdict verdict;
+    verdict.cause = cause;
+    verdict.isFinal = isFinal;
+    verdict.detail = detail;
+    return verdict;
+}
+
+static ByteVerdict foreignVerdict(const QString& protocol, const QByteArray& bytes)
+{
+    const bool isKnown = !protocol.isEmpty();
+    ByteVerdict verdict = verdictOf(LinkCause::foreign, isKnown, "no frame, but " + visibleText(bytes));
+    verdict.protocol = isKnown ? protocol : "unknown";
+    return verdict;
+}
+
+ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
+{
+    if (bytes.isEmpty())
+        return verdictOf(awaited == AwaitedBytes::greeting ? LinkCause::silent : LinkCause::noReply, false, "");
+    const bool mayBeForeign = awaited != AwaitedBytes::reply;
+    const QString protocol = knownProtocol(bytes);
+    if (mayBeForeign && !protocol.isEmpty())
+        return foreignVerdict(protocol, bytes);
+
+    FrameStream stream;
+    std::vector<StreamItem> items = stream.feed(bytes);
+    for (const StreamItem& item : items) {
+        if (item.kind == StreamItem::frame) {
+            ByteVerdict verdict = judgeFrame(item.content, awaited);
+            if (item.offset > 0)
+                verdict.detail += QString(", after %1 bytes that are no frame").arg(item.offset);
+            return verdict;
+        }
+        if (item.kind == StreamItem::wrongEnd)
+            return verdictOf(LinkCause::badFrame, true, itemText(item));
+        if (item.kind == StreamItem::badLength)
+            break; // a client waits for the rest of it, whatever comes
+    }
+    for (const StreamItem& item : stream.end())
+        items.push_back(item);
+    if (mayBeForeign && !isPartOfFrame(bytes, items))
+        return foreignVerdict("", bytes);
+    return verdictOf(LinkCause::badFrame, false, "no whole frame: " + itemText(items.back()));
+}

@@ -1,0 +1,107 @@
+#include "command.h"
+#include "commandLine.h"
+#include "endpoint.h"
+#include "gqtool/probe/linkProbe.h"
+#include "gqtool/probe/peerBytes.h"
+#include "shared/console.h"
+
+#include <QCommandLineParser>
+#include <QJsonArray>
+
+#include <climits>
+
+static void printStage(const ProbeStage& stage)
+{
+    printLine(QString("%1 %2 ms  %3  %4")
+                  .arg(stage.name, -11)
+                  .arg(stage.milliseconds, 9, 'f', 1)
+                  .arg(stage.isGood ? "ok    " : "failed", stage.detail));
+    if (!stage.isGood && !stage.bytes.isEmpty())
+        printLine(QString("bytes       %1  %2").arg(QString(stage.bytes.toHex(' ')), visibleText(stage.bytes)));
+}
+
+static void printResult(const ProbeResult& result)
+{
+    QString word = causeWord(result.cause);
+    if (result.cause == LinkCause::foreign)
+        word += QString(" (%1)").arg(result.protocol);
+    printLine(QString("%1: %2").arg(word, causeMeaning(result.cause)));
+    if (!causeAdvice(result.cause).isEmpty())
+        printLine(causeAdvice(result.cause));
+}
+
+static QJsonObject jsonOf(const ProbeStage& stage)
+{
+    return {{"stage", stage.name},
+            {"ok", stage.isGood},
+            {"ms", stage.milliseconds},
+            {"detail", stage.detail},
+            {"bytes", QString(stage.bytes.toHex())}};
+}
+
+static QJsonObject jsonOf(const Endpoint& endpoint, const QJsonArray& stages, const ProbeResult& result)
+{
+    QJsonObject json = {{"target", endpoint.text()}, {"stages", stages}, {"cause", causeWord(result.cause)}};
+    if (result.cause == LinkCause::foreign)
+        json["protocol"] = result.protocol;
+    if (result.cause == LinkCause::errorFrame)
+        json["code"] = result.code;
+    return json;
+}
+
+int runProbe(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Finds out why a server does not answer. It goes through the stages of a link, prints each with its time, and\n"
+        "ends with one cause and what to do about it:\n\n"
+        "  resolve      look the host name up\n"
+        "  connect      make the connection\n"
+        "  greeting     receive the server's greeting (not with --udp)\n"
+        "  systemState  request the server's state\n"
+        "  systemTime   request its clock\n\n"
+        "It stops at the first stage that fails. The causes are healthy, unresolved, refused, unreachable,\n"
+        "connect-timeout, silent, closed, foreign, bad-frame, not-greeted, error-frame and no-reply. Only healthy "
+        "gives\n"
+        "the exit code 0. If no greeting comes it sends one systemState request, to which servers of other protocols\n"
+        "react.");
+    const QCommandLineOption timeout("timeout", "Longest time of each stage; a silent greeting takes it twice (3000).",
+                                     "MS", "3000");
+    const QCommandLineOption udp("udp", "Ask by datagrams.");
+    const QCommandLineOption greetingOnly("greeting-only", "Stop after the greeting.");
+    const QCommandLineOption json("json", "Print one JSON object.");
+    parser.addOptions({timeout, udp, greetingOnly, json});
+    parser.addPositionalArgument("HOST:PORT", "The server, as name or dotted IPv4 address and port.");
+    int exitCode = exitGood;
+    if (!parseArguments(parser, arguments, exitCode))
+        return exitCode;
+
+    const QStringList words = parser.positionalArguments();
+    if (words.size() != 1)
+        return usageError("probe takes HOST:PORT");
+    Endpoint endpoint;
+    const QString error = readEndpoint(words[0], endpoint);
+    if (!error.isEmpty())
+        return usageError(error);
+    ProbeOptions options;
+    if (!readInt(parser.value(timeout), 1, INT_MAX, options.timeoutMs))
+        return usageError(QString("--timeout must be a number of milliseconds from 1 to %1").arg(INT_MAX));
+    options.isUdp = parser.isSet(udp);
+    options.greetingOnly = parser.isSet(greetingOnly);
+    if (options.isUdp && options.greetingOnly)
+        return usageError("--greeting-only needs TCP: there is no greeting over UDP");
+
+    QJsonArray stages;
+    const bool printsJson = parser.isSet(json);
+    const ProbeResult result = probeLink(endpoint, options, [&](const ProbeStage& stage) {
+        if (printsJson)
+            stages.append(jsonOf(stage));
+        else
+            printStage(stage);
+    });
+    if (printsJson)
+        printJson(jsonOf(endpoint, stages, result));
+    else
+        printResult(result);
+    return result.cause == LinkCause::healthy ? exitGood : exitFailed;
+}
