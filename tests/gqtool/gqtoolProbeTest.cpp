@@ -11,6 +11,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <thread>
+
 // --- The two sides ------------------------------------------------------------------------------------------------
 
 static const QByteArray state7 = "68 04000000 0000 00 00 01 07000000 0000 16"_hex;
@@ -273,6 +275,19 @@ TEST(GqtoolProbe, makesServersOfOtherProtocolsShowThemselvesByARequest)
     EXPECT_EQ(probe(server.port()), "resolve connect greeting! foreign http");
     EXPECT_EQ(probe(server.port()), "resolve connect greeting! foreign tls");
     EXPECT_EQ(probe(server.port()), "resolve connect greeting! foreign unknown");
+}
+
+TEST(GqtoolProbe, endsItsSideForServersThatWaitForTheEndOfALine)
+{
+    Listener listener(1);
+    std::thread server([&] {
+        const Descriptor connection = listener.accept();
+        EXPECT_EQ(received(connection, 1000).size(), size_t(frameSize)); // then the stream ends
+        const std::string page = "<html>";
+        EXPECT_EQ(::send(connection, page.data(), page.size(), 0), ssize_t(page.size()));
+    });
+    EXPECT_EQ(probe(listener.port()), "resolve connect greeting! foreign http");
+    server.join();
 }
 
 TEST(GqtoolProbe, findsAGreetingThatIsCutOrGarbled)

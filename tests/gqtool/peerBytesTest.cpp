@@ -2,6 +2,7 @@
 
 #include "gqtool/probe/peerBytes.h"
 
+#include "support/chance.h"
 #include "support/frames.h"
 
 #include <gtest/gtest.h>
@@ -99,7 +100,7 @@ TEST(JudgeBytes, knowsOtherProtocolsByTheirFirstBytes)
         const char* word;
     } cases[] = {
         {"SSH-2.0-OpenSSH_9.2\r\n", "foreign ssh"},
-        {"hello, authorized use only\r\nSSH-2.0-x\r\n", "foreign ssh"},
+        {"hello, authorized use only\r\nSSH-2.0-x\r\n", "foreign ssh?"},
         {"HTTP/1.1 400 Bad Request\r\n\r\n", "foreign http"},
         {"<!DOCTYPE HTML>\n<html>", "foreign http"},
         {"<html><head>", "foreign http"},
@@ -124,6 +125,32 @@ TEST(JudgeBytes, showsForeignBytesAsText)
     EXPECT_EQ(visibleText("a\"b\r\n\t\x01\xff").toStdString(), "\"a\"b\\r\\n\\t..\"");
     EXPECT_EQ(visibleText(QByteArray(65, 'x')).toStdString(), '"' + std::string(64, 'x') + "\"...");
     EXPECT_TRUE(judgeBytes("220 mail\r\n", AwaitedBytes::greeting).detail.contains("\"220 mail\\r\\n\""));
+}
+
+// Bytes of which frames and signatures are made, at random.
+TEST(JudgeBytes, keepsAFinalVerdictWhateverFollows)
+{
+    const QByteArray pieces[] = {greeting, errorMinus7, wrongEnd, "68 0400"_hex, "0000 16"_hex, "\nSSH-",
+                                 "HTTP/",  "h",         "x"};
+    Chance chance(20);
+    int finals = 0;
+    for (int i = 0; i < 2000; ++i) {
+        QByteArray bytes;
+        for (int count = chance.below(6); count >= 0; --count)
+            bytes += pieces[chance.below(9)];
+        for (const AwaitedBytes awaited : everyAwaited) {
+            const ByteVerdict whole = judgeBytes(bytes, awaited);
+            for (int size = 0; size < bytes.size(); ++size) {
+                const ByteVerdict verdict = judgeBytes(bytes.left(size), awaited);
+                if (!verdict.isFinal)
+                    continue;
+                ++finals;
+                ASSERT_EQ(wordOf(verdict), wordOf(whole)) << hex(bytes) << ", first " << size;
+                ASSERT_EQ(verdict.value, whole.value);
+            }
+        }
+    }
+    EXPECT_GT(finals, 1000);
 }
 
 TEST(JudgeBytes, judgesAnyTwoBytes)

@@ -20,13 +20,13 @@ static bool isTlsRecord(const QByteArray& bytes)
 static bool isHttp(const QByteArray& bytes)
 {
     const QByteArray start = bytes.left(14).toLower();
-    return start.startsWith("http/") || start.startsWith("<html") || start.startsWith("<!doctype html");
+    return bytes.startsWith("HTTP/") || start.startsWith("<html") || start.startsWith("<!doctype html");
 }
 
-// Empty if it can't be named.
+// By the first bytes; empty if they do not say.
 static QString knownProtocol(const QByteArray& bytes)
 {
-    if (bytes.startsWith("SSH-") || bytes.left(4096).contains("\nSSH-")) // lines of text may precede the version
+    if (bytes.startsWith("SSH-"))
         return "ssh";
     if (isHttp(bytes))
         return "http";
@@ -111,11 +111,10 @@ static ByteVerdict verdictOf(LinkCause cause, bool isFinal, const QString& detai
     return verdict;
 }
 
-static ByteVerdict foreignVerdict(const QString& protocol, const QByteArray& bytes)
+static ByteVerdict foreignVerdict(const QString& protocol, bool isFinal, const QByteArray& bytes)
 {
-    const bool isKnown = !protocol.isEmpty();
-    ByteVerdict verdict = verdictOf(LinkCause::foreign, isKnown, "no frame, but " + visibleText(bytes));
-    verdict.protocol = isKnown ? protocol : "unknown";
+    ByteVerdict verdict = verdictOf(LinkCause::foreign, isFinal, "no frame, but " + visibleText(bytes));
+    verdict.protocol = protocol;
     return verdict;
 }
 
@@ -126,7 +125,7 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
     const bool mayBeForeign = awaited != AwaitedBytes::reply;
     const QString protocol = knownProtocol(bytes);
     if (mayBeForeign && !protocol.isEmpty())
-        return foreignVerdict(protocol, bytes);
+        return foreignVerdict(protocol, true, bytes);
 
     FrameStream stream;
     std::vector<StreamItem> items = stream.feed(bytes);
@@ -144,7 +143,9 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
     }
     for (const StreamItem& item : stream.end())
         items.push_back(item);
+    if (mayBeForeign && bytes.contains("\nSSH-")) // lines of text may precede the version
+        return foreignVerdict("ssh", false, bytes);
     if (mayBeForeign && !isPartOfFrame(bytes, items))
-        return foreignVerdict("", bytes);
+        return foreignVerdict("unknown", false, bytes);
     return verdictOf(LinkCause::badFrame, false, "no whole frame: " + itemText(items.back()));
 }
