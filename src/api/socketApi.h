@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // a virtual destructor would add slots to the vtables
+
 namespace gqdb {
 
 // The frame that clients and servers exchange, and the state that the TCP and the UDP client share. It owns no socket
@@ -123,3 +126,5 @@ protected:
 };
 
 } // namespace gqdb
+
+#pragma GCC diagnostic pop

@@ -3,6 +3,9 @@
 #include "gqLibExport.h"
 #include "socketApi.h"
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // a virtual destructor would add slots to the vtables
+
 class CTcpSocket;
 
 namespace gqdb {
@@ -121,3 +124,5 @@ protected:
 };
 
 } // namespace gqdb
+
+#pragma GCC diagnostic pop

@@ -3,6 +3,9 @@
 #include "gqLibExport.h"
 #include "socketApi.h"
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // a virtual destructor would add slots to the vtables
+
 class CUdpClient;
 
 namespace gqdb {
@@ -100,3 +103,5 @@ protected:
 };
 
 } // namespace gqdb
+
+#pragma GCC diagnostic pop

@@ -1,6 +1,7 @@
 #include "byte2Fep.h"
 
-#include "byteCursor.h"
+#include "byteRoom.h"
+#include "fepFields.h"
 #include "listCount.h"
 
 namespace gqdb {
@@ -9,63 +10,24 @@ CByte2Fep::CByte2Fep() = default;
 
 CByte2Fep::~CByte2Fep() = default;
 
-// --- Shared by the records ----------------------------------------------------------------------------------------
-// A list reader appends: the new size is old size plus count, cut to 32 bits. Where that falls below the old size there
-// is no room for an item, and the list fails.
+static const int recordRoom = 1024; // reserved for each record but YbItem
 
-// Ahead of each record but YbItem, so that its fields do not move the array one by one.
-static void reserveRecord(QByteArray& data)
-{
-    reserveMore(data, 1024);
-}
-
-// --- Node heads ---------------------------------------------------------------------------------------------------
+// --- NodeHead ---
 
 void CByte2Fep::nodeHead2Byte(const NodeHead& head, QByteArray& data)
 {
-    reserveRecord(data);
-    int2Byte(head.nodeId, data);
-    str2Byte(head.text1, data);
-    str2Byte(head.text2, data);
-    str2Byte(head.text3, data);
-    str2Byte(head.text4, data);
-    {
-        CByteWriter out(data, 24);
-        out.putInt(head.word1); // ahead of flag1 on the wire
-        out.put8(head.flag1);
-        out.put8(head.flag2);
-        out.put8(head.flag3);
-        out.put8(head.flag4);
-        out.putInt(head.word2);
-        out.putInt(head.word3);
-        out.putInt(head.word4);
-        out.putInt(head.word5);
-    }
-    str2Byte(head.text5, data);
-    str2Byte(head.text6, data);
+    QByteArray texts[6];
+    CRecordSize size(texts);
+    walk(size, const_cast<NodeHead&>(head));
+    reserveMore(data, recordRoom);
+    CRecordWriter out(grow(data, size.bytes()), texts);
+    walk(out, const_cast<NodeHead&>(head));
 }
 
 int CByte2Fep::byte2NodeHead(const char* buf, int size, NodeHead& head)
 {
-    if (size < 25)
-        return 0;
-    CByteReader in(buf, size);
-    head.nodeId = in.takeInt();
-    if (!in.takeText(head.text1) || !in.takeText(head.text2) || !in.takeText(head.text3) || !in.takeText(head.text4) ||
-        in.left() < 24)
-        return 0;
-    head.word1 = in.takeInt();
-    head.flag1 = in.take8();
-    head.flag2 = in.take8();
-    head.flag3 = in.take8();
-    head.flag4 = in.take8();
-    head.word2 = in.takeInt();
-    head.word3 = in.takeInt();
-    head.word4 = in.takeInt();
-    head.word5 = in.takeInt();
-    if (!in.takeText(head.text5) || !in.takeText(head.text6))
-        return 0;
-    return in.used();
+    CRecordReader in(buf, size);
+    return walk(in, head) ? in.used() : 0;
 }
 
 void CByte2Fep::nodeHeads2Byte(const std::vector<NodeHead>& list, QByteArray& data)
@@ -79,32 +41,30 @@ int CByte2Fep::byte2NodeHeads(const char* buf, int size, std::vector<NodeHead>& 
 {
     if (size < 4)
         return 0;
-    CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(appendedSize(first, in.take32()));
+    list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return 0;
+    int pos = 4;
     for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2NodeHead(in.here(), in.left(), list[i])))
+        const int used = byte2NodeHead(buf + pos, size - pos, list[i]);
+        if (used == 0)
             return 0;
+        pos += used;
     }
     return 1;
 }
 
-// --- Communication entries ----------------------------------------------------------------------------------------
+// --- CommItem ---
 
 void CByte2Fep::commItem2Byte(const CommItem& item, QByteArray& data)
 {
-    reserveRecord(data);
-    int2Byte(item.commId, data);
-    str2Byte(item.text1, data);
-    str2Byte(item.text2, data);
-    str2Byte(item.text3, data); // ahead of flag1 on the wire
-    data.append(item.flag1);
-    data.append(item.flag2);
-    str2Byte(item.text4, data);
-    int2Byte(item.word1, data);
-    str2Byte(item.text5, data);
+    QByteArray texts[5];
+    CRecordSize size(texts);
+    walk(size, const_cast<CommItem&>(item));
+    reserveMore(data, recordRoom);
+    CRecordWriter out(grow(data, size.bytes()), texts);
+    walk(out, const_cast<CommItem&>(item));
 }
 
 // Two faults of arithmetic are deliberate, for peers count on them: text3 is taken off the bytes left twice, and the
@@ -180,58 +140,22 @@ int CByte2Fep::byte2CommItems(const char* buf, int size, std::vector<CommItem>& 
     return 1;
 }
 
-// --- Measurements -------------------------------------------------------------------------------------------------
+// --- YcItem ---
 
 void CByte2Fep::ycItem2Byte(const YcItem& item, QByteArray& data)
 {
-    reserveRecord(data);
-    data.append(item.flag1);
-    int2Byte(item.itemId, data);
-    str2Byte(item.text1, data);
-    str2Byte(item.text2, data);
-    str2Byte(item.text3, data);
-    str2Byte(item.text4, data);
-    {
-        CByteWriter out(data, 32);
-        out.put8(item.flag2);
-        out.putInt(item.word1);
-        out.putInt(item.word2);
-        out.put8(item.flag3);
-        out.putFloat(item.coef1);
-        out.putFloat(item.coef2);
-        out.putFloat(item.coef3);
-        out.putFloat(item.coef4);
-        out.putInt(item.word3);
-        out.put8(item.flag4);
-        out.put8(item.flag5);
-    }
-    str2Byte(item.text5, data);
+    QByteArray texts[5];
+    CRecordSize size(texts);
+    walk(size, const_cast<YcItem&>(item));
+    reserveMore(data, recordRoom);
+    CRecordWriter out(grow(data, size.bytes()), texts);
+    walk(out, const_cast<YcItem&>(item));
 }
 
 int CByte2Fep::byte2YcItem(const char* buf, int size, YcItem& item)
 {
-    if (size < 31)
-        return 0;
-    CByteReader in(buf, size);
-    item.flag1 = in.take8();
-    item.itemId = in.takeInt();
-    if (!in.takeText(item.text1) || !in.takeText(item.text2) || !in.takeText(item.text3) || !in.takeText(item.text4) ||
-        in.left() < 32)
-        return 0;
-    item.flag2 = in.take8();
-    item.word1 = in.takeInt();
-    item.word2 = in.takeInt();
-    item.flag3 = in.take8();
-    item.coef1 = in.takeFloat();
-    item.coef2 = in.takeFloat();
-    item.coef3 = in.takeFloat();
-    item.coef4 = in.takeFloat();
-    item.word3 = in.takeInt();
-    item.flag4 = in.take8();
-    item.flag5 = in.take8();
-    if (!in.takeText(item.text5))
-        return 0;
-    return in.used();
+    CRecordReader in(buf, size);
+    return walk(in, item) ? in.used() : 0;
 }
 
 void CByte2Fep::ycItems2Byte(const std::vector<YcItem>& list, QByteArray& data)
@@ -245,62 +169,36 @@ int CByte2Fep::byte2YcItems(const char* buf, int size, std::vector<YcItem>& list
 {
     if (size < 4)
         return 0;
-    CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(appendedSize(first, in.take32()));
+    list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return 0;
+    int pos = 4;
     for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2YcItem(in.here(), in.left(), list[i])))
+        const int used = byte2YcItem(buf + pos, size - pos, list[i]);
+        if (used == 0)
             return 0;
+        pos += used;
     }
     return 1;
 }
 
-// --- Signals of a few states --------------------------------------------------------------------------------------
+// --- YxItem ---
 
 void CByte2Fep::yxItem2Byte(const YxItem& item, QByteArray& data)
 {
-    reserveRecord(data);
-    int2Byte(item.itemId, data);
-    str2Byte(item.text1, data);
-    str2Byte(item.text2, data);
-    str2Byte(item.text3, data);
-    {
-        CByteWriter out(data, 18);
-        out.put8(item.flag1);
-        out.putInt(item.word1);
-        out.putInt(item.word2);
-        out.put8(item.flag2);
-        out.putInt(item.word3);
-        out.put8(item.flag3);
-        out.put8(item.flag4);
-        out.put8(item.flag5);
-        out.put8(item.flag6);
-    }
-    str2Byte(item.text4, data);
+    QByteArray texts[4];
+    CRecordSize size(texts);
+    walk(size, const_cast<YxItem&>(item));
+    reserveMore(data, recordRoom);
+    CRecordWriter out(grow(data, size.bytes()), texts);
+    walk(out, const_cast<YxItem&>(item));
 }
 
 int CByte2Fep::byte2YxItem(const char* buf, int size, YxItem& item)
 {
-    if (size < 24)
-        return 0;
-    CByteReader in(buf, size);
-    item.itemId = in.takeInt();
-    if (!in.takeText(item.text1) || !in.takeText(item.text2) || !in.takeText(item.text3) || in.left() < 18)
-        return 0;
-    item.flag1 = in.take8();
-    item.word1 = in.takeInt();
-    item.word2 = in.takeInt();
-    item.flag2 = in.take8();
-    item.word3 = in.takeInt();
-    item.flag3 = in.take8();
-    item.flag4 = in.take8();
-    item.flag5 = in.take8();
-    item.flag6 = in.take8();
-    if (!in.takeText(item.text4))
-        return 0;
-    return in.used();
+    CRecordReader in(buf, size);
+    return walk(in, item) ? in.used() : 0;
 }
 
 void CByte2Fep::yxItems2Byte(const std::vector<YxItem>& list, QByteArray& data)
@@ -314,78 +212,36 @@ int CByte2Fep::byte2YxItems(const char* buf, int size, std::vector<YxItem>& list
 {
     if (size < 4)
         return 0;
-    CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(appendedSize(first, in.take32()));
+    list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return 0;
+    int pos = 4;
     for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2YxItem(in.here(), in.left(), list[i])))
+        const int used = byte2YxItem(buf + pos, size - pos, list[i]);
+        if (used == 0)
             return 0;
+        pos += used;
     }
     return 1;
 }
 
-// --- Items without a reading of their own -------------------------------------------------------------------------
+// --- YdItem ---
 
 void CByte2Fep::ydItem2Byte(const YdItem& item, QByteArray& data)
 {
-    reserveRecord(data);
-    data.append(item.flag1);
-    int2Byte(item.itemId, data);
-    str2Byte(item.text1, data);
-    str2Byte(item.text2, data);
-    str2Byte(item.text3, data);
-    str2Byte(item.text4, data);
-    {
-        CByteWriter out(data, 42);
-        out.put8(item.flag2);
-        out.put8(item.flag3);
-        out.putInt(item.word1);
-        out.putInt(item.word2);
-        out.put8(item.flag4);
-        out.put8(item.flag5);
-        out.put8(item.flag6);
-        out.put8(item.flag7);
-        out.putFloat(item.float1);
-        out.putFloat(item.float2);
-        out.putInt(item.word3);
-        out.putFloat(item.float3);
-        out.putFloat(item.float4);
-        out.putInt(item.word4);
-        out.putInt(item.word5);
-    }
-    str2Byte(item.text5, data);
+    QByteArray texts[5];
+    CRecordSize size(texts);
+    walk(size, const_cast<YdItem&>(item));
+    reserveMore(data, recordRoom);
+    CRecordWriter out(grow(data, size.bytes()), texts);
+    walk(out, const_cast<YdItem&>(item));
 }
 
 int CByte2Fep::byte2YdItem(const char* buf, int size, YdItem& item)
 {
-    if (size < 48)
-        return 0;
-    CByteReader in(buf, size);
-    item.flag1 = in.take8();
-    item.itemId = in.takeInt();
-    if (!in.takeText(item.text1) || !in.takeText(item.text2) || !in.takeText(item.text3) || !in.takeText(item.text4) ||
-        in.left() < 42)
-        return 0;
-    item.flag2 = in.take8();
-    item.flag3 = in.take8();
-    item.word1 = in.takeInt();
-    item.word2 = in.takeInt();
-    item.flag4 = in.take8();
-    item.flag5 = in.take8();
-    item.flag6 = in.take8();
-    item.flag7 = in.take8();
-    item.float1 = in.takeFloat();
-    item.float2 = in.takeFloat();
-    item.word3 = in.takeInt();
-    item.float3 = in.takeFloat();
-    item.float4 = in.takeFloat();
-    item.word4 = in.takeInt();
-    item.word5 = in.takeInt();
-    if (!in.takeText(item.text5))
-        return 0;
-    return in.used();
+    CRecordReader in(buf, size);
+    return walk(in, item) ? in.used() : 0;
 }
 
 void CByte2Fep::ydItems2Byte(const std::vector<YdItem>& list, QByteArray& data)
@@ -399,52 +255,35 @@ int CByte2Fep::byte2YdItems(const char* buf, int size, std::vector<YdItem>& list
 {
     if (size < 4)
         return 0;
-    CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(appendedSize(first, in.take32()));
+    list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return 0;
+    int pos = 4;
     for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2YdItem(in.here(), in.left(), list[i])))
+        const int used = byte2YdItem(buf + pos, size - pos, list[i]);
+        if (used == 0)
             return 0;
+        pos += used;
     }
     return 1;
 }
 
-// --- Signals with an integer value --------------------------------------------------------------------------------
+// --- YbItem ---
 
-// Deliberately without the reservation, and with flag1, which the reader does not know.
 void CByte2Fep::ybItem2Byte(const YbItem& item, QByteArray& data)
 {
-    int2Byte(item.itemId, data);
-    str2Byte(item.text1, data);
-    str2Byte(item.text2, data);
-    str2Byte(item.text3, data);
-    {
-        CByteWriter out(data, 10);
-        out.put8(item.flag1);
-        out.putInt(item.word1);
-        out.putInt(item.word2);
-        out.put8(item.flag2);
-    }
-    str2Byte(item.text4, data);
+    QByteArray texts[4];
+    CRecordSize size(texts);
+    walk(size, const_cast<YbItem&>(item));
+    CRecordWriter out(grow(data, size.bytes()), texts);
+    walk(out, const_cast<YbItem&>(item));
 }
 
-// Deliberately off the writer by its flag1: each field behind the third text is taken one byte earlier.
 int CByte2Fep::byte2YbItem(const char* buf, int size, YbItem& item)
 {
-    if (size < 21)
-        return 0;
-    CByteReader in(buf, size);
-    item.itemId = in.takeInt();
-    if (!in.takeText(item.text1) || !in.takeText(item.text2) || !in.takeText(item.text3) || in.left() < 11)
-        return 0;
-    item.word1 = in.takeInt();
-    item.word2 = in.takeInt();
-    item.flag2 = in.take8();
-    if (!in.takeText(item.text4))
-        return 0;
-    return in.used();
+    CRecordReader in(buf, size);
+    return walk(in, item) ? in.used() : 0;
 }
 
 void CByte2Fep::ybItems2Byte(const std::vector<YbItem>& list, QByteArray& data)
@@ -458,14 +297,16 @@ int CByte2Fep::byte2YbItems(const char* buf, int size, std::vector<YbItem>& list
 {
     if (size < 4)
         return 0;
-    CByteReader in(buf, size);
     const size_t first = list.size();
-    list.resize(appendedSize(first, in.take32()));
+    list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return 0;
+    int pos = 4;
     for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2YbItem(in.here(), in.left(), list[i])))
+        const int used = byte2YbItem(buf + pos, size - pos, list[i]);
+        if (used == 0)
             return 0;
+        pos += used;
     }
     return 1;
 }

@@ -1,6 +1,7 @@
 #include "byte2Rdb.h"
 
-#include "byteCursor.h"
+#include "byteRoom.h"
+#include "byteText.h"
 
 #include <QDateTime>
 
@@ -175,12 +176,12 @@ int CByte2Rdb::blob2Property(const char* buf, int size, PropertyData& property)
 
 static void putObjectWords(const ObjectData& object, QByteArray& data)
 {
-    CByteWriter out(data, 17);
-    out.put8(0); // a place that readers skip
-    out.putInt(object.word1);
-    out.putInt(object.word2);
-    out.putInt(object.word3);
-    out.putInt(object.word4);
+    char* at = grow(data, 17);
+    at[0] = 0; // a byte that readers skip
+    store32(static_cast<unsigned int>(object.word1), at + 1);
+    store32(static_cast<unsigned int>(object.word2), at + 5);
+    store32(static_cast<unsigned int>(object.word3), at + 9);
+    store32(static_cast<unsigned int>(object.word4), at + 13);
 }
 
 static void takeObjectWords(const char* buf, ObjectData& object)

@@ -1,56 +1,38 @@
 #include "byte2Rdb.h"
 
-#include "byteCursor.h"
+#include "byteRoom.h"
 #include "floatRealItem.h"
 #include "listCount.h"
+#include "rdbFields.h"
 
 namespace gqdb {
 
-// A list is tested once for its whole size and then read at a fixed stride.
+// A list is tested once for its whole size, in 32 bits as promised and then in 64. The buffer is read only if both tests
+// pass, and through a pointer to the items: a byte that is stored might be part of the vector, for all the compiler
+// knows, so that a loop over the vector would ask for its size and its items each time.
 
-// `inline` pays: the fields then go straight into the array, in the list writers too.
-static inline void put(CByteWriter& out, const FloatRealData& record)
-{
-    out.put32(record.pointId);
-    out.putFloat(record.value);
-    out.put32(record.stamp1);
-    out.put32(record.stamp2);
-    out.put8(record.flag2); // ahead of flag1 in the float records
-    out.put8(record.flag1);
-}
-
-static inline void take(CByteReader& in, FloatRealData& record)
-{
-    record.pointId = in.take32();
-    record.value = in.takeFloat();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.flag2 = in.take8();
-    record.flag1 = in.take8();
-}
+// --- FloatRealData ---
 
 void CByte2Rdb::floatRealData2Byte(const FloatRealData& record, QByteArray& data)
 {
-    CByteWriter out(data, 18);
-    put(out, record);
+    CRecordWriter out(grow(data, 18));
+    walk(out, const_cast<FloatRealData&>(record));
 }
 
 int CByte2Rdb::byte2FloatRealData(const char* buf, int size, FloatRealData& record)
 {
     if (size < 18)
         return -5;
-    CByteReader in(buf, size);
-    take(in, record);
+    CRecordReader in(buf, size);
+    walk(in, record);
     return 18;
 }
 
 void CByte2Rdb::floatRealDatas2Byte(const std::vector<FloatRealData>& list, QByteArray& data)
 {
-    CByteWriter out(data, 18, list.size());
-    for (const FloatRealData& record : list) {
-        const FloatRealItem item(record);
-        out.putBytes(item.bytes, sizeof item.bytes);
-    }
+    auto* item = reinterpret_cast<FloatRealItem*>(beginList(data, 18, list.size()));
+    for (const FloatRealData& record : list)
+        *item++ = record;
 }
 
 int CByte2Rdb::byte2FloatRealDatas(const char* buf, int size, std::vector<FloatRealData>& list)
@@ -68,436 +50,305 @@ int CByte2Rdb::byte2FloatRealDatas(const char* buf, int size, std::vector<FloatR
     return 1;
 }
 
-static inline void put(CByteWriter& out, const FloatData& record)
-{
-    out.putFloat(record.value);
-    out.put32(record.stamp1);
-    out.put32(record.stamp2);
-    out.put8(record.flag2); // ahead of flag1 in the float records
-    out.put8(record.flag1);
-}
-
-static inline void take(CByteReader& in, FloatData& record)
-{
-    record.value = in.takeFloat();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.flag2 = in.take8();
-    record.flag1 = in.take8();
-}
+// --- FloatData ---
 
 void CByte2Rdb::floatData2Byte(const FloatData& record, QByteArray& data)
 {
-    CByteWriter out(data, 14);
-    put(out, record);
+    CRecordWriter out(grow(data, 14));
+    walk(out, const_cast<FloatData&>(record));
 }
 
 int CByte2Rdb::byte2FloatData(const char* buf, int size, FloatData& record)
 {
     if (size < 14)
         return -5;
-    CByteReader in(buf, size);
-    take(in, record);
+    CRecordReader in(buf, size);
+    walk(in, record);
     return 14;
 }
 
 void CByte2Rdb::floatDatas2Byte(const std::vector<FloatData>& list, QByteArray& data)
 {
-    CByteWriter out(data, 14, list.size());
+    CRecordWriter out(beginList(data, 14, list.size()));
     for (const FloatData& record : list)
-        put(out, record);
+        walk(out, const_cast<FloatData&>(record));
 }
 
 int CByte2Rdb::byte2FloatDatas(const char* buf, int size, std::vector<FloatData>& list)
 {
     if (size < 18 || size < wrappedNeed(load32(buf), 14))
         return -5;
-    CByteReader in(buf, size);
-    const unsigned int count = in.take32();
+    const unsigned int count = load32(buf);
     const size_t first = list.size();
     list.resize(appendedSize(first, count));
     if (list.size() < first || !holdsItems(size, count, 14))
         return -5;
-    for (size_t i = first; i < list.size(); ++i)
-        take(in, list[i]);
+    CRecordReader in(buf + 4, size - 4);
+    FloatData* const items = list.data() + first;
+    for (unsigned int i = 0; i < count; ++i)
+        walk(in, items[i]);
     return 1;
 }
 
-static inline void put(CByteWriter& out, const BoolRealData& record)
-{
-    out.put32(record.pointId);
-    out.put8(record.value);
-    out.put32(record.stamp1);
-    out.put32(record.stamp2);
-    out.put8(record.flag1);
-}
-
-static inline void take(CByteReader& in, BoolRealData& record)
-{
-    record.pointId = in.take32();
-    record.value = in.take8();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.flag1 = in.take8();
-}
+// --- BoolRealData ---
 
 void CByte2Rdb::boolRealData2Byte(const BoolRealData& record, QByteArray& data)
 {
-    CByteWriter out(data, 14);
-    put(out, record);
+    CRecordWriter out(grow(data, 14));
+    walk(out, const_cast<BoolRealData&>(record));
 }
 
 int CByte2Rdb::byte2BoolRealData(const char* buf, int size, BoolRealData& record)
 {
     if (size < 14)
         return -5;
-    CByteReader in(buf, size);
-    take(in, record);
+    CRecordReader in(buf, size);
+    walk(in, record);
     return 14;
 }
 
 void CByte2Rdb::boolRealDatas2Byte(const std::vector<BoolRealData>& list, QByteArray& data)
 {
-    CByteWriter out(data, 14, list.size());
+    CRecordWriter out(beginList(data, 14, list.size()));
     for (const BoolRealData& record : list)
-        put(out, record);
+        walk(out, const_cast<BoolRealData&>(record));
 }
 
 int CByte2Rdb::byte2BoolRealDatas(const char* buf, int size, std::vector<BoolRealData>& list)
 {
     if (size < 18 || size < wrappedNeed(load32(buf), 14))
         return -5;
-    CByteReader in(buf, size);
-    const int count = in.takeInt(); // signed in the bool lists, as is the new size: a negative one shrinks the list
+    const int count = static_cast<int>(load32(buf)); // signed in the bool lists, as is the new size: a list can shrink
     const size_t first = list.size();
     list.resize(static_cast<size_t>(static_cast<int>(first + static_cast<size_t>(count))));
     if (count <= 0)
         return 1;
     if (!holdsItems(size, static_cast<unsigned int>(count), 14))
         return -5;
-    for (size_t i = first; i < list.size(); ++i)
-        take(in, list[i]);
+    CRecordReader in(buf + 4, size - 4);
+    BoolRealData* const items = list.data() + first;
+    for (int i = 0; i < count; ++i)
+        walk(in, items[i]);
     return 1;
 }
 
-static inline void put(CByteWriter& out, const BoolData& record)
-{
-    out.put8(record.value);
-    out.put32(record.stamp1);
-    out.put32(record.stamp2);
-    out.put8(record.flag1);
-}
-
-static inline void take(CByteReader& in, BoolData& record)
-{
-    record.value = in.take8();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.flag1 = in.take8();
-}
+// --- BoolData ---
 
 void CByte2Rdb::boolData2Byte(const BoolData& record, QByteArray& data)
 {
-    CByteWriter out(data, 10);
-    put(out, record);
+    CRecordWriter out(grow(data, 10));
+    walk(out, const_cast<BoolData&>(record));
 }
 
 int CByte2Rdb::byte2BoolData(const char* buf, int size, BoolData& record)
 {
     if (size < 10)
         return -5;
-    CByteReader in(buf, size);
-    take(in, record);
+    CRecordReader in(buf, size);
+    walk(in, record);
     return 10;
 }
 
 void CByte2Rdb::boolDatas2Byte(const std::vector<BoolData>& list, QByteArray& data)
 {
-    CByteWriter out(data, 10, list.size());
+    CRecordWriter out(beginList(data, 10, list.size()));
     for (const BoolData& record : list)
-        put(out, record);
+        walk(out, const_cast<BoolData&>(record));
 }
 
 int CByte2Rdb::byte2BoolDatas(const char* buf, int size, std::vector<BoolData>& list)
 {
-    if (size < 18 || size < wrappedNeed(load32(buf), 10)) // so that one item in its 14 bytes is refused
+    if (size < 18 || size < wrappedNeed(load32(buf), 10)) // one item in its 14 bytes is refused too
         return -5;
-    CByteReader in(buf, size);
-    const int count = in.takeInt(); // signed in the bool lists, as is the new size: a negative one shrinks the list
+    const int count = static_cast<int>(load32(buf)); // signed in the bool lists, as is the new size: a list can shrink
     const size_t first = list.size();
     list.resize(static_cast<size_t>(static_cast<int>(first + static_cast<size_t>(count))));
     if (count <= 0)
         return 1;
     if (!holdsItems(size, static_cast<unsigned int>(count), 10))
         return -5;
-    for (size_t i = first; i < list.size(); ++i)
-        take(in, list[i]);
+    CRecordReader in(buf + 4, size - 4);
+    BoolData* const items = list.data() + first;
+    for (int i = 0; i < count; ++i)
+        walk(in, items[i]);
     return 1;
 }
 
-static inline void put(CByteWriter& out, const IntRealData& record)
-{
-    out.put32(record.pointId);
-    out.putInt(record.value);
-    out.put32(record.stamp1);
-    out.put32(record.stamp2);
-    out.put8(record.flag1);
-    out.put8(record.flag2);
-}
-
-static inline void take(CByteReader& in, IntRealData& record)
-{
-    record.pointId = in.take32();
-    record.value = in.takeInt();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.flag1 = in.take8();
-    record.flag2 = in.take8();
-}
+// --- IntRealData ---
 
 void CByte2Rdb::intRealData2Byte(const IntRealData& record, QByteArray& data)
 {
-    CByteWriter out(data, 18);
-    put(out, record);
+    CRecordWriter out(grow(data, 18));
+    walk(out, const_cast<IntRealData&>(record));
 }
 
 int CByte2Rdb::byte2IntRealData(const char* buf, int size, IntRealData& record)
 {
     if (size < 18)
         return -5;
-    CByteReader in(buf, size);
-    take(in, record);
+    CRecordReader in(buf, size);
+    walk(in, record);
     return 18;
 }
 
 void CByte2Rdb::intRealDatas2Byte(const std::vector<IntRealData>& list, QByteArray& data)
 {
-    CByteWriter out(data, 18, list.size());
+    CRecordWriter out(beginList(data, 18, list.size()));
     for (const IntRealData& record : list)
-        put(out, record);
+        walk(out, const_cast<IntRealData&>(record));
 }
 
 int CByte2Rdb::byte2IntRealDatas(const char* buf, int size, std::vector<IntRealData>& list)
 {
     if (size < 22 || size < wrappedNeed(load32(buf), 18))
         return -5;
-    CByteReader in(buf, size);
-    const unsigned int count = in.take32();
+    const unsigned int count = load32(buf);
     const size_t first = list.size();
     list.resize(appendedSize(first, count));
     if (list.size() < first || !holdsItems(size, count, 18))
         return -5;
-    for (size_t i = first; i < list.size(); ++i)
-        take(in, list[i]);
+    CRecordReader in(buf + 4, size - 4);
+    IntRealData* const items = list.data() + first;
+    for (unsigned int i = 0; i < count; ++i)
+        walk(in, items[i]);
     return 1;
 }
 
-static inline void put(CByteWriter& out, const IntData& record)
-{
-    out.putInt(record.value);
-    out.put32(record.stamp1);
-    out.put32(record.stamp2);
-    out.put8(record.flag1);
-    out.put8(record.flag2);
-}
-
-static inline void take(CByteReader& in, IntData& record)
-{
-    record.value = in.takeInt();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.flag1 = in.take8();
-    record.flag2 = in.take8();
-}
+// --- IntData ---
 
 void CByte2Rdb::intData2Byte(const IntData& record, QByteArray& data)
 {
-    CByteWriter out(data, 14);
-    put(out, record);
+    CRecordWriter out(grow(data, 14));
+    walk(out, const_cast<IntData&>(record));
 }
 
 int CByte2Rdb::byte2IntData(const char* buf, int size, IntData& record)
 {
     if (size < 14)
         return -5;
-    CByteReader in(buf, size);
-    take(in, record);
+    CRecordReader in(buf, size);
+    walk(in, record);
     return 14;
 }
 
 void CByte2Rdb::intDatas2Byte(const std::vector<IntData>& list, QByteArray& data)
 {
-    CByteWriter out(data, 14, list.size());
+    CRecordWriter out(beginList(data, 14, list.size()));
     for (const IntData& record : list)
-        put(out, record);
+        walk(out, const_cast<IntData&>(record));
 }
 
 int CByte2Rdb::byte2IntDatas(const char* buf, int size, std::vector<IntData>& list)
 {
     if (size < 18 || size < wrappedNeed(load32(buf), 14))
         return -5;
-    CByteReader in(buf, size);
-    const unsigned int count = in.take32();
+    const unsigned int count = load32(buf);
     const size_t first = list.size();
     list.resize(appendedSize(first, count));
     if (list.size() < first || !holdsItems(size, count, 14))
         return -5;
-    for (size_t i = first; i < list.size(); ++i)
-        take(in, list[i]);
+    CRecordReader in(buf + 4, size - 4);
+    IntData* const items = list.data() + first;
+    for (unsigned int i = 0; i < count; ++i)
+        walk(in, items[i]);
     return 1;
 }
 
-static inline void put(CByteWriter& out, const PointRealData& record)
-{
-    out.put8(record.pointKind);
-    out.put32(record.pointId);
-    out.putDouble(record.value);
-    out.put32(record.intValue);
-    out.put32(record.stamp1);
-    out.put32(record.stamp2);
-    out.put8(record.flag1);
-    out.put8(record.flag2);
-}
-
-static inline void take(CByteReader& in, PointRealData& record)
-{
-    record.pointKind = in.take8();
-    record.pointId = in.take32();
-    record.value = in.takeDouble();
-    record.intValue = in.take32();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.flag1 = in.take8();
-    record.flag2 = in.take8();
-}
+// --- PointRealData ---
 
 void CByte2Rdb::pointRealData2Byte(const PointRealData& record, QByteArray& data)
 {
-    CByteWriter out(data, 27);
-    put(out, record);
+    CRecordWriter out(grow(data, 27));
+    walk(out, const_cast<PointRealData&>(record));
 }
 
 int CByte2Rdb::byte2PointRealData(const char* buf, int size, PointRealData& record)
 {
     if (size < 27)
         return -5;
-    CByteReader in(buf, size);
-    take(in, record);
+    CRecordReader in(buf, size);
+    walk(in, record);
     return 27;
 }
 
 void CByte2Rdb::pointRealDatas2Byte(const std::vector<PointRealData>& list, QByteArray& data)
 {
-    CByteWriter out(data, 27, list.size());
+    CRecordWriter out(beginList(data, 27, list.size()));
     for (const PointRealData& record : list)
-        put(out, record);
+        walk(out, const_cast<PointRealData&>(record));
 }
 
 int CByte2Rdb::byte2PointRealDatas(const char* buf, int size, std::vector<PointRealData>& list)
 {
     if (size < 4 || size < wrappedNeed(load32(buf), 27))
         return -5;
-    CByteReader in(buf, size);
-    const unsigned int count = in.take32();
+    const unsigned int count = load32(buf);
     const size_t first = list.size();
     list.resize(appendedSize(first, count));
     if (list.size() < first || !holdsItems(size, count, 27))
         return -5;
-    for (size_t i = first; i < list.size(); ++i)
-        take(in, list[i]);
+    CRecordReader in(buf + 4, size - 4);
+    PointRealData* const items = list.data() + first;
+    for (unsigned int i = 0; i < count; ++i)
+        walk(in, items[i]);
     return 1;
 }
 
-static inline void put(CByteWriter& out, const BlobDataInfo& record)
-{
-    out.put32(record.pointId);
-    out.put32(record.stamp1);
-    out.put32(record.stamp2);
-    out.put32(record.word4);
-    out.put8(record.flag1);
-    out.put8(record.flag2);
-}
-
-static inline void take(CByteReader& in, BlobDataInfo& record)
-{
-    record.pointId = in.take32();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.word4 = in.take32();
-    record.flag1 = in.take8();
-    record.flag2 = in.take8();
-}
+// --- BlobDataInfo ---
 
 void CByte2Rdb::blobDataInfo2Byte(const BlobDataInfo& record, QByteArray& data)
 {
-    CByteWriter out(data, 18);
-    put(out, record);
+    CRecordWriter out(grow(data, 18));
+    walk(out, const_cast<BlobDataInfo&>(record));
 }
 
 int CByte2Rdb::byte2BlobDataInfo(const char* buf, int size, BlobDataInfo& record)
 {
     if (size < 18)
         return -5;
-    CByteReader in(buf, size);
-    take(in, record);
+    CRecordReader in(buf, size);
+    walk(in, record);
     return 18;
 }
 
 void CByte2Rdb::blobDataInfos2Byte(const std::vector<BlobDataInfo>& list, QByteArray& data)
 {
-    CByteWriter out(data, 18, list.size());
+    CRecordWriter out(beginList(data, 18, list.size()));
     for (const BlobDataInfo& record : list)
-        put(out, record);
+        walk(out, const_cast<BlobDataInfo&>(record));
 }
 
 int CByte2Rdb::byte2BlobDataInfos(const char* buf, int size, std::vector<BlobDataInfo>& list)
 {
     if (size < 4 || size < wrappedNeed(load32(buf), 18))
         return -5;
-    CByteReader in(buf, size);
-    const unsigned int count = in.take32();
+    const unsigned int count = load32(buf);
     const size_t first = list.size();
     list.resize(appendedSize(first, count));
     if (list.size() < first || !holdsItems(size, count, 18))
         return -5;
-    for (size_t i = first; i < list.size(); ++i)
-        take(in, list[i]);
+    CRecordReader in(buf + 4, size - 4);
+    BlobDataInfo* const items = list.data() + first;
+    for (unsigned int i = 0; i < count; ++i)
+        walk(in, items[i]);
     return 1;
 }
 
+// --- BlobRealData ---
+
 void CByte2Rdb::blobRealData2Byte(const BlobRealData& record, QByteArray& data)
 {
-    {
-        CByteWriter out(data, 18);
-        out.put32(record.pointId);
-        out.put32(record.stamp1);
-        out.put32(record.stamp2);
-        out.put8(record.flag1);
-        out.put8(record.flag2);
-        out.put32(static_cast<unsigned int>(record.bytes.size()));
-    }
-    const long long length = static_cast<long long>(record.bytes.size());
-    reserveMore(data, length);
-    CByteWriter out(data, length);
-    out.putBytes(record.bytes.data(), record.bytes.size());
+    CRecordSize size;
+    walk(size, const_cast<BlobRealData&>(record));
+    reserveMore(data, size.bytes());
+    CRecordWriter out(grow(data, size.bytes()));
+    walk(out, const_cast<BlobRealData&>(record));
 }
 
 int CByte2Rdb::byte2BlobRealData(const char* buf, int size, BlobRealData& record)
 {
-    if (size < 18)
-        return -5;
-    CByteReader in(buf, size);
-    record.pointId = in.take32();
-    record.stamp1 = in.take32();
-    record.stamp2 = in.take32();
-    record.flag1 = in.take8();
-    record.flag2 = in.take8();
-    const int length = in.takeInt();
-    if (length > size - 18)
-        return -5;
-    record.bytes.resize(static_cast<size_t>(length)); // a negative length passes the test and fails in the vector
-    in.takeBytes(record.bytes.data(), record.bytes.size());
-    return in.used();
+    CRecordReader in(buf, size);
+    return walk(in, record) ? in.used() : -5;
 }
 
 void CByte2Rdb::blobRealDatas2Byte(const std::vector<BlobRealData>& list, QByteArray& data)
@@ -511,40 +362,31 @@ int CByte2Rdb::byte2BlobRealDatas(const char* buf, int size, std::vector<BlobRea
 {
     if (size < 4 || size < wrappedNeed(load32(buf), 18))
         return -5;
-    CByteReader in(buf, size);
-    const unsigned int count = in.take32();
     const size_t first = list.size();
-    list.resize(appendedSize(first, count));
+    list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return -5;
+    CRecordReader in(buf + 4, size - 4);
     for (size_t i = first; i < list.size(); ++i) {
-        if (!in.skip(byte2BlobRealData(in.here(), in.left(), list[i])))
-            return -3; // the list stays as it is, unlike the definitions'
+        if (!walk(in, list[i]))
+            return -3; // the list stays as it is, unlike that of a definition
     }
     return 1;
 }
+
+// --- BlobData ---
 
 int CByte2Rdb::blob2List(const char* buf, int size, std::vector<BlobData>& list)
 {
     if (size < 18)
         return -1;
-    CByteReader in(buf, size);
-    const int count = in.takeInt();
-    list.resize(static_cast<size_t>(count)); // a negative count fails here
+    list.resize(static_cast<size_t>(static_cast<int>(load32(buf)))); // a negative count fails here
+    CRecordReader in(buf + 4, size - 4);
     for (BlobData& item : list) {
-        if (in.left() < 14)
+        if (!walk(in, item))
             return -1;
-        item.stamp1 = in.take32();
-        item.stamp2 = in.take32();
-        item.flag1 = in.take8();
-        item.flag2 = in.take8();
-        const int length = in.takeInt();
-        if (length > in.left())
-            return -1;
-        item.bytes.resize(static_cast<size_t>(length)); // as does a negative length
-        in.takeBytes(item.bytes.data(), item.bytes.size());
     }
-    return in.used();
+    return 4 + in.used();
 }
 
 } // namespace gqdb

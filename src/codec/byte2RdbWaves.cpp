@@ -1,6 +1,6 @@
 #include "byte2Rdb.h"
 
-#include "byteCursor.h"
+#include "byteOrder.h"
 #include "samples.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #include "byte2Val.h"
 
-#include "byteCursor.h"
+#include "byteRoom.h"
+#include "byteText.h"
 
 namespace gqdb {
 

@@ -1,6 +1,7 @@
 #include "byte2Val.h"
 
-#include "byteCursor.h"
+#include "byteOrder.h"
+#include "byteRoom.h"
 #include "listCount.h"
 #include "samples.h"
 
@@ -10,12 +11,7 @@ namespace gqdb {
 
 void CByte2Val::list2Byte(const std::vector<int>& list, QByteArray& data)
 {
-    const long long size = 4 + 4 * static_cast<long long>(list.size());
-    reserveMore(data, size);
-    CByteWriter out(data, size);
-    out.put32(static_cast<unsigned int>(list.size()));
-    for (const int value : list)
-        out.putInt(value);
+    ints2Buffer(list, beginList(data, 4, list.size()));
 }
 
 void CByte2Val::list2Byte(const std::vector<int>& list, char* buf)
@@ -41,9 +37,9 @@ void CByte2Val::list2Byte(const std::vector<double>& list, char* buf)
 
 void CByte2Val::list2Byte(const std::vector<unsigned char>& list, QByteArray& data)
 {
-    CByteWriter out(data, 4 + static_cast<long long>(list.size()));
-    out.put32(static_cast<unsigned int>(list.size()));
-    out.putBytes(list.data(), list.size());
+    char* const at = growList(data, list.size(), static_cast<long long>(list.size()));
+    if (!list.empty())
+        std::memcpy(at, list.data(), list.size());
 }
 
 int CByte2Val::byte2List(const char* buf, int len, std::vector<int>& out)

@@ -1,6 +1,6 @@
 #include "byte2Val.h"
 
-#include "byteCursor.h"
+#include "byteOrder.h"
 
 #include <algorithm>
 #include <climits>

@@ -22,13 +22,18 @@ void putCount(size_t count, QByteArray& data)
     store32(static_cast<unsigned int>(count), grow(data, 4));
 }
 
-char* beginList(QByteArray& data, int itemSize, size_t count)
+char* growList(QByteArray& data, size_t count, long long size)
 {
-    const long long size = 4 + itemSize * static_cast<long long>(count);
-    reserveMore(data, size);
-    char* const at = grow(data, size);
+    char* const at = grow(data, 4 + size);
     store32(static_cast<unsigned int>(count), at);
     return at + 4;
+}
+
+char* beginList(QByteArray& data, int itemSize, size_t count)
+{
+    const long long size = itemSize * static_cast<long long>(count);
+    reserveMore(data, 4 + size);
+    return growList(data, count, size);
 }
 
 } // namespace gqdb

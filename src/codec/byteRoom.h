@@ -18,6 +18,9 @@ char* grow(QByteArray& data, long long count);
 // Grows by a list's count and writes it: the low 32 bits of `count`.
 void putCount(size_t count, QByteArray& data);
 
+// Grows by a list of `count` items, `size` bytes altogether, and writes the count. Returns the first byte of the items.
+char* growList(QByteArray& data, size_t count, long long size);
+
 // Reserves and grows by a list of `count` items of `itemSize` bytes, and writes the count. Returns the first byte of
 // the items.
 char* beginList(QByteArray& data, int itemSize, size_t count);

@@ -2,6 +2,20 @@
 
 namespace gqdb {
 
+long long textSize(const QString& text, QByteArray& utf8)
+{
+    utf8 = text.toUtf8();
+    return 2 + static_cast<long long>(utf8.size());
+}
+
+char* putText(const QByteArray& utf8, char* to)
+{
+    const auto size = static_cast<size_t>(utf8.size());
+    store16(static_cast<unsigned int>(size), to);
+    std::memcpy(to + 2, utf8.constData(), size);
+    return to + 2 + size;
+}
+
 static bool holdsString(const char* buf, int len)
 {
     return len >= 2 && len >= 2 + static_cast<int>(load16(buf));

@@ -3,6 +3,7 @@
 #include "byteOrder.h"
 #include "shortText.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <string>
@@ -22,6 +23,12 @@ inline long long textSize(const std::string& text)
 {
     return 2 + static_cast<long long>(writtenBytes(text));
 }
+
+// The same of a text that is written as UTF-8, which is stored in `utf8`.
+long long textSize(const QString& text, QByteArray& utf8);
+
+// Writes such a text. Returns the byte after it.
+char* putText(const QByteArray& utf8, char* to);
 
 // Reads a string from `len` bytes. Returns the bytes consumed, L + 2; or 0 if it is not whole, with `out` unchanged.
 //   appendString  appends to `out`

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "byteOrder.h"
-#include "rdbRecords.h"
+#include "rdbFields.h"
 
 #include <cstddef>
 
@@ -18,7 +17,7 @@ namespace gqdb {
 struct FloatRealItem {
     char bytes[18];
 
-    explicit FloatRealItem(const FloatRealData& record);
+    void operator=(const FloatRealData& record);
     operator FloatRealData() const;
 };
 
@@ -27,7 +26,7 @@ static_assert(offsetof(FloatRealData, stamp1) == 4 && offsetof(FloatRealData, va
 
 #if defined(__SSE2__) && !defined(GQLIB_PLAIN_FORMS)
 
-inline FloatRealItem::FloatRealItem(const FloatRealData& record)
+inline void FloatRealItem::operator=(const FloatRealData& record)
 {
     const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(&record));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm_shuffle_epi32(words, _MM_SHUFFLE(2, 1, 3, 0)));
@@ -47,25 +46,17 @@ inline FloatRealItem::operator FloatRealData() const
 
 #else
 
-inline FloatRealItem::FloatRealItem(const FloatRealData& record)
+inline void FloatRealItem::operator=(const FloatRealData& record)
 {
-    store32(record.pointId, bytes);
-    store32(floatImage(record.value), bytes + 4);
-    store32(record.stamp1, bytes + 8);
-    store32(record.stamp2, bytes + 12);
-    bytes[16] = record.flag2;
-    bytes[17] = record.flag1;
+    CRecordWriter out(bytes);
+    walk(out, const_cast<FloatRealData&>(record));
 }
 
 inline FloatRealItem::operator FloatRealData() const
 {
     FloatRealData record;
-    record.pointId = load32(bytes);
-    record.value = imageFloat(load32(bytes + 4));
-    record.stamp1 = load32(bytes + 8);
-    record.stamp2 = load32(bytes + 12);
-    record.flag2 = bytes[16];
-    record.flag1 = bytes[17];
+    CRecordReader in(bytes, sizeof bytes);
+    walk(in, record);
     return record;
 }
 

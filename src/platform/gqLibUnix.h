@@ -70,8 +70,8 @@ protected:
 // Holds a mutex for its lifetime. The mutex is not owned, and must not be null.
 class GQLIB_EXPORT CMutexLocker {
 public:
-    explicit CMutexLocker(CMutex* mutexToLock); // locks
-    ~CMutexLocker();                            // unlocks
+    CMutexLocker(CMutex* mutexToLock); // locks
+    ~CMutexLocker();                   // unlocks
     CMutexLocker(const CMutexLocker&) = delete;
     CMutexLocker& operator=(const CMutexLocker&) = delete;
 

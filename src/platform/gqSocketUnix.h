@@ -5,6 +5,9 @@
 #include <string>
 #include <vector>
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // a virtual destructor would add slots to the vtables
+
 // Network endpoints, thin over the POSIX socket calls: no loop, no retry on EINTR, IPv4 only; each connect, send, recv,
 // accept and wait is one system call. Nothing is thrown but by a failed allocation. errno is left as the call set it.
 //
@@ -301,3 +304,5 @@ public:
     // Harmless when not open.
     void close() override;
 };
+
+#pragma GCC diagnostic pop

@@ -175,7 +175,7 @@ struct UdpApiUser : CUdpAPI {
     virtual void next() {}
 };
 
-TEST(ApiSlots, holdTheTwoTimeOuts)
+TEST(ApiSlots, containTheTwoTimeOuts)
 {
     EXPECT_EQ(slot(&CSocketAPI::setRecvOverTm), 0);
     EXPECT_EQ(slot(&CSocketAPI::setSendOverTm), 1);
@@ -214,7 +214,7 @@ struct SocketCanUser : CSocketCan {
     virtual void next() {}
 };
 
-TEST(EndpointSlots, holdTheTwoTimeOutsAndClose)
+TEST(EndpointSlots, containTheTwoTimeOutsAndClose)
 {
     EXPECT_EQ(slot(&CAbstractSocket::setRecvOverTm), 0);
     EXPECT_EQ(slot(&CAbstractSocket::setSendOverTm), 1);
@@ -235,7 +235,7 @@ struct ThreadUser : CThread {
     virtual void next() {}
 };
 
-TEST(ThreadSlots, holdTheDestructorInItsTwoFormsAndRun)
+TEST(ThreadSlots, containBothFormsOfTheDestructorAndRun)
 {
     EXPECT_EQ(slot(&CThread::run), 2);
     EXPECT_EQ(slot(&ThreadUser::next), 3);

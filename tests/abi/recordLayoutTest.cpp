@@ -249,7 +249,7 @@ AT(BlobWaveHead, sampleCount, 48);
 AT(BlobWaveHead, markCount, 52);
 AT(BlobWaveHead, headFill2, 56);
 
-// --- Records of the front-end processors -----------------------------------------------------------------------------
+// --- Records of the front-end processors ----------------------------------------------------------------------------
 
 static_assert(sizeof(NodeHead) == 88);
 AT(NodeHead, nodeId, 0);

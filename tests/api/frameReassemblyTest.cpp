@@ -42,7 +42,7 @@ static QByteArray frameWith(const QByteArray& lengthField, const QByteArray& bod
     return "68"_hex + lengthField + "0000 0000 10"_hex + body;
 }
 
-// --- Hunting for the start byte -------------------------------------------------
+// --- Searching for the start byte -----------------------------------------------
 
 TEST(TcpApiRecvData, skipsBytesBeforeAStartByte)
 {
@@ -278,7 +278,7 @@ TEST(TcpApiRecvData, readsAFrameFromAFalseStartByte)
     EXPECT_FALSE(client.isRecvOk(len));
 }
 
-// --- The input ends -------------------------------------------------------------
+// --- End of the input -----------------------------------------------------------
 
 TEST(TcpApiRecvData, takesNothingFromAnEmptyInput)
 {
@@ -286,7 +286,7 @@ TEST(TcpApiRecvData, takesNothingFromAnEmptyInput)
         QByteArray frame;
         int frameSize;
     } const states[] = {
-        {{}, 0},                  // hunting
+        {{}, 0},                  // searching
         {"68"_hex, 0},            // header
         {goodFrame, 0},           // header, already complete
         {goodFrame.left(12), 15}, // body

@@ -19,7 +19,7 @@ using gqdb::CSocketAPI;
 static_assert(std::is_convertible_v<CSocketAPI*, CByte2Rdb*>, "a public base");
 static_assert(std::is_convertible_v<CSocketAPI*, CByte2Fep*>, "a public base");
 static_assert(std::is_base_of_v<CByte2Val, CSocketAPI> && !std::is_convertible_v<CSocketAPI*, CByte2Val*>,
-              "stands twice among the bases");
+              "must be a base twice");
 static_assert(std::is_polymorphic_v<CSocketAPI>);
 static_assert(!std::has_virtual_destructor_v<CSocketAPI>, "destroyed through its own type");
 
@@ -101,7 +101,7 @@ TEST(SocketApi, keepsTheOrderOfItsBases)
 TEST(SocketApi, freesItsReadBuffer)
 {
     OwnClient client;
-    client.recvBuffer = new char[CSocketAPI::rawBufferSize]; // a leak or a mismatched delete ends the test program
+    client.recvBuffer = new char[CSocketAPI::rawBufferSize]; // AddressSanitizer reports a leak or a mismatched delete
 }
 
 TEST(SocketApi, returnsItsConnectedFlag)

@@ -121,7 +121,7 @@ TEST_F(TcpApiCloseCalls, closesOnceWhateverTheSystemReturns)
 
 using TcpApiRequestCalls = TcpApiCalls;
 
-TEST_F(TcpApiRequestCalls, sendsOnceAndReadsUntilTheFrameIsWhole)
+TEST_F(TcpApiRequestCalls, sendsOnceAndReadsUntilTheFrameIsComplete)
 {
     connect();
     calls.answer("send", 17);

@@ -71,7 +71,7 @@ TEST(TcpApiRecvStrings, readsNothingPastAFrameWhoseLengthWraps)
     EXPECT_TRUE(out.isEmpty());
 }
 
-TEST(SocketApiAddHeader, wrapsAnyCounter)
+TEST(SocketApiAddHeader, wrapsTheCounterFromAnyValue)
 {
     OpenTcpClient client;
     QByteArray frame;

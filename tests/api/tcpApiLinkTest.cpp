@@ -473,7 +473,7 @@ TEST(TcpApiClose, needsNoSocket)
     EXPECT_FALSE(client.isConnected());
 }
 
-// --- Coming back ---
+// --- Reconnecting ---
 
 TEST(TcpApiReconnect, takesOneMoreFailedRequestAfterAFailedReply)
 {

@@ -476,7 +476,7 @@ TEST(TcpApiTimedCommands, clearTheFlagWithoutASocket)
     }
 }
 
-TEST(TcpApiSetTime, sendsTwoBareIntegersAndReturnsTheReply)
+TEST(TcpApiSetTime, sendsTwoIntegersWithoutACountAndReturnsTheReply)
 {
     LinkedTcpClient client;
     client.give(reply7);

@@ -360,7 +360,7 @@ TEST(UdpApiRecvInt, closesOnAnEmptyDatagram)
     EXPECT_EQ(client.link(), "down, closed");
 }
 
-// --- What recvBytes, recvInts and recvStrings have in common ---
+// --- recvBytes, recvInts and recvStrings ---
 
 // Frames of one and two elements, received into a list that already has one element. `came` is the number of added
 // elements.
@@ -574,7 +574,7 @@ TEST(UdpApiRecvStrings, returnsZeroForAnItemBeyondThePayload)
     EXPECT_TRUE(client.holdsNoFrame());
 }
 
-// --- Reassembly and check by themselves ---
+// --- Reassembly and check ---
 
 TEST(UdpApiRecvData, assemblesTheSameFramesFromPiecesOfAnySize)
 {

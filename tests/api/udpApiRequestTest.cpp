@@ -473,7 +473,7 @@ TEST(UdpApiRequest, worksFromADerivedClient)
     EXPECT_EQ(hex(server.received()[0]), hex(padded("68 33000000 0000 02 01 50 e9030000 0800"_hex)));
 }
 
-// --- A plain client, with no read buffer ---
+// --- A plain client without a read buffer ---
 
 TEST(UdpApiRequest, returnsMinusOneOnAPlainClientIfAReplyArrives)
 {

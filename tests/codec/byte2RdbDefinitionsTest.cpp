@@ -1147,7 +1147,7 @@ TYPED_TEST(Definitions2Byte, countsInFourBytes)
     EXPECT_EQ(data.size(), 4 + 0x0203 * TypeParam::shortWritten.size());
 }
 
-TYPED_TEST(Definitions2Byte, reservesRoomForTheItems)
+TYPED_TEST(Definitions2Byte, reservesMemoryForTheItems)
 {
     QByteArray data(1000, 'a');
     TypeParam::writeList({TypeParam::shortest(), TypeParam::shortest()}, data);
@@ -1155,7 +1155,7 @@ TYPED_TEST(Definitions2Byte, reservesRoomForTheItems)
     EXPECT_EQ(data.size(), 1000 + 4 + 2 * TypeParam::shortWritten.size());
 }
 
-TYPED_TEST(Definitions2Byte, reservesRoomInACopyOfAReservedArray)
+TYPED_TEST(Definitions2Byte, reservesMemoryInACopyOfAReservedArray)
 {
     QByteArray roomy = "aa55"_hex;
     roomy.reserve(10000);
@@ -1291,7 +1291,7 @@ TYPED_TEST(Byte2Definitions, readsAFourByteCount)
     EXPECT_EQ(show(list.back()), show(TypeParam::shortest()));
 }
 
-TYPED_TEST(Byte2Definitions, growsAReservedVectorToTheItemsAlone)
+TYPED_TEST(Byte2Definitions, growsAReservedVectorOnlyToTheItems)
 {
     const QByteArray items = TypeParam::shortRead + TypeParam::read;
     typename TestFixture::List list;

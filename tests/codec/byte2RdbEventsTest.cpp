@@ -410,7 +410,7 @@ TYPED_TEST(Events2Byte, countsInFourBytes)
     EXPECT_TRUE(data == "03020000"_hex + QByteArray(0x0203 * TypeParam::smallest, '\0'));
 }
 
-TYPED_TEST(Events2Byte, reservesRoomForTheItems)
+TYPED_TEST(Events2Byte, reservesMemoryForTheItems)
 {
     for (int count : {0, 1, 3, 100}) {
         SCOPED_TRACE(count);

@@ -21,7 +21,7 @@ using namespace gqdb;
 using Bytes = std::vector<unsigned char>;
 using uint32 = unsigned int;
 
-// --- The wire, a byte at a time -------------------------------------------------
+// --- The wire, byte by byte -----------------------------------------------------
 
 class ModelWriter {
 public:

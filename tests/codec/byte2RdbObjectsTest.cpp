@@ -627,14 +627,14 @@ static const QByteArray objectBytes = objectHeadBytes + "0200"_hex // 35 number 
 // Texts that the byte form can read contain a string with its own length.
 static const QByteArray firstReadableBytes = "31323334"                //  0 word1
                                              "a1a2a3f4"                //  4 word2
-                                             "0500 0300666d74"         //  8 formatText, gives "fmt"
-                                             "0700 050076616c7565"     // 15 valueText, gives "value"
+                                             "0500 0300666d74"         //  8 formatText, read as "fmt"
+                                             "0700 050076616c7565"     // 15 valueText, read as "value"
                                              "0600000000000002c0"_hex; // 24 value: kind 6, -2.25; 33 bytes in all
 
 static const QByteArray secondReadableBytes = "41424344"                //  0 word1
                                               "b1b2b3f4"                //  4 word2
                                               "0000"                    //  8 formatText
-                                              "0300 010078"             // 10 valueText, gives "x"
+                                              "0300 010078"             // 10 valueText, read as "x"
                                               "0a 0500 0300616263"_hex; // 15 value: kind 10, "abc"; 23 bytes in all
 
 static const QByteArray readableHeadBytes = "ff"                       //  0 ignored
@@ -642,8 +642,8 @@ static const QByteArray readableHeadBytes = "ff"                       //  0 ign
                                             "11121314"                 //  5 word2
                                             "21222324"                 //  9 word3
                                             "818283f4"                 // 13 word4
-                                            "0500 03006f6e65"          // 17 text1, gives "one"
-                                            "0600 040074776f21"        // 24 text2, gives "two!"
+                                            "0500 03006f6e65"          // 17 text1, read as "one"
+                                            "0600 040074776f21"        // 24 text2, read as "two!"
                                             "0700 05007468726565"_hex; // 32 text3, read as "three"
 
 static const QByteArray readableObjectBytes = readableHeadBytes + "0200"_hex // 41 number of properties
@@ -1571,7 +1571,7 @@ TEST(Blob2Object, treatsASingleZeroByteAsAnEmptyFormat)
     EXPECT_EQ(propertyOf("0b 00f15365"_hex, "0500 0079797979"_hex).valueText, "");
 }
 
-// --- Both forms side by side ----------------------------------------------------
+// --- Both forms compared --------------------------------------------------------
 
 TEST(ByteAndBlobForm, differInTheirWrittenSizes)
 {

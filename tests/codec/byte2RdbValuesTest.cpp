@@ -786,7 +786,7 @@ TYPED_TEST(Values2Byte, countsInFourBytes)
     EXPECT_TRUE(data == "03020000"_hex + QByteArray(0x0203 * TypeParam::itemSize, '\0'));
 }
 
-TYPED_TEST(Values2Byte, reservesRoomForTheItems)
+TYPED_TEST(Values2Byte, reservesMemoryForTheItems)
 {
     QByteArray data(1000, 'a');
     TypeParam::writeList(std::vector<typename TypeParam::Record>(100), data);

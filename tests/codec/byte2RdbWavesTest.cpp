@@ -370,7 +370,7 @@ TEST(Wave2ByteOfInts, compressesAnEmptyBlock)
     EXPECT_EQ(hex(blockOf(compressedBit, Ints())), "78 9c 03 00 00 00 00 01");
 }
 
-// --- Packing either -------------------------------------------------------------
+// --- Packing both ---------------------------------------------------------------
 
 TEST(Wave2Byte, replacesTheStoredVector)
 {

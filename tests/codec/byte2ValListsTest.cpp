@@ -29,7 +29,7 @@ static std::string stored(int room, const std::function<void(char*)>& write)
     return hex(field);
 }
 
-// --- Which operations there are -------------------------------------------------
+// --- Overloads ------------------------------------------------------------------
 
 template <typename Element, typename Target>
 using ListWriter = decltype(CByte2Val::list2Byte(std::declval<const std::vector<Element>&>(), std::declval<Target>()));

@@ -1,14 +1,16 @@
 #include "plainForms.h"
 
 #include <QString>
+#include <QtEndian>
 
 #include <climits>
 #include <cstddef>
 #include <cstring>
 #include <new>
+#include <vector>
 
 namespace plainForms {
-using gqdb::FloatRealData;
+using namespace gqdb; // the records
 }
 
 #define GQLIB_PLAIN_FORMS
@@ -25,7 +27,8 @@ void plainForms::copyText(const std::string& text, char* to)
 
 QByteArray plainForms::bytesOf(const gqdb::FloatRealData& record)
 {
-    const FloatRealItem item(record);
+    FloatRealItem item;
+    item = record;
     return {item.bytes, sizeof item.bytes};
 }
 

@@ -1,4 +1,4 @@
-// The quick forms give what the plain forms give.
+// Compares the quick forms with the plain forms.
 
 #include "plainForms.h"
 
@@ -30,7 +30,7 @@ static void growsAsThePlainFormDoes(const QByteArray& before, int room, long lon
     EXPECT_EQ(quick.data_ptr()->capacityReserved, plain.data_ptr()->capacityReserved);
 }
 
-TEST(Grow, givesWhatThePlainFormGives)
+TEST(Grow, matchesThePlainForm)
 {
     for (int size = 0; size < 40; ++size) {
         for (int room : {0, size, size + 1, size + 7, size + 8, size + 9, 200}) {
@@ -62,7 +62,7 @@ static std::string letters(size_t size)
     return text;
 }
 
-TEST(CopyText, givesWhatThePlainFormGives)
+TEST(CopyText, matchesThePlainForm)
 {
     for (size_t size = 0; size < 40; ++size) {
         const std::string text = letters(size);
@@ -74,7 +74,7 @@ TEST(CopyText, givesWhatThePlainFormGives)
     }
 }
 
-TEST(TakeShortText, takesATextThatAnEmptyStringHoldsWithoutAllocation)
+TEST(TakeShortText, readsATextThatFitsAnEmptyStringWithoutAllocation)
 {
     const std::string bytes = letters(40);
     for (size_t size = 0; size <= std::string().capacity(); ++size) {
@@ -118,14 +118,15 @@ static FloatRealData someRecord()
     return record;
 }
 
-TEST(FloatRealItem, writesWhatThePlainFormWrites)
+TEST(FloatRealItem, writesLikeThePlainForm)
 {
-    const FloatRealItem item(someRecord());
+    FloatRealItem item;
+    item = someRecord();
     EXPECT_EQ(hex(QByteArray(item.bytes, 18)), "01 02 03 04 00 00 c0 bf 11 12 13 14 21 22 23 24 32 31");
     EXPECT_EQ(hex(QByteArray(item.bytes, 18)), hex(plainForms::bytesOf(someRecord())));
 }
 
-TEST(FloatRealItem, readsWhatThePlainFormReads)
+TEST(FloatRealItem, readsLikeThePlainForm)
 {
     const QByteArray bytes = "01020304 0000c0bf 11121314 21222324 3231"_hex;
     const FloatRealData quick = *reinterpret_cast<const FloatRealItem*>(bytes.constData());

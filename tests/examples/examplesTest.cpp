@@ -22,7 +22,7 @@ static QString example(const char* name)
 
 // --- TCP and UDP --------------------------------------------------------------------------------------------------
 
-TEST(FirstProgram, asksTheStation)
+TEST(FirstProgram, printsTheRepliesOfTheStation)
 {
     RunningStation station;
     const Outcome outcome = runProgram(example("firstProgram"), {station.endpoint.section(':', 1)});
@@ -34,7 +34,7 @@ TEST(FirstProgram, asksTheStation)
     EXPECT_EQ(lines[2], "5 values, the last one 240");
 }
 
-// A script for a station, as a file of its own.
+// Writes a script for a station to a file.
 class UdpClient : public testing::Test {
 protected:
     QString script(const char* lines)
@@ -49,7 +49,7 @@ private:
     QTemporaryFile file;
 };
 
-TEST_F(UdpClient, takesNoLateOrSecondReplyForThatOfALaterRequest)
+TEST_F(UdpClient, ignoresLateAndDuplicateReplies)
 {
     RunningStation station({"--udp", "--script",
                             script("reply 2 silent\n"
@@ -65,7 +65,7 @@ TEST_F(UdpClient, takesNoLateOrSecondReplyForThatOfALaterRequest)
     EXPECT_EQ(outcome.output.split('\n', Qt::SkipEmptyParts), states);
 }
 
-TEST_F(UdpClient, reportsTheCodeOfAnErrorFrameAtOnce)
+TEST_F(UdpClient, reportsTheCodeOfAnErrorFrameWithoutRetrying)
 {
     RunningStation station({"--udp", "--script", script("reply 1 error -7\n")});
     const Outcome outcome =

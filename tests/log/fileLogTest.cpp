@@ -766,7 +766,7 @@ TEST_F(FileLogLocks, areReleasedByEachOperation)
     }
 }
 
-TEST_F(FileLogLocks, areNotTakenByInitClearAndSaveDatas)
+TEST_F(FileLogLocks, areNotLockedByInitClearAndSaveDatas)
 {
     other.run([&] {
         log.queueMutex.lock();

@@ -731,7 +731,7 @@ TEST_F(CanClose, doesNothingWithoutADescriptor)
     EXPECT_EQ(calls.take(), "");
 }
 
-// --- What the base offers ---
+// --- Inherited operations ---
 
 using CanBase = CanCalls;
 

@@ -91,7 +91,17 @@ public:
 
 static_assert(std::is_same_v<decltype(OpenLocker::mutex), gqdb::CMutex*>);
 static_assert(sizeof(gqdb::CMutexLocker) == sizeof(gqdb::CMutex*));
-static_assert(std::is_constructible_v<gqdb::CMutexLocker, gqdb::CMutex*>);
+static_assert(std::is_convertible_v<gqdb::CMutex*, gqdb::CMutexLocker>);
+
+TEST(MutexLocker, convertsFromAPointerToAMutex)
+{
+    OpenMutex mutex;
+    {
+        const gqdb::CMutexLocker locker = &mutex;
+        EXPECT_FALSE(isFreeForOthers(mutex.handle));
+    }
+    EXPECT_TRUE(isFreeForOthers(mutex.handle));
+}
 
 TEST(MutexLocker, holdsTheMutexForItsLifetime)
 {
@@ -334,7 +344,7 @@ TEST_F(ReadWriteLock, excludesReadersAndWriters)
     EXPECT_EQ(value, 2000);
 }
 
-// --- Unlocks by a thread that does not hold the lock: they fail unseen ---
+// --- Unlocks by a thread that does not hold the lock: they fail silently ---
 
 class ReadWriteLockWrongThread : public ReadWriteLock {
 protected:

@@ -610,7 +610,7 @@ TEST_F(SerialSend, returnsMinusOneAndLeavesErrnoWhenTheSystemRefuses)
     EXPECT_TRUE(serial.isOpen());
 }
 
-TEST_F(SerialSend, writesZeroBytesToo)
+TEST_F(SerialSend, writesAnEmptyBuffer)
 {
     open();
     EXPECT_EQ(serial.send("a", 0), 0);

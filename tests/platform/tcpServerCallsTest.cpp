@@ -35,7 +35,7 @@ TEST_F(TcpServerConstructCalls, createsNoSocket)
     EXPECT_FALSE(server.isValid());
 }
 
-TEST_F(TcpServerConstructCalls, leavesNothingToSet)
+TEST_F(TcpServerConstructCalls, refusesSettersWithoutASocket)
 {
     EXPECT_EQ(server.setRecvOverTm(9000), 0);
     EXPECT_EQ(server.setSendOverTm(9000), 0);
@@ -252,7 +252,7 @@ TEST_F(TcpServerCloseCalls, ignoresTheResults)
     EXPECT_FALSE(server.opened);
 }
 
-TEST_F(TcpServerCloseCalls, leavesAServerThatWasNeverOpened)
+TEST_F(TcpServerCloseCalls, doesNothingOnAServerThatWasNeverOpened)
 {
     server.close();
     EXPECT_EQ(calls.take(), "");

@@ -62,7 +62,7 @@ static_assert(offsetof(TcpSocketStatus, readable) == 8);
 static_assert(offsetof(TcpSocketStatus, writable) == 12);
 static_assert(offsetof(TcpSocketStatus, exceptional) == 16);
 
-// --- Making a socket ---
+// --- Creating a socket ---
 
 using TcpSocketConstructCalls = EndpointCalls;
 

@@ -1246,7 +1246,7 @@ TEST_F(UdpClientDestroyCalls, closesAnOpenSocketOnly)
     EXPECT_EQ(calls.take(), "");
 }
 
-// --- What the two have in common ---
+// --- Common operations ---
 
 using UdpBindCalls = UdpCalls;
 

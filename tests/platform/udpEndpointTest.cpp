@@ -157,7 +157,7 @@ TEST(UdpServerOpenP2P, receivesBroadcasts)
     EXPECT_EQ(nextFrom(server), "all");
 }
 
-TEST(UdpClientOpenBroadcast, setsItsOptionAlone)
+TEST(UdpClientOpenBroadcast, setsOnlyItsOption)
 {
     Open<CUdpClient> client;
     ASSERT_EQ(client.openBroadcast(), 1);
@@ -270,7 +270,7 @@ TEST(UdpServerClose, endsTheMembershipWithTheSocket)
     EXPECT_FALSE(server.isValid());
 }
 
-TEST(UdpServerClose, isHarmlessOnceClosed)
+TEST(UdpServerClose, canBeRepeated)
 {
     Open<CUdpServer> server;
     ASSERT_EQ(server.openP2P("", 0), 1);
@@ -688,7 +688,7 @@ TEST(UdpSelect, reportsRoomToWriteAndADatagramToRead)
 
 // --- CUdpClient: closing ---
 
-TEST(UdpClientClose, isHarmlessOnceClosed)
+TEST(UdpClientClose, canBeRepeated)
 {
     Open<CUdpClient> client;
     ASSERT_EQ(client.openP2P(), 1);
@@ -712,7 +712,7 @@ TEST(UdpClientDestroy, closesTheSocket)
     EXPECT_EQ(openedSince(before).size(), 0u);
 }
 
-// --- From host to host ---
+// --- Between hosts ---
 
 class UdpBetweenHosts : public testing::Test {
 protected:

@@ -20,9 +20,9 @@ struct GoldenRecord {
     // The record described by the JSON.
     std::unique_ptr<Content> content() const
     {
-        std::unique_ptr<Content> told = form->make();
-        EXPECT_EQ(takeJson(value, *told).join('\n').toStdString(), "");
-        return told;
+        std::unique_ptr<Content> result = form->make();
+        EXPECT_EQ(takeJson(value, *result).join('\n').toStdString(), "");
+        return result;
     }
 };
 

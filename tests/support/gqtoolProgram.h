@@ -7,7 +7,7 @@
 
 #include <csignal>
 
-// gqtool, and other programs, as processes of their own.
+// Runs gqtool and other programs as separate processes.
 
 static const int waitMs = 20000;
 
@@ -31,7 +31,7 @@ inline Outcome run(const QStringList& arguments)
     return runProgram(GQTOOL, arguments);
 }
 
-// A program that runs beside the test, until it ends or is told to.
+// A program that runs in parallel with the test, until it ends or is terminated.
 class RunningProgram {
 public:
     RunningProgram(const QString& program, const QStringList& arguments)
@@ -75,7 +75,7 @@ private:
     QProcess process;
 };
 
-// A station of its own for each test, on a port that the system chooses.
+// A separate station for each test, on a port chosen by the system.
 class RunningStation : public RunningProgram {
 public:
     explicit RunningStation(const QStringList& options = {}) : RunningProgram(GQTOOL, QStringList{"station"} + options)

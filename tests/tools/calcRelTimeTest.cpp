@@ -415,7 +415,7 @@ TEST(CalcRelTime, returnsZeroBeyondTheMinutes)
         EXPECT_EQ(moment(code, 1617186030), 0u) << code;
 }
 
-// --- The ends of time -----------------------------------------------------------
+// --- Limits of time -------------------------------------------------------------
 
 TEST(CalcRelTime, canReturnTheEpochItself)
 {
@@ -575,7 +575,7 @@ TEST(CalcRelTime, startsADayWithoutMidnightAtItsFirstMoment)
         const char* zone;
         const char* date;
         const char* dayBefore;
-        const char* dayBehind;
+        const char* nextDay;
     };
     for (const Day& day : {Day{"America/Sao_Paulo", "2018-11-04", "2018-11-03", "2018-11-05"},
                            Day{"Africa/Cairo", "2014-05-16", "2014-05-15", "2014-05-17"},
@@ -585,7 +585,7 @@ TEST(CalcRelTime, startsADayWithoutMidnightAtItsFirstMoment)
         const std::string noon = std::string(day.date) + " 12:00:00";
         const std::string firstMoment = std::string(day.date) + " 01:00:00";
         const std::string lastMoment = std::string(day.date) + " 23:59:59";
-        const std::string secondsLater = std::string(day.dayBehind) + " 00:59:59";
+        const std::string secondsLater = std::string(day.nextDay) + " 00:59:59";
         expectTimes(noon.c_str(), {{1, firstMoment.c_str()},
                                    {2, lastMoment.c_str()},
                                    {50, secondsLater.c_str()},
@@ -593,8 +593,8 @@ TEST(CalcRelTime, startsADayWithoutMidnightAtItsFirstMoment)
                                    {405, secondsLater.c_str()},
                                    {2001, firstMoment.c_str()}});
 
-        const std::string noonBehind = std::string(day.dayBehind) + " 12:00:00";
-        expectTimes(noonBehind.c_str(), {{3, firstMoment.c_str()}, {51, secondsLater.c_str()}});
+        const std::string nextNoon = std::string(day.nextDay) + " 12:00:00";
+        expectTimes(nextNoon.c_str(), {{3, firstMoment.c_str()}, {51, secondsLater.c_str()}});
 
         const std::string nightBefore = std::string(day.dayBefore) + " 00:30:00";
         const std::string moved = std::string(day.date) + " 01:30:00";
@@ -644,7 +644,7 @@ TEST(CalcRelTime, endsAYearWithAClockChangeInTwoWays)
     EXPECT_EQ(moment(1164, at("2010-02-01 12:00:00")), firstLastSecond + 3600);
 }
 
-TEST(CalcRelTime, isInvalidForAnHourThatDoesNotBegin)
+TEST(CalcRelTime, isInvalidForAnHourWithoutAStart)
 {
     const TimeZone zone("Australia/Lord_Howe"); // clocks went from 02:00:00 to 02:30:00
     const unsigned int base = at("2021-10-03 02:45:00");

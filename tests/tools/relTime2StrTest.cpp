@@ -110,7 +110,7 @@ TEST(RelTime2Str, isEmptyAbove2000)
     expectTexts({{2000, "0点0分"}, {2001, ""}, {2601, ""}, {3441, ""}, {65536 + 1, ""}, {INT_MAX, ""}});
 }
 
-// --- Family by family, letter by letter -----------------------------------------
+// --- The families, character by character ---------------------------------------
 
 TEST(RelTime2Str, countsDaysBefore)
 {
@@ -192,7 +192,7 @@ TEST(RelTime2Str, countsMonthsOfTheYearAndOfTheYearBefore)
                  {1165, "0点0分"}});
 }
 
-TEST(RelTime2Str, knowsOneYearBefore)
+TEST(RelTime2Str, namesOnlyThePreviousYear)
 {
     expectTexts({{1301, "当年0点"},
                  {1302, "当年终点"},

@@ -1,0 +1,269 @@
+#pragma once
+
+#include "byteText.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+// Each record is one list of its fields in wire order, a function `walk` in rdbFields.h or fepFields.h. What the list
+// does with each field is fixed by the class that is passed to it:
+//   CRecordSize    counts the bytes that the record has when it is written
+//   CRecordWriter  writes them; the room is there
+//   CRecordReader  reads them
+//   CFieldsShown   passes name and value to a listener, which may change the value: for tools
+// Everything is inlined, so that each caller contains one of the four jobs and no names. Internal.
+namespace gqdb {
+
+// The fields of a record, one call each. Names are those of the record.
+class CFieldListener {
+public:
+    virtual void field(const char* name, unsigned char& value) = 0;
+    virtual void field(const char* name, unsigned int& value) = 0;
+    virtual void field(const char* name, int& value) = 0;
+    virtual void field(const char* name, float& value) = 0;
+    virtual void field(const char* name, double& value) = 0;
+    virtual void field(const char* name, std::string& text) = 0;
+    virtual void field(const char* name, QString& text) = 0;
+    virtual void bytes(const char* name, std::vector<unsigned char>& value) = 0; // after a length of 4 bytes
+    virtual void array(const char* name, int* first, int count) = 0;             // of a fixed number
+    virtual void array(const char* name, float* first, int count) = 0;
+
+protected:
+    ~CFieldListener() = default;
+};
+
+class CRecordWalk {
+public:
+    // Returns true if the list has the fields that are written; false if it has those that are read.
+    [[gnu::always_inline]] bool isWriter() const { return job != reading && (job != showing || isWrittenForm); }
+
+    // Returns true if `count` bytes are left to read. Always true if nothing is read.
+    [[gnu::always_inline]] bool holds(int count) const { return job != reading || end - from >= count; }
+
+    // 1 byte.
+    [[gnu::always_inline]] void byte(const char* name, char& value)
+    {
+        if (job == showing)
+            listener->field(name, reinterpret_cast<unsigned char&>(value));
+        else if (job == measuring)
+            size += 1;
+        else if (job == writing)
+            *to++ = value;
+        else
+            value = *from++;
+    }
+
+    // 4 bytes.
+    [[gnu::always_inline]] void word(const char* name, unsigned int& value)
+    {
+        if (job == showing)
+            listener->field(name, value);
+        else
+            move32(value);
+    }
+    [[gnu::always_inline]] void word(const char* name, int& value)
+    {
+        if (job == showing)
+            listener->field(name, value);
+        else
+            move32(reinterpret_cast<unsigned int&>(value));
+    }
+    [[gnu::always_inline]] void real(const char* name, float& value)
+    {
+        if (job == showing)
+            listener->field(name, value);
+        else
+            moveFloat(value);
+    }
+
+    // 8 bytes.
+    [[gnu::always_inline]] void real(const char* name, double& value)
+    {
+        if (job == showing) {
+            listener->field(name, value);
+        } else if (job == measuring) {
+            size += 8;
+        } else if (job == writing) {
+            store64(doubleImage(value), to);
+            to += 8;
+        } else {
+            value = imageDouble(load64(from));
+            from += 8;
+        }
+    }
+
+    // 4 bytes each.
+    [[gnu::always_inline]] void words(const char* name, int* first, int count)
+    {
+        if (job == showing)
+            return listener->array(name, first, count);
+        for (int i = 0; i < count; ++i)
+            move32(reinterpret_cast<unsigned int&>(first[i]));
+    }
+    [[gnu::always_inline]] void reals(const char* name, float* first, int count)
+    {
+        if (job == showing)
+            return listener->array(name, first, count);
+        for (int i = 0; i < count; ++i)
+            moveFloat(first[i]);
+    }
+
+    // A string: its length (2 bytes, the low 16 bits) and its bytes. Returns false if it is not whole.
+    [[gnu::always_inline]] bool text(const char* name, std::string& value)
+    {
+        if (job == showing)
+            listener->field(name, value);
+        else if (job == measuring)
+            size += textSize(value);
+        else if (job == writing)
+            writeText(value);
+        else
+            return skip(takeString(from, left(), value));
+        return true;
+    }
+
+    // The same, as UTF-8. The bytes of a text that is measured are kept for the writer.
+    [[gnu::always_inline]] bool text(const char* name, QString& value)
+    {
+        if (job == showing)
+            listener->field(name, value);
+        else if (job == measuring)
+            size += textSize(value, *utf8++);
+        else if (job == writing)
+            to = putText(*utf8++, to);
+        else
+            return skip(takeString(from, left(), value));
+        return true;
+    }
+
+    // A length (4 bytes) and as many bytes. Returns false if they are not there. A length of 2^31 and more raises the
+    // vector's length failure.
+    [[gnu::always_inline]] bool bytes(const char* name, std::vector<unsigned char>& value)
+    {
+        if (job == showing) {
+            listener->bytes(name, value);
+            return true;
+        }
+        auto length = static_cast<unsigned int>(value.size());
+        move32(length);
+        if (job == measuring) {
+            size += static_cast<long long>(value.size());
+        } else if (job == writing) {
+            copyBytes(value.data(), value.size(), to);
+            to += value.size();
+        } else {
+            if (static_cast<int>(length) > left())
+                return false;
+            value.resize(static_cast<size_t>(static_cast<int>(length)));
+            copyBytes(from, value.size(), value.data());
+            from += value.size();
+        }
+        return true;
+    }
+
+protected:
+    enum Job { measuring, writing, reading, showing };
+
+    [[gnu::always_inline]] explicit CRecordWalk(Job theJob) : job(theJob) {}
+
+    [[gnu::always_inline]] int left() const { return static_cast<int>(end - from); }
+
+    Job job;
+    bool isWrittenForm = false; // of what is shown
+    long long size = 0;
+    char* to = nullptr;
+    const char* from = nullptr;
+    const char* end = nullptr;
+    QByteArray* utf8 = nullptr; // of the next text
+    CFieldListener* listener = nullptr;
+
+private:
+    [[gnu::always_inline]] void move32(unsigned int& value)
+    {
+        if (job == measuring) {
+            size += 4;
+        } else if (job == writing) {
+            store32(value, to);
+            to += 4;
+        } else {
+            value = load32(from);
+            from += 4;
+        }
+    }
+    [[gnu::always_inline]] void moveFloat(float& value)
+    {
+        unsigned int image = floatImage(value);
+        move32(image);
+        if (job == reading)
+            value = imageFloat(image);
+    }
+    [[gnu::always_inline]] void writeText(const std::string& value)
+    {
+        const size_t count = writtenBytes(value);
+        store16(static_cast<unsigned int>(value.size()), to);
+        copyText(value.data(), count, to + 2);
+        to += 2 + count;
+    }
+    [[gnu::always_inline]] bool skip(int count)
+    {
+        from += count;
+        return count > 0;
+    }
+    [[gnu::always_inline]] static void copyBytes(const void* source, size_t count, void* target)
+    {
+        if (count > 0) // an empty vector has no bytes to point to
+            std::memcpy(target, source, count);
+    }
+};
+
+class CRecordSize : public CRecordWalk {
+public:
+    CRecordSize() : CRecordWalk(measuring) {}
+    // `texts` has an array for each QString of the record.
+    explicit CRecordSize(QByteArray* texts) : CRecordWalk(measuring) { utf8 = texts; }
+
+    long long bytes() const { return size; }
+};
+
+class CRecordWriter : public CRecordWalk {
+public:
+    explicit CRecordWriter(char* room) : CRecordWalk(writing) { to = room; }
+    // `texts` are those that CRecordSize has filled.
+    CRecordWriter(char* room, QByteArray* texts) : CRecordWalk(writing)
+    {
+        to = room;
+        utf8 = texts;
+    }
+
+    char* here() const { return to; }
+};
+
+class CRecordReader : public CRecordWalk {
+public:
+    CRecordReader(const char* buf, int count) : CRecordWalk(reading), first(buf)
+    {
+        from = buf;
+        end = buf + count;
+    }
+
+    int used() const { return static_cast<int>(from - first); }
+
+private:
+    const char* first;
+};
+
+class CFieldsShown : public CRecordWalk {
+public:
+    // With the fields of the written form, or else of the form that is read.
+    CFieldsShown(CFieldListener& theListener, bool showsWrittenForm) : CRecordWalk(showing)
+    {
+        listener = &theListener;
+        isWrittenForm = showsWrittenForm;
+    }
+};
+
+} // namespace gqdb

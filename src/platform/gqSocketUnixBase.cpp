@@ -1,0 +1,96 @@
+#include "gqSocketUnixShared.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <iostream>
+
+using namespace endpoint;
+
+CAbstractSocket::CAbstractSocket() : handle(new int(0)), opened(false), port(0) {}
+
+CAbstractSocket::~CAbstractSocket()
+{
+    delete handle;
+    handle = nullptr;
+}
+
+int CAbstractSocket::setRecvOverTm(int ms)
+{
+    if (*handle < 1)
+        return 0;
+    const timeval time = toTimeval(ms);
+    const int result = setsockopt(*handle, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
+    const int error = errno;
+    const std::string line = "setRecvOverTm:" + std::to_string(result) + ", " + std::to_string(ms) + "\n";
+    std::cout.write(line.data(), static_cast<std::streamsize>(line.size())).flush(); // whatever was set on the stream
+    errno = error;
+    return 1;
+}
+
+int CAbstractSocket::setSendOverTm(int ms)
+{
+    if (*handle < 1)
+        return 0;
+    const timeval time = toTimeval(ms);
+    setsockopt(*handle, SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time); // and no line printed, unlike its sibling
+    return 1;
+}
+
+bool CAbstractSocket::isValid()
+{
+    return handle != nullptr && *handle >= 1;
+}
+
+int CAbstractSocket::setAsyncMode()
+{
+    const int flags = fcntl(*handle, F_GETFL, 0) | O_NONBLOCK;
+    return fcntl(*handle, F_SETFL, flags) >= 0 ? 1 : 0;
+}
+
+int CAbstractSocket::setRecvBuf(int size)
+{
+    if (*handle < 1)
+        return 0;
+    setOption(*handle, SO_RCVBUF, size);
+    return 1;
+}
+
+int CAbstractSocket::setSendBuf(int size)
+{
+    if (*handle < 1)
+        return 0;
+    setOption(*handle, SO_SNDBUF, size);
+    return 1;
+}
+
+static int endOf(int (*query)(int, sockaddr*, socklen_t*), int descriptor, std::string& address, int& port)
+{
+    sockaddr_in end = {};
+    socklen_t length = sizeof end;
+    if (query(descriptor, reinterpret_cast<sockaddr*>(&end), &length) != 0)
+        return 0;
+    fromAddress(end, address, port);
+    return 1;
+}
+
+int CAbstractSocket::getPeerName(std::string& peerAddress, int& peerPort)
+{
+    return endOf(::getpeername, *handle, peerAddress, peerPort);
+}
+
+int CAbstractSocket::getSockName(std::string& localAddress, int& localPort)
+{
+    return endOf(::getsockname, *handle, localAddress, localPort);
+}
+
+int CAbstractSocket::isReadable(int ms)
+{
+    const int descriptor = *handle;
+    CDescriptorSet set(descriptor);
+    set.add(descriptor);
+    timeval time = toTimeval(ms);
+    if (::select(descriptor + 1, set.data(), nullptr, nullptr, &time) < 0)
+        return -1;
+    return set.contains(descriptor);
+}
