@@ -574,18 +574,18 @@ TEST(CalcLimit, keepsTheFirstOfTwoZeros)
 
 TEST(CalcLimit, keepsTheFirstOfTwoZerosFarApart)
 {
-    std::vector<float> values(40, 1.0f);
+    std::vector<float> values(80, 1.0f);
     values[5] = -0.0f;
-    values[16] = 0.0f;
+    values[32] = 0.0f;
     EXPECT_EQ(limits(values), "3ff0000000000000 8000000000000000"); // 1 and -0
-    std::swap(values[5], values[16]);
+    std::swap(values[5], values[32]);
     EXPECT_EQ(limits(values), "3ff0000000000000 0000000000000000");
 
-    values.assign(40, -1.0f);
+    values.assign(80, -1.0f);
     values[5] = -0.0f;
-    values[16] = 0.0f;
+    values[32] = 0.0f;
     EXPECT_EQ(limits(values), "8000000000000000 bff0000000000000"); // -0 and -1
-    std::swap(values[5], values[16]);
+    std::swap(values[5], values[32]);
     EXPECT_EQ(limits(values), "0000000000000000 bff0000000000000");
 }
 

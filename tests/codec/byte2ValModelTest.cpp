@@ -20,7 +20,7 @@ TEST(Float2Short, roundsEachStepToSinglePrecisionOnAnyFloats)
 {
     Chance chance(5);
     for (int round = 0; round < 3000 && !HasFailure(); ++round) {
-        const std::vector<float> values = chance.anyFloats(9);
+        const std::vector<float> values = chance.anyFloats(1 + chance.below(70));
         const float upper = chance.anyFloat();
         const float lower = chance.once(10) ? upper : chance.anyFloat();
         std::vector<int> expected;
@@ -40,7 +40,7 @@ TEST(Short2float, dividesInDoubleAndContinuesInSinglePrecision)
         const float lower = chance.anyFloat();
         std::vector<int> raw;
         std::vector<float> expected;
-        for (int i = 0; i < 9; ++i) {
+        for (int i = chance.below(70); i >= 0; --i) {
             raw.push_back(chance.once(3) ? int(chance.word()) : chance.below(65536));
             expected.push_back(unquantised(raw.back(), upper, lower));
         }
@@ -58,7 +58,7 @@ TEST(Ad2float, roundsToFloatAfterProductAndSum)
         const double offset = chance.anyDouble();
         std::vector<int> raw;
         std::vector<float> expected;
-        for (int i = 0; i < 9; ++i) {
+        for (int i = chance.below(70); i >= 0; --i) {
             raw.push_back(chance.once(3) ? int(chance.word()) : chance.below(65536) - 32768);
             expected.push_back(onLine(raw.back(), scale, offset));
         }
