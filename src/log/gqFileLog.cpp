@@ -1,9 +1,12 @@
 #include "gqFileLog.h"
 
+#include "timePrefix.h"
+
 #include <QDateTime>
 #include <QDir>
 
 using gqdb::CMutexLocker;
+using gqdb::TimePrefix;
 
 static const int fullFile = 30000; // records
 
@@ -53,46 +56,20 @@ bool CGqFileLog::save()
 
 // --- File ---------------------------------------------------------------------------------------------------------
 
-// Begins the lines of a batch. Most follow one of the same time, whose prefix stands in front already.
-class LineBegin {
-public:
-    // Cuts `line`, that of the record before, down to the prefix of this time.
-    void put(unsigned int seconds, unsigned int milliseconds, QByteArray& line)
-    {
-        if (size == 0 || seconds != lastSeconds || milliseconds != lastMilliseconds) {
-            if (size == 0 || seconds != lastSeconds)
-                clock = QDateTime::fromTime_t(seconds).time();
-            line = QString::asprintf("<%02d:%02d:%02d.%03d> ", clock.hour(), clock.minute(), clock.second(),
-                                     static_cast<int>(milliseconds))
-                       .toLatin1();
-            size = line.size();
-            lastSeconds = seconds;
-            lastMilliseconds = milliseconds;
-        }
-        line.resize(size);
-    }
-
-private:
-    int size = 0;
-    QTime clock;
-    unsigned int lastSeconds = 0;
-    unsigned int lastMilliseconds = 0;
-};
-
 bool CGqFileLog::saveDatas(const QList<LogData>& batch)
 {
     if (batch.isEmpty())
         return true;
     if (!file.open(QIODevice::Append | QIODevice::Text))
         return false;
-    LineBegin begin;
+    TimePrefix prefix;
     QByteArray line;
+    line.reserve(120); // so that resize(0) keeps the memory: without it a save takes 1.5 times as long
     for (const LogData& record : batch) {
         ++savedCount;
+        line.resize(0);
         if (withTime)
-            begin.put(record.seconds, record.milliseconds, line);
-        else
-            line.resize(0);
+            prefix.append(record.seconds, record.milliseconds, line);
         line += record.text.toUtf8();
         line += '\n';
         file.write(line.constData()); // up to a NUL
