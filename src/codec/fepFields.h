@@ -117,7 +117,7 @@ namespace gqdb {
     w.word("itemId", item.itemId);
     if (!w.text("text1", item.text1) || !w.text("text2", item.text2) || !w.text("text3", item.text3) || !w.holds(11))
         return false;
-    if (w.isWriter())
+    if (w.isWrittenForm())
         w.byte("flag1", item.flag1); // peers whose records are read here leave this byte out
     w.word("word1", item.word1);
     w.word("word2", item.word2);

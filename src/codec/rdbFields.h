@@ -62,7 +62,7 @@ namespace gqdb {
         return false;
     w.word("code2", point.code2);
     w.word("code3", point.code3);
-    if (w.isWriter())
+    if (w.isWrittenForm())
         w.byte("switch0", point.switch0); // peers whose records are read here leave this byte out
     w.word("code4", point.code4);
     if (!w.text("text5", point.text5) || !w.holds(50))

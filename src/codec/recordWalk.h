@@ -36,10 +36,12 @@ protected:
     ~CFieldListener() = default;
 };
 
+// The writer of two records has a byte that their reader does not know.
+enum class RecordForm { written, read };
+
 class CRecordWalk {
 public:
-    // Returns true if the list has the fields that are written; false if it has those that are read.
-    [[gnu::always_inline]] bool isWriter() const { return job != reading && (job != showing || isWrittenForm); }
+    [[gnu::always_inline]] bool isWrittenForm() const { return form == RecordForm::written; }
 
     // Returns true if `count` bytes are left to read. Always true if nothing is read.
     [[gnu::always_inline]] bool holds(int count) const { return job != reading || end - from >= count; }
@@ -168,12 +170,12 @@ public:
 protected:
     enum Job { measuring, writing, reading, showing };
 
-    [[gnu::always_inline]] explicit CRecordWalk(Job theJob) : job(theJob) {}
+    [[gnu::always_inline]] CRecordWalk(Job theJob, RecordForm theForm) : job(theJob), form(theForm) {}
 
     [[gnu::always_inline]] int left() const { return static_cast<int>(end - from); }
 
     Job job;
-    bool isWrittenForm = false; // of what is shown
+    RecordForm form;
     long long size = 0;
     char* to = nullptr;
     const char* from = nullptr;
@@ -222,29 +224,30 @@ private:
 
 class CRecordSize : public CRecordWalk {
 public:
-    CRecordSize() : CRecordWalk(measuring) {}
-    // `texts` has an array for each QString of the record.
-    explicit CRecordSize(QByteArray* texts) : CRecordWalk(measuring) { utf8 = texts; }
+    // `texts` is an array for each QString of the record.
+    explicit CRecordSize(QByteArray* texts = nullptr, RecordForm ofForm = RecordForm::written)
+        : CRecordWalk(measuring, ofForm)
+    {
+        utf8 = texts;
+    }
 
     long long bytes() const { return size; }
 };
 
 class CRecordWriter : public CRecordWalk {
 public:
-    explicit CRecordWriter(char* room) : CRecordWalk(writing) { to = room; }
     // `texts` are those that CRecordSize has filled.
-    CRecordWriter(char* room, QByteArray* texts) : CRecordWalk(writing)
+    explicit CRecordWriter(char* room, QByteArray* texts = nullptr, RecordForm ofForm = RecordForm::written)
+        : CRecordWalk(writing, ofForm)
     {
         to = room;
         utf8 = texts;
     }
-
-    char* here() const { return to; }
 };
 
 class CRecordReader : public CRecordWalk {
 public:
-    CRecordReader(const char* buf, int count) : CRecordWalk(reading), first(buf)
+    CRecordReader(const char* buf, int count) : CRecordWalk(reading, RecordForm::read), first(buf)
     {
         from = buf;
         end = buf + count;
@@ -258,11 +261,9 @@ private:
 
 class CFieldsShown : public CRecordWalk {
 public:
-    // With the fields of the written form, or else of the form that is read.
-    CFieldsShown(CFieldListener& theListener, bool showsWrittenForm) : CRecordWalk(showing)
+    CFieldsShown(CFieldListener& theListener, RecordForm ofForm) : CRecordWalk(showing, ofForm)
     {
         listener = &theListener;
-        isWrittenForm = showsWrittenForm;
     }
 };
 

@@ -3,6 +3,7 @@
 #include "jsonText.h"
 #include "waveBlock.h"
 
+#include <QHash>
 #include <QStringList>
 
 #include <algorithm>
@@ -69,20 +70,12 @@ public:
             add(name, 8, jsonText(value));
         }
     }
-    int field(const char* name, std::string& text) override
+    void field(const char* name, std::string& text) override { text = takeText(name).toStdString(); }
+    void field(const char* name, QString& text) override
     {
-        QByteArray content;
-        const int size = takeText(name, content);
-        text = content.toStdString();
-        return size;
+        text = QString::fromUtf8(takeText(name).constData()); // up to a zero byte, as in the library
     }
-    int field(const char* name, QString& text) override
-    {
-        QByteArray content;
-        const int size = takeText(name, content);
-        text = QString::fromUtf8(content.constData()); // up to a zero byte, as in the library
-        return size;
-    }
+    int wireSize(const char* name) const override { return wireSizes.value(name); }
     void slot(const char* name, std::string& text) override
     {
         const char* at = take(name, slotSize);
@@ -206,21 +199,23 @@ private:
         return data.constData() + pos;
     }
 
-    int takeText(const char* name, QByteArray& content)
+    QByteArray takeText(const char* name)
     {
+        wireSizes[name] = 0;
         const char* at = take(name, 2);
         if (at == nullptr)
-            return 0;
+            return QByteArray();
         const int size = CByte2Val::byte2UShort(at);
         if (size > left() - 2) {
             fault(
                 QString("%1 has a length of %2, but only %3").arg(pathOf(name)).arg(size).arg(remainText(left() - 2)));
             isStopped = true;
-            return 0;
+            return QByteArray();
         }
-        content = QByteArray(at + 2, size);
+        const QByteArray content(at + 2, size);
         add(name, 2 + size, jsonText(content));
-        return 2 + size;
+        wireSizes[name] = 2 + size;
+        return content;
     }
 
     void addRow(const QString& name, int size, const QString& value)
@@ -257,6 +252,7 @@ private:
     Decoded& result;
     bool isStopped = false;
     int recordStart = 0;
+    QHash<QByteArray, int> wireSizes; // of texts by name
     QString path;
     QStringList paths; // of the enclosing records and lists
     std::vector<bool> shown;

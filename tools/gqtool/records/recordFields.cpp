@@ -5,276 +5,47 @@
 #include <utility>
 
 #include <byte2Fep.h>
+#include <fepFields.h>
+#include <rdbFields.h>
 
 using gqdb::CByte2Fep;
 using gqdb::CByte2Rdb;
 using gqdb::CByte2Val;
 
-// --- Point definitions --------------------------------------------------------------------------------------------
+// --- Records that are a list of fields ------------------------------------------------------------------------------
 
-static void walk(Fields& f, gqdb::PointInfo& point)
+template <typename Record>
+static void walk(Fields& f, Record& record)
 {
-    f.field("pointId", point.pointId);
-    f.field("text1", point.text1);
-    f.field("code1", point.code1);
-    f.field("text2", point.text2);
-    f.field("code2", point.code2);
+    gqdb::CFieldsShown shown(f, gqdb::RecordForm::read);
+    gqdb::walk(shown, record);
 }
 
-static const size_t levelCount = 8;
-
-static void walk(Fields& f, gqdb::FloatPoint& point)
+template <typename Record>
+static void walkWritten(Fields& f, Record& record)
 {
-    f.field("pointId", point.pointId);
-    f.field("text1", point.text1);
-    f.field("code1", point.code1);
-    f.field("text2", point.text2);
-    f.field("text3", point.text3);
-    f.field("text4", point.text4);
-    f.field("code2", point.code2);
-    f.field("code3", point.code3);
-    f.field("code4", point.code4);
-    f.field("text5", point.text5);
-    f.field("switch1", point.switch1);
-    f.field("float1", point.float1);
-    f.field("switch2", point.switch2);
-    f.field("code5", point.code5);
-    f.field("code6", point.code6);
-    f.field("float2", point.float2);
-    f.field("code7", point.code7);
-    const unsigned int count = f.beginList("levels", 0, levelCount);
-    for (unsigned int i = 0; i < count && f.beginItem(i); ++i) {
-        f.field(nullptr, point.levels[i]);
-        f.endItem();
-    }
-    f.endList();
-}
-
-static void walkIntPoint(Fields& f, gqdb::IntPoint& point, bool isWritten)
-{
-    f.field("pointId", point.pointId);
-    f.field("text1", point.text1);
-    f.field("code1", point.code1);
-    f.field("text2", point.text2);
-    f.field("text3", point.text3);
-    f.field("text4", point.text4);
-    f.field("code2", point.code2);
-    f.field("code3", point.code3);
-    if (isWritten)
-        f.field("switch0", point.switch0);
-    f.field("code4", point.code4);
-    f.field("text5", point.text5);
-    f.field("switch1", point.switch1);
-    f.field("switch2", point.switch2);
-    f.field("code5", point.code5);
-    f.field("code6", point.code6);
-    f.field("code7", point.code7);
-    f.field("code8", point.code8);
-    const unsigned int count = f.beginList("levels", 0, levelCount);
-    for (unsigned int i = 0; i < count && f.beginItem(i); ++i) {
-        f.field(nullptr, point.levels[i]);
-        f.endItem();
-    }
-    f.endList();
+    gqdb::CFieldsShown shown(f, gqdb::RecordForm::written);
+    gqdb::walk(shown, record);
 }
 
 static void walk(Fields& f, gqdb::IntPoint& point)
 {
-    walkIntPoint(f, point, false);
+    walk<gqdb::IntPoint>(f, point);
     f.wantsInAll(81);
-}
-
-static void walkWritten(Fields& f, gqdb::IntPoint& point)
-{
-    walkIntPoint(f, point, true);
-}
-
-static void walk(Fields& f, gqdb::BoolPoint& point)
-{
-    f.field("pointId", point.pointId);
-    f.field("text1", point.text1);
-    f.field("code1", point.code1);
-    f.field("text2", point.text2);
-    f.field("text3", point.text3);
-    f.field("code2", point.code2);
-    f.field("code3", point.code3);
-    f.field("code4", point.code4);
-    f.field("text5", point.text5);
-    f.field("switch1", point.switch1);
-    f.field("switch2", point.switch2);
-    f.field("code5", point.code5);
-    f.field("code6", point.code6);
-    f.field("switch3", point.switch3);
-}
-
-static void walk(Fields& f, gqdb::BlobPoint& point)
-{
-    f.field("pointId", point.pointId);
-    f.field("text1", point.text1);
-    f.field("code1", point.code1);
-    f.field("text2", point.text2);
-    f.field("text3", point.text3);
-    f.field("text4", point.text4);
-    f.field("code2", point.code2);
-    f.field("code3", point.code3);
-    f.field("code4", point.code4);
-    f.field("text5", point.text5);
-    f.field("switch1", point.switch1);
-    f.field("switch2", point.switch2);
-    f.field("code5", point.code5);
-    f.field("code6", point.code6);
-}
-
-// --- Values -------------------------------------------------------------------------------------------------------
-
-static void walk(Fields& f, gqdb::FloatRealData& record)
-{
-    f.field("pointId", record.pointId);
-    f.field("value", record.value);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag2", record.flag2); // ahead of flag1 in the float records
-    f.field("flag1", record.flag1);
-}
-
-static void walk(Fields& f, gqdb::FloatData& record)
-{
-    f.field("value", record.value);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag2", record.flag2);
-    f.field("flag1", record.flag1);
-}
-
-static void walk(Fields& f, gqdb::IntRealData& record)
-{
-    f.field("pointId", record.pointId);
-    f.field("value", record.value);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag1", record.flag1);
-    f.field("flag2", record.flag2);
-}
-
-static void walk(Fields& f, gqdb::IntData& record)
-{
-    f.field("value", record.value);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag1", record.flag1);
-    f.field("flag2", record.flag2);
-}
-
-static void walk(Fields& f, gqdb::BoolRealData& record)
-{
-    f.field("pointId", record.pointId);
-    f.field("value", record.value);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag1", record.flag1);
-}
-
-static void walk(Fields& f, gqdb::BoolData& record)
-{
-    f.field("value", record.value);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag1", record.flag1);
-}
-
-static void walk(Fields& f, gqdb::PointRealData& record)
-{
-    f.field("pointKind", record.pointKind);
-    f.field("pointId", record.pointId);
-    f.field("value", record.value);
-    f.field("intValue", record.intValue);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag1", record.flag1);
-    f.field("flag2", record.flag2);
-}
-
-static void walk(Fields& f, gqdb::BlobDataInfo& record)
-{
-    f.field("pointId", record.pointId);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("word4", record.word4);
-    f.field("flag1", record.flag1);
-    f.field("flag2", record.flag2);
-}
-
-static void walk(Fields& f, gqdb::BlobRealData& record)
-{
-    f.field("pointId", record.pointId);
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag1", record.flag1);
-    f.field("flag2", record.flag2);
-    f.bytes("bytes", record.bytes);
-}
-
-static void walk(Fields& f, gqdb::BlobData& record)
-{
-    f.field("stamp1", record.stamp1);
-    f.field("stamp2", record.stamp2);
-    f.field("flag1", record.flag1);
-    f.field("flag2", record.flag2);
-    f.bytes("bytes", record.bytes);
-}
-
-// --- Queries and events -------------------------------------------------------------------------------------------
-
-static void walk(Fields& f, gqdb::HisQuery& query)
-{
-    f.field("pointId", query.pointId);
-    f.field("word1", query.word1);
-    f.field("word2", query.word2);
-    f.field("word3", query.word3);
-    f.field("word4", query.word4);
-    f.field("word5", query.word5);
-    f.field("word6", query.word6);
 }
 
 static void walk(Fields& f, gqdb::OneSecQuery& query)
 {
-    f.field("pointId", query.pointId);
-    f.field("word1", query.word1);
-    f.field("word2", query.word2);
-    f.field("word3", query.word3);
-    f.field("word4", query.word4);
-    f.field("text1", query.text1);
+    walk<gqdb::OneSecQuery>(f, query);
     f.wantsBehind(1);
 }
 
-static void walk(Fields& f, gqdb::EventInfo& event)
+static void walk(Fields& f, gqdb::CommItem& item)
 {
-    f.field("word1", event.word1);
-    f.field("word2", event.word2);
-    f.field("word3", event.word3);
-    f.field("word4", event.word4);
-    f.field("switch1", event.switch1);
-    f.field("switch2", event.switch2);
-    f.field("word5", event.word5);
-    f.field("value", event.value);
-    f.field("word6", event.word6);
-    f.field("word7", event.word7);
-    f.field("word8", event.word8);
-    f.field("word9", event.word9);
-    f.field("word10", event.word10);
-    f.field("switch3", event.switch3);
-    f.field("word13", event.word13);
-    f.field("text1", event.text1);
-    f.field("text2", event.text2);
-}
-
-static void walk(Fields& f, gqdb::EventState& event)
-{
-    f.field("word1", event.word1);
-    f.field("switch1", event.switch1);
-    f.field("word2", event.word2);
-    f.field("word3", event.word3);
-    f.field("word4", event.word4);
+    walk<gqdb::CommItem>(f, item);
+    f.wantsInAll(25);
+    f.wantsBehind(f.wireSize("text3") - 2);
+    f.answerIsOffBy(f.wireSize("text4") - 4);
 }
 
 // --- Variants, properties, objects --------------------------------------------------------------------------------
@@ -383,134 +154,6 @@ static void walkBlob(Fields& f, gqdb::ObjectData& object)
     f.answerIsOffBy(-2);
 }
 
-// --- Front-end records --------------------------------------------------------------------------------------------
-
-static void walk(Fields& f, gqdb::NodeHead& head)
-{
-    f.field("nodeId", head.nodeId);
-    f.field("text1", head.text1);
-    f.field("text2", head.text2);
-    f.field("text3", head.text3);
-    f.field("text4", head.text4);
-    f.field("word1", head.word1);
-    f.field("flag1", head.flag1);
-    f.field("flag2", head.flag2);
-    f.field("flag3", head.flag3);
-    f.field("flag4", head.flag4);
-    f.field("word2", head.word2);
-    f.field("word3", head.word3);
-    f.field("word4", head.word4);
-    f.field("word5", head.word5);
-    f.field("text5", head.text5);
-    f.field("text6", head.text6);
-}
-
-static void walk(Fields& f, gqdb::CommItem& item)
-{
-    f.field("commId", item.commId);
-    f.field("text1", item.text1);
-    f.field("text2", item.text2);
-    const int size3 = f.field("text3", item.text3);
-    f.field("flag1", item.flag1);
-    f.field("flag2", item.flag2);
-    const int size4 = f.field("text4", item.text4);
-    f.field("word1", item.word1);
-    f.field("text5", item.text5);
-    f.wantsInAll(25);
-    f.wantsBehind(size3 - 2);
-    f.answerIsOffBy(size4 - 4);
-}
-
-static void walk(Fields& f, gqdb::YcItem& item)
-{
-    f.field("flag1", item.flag1);
-    f.field("itemId", item.itemId);
-    f.field("text1", item.text1);
-    f.field("text2", item.text2);
-    f.field("text3", item.text3);
-    f.field("text4", item.text4);
-    f.field("flag2", item.flag2);
-    f.field("word1", item.word1);
-    f.field("word2", item.word2);
-    f.field("flag3", item.flag3);
-    f.field("coef1", item.coef1);
-    f.field("coef2", item.coef2);
-    f.field("coef3", item.coef3);
-    f.field("coef4", item.coef4);
-    f.field("word3", item.word3);
-    f.field("flag4", item.flag4);
-    f.field("flag5", item.flag5);
-    f.field("text5", item.text5);
-}
-
-static void walk(Fields& f, gqdb::YxItem& item)
-{
-    f.field("itemId", item.itemId);
-    f.field("text1", item.text1);
-    f.field("text2", item.text2);
-    f.field("text3", item.text3);
-    f.field("flag1", item.flag1);
-    f.field("word1", item.word1);
-    f.field("word2", item.word2);
-    f.field("flag2", item.flag2);
-    f.field("word3", item.word3);
-    f.field("flag3", item.flag3);
-    f.field("flag4", item.flag4);
-    f.field("flag5", item.flag5);
-    f.field("flag6", item.flag6);
-    f.field("text4", item.text4);
-}
-
-static void walk(Fields& f, gqdb::YdItem& item)
-{
-    f.field("flag1", item.flag1);
-    f.field("itemId", item.itemId);
-    f.field("text1", item.text1);
-    f.field("text2", item.text2);
-    f.field("text3", item.text3);
-    f.field("text4", item.text4);
-    f.field("flag2", item.flag2);
-    f.field("flag3", item.flag3);
-    f.field("word1", item.word1);
-    f.field("word2", item.word2);
-    f.field("flag4", item.flag4);
-    f.field("flag5", item.flag5);
-    f.field("flag6", item.flag6);
-    f.field("flag7", item.flag7);
-    f.field("float1", item.float1);
-    f.field("float2", item.float2);
-    f.field("word3", item.word3);
-    f.field("float3", item.float3);
-    f.field("float4", item.float4);
-    f.field("word4", item.word4);
-    f.field("word5", item.word5);
-    f.field("text5", item.text5);
-}
-
-static void walkYbItem(Fields& f, gqdb::YbItem& item, bool isWritten)
-{
-    f.field("itemId", item.itemId);
-    f.field("text1", item.text1);
-    f.field("text2", item.text2);
-    f.field("text3", item.text3);
-    if (isWritten)
-        f.field("flag1", item.flag1);
-    f.field("word1", item.word1);
-    f.field("word2", item.word2);
-    f.field("flag2", item.flag2);
-    f.field("text4", item.text4);
-}
-
-static void walk(Fields& f, gqdb::YbItem& item)
-{
-    walkYbItem(f, item, false);
-}
-
-static void walkWritten(Fields& f, gqdb::YbItem& item)
-{
-    walkYbItem(f, item, true);
-}
-
 // --- Waves --------------------------------------------------------------------------------------------------------
 
 class WaveContent : public Content {
@@ -568,60 +211,35 @@ static std::unique_ptr<Content> makeWave()
 
 // --- What the library does not write ------------------------------------------------------------------------------
 
-static void writeCount(size_t count, QByteArray& data)
+template <typename Record>
+static void writeReadForm(const Record& record, QByteArray& data)
 {
-    CByte2Val::int2Byte(static_cast<unsigned int>(count), data);
+    QByteArray texts[4]; // of a YbItem
+    auto& fields = const_cast<Record&>(record);
+    gqdb::CRecordSize size(texts, gqdb::RecordForm::read);
+    gqdb::walk(size, fields);
+    const int end = data.size();
+    data.resize(end + static_cast<int>(size.bytes()));
+    gqdb::CRecordWriter out(data.data() + end, texts, gqdb::RecordForm::read);
+    gqdb::walk(out, fields);
 }
 
-// Without switch0, as the reader takes it.
-static void writeReadable(const gqdb::IntPoint& point, QByteArray& data)
+template <typename Record>
+static void writeReadForms(const std::vector<Record>& list, QByteArray& data)
 {
-    QByteArray record;
-    CByte2Rdb::intPoint2Byte(point, record);
-    const size_t texts = point.text1.size() + point.text2.size() + point.text3.size() + point.text4.size();
-    data.append(record.remove(24 + static_cast<int>(texts), 1));
+    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), data);
+    for (const Record& record : list)
+        writeReadForm(record, data);
 }
 
-static void writeReadable(const std::vector<gqdb::IntPoint>& list, QByteArray& data)
+void writeReadable(const std::vector<gqdb::IntPoint>& list, QByteArray& data)
 {
-    writeCount(list.size(), data);
-    for (const gqdb::IntPoint& point : list)
-        writeReadable(point, data);
+    writeReadForms(list, data);
 }
 
-// Without flag1, as the reader takes it.
-static void writeReadable(const gqdb::YbItem& item, QByteArray& data)
+void writeReadable(const std::vector<gqdb::YbItem>& list, QByteArray& data)
 {
-    QByteArray record;
-    CByte2Fep::ybItem2Byte(item, record);
-    const int texts = item.text1.toUtf8().size() + item.text2.toUtf8().size() + item.text3.toUtf8().size();
-    data.append(record.remove(10 + texts, 1));
-}
-
-static void writeReadable(const std::vector<gqdb::YbItem>& list, QByteArray& data)
-{
-    writeCount(list.size(), data);
-    for (const gqdb::YbItem& item : list)
-        writeReadable(item, data);
-}
-
-static void writeByHand(const gqdb::HisQuery& query, QByteArray& data)
-{
-    for (unsigned int value :
-         {query.pointId, query.word1, query.word2, query.word3, query.word4, query.word5, query.word6})
-        CByte2Val::int2Byte(value, data);
-}
-
-static void writeByHand(const std::vector<gqdb::BlobData>& list, QByteArray& data)
-{
-    writeCount(list.size(), data);
-    for (const gqdb::BlobData& item : list) {
-        CByte2Val::int2Byte(item.stamp1, data);
-        CByte2Val::int2Byte(item.stamp2, data);
-        data.append(item.flag1);
-        data.append(item.flag2);
-        CByte2Val::list2Byte(item.bytes, data);
-    }
+    writeReadForms(list, data);
 }
 
 // --- Forms --------------------------------------------------------------------------------------------------------
@@ -722,7 +340,7 @@ const std::vector<Form>& recordForms()
          RecordList<FloatPoint, walk, Rdb::byte2FloatPoints, Rdb::floatPoints2Byte>::make, &definitionListFailures,
          answersOne},
         {"intPoint", "a point with an integer value, as the library reads it",
-         OneRecord<IntPoint, walk, Rdb::byte2IntPoint, writeReadable>::make, &definitionFailures, answersBytes},
+         OneRecord<IntPoint, walk, Rdb::byte2IntPoint, writeReadForm>::make, &definitionFailures, answersBytes},
         {"intPoints", "a list of it", RecordList<IntPoint, walk, Rdb::byte2IntPoints, writeReadable>::make,
          &definitionListFailures, answersOne},
         {"intPointWritten", "the same as the library writes it, with switch0",
@@ -786,8 +404,8 @@ const std::vector<Form>& recordForms()
          RecordList<BlobRealData, walk, Rdb::byte2BlobRealDatas, Rdb::blobRealDatas2Byte>::make, &blobValueListFailures,
          answersOne},
         {"blobDatas", "a list of blobs without the point",
-         RecordList<BlobData, walk, Rdb::blob2List, writeByHand>::make, &blobSamplesFailures, answersBytes, 18},
-        {"hisQuery", "a query", OneRecord<HisQuery, walk, Rdb::byte2HisQuery, writeByHand>::make, &hisQueryFailures,
+         RecordList<BlobData, walk, Rdb::blob2List, writeReadForms>::make, &blobSamplesFailures, answersBytes, 18},
+        {"hisQuery", "a query", OneRecord<HisQuery, walk, Rdb::byte2HisQuery, writeReadForm>::make, &hisQueryFailures,
          answersOne},
         {"oneSecQuery", "a query with a text",
          OneRecord<OneSecQuery, walk, Rdb::byte2OneSecQuery, Rdb::oneSecQuery2Byte>::make, &oneSecQueryFailures,
@@ -836,7 +454,7 @@ const std::vector<Form>& recordForms()
         {"ydItems", "a list of it", RecordList<YdItem, walk, Fep::byte2YdItems, Fep::ydItems2Byte>::make,
          &frontEndListFailures, answersOne},
         {"ybItem", "a signal with an integer value, as the library reads it",
-         OneRecord<YbItem, walk, Fep::byte2YbItem, writeReadable>::make, &frontEndFailures, answersBytes},
+         OneRecord<YbItem, walk, Fep::byte2YbItem, writeReadForm>::make, &frontEndFailures, answersBytes},
         {"ybItems", "a list of it", RecordList<YbItem, walk, Fep::byte2YbItems, writeReadable>::make,
          &frontEndListFailures, answersOne},
         {"ybItemWritten", "the same as the library writes it, with flag1",

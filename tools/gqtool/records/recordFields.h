@@ -10,9 +10,11 @@
 #include <vector>
 
 #include <byte2Rdb.h>
+#include <fepRecords.h>
+#include <recordWalk.h>
 
-// The fields of every record by name, in the order of the bytes: one description, which decoding, encoding and tests
-// walk through.
+// The forms of bytes that gqtool knows, and the fields of each by name, in the order of the bytes. The fields of plain
+// records are the lists that the library itself walks through (rdbFields.h, fepFields.h).
 
 struct StoredWave {
     gqdb::BlobWaveHead head;
@@ -27,7 +29,7 @@ struct StoredWave {
 
 // A walk through the fields of a record or list. What it does with each field is its own: take it off bytes or JSON,
 // print it.
-class Fields {
+class Fields : public gqdb::CFieldListener {
 public:
     Fields() = default;
     virtual ~Fields() = default;
@@ -36,22 +38,17 @@ public:
 
     // --- A field each. In an item of a list that is no record, it has no name: null ---
 
-    virtual void field(const char* name, unsigned char& value) = 0;
-    virtual void field(const char* name, unsigned int& value) = 0;
-    virtual void field(const char* name, int& value) = 0;
-    virtual void field(const char* name, float& value) = 0;
-    virtual void field(const char* name, double& value) = 0;
+    using CFieldListener::field;
     void field(const char* name, char& value) { field(name, reinterpret_cast<unsigned char&>(value)); }
 
-    // Texts behind a length of 2 bytes. The bytes on the wire, length and all; 0 where the walk has no wire.
-    virtual int field(const char* name, std::string& text) = 0;
-    virtual int field(const char* name, QString& text) = 0;
+    // Number of bytes on the wire of the last text of that name, its length included; 0 if the fields are not on a wire.
+    virtual int wireSize(const char* /*name*/) const { return 0; }
 
-    virtual void slot(const char* name, std::string& text) = 0;                  // a text in 258 bytes
-    virtual void bytes(const char* name, unsigned char* first, int size) = 0;    // of a fixed number
-    virtual void bytes(const char* name, std::vector<unsigned char>& value) = 0; // behind a length of 4 bytes
-    virtual void skip() = 0;                                                     // a byte that is no field
-    virtual void samples(StoredWave& wave) = 0;                                  // marks and samples of a wave
+    using CFieldListener::bytes;
+    virtual void slot(const char* name, std::string& text) = 0;               // a text in 258 bytes
+    virtual void bytes(const char* name, unsigned char* first, int size) = 0; // of a fixed number
+    virtual void skip() = 0;                                                  // a byte that is no field
+    virtual void samples(StoredWave& wave) = 0;                               // marks and samples of a wave
 
     // A text that the library's reader does not give back as it was: comparisons leave it out.
     virtual void lostText(const char* name, std::string& text) { field(name, text); }
@@ -68,11 +65,26 @@ public:
     virtual void endItem() = 0;
     virtual void endList() = 0;
 
+    void array(const char* name, int* first, int count) override { walkArray(name, first, count); }
+    void array(const char* name, float* first, int count) override { walkArray(name, first, count); }
+
     // --- Odd habits of the library's readers, told behind the last field of a record ---
 
     virtual void wantsInAll(int) {}    // so many bytes from the record's first byte on
     virtual void wantsBehind(int) {}   // so many bytes behind the record
     virtual void answerIsOffBy(int) {} // the reader's answer is the bytes consumed and so many more
+
+private:
+    template <typename Value>
+    void walkArray(const char* name, Value* first, int size)
+    {
+        const unsigned int count = beginList(name, 0, static_cast<size_t>(size));
+        for (unsigned int i = 0; i < count && beginItem(i); ++i) {
+            field(nullptr, first[i]);
+            endItem();
+        }
+        endList();
+    }
 };
 
 // A record, a list or a wave as the library holds it.
@@ -107,3 +119,7 @@ struct Form {
 
 const std::vector<Form>& recordForms();
 const Form* findForm(const QString& name);
+
+// Append a list in the form that the library reads: without switch0, without flag1.
+void writeReadable(const std::vector<gqdb::IntPoint>& list, QByteArray& data);
+void writeReadable(const std::vector<gqdb::YbItem>& list, QByteArray& data);

@@ -26,16 +26,11 @@ public:
     void field(const char* name, int& value) override { json.add(name, QString::number(value)); }
     void field(const char* name, float& value) override { json.add(name, jsonText(value)); }
     void field(const char* name, double& value) override { json.add(name, jsonText(value)); }
-    int field(const char* name, std::string& text) override
+    void field(const char* name, std::string& text) override
     {
         json.add(name, jsonText(QByteArray::fromStdString(text)));
-        return 0;
     }
-    int field(const char* name, QString& text) override
-    {
-        json.add(name, jsonText(text.toUtf8()));
-        return 0;
-    }
+    void field(const char* name, QString& text) override { json.add(name, jsonText(text.toUtf8())); }
     void slot(const char* name, std::string& text) override { field(name, text); }
     void bytes(const char* name, unsigned char* first, int size) override
     {
@@ -122,18 +117,13 @@ public:
         if (!json.isUndefined())
             readDouble(json, pathOf(name), value);
     }
-    int field(const char* name, std::string& text) override
-    {
-        text = takeText(name, longestText).toStdString();
-        return 0;
-    }
-    int field(const char* name, QString& text) override
+    void field(const char* name, std::string& text) override { text = takeText(name, longestText).toStdString(); }
+    void field(const char* name, QString& text) override
     {
         const QByteArray bytes = takeText(name, longestText);
         text = QString::fromUtf8(bytes);
         if (text.toUtf8() != bytes)
             fail(name, "must be UTF-8: the library writes this text as UTF-8");
-        return 0;
     }
     void slot(const char* name, std::string& text) override { text = takeText(name, longestSlotText).toStdString(); }
     void bytes(const char* name, unsigned char* first, int size) override

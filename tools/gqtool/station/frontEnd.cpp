@@ -1,5 +1,6 @@
 #include "frontEnd.h"
 
+#include "gqtool/records/recordFields.h"
 #include "shared/stationProtocol.h"
 
 #include <byte2Fep.h>
@@ -103,19 +104,10 @@ static std::vector<gqdb::YbItem> ybItems()
     return {pumps, step};
 }
 
-// The list as byte2YbItems reads it: without the byte of flag1, which ybItem2Byte writes ahead of word1.
 static QByteArray readableYbItems()
 {
-    const std::vector<gqdb::YbItem> list = ybItems();
     QByteArray data;
-    CByte2Fep::int2Byte(static_cast<int>(list.size()), data);
-    for (const gqdb::YbItem& item : list) {
-        QByteArray record;
-        CByte2Fep::ybItem2Byte(item, record);
-        const QString texts = item.text1 + item.text2 + item.text3;
-        record.remove(10 + texts.toUtf8().size(), 1);
-        data += record;
-    }
+    writeReadable(ybItems(), data);
     return data;
 }
 

@@ -1,5 +1,6 @@
 #include "pointDatabase.h"
 
+#include "gqtool/records/recordFields.h"
 #include "shared/recordConstants.h"
 #include "shared/stationProtocol.h"
 
@@ -86,19 +87,10 @@ static std::vector<gqdb::PointInfo> pointInfos()
     return list;
 }
 
-// The list as byte2IntPoints reads it: without the byte of switch0, which intPoint2Byte writes ahead of code4.
 static QByteArray readableIntPoints()
 {
     QByteArray data;
-    const std::vector<gqdb::IntPoint> list = intPoints();
-    CByte2Rdb::int2Byte(static_cast<int>(list.size()), data);
-    for (const gqdb::IntPoint& point : list) {
-        QByteArray record;
-        CByte2Rdb::intPoint2Byte(point, record);
-        const size_t texts = point.text1.size() + point.text2.size() + point.text3.size() + point.text4.size();
-        record.remove(24 + static_cast<int>(texts), 1);
-        data += record;
-    }
+    writeReadable(intPoints(), data);
     return data;
 }
 
