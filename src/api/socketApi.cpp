@@ -47,7 +47,7 @@ void CSocketAPI::addHeader(unsigned char command, unsigned char arg1, unsigned c
 {
     char header[headerSize] = {frameStart}; // the length stays 0 until addEnd
     store16(static_cast<unsigned int>(seq), header + 5);
-    header[7] = static_cast<char>(arg2); // the arguments stand back to front
+    header[7] = static_cast<char>(arg2); // arg2 precedes arg1
     header[8] = static_cast<char>(arg1);
     header[9] = static_cast<char>(command);
     data.append(header, headerSize);
@@ -59,7 +59,7 @@ int CSocketAPI::addEnd(QByteArray& data)
     if (size < 4)
         return 0;
     if (size == 4)
-        data.resize(5); // the length field's last byte lies behind the end
+        data.resize(5); // the length field ends at the fifth byte
     store32(static_cast<unsigned int>(size - headerSize), data.data() + 1);
     const char tail[3] = {0, 0, frameEnd};
     data.append(tail, sizeof tail);

@@ -48,7 +48,7 @@ int CTcpAPI::connect(const std::string& host, int port)
 
 int CTcpAPI::connectServer(const std::string& host, int port)
 {
-    // A socket opened in here has no time-outs: they are deliberately not set again.
+    // A socket that this call opens has no time-outs: they are deliberately not set again.
     const int result = socket->connect(host, port, false);
     if (result != 1)
         return result;
@@ -111,7 +111,7 @@ int CTcpAPI::setState(int value)
 
 // --- Requests -----------------------------------------------------------------------------------------------------
 
-// The first half of a request: 1, or the code that ends it.
+// Returns 1, or the result that ends the request.
 static int connectAndSend(CTcpAPI& client, const QByteArray& frame)
 {
     const int result = client.checkConnect();
@@ -150,7 +150,7 @@ int CTcpAPI::requestInt(unsigned char command, int value)
     result = sendInt(command, value);
     if (result == 1)
         return recvInt();
-    connected = false; // sendInt has cleared it too, but for a client without a socket
+    connected = false; // sendInt has already done so unless the socket is null
     return result;
 }
 
@@ -248,7 +248,7 @@ int CTcpAPI::recvDatas(int& len)
         }
         pos = 0;
     } while (!recvData(recvBuffer, count, pos));
-    // Bytes of this read behind the frame are lost with it: one request, one reply.
+    // Bytes of this read after the frame are lost: each request has one reply.
     return CReplyFrame(recvFrame, recvFrameSize).result(len);
 }
 

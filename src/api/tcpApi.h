@@ -10,117 +10,113 @@ class CTcpSocket;
 
 namespace gqdb {
 
-// Request and reply client over one TCP connection. Call order: construct, connect, any number of request* or
-// ready-made commands, close. Frames, payloads and the results of every operation: see CSocketAPI.
+// Request and reply client over one TCP connection. Call connect once, then any number of request* operations and
+// ready-made commands, then close. CSocketAPI documents frames, payloads and results.
 //
-// A lost link is rebuilt by the next request: request* and the ready-made commands except setTime call checkConnect
-// first. Habits to know before they are met:
-//   - The time-outs are set on the socket that the constructor opens. A socket that a later connect opens anew has
-//     none: its wait for the greeting and each read last until the peer closes. A derived class opens the socket itself
-//     and sets the times before the request; setting them after it is too late for the greeting.
-//   - A reply that recvInt refuses (error frame, bad frame, short payload) marks the link down but leaves the socket
-//     open. The next request then waits for a greeting that does not come, ends with 0 and closes the socket; only the
-//     one after it succeeds. A reply that recvBytes, recvInts or recvStrings refuses leaves the link up.
-//   - What a read brought after the end of a frame is lost: the protocol is strictly one request, one reply.
-//   - One send(2) a request; a partial write counts as success.
-//
-// One thread at a time on one object.
+// If the link is down, request* and the ready-made commands except setTime reconnect first, by checkConnect.
+// Behaviour to know in advance:
+//   - The time-outs are set on the socket that the constructor opens. A socket that a later connect opens has none:
+//     the wait for the greeting and each read can last until the peer closes. To have time-outs, a derived class opens
+//     the socket and sets them before the request.
+//   - If recvInt refuses a reply (error frame, bad frame, short payload), it marks the link down but leaves the socket
+//     open. The next request then waits for a greeting that does not come, returns 0 and closes the socket; the request
+//     after it reconnects. If recvBytes, recvInts or recvStrings refuses a reply, the link stays up.
+//   - Bytes that a read brings after the end of a frame are lost: each request has one reply.
+//   - A request is one send(2); a partial write counts as success.
 class GQLIB_EXPORT CTcpAPI : public CSocketAPI {
 public:
-    // Opens a socket at once, with both time-outs at 9000 ms. That prints "setRecvOverTm:0, 9000" on standard output,
-    // as each setRecvOverTm on an open socket prints its line, and sets SIGPIPE to be ignored in the whole process.
+    // Opens a socket and sets both time-outs to 9000 ms. This prints "setRecvOverTm:0, 9000" to standard output, as
+    // every setRecvOverTm on an open socket prints a line, and makes the process ignore SIGPIPE.
     CTcpAPI();
     ~CTcpAPI();
 
-    // Keep the time in milliseconds and set it on the socket as it stands. 1, also on a closed socket.
+    // Store the time-out in milliseconds and set it on the socket if it is open. Return 1, also if it is closed.
     int setRecvOverTm(int ms) override;
     int setSendOverTm(int ms) override;
 
     // --- Link ---
 
-    // First connect, to dotted IPv4 text and a port in host byte order; keeps both for reconnecting and allocates the
-    // read buffer.
-    //    1  connected and greeted
-    //    0  not greeted: silence, a server that closed first, or a greeting of 0 or below; or the connect is still in
-    //       progress
+    // Allocates the read buffer, stores the address (dotted IPv4 text, port in host byte order) for reconnecting, and
+    // connects.
+    //    1  connected, greeting received
+    //    0  no greeting: time-out, closed by the server, or a greeting of 0 or below; or still connecting
     //   -1  refused, unreachable, no memory
-    // On a link that is up it waits for a second greeting, which does not come: 0, with the link down.
+    // If the link is up, it waits for a second greeting, which does not come: 0, and the link is down.
     int connect(const std::string& host, int port);
 
-    // One attempt: endpoint connect, then the server's greeting, a frame with one integer above 0. An error frame with
-    // a code above 1 passes as a greeting too. Neither keeps the address nor sets the connected flag. 1, 0 or -1 as
-    // above.
+    // Connects once and receives the server's greeting, a frame with one integer above 0; an error frame with a code
+    // above 1 passes as well. Stores no address and does not set the connected flag. Returns 1, 0 or -1 as above.
     int connectServer(const std::string& host, int port);
 
-    // 1 if connected, else one attempt with the address that connect kept. connect comes first: the read buffer is
-    // made there.
+    // Returns 1 if connected, else the result of connectServer with the stored address; 1 sets the connected flag.
+    // connect must have been called before: it allocates the read buffer.
     int checkConnect();
 
-    // Closes the socket and clears the connected flag. 1.
+    // Closes the socket and clears the connected flag. Returns 1.
     int close();
 
-    // --- Ready-made commands: the integer of the reply, or a code ---
-    // What they make a server do, what its integer means and what the two integers of setTime stand for is agreed with
-    // the server; the library only carries them.
+    // --- Ready-made commands: return the integer of the reply, or a code ---
+    // The server defines their effect and the meaning of the integers.
 
     int systemState();                  // command 1, payload: the current time in seconds since 1970
-    int systemTime();                   // command 2, likewise
-    int clear();                        // command 3, likewise
-    int setTime(int first, int second); // command 5, two bare integers; does not reconnect
-    int setState(int value);            // command 6, one integer
+    int systemTime();                   // command 2, payload: the current time in seconds since 1970
+    int clear();                        // command 3, payload: the current time in seconds since 1970
+    int setTime(int first, int second); // command 5, payload: the two integers without a count; does not reconnect
+    int setState(int value);            // command 6, payload: the integer
 
-    // --- Requests: checkConnect, send, receive; the first result other than 1 ends them ---
+    // --- Requests: checkConnect, send, receive; the first failure ends them and is the result ---
 
-    // `frame` is finished, with its tail. `count` and `out` as for the recv operation of the same kind.
+    // `frame` is complete, with its tail. `count` and `out` are those of the recv operation.
     int requestInt(const QByteArray& frame);
     int requestBytes(const QByteArray& frame, int count, std::vector<unsigned char>& out);
     int requestInts(const QByteArray& frame, int count, std::vector<int>& out);
     int requestStrings(const QByteArray& frame, int count, QStringList& out);
 
-    // The payload is one integer, or a list of integers.
+    // Send one integer or a list of integers.
     int requestInt(unsigned char command, int value);
     int requestInt(unsigned char command, const std::vector<int>& values);
 
-    // --- Sending: 1, or -1 with the socket closed and the link down. None of these reconnects ---
+    // --- Sending: 1; or -1, with the socket closed and the link down. They do not reconnect ---
 
-    // The frame as it stands, in one send(2).
+    // Sends the frame unchanged, with one send(2). An empty one gives -1.
     int sendDatas(const QByteArray& frame);
     int sendDatas(unsigned char command); // no payload
-    // A frame that holds these, in the standard payload.
+    // Send a frame with the standard payload.
     int sendInt(unsigned char command, int value);
     int sendInts(unsigned char command, const std::vector<int>& values);
 
     // --- Receiving ---
 
-    // One frame: the integer of its payload, or a code. Every code but a reply's integer marks the link down.
+    // Receives one frame and returns the integer of its payload, or a code. A code marks the link down.
     int recvInt();
 
-    // Frames until `out`, which is appended to, holds `count` elements in total, those on entry included; a single
-    // frame if `count` is 0 or below. 1, or the first code of a frame; what came ahead of it stays in `out`.
+    // Receive frames and append their elements to `out` until it has `count` elements, including those on entry; at
+    // least one frame. Return 1, or the first other code; elements received before it stay in `out`.
     int recvBytes(int count, std::vector<unsigned char>& out);
     int recvInts(int count, std::vector<int>& out);
     int recvStrings(int count, QStringList& out);
 
     // --- Frame by frame, for derived clients ---
 
-    // Reads until one checked frame stands in recvFrame and gives its payload length.
-    //     1  recvFrame holds it; parse from offset headerSize, then clear recvFrame and set recvFrameSize to 0. An
-    //        error frame that holds 1 gives 1 too, but leaves recvFrame empty: look before parsing
-    //     0  time-out, with the socket closed; or a frame that failed its check and was dropped
-    //    -1  the peer closed or the read failed, with the socket closed
-    //   any other  an error frame's code, -2 if it has none
+    // Reads until recvFrame is a complete frame, then checks it. `len` receives its payload length.
+    //     1  parse recvFrame from offset headerSize, then clear it and set recvFrameSize to 0. An error frame that
+    //        contains 1 also gives 1, but leaves recvFrame empty: check before parsing
+    //     0  time-out, and the socket was closed; or the frame failed its check and was dropped
+    //    -1  the peer closed or the read failed, and the socket was closed
+    //   any other  the code of an error frame, -2 if it has none
     int recvDatas(int& len);
 
-    // Feeds bytes from `pos` on into recvFrame, moving `pos`. True once the frame is whole; false when the bytes ended
-    // first, and the next call goes on. Bytes ahead of a start byte are skipped. A false start byte is not found out:
-    // the frame taken from it fails its check at its end.
+    // Appends bytes of `buf`, from `pos` on, to recvFrame and advances `pos`. Returns true once the frame is complete,
+    // false if the bytes ended first; the next call continues. Bytes before a start byte are skipped. Garbage that
+    // contains a start byte is taken for a frame, which isRecvOk then refuses unless lengths and end byte happen to
+    // fit.
     bool recvData(const char* buf, int size, int& pos);
 
-    // Whether lengths and end byte of the frame in recvFrame hold; `len` gets its payload length.
+    // Returns true if lengths and end byte of recvFrame are consistent. `len` receives its payload length.
     bool isRecvOk(int& len);
 
 protected:
-    CTcpSocket* socket; // owned; its open() gives it a new descriptor
+    CTcpSocket* socket; // owned
 };
 
 } // namespace gqdb

@@ -34,7 +34,7 @@ void CGqFileLog::info(const QString& text)
 void CGqFileLog::info(const QString& text, unsigned int seconds, unsigned int milliseconds)
 {
     const CMutexLocker lock(&queueMutex);
-    queue.append(LogData()); // empty, and assigned where it stands: the text is shared once, not three times
+    queue.append(LogData()); // empty, and filled in place: the text is shared once, not three times
     LogData& record = queue.last();
     record.text = text;
     record.seconds = seconds;

@@ -7,59 +7,61 @@
 #include <QList>
 #include <QString>
 
-// A buffered text log. info() queues a line in memory; nothing touches the disk until the application calls save().
-// There is no thread of its own: who calls save(), and how often, is the application's decision.
+// A buffered text log. info() queues a record in memory; only save() writes to the disk, and only when the application
+// calls it.
 //
-// The file is UTF-8 text, a line for each record: with time the prefix "<hh:mm:ss.mmm> " (no date; the local time as it
-// stands at the save()), then the message, then "\n". Behind the batch that brings it to 30000 records the file is
-// moved aside, to its name with ".bak" appended, in place of the one that was there; the next save begins a new file. A
-// move that fails is not noticed: the older file is gone, the file goes on, and the count starts at 0. Nothing else
-// bounds or ages the log, and nothing bounds the queue: without save() it grows until memory ends.
+// The file is UTF-8 text with one line for each record: the prefix "<hh:mm:ss.mmm> " (unless switched off; no date; in
+// the time zone that is set when save() runs), the message, and "\n". Once an object has saved 30000 records since
+// init(), the file is renamed to its name with ".bak" appended, replacing an older one, and the next save() begins a
+// new file. Records that are already in the file, or that other objects save, are not counted: such a file grows
+// longer, and if programs restart before 30000 records it grows without limit. If the renaming fails, the older ".bak"
+// is lost, the file keeps growing, and the count restarts at 0; this is not reported. The queue is not limited either:
+// without save() it grows until memory is exhausted.
 //
-// info() and save() may be called from any thread at any time; info() never waits for the disk. Records of one batch
-// keep the order of their info() calls, but the batches of two concurrent save() calls may stand in the file in either
-// order. init(), clear() and saveDatas() take no lock: keep them apart from save() and from each other.
+// Any thread may call info() and save() at any time; info() never waits for the disk. The records of one save() are in
+// the order of their info() calls, but two concurrent save() calls may write in either order. init(), clear() and
+// saveDatas() take no lock: do not call them during save() or each other.
 //
-// The destructor drops what is still queued: call save() first.
+// The destructor discards queued records: call save() first.
 class GQLIB_EXPORT CGqFileLog {
 public:
-    // A line that is queued.
+    // A queued record.
     struct LogData {
         QString text;                  // the message, without a line end
         unsigned int seconds = 0;      // since 1970-01-01 00:00 UTC
-        unsigned int milliseconds = 0; // shown as it is, even above 999; from 2^31 on as a negative number
+        unsigned int milliseconds = 0; // printed unchanged, even above 999; from 2^31 on as a negative number
     };
 
-    explicit CGqFileLog(bool showTime = true); // whether the lines begin with their time
+    explicit CGqFileLog(bool showTime = true); // lines begin with their time if it is true
     CGqFileLog(const CGqFileLog&) = delete;
     CGqFileLog& operator=(const CGqFileLog&) = delete;
 
-    // Names the file, made absolute against the working directory of this moment, and counts its records from 0,
-    // however many it holds. Creates neither the file nor a folder. Always true.
+    // Sets the file, relative to the current working directory, and the count of records to 0. Creates neither the file
+    // nor a folder. Returns true.
     bool init(const QString& path);
 
-    // Removes the file, not the ".bak". Whether QFile::remove() did. Queue and count stay as they are.
+    // Removes the file, but not the ".bak". Returns the result of QFile::remove(). Queue and count do not change.
     bool clear();
 
-    // Queues a line: with the present second and 0 milliseconds, or with a time of the caller's.
-    // A message ends at its first NUL, and loses its line end with it: the next record follows on the same line. A "\n"
-    // in it is written as it stands.
+    // Queue a record with the current second and 0 milliseconds, or with the given time. If a message contains a NUL,
+    // the rest of it and the line end are not written: the next record follows on the same line. A "\n" in a message is
+    // written unchanged.
     void info(const QString& text);
     void info(const QString& text, unsigned int seconds, unsigned int milliseconds);
 
-    // Writes out what is queued. True, for an empty queue too, which leaves the file alone.
-    // False if the file can't be opened (no init(), a missing folder, no rights): the queued records are lost then. A
-    // write that fails, on a full disk for one, is not noticed: true, and the records are lost too.
+    // Appends the queued records to the file. Returns true, or false if the file cannot be opened (no init(), missing
+    // folder, no permission); the records are lost then. A failed write, for example on a full disk, is not detected:
+    // it returns true although records are lost. With an empty queue it returns true without opening the file.
     bool save();
 
-    // Writes a batch, as save() does with the queue. The caller keeps other writers off meanwhile.
+    // Writes a list of records as save() writes the queue. The caller must exclude other writers.
     bool saveDatas(const QList<LogData>& batch);
 
 protected:
     QFile file;
     bool withTime;
-    int savedCount; // records since init() or the last move aside
+    int savedCount; // records since init() or the last renaming
     QList<LogData> queue;
-    gqdb::CMutex queueMutex; // held for an append or a swap, never together with fileMutex
-    gqdb::CMutex fileMutex;  // held for the file work of a batch
+    gqdb::CMutex queueMutex; // held while records are appended or taken, never together with fileMutex
+    gqdb::CMutex fileMutex;  // held while save() writes
 };

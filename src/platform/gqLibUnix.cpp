@@ -11,11 +11,11 @@ static void* start_thread(void* arg)
 {
     CThread* thread = static_cast<CThread*>(arg);
     thread->run();
-    thread->setExitState(); // not reached by a cancelled thread, which deliberately goes on counting as running
+    thread->setExitState(); // not reached by a cancelled thread: isRunning() deliberately stays true
     return nullptr;
 }
 
-// The one plain read of the cell, while the thread may be writing it.
+// The only plain read of the handle while the thread may be writing it.
 static pthread_t readCell(const pthread_t* cell)
 {
     return *cell;
@@ -121,7 +121,7 @@ void CReadWriteLock::lockForRead()
 {
     pthread_mutex_lock(&readerGuard);
     if (readerCount == 0)
-        pthread_mutex_lock(&writeMutex); // with the guard held: the readers behind wait there
+        pthread_mutex_lock(&writeMutex); // with the guard held: further readers wait for the guard
     ++readerCount;
     pthread_mutex_unlock(&readerGuard);
 }
@@ -134,7 +134,7 @@ void CReadWriteLock::unlockForRead()
         readerCount = left;
     } else {
         readerCount = 0;
-        pthread_mutex_unlock(&writeMutex); // fails unseen in any thread but the first reader's, deliberately
+        pthread_mutex_unlock(&writeMutex); // deliberately fails without notice in any thread but the first reader's
     }
     pthread_mutex_unlock(&readerGuard);
 }

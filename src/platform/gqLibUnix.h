@@ -4,55 +4,54 @@
 
 #include <pthread.h>
 
-// Threads, locks and small helpers, thin over POSIX threads. Results of the pthread calls are looked at by start()
-// alone.
+// Threads, locks and small helpers over POSIX threads. Only start() checks the result of its pthread call.
 namespace gqdb {
 
-// A thread to derive from; run() is its whole work. Threads are detached: there is no join, and the only way to learn
-// of an end is to poll isRunning().
+// Base class of a thread, whose work is run(). Threads are detached: they cannot be joined, and the only way to detect
+// the end of one is to poll isRunning().
 //
-// start() and terminate() belong to one thread at a time. isRunning() may be asked from any: it is a plain read of a
-// cell that the thread clears at its end, without a lock or an atomic operation, so that it tells the end but orders
-// nothing else. What the thread has made, take under a lock.
+// Only one thread at a time may call start() and terminate(). Any thread may call isRunning(), which reads a variable
+// that the thread clears at its end, without a lock or an atomic operation: false does not make other data of the
+// thread visible. Protect the results of a thread with a lock.
 class GQLIB_EXPORT CThread {
 public:
     CThread();
 
-    // Neither stops the thread nor waits for it. Destroy the object only once isRunning() is false: a thread that still
-    // runs goes on in a dead object, and writes into it at its end.
+    // Neither stops the thread nor waits for it. Destroy the object only once isRunning() is false: a running thread
+    // keeps using the object and writes to it at its end.
     virtual ~CThread();
 
     CThread(const CThread&) = delete;
     CThread& operator=(const CThread&) = delete;
 
-    // An exception that leaves it ends the program.
+    // An exception that leaves run() ends the program.
     virtual void run() = 0;
 
-    // Starts run() in a detached thread, with the scheduling of its starter and the system's stack size. Whether
-    // pthread_create(3) made one. After its end it can be started anew. A second start while the first still runs is
-    // not refused: whichever leaves run() first clears isRunning() for both. Behind a false isRunning() may say
-    // anything: do not terminate() then.
+    // Starts run() in a detached thread with the scheduling of the caller and the default stack size. Returns true if
+    // pthread_create(3) succeeded. After its end, the thread can be started again. A second start while the first still
+    // runs is not refused: the first of the two that leaves run() makes isRunning() return false for both. If start()
+    // returned false, isRunning() is meaningless; do not call terminate().
     bool start();
 
-    // Asks for cancellation, if a thread was started: see pthread_cancel(3). Does not wait. A cancelled thread goes on
-    // counting as running; call setExitState() once you know that it has ended: an object in run() whose destructor
-    // sets a flag under a lock can tell, for cancellation runs it. Code in run() that swallows every
-    // exception (catch (...)) makes the program end, for cancellation unwinds the stack. Never call it on a thread that
-    // has ended by cancellation, nor while it may be ending by itself: its handle is no longer valid then.
+    // Requests cancellation of a running thread with pthread_cancel(3) and does not wait. isRunning() stays true; call
+    // setExitState() once the thread has ended. To detect that, let the destructor of an object in run() set a flag
+    // under a lock: cancellation unwinds the stack. Code in run() that catches all exceptions (catch (...)) without
+    // rethrowing ends the program. Do not call terminate() on a cancelled thread, nor while the thread may be ending:
+    // the handle is no longer valid then.
     void terminate();
 
-    // From start() until run() returns or setExitState() is called.
+    // Returns true from start() until run() returns or setExitState() is called.
     bool isRunning();
 
-    // Lets isRunning() answer false. Every thread does so itself behind run().
+    // Makes isRunning() return false. Each thread does this itself after run().
     void setExitState();
 
 protected:
-    int threadId; // the low 32 bits of the handle, as start() found it: 0 if the thread had ended by then; for display
-    pthread_t* threadHandle; // owned; 0 in it: not running
+    int threadId; // low 32 bits of the handle as read by start(), 0 if the thread had already ended; for display
+    pthread_t* threadHandle; // points to the handle, 0 if not running; owned
 };
 
-// A recursive mutex: one thread may lock it several times and has to unlock it as often. There is no try-lock.
+// A recursive mutex: a thread may lock it several times and must unlock it as often. There is no try-lock.
 class GQLIB_EXPORT CMutex {
 public:
     CMutex();
@@ -60,14 +59,14 @@ public:
     CMutex(const CMutex&) = delete;
     CMutex& operator=(const CMutex&) = delete;
 
-    void lock();   // waits without limit while another thread has it
-    void unlock(); // by the thread that locked it
+    void lock();   // waits indefinitely while another thread holds it
+    void unlock(); // only the thread that locked it can unlock it
 
 protected:
     pthread_mutex_t handle;
 };
 
-// Holds a mutex for its lifetime. The mutex is not owned, and must not be null.
+// Locks a mutex for its lifetime. The mutex is not owned and must not be null.
 class GQLIB_EXPORT CMutexLocker {
 public:
     CMutexLocker(CMutex* mutexToLock); // locks
@@ -79,21 +78,21 @@ protected:
     CMutex* mutex;
 };
 
-// Many readers or one writer. Readers join as long as one of them is in, so that writers can starve.
+// Several readers or one writer. While one thread reads, further readers are admitted, so that writers can starve.
 //
-// The lock belongs to the thread of the first reader, and only that thread can give it back. Where another thread is
-// the last reader out, its unlock fails unseen (EPERM), and the lock stays with the first reader's thread for good:
-// writers in all other threads wait for ever, the next reader among them waits too, and from then on so does everyone
-// who reads or stops reading. Use it only where the thread that is first in is last out too; else use a CMutex, or
-// std::shared_mutex.
+// The thread of the first reader owns the lock, and only that thread can release it. If another thread is the last
+// reader to unlock, its unlock fails without notice (EPERM) and the first reader's thread keeps the lock: writers in
+// all other threads wait indefinitely, and so does the next reader among them; after that, every lockForRead and
+// unlockForRead waits too. Use this class only if the first thread to lock for reading is the last to unlock; otherwise
+// use CMutex or std::shared_mutex.
 //
-// A thread may lock twice, if it unlocks as often. But take care where one both reads and writes:
-//   - a writer may read as well as long as no other thread reads or waits to; else both wait for ever
-//   - the first reader gets the write lock at once, even while others read: it keeps none of them out
-//   - any other reader that asks for writing waits for itself
+// A thread may lock several times if it unlocks as often. Take care if it both reads and writes:
+//   - a writer may also read unless another thread is waiting to read: then both wait indefinitely
+//   - the first reader gets the write lock immediately, even while others read
+//   - any other reader that locks for writing waits indefinitely
 //
-// ThreadSanitizer reports an inverted order of its two mutexes. It does no harm: a last reader takes them the other way
-// round only while readerCount keeps the first ones off the second mutex.
+// ThreadSanitizer reports an inverted order of the two mutexes. There is no deadlock: only a last reader takes them in
+// the other order, while readerCount keeps first readers from the second mutex.
 class GQLIB_EXPORT CReadWriteLock {
 public:
     CReadWriteLock();
@@ -102,26 +101,26 @@ public:
     CReadWriteLock& operator=(const CReadWriteLock&) = delete;
 
     void lockForRead();    // waits while another thread writes
-    void unlockForRead();  // without a reader it changes nothing but gives a held write lock of this thread back
-    void lockForWrite();   // waits while another thread writes or any reads, but see above
-    void unlockForWrite(); // by the thread that locked it
+    void unlockForRead();  // if there is no reader, releases a write lock of this thread
+    void lockForWrite();   // waits while another thread writes or reads, with the exceptions above
+    void unlockForWrite(); // only the thread that locked it can unlock it
 
 protected:
     int readerCount;
     pthread_mutex_t readerGuard; // held while readerCount changes, and while the first reader waits for a writer
-    pthread_mutex_t writeMutex;  // of the writer, or of the first reader on behalf of all
+    pthread_mutex_t writeMutex;  // held by the writer, or by the first reader on behalf of all readers
 };
 
-// Sleeps for so many milliseconds, not seconds as sleep(3) does; from 0 down it yields the processor once. A signal
-// ends it, or one of its two steps (whole seconds, then the rest), early. Behind `using namespace gqdb` a bare sleep(1)
-// is this one, a millisecond: write ::sleep for seconds.
+// Sleeps for `ms` milliseconds (not seconds, as sleep(3) does); 0 or a negative value yields the processor once. From
+// 1000 on it sleeps in two steps, whole seconds and the rest. A signal ends the current step early. In a scope with
+// `using namespace gqdb`, call ::sleep for the function of the system.
 GQLIB_EXPORT void sleep(int ms);
 
-// Sleeps for so many microseconds; from 0 down it returns at once. A signal ends it early.
+// Sleeps for `us` microseconds; returns immediately if it is 0 or negative. A signal ends it early.
 GQLIB_EXPORT void usleep(int us);
 
-// A 64-bit value of two halves. A negative `low` of the signed form fills the upper half with ones, whatever `high`
-// was.
+// Return the 64-bit value of two halves. In the signed form, a negative `low` sets all bits of the upper half, whatever
+// `high` is.
 GQLIB_EXPORT long long int2Int64(int high, int low);
 GQLIB_EXPORT unsigned long long int2UInt64(unsigned int high, unsigned int low);
 

@@ -62,7 +62,7 @@ static speed_t speedOf(int baud)
     case 115200:
         return B115200;
     default:
-        return B9600; // whatever else was asked for
+        return B9600; // any other value
     }
 }
 

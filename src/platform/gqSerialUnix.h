@@ -2,14 +2,14 @@
 
 #include "gqLibExport.h"
 
-// One serial line of this machine, by number: /dev/ttyS0 and on. No line editing, no echo, no signals. Pass a
-// flowControl of 0 for binary telegrams: with any other, XON/XOFF and the translation of line ends stay as the line had
-// them, and bytes change on the way. It never blocks: see recv and send, and termios(3) for the flags. One object
-// belongs to one thread at a time.
+// One serial line of this machine, /dev/ttyS0, /dev/ttyS1 and so on, without line editing, echo and signals. Pass a
+// flowControl of 0 for binary data: otherwise XON/XOFF and the translation of line ends stay as the line was set, and
+// can change bytes. send and recv do not wait; close can wait up to 30 s (the driver's default) for unsent bytes.
+// termios(3) documents the flags. One thread at a time may use an object.
 //
-// A device that can be opened but is no terminal, such as a number without a port behind it, leaves an object in
-// between: open() gave 0 and isOpen() is false, yet the descriptor is held. open() then answers 1 and does nothing, and
-// the destructor leaves the descriptor open: call close().
+// If the device can be opened but is not a terminal, for example because the port does not exist, open() returns 0 and
+// isOpen() is false, but the descriptor stays open. A further open() then returns 1 without effect, and the destructor
+// does not close the descriptor: call close().
 class GQLIB_EXPORT CSerial {
 public:
     CSerial();
@@ -17,33 +17,35 @@ public:
     CSerial(const CSerial&) = delete;
     CSerial& operator=(const CSerial&) = delete;
 
-    // From an open() that gave 1 to close().
+    // Returns true after a successful open() until close().
     bool isOpen();
 
-    // Opens /dev/ttyS<portNumber> and sets its parameters, of which no failure is told. 1; or 0 if it could not be
-    // opened or is no terminal. On an open line 1, with nothing changed. Says what it does through qDebug().
+    // Opens /dev/ttyS<portNumber> and sets its parameters; errors of setting them are not reported. Returns 1, or 0 if
+    // it could not be opened or is not a terminal. If a descriptor is open, returns 1 without effect. Prints to
+    // qDebug().
     int open(int portNumber, int baud, int dataBits, int stopBits, int parity, int flowControl);
 
-    // Sets the parameters of an open line, and drops what is queued in both directions. 1, or 0 with no descriptor.
-    //   baud         1200, 2400, 4800, 9600, 19200, 38400, 115200; any other runs at 9600
-    //   dataBits     5, 6, 7; any other is 8
-    //   stopBits     2; any other is 1
-    //   parity       1 odd, 2 even; any other is none
+    // Sets the parameters of an open line and discards queued bytes in both directions. Returns 1, or 0 if there is no
+    // descriptor.
+    //   baud         1200, 2400, 4800, 9600, 19200, 38400, 115200; any other value means 9600
+    //   dataBits     5, 6, 7; any other value means 8
+    //   stopBits     2; any other value means 1
+    //   parity       1 odd, 2 even; any other value means none, and clears INPCK
     //   flowControl  0 clears XON/XOFF and the translation of line ends (BRKINT, INPCK, ISTRIP, IGNCR, ICRNL, IXON,
-    //                IXANY, IXOFF, ONLCR, OCRNL); any other leaves them as they are, and switches nothing on
-    // RTS/CTS, OPOST, INLCR, IGNBRK, IGNPAR and PARMRK stay as they are.
+    //                IXANY, IXOFF, ONLCR, OCRNL); any other value leaves them as they are and enables nothing
+    // RTS/CTS, OPOST, INLCR, IGNBRK, IGNPAR and PARMRK are not changed.
     int setPara(int baud, int dataBits, int stopBits, int parity, int flowControl);
 
-    // One write(2), one read(2): their result, untouched. -1 if not open. They do not wait: with no room or nothing to
-    // read they give -1 at once, with EAGAIN in errno, so that the number alone does not tell silence from a dead line.
-    // To wait, poll(2) is of no help without the descriptor: try again after a pause.
+    // Return the result of one write(2) or read(2), or -1 if not open. With no room, or nothing to read, they return -1
+    // immediately with EAGAIN in errno: check errno to distinguish this from a broken line. To wait, try again after a
+    // pause.
     int send(const char* buffer, int length);
     int recv(char* buffer, int length);
 
-    // Harmless when closed.
+    // No effect if there is no descriptor.
     void close();
 
 protected:
     bool opened;
-    int* handle; // the descriptor's cell, owned: -1 none; 0 is a descriptor like any other
+    int* handle; // points to the descriptor, -1 if there is none; owned
 };

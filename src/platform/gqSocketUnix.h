@@ -8,18 +8,20 @@
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // a virtual destructor would add slots to the vtables
 
-// Network endpoints, thin over the POSIX socket calls: no loop, no retry on EINTR, IPv4 only; each connect, send, recv,
-// accept and wait is one system call. Nothing is thrown but by a failed allocation. errno is left as the call set it.
+// Network endpoints over the POSIX socket calls, IPv4 only. No call is repeated, not even after EINTR: each wait and
+// each transfer is one blocking call. errno is left as the failed call set it. Only a failed allocation throws.
 //
-// Times are milliseconds in an int, ports are in host byte order, addresses are dotted IPv4 text as inet_addr(3) takes
-// it, with no name look-up. Text that is no address counts as 255.255.255.255: connecting to it fails (but for a
-// CUdpClient that may send broadcasts), while Linux binds and listens there, and no client arrives. Where an address is
-// bound, "" and exactly "127.0.0.1" both mean every interface; to listen on loopback alone, say "127.1".
+// Times are in milliseconds, ports in host byte order. Addresses are dotted IPv4 text as inet_addr(3) accepts it; names
+// are not resolved. Other text means 255.255.255.255: connecting fails (except for a CUdpClient that may send
+// broadcasts), binding succeeds, but no client can connect. When binding, "" and exactly "127.0.0.1" mean every
+// interface; use "127.1" to bind to loopback only.
 //
-// Objects are independent of each other; one object belongs to one thread at a time. They are destroyed through their
-// own type, for the destructors are not virtual.
+// The descriptor of an object is 0 before it is first opened, and -1 after close() (0 in a CSocketCan). Operations that
+// do not check this act on standard input while it is 0.
+//
+// One thread at a time may use an object. The destructors are not virtual: delete an object through its own type.
 
-// Common base: storage of the descriptor, time-outs, kernel buffers. It neither makes nor closes a socket.
+// Common base: descriptor, time-outs, kernel buffers. It does not open or close sockets itself.
 class GQLIB_EXPORT CAbstractSocket {
 public:
     CAbstractSocket();
@@ -27,50 +29,49 @@ public:
     CAbstractSocket(const CAbstractSocket&) = delete;
     CAbstractSocket& operator=(const CAbstractSocket&) = delete;
 
-    // Time-out of the blocking calls on this descriptor, SO_RCVTIMEO and SO_SNDTIMEO of socket(7). 0 means none: a call
-    // then waits without limit. It ends with the descriptor: set it again on a socket that was opened anew. Linux
-    // refuses a negative time with a fraction of a second and takes a whole negative second as "return at once".
-    //   1  asked for, even if the system refused
-    //   0  no socket, nothing asked
-    // setRecvOverTm alone prints the system's answer and the time to standard output.
+    // Set the time-out of blocking calls on this descriptor, SO_RCVTIMEO and SO_SNDTIMEO of socket(7). With 0, calls
+    // wait indefinitely. A newly opened socket has no time-outs: set them again. Linux refuses a negative time unless
+    // it is a whole number of seconds, which makes calls return immediately.
+    //   1  requested, even if the system refused
+    //   0  no socket, no effect
+    // setRecvOverTm also prints the result of setsockopt(2) and the time to standard output.
     virtual int setRecvOverTm(int ms);
     virtual int setSendOverTm(int ms);
 
-    // Gives the descriptor back to the system, in the manner of each endpoint.
     virtual void close() = 0;
 
-    // Whether the descriptor is 1 or more. 0 means never opened, -1 closed.
+    // Returns true if the descriptor is 1 or more.
     bool isValid();
 
-    // Makes the descriptor non-blocking, for good. 1, or 0 if fcntl(2) failed.
+    // Makes the descriptor non-blocking. There is no way back. Returns 1, or 0 if fcntl(2) failed.
     int setAsyncMode();
 
-    // Kernel buffer sizes in bytes, SO_RCVBUF and SO_SNDBUF. 1 even if the system refused, doubled or clipped; 0 with
-    // no socket.
+    // Set the kernel buffer sizes in bytes, SO_RCVBUF and SO_SNDBUF. Return 1, even if the system refused, doubled or
+    // limited the size; 0 if there is no socket.
     int setRecvBuf(int size);
     int setSendBuf(int size);
 
-    // Address and port of the other and of this end. 1; or 0 with both outputs untouched.
+    // Return address and port of the peer, and of this end: 1, or 0 with both outputs unchanged.
     int getPeerName(std::string& peerAddress, int& peerPort);
     int getSockName(std::string& localAddress, int& localPort);
 
     // Waits up to `ms` until a read would not block; 0 polls.
-    //    1  readable: data, an end of the stream, or an error to collect
-    //    0  not in time
-    //   -1  select(2) failed, EINTR and a negative `ms` included
-    // A closed object waits out the whole time and then gives 1; a never opened one watches standard input.
+    //    1  readable: data, the end of the stream, or a pending error
+    //    0  time-out
+    //   -1  select(2) failed, also with EINTR or because `ms` is negative
+    // If the descriptor is -1, it waits for the full time and returns 1. If it is 0, it polls standard input.
     int isReadable(int ms);
 
 protected:
-    friend class CGqSocket; // watches the descriptors of many sockets
+    friend class CGqSocket;
 
-    int* handle;         // the descriptor's cell, owned: 0 never opened, -1 closed
-    bool opened;         // whether close() has something to close; connect goes by it
-    std::string address; // the interface given to CSocketCan::open; read by nothing
-    int port;            // its second argument, likewise
+    int* handle;         // points to the descriptor; owned
+    bool opened;         // close() closes only if it is true, connect opens only if it is false; unused by CSocketCan
+    std::string address; // first argument of CSocketCan::open; not used
+    int port;            // second argument of CSocketCan::open; not used
 };
 
-// A descriptor on its way to a new owner. Closes nothing by itself.
+// A descriptor that is passed to a new owner. It closes nothing.
 struct SocketOwner {
     int descriptor;
 };
@@ -78,55 +79,57 @@ struct SocketOwner {
 // One TCP stream, outgoing or accepted.
 class GQLIB_EXPORT CTcpSocket : public CAbstractSocket {
 public:
-    // Opens a socket at once.
+    // Opens a socket.
     CTcpSocket();
     ~CTcpSocket(); // closes
 
-    // Makes a socket with these options: SO_REUSEADDR; SO_LINGER of 0, so that closing drops what is unsent; kernel
-    // buffers of 921600 bytes in each direction. Nagle's algorithm stays on. Sets SIGPIPE to be ignored, for the whole
-    // process. On an open object the old socket stays open with no one to close it. 1, or 0 if there was no socket.
+    // Opens a socket with SO_REUSEADDR, an SO_LINGER time of 0, so that closing drops unsent data, and kernel buffers
+    // of 921600 bytes in each direction. Nagle's algorithm stays on. Makes the process ignore SIGPIPE. If a socket was
+    // open, its descriptor is lost. Returns 1, or 0 if there was no socket.
     int open();
 
-    // Connects, after opening a socket if none is open; a failure closes nothing. A blocking connect waits at most the
-    // time given to setSendOverTm.
-    //    1  connected, also when it was connected already
-    //    0  in progress; isWritable tells when it has ended, and a further connect before that gives -1
+    // Connects; opens a socket first if none is open. On failure the socket stays open. A blocking connect waits up to
+    // the time set by setSendOverTm.
+    //    1  connected, or was already connected
+    //    0  in progress: wait with isWritable. A further connect meanwhile returns -1 if the socket is non-blocking; if
+    //       it is blocking, it waits again and returns -1 only if that wait times out too
     //   -1  failed
-    // `async` makes a socket non-blocking that is opened in here. A new object is open, so that its first connect
-    // blocks whatever `async` says; after close() it counts.
+    // `async` makes a socket that this call opens non-blocking. The socket of the constructor stays blocking: `async`
+    // has an effect only after close().
     int connect(const std::string& peerAddress, int peerPort, bool async);
 
-    // Becomes the owner of an open descriptor; the one held before is not closed. Sets SO_REUSEADDR and SO_LINGER.
+    // Takes over an open descriptor and sets SO_REUSEADDR and SO_LINGER on it. If a socket was open, its descriptor is
+    // lost.
     void setSocket(SocketOwner owner);
 
-    // Fixes the local end before connecting. 1, or 0 if bind(2) failed.
+    // Sets the local address and port before connecting. Returns 1, or 0 if bind(2) failed.
     int bind(const std::string& localAddress, int localPort);
 
-    // Whether a connect has ended well, waiting up to `ms` for it.
-    //    1  connected
-    //    0  not connected
-    //   -1  not in time, select(2) failed, or the connect failed. A time-out is 0 in isReadable
+    // Waits up to `ms` for the end of a connect in progress.
+    //    1  connected, with room to send
+    //    0  not connected, or urgent data is pending
+    //   -1  time-out (0 in isReadable), select(2) failed, or the connect failed
     int isWritable(int ms);
 
-    // What can be done now: waits up to `ms` until the socket is readable, writable or has urgent data, and sets each
-    // output to 0 or 1. Result: how many are set, 0 on a time-out; negative if select(2) failed, outputs untouched. A
-    // connected socket with room to send ends the wait at once; to wait for data alone, use isReadable. A closed object
-    // waits out the time; the result is 0 and the outputs are 1, which says nothing.
+    // Waits up to `ms` until the socket is readable, writable or has urgent data, and sets each output to 0 or 1.
+    // Returns the number of outputs that are set, 0 on a time-out; or a negative value if select(2) failed (outputs
+    // unchanged). With room to send it returns immediately: to wait for data, use isReadable. On a closed object it
+    // waits for the full time, returns 0 and sets the outputs to 1, which is meaningless.
     int select(int ms, int& readable, int& writable, int& exceptional);
 
-    // One recv(2). Waits at most the time given to setRecvOverTm, for ever if none was given.
-    //   > 0  bytes read, maybe fewer than `length`
-    //     0  nothing yet: the time has passed, or the socket does not block
-    //    -1  the peer closed, or the call failed, EINTR included
+    // Receives with one recv(2). Waits up to the time set by setRecvOverTm, or indefinitely if none is set.
+    //   > 0  number of bytes received, possibly fewer than `length`
+    //     0  nothing yet: timed out, or the socket is non-blocking
+    //    -1  the peer closed the connection, or the call failed, also with EINTR
     int recv(char* buffer, int length);
 
-    // One send(2). Nothing sends the rest of a partial write.
-    //   > 0  bytes taken, maybe fewer than `length`
-    //     0  no room: the time given to setSendOverTm has passed, or the socket does not block
-    //    -1  failed, EINTR included
+    // Sends with one send(2). The caller sends the rest of a partial write.
+    //   > 0  number of bytes accepted, possibly fewer than `length`
+    //     0  no room: timed out after the time set by setSendOverTm, or the socket is non-blocking; or `length` is 0
+    //    -1  the call failed, also with EINTR
     int send(const char* buffer, int length);
 
-    // Shuts the stream down and closes it; harmless when closed already.
+    // Shuts the stream down and closes it. No effect if closed.
     void close() override;
 };
 
@@ -136,20 +139,19 @@ public:
     CTcpServer();
     ~CTcpServer(); // closes if listening
 
-    // Makes a socket, binds and listens; port 0 lets the system choose (getSockName tells). Sets SIGPIPE to be ignored,
-    // for the whole process. 1; or 0, and then a socket that could not bind or listen stays open with no one to close
-    // it.
+    // Opens a socket with SO_REUSEADDR, binds it and listens. Port 0 lets the system choose; getSockName returns the
+    // port. Makes the process ignore SIGPIPE. Returns 1 or 0. If binding or listening failed, the socket stays open and
+    // close() does not close it.
     int open(const std::string& localAddress, int localPort, int backlog);
 
-    // The next connection, waiting at most the time given to setRecvOverTm, for ever if none was given; the caller owns
-    // the result and deletes it, which closes the connection. Null when the time has passed or accept(2) failed, EINTR
-    // included.
+    // Waits up to the time set by setRecvOverTm, or indefinitely if none is set, and returns the next connection. The
+    // caller owns it; deleting it closes the connection. Returns null after the time-out or if accept(2) failed, also
+    // with EINTR.
     //
-    // A connection costs two descriptors, one of which never comes back: that of the socket which a new CTcpSocket
-    // makes for itself stays open for the life of the process.
+    // Each connection uses two descriptors: the socket that the constructor of CTcpSocket opens is never closed.
     CTcpSocket* accept();
 
-    // Harmless when not listening.
+    // No effect if not listening.
     void close() override;
 };
 
@@ -157,151 +159,154 @@ public:
 struct TcpSocketStatus {
     CTcpSocket* socket = nullptr; // in: not null
     int readable = 0;             // out: 0 or 1
-    int writable = 0;             // out
-    int exceptional = 0;          // out
-    void* context = nullptr;      // the caller's own; never looked at
+    int writable = 0;             // out: 0 or 1
+    int exceptional = 0;          // out: 0 or 1, urgent data
+    void* context = nullptr;      // for the caller; not used
 };
 
-// Waits for many TCP sockets at once. Everything is static.
+// Waits for several TCP sockets. All operations are static.
 class GQLIB_EXPORT CGqSocket {
 public:
-    // Do nothing; they need not be called.
+    // No effect; they need not be called.
     static void startup();
     static void cleanup();
 
-    // Waits up to `ms` until any socket can do something, and writes the three outputs of every row. Result: how many
-    // outputs are set in all, 0 on a time-out; negative if select(2) failed, rows untouched. An empty list is a sleep.
-    // As in CTcpSocket::select, a socket with room to send ends the wait at once. A closed socket in the list is no
-    // error; its outputs are 1, say nothing and are not counted.
+    // Waits up to `ms` until any socket is readable, writable or has urgent data, and sets the outputs of all rows.
+    // Returns the number of outputs that are set, 0 on a time-out; or a negative value if select(2) failed (rows
+    // unchanged). With an empty list it waits for the full time. A socket with room to send ends the wait immediately,
+    // as in CTcpSocket::select. The outputs of a closed socket are 1, which is meaningless, and are not counted.
     static int select(std::vector<TcpSocketStatus>& sockets, int ms);
 };
 
-// A datagram endpoint bound to a port, which answers whoever writes to it. It remembers no sender.
+// A datagram endpoint bound to a port. It stores no sender: pass the peer to each sendto.
 //
-// Each way of opening makes a new socket; one that was open stays open with no one to close it. Where opening fails,
-// the socket is closed, but for a failed bind (0): then close() ends it. The negative codes are those of each
-// operation. Time-outs belong to the socket: set them behind opening.
+// Each open operation creates a new socket; if one was open, its descriptor is lost. If opening fails, the socket is
+// closed, except when only bind(2) failed (result 0): then it stays open until close(). Set time-outs after opening.
 //
-// Where a socket was made and then closed by a failed opening, its number stays: isValid() is true, and calls go to
-// whatever file gets that number next; of an object that was open before, so does close(), and the destructor. close()
-// an open object before you open it anew, and after a failure do nothing but open again.
+// If opening fails after the socket was created, the socket is closed but its number is kept: isValid() is true, and
+// later calls act on whatever file gets that number. If the object was open before, close() and the destructor do so
+// too. Therefore close() an open object before opening it again, and after a failure only open it again.
 class GQLIB_EXPORT CUdpServer : public CAbstractSocket {
 public:
     CUdpServer();  // no socket yet
     ~CUdpServer(); // closes
 
-    // Plain unicast, with SO_REUSEADDR. 1 bound; 0 not bound; -1 no socket; -2 option refused.
+    // Opens for unicast, with SO_REUSEADDR. Returns 1 bound; 0 not bound; -1 no socket; -2 SO_REUSEADDR refused.
     int openP2P(const std::string& localAddress, int localPort);
 
-    // Ends in -3 on Linux, which refuses SO_BROADCAST in the one byte that is passed here. To receive broadcasts, use
-    // openP2P: the option is needed for sending alone, and CUdpClient::openBroadcast has it.
+    // Returns -3 on Linux, which refuses SO_BROADCAST as the one byte that is passed here. To receive broadcasts, use
+    // openP2P: only sending needs the option, and CUdpClient::openBroadcast sets it.
     //   1 bound; 0 not bound; -1 no socket; -2 SO_REUSEADDR refused; -3 SO_BROADCAST refused
     int openBroadcast(const std::string& localAddress, int localPort);
 
-    // Joins a group, on the interface with that address, or on the system's choice if it is empty. Bound to every
-    // interface, and hence receives what else comes to the port.
-    //   1 joined; -1 no group given; -2 no socket; -3 option refused; -4 not bound; -5 not joined
+    // Joins a group on the interface with the given address, or on one that the system chooses if it is empty. The
+    // socket is bound to every interface, so that it also receives other datagrams sent to the port.
+    //   1 joined; -1 `group` is empty; -2 no socket; -3 SO_REUSEADDR refused; -4 not bound; -5 not joined
     int openMulticast(const std::string& group, int localPort, const std::string& interfaceAddress);
 
-    // Fixes the local end of an open socket. 1, or 0 if bind(2) failed.
+    // Binds an open socket. Returns 1, or 0 if bind(2) failed.
     int bind(const std::string& localAddress, int localPort);
 
-    // One sendto(2), one datagram. Its bytes, or -1, also where there is no room.
+    // Sends one datagram with one sendto(2). Returns its size, or -1, also if there is no room.
     int sendto(const char* buffer, int length, const std::string& peerAddress, int peerPort);
 
-    // One recvfrom(2), one datagram; what is longer than `length` is lost. Waits as CTcpSocket::recv does.
-    //   > 0  bytes read
-    //     0  an empty datagram; or nothing yet
-    //    -1  failed
-    // The second form also gives the sender, and leaves the outputs where no datagram came.
+    // Receives one datagram with one recvfrom(2); bytes beyond `length` are lost. Waits like CTcpSocket::recv.
+    //   > 0  number of bytes received
+    //     0  an empty datagram; or nothing yet: timed out, or the socket is non-blocking
+    //    -1  the call failed
+    // The second form also returns the sender; if no datagram was received, these outputs are unchanged.
     int recvfrom(char* buffer, int length);
     int recvfrom(char* buffer, int length, std::string& peerAddress, int& peerPort);
 
-    // As for CTcpSocket. isWritable never gives 1, for a server has no peer.
+    // As documented for CTcpSocket, but isWritable never returns 1, because a server has no peer.
     int isWritable(int ms);
     int select(int ms, int& readable, int& writable, int& exceptional);
 
-    // Leaves the group and closes; harmless when closed.
+    // Leaves the group and closes. No effect if closed.
     void close() override;
 
 protected:
-    std::string multicastGroup;     // of the last openMulticast that succeeded
-    std::string multicastInterface; // likewise, empty for the system's choice
-    bool multicastJoined;           // never cleared: a later close leaves the group again, in vain
+    std::string multicastGroup;     // of the last successful openMulticast
+    std::string multicastInterface; // of the last successful openMulticast
+    bool multicastJoined;           // never cleared: every later close() leaves the group again, without effect
 };
 
-// A datagram endpoint that sends, mostly to the one peer that connect fixes. Opening as for CUdpServer, with codes of
-// its own.
+// A datagram endpoint for a client, which sends to the peer set by connect, or to any with sendto. What CUdpServer
+// documents about opening holds here too, with other result codes.
 class GQLIB_EXPORT CUdpClient : public CAbstractSocket {
 public:
     CUdpClient();  // no socket yet
     ~CUdpClient(); // closes
 
-    // Plain unicast, with no option set. 1; -1 no socket.
+    // Opens for unicast, with no options. Returns 1; -1 no socket.
     int openP2P();
 
-    // May send to broadcast addresses. 1; -1 no socket; -2 SO_BROADCAST refused.
+    // Opens for sending to broadcast addresses. Returns 1; -1 no socket; -2 SO_BROADCAST refused.
     int openBroadcast();
 
-    // May send to groups, out of the interface with that address, or of the system's choice if it is empty. What it
-    // sends does not come back to this machine. Joins nothing. The hop limit is the system's, 1: one network.
-    //   1; -1 no socket; -2 IP_MULTICAST_IF refused; -3 IP_MULTICAST_LOOP refused; the last two with a line to qDebug()
+    // Opens for sending to multicast groups through the interface with the given address, or one that the system
+    // chooses if it is empty. Members on this machine do not receive these datagrams. The hop limit is the system's
+    // default, 1, so that they stay in the local network.
+    //   1; -1 no socket; -2 IP_MULTICAST_IF refused; -3 IP_MULTICAST_LOOP refused; the last two print to qDebug()
     int openMulticast(const std::string& interfaceAddress);
 
-    // Fixes the local end of an open socket. 1, or 0 if bind(2) failed.
+    // Binds an open socket. Returns 1, or 0 if bind(2) failed.
     int bind(const std::string& localAddress, int localPort);
 
-    // Fixes the peer, after openP2P if nothing is open; nothing is sent, so that it tells nothing about the peer.
-    // `async` makes the socket non-blocking, each time. 1, or -1 if connect(2) failed.
+    // Sets the peer; calls openP2P first if no socket is open. Sends nothing: success does not mean that the peer
+    // exists. `async` makes the socket non-blocking, also one that was open. Returns 1, or -1 if connect(2) failed.
     int connect(const std::string& peerAddress, int peerPort, bool async);
 
-    // As for CUdpServer.
+    // As documented for CUdpServer.
     int sendto(const char* buffer, int length, const std::string& peerAddress, int peerPort);
     int recvfrom(char* buffer, int length);
     int recvfrom(char* buffer, int length, std::string& peerAddress, int& peerPort);
 
-    // One datagram from and to the peer, with the results of CTcpSocket. An empty datagram gives -1 here. A peer whose
-    // port is not open makes a later call fail: -1, ECONNREFUSED.
+    // Receive from and send to the peer, one datagram each, with the results of CTcpSocket. Receiving an empty datagram
+    // gives -1. If the port of the peer is not open, a call after a send fails: -1, ECONNREFUSED.
     int recv(char* buffer, int length);
     int send(const char* buffer, int length);
 
-    // As for CTcpSocket; isWritable gives 1 behind a successful connect alone.
+    // As documented for CTcpSocket; isWritable returns 1 only after a successful connect.
     int isWritable(int ms);
     int select(int ms, int& readable, int& writable, int& exceptional);
 
-    // Harmless when closed. A connect behind it opens anew, without the options of the last opening.
+    // No effect if closed. A later connect opens a new socket by openP2P.
     void close() override;
 };
 
-// Classic CAN frames on one interface of SocketCAN, see can(7) of the kernel's documentation: their data bytes alone.
-// All frames of the interface are received, but those that the object sent itself.
+// Data bytes of classic CAN frames on one SocketCAN interface; see SocketCAN in the kernel's documentation. Receives
+// all frames of the interface except those sent by the object itself.
 //
-// There is no time-out: recv waits for ever, unless the socket is non-blocking. Ask isReadable first; it has one. A
-// descriptor of 0 means never opened or closed here. open and the time-outs say what they did on standard output.
+// There are no time-outs: recv waits indefinitely unless the socket is non-blocking. Wait with isReadable instead.
+// After close() the descriptor is 0, so that isReadable then polls standard input. open and setRecvOverTm print to
+// standard output by printf(3), unaffected by std::cout.
 class GQLIB_EXPORT CSocketCan : public CAbstractSocket {
 public:
     CSocketCan();
     ~CSocketCan(); // does not close: call close() first
 
-    // Asked for at a level that knows them not: no effect. 1; or 0 with no socket. setRecvOverTm prints a line.
+    // Set at a protocol level that does not support them, so without effect. Return 1, or 0 if there is no socket.
     int setRecvOverTm(int ms) override;
     int setSendOverTm(int ms) override;
 
-    // Binds to an interface by its name, say "can0". The two middle arguments are kept for programs that pass them, and
-    // change nothing. On an open object the old socket stays open with no one to close it.
-    //   1; -1 no socket, no such interface, or not bound, with the socket closed; -2 it stays blocking, and open
-    // Prints the index, or what failed; every failed look-up calls the interface can0.
+    // Opens a socket and binds it to an interface by name, for example "can0". `ifaceArg` and `reservedArg` have no
+    // effect. If a socket was open, its descriptor is lost.
+    //    1  bound
+    //   -1  no socket, no such interface, or not bound; the socket was closed
+    //   -2  bound and open, but still blocking
+    // Prints the interface index or what failed; the message for an unknown interface always says can0.
     int open(const std::string& ifaceName, int ifaceArg, int reservedArg, bool nonBlocking);
 
-    // One read(2), one frame. Its number of data bytes, 0 to 8; 0 also where nothing came or the read failed. `buffer`
-    // has room for 8 bytes, whatever `length` says. The identifier is not told.
+    // Receives one frame with one read(2). Returns its number of data bytes, 0 to 8; also 0 if nothing was received or
+    // the read failed. `buffer` must have room for 8 bytes, whatever `length` is. The identifier is not returned.
     int recv(char* buffer, int length);
 
-    // One write(2), one frame of up to 8 data bytes. `canId` with its flag bits (CAN_EFF_FLAG and the like), as in
-    // struct can_frame. 16, the size of that structure, not `length`; or -1.
+    // Sends one frame of up to 8 data bytes with one write(2). `canId` includes the flag bits (CAN_EFF_FLAG and so on)
+    // as in struct can_frame. Returns 16, the size of that structure, or -1.
     int send(const char* buffer, int length, int canId);
 
-    // Harmless when not open.
+    // No effect if closed.
     void close() override;
 };
 

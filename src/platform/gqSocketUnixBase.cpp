@@ -23,7 +23,7 @@ int CAbstractSocket::setRecvOverTm(int ms)
     const int result = setsockopt(*handle, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
     const int error = errno;
     const std::string line = "setRecvOverTm:" + std::to_string(result) + ", " + std::to_string(ms) + "\n";
-    std::cout.write(line.data(), static_cast<std::streamsize>(line.size())).flush(); // whatever was set on the stream
+    std::cout.write(line.data(), static_cast<std::streamsize>(line.size())).flush(); // ignores its flags
     errno = error;
     return 1;
 }
@@ -33,7 +33,7 @@ int CAbstractSocket::setSendOverTm(int ms)
     if (*handle < 1)
         return 0;
     const timeval time = toTimeval(ms);
-    setsockopt(*handle, SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time); // and no line printed, unlike its sibling
+    setsockopt(*handle, SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time); // prints nothing, unlike setRecvOverTm
     return 1;
 }
 

@@ -67,7 +67,7 @@ int receive(int descriptor, char* buffer, int length)
     if (count > 0)
         return static_cast<int>(count);
     if (count == 0)
-        return -1; // the peer closed, or sent an empty datagram; 0 stands for "nothing yet"
+        return -1; // the peer closed, or sent an empty datagram; 0 means "nothing yet"
     return errno == 0 || errno == EAGAIN ? 0 : -1;
 }
 
@@ -86,7 +86,7 @@ int waitWritable(int descriptor, int ms)
     CDescriptorSet exception = write;
     timeval time = toTimeval(ms);
     if (::select(descriptor + 1, nullptr, write.data(), exception.data(), &time) <= 0)
-        return -1; // a time-out too, which is 0 in isReadable
+        return -1; // also a time-out, which is 0 in isReadable
     if (!write.contains(descriptor) || exception.contains(descriptor))
         return 0;
 

@@ -10,7 +10,7 @@ using namespace endpoint;
 
 // --- CTcpSocket ---------------------------------------------------------------------------------------------------
 
-// One byte, where Linux wants an int: it answers EINVAL and Nagle's algorithm stays on. The peers' timing relies on it.
+// Passes one byte where Linux expects an int: EINVAL, and Nagle's algorithm stays on. The peers' timing relies on it.
 static void askNoDelay(int descriptor)
 {
     const char on = 1;
@@ -60,7 +60,7 @@ int CTcpSocket::connect(const std::string& peerAddress, int peerPort, bool async
 
 void CTcpSocket::setSocket(SocketOwner owner)
 {
-    *handle = owner.descriptor; // what was there stays open
+    *handle = owner.descriptor; // the previous descriptor deliberately stays open
     opened = true;
     setOption(*handle, SO_REUSEADDR, 1);
     dropUnsentOnClose(*handle);
@@ -91,7 +91,6 @@ int CTcpSocket::send(const char* buffer, int length)
     return transmit(*handle, buffer, length);
 }
 
-// The end of a stream and of a listener alike.
 static void shutAndClose(int* handle, bool& opened)
 {
     if (opened && handle != nullptr) {
@@ -126,7 +125,7 @@ int CTcpServer::open(const std::string& localAddress, int localPort, int backlog
     setOption(*handle, SO_REUSEADDR, 1);
     signal(SIGPIPE, SIG_IGN);
     if (bindTo(*handle, localAddress, localPort) < 0 || listen(*handle, backlog) < 0)
-        return 0; // the descriptor deliberately stays open, out of close()'s reach
+        return 0; // the descriptor deliberately stays open, and close() does not close it
     opened = true;
     return 1;
 }
@@ -139,7 +138,7 @@ CTcpSocket* CTcpServer::accept()
     if (descriptor < 0)
         return nullptr;
     CTcpSocket* connection = new CTcpSocket;
-    // The socket that its constructor opened is deliberately not closed: callers plan for two descriptors each.
+    // The socket that its constructor opened is deliberately not closed: each connection uses two descriptors.
     connection->setSocket({descriptor});
     return connection;
 }

@@ -10,7 +10,7 @@
 using namespace endpoint;
 
 // --- Shared by the datagram endpoints -----------------------------------------------------------------------------
-// Where a later step of opening fails, the descriptor is closed, but its number stays in the cell.
+// If a later step of opening fails, the descriptor is closed, but *handle deliberately keeps its number.
 
 static bool makeDatagramSocket(int& descriptor)
 {
@@ -26,7 +26,7 @@ static int sendDatagram(int descriptor, const char* buffer, int length, const st
     return static_cast<int>(count);
 }
 
-// The sender goes into the outputs, where they are wanted and a datagram came.
+// Stores the sender unless `address` is null or no datagram was received.
 static int receiveDatagram(int descriptor, char* buffer, int length, std::string* address, int* port)
 {
     sockaddr_in peer = {};
@@ -70,7 +70,7 @@ int CUdpServer::openBroadcast(const std::string& localAddress, int localPort)
         ::close(*handle);
         return -2;
     }
-    const char on = 1; // one byte, deliberately: Linux wants an int and refuses, so that this ends here
+    const char on = 1; // deliberately one byte: Linux expects an int and refuses it
     if (setsockopt(*handle, SOL_SOCKET, SO_BROADCAST, &on, sizeof on) < 0) {
         ::close(*handle);
         return -3;
@@ -141,10 +141,10 @@ void CUdpServer::close()
 {
     if (!opened)
         return;
-    if (multicastJoined) { // for good: the next close of this object drops it again, in vain
+    if (multicastJoined) { // never cleared: each later close of this object drops the membership again, without effect
         ip_mreq membership;
         membership.imr_multiaddr.s_addr = inet_addr(multicastGroup.c_str());
-        membership.imr_interface.s_addr = inet_addr(multicastInterface.c_str()); // no 0 for an empty text here
+        membership.imr_interface.s_addr = inet_addr(multicastInterface.c_str()); // also if it is empty
         setsockopt(*handle, IPPROTO_IP, IP_DROP_MEMBERSHIP, &membership, sizeof membership);
     }
     ::close(*handle);
@@ -218,7 +218,7 @@ int CUdpClient::connect(const std::string& peerAddress, int peerPort, bool async
     if (!opened)
         openP2P();
     if (async)
-        setAsyncMode(); // on every call, also on a socket that was open; CTcpSocket::connect differs
+        setAsyncMode(); // also on a socket that was open, unlike CTcpSocket::connect
     return connectTo(*handle, peerAddress, peerPort);
 }
 

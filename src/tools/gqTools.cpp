@@ -11,7 +11,7 @@ static const unsigned int minute = 60;
 static const unsigned int hour = 3600;
 static const unsigned int day = 86400;
 
-// The moment that a rule starts from. Its local time costs a conversion, which not every family needs.
+// The base moment. Its local time takes a conversion, which not every family needs.
 struct Base {
     unsigned int seconds;
 
@@ -19,8 +19,8 @@ struct Base {
     QDate date() const { return local().date(); }
 };
 
-// The start of a day: where a clock change skips midnight, Qt's constructor from a date finds the first moment of the
-// day, and the one from a date and 00:00 does not.
+// Returns the start of a day. If a clock change skips midnight, Qt's constructor from a date finds the first moment of
+// the day; the one from a date and 00:00 does not.
 static QDateTime firstMoment(const QDate& date)
 {
     QT_WARNING_PUSH
@@ -39,7 +39,7 @@ static unsigned int clockTime(const QDate& date, int hours, int minutes, int sec
     return QDateTime(date, QTime(hours, minutes, seconds, 0), Qt::LocalTime).toTime_t();
 }
 
-// So many units, in the 32 bits that all sums wrap in.
+// Returns `number` units, wrapped at 32 bits like all sums here.
 static unsigned int times(int number, unsigned int unit)
 {
     return static_cast<unsigned int>(number) * unit;
@@ -67,26 +67,26 @@ static unsigned int sameTimeDaysBack(const Base& base, int daysBack)
     return base.local().addDays(-daysBack).toTime_t();
 }
 
-// A day of the base month, the 1st for numbers below 1; null where the month lacks it.
-static QDate dayOfMonth(const Base& base, int daysBehindFirst)
+// Returns a day of the base month: the 1st for numbers below 1, null if the month lacks it.
+static QDate dayOfMonth(const Base& base, int daysAfterFirst)
 {
     const QDate today = base.date();
     const QDate first(today.year(), today.month(), 1);
-    if (daysBehindFirst <= 0)
+    if (daysAfterFirst <= 0)
         return first;
-    const QDate date = first.addDays(daysBehindFirst);
+    const QDate date = first.addDays(daysAfterFirst);
     return date.month() == first.month() ? date : QDate();
 }
 
-static unsigned int monthDayStart(const Base& base, int daysBehindFirst)
+static unsigned int monthDayStart(const Base& base, int daysAfterFirst)
 {
-    const QDate date = dayOfMonth(base, daysBehindFirst);
+    const QDate date = dayOfMonth(base, daysAfterFirst);
     return date.isNull() ? 0 : startSeconds(date);
 }
 
-static unsigned int monthDayEnd(const Base& base, int daysBehindFirst)
+static unsigned int monthDayEnd(const Base& base, int daysAfterFirst)
 {
-    const QDate date = dayOfMonth(base, daysBehindFirst);
+    const QDate date = dayOfMonth(base, daysAfterFirst);
     return date.isNull() ? 0 : startSeconds(date) + day - 1;
 }
 
@@ -121,10 +121,10 @@ static unsigned int hourOfDayStart(const Base& base, int hours)
 
 static unsigned int hourOfDayEnd(const Base& base, int hours)
 {
-    return dayStart(base, 0) + times(hours, hour) + (hours == 24 ? hour : hour - 1); // 24 gives 01:00:00, deliberately
+    return dayStart(base, 0) + times(hours, hour) + (hours == 24 ? hour : hour - 1); // deliberately 01:00:00 for 24
 }
 
-// Not after the base: today or, where that is still to come, a day earlier.
+// Returns `today`, or the same a day earlier if it is after the base.
 static unsigned int latest(const Base& base, unsigned int today)
 {
     return base.seconds < today ? today - day : today;
@@ -137,7 +137,7 @@ static unsigned int latestHourStart(const Base& base, int hours)
 
 static unsigned int latestHourEnd(const Base& base, int hours)
 {
-    return latest(base, dayStart(base, 0) + times(hours, hour) + hour - 1) + (hours == 24 ? 1 : 0); // 24 gives 01:00:00
+    return latest(base, dayStart(base, 0) + times(hours, hour) + hour - 1) + (hours == 24 ? 1 : 0); // 01:00:00 for 24
 }
 
 static unsigned int minuteOfDay(const Base& base, int minutes)
@@ -164,7 +164,7 @@ static unsigned int yearsMonthStart(const Base& base, int month)
     return startSeconds(QDate(base.date().year(), month, 1));
 }
 
-static unsigned int yearsMonthEnd(const Base& base, int month) // below 1 there is none: all ones, less 1
+static unsigned int yearsMonthEnd(const Base& base, int month) // invalid below 1: 0xFFFFFFFE
 {
     return firstMoment(QDate(base.date().year(), month, 1)).addMonths(1).toTime_t() - 1;
 }
@@ -200,7 +200,7 @@ static unsigned int yearEndBack(const Base& base, int yearsBack)
     return firstMoment(QDate(base.date().year(), 12, 31)).addYears(-yearsBack).toTime_t() + day - 1;
 }
 
-static unsigned int sameTimeYearsAhead(const Base& base, int years)
+static unsigned int sameTimeYearsLater(const Base& base, int years)
 {
     return base.local().addYears(years).toTime_t();
 }
@@ -210,16 +210,16 @@ static unsigned int sameTimeYearsAhead(const Base& base, int years)
 struct Family {
     int first;
     int last;
-    int zero; // a rule gets the code less this
+    int zero; // the rule gets the code less this
     unsigned int (*rule)(const Base& base, int number);
 };
 
-// The first row that holds a code decides; a code in no row gives 0.
+// The first row that contains a code applies; a code in no row gives 0.
 static const Family families[] = {
     {1, 1, 1, dayStart},
     {2, 2, 2, dayClockEnd},
     {3, 33, 2, dayStart},
-    {34, 81, 50, dayEnd}, // ahead below 50, as all that count back are below their zero
+    {34, 81, 50, dayEnd}, // later days below 50, as in every family that counts back
     {82, 131, 100, sameTimeDaysBack},
     {132, 181, 151, monthDayStart}, // 151 is the 1st
     {182, 231, 201, monthDayEnd},
@@ -238,7 +238,7 @@ static const Family families[] = {
     {505, 505, 505 - 30, sameTimeMinutesBack},
     {1001, 1001, 1001, monthStart},
     {1002, 1002, 1002, monthEnd},
-    {485, 1100, 1050, sameTimeDaysBack}, // days, although the texts of most speak of months
+    {485, 1100, 1050, sameTimeDaysBack}, // days, although most texts say months
     {1101, 1112, 1100, yearsMonthStart},
     {1113, 1132, 1120, yearsMonthEnd},
     {1141, 1152, 1140, lastYearsMonthStart},
@@ -247,7 +247,7 @@ static const Family families[] = {
     {1302, 1302, 1302, yearClockEnd},
     {1303, 1353, 1302, yearStartBack},
     {1401, 1451, 1400, yearEndBack},
-    {1601, 1610, 1600, sameTimeYearsAhead},
+    {1601, 1610, 1600, sameTimeYearsLater},
     {2001, 3441, 2001, minuteOfDay},
 };
 
@@ -268,13 +268,13 @@ static const int noNumber = INT_MIN; // in place of a zero
 struct Wording {
     int first;
     int last;
-    int zero;           // between the pieces stands the code less this
+    int zero;           // the number between the pieces is the code less this
     const char* before; // null if there is none
     const char* after;
 };
 
-// The first row that holds a code decides. QT_TRANSLATE_NOOP marks the pieces for lupdate. Not the families above,
-// although close to them: where the two differ, programs and people rely on both.
+// The first row that contains a code applies. QT_TRANSLATE_NOOP marks the pieces for lupdate. The rows are deliberately
+// not the families above: where they differ, programs and people rely on both.
 static const Wording wordings[] = {
     {INT_MIN, 0, noNumber, QT_TRANSLATE_NOOP("QObject", "当前时间"), nullptr},
     {1, 1, noNumber, QT_TRANSLATE_NOOP("QObject", "当日0点"), nullptr},
@@ -289,7 +289,7 @@ static const Wording wordings[] = {
     {232, 326, 302, nullptr, QT_TRANSLATE_NOOP("QObject", "时0点")},
     {327, 353, 329, nullptr, QT_TRANSLATE_NOOP("QObject", "时终点")},
     {354, 374, 360, nullptr, QT_TRANSLATE_NOOP("QObject", "时之前")},
-    // The next two rows read an hour more than is evaluated.
+    // The next two rows deliberately name an hour one higher than calcRelTime uses.
     {375, 405, 380, nullptr, QT_TRANSLATE_NOOP("QObject", "点")},
     {406, 434, 409, nullptr, QT_TRANSLATE_NOOP("QObject", "点终点")},
     {1001, 1001, noNumber, QT_TRANSLATE_NOOP("QObject", "当月0点"), nullptr},

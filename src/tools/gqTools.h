@@ -4,34 +4,40 @@
 
 #include <QString>
 
-// Relative time codes. A code names a moment by one integer: the start of today, the end of the 5th of this month,
-// three hours ago. The number line is cut into families of consecutive codes, each with a number of its own, that is
-// the code less the family's zero; docs/guide/relativeTime.md shows it whole.
+// Relative time codes. A code is an integer for a moment such as the start of today, the end of the 5th of this month,
+// or three hours ago. Consecutive codes form families; docs/guide/relativeTime.md lists them all.
 //
-// Calendar fields are those of the process's local time zone (the environment variable TZ, see tzset(3)). Both
-// operations are static and keep no state: any thread may call them, as long as none changes TZ meanwhile.
+// Calendar fields are those of the local time zone of the process (environment variable TZ, see tzset(3)). Both
+// operations are static and may be called from any thread while none changes TZ. They keep no state, but the C library
+// does: for a clock time that occurs twice, local time conversions in other threads can make calcRelTime return the
+// other of the two moments.
 class GQLIB_EXPORT CGqTools {
 public:
-    // The moment that a code means for a base moment; both are seconds since 1970-01-01 00:00 UTC in 32 bits, unsigned
-    // (to 2106), and the arithmetic wraps there. The clock is never read.
-    //   0           no such code, a code of 0 or below, or a day that the month lacks; can't be told from 1970 itself
-    //   0xFFFFFFFF  a moment before 1970 or after 2106, or a clock time that a clock change skips
-    //   0xFFFFFFFE  the end of a month that does not exist (1113 to 1120), or whose following month starts before
-    //               1970 or after 2106
-    // Families that add to such a value hide it.
+    // Returns the moment of a code relative to a base moment. Both are seconds since 1970-01-01 00:00 UTC as 32
+    // unsigned bits (until 2106), and the arithmetic wraps at 32 bits. The current time is not read.
+    //   0           unknown code, a code of 0 or below, or a day that the month lacks; also the moment 0 itself
+    //   0xFFFFFFFF  a moment before 1970 or after 2106; or, in the families of hours, of the end of a day and of the
+    //   end
+    //               of a year by the clock (2, 232 to 353, 1302), a clock time that a clock change skips
+    //   0xFFFFFFFE  the end of a month that does not exist (1113 to 1120); or the end of a month (1002, 1121 to 1132,
+    //               1153 to 1164) if the start of the following month is before 1970 or after 2106
+    // Families that add to or subtract from an invalid moment return the sum: if the start of the hour is skipped, code
+    // 300 returns 7199. The families that keep the time of day (82 to 131, most codes from 485 to 1100, 1601 to 1610)
+    // move a skipped clock time forward instead.
     //
-    // On a day with a clock change, families differ: some end a day by adding 86399 seconds to its start, others by the
-    // clock time 23:59:59, and those of an hour or a minute of the day (375 to 484, from 2001 on) add to its start.
+    // On a day with a clock change, families differ: some add 86399 seconds to the start of the day for its end, others
+    // use the clock time 23:59:59, and hours or minutes of the day (375 to 484, 2001 to 3441) are added to its start.
     //
-    // A base from 2038 on is passed as static_cast<int> of the unsigned seconds.
+    // Pass a base after 2038 as static_cast<int> of the unsigned seconds.
     static unsigned int calcRelTime(int relTime, int baseTime);
 
-    // The words for a code, in Chinese; another language through a QTranslator with the context QObject (gqLib_en.qm
-    // comes with the library). A text is put together of one to three pieces, each translated by itself. Empty from
-    // 2001 on.
+    // Returns the text of a code in Chinese, or in the language of an installed QTranslator with the context QObject
+    // (gqLib_en.qm comes with the library). A text consists of one to three pieces that are translated separately. From
+    // 2001 on it is empty.
     //
-    // The words follow a number line of their own, which differs from calcRelTime's in places: 0 and below read as now
-    // but have no moment; 375 to 434 count the hours of the day one higher; 435 to 505, hours and minutes, and the days
-    // from 485 to 1100 read as months; 1304 to 1353, 1402 to 1451 and 1601 to 1610 all read "0点0分".
+    // The texts do not always describe the moment that calcRelTime returns: 0 and below read as the current time; 132
+    // to 150 and 182 to 200 count days below 1, but mean the 1st; 375 to 434 name an hour one higher; 435 to 505 (hours
+    // and minutes) and the days from 485 to 1100 read as months; 1304 to 1353, 1402 to 1451 and 1601 to 1610 read
+    // "0点0分".
     static QString relTime2Str(int relTime);
 };

@@ -698,6 +698,7 @@ TEST(SocketApiParseStrings, checksTheTotalBeforeTheItemEvenIfTheCountWraps)
 {
     QStringList out;
     EXPECT_EQ(parse("00000080 0500 0300"_hex, out), 0); // 8 bytes, the sum is 4 + 5
+    EXPECT_EQ(parse("ffffff7f ffff 0000"_hex, out), 0); // 8 bytes, the sum is 2 + 65535
     EXPECT_TRUE(out.isEmpty());
     EXPECT_EQ(parse("00000080 0300 0100 61 0600 03"_hex, out), 0); // 12 bytes, the sum is 4 + 3 + 6
     EXPECT_EQ(out, QStringList{"a"});

@@ -744,3 +744,12 @@ TEST_F(CanBase, waitsForAFrameWithATimeOut)
     EXPECT_EQ(calls.take(), "select(8, {7}, null, null, {1, 500000})\n"
                             "select(8, {7}, null, null, {1, 500000})\n");
 }
+
+TEST_F(CanBase, watchesStandardInputAfterClosing)
+{
+    setDescriptor(7);
+    can.close();
+    EXPECT_EQ(can.isReadable(0), 0);
+    EXPECT_EQ(calls.take(), "close(7)\n"
+                            "select(1, {0}, null, null, {0, 0})\n");
+}

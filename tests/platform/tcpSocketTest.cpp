@@ -156,6 +156,18 @@ TEST(TcpSocketConnect, staysInProgressUntilTheOtherSideAnswers)
     EXPECT_EQ(errno, EALREADY);
 }
 
+TEST(TcpSocketConnect, waitsAgainOnABlockingSocketInProgress)
+{
+    const CrowdedListener listener;
+    CTcpSocket socket;
+    socket.setSendOverTm(50);
+    EXPECT_EQ(socket.connect("127.0.0.1", listener.port(), false), 0);
+    const auto start = Clock::now();
+    EXPECT_EQ(socket.connect("127.0.0.1", listener.port(), false), -1);
+    EXPECT_EQ(errno, EALREADY);
+    EXPECT_GE(msSince(start), 40);
+}
+
 TEST(TcpSocketIsWritable, reportsARefusedConnect)
 {
     const Listener listener;
@@ -178,6 +190,17 @@ TEST(TcpSocketIsWritable, returnsOneOnAConnectedSocketWithRoom)
     EXPECT_EQ(connection.socket.isWritable(0), 1);
     connection.fill();
     EXPECT_EQ(connection.socket.isWritable(0), -1);
+}
+
+TEST(TcpSocketIsWritable, returnsZeroWhileUrgentDataIsPending)
+{
+    Connection connection;
+    ::send(connection.peer, "x", 1, MSG_OOB);
+    ASSERT_TRUE(becomes(connection.descriptor(), POLLPRI));
+    EXPECT_EQ(connection.socket.isWritable(limitMs), 0);
+    char urgent = 0;
+    EXPECT_EQ(::recv(connection.descriptor(), &urgent, 1, MSG_OOB), 1);
+    EXPECT_EQ(connection.socket.isWritable(limitMs), 1);
 }
 
 TEST(TcpSocketIsWritable, returnsMinusOneAfterAReset)

@@ -438,6 +438,16 @@ TEST(CalcRelTime, isInvalidBeforeTheEpoch)
     EXPECT_EQ(moment(1141, 43200), invalid);
 }
 
+TEST(CalcRelTime, endsTheYear1969BeforeAStartOf1970ThatIsValidOnlyInUtc)
+{
+    {
+        const TimeZone zone("UTC");
+        EXPECT_EQ(moment(1164, 43200), 0xFFFFFFFFu) << "0 minus 1";
+    }
+    const TimeZone zone("Europe/Berlin");
+    EXPECT_EQ(moment(1164, 43200), 0xFFFFFFFEu) << "the invalid start of 1970 minus 1";
+}
+
 TEST(CalcRelTime, addsToTheInvalidMomentLikeToAnyOther)
 {
     const TimeZone zone("UTC");
@@ -567,6 +577,15 @@ TEST(CalcRelTime, usesTheBasesOffsetForAMidnightThatExistsTwice)
     EXPECT_EQ(moment(1, firstMidnight + 3600), firstMidnight + 3600);
     EXPECT_EQ(moment(3, firstMidnight + 2 * 86400), firstMidnight + 3600);
     EXPECT_EQ(moment(49, firstMidnight - 86400), firstMidnight + 86399);
+}
+
+TEST(CalcRelTime, endsAMonthBeforeTheFirstOfTwoMidnightsAndStartsTheNextAtTheSecond)
+{
+    const TimeZone zone("America/Havana"); // clocks went from 01:00:00 to 00:00:00 on 2020-11-01
+    const unsigned int base = at("2020-11-15 12:00:00");
+    const unsigned int firstMidnight = 1604203200;
+    EXPECT_EQ(moment(1130, base), firstMidnight - 1); // the start of October, in summer time, plus a month
+    EXPECT_EQ(moment(1111, base), firstMidnight + 3600);
 }
 
 TEST(CalcRelTime, startsADayWithoutMidnightAtItsFirstMoment)
