@@ -37,7 +37,7 @@ static std::vector<StreamItem> itemsOf(const QByteArray& stream)
     return itemsOf(stream, stream.size());
 }
 
-TEST(FrameStream, givesTheFieldsOfAFrame)
+TEST(FrameStream, returnsTheFieldsOfAFrame)
 {
     const std::vector<StreamItem> items = itemsOf(intFrame);
     ASSERT_EQ(items.size(), 1u);
@@ -55,7 +55,7 @@ TEST(FrameStream, givesTheFieldsOfAFrame)
     EXPECT_EQ(frame.end, 0x16);
 }
 
-TEST(FrameStream, goesOnBehindAFrameInTheSamePiece)
+TEST(FrameStream, continuesAfterAFrameInTheSamePiece)
 {
     const std::vector<StreamItem> items = itemsOf(noise + intFrame + emptyFrame + noise + intFrame);
     ASSERT_EQ(items.size(), 5u);
@@ -89,7 +89,7 @@ TEST(FrameStream, findsTheSameFramesInPiecesOfAnySize)
     }
 }
 
-TEST(FrameStream, doesNotTakeBytesOfAPayloadForAStartOrAnEnd)
+TEST(FrameStream, ignoresStartAndEndBytesWithinAPayload)
 {
     const QByteArray frame = "68 04000000 0000 00 00 20 68161668 0000 16"_hex;
     const std::vector<StreamItem> items = itemsOf(frame + frame);
@@ -98,7 +98,7 @@ TEST(FrameStream, doesNotTakeBytesOfAPayloadForAStartOrAnEnd)
     EXPECT_EQ(items[1].kind, StreamItem::frame);
 }
 
-TEST(FrameStream, dropsAFrameWithAWrongEndAsAWhole)
+TEST(FrameStream, dropsAWholeFrameWithAWrongEnd)
 {
     QByteArray wrong = intFrame;
     wrong[16] = 0x17;
@@ -110,7 +110,7 @@ TEST(FrameStream, dropsAFrameWithAWrongEndAsAWhole)
     EXPECT_EQ(items[1].kind, StreamItem::frame);
 }
 
-TEST(FrameStream, findsAFrameThatBeginsBehindABadLength)
+TEST(FrameStream, findsAFrameAfterABadLength)
 {
     const std::vector<StreamItem> items = itemsOf("68 fbffffff"_hex + intFrame);
     ASSERT_EQ(items.size(), 3u);
@@ -129,7 +129,7 @@ TEST(FrameStream, allowsLengthsWhoseFrameFitsBelow2GiB)
     EXPECT_EQ(kindOf("68 ffffffff 0000 00 00 20"_hex), StreamItem::badLength); // -1
 }
 
-TEST(FrameStream, tellsWhereTheStreamCutsAFrame)
+TEST(FrameStream, reportsAFrameThatTheStreamCutsOff)
 {
     for (int size = 1; size < intFrame.size(); ++size) {
         SCOPED_TRACE(size);
@@ -148,7 +148,7 @@ TEST(FrameStream, tellsWhereTheStreamCutsAFrame)
     }
 }
 
-TEST(FrameStream, beginsANewStreamBehindTheEndOfOne)
+TEST(FrameStream, beginsANewStreamAfterTheEndOfOne)
 {
     FrameStream frames;
     frames.feed(intFrame.left(12));
@@ -160,7 +160,7 @@ TEST(FrameStream, beginsANewStreamBehindTheEndOfOne)
     EXPECT_EQ(items[0].offset, 0);
 }
 
-TEST(FrameStream, keepsNoMoreOfAPayloadThanToldTo)
+TEST(FrameStream, keepsAtMostTheGivenBytesOfAPayload)
 {
     for (const int pieceSize : {1, 3, 1000}) {
         SCOPED_TRACE(pieceSize);

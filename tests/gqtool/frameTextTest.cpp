@@ -34,20 +34,20 @@ TEST(FrameText, namesTheReadyMadeCommands)
     EXPECT_EQ(textOf("68 04000000 0100 00 00 04 03000000 0000 16"_hex), "command 0x04, sequence 1, 4 bytes: 3");
 }
 
-TEST(FrameText, tellsTheTwoIntegersOfSetTime)
+TEST(FrameText, printsTheTwoIntegersOfSetTime)
 {
     EXPECT_EQ(textOf("68 08000000 0400 00 00 05 e8030000 d0070000 0000 16"_hex),
               "setTime, sequence 4, 8 bytes: 1000, 2000");
 }
 
-TEST(FrameText, tellsTheCodeOfAnErrorFrame)
+TEST(FrameText, printsTheCodeOfAnErrorFrame)
 {
     EXPECT_EQ(textOf("68 04000000 0a00 00 00 ff f9ffffff 0000 16"_hex), "error, sequence 10, 4 bytes: code -7");
     EXPECT_EQ(textOf("68 01000000 0a00 00 00 ff f9 0000 16"_hex), "error, sequence 10, 1 byte: no code");
     EXPECT_EQ(textOf("68 00000000 0a00 00 00 ff 0000 16"_hex), "error, sequence 10, 0 bytes: no code");
 }
 
-TEST(FrameText, tellsPayloadsByTheFormThatTheyFit)
+TEST(FrameText, printsPayloadsByTheFormThatTheyFit)
 {
     EXPECT_EQ(textOf("68 00000000 0000 00 00 20 0000 16"_hex), "command 0x20, sequence 0, 0 bytes");
     EXPECT_EQ(textOf("68 02000000 0000 00 00 20 0102 0000 16"_hex), "command 0x20, sequence 0, 2 bytes: 01 02");
@@ -63,7 +63,7 @@ TEST(FrameText, tellsPayloadsByTheFormThatTheyFit)
               "command 0x20, sequence 0, 6 bytes: ff ff ff ff 01 02");
 }
 
-TEST(FrameText, seesThePayloadAheadOfADatagramsPadding)
+TEST(FrameText, printsThePayloadBeforeTheDatagramsPadding)
 {
     const auto datagram = [](const QByteArray& payload) {
         return "68 33000000 0000 00 00 20"_hex + payload + QByteArray(51 - payload.size(), '\0') + "0000 16"_hex;
@@ -89,13 +89,13 @@ TEST(FrameText, keepsLongPayloadsOnAShortLine)
     EXPECT_EQ(textOf(text), "command 0x22, sequence 0, 49 bytes: 1 text: \"" + std::string(40, 'x') + "...\"");
 }
 
-TEST(FrameText, escapesWhatWouldMoveATerminalsCursor)
+TEST(FrameText, escapesControlCharacters)
 {
     EXPECT_EQ(textOf("68 0b000000 0000 00 00 22 01000000 0500 0300 1b5b22 0000 16"_hex),
               "command 0x22, sequence 0, 11 bytes: 1 text: \"\\u001b[\\u0022\"");
 }
 
-TEST(FrameText, tellsFaultsAndGarbageInWords)
+TEST(FrameText, printsFaultsAndGarbageInWords)
 {
     EXPECT_EQ(textOf("0d0a"_hex), "garbage, 2 bytes: 0d 0a");
     EXPECT_EQ(textOf("68 04000000 0100 00 00 01 03000000 0000 17"_hex),
@@ -106,7 +106,7 @@ TEST(FrameText, tellsFaultsAndGarbageInWords)
               "cut, 12 of 17 bytes: systemState, sequence 1, 4 bytes: 03 00");
 }
 
-// A golden stream and its parts, but for those keys that a reader without transport, direction and form can't know.
+// Compares the parts of a golden stream, without the keys that need transport, direction and form.
 static void expectGolden(const QString& name)
 {
     FrameStream frames;
@@ -131,7 +131,7 @@ static void expectGolden(const QString& name)
     EXPECT_EQ(QJsonDocument(parts).toJson().toStdString(), QJsonDocument(expected).toJson().toStdString());
 }
 
-TEST(FrameJson, isThatOfTheGoldenFrames)
+TEST(FrameJson, matchesTheGoldenFrames)
 {
     const QStringList files = QDir(GQLIB_GOLDEN "/frames").entryList({"*.hex"});
     EXPECT_GT(files.size(), 40);

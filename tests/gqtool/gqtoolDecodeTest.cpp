@@ -206,7 +206,7 @@ TEST(GqtoolDecode, listsTheFormsAsJson)
                                           "\n"));
 }
 
-TEST(GqtoolDecode, endsWithTwoOnWrongUsage)
+TEST(GqtoolDecode, exitsWith2OnWrongUsage)
 {
     struct Usage {
         QStringList words;
@@ -216,7 +216,7 @@ TEST(GqtoolDecode, endsWithTwoOnWrongUsage)
          {Usage{{}, "--as FORM is required; --list prints the forms"},
           Usage{{"01"}, "--as FORM is required; --list prints the forms"},
           Usage{{"--as", "float", "01"}, "--as must be a form of --list, got 'float'"},
-          Usage{{"--as", "wave"}, "no bytes; give hex text, --file FILE, or - for standard input"},
+          Usage{{"--as", "wave"}, "BYTES, --file FILE or - is required"},
           Usage{{"--as", "wave", "--udp", "00"}, "--udp, --request and --payload require --as frames"},
           Usage{{"--as", "frames", "--payload", "floats", "00"},
                 "--payload must be one of int, ints, bytes, strings, got 'floats'"},

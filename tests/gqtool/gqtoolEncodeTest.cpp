@@ -1,4 +1,4 @@
-// gqtool encode: the bytes of all golden files, and what it says to wrong JSON.
+// gqtool encode: the bytes of golden files, and its errors. decodeAgreementTest.cpp encodes more of them.
 
 #include "support/goldenRecords.h"
 #include "support/gqtoolProgram.h"
@@ -48,7 +48,7 @@ TEST(GqtoolEncode, makesTheBytesOfGoldenFrames)
     }
 }
 
-TEST(GqtoolEncode, takesWhatDecodePrints)
+TEST(GqtoolEncode, acceptsWhatDecodePrints)
 {
     const Outcome decoded = run({"decode", "--json", "--as", "variant", "05 0000c07f 2a"});
     EXPECT_EQ(hexOf(encode(decoded.output.toUtf8())), "05 00 00 c0 7f 2a");
@@ -56,7 +56,7 @@ TEST(GqtoolEncode, takesWhatDecodePrints)
     EXPECT_EQ(hexOf(encode(frame.output.toUtf8())), "68 01 00 00 00 07 00 02 03 20 aa 00 00 16");
 }
 
-TEST(GqtoolEncode, takesWhatDecodePrintsOfWaves)
+TEST(GqtoolEncode, acceptsWhatDecodePrintsOfWaves)
 {
     for (const char* name : {"floats", "quantised", "raw"}) {
         const std::string path = std::string("waves/") + name + ".hex";
@@ -67,7 +67,7 @@ TEST(GqtoolEncode, takesWhatDecodePrintsOfWaves)
     }
 }
 
-TEST(GqtoolEncode, takesATextWithAZeroByte)
+TEST(GqtoolEncode, acceptsATextWithAZeroByte)
 {
     const char* json = R"({"as": "variant", "value": {"kind": 10, "textValue": "a\u0000b"}, "behind": "\u0000"})";
     EXPECT_EQ(hexOf(encode(json)), "0a 03 00 61 00 62 00");
@@ -171,7 +171,7 @@ TEST(GqtoolEncode, refusesATextThatIsTooLongForItsLength)
               "gqtool: standard input: value.textValue must have at most 256 bytes, got 65536\n");
 }
 
-TEST(GqtoolEncode, saysWhereJsonIsBroken)
+TEST(GqtoolEncode, reportsWhereJsonIsInvalid)
 {
     const Outcome outcome = encode("{\"as\": \"wave\",\n \"value\": }");
     EXPECT_EQ(outcome.exitCode, 1);

@@ -21,7 +21,7 @@ static const QString nineDigitsSums = "9 bytes: 31 32 33 34 35 36 37 38 39\n"
                                       "CRC-16, high byte first  4b 37\n"
                                       "byte sum                 dd\n";
 
-TEST(GqtoolInput, takesHexTextInEveryUsualForm)
+TEST(GqtoolInput, acceptsHexTextInEveryUsualForm)
 {
     for (const char* const text :
          {"313233343536373839", "31:32:33:34:35:36:37:38:39", "0x31 0x32 0x333435 0X36 37 38 39",
@@ -49,42 +49,43 @@ TEST(GqtoolInput, readsAGoldenFile)
     EXPECT_TRUE(run({"sum", "--file", GQLIB_GOLDEN "/waves/quantised.hex"}).output.contains(" bytes: "));
 }
 
-TEST(GqtoolInput, saysWhereADigitIsBad)
+TEST(GqtoolInput, reportsWhereADigitIsInvalid)
 {
     Outcome outcome = run({"sum", "01 2g"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
-    EXPECT_EQ(outcome.errors, "gqtool: bytes, line 1, column 5: 'g' is not a hex digit\n");
+    EXPECT_EQ(outcome.errors, "gqtool: BYTES: line 1, column 5: 'g' is not a hex digit\n");
 
     EXPECT_EQ(runWithInput({"sum", "-"}, "01 # gg\n02 0x3\n").errors,
-              "gqtool: standard input, line 2, column 4: '0x3' has an odd number of digits\n");
-    EXPECT_EQ(run({"sum", "01 2 3"}).errors, "gqtool: bytes, line 1, column 4: '2' has an odd number of digits\n");
-    EXPECT_EQ(run({"sum", "01 0x"}).errors, "gqtool: bytes, line 1, column 4: '0x' has no digits\n");
-    EXPECT_EQ(run({"sum", "010x02"}).errors, "gqtool: bytes, line 1, column 4: 'x' is not a hex digit\n");
+              "gqtool: standard input: line 2, column 4: '0x3' must have an even number of hex digits\n");
+    EXPECT_EQ(run({"sum", "01 2 3"}).errors,
+              "gqtool: BYTES: line 1, column 4: '2' must have an even number of hex digits\n");
+    EXPECT_EQ(run({"sum", "01 0x"}).errors, "gqtool: BYTES: line 1, column 4: '0x' must have hex digits\n");
+    EXPECT_EQ(run({"sum", "010x02"}).errors, "gqtool: BYTES: line 1, column 4: 'x' is not a hex digit\n");
 }
 
-TEST(GqtoolInput, hintsAtRawBytes)
+TEST(GqtoolInput, suggestsRawForRawBytes)
 {
     EXPECT_EQ(runWithInput({"sum", "-"}, QByteArray("\x68\x00", 2)).errors,
-              "gqtool: standard input, line 1, column 1: 'h' is not a hex digit\n");
+              "gqtool: standard input: line 1, column 1: 'h' is not a hex digit\n");
     EXPECT_EQ(runWithInput({"sum", "-"}, QByteArray("\x00\xff", 2)).errors,
-              "gqtool: standard input, line 1, column 1: the byte 0x00 is not a hex digit; if these are raw bytes, say "
-              "--raw\n");
+              "gqtool: standard input: line 1, column 1: byte 0x00 is not a hex digit; use --raw for raw "
+              "bytes\n");
 }
 
-TEST(GqtoolInput, saysWhichFileCannotBeRead)
+TEST(GqtoolInput, reportsWhichFileCannotBeRead)
 {
     const QTemporaryDir folder;
     const QString missing = folder.filePath("missing");
     Outcome outcome = run({"sum", "--file", missing});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: can't read " + missing + ": No such file or directory\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot read " + missing + ": No such file or directory\n");
     outcome = run({"sum", "--file", folder.path()});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't read ")) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: cannot read ")) << outcome.errors.toStdString();
 }
 
-TEST(GqtoolInput, wantsOneSource)
+TEST(GqtoolInput, requiresOneSource)
 {
     EXPECT_EQ(run({"sum"}).exitCode, 2);
     EXPECT_EQ(run({"sum", "--file", "a", "00"}).exitCode, 2);

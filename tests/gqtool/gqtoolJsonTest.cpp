@@ -69,13 +69,13 @@ TEST(GqtoolJson, holdsTheFailureOfACall)
         R"({"cause":"error-frame","code":-7,"meaning":"the server's own code, from an error frame","result":"failed","value":null})");
 }
 
-TEST(GqtoolJson, tellsTheTimeOfACall)
+TEST(GqtoolJson, holdsTheTimeOfACall)
 {
     RunningStation station({"--late", "50"});
     EXPECT_GE(object(station.call({"--json", "systemState"}).output)["ms"].toDouble(), 50);
 }
 
-TEST(GqtoolJson, holdsEachReplyOfARunAndTheSum)
+TEST(GqtoolJson, holdsEachReplyOfARunAndTheTotals)
 {
     const QTemporaryDir folder;
     QFile script(folder.filePath("faults.txt"));

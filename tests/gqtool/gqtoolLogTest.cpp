@@ -13,7 +13,7 @@ static QStringList linesOf(const QString& path)
     return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
 }
 
-TEST(GqtoolLog, holdsTheLinesOfTheConsoleWithTheTimeWhenTheStationHasEnded)
+TEST(GqtoolLog, holdsTheLinesOfTheConsoleWithTheirTime)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath("station.log");
@@ -44,7 +44,7 @@ TEST(GqtoolLog, holdsTheLinesOfAQuietStation)
     EXPECT_GE(linesOf(path).size(), 2); // listening, connected; the others may come too late
 }
 
-TEST(GqtoolLog, goesBehindWhatTheFileHolds)
+TEST(GqtoolLog, appendsToTheFile)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath("station.log");
@@ -55,10 +55,10 @@ TEST(GqtoolLog, goesBehindWhatTheFileHolds)
     }
 }
 
-TEST(GqtoolLog, endsWithOneWhereTheFileCanNotBeWritten)
+TEST(GqtoolLog, exitsWith1IfTheFileCannotBeWritten)
 {
     const QTemporaryDir folder;
     const Outcome outcome = run({"station", "--log", folder.filePath("missing/station.log")});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't write to ")) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: cannot write to ")) << outcome.errors.toStdString();
 }

@@ -5,19 +5,19 @@
 
 #include <gtest/gtest.h>
 
-TEST(GqtoolCall, takesLeadingZerosForADecimalNumber)
+TEST(GqtoolCall, readsLeadingZerosAsDecimal)
 {
     RunningStation station;
     EXPECT_EQ(station.call({"setState", "010"}).output, "10\n");
 }
 
-TEST(GqtoolCall, takesLeadingZerosForADecimalPort)
+TEST(GqtoolCall, readsLeadingZerosOfAPortAsDecimal)
 {
-    const Outcome outcome = run({"call", "127.0.0.1:00008", "systemState"}); // one like any other: nobody listens
+    const Outcome outcome = run({"call", "127.0.0.1:00008", "systemState"}); // nothing listens on port 8
     EXPECT_EQ(outcome.exitCode, 1) << outcome.errors.toStdString();
 }
 
-TEST(GqtoolStation, refusesAnAddressThatIsNone)
+TEST(GqtoolStation, refusesAnInvalidAddress)
 {
     for (const char* address : {"nonsense", "localhost", "300.1.1.1", "127.1 nonsense", ""}) {
         SCOPED_TRACE(address);
@@ -27,19 +27,19 @@ TEST(GqtoolStation, refusesAnAddressThatIsNone)
     }
 }
 
-TEST(GqtoolStation, tellsThatItsScriptCantBeRead)
+TEST(GqtoolStation, reportsThatItsScriptCannotBeRead)
 {
     const Outcome outcome = run({"station", "--script", "/proc/self/mem"}); // opens, and fails to be read
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
-    EXPECT_TRUE(outcome.errors.startsWith("gqtool: can't read /proc/self/mem: Input/output error\n"))
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: cannot read /proc/self/mem: Input/output error\n"))
         << outcome.errors.toStdString();
 }
 
-TEST(GqtoolStation, readsItsScriptBehindAZeroByte)
+TEST(GqtoolStation, readsItsScriptAfterAZeroByte)
 {
     const InputFile script(QByteArray("# \0\nnonsense\n", 13));
     const Outcome outcome = run({"station", "--script", script.path});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(outcome.errors.contains(", line 2: ")) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.errors.contains(": line 2: ")) << outcome.errors.toStdString();
 }

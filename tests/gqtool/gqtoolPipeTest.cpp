@@ -1,5 +1,5 @@
-// gqtool ahead of a reader that goes away, as in 'gqtool ... | head -n 1': it ends quietly. And with standard streams
-// that take nothing: no data is lost in silence.
+// gqtool as the writer of a pipe whose reader goes away, as in 'gqtool ... | head -n 1': it ends quietly. And gqtool with
+// full or closed standard streams: no data is lost silently.
 
 #include "support/gqtoolProgram.h"
 
@@ -67,7 +67,7 @@ static Outcome runInShell(const QString& line)
     return runProgram("sh", {"-c", "gqtool=$0; " + line, GQTOOL});
 }
 
-TEST(GqtoolStreams, tellThatStandardOutputIsFull)
+TEST(GqtoolStreams, reportThatStandardOutputIsFull)
 {
     for (const char* command : {"sum 01", "time 5 --json", "station", "--help", "--version"}) {
         SCOPED_TRACE(command);
@@ -78,7 +78,7 @@ TEST(GqtoolStreams, tellThatStandardOutputIsFull)
 }
 
 // The programs share their console.
-TEST(GqtoolStreams, nameTheProgramThatReports)
+TEST(GqtoolStreams, nameTheProgramInMessages)
 {
     const Outcome outcome =
         runProgram("sh", {"-c", "\"$0\" \"$1\" --clients 1 --requests 4 > /dev/full", GQLOAD, GQTOOL});
@@ -86,16 +86,16 @@ TEST(GqtoolStreams, nameTheProgramThatReports)
     EXPECT_EQ(outcome.errors, "gqload: cannot write to standard output: No space left on device\n");
 }
 
-TEST(GqtoolStreams, tellThatStandardOutputIsClosed)
+TEST(GqtoolStreams, reportThatStandardOutputIsClosed)
 {
     const Outcome outcome = runInShell("$gqtool sum 01 >&-");
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot write to standard output: Bad file descriptor\n");
 }
 
-TEST(GqtoolStreams, tellThatStandardInputIsClosed)
+TEST(GqtoolStreams, reportThatStandardInputIsClosed)
 {
     const Outcome outcome = runInShell("$gqtool sum - <&-");
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: can't read standard input: Bad file descriptor\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot read standard input: Bad file descriptor\n");
 }

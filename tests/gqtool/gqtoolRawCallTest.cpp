@@ -1,4 +1,4 @@
-// gqtool call --command: requests of the user's own, and what is told of each reply.
+// gqtool call --command: any request, and the output for each reply.
 
 #include "support/frames.h"
 #include "support/gqtoolProgram.h"
@@ -18,7 +18,7 @@ static void sendTo(int descriptor, const QByteArray& bytes)
     EXPECT_EQ(send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL), bytes.size());
 }
 
-// Calls with --command 0x50 and `words`, takes `requestSize` bytes, answers, and closes if told to.
+// Calls with --command 0x50 and `words`, reads `requestSize` bytes, replies, and optionally closes.
 static Exchange exchange(const QStringList& words, int requestSize, const QByteArray& reply, bool closes = false)
 {
     Listener listener(1);
@@ -41,9 +41,9 @@ static Outcome answered(const QStringList& words, const QByteArray& reply)
 
 // --- Requests -----------------------------------------------------------------------------------------------------
 
-TEST(GqtoolRawCall, sendsIntegersBehindTheHeader)
+TEST(GqtoolRawCall, sendsIntegersAfterTheHeader)
 {
-    const QByteArray expected = "68 08000000 0000 02 01 50 05000000 ffffffff 0000 16"_hex; // arg2 ahead of arg1
+    const QByteArray expected = "68 08000000 0000 02 01 50 05000000 ffffffff 0000 16"_hex; // arg2 precedes arg1
     EXPECT_EQ(exchange({"--arg1", "1", "--arg2", "2", "--", "5", "-1"}, 21, reply7).request, hex(expected));
 }
 
@@ -53,13 +53,13 @@ TEST(GqtoolRawCall, sendsBytes)
               hex("68 03000000 0000 00 00 50 deadbe 0000 16"_hex));
 }
 
-TEST(GqtoolRawCall, sendsNoPayloadIfThereIsNone)
+TEST(GqtoolRawCall, sendsAnEmptyPayload)
 {
     EXPECT_EQ(exchange({}, 13, reply7).request, hex("68 00000000 0000 00 00 50 0000 16"_hex));
     EXPECT_EQ(exchange({"--hex", ""}, 13, reply7).request, hex("68 00000000 0000 00 00 50 0000 16"_hex));
 }
 
-TEST(GqtoolRawCall, asksByDatagrams)
+TEST(GqtoolRawCall, sendsDatagrams)
 {
     const Descriptor peer(socket(AF_INET, SOCK_DGRAM, 0));
     sockaddr_in address = {};
@@ -89,7 +89,7 @@ static const QByteArray threeBytes = "68 07000000 0000 00 00 50 03000000 00ff10 
 static const QByteArray twoTexts = "68 0f000000 0000 00 00 50 02000000 0500 0300 616263 0200 0000 0000 16"_hex;
 static const QByteArray overrunningText = "68 0d000000 0000 00 00 50 02000000 0500 0300 616263 0900 0000 16"_hex;
 
-TEST(GqtoolRawCall, printsTheReplyInTheFormAskedFor)
+TEST(GqtoolRawCall, printsTheReplyInTheRequestedForm)
 {
     EXPECT_EQ(answered({}, reply7).output, "7\n");
     EXPECT_EQ(answered({"--reply", "int"}, reply7).output, "7\n");
@@ -98,7 +98,7 @@ TEST(GqtoolRawCall, printsTheReplyInTheFormAskedFor)
     EXPECT_EQ(answered({"--reply", "strings"}, twoTexts).output, "abc\n\n");
 }
 
-TEST(GqtoolRawCall, takesOneFrameForTheReplyUnlessToldHowManyElements)
+TEST(GqtoolRawCall, readsOneFrameUnlessCountIsGiven)
 {
     RunningStation station({"--gap", "300"});
     EXPECT_EQ(station.call({"--command", "0x20", "--reply", "ints", "150"}).output.count('\n'), 100);
@@ -107,55 +107,53 @@ TEST(GqtoolRawCall, takesOneFrameForTheReplyUnlessToldHowManyElements)
 
 // --- Failures -----------------------------------------------------------------------------------------------------
 
-static void expectFailure(const Outcome& outcome, const char* told)
+static void expectFailure(const Outcome& outcome, const char* message)
 {
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, QString("gqtool: command 0x50 failed with %1\n").arg(told));
+    EXPECT_EQ(outcome.errors, QString("gqtool: command 0x50 failed with %1\n").arg(message));
 }
 
-TEST(GqtoolRawCall, tellsAnErrorFrame)
+TEST(GqtoolRawCall, reportsAnErrorFrame)
 {
     for (const char* form : {"int", "ints", "bytes", "strings"}) {
         SCOPED_TRACE(form);
         expectFailure(answered({"--reply", form}, errorMinus7),
                       "-7: error-frame: the server's own code, from an error frame");
-        expectFailure(answered({"--reply", form}, errorOfTwoBytes), "-2: error-frame: an error frame with no code");
+        expectFailure(answered({"--reply", form}, errorOfTwoBytes), "-2: error-frame: an error frame without a code");
     }
 }
 
-TEST(GqtoolRawCall, tellsAPayloadThatIsTooShort)
+TEST(GqtoolRawCall, reportsAPayloadThatIsTooShort)
 {
     for (const char* form : {"int", "ints", "bytes", "strings"}) {
         SCOPED_TRACE(form);
         expectFailure(answered({"--reply", form}, threeBytesOfPayload),
-                      "-5: bad-frame: a payload shorter than its form demands");
+                      "-5: bad-frame: a payload that is shorter than its form");
     }
 }
 
-TEST(GqtoolRawCall, tellsAFrameThatFailsItsCheck)
+TEST(GqtoolRawCall, reportsABadFrame)
 {
-    const char* const told =
-        "0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its length lies";
+    const char* const message = "0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong";
     for (const char* form : {"int", "ints", "bytes"}) {
         SCOPED_TRACE(form);
-        expectFailure(answered({"--reply", form}, wrongEnd), told);
+        expectFailure(answered({"--reply", form}, wrongEnd), message);
     }
     const Outcome outcome = answered({"--reply", "strings"}, overrunningText);
-    EXPECT_EQ(outcome.output, "abc\n"); // what came ahead
-    expectFailure(
-        outcome,
-        "0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its length lies; or a text "
-        "that overruns its payload");
+    EXPECT_EQ(outcome.output, "abc\n"); // the texts before the failure
+    expectFailure(outcome,
+                  "0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong, or a text runs "
+                  "past the end of the payload");
 }
 
-TEST(GqtoolRawCall, tellsATimeOut)
+TEST(GqtoolRawCall, reportsATimeout)
 {
     expectFailure(answered({"--timeout", "300"}, QByteArray()), "0: no-reply: no whole reply in time");
     expectFailure(answered({"--timeout", "300"}, reply7.left(12)),
                   "0: bad-frame: no whole reply in time, after 12 bytes of it");
 }
 
-TEST(GqtoolRawCall, tellsAConnectionThatEnds)
+TEST(GqtoolRawCall, reportsAClosedConnection)
 {
     expectFailure(exchange({}, 13, QByteArray(), true).outcome,
                   "-1: closed: the server closed, or the connection broke");
@@ -163,22 +161,22 @@ TEST(GqtoolRawCall, tellsAConnectionThatEnds)
                   "-1: bad-frame: the server closed, or the connection broke, after 12 bytes of it");
 }
 
-TEST(GqtoolRawCall, tellsThatNobodyListens)
+TEST(GqtoolRawCall, reportsThatNothingListens)
 {
     const Listener deaf;
     const QString endpoint = QString("127.0.0.1:%1").arg(deaf.port());
-    const char* const told = "-1: refused: the host is up, but nothing listens on this port: Connection refused";
-    expectFailure(run({"call", endpoint, "--command", "0x50"}), told);
-    expectFailure(run({"call", "--udp", endpoint, "--command", "0x50"}), told);
+    const char* const message = "-1: refused: the host is up, but nothing listens on this port: Connection refused";
+    expectFailure(run({"call", endpoint, "--command", "0x50"}), message);
+    expectFailure(run({"call", "--udp", endpoint, "--command", "0x50"}), message);
 }
 
-TEST(GqtoolRawCall, tellsWhatFailsByDatagrams)
+TEST(GqtoolRawCall, reportsFailuresOfDatagrams)
 {
     const struct {
         const char* option;
-        const char* told;
+        const char* message;
     } failures[] = {
-        {"--wrong-end", "0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its length lies"},
+        {"--wrong-end", "0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong"},
         {"--silent", "0: no-reply: no reply in time"},
     };
     for (const auto& failure : failures) {
@@ -186,40 +184,40 @@ TEST(GqtoolRawCall, tellsWhatFailsByDatagrams)
         RunningStation station({"--udp", failure.option});
         expectFailure(run({"call", "--udp", "--timeout", failure.option[2] == 's' ? "200" : "20000", station.endpoint,
                            "--command", "0x50", "1"}),
-                      failure.told);
+                      failure.message);
     }
 }
 
 // --- Usage --------------------------------------------------------------------------------------------------------
 
-TEST(GqtoolRawCall, endsWithTwoOnWrongUsage)
+TEST(GqtoolRawCall, exitsWith2OnWrongUsage)
 {
     const struct {
         QStringList words;
-        const char* told;
+        const char* message;
     } usages[] = {
-        {{"--command", "256"}, "--command takes a number from 0 to 255"},
-        {{"--command", "systemState"}, "--command takes a number from 0 to 255"},
-        {{"--command", "1", "--arg1", "-1"}, "--arg1 takes a number from 0 to 255"},
-        {{"--command", "1", "--arg2", "256"}, "--arg2 takes a number from 0 to 255"},
-        {{"--command", "1", "--count", "-1"}, "--count takes a number of elements"},
-        {{"--command", "1", "--reply", "text"}, "--reply takes int, ints, bytes or strings"},
-        {{"--command", "1", "--hex", "00", "5"}, "a payload is --hex or integers, not both"},
-        {{"--command", "1", "--hex", "0"}, "line 1, column 1: "},
-        {{"--command", "1", "x"}, "'x' is not an integer"},
-        {{"--command", "1", "2147483648"}, "'2147483648' is not an integer"},
-        {{"--arg1", "1", "systemState"}, "--arg1 goes with --command"},
-        {{"--hex", "00", "systemState"}, "--hex goes with --command"},
-        {{"--reply", "ints", "systemState"}, "--reply goes with --command"},
-        {{"--interval", "5", "systemState"}, "--interval goes with --repeat"},
-        {{"--repeat", "0", "systemState"}, "--repeat takes a number from 1 to 10000000"},
-        {{"--repeat", "5", "--interval", "-1", "systemState"}, "--interval takes milliseconds"},
+        {{"--command", "256"}, "--command must be an integer from 0 to 255, got '256'"},
+        {{"--command", "systemState"}, "--command must be an integer from 0 to 255, got 'systemState'"},
+        {{"--command", "1", "--arg1", "-1"}, "--arg1 must be an integer from 0 to 255, got '-1'"},
+        {{"--command", "1", "--arg2", "256"}, "--arg2 must be an integer from 0 to 255, got '256'"},
+        {{"--command", "1", "--count", "-1"}, "--count must be an integer from 0 to 2147483647, got '-1'"},
+        {{"--command", "1", "--reply", "text"}, "--reply must be int, ints, bytes or strings, got 'text'"},
+        {{"--command", "1", "--hex", "00", "5"}, "--hex and INTEGER exclude each other"},
+        {{"--command", "1", "--hex", "0"}, "--hex: line 1, column 1: "},
+        {{"--command", "1", "x"}, "INTEGER must be a 4-byte integer, got 'x'"},
+        {{"--command", "1", "2147483648"}, "INTEGER must be a 4-byte integer, got '2147483648'"},
+        {{"--arg1", "1", "systemState"}, "--arg1 requires --command"},
+        {{"--hex", "00", "systemState"}, "--hex requires --command"},
+        {{"--reply", "ints", "systemState"}, "--reply requires --command"},
+        {{"--interval", "5", "systemState"}, "--interval requires --repeat"},
+        {{"--repeat", "0", "systemState"}, "--repeat must be an integer from 1 to 10000000, got '0'"},
+        {{"--repeat", "5", "--interval", "-1", "systemState"}, "--interval must be a number of milliseconds, got '-1'"},
     };
     for (const auto& usage : usages) {
         SCOPED_TRACE(usage.words.join(' ').toStdString());
         const Outcome outcome = run(QStringList{"call", "127.0.0.1:1"} + usage.words);
         EXPECT_EQ(outcome.exitCode, 2);
         EXPECT_EQ(outcome.output, "");
-        EXPECT_TRUE(outcome.errors.startsWith(QString("gqtool: ") + usage.told)) << outcome.errors.toStdString();
+        EXPECT_TRUE(outcome.errors.startsWith(QString("gqtool: ") + usage.message)) << outcome.errors.toStdString();
     }
 }

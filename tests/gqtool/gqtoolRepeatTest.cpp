@@ -1,4 +1,4 @@
-// gqtool call --repeat: a run of requests and what is told of it.
+// gqtool call --repeat: a run of requests and its output.
 
 #include "support/gqtoolProgram.h"
 #include "support/plainSockets.h"
@@ -26,7 +26,7 @@ static QString scriptIn(const QTemporaryDir& folder, const QByteArray& text)
     return path;
 }
 
-TEST(GqtoolRepeat, tellsCountRateAndTimes)
+TEST(GqtoolRepeat, printsCountRateAndTimes)
 {
     RunningStation station;
     const Outcome outcome = station.call({"--repeat", "20", "systemState"});
@@ -41,7 +41,7 @@ TEST(GqtoolRepeat, tellsCountRateAndTimes)
         << outcome.output.toStdString();
 }
 
-TEST(GqtoolRepeat, asksOverOneConnection)
+TEST(GqtoolRepeat, usesOneConnection)
 {
     RunningStation station;
     station.call({"--repeat", "3", "systemState"});
@@ -51,7 +51,7 @@ TEST(GqtoolRepeat, asksOverOneConnection)
     EXPECT_TRUE(station.nextLine().endsWith(" gone"));
 }
 
-TEST(GqtoolRepeat, sortsTheTimesOfTheGoodRepliesAlone)
+TEST(GqtoolRepeat, sortsOnlyTheTimesOfSuccessfulReplies)
 {
     const QTemporaryDir folder;
     RunningStation station({"--script", scriptIn(folder, "reply 1 late 300\n"
@@ -72,7 +72,7 @@ TEST(GqtoolRepeat, sortsTheTimesOfTheGoodRepliesAlone)
     EXPECT_LE(median, largest);
 }
 
-TEST(GqtoolRepeat, comesBackBehindEachKindOfFailure)
+TEST(GqtoolRepeat, reconnectsAfterEachKindOfFailure)
 {
     const QTemporaryDir folder;
     const QString script = scriptIn(folder, "reply 2 wrong-end\n"
@@ -87,10 +87,10 @@ TEST(GqtoolRepeat, comesBackBehindEachKindOfFailure)
         << outcome.output.toStdString();
 }
 
-TEST(GqtoolRepeat, doesNotTakeTheRestOfAFailedReplyForTheNext)
+TEST(GqtoolRepeat, ignoresTheRestOfAFailedReply)
 {
     const QTemporaryDir folder;
-    // Both frames of a list are spoilt. The second one is still to come when the first one has failed.
+    // Both frames of a list are bad. The second one is still to come when the first one has failed.
     const QString script = scriptIn(folder, "reply 1 wrong-end\nreply 3 wrong-end");
     RunningStation station({"--udp", "--gap", "300", "--script", script});
     for (const char* transport : {"--timeout=9000", "--udp"}) {
@@ -100,7 +100,7 @@ TEST(GqtoolRepeat, doesNotTakeTheRestOfAFailedReplyForTheNext)
     }
 }
 
-TEST(GqtoolRepeat, goesOnWithoutAServer)
+TEST(GqtoolRepeat, continuesWithoutAServer)
 {
     const Listener deaf;
     const Outcome outcome = run({"call", QString("127.0.0.1:%1").arg(deaf.port()), "--repeat", "3", "systemState"});
@@ -114,7 +114,7 @@ TEST(GqtoolRepeat, goesOnWithoutAServer)
         << outcome.output.toStdString();
 }
 
-TEST(GqtoolRepeat, asksByDatagrams)
+TEST(GqtoolRepeat, sendsDatagrams)
 {
     RunningStation station({"--udp"});
     const Outcome outcome = station.call({"--udp", "--repeat", "5", "systemState"});
@@ -130,7 +130,7 @@ TEST(GqtoolRepeat, keepsAnInterval)
     EXPECT_GE(msSince(start), 300);
 }
 
-TEST(GqtoolRepeat, tellsWhatItHasWhenItIsInterrupted)
+TEST(GqtoolRepeat, printsItsTotalsWhenInterrupted)
 {
     for (const int signal : {SIGINT, SIGTERM}) {
         SCOPED_TRACE(signal);
@@ -144,7 +144,7 @@ TEST(GqtoolRepeat, tellsWhatItHasWhenItIsInterrupted)
     }
 }
 
-TEST(GqtoolRepeat, doesNotCountTheRequestThatASignalCutsShort)
+TEST(GqtoolRepeat, doesNotCountTheInterruptedRequest)
 {
     RunningStation station({"--silent"});
     RunningProgram call(GQTOOL, {"call", station.endpoint, "--repeat", "9", "--timeout", "3600000", "systemState"});

@@ -98,7 +98,7 @@ static const QByteArray datagram7 = "68 33000000 0000 00 00 06 07000000"_hex + Q
 
 // --- Greetings ----------------------------------------------------------------------------------------------------
 
-TEST(GqtoolScript, leavesAGreetingOut)
+TEST(GqtoolScript, omitsAGreeting)
 {
     ScriptedStation station("greeting every silent");
     PlainClient client(station);
@@ -108,7 +108,7 @@ TEST(GqtoolScript, leavesAGreetingOut)
               "gqtool: systemState failed with 0: silent: no greeting in time\n");
 }
 
-TEST(GqtoolScript, spoilsTheGreetingsThatItNames)
+TEST(GqtoolScript, changesTheGreetingsThatItNames)
 {
     ScriptedStation station("greeting 1 wrong-end\n"
                             "greeting 2 close-after 5\n"
@@ -127,7 +127,7 @@ TEST(GqtoolScript, spoilsTheGreetingsThatItNames)
     EXPECT_NEXT(PlainClient(station), greeting);
 }
 
-TEST(GqtoolScript, letsAClientFailOnEachSpoiltGreeting)
+TEST(GqtoolScript, makesAClientFailOnEachBadGreeting)
 {
     ScriptedStation station("greeting 1 wrong-end\n"
                             "greeting 2 close-after 5\n"
@@ -142,7 +142,7 @@ TEST(GqtoolScript, letsAClientFailOnEachSpoiltGreeting)
 
 // --- Replies ------------------------------------------------------------------------------------------------------
 
-TEST(GqtoolScript, spoilsTheRepliesThatItNamesAndNoOther)
+TEST(GqtoolScript, changesOnlyTheRepliesThatItNames)
 {
     ScriptedStation station("reply 2 wrong-end");
     PlainClient client(station);
@@ -165,7 +165,7 @@ TEST(GqtoolScript, countsOverAllConnectionsAndDatagrams)
     EXPECT_NEXT(third, greeting + state7WithWrongEnd);
 }
 
-TEST(GqtoolScript, addsLinesUpAndLetsTheLastOneHold)
+TEST(GqtoolScript, addsUpLinesAndTheLastOneCounts)
 {
     ScriptedStation station("reply every error -9\n"
                             "reply 2 wrong-end\n"
@@ -178,7 +178,7 @@ TEST(GqtoolScript, addsLinesUpAndLetsTheLastOneHold)
                             "68 04000000 0000 00 00 ff f9ffffff 0000 17"_hex + state7);
 }
 
-TEST(GqtoolScript, comesBehindTheOptions)
+TEST(GqtoolScript, overridesTheOptions)
 {
     ScriptedStation station("reply 1 none", {"--wrong-end"});
     PlainClient client(station);
@@ -187,7 +187,7 @@ TEST(GqtoolScript, comesBehindTheOptions)
     EXPECT_NEXT(client, greeting + state7 + state7WithWrongEnd);
 }
 
-TEST(GqtoolScript, answersLate)
+TEST(GqtoolScript, delaysReplies)
 {
     ScriptedStation station("reply 1 late 200\ngreeting 1 late 200");
     const Clock::time_point start = Clock::now();
@@ -199,7 +199,7 @@ TEST(GqtoolScript, answersLate)
     EXPECT_GE(msSince(start), 400);
 }
 
-TEST(GqtoolScript, splitsAReplyBehindAByte)
+TEST(GqtoolScript, splitsAReplyAfterAByte)
 {
     ScriptedStation station("reply every split 9");
     PlainClient client(station);
@@ -216,7 +216,7 @@ TEST(GqtoolScript, splitsAReplyBehindAByte)
               "gqtool: setState failed with 0: bad-frame: a datagram without a whole frame, with 9 bytes of one\n");
 }
 
-TEST(GqtoolScript, cutsTheRestOfASplitReplyIntoPieces)
+TEST(GqtoolScript, splitsTheRestOfAReplyIntoPieces)
 {
     ScriptedStation station("reply every split 9\nreply every pieces 40");
     DatagramClient client(station);
@@ -255,7 +255,7 @@ TEST(GqtoolScript, sendsTheFramesOfAListInOneWrite)
     EXPECT_EQ(outcome.errors, "gqtool: ints failed with 0: no-reply: no whole reply in time\n");
 }
 
-TEST(GqtoolScript, staysSilentAndDoesNothing)
+TEST(GqtoolScript, staysSilentAndExecutesNothing)
 {
     ScriptedStation station("reply 1 silent");
     PlainClient client(station);
@@ -264,7 +264,7 @@ TEST(GqtoolScript, staysSilentAndDoesNothing)
     EXPECT_NEXT(client, greeting + state1);
 }
 
-TEST(GqtoolScript, closesBehindAByte)
+TEST(GqtoolScript, closesAfterAByte)
 {
     ScriptedStation station("reply 1 close-after 12\nreply 2 close-after 0\nreply 3 close-after 1000");
     PlainClient cut(station);
@@ -281,7 +281,7 @@ TEST(GqtoolScript, closesBehindAByte)
     EXPECT_TRUE(whole.isAtEnd());
 }
 
-TEST(GqtoolScript, cutsADatagramWhereNothingCanBeClosed)
+TEST(GqtoolScript, cutsADatagramInsteadOfClosing)
 {
     ScriptedStation station("reply 1 close-after 12\nreply 2 close-after 0");
     DatagramClient client(station);
@@ -292,7 +292,7 @@ TEST(GqtoolScript, cutsADatagramWhereNothingCanBeClosed)
     EXPECT_EQ(client.next(), hex(datagram7));
 }
 
-TEST(GqtoolScript, refusesARequestWithoutCarryingItOut)
+TEST(GqtoolScript, refusesARequestWithoutExecutingIt)
 {
     ScriptedStation station("reply 1 error -7");
     PlainClient client(station);
@@ -301,17 +301,16 @@ TEST(GqtoolScript, refusesARequestWithoutCarryingItOut)
     EXPECT_NEXT(client, greeting + errorMinus7 + state1);
 }
 
-TEST(GqtoolScript, tellsAClientEachFaultInWords)
+TEST(GqtoolScript, makesTheClientReportEachFault)
 {
     const struct {
         const char* fault;
-        const char* told; // at once, or after the time-out
+        const char* message; // at once, or after the time-out
         bool waits = false;
     } faults[] = {
         {"silent", "failed with 0: no-reply: no whole reply in time", true},
         {"late 2000", "failed with 0: no-reply: no whole reply in time", true},
-        {"wrong-end",
-         "failed with 0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its length lies"},
+        {"wrong-end", "failed with 0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong"},
         {"close-after 0", "failed with -1: closed: the server closed, or the connection broke"},
         {"close-after 12",
          "failed with -1: bad-frame: the server closed, or the connection broke, after 12 bytes of it"},
@@ -323,21 +322,21 @@ TEST(GqtoolScript, tellsAClientEachFaultInWords)
         const Outcome outcome = fault.waits ? station.callShortly({"systemState"}) : station.call({"systemState"});
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(outcome.errors, QString("gqtool: systemState %1\n").arg(fault.told));
+        EXPECT_EQ(outcome.errors, QString("gqtool: systemState %1\n").arg(fault.message));
     }
 }
 
 // --- What the station says ----------------------------------------------------------------------------------------
 
-TEST(GqtoolScript, saysWhatItDidToAReply)
+TEST(GqtoolScript, printsWhatHappenedToAReply)
 {
     ScriptedStation station("reply 1 close-after 12\nreply 2 close-after 0\nreply 3 silent\ngreeting 4 close-after 3");
-    for (const char* told : {": closed after 12 bytes", ": closed", ": not answered"}) {
+    for (const char* outcome : {": closed after 12 bytes", ": closed", ": not answered"}) {
         PlainClient client(station);
         client.send(setState7);
         station.nextLine(); // connected
         const QString line = station.nextLine();
-        EXPECT_TRUE(line.endsWith(QString(" command 0x06, 17 bytes") + told)) << line.toStdString();
+        EXPECT_TRUE(line.endsWith(QString(" command 0x06, 17 bytes") + outcome)) << line.toStdString();
     }
     PlainClient client(station);
     QString line;
@@ -362,23 +361,22 @@ TEST(GqtoolScript, isRefusedWithLineAndReasonBeforeTheStationListens)
         const char* line;
         const char* reason;
     } lines[] = {
-        {"reply", "a line is greeting|reply NUMBER|every FAULT [VALUE]"},
-        {"reply every", "a line is greeting|reply NUMBER|every FAULT [VALUE]"},
-        {"answer every silent", "a line begins with greeting or reply, not with 'answer'"},
-        {"reply 0 silent", "'0' is neither every nor a number from 1 on"},
-        {"reply -1 silent", "'-1' is neither every nor a number from 1 on"},
-        {"reply all silent", "'all' is neither every nor a number from 1 on"},
+        {"reply", "a line must be 'greeting|reply NUMBER|every FAULT [VALUE]'"},
+        {"reply every", "a line must be 'greeting|reply NUMBER|every FAULT [VALUE]'"},
+        {"answer every silent", "a line must begin with greeting or reply, got 'answer'"},
+        {"reply 0 silent", "NUMBER must be 'every' or at least 1, got '0'"},
+        {"reply -1 silent", "NUMBER must be 'every' or at least 1, got '-1'"},
+        {"reply all silent", "NUMBER must be 'every' or at least 1, got 'all'"},
         {"reply every lat 5",
-         "no fault 'lat'; there are late, split, pieces, together, wrong-end, silent, close-after, "
-         "error, none"},
-        {"reply every late", "late takes one value"},
-        {"reply every late 5 6", "late takes one value"},
-        {"reply every silent 5", "silent takes no value"},
-        {"reply every late x", "late takes a number from 0 on"},
-        {"reply every late -1", "late takes a number from 0 on"},
-        {"reply every split 0", "split takes a number from 1 on"},
-        {"reply every close-after 2147483648", "close-after takes a number from 0 on"},
-        {"reply every error x", "error takes an integer"},
+         "FAULT must be one of late, split, pieces, together, wrong-end, silent, close-after, error, none, got 'lat'"},
+        {"reply every late", "late takes one VALUE"},
+        {"reply every late 5 6", "late takes one VALUE"},
+        {"reply every silent 5", "silent takes no VALUE"},
+        {"reply every late x", "late must be an integer from 0 to 2147483647, got 'x'"},
+        {"reply every late -1", "late must be an integer from 0 to 2147483647, got '-1'"},
+        {"reply every split 0", "split must be an integer from 1 to 2147483647, got '0'"},
+        {"reply every close-after 2147483648", "close-after must be an integer from 0 to 2147483647, got '2147483648'"},
+        {"reply every error x", "error must be a 4-byte integer, got 'x'"},
     };
     for (const auto& bad : lines) {
         SCOPED_TRACE(bad.line);
@@ -386,23 +384,23 @@ TEST(GqtoolScript, isRefusedWithLineAndReasonBeforeTheStationListens)
         const Outcome outcome = run({"station", "--script", script.path});
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(outcome.errors, QString("gqtool: %1, line 3: %2\n").arg(script.path, bad.reason));
+        EXPECT_EQ(outcome.errors, QString("gqtool: %1: line 3: %2\n").arg(script.path, bad.reason));
     }
 }
 
-TEST(GqtoolScript, isRefusedIfItCanNotBeRead)
+TEST(GqtoolScript, isRefusedIfItCannotBeRead)
 {
     const QTemporaryDir folder;
     for (const QString& path : {folder.filePath("missing"), folder.path()}) {
         const Outcome outcome = run({"station", "--script", path});
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_EQ(outcome.output, "");
-        EXPECT_TRUE(outcome.errors.startsWith(QString("gqtool: can't read %1: ").arg(path)))
+        EXPECT_TRUE(outcome.errors.startsWith(QString("gqtool: cannot read %1: ").arg(path)))
             << outcome.errors.toStdString();
     }
 }
 
-TEST(GqtoolScript, takesTheExample)
+TEST(GqtoolScript, acceptsTheExample)
 {
     RunningStation station({"--script", GQLIB_EXAMPLES "/stationFaults.txt"});
     const Outcome outcome = station.call({"--timeout", "1000", "--repeat", "10", "systemState"});
@@ -413,7 +411,6 @@ TEST(GqtoolScript, takesTheExample)
         "failures    4\n"
         "            1 failed with -1: bad-frame: the server closed, or the connection broke, after 13 bytes of it\n"
         "            1 failed with -7: error-frame: the server's own code, from an error frame\n"
-        "            1 failed with 0: bad-frame: a frame that failed its check: its last byte is not 0x16, or its "
-        "length lies\n"
+        "            1 failed with 0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong\n"
         "            1 failed with 0: silent: no greeting in time");
 }

@@ -35,7 +35,7 @@ TEST(GqtoolSum, checksTheEndOfATelegram)
 
     outcome = run({"sum", "--check", "crc-high-first", "01 03 00 00 00 0a c5 cd"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.output, "c5 cd: wrong, CRC-16, high byte first of the bytes ahead is cd c5\n");
+    EXPECT_EQ(outcome.output, "c5 cd: wrong, CRC-16, high byte first of the preceding bytes is cd c5\n");
 
     EXPECT_EQ(run({"sum", "--check", "crc-high-first", nineDigits, "4b37"}).exitCode, 0);
     EXPECT_EQ(run({"sum", "--check", "sum", nineDigits, "dd"}).exitCode, 0);
@@ -49,22 +49,22 @@ TEST(GqtoolSum, checksAsJson)
               "\n");
 }
 
-TEST(GqtoolSum, wantsBytesAheadOfTheSumToCheck)
+TEST(GqtoolSum, requiresBytesBeforeTheSumToCheck)
 {
     const Outcome outcome = run({"sum", "--check", "crc", "ff ff"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: 2 bytes are too few to end in a sum of 2\n");
+    EXPECT_EQ(outcome.errors, "gqtool: --check crc needs at least 3 bytes, got 2\n");
     EXPECT_EQ(run({"sum", "--check", "md5", "ff ff"}).exitCode, 2);
 }
 
-TEST(GqtoolSum, hasNoneOfNoBytes)
+TEST(GqtoolSum, requiresAtLeastOneByte)
 {
     const Outcome outcome = run({"sum", "# nothing"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: there are no bytes to sum\n");
+    EXPECT_EQ(outcome.errors, "gqtool: at least one byte is required\n");
 }
 
-TEST(GqtoolSum, showsTheBeginningOfManyBytes)
+TEST(GqtoolSum, printsTheBeginningOfManyBytes)
 {
     const InputFile file(QByteArray(5000, '\1')); // they add up to 5000, 0x1388
     const Outcome outcome = run({"sum", "--raw", "--file", file.path});

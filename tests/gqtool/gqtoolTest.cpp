@@ -32,7 +32,7 @@ TEST(Gqtool, hasAHelpForEachCommand)
     }
 }
 
-TEST(Gqtool, endsWithTwoOnWrongUsage)
+TEST(Gqtool, exitsWith2OnWrongUsage)
 {
     for (const QStringList& arguments : {QStringList{},
                                          {"nonsense"},
@@ -64,16 +64,16 @@ TEST(Gqtool, endsWithTwoOnWrongUsage)
     }
 }
 
-TEST(Gqtool, tellsHowToPassANegativeNumber)
+TEST(Gqtool, explainsHowToPassANegativeNumber)
 {
     const Outcome outcome = run({"call", "127.0.0.1:1", "setState", "-1"});
     EXPECT_EQ(outcome.exitCode, 2);
-    EXPECT_TRUE(outcome.errors.contains("Before a negative number, say --."));
+    EXPECT_TRUE(outcome.errors.contains("Put -- before a negative number."));
 }
 
 // --- Calls to a station that behaves ------------------------------------------------------------------------------
 
-TEST(GqtoolCall, printsTheReplyAloneOnStandardOutput)
+TEST(GqtoolCall, printsOnlyTheReplyOnStandardOutput)
 {
     RunningStation station;
     const Outcome outcome = station.call({"systemState"});
@@ -86,18 +86,18 @@ TEST(GqtoolCall, readsTheStationsClock)
 {
     RunningStation station;
     const long long before = std::time(nullptr);
-    const long long told = station.call({"systemTime"}).output.toLongLong();
-    EXPECT_GE(told, before);
-    EXPECT_LE(told, std::time(nullptr));
+    const long long seconds = station.call({"systemTime"}).output.toLongLong();
+    EXPECT_GE(seconds, before);
+    EXPECT_LE(seconds, std::time(nullptr));
 }
 
 TEST(GqtoolCall, setsClockAndStateAndClearsThem)
 {
     RunningStation station;
     EXPECT_EQ(station.call({"setTime", "1000000000", "0"}).output, "1\n");
-    const long long told = station.call({"systemTime"}).output.toLongLong();
-    EXPECT_GE(told, 1000000000);
-    EXPECT_LE(told, 1000000060);
+    const long long seconds = station.call({"systemTime"}).output.toLongLong();
+    EXPECT_GE(seconds, 1000000000);
+    EXPECT_LE(seconds, 1000000060);
 
     EXPECT_EQ(station.call({"setState", "--", "-5"}).output, "-5\n");
     EXPECT_EQ(station.call({"systemState"}).output, "-5\n");
@@ -111,7 +111,7 @@ TEST(GqtoolCall, gathersListsFromSeveralFrames)
 {
     RunningStation station({"--gap", "300"});
     const QStringList ints = station.call({"ints", "250"}).output.split('\n');
-    EXPECT_EQ(ints.size(), 251); // behind the last newline nothing follows
+    EXPECT_EQ(ints.size(), 251); // the last one is empty
     EXPECT_EQ(ints.mid(0, 3).join(' '), "200 210 220");
     EXPECT_EQ(ints[249], "690");
 
@@ -125,7 +125,7 @@ TEST(GqtoolCall, gathersListsFromSeveralFrames)
     EXPECT_EQ(texts[12], "unit 2 temperature 1");
 }
 
-TEST(GqtoolCall, tellsTheCodeOfAnErrorFrame)
+TEST(GqtoolCall, printsTheCodeOfAnErrorFrame)
 {
     RunningStation station;
     const Outcome outcome = station.call({"error", "--", "-7"});
@@ -135,7 +135,7 @@ TEST(GqtoolCall, tellsTheCodeOfAnErrorFrame)
               "gqtool: error failed with -7: error-frame: the server's own code, from an error frame\n");
 }
 
-TEST(GqtoolCall, isRefusedACountThatTheStationDoesNotHave)
+TEST(GqtoolCall, isRefusedACountThatIsTooLarge)
 {
     RunningStation station;
     for (const char* count : {"0", "-1", "1001"}) {
@@ -175,7 +175,7 @@ TEST(GqtoolStation, refusesAPortThatIsTaken)
     RunningStation station;
     const Outcome outcome = run({"station", "--port", station.endpoint.split(':')[1]});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: can't listen on " + station.endpoint + ": Address already in use\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot listen on " + station.endpoint + ": Address already in use\n");
 }
 
 TEST(GqtoolStation, sendsRepliesInPieces)
@@ -184,18 +184,18 @@ TEST(GqtoolStation, sendsRepliesInPieces)
     EXPECT_EQ(station.call({"strings", "1"}).output, "unit 1 temperature 1\n");
 }
 
-TEST(GqtoolStation, answersLate)
+TEST(GqtoolStation, delaysReplies)
 {
     RunningStation inTime({"--late", "10"});
     EXPECT_EQ(inTime.call({"systemState"}).exitCode, 0);
     RunningStation tooLate({"--late", "2000"});
-    EXPECT_TRUE(tooLate.callInVain().errors.startsWith("gqtool: systemState failed with 0:"));
+    EXPECT_TRUE(tooLate.callWithoutReply().errors.startsWith("gqtool: systemState failed with 0:"));
 }
 
 TEST(GqtoolStation, staysSilent)
 {
     RunningStation station({"--silent"});
-    EXPECT_TRUE(station.callInVain().errors.startsWith("gqtool: systemState failed with 0:"));
+    EXPECT_TRUE(station.callWithoutReply().errors.startsWith("gqtool: systemState failed with 0:"));
     station.nextLine();
     EXPECT_TRUE(station.nextLine().endsWith(": not answered"));
 }
@@ -206,18 +206,18 @@ TEST(GqtoolStation, endsFramesWithAWrongByte)
     EXPECT_TRUE(station.call({"systemState"}).errors.startsWith("gqtool: systemState failed with 0:"));
 }
 
-TEST(GqtoolStation, closesInPlaceOfAReply)
+TEST(GqtoolStation, closesInsteadOfReplying)
 {
     RunningStation station({"--close"});
     EXPECT_TRUE(station.call({"systemState"}).errors.startsWith("gqtool: systemState failed with -1:"));
 }
 
-TEST(GqtoolStation, greetsAsTold)
+TEST(GqtoolStation, greetsWithTheGivenNumber)
 {
     RunningStation other({"--greeting", "99"});
     EXPECT_EQ(other.call({"systemState"}).output, "1\n");
     RunningStation refused({"--greeting", "-1"});
     EXPECT_TRUE(refused.call({"systemState"}).errors.startsWith("gqtool: systemState failed with 0:"));
     RunningStation mute({"--no-greeting"});
-    EXPECT_TRUE(mute.callInVain().errors.startsWith("gqtool: systemState failed with 0:"));
+    EXPECT_TRUE(mute.callWithoutReply().errors.startsWith("gqtool: systemState failed with 0:"));
 }

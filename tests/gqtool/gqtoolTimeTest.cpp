@@ -14,7 +14,7 @@ static Outcome timeInBerlin(const QStringList& words)
     return run(QStringList{"time", "--zone", "Europe/Berlin", "--base", "2021-03-31 10:20:30"} + words);
 }
 
-// What stands behind a word at the start of a line.
+// What follows a word at the start of a line.
 static std::string field(const Outcome& outcome, const QString& word)
 {
     for (const QString& line : outcome.output.split('\n')) {
@@ -38,13 +38,13 @@ TEST(GqtoolTime, printsMomentAndTextsOfACode)
                                             "english  5 (day of the month)\n");
 }
 
-TEST(GqtoolTime, takesOptionsBehindTheCodeToo)
+TEST(GqtoolTime, acceptsOptionsAfterTheCode)
 {
     const Outcome outcome = run({"time", "1", "--base", "1617178830", "--zone", "UTC"});
     EXPECT_EQ(field(outcome, "moment"), "2021-03-31 00:00:00+00:00 (1617148800)");
 }
 
-TEST(GqtoolTime, takesANegativeCodeBehindTwoHyphens)
+TEST(GqtoolTime, acceptsANegativeCodeAfterTwoHyphens)
 {
     const Outcome outcome = timeInBerlin({"--", "-5"});
     EXPECT_EQ(outcome.exitCode, 0);
@@ -54,24 +54,24 @@ TEST(GqtoolTime, takesANegativeCodeBehindTwoHyphens)
 
     const Outcome without = timeInBerlin({"-5"});
     EXPECT_EQ(without.exitCode, 2);
-    EXPECT_TRUE(without.errors.contains("Before a negative number, say --."));
+    EXPECT_TRUE(without.errors.contains("Put -- before a negative number."));
 }
 
-TEST(GqtoolTime, takesCodesFromTheLeastToTheGreatestInteger)
+TEST(GqtoolTime, acceptsCodesOfAllIntegers)
 {
     EXPECT_EQ(field(timeInBerlin({"--", "-2147483648"}), "text"), "当前时间");
     EXPECT_EQ(field(timeInBerlin({"2147483647"}), "moment"), "none (0)");
     EXPECT_EQ(field(timeInBerlin({"0x9b"}), "code"), "155");
 }
 
-TEST(GqtoolTime, saysWhereACodeHasNoMoment)
+TEST(GqtoolTime, printsNoneIfACodeHasNoMoment)
 {
     EXPECT_EQ(field(timeInBerlin({"1133"}), "moment"), "none (0)");
     EXPECT_EQ(field(timeInBerlin({"1113"}), "moment"), "none (4294967294)");
     EXPECT_EQ(field(timeInBerlin({"--base", "0", "3"}), "moment"), "none (4294967295)");
 }
 
-TEST(GqtoolTime, leavesTheTextEmptyWhereThereIsNone)
+TEST(GqtoolTime, printsAnEmptyTextIfThereIsNone)
 {
     EXPECT_EQ(field(timeInBerlin({"2001"}), "text"), "");
     EXPECT_EQ(field(timeInBerlin({"2001"}), "english"), "");
@@ -79,7 +79,7 @@ TEST(GqtoolTime, leavesTheTextEmptyWhereThereIsNone)
 
 // --- Bases and zones --------------------------------------------------------------------------------------------
 
-TEST(GqtoolTime, takesTheBaseAsSecondsOrAsText)
+TEST(GqtoolTime, acceptsTheBaseAsSecondsOrAsText)
 {
     for (const char* base : {"1617178830", "2021-03-31 10:20:30", "2021-03-31T10:20:30", "2021-03-31 08:20:30Z"}) {
         const Outcome outcome = run({"time", "360", "--zone", "Europe/Berlin", "--base", base});
@@ -88,7 +88,7 @@ TEST(GqtoolTime, takesTheBaseAsSecondsOrAsText)
     }
 }
 
-TEST(GqtoolTime, takesBasesAbove31Bits)
+TEST(GqtoolTime, acceptsBasesAbove31Bits)
 {
     const Outcome outcome = run({"time", "1", "--zone", "UTC", "--base", "2147483648"});
     EXPECT_EQ(field(outcome, "base"), "2038-01-19 03:14:08+00:00 (2147483648)");
@@ -102,9 +102,9 @@ TEST(GqtoolTime, isBasedOnThePresentByDefault)
     const long long before = std::time(nullptr);
     const Outcome outcome = run({"time", "360", "--zone", "UTC"});
     const std::string moment = field(outcome, "moment"); // which ends with the seconds in brackets
-    const long long told = std::atoll(moment.c_str() + moment.find('(') + 1);
-    EXPECT_GE(told, before);
-    EXPECT_LE(told, std::time(nullptr));
+    const long long seconds = std::atoll(moment.c_str() + moment.find('(') + 1);
+    EXPECT_GE(seconds, before);
+    EXPECT_LE(seconds, std::time(nullptr));
 }
 
 TEST(GqtoolTime, readsTheBaseInTheZone)
@@ -170,22 +170,27 @@ TEST(GqtoolTime, listsAllCodesThatHaveAMoment)
 
 // --- Wrong usage ------------------------------------------------------------------------------------------------
 
-TEST(GqtoolTime, endsWithTwoOnWrongUsage)
+TEST(GqtoolTime, exitsWith2OnWrongUsage)
 {
     struct Usage {
         QStringList words;
         const char* message;
     };
     for (const Usage& usage :
-         {Usage{{}, "time takes one code, or --list"}, Usage{{"1", "2"}, "time takes one code, or --list"},
-          Usage{{"1", "--list"}, "time takes one code, or --list"}, Usage{{"x"}, "a code is an integer"},
-          Usage{{"1.5"}, "a code is an integer"}, Usage{{"2147483648"}, "a code is an integer"},
-          Usage{{"1", "--zone", "Mars"}, "no time zone 'Mars'"}, Usage{{"1", "--zone", ""}, "no time zone ''"},
-          Usage{{"1", "--base", "yesterday"}, "'yesterday' is no moment from 1970 to 2106"},
-          Usage{{"1", "--base", "-1"}, "'-1' is no moment from 1970 to 2106"},
-          Usage{{"1", "--base", "4294967296"}, "'4294967296' is no moment from 1970 to 2106"},
-          Usage{{"1", "--base", "1969-12-31 23:59:59Z"}, "'1969-12-31 23:59:59Z' is no moment from 1970 to 2106"},
-          Usage{{"1", "--base", "2106-02-07 06:28:16Z"}, "'2106-02-07 06:28:16Z' is no moment from 1970 to 2106"},
+         {Usage{{}, "one CODE or --list is required"}, Usage{{"1", "2"}, "one CODE or --list is required"},
+          Usage{{"1", "--list"}, "one CODE or --list is required"},
+          Usage{{"x"}, "CODE must be a 4-byte integer, got 'x'"},
+          Usage{{"1.5"}, "CODE must be a 4-byte integer, got '1.5'"},
+          Usage{{"2147483648"}, "CODE must be a 4-byte integer, got '2147483648'"},
+          Usage{{"1", "--zone", "Mars"}, "--zone must be a known time zone, got 'Mars'"},
+          Usage{{"1", "--zone", ""}, "--zone must be a known time zone, got ''"},
+          Usage{{"1", "--base", "yesterday"}, "--base must be a moment from 1970 to 2106, got 'yesterday'"},
+          Usage{{"1", "--base", "-1"}, "--base must be a moment from 1970 to 2106, got '-1'"},
+          Usage{{"1", "--base", "4294967296"}, "--base must be a moment from 1970 to 2106, got '4294967296'"},
+          Usage{{"1", "--base", "1969-12-31 23:59:59Z"},
+                "--base must be a moment from 1970 to 2106, got '1969-12-31 23:59:59Z'"},
+          Usage{{"1", "--base", "2106-02-07 06:28:16Z"},
+                "--base must be a moment from 1970 to 2106, got '2106-02-07 06:28:16Z'"},
           Usage{{"1", "--base"}, "Missing value after '--base'."},
           Usage{{"1", "--nonsense"}, "Unknown option 'nonsense'."}}) {
         SCOPED_TRACE(usage.words.join(' ').toStdString());

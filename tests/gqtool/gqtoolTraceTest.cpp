@@ -28,7 +28,7 @@ public:
         port = found.captured(1).toInt();
     }
 
-    // The next line, behind its time.
+    // The next line, without its time.
     std::string nextText()
     {
         const QString line = nextLine();
@@ -99,7 +99,7 @@ TEST(GqtoolTrace, passesEveryPieceAtOnceAndUnchanged)
     }
 }
 
-TEST(GqtoolTrace, keepsBytesThatTheOtherSideDoesNotTakeYet)
+TEST(GqtoolTrace, keepsBytesThatTheOtherSideDoesNotAcceptYet)
 {
     QByteArray bytes(16 << 20, '\0');
     for (int i = 0; i < bytes.size(); ++i)
@@ -134,7 +134,7 @@ TEST(GqtoolTrace, servesSeveralClientsAtTheSameTime)
 
 // --- Ends ---------------------------------------------------------------------------------------------------------
 
-TEST(GqtoolTrace, passesTheEndOfAClientAloneAndThenThatOfTheStation)
+TEST(GqtoolTrace, passesTheEndOfTheClientBeforeThatOfTheStation)
 {
     Listener station(5);
     RunningTrace trace(station.port());
@@ -145,17 +145,17 @@ TEST(GqtoolTrace, passesTheEndOfAClientAloneAndThenThatOfTheStation)
     EXPECT_EQ(taken(link.server, 4), "68 04 00 00");
     EXPECT_TRUE(isAtEnd(link.server));
     EXPECT_EQ(trace.nextText(), "1 -> cut, 4 of the 10 bytes of a header: 68 04 00 00");
-    EXPECT_EQ(trace.nextText(), "1 the client has ended");
+    EXPECT_EQ(trace.nextText(), "1 the client ended its stream");
 
     give(link.server, reply); // all the same
     EXPECT_EQ(taken(link.client, 17), hex(reply));
     EXPECT_EQ(trace.nextText(), "1 <- setState, sequence 4, 4 bytes: -7");
     ::shutdown(link.server, SHUT_WR);
     EXPECT_TRUE(isAtEnd(link.client));
-    EXPECT_EQ(trace.nextText(), "1 the station has ended");
+    EXPECT_EQ(trace.nextText(), "1 the station ended its stream");
 }
 
-TEST(GqtoolTrace, passesTheEndOfTheStationAlone)
+TEST(GqtoolTrace, passesTheEndOfTheStation)
 {
     Listener station(5);
     const RunningTrace trace(station.port());
@@ -175,42 +175,42 @@ TEST(GqtoolTrace, passesAResetToEitherSide)
     {
         Link link(station, trace);
         trace.nextLine();
-        give(link.server, reply.left(11)); // the frame that it cuts is told
+        give(link.server, reply.left(11)); // the frame that it cuts off is printed
         EXPECT_EQ(taken(link.client, 11), hex(reply.left(11)));
         reset(link.server);
         EXPECT_TRUE(wasReset(link.client));
         EXPECT_EQ(trace.nextText(), "1 <- cut, 11 of 17 bytes: setState, sequence 4, 4 bytes: f9");
-        EXPECT_EQ(trace.nextText(), "1 the station has cut the connection: Connection reset by peer");
+        EXPECT_EQ(trace.nextText(), "1 the station broke the connection: Connection reset by peer");
     }
     {
         Link link(station, trace);
         trace.nextLine();
         reset(link.client);
         EXPECT_TRUE(wasReset(link.server));
-        EXPECT_EQ(trace.nextText(), "2 the client has cut the connection: Connection reset by peer");
+        EXPECT_EQ(trace.nextText(), "2 the client broke the connection: Connection reset by peer");
     }
     {
         Link link(station, trace);
         trace.nextLine();
-        ::shutdown(link.client, SHUT_WR); // a reset behind an end is one too
+        ::shutdown(link.client, SHUT_WR); // a reset after an end counts too
         EXPECT_TRUE(isAtEnd(link.server));
         reset(link.client);
         EXPECT_TRUE(becomes(link.server, POLLERR));
-        EXPECT_EQ(option(link.server, SOL_SOCKET, SO_ERROR), EPIPE); // what a reset behind an end leaves
+        EXPECT_EQ(option(link.server, SOL_SOCKET, SO_ERROR), EPIPE); // the result of a reset after an end
     }
 }
 
-TEST(GqtoolTrace, resetsAClientWhoseStationIsOutOfReach)
+TEST(GqtoolTrace, resetsAClientIfTheStationIsUnreachable)
 {
     const Listener nobody; // refuses
     RunningTrace trace(nobody.port());
     const Descriptor client = connected("127.0.0.1", trace.port);
     EXPECT_TRUE(wasReset(client));
     trace.nextLine();
-    EXPECT_EQ(trace.nextText(), "1 the station is out of reach: Connection refused");
+    EXPECT_EQ(trace.nextText(), "1 the station is unreachable: Connection refused");
 }
 
-TEST(GqtoolTrace, tellsCutFramesWhenItIsToldToEnd)
+TEST(GqtoolTrace, printsCutFramesAtItsEnd)
 {
     for (const int signal : {SIGINT, SIGTERM}) {
         SCOPED_TRACE(signal);
@@ -226,7 +226,7 @@ TEST(GqtoolTrace, tellsCutFramesWhenItIsToldToEnd)
     }
 }
 
-TEST(GqtoolTrace, endsQuietlyWhenNobodyReadsItsLines)
+TEST(GqtoolTrace, endsQuietlyWhenItsReaderHasGone)
 {
     Listener station(5);
     QProcess process;
@@ -246,7 +246,7 @@ TEST(GqtoolTrace, endsQuietlyWhenNobodyReadsItsLines)
 
 // --- Lines and files ----------------------------------------------------------------------------------------------
 
-TEST(GqtoolTrace, tellsFramesGarbageAndFaultsInOrder)
+TEST(GqtoolTrace, printsFramesGarbageAndFaultsInOrder)
 {
     Listener station(5);
     RunningTrace trace(station.port());
@@ -259,7 +259,7 @@ TEST(GqtoolTrace, tellsFramesGarbageAndFaultsInOrder)
     EXPECT_EQ(trace.nextText(), "1 <- wrong end 0x17 instead of 0x16: command 0x20, sequence 1, 0 bytes");
 }
 
-TEST(GqtoolTrace, printsAJsonObjectALine)
+TEST(GqtoolTrace, printsAJsonObjectPerLine)
 {
     Listener station(5);
     RunningTrace trace(station.port(), {"--json"});
@@ -309,7 +309,7 @@ TEST(GqtoolTrace, writesEveryPieceToAFileAtOnce)
                   "06f9ffffff000016\n");
 }
 
-TEST(GqtoolTrace, writesWhatText2pcapMakesACaptureOf)
+TEST(GqtoolTrace, writesAFileThatText2pcapConverts)
 {
     if (QStandardPaths::findExecutable("text2pcap").isEmpty() || QStandardPaths::findExecutable("tshark").isEmpty())
         GTEST_SKIP() << "no text2pcap or no tshark";
@@ -331,7 +331,7 @@ TEST(GqtoolTrace, writesWhatText2pcapMakesACaptureOf)
         EXPECT_EQ(taken(link.client, 17), hex(reply));
         EXPECT_EQ(trace.end(), 0);
     }
-    // The command that the file tells.
+    // The command in the file.
     const QString content = contentOf(path);
     const QString command = content.section("; ", 1).section('\n', 0, 0).replace(" FILE 1.pcapng", " '%1' '%2'");
     const Outcome made = runProgram("bash", {"-c", command.arg(path, capture)});
@@ -349,13 +349,13 @@ TEST(GqtoolTrace, writesWhatText2pcapMakesACaptureOf)
                                              .toStdString());
 }
 
-TEST(GqtoolTrace, goesOnWhenItsFileIsFull)
+TEST(GqtoolTrace, continuesWhenItsFileIsFull)
 {
     Listener station(5);
     RunningTrace trace(station.port(), {"--write", "/dev/full"});
     const Link link(station, trace);
     EXPECT_EQ(trace.nextError(),
-              "gqtool: can't write to /dev/full: No space left on device; the trace goes on without it");
+              "gqtool: cannot write to /dev/full, the trace continues without it: No space left on device");
     give(link.client, request);
     EXPECT_EQ(taken(link.server, 17), hex(request));
     EXPECT_EQ(trace.end(), 1);
@@ -460,7 +460,7 @@ TEST(GqtoolTraceUdp, passesEmptyAndLargestDatagrams)
     EXPECT_EQ(content.count('\n'), 2);
 }
 
-TEST(GqtoolTraceUdp, saysThatTheStationIsOutOfReach)
+TEST(GqtoolTraceUdp, reportsThatTheStationIsUnreachable)
 {
     int port = 0;
     {
@@ -472,12 +472,12 @@ TEST(GqtoolTraceUdp, saysThatTheStationIsOutOfReach)
     client.sendTo(trace.port, request);
     trace.nextLine();
     trace.nextLine();
-    EXPECT_EQ(trace.nextText(), "1 the station is out of reach: Connection refused");
+    EXPECT_EQ(trace.nextText(), "1 the station is unreachable: Connection refused");
 }
 
 // --- Usage --------------------------------------------------------------------------------------------------------
 
-TEST(GqtoolTrace, wantsAPortAndAStation)
+TEST(GqtoolTrace, requiresAPortAndAStation)
 {
     EXPECT_EQ(run({"trace", "127.0.0.1:5000"}).exitCode, 2);
     EXPECT_EQ(run({"trace", "--listen", "0"}).exitCode, 2);
@@ -487,14 +487,14 @@ TEST(GqtoolTrace, wantsAPortAndAStation)
     EXPECT_EQ(run({"trace", "--listen", "0", "--address", "here", "127.0.0.1:5000"}).exitCode, 2);
 }
 
-TEST(GqtoolTrace, saysWhyItCannotStart)
+TEST(GqtoolTrace, reportsWhyItCannotStart)
 {
     const Listener taken(1);
     const QString port = QString::number(taken.port());
     Outcome outcome = run({"trace", "--listen", port, "127.0.0.1:5000"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: can't listen on 127.0.0.1:" + port + ": Address already in use\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot listen on 127.0.0.1:" + port + ": Address already in use\n");
     outcome = run({"trace", "--listen", "0", "--write", "/nowhere/pieces", "127.0.0.1:5000"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: can't write to /nowhere/pieces: No such file or directory\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to /nowhere/pieces: No such file or directory\n");
 }

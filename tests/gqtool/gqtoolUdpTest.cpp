@@ -10,7 +10,7 @@ TEST(GqtoolUdp, readsAndSetsTheState)
     EXPECT_EQ(station.callByUdp({"systemState"}).output, "1\n");
     EXPECT_EQ(station.callByUdp({"setState", "-7"}).output, "-7\n");
     EXPECT_EQ(station.callByUdp({"systemState"}).output, "-7\n");
-    EXPECT_EQ(station.call({"systemState"}).output, "-7\n"); // one station behind both
+    EXPECT_EQ(station.call({"systemState"}).output, "-7\n"); // both reach the same station
     EXPECT_EQ(station.callByUdp({"clear"}).output, "1\n");
     EXPECT_EQ(station.callByUdp({"systemState"}).output, "1\n");
 }
@@ -19,12 +19,12 @@ TEST(GqtoolUdp, setsTheClockByACountedList)
 {
     RunningStation station({"--udp"});
     EXPECT_EQ(station.callByUdp({"setTime", "1000000000", "5"}).output, "1\n");
-    const long long told = station.callByUdp({"systemTime"}).output.toLongLong();
-    EXPECT_GE(told, 1000000000);
-    EXPECT_LE(told, 1000000000 + 20);
+    const long long seconds = station.callByUdp({"systemTime"}).output.toLongLong();
+    EXPECT_GE(seconds, 1000000000);
+    EXPECT_LE(seconds, 1000000000 + 20);
 }
 
-TEST(GqtoolUdp, tellsAReplyOfZeroFromSilence)
+TEST(GqtoolUdp, distinguishesAReplyOfZeroFromSilence)
 {
     RunningStation station({"--udp"});
     const Outcome zero = station.callByUdp({"setState", "0"});
@@ -64,7 +64,7 @@ TEST(GqtoolUdp, refusesAWrongEnd)
     EXPECT_EQ(run({"call", "--udp", "--timeout", "300", station.endpoint, "systemState"}).exitCode, 1);
 }
 
-TEST(GqtoolUdp, findsTheLinkDeadWhereNobodyListens)
+TEST(GqtoolUdp, failsIfNothingListens)
 {
     QString endpoint;
     {

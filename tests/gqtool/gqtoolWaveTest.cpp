@@ -112,7 +112,7 @@ TEST(GqtoolWave, printsOneJsonObject)
                   "\n");
 }
 
-TEST(GqtoolWave, addsUpInDoublePrecision)
+TEST(GqtoolWave, sumsInDoublePrecision)
 {
     // 2^24 and 1023 ones: as a float the sum would stay at 2^24. (16777216 + 1023) / 1024 = 16384.9990234375
     std::vector<float> samples(1024, 1);
@@ -121,14 +121,14 @@ TEST(GqtoolWave, addsUpInDoublePrecision)
         waveOf(headOf(0, "00040000"_hex, none) + imageOf(samples)).output.contains("mean         16384.9990234375\n"));
 }
 
-TEST(GqtoolWave, leavesOutWhatIsNotFiniteAndSaysSo)
+TEST(GqtoolWave, countsSamplesThatAreNotFinite)
 {
     const QByteArray wave = headOf(0, "05000000"_hex, none) + // NaN, 1, infinity, 3, -infinity
                             "0000c07f 0000803f 0000807f 00004040 000080ff"_hex;
     Outcome outcome = waveOf(wave);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_TRUE(outcome.output.endsWith("samples      5\n"
-                                        "not finite   3, NaN or infinite; left out below\n"
+                                        "not finite   3, NaN or infinite; not included below\n"
                                         "minimum      1\n"
                                         "maximum      3\n"
                                         "mean         2\n"))
@@ -147,7 +147,7 @@ TEST(GqtoolWave, readsAWaveWithoutSamples)
     EXPECT_TRUE(outcome.output.endsWith("samples      0\n"));
 }
 
-TEST(GqtoolWave, saysWhenTheHeadCountsOtherwise)
+TEST(GqtoolWave, reportsAWrongSampleCount)
 {
     EXPECT_TRUE(waveOf(headOf(0, "09000000"_hex, none) + "0000803f"_hex)
                     .output.contains("samples      1, but sampleCount is 9\n"));
@@ -166,7 +166,7 @@ TEST(GqtoolWave, writesATable)
     EXPECT_EQ(contentOf(path), "sample,value\n0,0.1\n1,-2\n2,26214400\n");
 }
 
-TEST(GqtoolWave, keepsTheDataToItselfOnStandardOutput)
+TEST(GqtoolWave, printsOnlyTheDataOnStandardOutput)
 {
     const QByteArray wave = headOf(0, none, none);
     EXPECT_TRUE(waveOf(wave, {"--svg", "-"}).output.startsWith("<svg "));
@@ -174,19 +174,19 @@ TEST(GqtoolWave, keepsTheDataToItselfOnStandardOutput)
     EXPECT_EQ(waveOf(wave, {"--svg", "-", "--json"}).exitCode, 2);
 }
 
-TEST(GqtoolWave, saysWhatCannotBeWritten)
+TEST(GqtoolWave, reportsWhatCannotBeWritten)
 {
     const QByteArray wave = headOf(0, none, none) + "0000803f"_hex;
     Outcome outcome = waveOf(wave, {"--csv", "/nowhere/wave.csv"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: can't write to /nowhere/wave.csv: No such file or directory\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to /nowhere/wave.csv: No such file or directory\n");
     outcome = waveOf(wave, {"--svg", ""});
     EXPECT_EQ(outcome.exitCode, 1);
     for (const QString& line : outcome.errors.trimmed().split('\n')) // Qt warns too
         EXPECT_TRUE(line.startsWith("gqtool: ")) << line.toStdString();
     outcome = waveOf(wave, {"--svg", "/dev/full"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: can't write to /dev/full: No space left on device\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to /dev/full: No space left on device\n");
 }
 
 // --- Refusals -----------------------------------------------------------------------------------------------------
@@ -293,7 +293,7 @@ TEST(WaveSvg, showsASpikeOfOneSampleInAMillion)
     }
 }
 
-TEST(WaveSvg, drawsASpikeOfAStoredWaveToo)
+TEST(WaveSvg, drawsASpikeOfAStoredWave)
 {
     std::vector<float> samples(1000000, 0);
     samples[123456] = -7;
@@ -306,7 +306,7 @@ TEST(WaveSvg, drawsASpikeOfAStoredWaveToo)
     EXPECT_LT(svg.size(), 30000);
 }
 
-TEST(WaveSvg, goesThroughFewSamplesOneByOne)
+TEST(WaveSvg, drawsFewSamplesOneByOne)
 {
     const std::vector<double> expected = {295, 150, 5};
     EXPECT_EQ(upperEnds(waveSvg({-1, 0, 1})), expected);
@@ -314,7 +314,7 @@ TEST(WaveSvg, goesThroughFewSamplesOneByOne)
     EXPECT_TRUE(upperEnds(waveSvg({})).empty());
 }
 
-TEST(WaveSvg, hasAGapWhereNothingIsFinite)
+TEST(WaveSvg, hasAGapWithoutFiniteSamples)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinity = std::numeric_limits<float>::infinity();

@@ -40,7 +40,7 @@ struct Terminal {
 
 static const std::string erase = "\r\033[K";
 
-TEST(Progress, showsALineAndTakesItAwayAtItsEnd)
+TEST(Progress, showsALineAndClearsItAtItsEnd)
 {
     Terminal terminal;
     const Replacement standardError(STDERR_FILENO, terminal.device);
@@ -52,7 +52,7 @@ TEST(Progress, showsALineAndTakesItAwayAtItsEnd)
     EXPECT_EQ(terminal.shown(), erase);
 }
 
-TEST(Progress, writesOverWhatItShows)
+TEST(Progress, overwritesItsLine)
 {
     Terminal terminal;
     const Replacement standardError(STDERR_FILENO, terminal.device);
@@ -63,7 +63,7 @@ TEST(Progress, writesOverWhatItShows)
     EXPECT_EQ(terminal.shown(), erase + "half" + erase + "whole");
 }
 
-TEST(Progress, skipsWhatComesTooFastToRead)
+TEST(Progress, skipsFastChanges)
 {
     Terminal terminal;
     const Replacement standardError(STDERR_FILENO, terminal.device);
@@ -84,7 +84,7 @@ TEST(Progress, cutsALineThatWouldWrap)
     }
 }
 
-TEST(Progress, isTakenAwayOnceAheadOfOtherLines)
+TEST(Progress, isClearedOnceBeforeOtherLines)
 {
     Terminal terminal;
     const Replacement standardError(STDERR_FILENO, terminal.device);
@@ -97,7 +97,7 @@ TEST(Progress, isTakenAwayOnceAheadOfOtherLines)
     EXPECT_EQ(terminal.shown(), erase + "half" + erase);
 }
 
-TEST(Progress, isSilentWhereStandardErrorIsNoTerminal)
+TEST(Progress, isSilentIfStandardErrorIsNotATerminal)
 {
     Pipe pipe;
     const Replacement standardError(STDERR_FILENO, pipe.writeEnd);

@@ -41,7 +41,7 @@ public:
     }
     ~RunningProgram() { end(); }
 
-    // Ends it by a signal. Its exit code, or -1 if it has none.
+    // Ends it by a signal. Returns its exit code, or -1 if it has none.
     int end(int signal = SIGTERM)
     {
         if (process.state() == QProcess::Running)
@@ -50,7 +50,7 @@ public:
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }
 
-    // Waits for its own end. What nextLine has given is no part of the output.
+    // Waits until it ends. The output lacks what nextLine has returned.
     Outcome outcome()
     {
         if (process.state() != QProcess::NotRunning && !process.waitForFinished(waitMs))
@@ -88,8 +88,8 @@ public:
     Outcome call(const QStringList& words) { return run(QStringList{"call", endpoint} + words); }
     Outcome callByUdp(const QStringList& words) { return run(QStringList{"call", "--udp", endpoint, "--"} + words); }
 
-    // A call that nobody answers.
-    Outcome callInVain() { return run({"call", "--timeout", "300", endpoint, "systemState"}); }
+    // A call that gets no reply.
+    Outcome callWithoutReply() { return run({"call", "--timeout", "300", endpoint, "systemState"}); }
 
     QString endpoint;
 };

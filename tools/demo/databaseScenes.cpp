@@ -97,7 +97,7 @@ static void showValues(CTcpAPI& client, const std::map<unsigned int, QString>& u
 
 // --- The wave -----------------------------------------------------------------------------------------------------
 
-// How far each column swings, as a line of block characters.
+// The range of each column, as a line of block characters.
 static QString blockLine(const std::vector<float>& samples, int width, double range)
 {
     static const QString blocks = QString::fromUtf8("▁▂▃▄▅▆▇█");
@@ -127,7 +127,8 @@ static void showWave(CTcpAPI& client, const QString& svgPath)
     std::vector<float> samples;
     std::vector<int> marks;
     const bool unpacked = result == 1 && CByte2Rdb::byte2Wave(stored, work.data(), head, samples, marks) == 1;
-    const bool right = unpacked && samples.size() == waveSamples && head.waveFlags == (quantisedSamples | compressedSamples);
+    const bool right =
+        unpacked && samples.size() == waveSamples && head.waveFlags == (quantisedSamples | compressedSamples);
     show("wave (0x36)", result, right,
          QString("%1 samples in %2 bytes, quantised and compressed").arg(samples.size()).arg(stored.size()));
     if (!right)
@@ -165,7 +166,7 @@ static void showObject(CTcpAPI& client)
     QByteArray bytes;
     ObjectData object;
     const int result = fetch(client, commandObject, bytes);
-    // Two less than the bytes consumed, as blob2Object counts.
+    // blob2Object returns two less than the bytes consumed.
     const bool right = result == 1 &&
                        CByte2Rdb::blob2Object(bytes.constData(), bytes.size(), object) == bytes.size() - 2 &&
                        object.properties.size() == 5 && object.properties[2].valueText == "350.500000";
@@ -179,7 +180,7 @@ static void showObject(CTcpAPI& client)
 
 void showDatabase(CTcpAPI& client, const QString& svgPath)
 {
-    say("The point database: definitions of four kinds and their short form, current values");
+    printHeading("The point database: definitions of four kinds and their short form, current values");
     std::map<unsigned int, QString> units;
     showDefinitions(client, units);
     showValues(client, units);

@@ -1,6 +1,6 @@
-// Shows the library's main job on real traffic: a client that calls a simulated station over TCP on loopback, fetches
-// its records, loses it and comes back. One line per request; the exit status is 0 only if every result is the expected
-// one.
+// Shows the library's main job on real traffic: a client calls a simulated station over TCP on loopback, fetches its
+// records, loses the connection and reconnects. Prints a line per request; the exit status is 0 only if every result is
+// the expected one.
 
 #include "demo.h"
 
@@ -25,8 +25,8 @@
 using gqdb::CByte2Val;
 using gqdb::CTcpAPI;
 
-// --- What crosses the wire ----------------------------------------------------------------------------------------
-// The demo counts bytes by standing in front of the two socket calls that a client makes for each request.
+// --- Byte counts ----------------------------------------------------------------------------------------
+// The demo counts bytes by replacing the two socket calls that a client makes for each request.
 
 static long bytesSent = 0;
 static long bytesReceived = 0;
@@ -47,12 +47,12 @@ extern "C" ssize_t recv(int descriptor, void* buffer, size_t length, int flags)
     return count;
 }
 
-// --- Lines and verdicts -------------------------------------------------------------------------------------------
+// --- Output -------------------------------------------------------------------------------------------
 
 static int wrongResults = 0;
-static CGqFileLog clientLog; // what show() has shown; saved at the end
+static CGqFileLog clientLog; // the lines of show(); saved at the end
 
-void say(const QString& text)
+void printHeading(const QString& text)
 {
     printLine("\n" + text);
 }
@@ -64,7 +64,7 @@ void show(const QString& request, int result, bool asExpected, const QString& me
                              .arg(bytesSent, 3)
                              .arg(bytesReceived, 5)
                              .arg(result, 10)
-                             .arg(asExpected ? meaning : "UNEXPECTED, should be: " + meaning);
+                             .arg(asExpected ? meaning : "UNEXPECTED, must be: " + meaning);
     printLine("  " + line);
     clientLog.info(line);
     bytesSent = 0;
@@ -94,7 +94,7 @@ int fetch(CTcpAPI& client, unsigned char command, QByteArray& bytes)
 
 static void showReadyMadeCommands(CTcpAPI& client)
 {
-    say("The five ready-made commands, one integer each way (setTime: two there)");
+    printHeading("The five ready-made commands: one integer in each direction, two in the request of setTime");
     int result = client.systemState();
     show("systemState (1)", result, result == 1, "state 1");
 
@@ -119,7 +119,7 @@ static void showReadyMadeCommands(CTcpAPI& client)
 
 static void showLists(CTcpAPI& client)
 {
-    say("Lists, in several frames each");
+    printHeading("Lists, in several frames each");
     std::vector<int> values;
     int result = client.requestInts(stationRequest(client, commandInts, 250), 250, values);
     bool right = result == 1 && values.size() == 250 && values[1] == 210 && values[249] == 690;
@@ -138,7 +138,7 @@ static void showLists(CTcpAPI& client)
 
 static void showErrorFrame(CTcpAPI& client)
 {
-    say("An error frame marks the link down, and the next request pays for it: it waits for a greeting in vain");
+    printHeading("An error frame marks the link down, and the next request waits for a greeting that does not come");
     int result = client.requestInt(commandError, -7);
     show("provoke error -7 (0x23)", result, result == -7 && !client.isConnected(), "the station's code; link down");
 
@@ -152,14 +152,14 @@ static void showErrorFrame(CTcpAPI& client)
 static void showLostStation(CTcpAPI& client, StationProcess& station)
 {
     const int port = station.port();
-    say("The station goes away");
+    printHeading("The station goes away");
     station.stop();
     int result = client.systemState();
-    show("systemState (1)", result, result == -1 && !client.isConnected(), "the link is dead");
+    show("systemState (1)", result, result == -1 && !client.isConnected(), "the link is down");
     result = client.systemState();
     show("systemState (1)", result, result == -1 && !client.isConnected(), "connection refused");
 
-    say("It comes back, and so does the client, with no call but the next request");
+    printHeading("The station is back, and the next request reconnects");
     const bool started = station.start(port);
     result = client.systemState();
     show("systemState (1)", result, started && result == 1 && client.isConnected(),
@@ -178,7 +178,7 @@ static void showEndOf(const QString& path)
 
 static void showLogs(StationProcess& station, const QString& stationLog, const QString& clientLogFile)
 {
-    say("Both ends kept a log, and the station saved its own when it was told to end");
+    printHeading("Both ends kept a log; the station saved its log at the end");
     station.stop();
     if (!clientLog.save())
         ++wrongResults;
@@ -198,9 +198,8 @@ int main(int argc, char* argv[])
     QFile::remove(stationLog);
     clientLog.init(clientLogFile);
     clientLog.clear();
-    alarm(60); // whatever goes wrong, it ends
-    // The library's own line on standard output would stand in the middle of the table.
-    takeStandardOutput();
+    alarm(60);            // ends the demo if it hangs
+    takeStandardOutput(); // the library's own line would appear within the table
 
     StationProcess station(argv[1], {"--log", stationLog});
     if (!station.start(0)) {
@@ -212,7 +211,7 @@ int main(int argc, char* argv[])
     CTcpAPI client;
     client.setRecvOverTm(1000);
 
-    say("A client connects");
+    printHeading("A client connects");
     const int result = client.connect("127.0.0.1", station.port());
     show("connect", result, result == 1 && client.isConnected(), "greeted; link up");
 

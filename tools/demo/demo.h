@@ -4,15 +4,15 @@
 
 #include <tcpApi.h>
 
-// A heading in front of the lines that follow.
-void say(const QString& text);
+// Prints a heading for the lines that follow.
+void printHeading(const QString& text);
 
-// One request and its result: what was called, the bytes in both directions since the last one, what came back, and
-// whether that is right.
+// Prints a request and its result: the request, the bytes in both directions since the last one, the result, and whether
+// it is the expected one.
 void show(const QString& request, int result, bool asExpected, const QString& meaning);
 
-// A request of the station: a command and one integer.
+// Makes a request of the station: a command and one integer.
 QByteArray stationRequest(gqdb::CTcpAPI& client, unsigned char command, int value);
 
-// Asks the station for records. 1 and the bytes of its byte list, or the code of the failure and none.
+// Requests records. Returns 1 and the bytes of the byte list, or the code of the failure and no bytes.
 int fetch(gqdb::CTcpAPI& client, unsigned char command, QByteArray& bytes);

@@ -13,7 +13,7 @@ static void showSignal(const char* kind, int id, const QString& name, int line, 
 
 void showFrontEnd(CTcpAPI& client)
 {
-    say("The front-end processor: its node, its lines, and the four kinds of signals behind them");
+    printHeading("The front-end processor: its node, its lines, and their four kinds of signals");
     QByteArray bytes;
 
     std::vector<NodeHead> nodes;
@@ -64,12 +64,12 @@ void showFrontEnd(CTcpAPI& client)
                       .arg(line.word1));
     for (const YcItem& item : measurements)
         showSignal("yc", item.itemId, item.text1, item.word1,
-                   QString("%1, %2 %3 a step").arg(item.text2).arg(item.coef1).arg(item.text3));
+                   QString("%1, %2 %3 per step").arg(item.text2).arg(item.coef1).arg(item.text3));
     for (const YxItem& item : states)
         showSignal("yx", item.itemId, item.text1, item.word1, item.text2);
     for (const YdItem& item : meters)
         showSignal("yd", item.itemId, item.text1, item.word1,
-                   QString("%1, %2 %3 a pulse").arg(item.text2).arg(item.float1).arg(item.text3));
+                   QString("%1, %2 %3 per pulse").arg(item.text2).arg(item.float1).arg(item.text3));
     for (const YbItem& item : integers)
         showSignal("yb", item.itemId, item.text1, item.word1, item.text2);
 }

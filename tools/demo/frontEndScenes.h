@@ -2,5 +2,5 @@
 
 #include <tcpApi.h>
 
-// Fetches and shows what the station's front-end processor has: its node, its lines and their signals.
+// Fetches and prints the station's front-end processor: its node, its lines and their signals.
 void showFrontEnd(gqdb::CTcpAPI& client);

@@ -10,31 +10,30 @@
 #include <QCommandLineParser>
 #include <QDateTime>
 
-#include <byte2Val.h>
 #include <climits>
+#include <socketApi.h>
 
 using gqdb::CByte2Val;
+using gqdb::CSocketAPI;
 
 struct CallCommand {
     const char* name;
-    const char* arguments; // their names, one word each; a list is asked for with the number of its elements
+    const char* arguments; // names, one word each; of a list, the number of its elements
     const char* meaning;
     unsigned char command;
     ReplyForm form;
 };
 
-static const unsigned char setTimeCommand = 5;
-
 static const CallCommand commands[] = {
-    {"systemState", "", "the station's state", 1, replyInt},
-    {"systemTime", "", "its clock, in seconds since 1970", 2, replyInt},
-    {"clear", "", "resets it", 3, replyInt},
-    {"setTime", "FIRST SECOND", "sets its clock to FIRST; SECOND is not used", setTimeCommand, replyInt},
-    {"setState", "VALUE", "sets its state", 6, replyInt},
-    {"ints", "COUNT", "integers, one a line", commandInts, replyInts},
-    {"bytes", "COUNT", "bytes, in hexadecimal", commandBytes, replyBytes},
-    {"strings", "COUNT", "texts, one a line", commandStrings, replyStrings},
-    {"error", "CODE", "an error frame, to see one", commandError, replyInt},
+    {"systemState", "", "get the station's state", CSocketAPI::systemStateCommand, replyInt},
+    {"systemTime", "", "get its clock, in seconds since 1970", CSocketAPI::systemTimeCommand, replyInt},
+    {"clear", "", "reset it", CSocketAPI::clearCommand, replyInt},
+    {"setTime", "FIRST SECOND", "set its clock to FIRST; SECOND is not used", CSocketAPI::setTimeCommand, replyInt},
+    {"setState", "VALUE", "set its state", CSocketAPI::setStateCommand, replyInt},
+    {"ints", "COUNT", "get integers, one per line", commandInts, replyInts},
+    {"bytes", "COUNT", "get bytes, in hexadecimal", commandBytes, replyBytes},
+    {"strings", "COUNT", "get texts, one per line", commandStrings, replyStrings},
+    {"error", "CODE", "get an error frame", commandError, replyInt},
 };
 
 struct FormName {
@@ -100,7 +99,7 @@ static bool readInts(const QStringList& words, std::vector<int>& values, QString
     for (const QString& word : words) {
         int value = 0;
         if (!readInt(word, INT_MIN, INT_MAX, value)) {
-            error = QString("'%1' is not an integer").arg(word);
+            error = QString("INTEGER must be a 4-byte integer, got '%1'").arg(word);
             return false;
         }
         values.push_back(value);
@@ -108,18 +107,18 @@ static bool readInts(const QStringList& words, std::vector<int>& values, QString
     return true;
 }
 
-// One of the commands above, and its integers. False with the reason in `error`, as below.
+// Reads one of the commands above and its integers. Returns false and the reason in `error`.
 static bool readNamed(const QStringList& words, bool byUdp, CallRequest& request, QString& error)
 {
     const CallCommand* command = words.isEmpty() ? nullptr : findCommand(words[0]);
     if (command == nullptr) {
-        error =
-            words.isEmpty() ? QString("call takes HOST:PORT and a command") : QString("no command '%1'").arg(words[0]);
+        error = words.isEmpty() ? QString("COMMAND is required") : QString("unknown COMMAND '%1'").arg(words[0]);
         return false;
     }
     const QStringList names = QString(command->arguments).split(' ', Qt::SkipEmptyParts);
     if (words.size() - 1 != names.size()) {
-        error = QString("call %1 %2").arg(command->name, command->arguments).trimmed();
+        error = names.isEmpty() ? QString("%1 takes no arguments").arg(command->name)
+                                : QString("%1 requires %2").arg(command->name, command->arguments);
         return false;
     }
     std::vector<int> values;
@@ -130,21 +129,22 @@ static bool readNamed(const QStringList& words, bool byUdp, CallRequest& request
     if (request.form != replyInt)
         request.count = values[0];
     if (values.empty())
-        values.push_back(static_cast<int>(QDateTime::currentSecsSinceEpoch())); // the commands without integers tell it
-    if (request.command == setTimeCommand && byUdp)
-        values.insert(values.begin(), static_cast<int>(values.size())); // bare over TCP alone
+        values.push_back(
+            static_cast<int>(QDateTime::currentSecsSinceEpoch())); // as the library does for commands without integers
+    if (request.command == CSocketAPI::setTimeCommand && byUdp)
+        values.insert(values.begin(), static_cast<int>(values.size())); // over TCP they have no count
     request.payload = payloadOf(values);
     return true;
 }
 
-// The options of a request of the user's own, and its integers.
+// The options of a request that --command defines, and its integers.
 class RawRequest {
 public:
     explicit RawRequest(QCommandLineParser& parser) { parser.addOptions({command, arg1, arg2, hex, reply, count}); }
 
     bool isAsked(const QCommandLineParser& parser) const { return parser.isSet(command); }
 
-    // The first option that is of no use without --command.
+    // Returns the first option that requires --command.
     QString strayOption(const QCommandLineParser& parser) const
     {
         for (const QCommandLineOption& option : {arg1, arg2, hex, reply, count}) {
@@ -160,19 +160,19 @@ public:
             !readByte(parser, arg2, request.arg2, error))
             return false;
         if (!readInt(parser.value(count), 0, INT_MAX, request.count)) {
-            error = "--count takes a number of elements";
+            error = QString("--count must be an integer from 0 to %1, got '%2'").arg(INT_MAX).arg(parser.value(count));
             return false;
         }
         if (!readForm(parser.value(reply), request.form)) {
-            error = "--reply takes int, ints, bytes or strings";
+            error = QString("--reply must be int, ints, bytes or strings, got '%1'").arg(parser.value(reply));
             return false;
         }
         if (parser.isSet(hex) && !words.isEmpty()) {
-            error = "a payload is --hex or integers, not both";
+            error = "--hex and INTEGER exclude each other";
             return false;
         }
         if (parser.isSet(hex))
-            return parseHex(parser.value(hex).toUtf8(), request.payload, error);
+            return readHex(parser.value(hex), request.payload, error);
         std::vector<int> values;
         if (!readInts(words, values, error))
             return false;
@@ -181,60 +181,68 @@ public:
     }
 
 private:
+    static bool readHex(const QString& text, QByteArray& bytes, QString& error)
+    {
+        const bool isGood = parseHex(text.toUtf8(), bytes, error);
+        error = "--hex: " + error;
+        return isGood;
+    }
+
     static bool readByte(const QCommandLineParser& parser, const QCommandLineOption& option, unsigned char& byte,
                          QString& error)
     {
         int value = 0;
         if (!readInt(parser.value(option), 0, 255, value)) {
-            error = QString("--%1 takes a number from 0 to 255").arg(option.names().constFirst());
+            error = QString("--%1 must be an integer from 0 to 255, got '%2'")
+                        .arg(option.names().constFirst(), parser.value(option));
             return false;
         }
         byte = static_cast<unsigned char>(value);
         return true;
     }
 
-    const QCommandLineOption command{"command", "Make a request of your own, with this command number.", "NUMBER", "0"};
-    const QCommandLineOption arg1{"arg1", "Its arg1 in the frame's header (0).", "NUMBER", "0"};
-    const QCommandLineOption arg2{"arg2", "Its arg2 in the frame's header (0).", "NUMBER", "0"};
-    const QCommandLineOption hex{"hex", "Its payload, as hex text, in place of integers.", "BYTES"};
-    const QCommandLineOption reply{"reply", "Form of the reply, see above (int).", "FORM", "int"};
+    const QCommandLineOption command{"command", "send command NUMBER instead of COMMAND", "NUMBER", "0"};
+    const QCommandLineOption arg1{"arg1", "send NUMBER as arg1 of the header (default: 0)", "NUMBER", "0"};
+    const QCommandLineOption arg2{"arg2", "send NUMBER as arg2 of the header (default: 0)", "NUMBER", "0"};
+    const QCommandLineOption hex{"hex", "send BYTES, hex text, as payload instead of integers", "BYTES"};
+    const QCommandLineOption reply{"reply", "expect a reply of FORM, see above (default: int)", "FORM", "int"};
     const QCommandLineOption count{
-        "count", "Elements that a list is to hold in the end; with 0 one frame is the whole reply (0).", "NUMBER", "0"};
+        "count", "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)", "NUMBER", "0"};
 };
 
 int runCall(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Makes a request to a server and prints the reply.\n\nCommands:\n" + commandList() +
-        "\nThe last four are the simulated station's own. A request of your own has a number in place of a name, and\n"
-        "integers of four bytes each, or any bytes, as payload. Before a negative number, say --:\n"
+        "Sends a request to a server and prints the reply.\n\nCommands:\n" + commandList() +
+        "\nThe last four are defined by the simulated station. --command sends any other command, with integers of\n"
+        "4 bytes each or any bytes as payload. Put -- before a negative number:\n"
         "  gqtool call 127.0.0.1:5000 setState -- -1\n"
         "  gqtool call 127.0.0.1:5000 --command 0x20 --reply ints 5\n"
         "  gqtool call 127.0.0.1:5000 --command 6 --hex 'ff ff ff ff'\n"
         "\nForms:\n" +
         formList() +
         "\n"
-        "With --repeat it makes the request many times and prints how many failed, the requests per second, and the\n"
-        "least, median and largest time of the good ones. It connects anew behind each failure; that is not timed.\n"
-        "SIGINT and SIGTERM end it early, with what came of the requests so far.");
-    const QCommandLineOption timeout("timeout", "Longest wait for each read and write (9000).", "MS", "9000");
-    const QCommandLineOption udp("udp", "Ask by datagrams; the answer to one that is lost is a time-out.");
-    const QCommandLineOption repeat("repeat", "Make the request that many times.", "TIMES");
-    const QCommandLineOption interval("interval", "From the start of a request to the next (0: no pause).", "MS", "0");
-    const QCommandLineOption json("json", "Print JSON, an object a line: each reply, with --repeat the sum too.");
+        "--repeat sends the request many times and prints the number of failures, the requests per second, and the\n"
+        "least, median and largest time of a successful request. After each failure it connects again; that is not\n"
+        "timed. SIGINT and SIGTERM end it early; it then prints the results so far.");
+    const QCommandLineOption timeout("timeout", "wait up to MS for each read and write (default: 9000)", "MS", "9000");
+    const QCommandLineOption udp("udp", "send a datagram; a lost one times out");
+    const QCommandLineOption repeat("repeat", "send the request TIMES times", "TIMES");
+    const QCommandLineOption interval("interval", "start a request every MS (default: 0, no pause)", "MS", "0");
+    const QCommandLineOption json("json", "print each reply as a line of JSON; with --repeat, the totals too");
     RawRequest raw(parser);
     parser.addOptions({timeout, udp, repeat, interval, json});
-    parser.addPositionalArgument("HOST:PORT", "The server, as name or dotted IPv4 address and port.");
-    parser.addPositionalArgument("COMMAND", "One of the commands above, unless --command stands for it.", "[COMMAND]");
-    parser.addPositionalArgument("INTEGER", "Its integers.", "[INTEGER...]");
+    parser.addPositionalArgument("HOST:PORT", "The server: a name or a dotted IPv4 address, and a port.");
+    parser.addPositionalArgument("COMMAND", "One of the commands above, unless --command is given.", "[COMMAND]");
+    parser.addPositionalArgument("INTEGER", "Arguments of the command.", "[INTEGER...]");
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
 
     const QStringList words = parser.positionalArguments();
     if (words.isEmpty())
-        return usageError("call takes HOST:PORT and a command");
+        return usageError("HOST:PORT is required");
     Endpoint endpoint;
     QString error = readEndpoint(words[0], endpoint);
     if (!error.isEmpty())
@@ -246,20 +254,21 @@ int runCall(const QStringList& arguments)
         run.name = QString("command 0x%1").arg(run.request.command, 2, 16, QChar('0'));
     } else {
         if (!raw.strayOption(parser).isEmpty())
-            return usageError(QString("--%1 goes with --command").arg(raw.strayOption(parser)));
+            return usageError(QString("--%1 requires --command").arg(raw.strayOption(parser)));
         if (!readNamed(words.mid(1), parser.isSet(udp), run.request, error))
             return usageError(error);
         run.name = words[1];
     }
     int timeoutMs = 0;
     if (!readInt(parser.value(timeout), 1, INT_MAX, timeoutMs))
-        return usageError("--timeout takes milliseconds");
+        return usageError(QString("--timeout must be at least 1 ms, got '%1'").arg(parser.value(timeout)));
     if (!readInt(parser.value(interval), 0, INT_MAX, run.intervalMs))
-        return usageError("--interval takes milliseconds");
+        return usageError(QString("--interval must be a number of milliseconds, got '%1'").arg(parser.value(interval)));
     if (parser.isSet(interval) && !parser.isSet(repeat))
-        return usageError("--interval goes with --repeat");
+        return usageError("--interval requires --repeat");
     if (parser.isSet(repeat) && !readInt(parser.value(repeat), 1, largestRun, run.times))
-        return usageError(QString("--repeat takes a number from 1 to %1").arg(largestRun));
+        return usageError(
+            QString("--repeat must be an integer from 1 to %1, got '%2'").arg(largestRun).arg(parser.value(repeat)));
     run.printsJson = parser.isSet(json);
 
     const auto makeClient = parser.isSet(udp) ? makeUdpClient : makeTcpClient;

@@ -5,11 +5,11 @@
 // Exit codes of every sub-command.
 enum ExitCode {
     exitGood = 0,
-    exitFailed = 1, // the request failed, or the data is bad
+    exitFailed = 1, // the request failed, or the data is invalid
     exitUsage = 2,
 };
 
-// A sub-command: takes the command line from its own name on, returns an exit code.
+// Run a sub-command. `arguments` begin with its name. Return an exit code.
 int runStation(const QStringList& arguments);
 int runCall(const QStringList& arguments);
 int runProbe(const QStringList& arguments);

@@ -9,12 +9,12 @@
 
 bool parseArguments(QCommandLineParser& parser, const QStringList& arguments, int& exitCode)
 {
-    const QCommandLineOption help({"h", "help"}, "Show this help.");
+    const QCommandLineOption help({"h", "help"}, "show this help");
     parser.addOption(help);
     if (!parser.parse(arguments)) {
         QString message = parser.errorText();
         if (!arguments.filter(QRegularExpression("^-[0-9]")).isEmpty())
-            message += " Before a negative number, say --.";
+            message += " Put -- before a negative number.";
         exitCode = usageError(message);
         return false;
     }
@@ -36,6 +36,6 @@ int usageError(const QString& message)
 bool readInt(const QString& text, int least, int most, int& value)
 {
     bool ok = false;
-    value = text.toInt(&ok, text.contains("0x") ? 16 : 10); // leading zeros do not make it octal
+    value = text.toInt(&ok, text.contains("0x") ? 16 : 10); // leading zeros do not mean octal
     return ok && value >= least && value <= most;
 }

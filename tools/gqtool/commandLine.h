@@ -5,11 +5,12 @@
 
 class QCommandLineParser;
 
-// Reads `arguments` with `parser`, to which it adds --help. True to go on; false when all is said, with the exit code.
+// Parses `arguments` with `parser`, to which it adds --help. Returns false with an exit code if the program should end:
+// it has printed the help or an error.
 bool parseArguments(QCommandLineParser& parser, const QStringList& arguments, int& exitCode);
 
-// Says what is wrong with the command line, and where help is. exitUsage.
+// Prints an error of the command line and a pointer to the help. Returns exitUsage.
 int usageError(const QString& message);
 
-// Reads an option or an argument as an integer within bounds, hexadecimal after 0x.
+// Reads an integer from `least` to `most`; 0x marks a hexadecimal one.
 bool readInt(const QString& text, int least, int most, int& value);

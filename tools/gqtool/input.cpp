@@ -11,7 +11,7 @@
 
 #include <cctype>
 
-static const int largestInput = 1 << 30; // bytes; a QByteArray holds no more than twice that
+static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most twice as many
 
 // --- Hex text -----------------------------------------------------------------------------------------------------
 
@@ -31,8 +31,8 @@ static bool isSeparator(char character)
 
 static QString placeOf(const QByteArray& text, int position)
 {
-    const QByteArray ahead = text.left(position);
-    return QString("line %1, column %2").arg(ahead.count('\n') + 1).arg(position - ahead.lastIndexOf('\n'));
+    const QByteArray before = text.left(position);
+    return QString("line %1, column %2").arg(before.count('\n') + 1).arg(position - before.lastIndexOf('\n'));
 }
 
 static QString badDigit(const QByteArray& text, int position)
@@ -40,7 +40,7 @@ static QString badDigit(const QByteArray& text, int position)
     const auto character = static_cast<unsigned char>(text.at(position));
     if (character >= ' ' && character < 0x7f)
         return QString("%1: '%2' is not a hex digit").arg(placeOf(text, position)).arg(QChar(character));
-    return QString("%1: the byte 0x%2 is not a hex digit; if these are raw bytes, say --raw")
+    return QString("%1: byte 0x%2 is not a hex digit; use --raw for raw bytes")
         .arg(placeOf(text, position))
         .arg(character, 2, 16, QChar('0'));
 }
@@ -71,9 +71,9 @@ bool parseHex(const QByteArray& text, QByteArray& bytes, QString& error)
             return false;
         }
         if (i == firstDigit || (i - firstDigit) % 2 != 0) {
-            error = QString("%1: '%2' has %3")
+            error = QString("%1: '%2' must have %3 digits")
                         .arg(placeOf(text, start), QString(text.mid(start, i - start).left(20)),
-                             i == firstDigit ? "no digits" : "an odd number of digits");
+                             i == firstDigit ? "hex" : "an even number of hex");
             return false;
         }
         for (int digit = firstDigit; digit < i; digit += 2)
@@ -85,13 +85,13 @@ bool parseHex(const QByteArray& text, QByteArray& bytes, QString& error)
 // --- Sources ------------------------------------------------------------------------------------------------------
 
 Input::Input(QCommandLineParser& parser)
-    : fileOption("file", "Read the bytes from a file; - is standard input.", "FILE"),
-      rawOption("raw", "The file holds the bytes themselves, not hex text.")
+    : fileOption("file", "read the bytes from FILE; - means standard input", "FILE"),
+      rawOption("raw", "read the bytes themselves, not hex text")
 {
     parser.addOptions({fileOption, rawOption});
     parser.addPositionalArgument("BYTES",
-                                 "Hex text, or - for standard input. Blanks, colons, line ends, 0x and comments "
-                                 "from # to the end of the line are skipped.",
+                                 "Hex text, or - for standard input. White space, colons, 0x and comments from # "
+                                 "to the end of the line are skipped.",
                                  "[BYTES...]");
 }
 
@@ -116,31 +116,31 @@ bool Input::read(const QCommandLineParser& parser, const QStringList& words, QBy
     const bool isRaw = parser.isSet(rawOption);
     QString mistake;
     if (parser.isSet(fileOption) && !words.isEmpty())
-        mistake = "bytes on the command line and --file: one of them, please";
+        mistake = "BYTES and --file exclude each other";
     else if (path.isEmpty() && words.isEmpty())
-        mistake = "no bytes; give hex text, --file FILE, or - for standard input";
+        mistake = "BYTES, --file FILE or - is required";
     else if (path.isEmpty() && isRaw)
-        mistake = "--raw goes with --file or -; bytes on the command line are hex text";
+        mistake = "--raw requires --file or -; BYTES on the command line are hex text";
     if (!mistake.isEmpty()) {
         exitCode = usageError(mistake);
         return false;
     }
 
     exitCode = exitFailed;
-    const QString source = path.isEmpty() ? "bytes" : path == "-" ? "standard input" : path;
+    const QString source = path.isEmpty() ? "BYTES" : path == "-" ? "standard input" : path;
     QByteArray content = words.join(' ').toUtf8();
     QString error;
     if (!path.isEmpty()) {
         content.clear();
         if (!readAll(path, content, error)) {
-            printError(QString("can't read %1: %2").arg(source, error));
+            printError(QString("cannot read %1: %2").arg(source, error));
             return false;
         }
     }
     if (isRaw) {
         bytes = content;
     } else if (!parseHex(content, bytes, error)) {
-        printError(QString("%1, %2").arg(source, error));
+        printError(source + ": " + error);
         return false;
     }
     exitCode = exitGood;

@@ -1,4 +1,4 @@
-// gqtool, the command-line tool around the library: one file per sub-command.
+// gqtool, the command-line tool of the library. Each sub-command has a file.
 
 #include "command.h"
 #include "shared/console.h"
@@ -15,15 +15,15 @@ struct Command {
 };
 
 static const Command commands[] = {
-    {"station", "a simulated station to develop clients against", runStation},
-    {"call", "one request to a station or server, and its reply", runCall},
-    {"probe", "why a server does not answer, stage by stage", runProbe},
-    {"decode", "the fields of a record, a list, a wave or frames", runDecode},
-    {"encode", "the bytes of what decode --json prints", runEncode},
-    {"sum", "checksums and hex text of some bytes", runSum},
-    {"time", "the moment and the text of a relative time code", runTime},
-    {"trace", "the frames between clients and a station, as they pass", runTrace},
-    {"wave", "what is in a stored wave, as text, table or picture", runWave},
+    {"station", "run a simulated station to test clients with", runStation},
+    {"call", "send a request and print the reply", runCall},
+    {"probe", "find out why a server does not answer", runProbe},
+    {"decode", "print the fields of a record, list, wave or frames", runDecode},
+    {"encode", "convert what decode --json prints to bytes", runEncode},
+    {"sum", "print the checksums and the hex text of bytes", runSum},
+    {"time", "print the moment and the text of a relative time code", runTime},
+    {"trace", "print the frames between clients and a station", runTrace},
+    {"wave", "print a stored wave as text, table or picture", runWave},
 };
 
 static QString overview()
@@ -31,11 +31,11 @@ static QString overview()
     QString text = "Usage: gqtool COMMAND [OPTIONS] [ARGUMENTS]\n\nCommands:\n";
     for (const Command& command : commands)
         text += QString("  %1  %2\n").arg(command.name, -8).arg(command.summary);
-    return text + "\ngqtool COMMAND --help tells more; gqtool --version prints the version.\n"
-                  "Exit codes: 0 good, 1 the request failed or the data is bad, 2 wrong usage.";
+    return text + "\n'gqtool COMMAND --help' describes a command, 'gqtool --version' prints the version.\n"
+                  "Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usage.";
 }
 
-// Qt's own warnings, in the form of the program's.
+// Prints Qt's warnings like the program's own messages.
 static void printWarning(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
 {
     printError(message);
@@ -44,7 +44,7 @@ static void printWarning(QtMsgType /*type*/, const QMessageLogContext& /*context
 int main(int argc, char* argv[])
 {
     qInstallMessageHandler(printWarning);
-    signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends quietly, by the write that fails
+    signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends at the write that fails, without a message
     takeStandardOutput();
 
     QStringList arguments;
@@ -53,13 +53,13 @@ int main(int argc, char* argv[])
 
     QCommandLineParser parser;
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const QCommandLineOption help({"h", "help"}, "Show this help.");
-    const QCommandLineOption version({"v", "version"}, "Show the version.");
+    const QCommandLineOption help({"h", "help"}, "show this help");
+    const QCommandLineOption version({"v", "version"}, "show the version");
     parser.addOptions({help, version});
     const bool parsed = parser.parse(arguments);
     const QStringList rest = parser.positionalArguments();
 
-    // Help texts and messages call the program by tool and command.
+    // Help texts and usage messages name the program by tool and command.
     QByteArray name = "gqtool";
     if (!rest.isEmpty())
         name += ' ' + rest.constFirst().toLocal8Bit();
@@ -76,7 +76,7 @@ int main(int argc, char* argv[])
         return exitGood;
     }
     if (!parsed || rest.isEmpty()) {
-        printError(parsed ? QString("which command?") : parser.errorText());
+        printError(parsed ? QString("no command given") : parser.errorText());
         printError("see 'gqtool --help'");
         return exitUsage;
     }
@@ -84,7 +84,7 @@ int main(int argc, char* argv[])
         if (rest.constFirst() == command.name)
             return command.run(rest);
     }
-    printError(QString("no command '%1'").arg(rest.constFirst()));
+    printError(QString("unknown command '%1'").arg(rest.constFirst()));
     printError("see 'gqtool --help'");
     return exitUsage;
 }

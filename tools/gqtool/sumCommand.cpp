@@ -32,7 +32,7 @@ static QByteArray byteOf(unsigned char value)
     return QByteArray(1, static_cast<char>(value));
 }
 
-// A sum as it stands at the end of a telegram.
+// A sum in the form that telegrams end in.
 struct Tail {
     const char* name; // for --check
     const char* meaning;
@@ -69,12 +69,13 @@ static void printSums(const QByteArray& bytes, bool asJson)
     printJson(json);
 }
 
-// Whether the bytes end in the sum of those ahead of it.
+// Checks that the bytes end in the sum of the preceding ones.
 static int check(const QByteArray& bytes, const Tail& tail, bool asJson)
 {
     const int size = tail.bytes(Sums()).size();
     if (bytes.size() <= size) {
-        printError(QString("%1 bytes are too few to end in a sum of %2").arg(bytes.size()).arg(size));
+        printError(
+            QString("--check %1 needs at least %2 bytes, got %3").arg(tail.name).arg(size + 1).arg(bytes.size()));
         return exitFailed;
     }
     const QString found = CByte2Val::buf2str(bytes.right(size));
@@ -83,7 +84,7 @@ static int check(const QByteArray& bytes, const Tail& tail, bool asJson)
         printJson({{"check", tail.name}, {"right", found == right}, {"found", found}, {"expected", right}});
     else
         printLine(QString("%1: %2, %3").arg(found, found == right ? "right" : "wrong", tail.meaning) +
-                  (found == right ? QString() : QString(" of the bytes ahead is %1").arg(right)));
+                  (found == right ? QString() : QString(" of the preceding bytes is %1").arg(right)));
     return found == right ? exitGood : exitFailed;
 }
 
@@ -93,18 +94,17 @@ int runSum(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Prints the sums of telegrams over some bytes: CRC-16 (polynomial 0x8005 reflected, start 0xffff, as Modbus\n"
-        "has it) in both orders of its bytes, and the sum of the bytes modulo 256; and the bytes themselves as hex\n"
-        "text, up to 4096 of them.\n\n"
+        "Prints the checksums that telegrams use: CRC-16 (polynomial 0x8005 reflected, initial value 0xffff, as in\n"
+        "Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096 of the bytes as hex text.\n\n"
         "  gqtool sum 01 03 00 00 00 0a\n"
         "  gqtool sum --check crc 01 03 00 00 00 0a c5 cd");
     const Input input(parser);
     const QCommandLineOption checked(
         "check",
-        "Say whether the bytes end in their sum: crc (low byte first, as Modbus RTU sends it), crc-high-first, or sum "
-        "(one byte). The exit code is 1 if they don't.",
+        "check that the bytes end in SUM: crc (low byte first, as in Modbus RTU), crc-high-first or sum (one byte); if "
+        "not, the exit code is 1",
         "SUM");
-    const QCommandLineOption json("json", "Print one JSON object.");
+    const QCommandLineOption json("json", "print a JSON object");
     parser.addOptions({checked, json});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
@@ -116,14 +116,14 @@ int runSum(const QStringList& arguments)
             wanted = &tail;
     }
     if (parser.isSet(checked) && wanted == nullptr)
-        return usageError("--check takes crc, crc-high-first or sum");
+        return usageError(QString("--check must be crc, crc-high-first or sum, got '%1'").arg(parser.value(checked)));
     QByteArray bytes;
     if (!input.read(parser, parser.positionalArguments(), bytes, exitCode))
         return exitCode;
     if (wanted != nullptr)
         return check(bytes, *wanted, parser.isSet(json));
     if (bytes.isEmpty()) {
-        printError("there are no bytes to sum");
+        printError("at least one byte is required");
         return exitFailed;
     }
     printSums(bytes, parser.isSet(json));

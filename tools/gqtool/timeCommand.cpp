@@ -79,7 +79,7 @@ static QString momentText(unsigned int seconds)
     return QString("%1 (%2)").arg(localText(seconds)).arg(seconds);
 }
 
-// 0 may be 1970 itself, but hardly ever is.
+// 0 could also be 1970-01-01 00:00:00.
 static bool isNone(unsigned int moment)
 {
     return moment == 0 || moment >= 0xFFFFFFFE;
@@ -173,17 +173,19 @@ int runTime(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Evaluates a relative time code, and shows its text.\n"
+        "Prints the moment and the text of a relative time code.\n"
         "\n"
-        "A moment is printed as local time, and in brackets as seconds since 1970. \"none\"\n"
-        "stands where the code has no moment. The texts count on a number line of their own,\n"
-        "which does not agree with the moments in all places.");
+        "A moment is printed as local time and, in brackets, as seconds since 1970; \"none\" means that the code has "
+        "no\n"
+        "moment. The ranges of codes for the texts differ in some places from those for the moments.");
     parser.addPositionalArgument("CODE", "The code.", "[CODE]");
-    const QCommandLineOption list("list", "Print all families of codes, with their first and last moment and text.");
+    const QCommandLineOption list("list", "print all families of codes with their first and last moment and text");
     const QCommandLineOption base(
-        "base", "The base moment, in seconds since 1970 or as \"2021-03-31 10:20:30\" in local time (now).", "TIME");
-    const QCommandLineOption zone("zone", "The time zone, say Europe/Berlin (the system's).", "ZONE");
-    const QCommandLineOption json("json", "Print JSON, an object a line: the code, or each family of codes.");
+        "base", "count from TIME, in seconds since 1970 or as \"2021-03-31 10:20:30\" in local time (default: now)",
+        "TIME");
+    const QCommandLineOption zone("zone", "use time zone ZONE, for example Europe/Berlin (default: the system's)",
+                                  "ZONE");
+    const QCommandLineOption json("json", "print JSON: one object for the code, or one per family of codes");
     parser.addOptions({list, base, zone, json});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
@@ -191,20 +193,20 @@ int runTime(const QStringList& arguments)
 
     const QStringList codes = parser.positionalArguments();
     if (codes.size() != (parser.isSet(list) ? 0 : 1))
-        return usageError("time takes one code, or --list");
+        return usageError("one CODE or --list is required");
     int code = 0;
     if (!codes.isEmpty() && !readInt(codes.constFirst(), INT_MIN, INT_MAX, code))
-        return usageError("a code is an integer");
+        return usageError(QString("CODE must be a 4-byte integer, got '%1'").arg(codes.constFirst()));
     if (parser.isSet(zone)) {
         const QByteArray name = parser.value(zone).toLocal8Bit();
         if (!QTimeZone::isTimeZoneIdAvailable(name))
-            return usageError(QString("no time zone '%1'").arg(parser.value(zone)));
+            return usageError(QString("--zone must be a known time zone, got '%1'").arg(parser.value(zone)));
         qputenv("TZ", name);
         tzset();
     }
     auto moment = static_cast<unsigned int>(QDateTime::currentSecsSinceEpoch());
     if (parser.isSet(base) && !readMoment(parser.value(base), moment))
-        return usageError(QString("'%1' is no moment from 1970 to 2106").arg(parser.value(base)));
+        return usageError(QString("--base must be a moment from 1970 to 2106, got '%1'").arg(parser.value(base)));
 
     if (parser.isSet(list))
         parser.isSet(json) ? printNumberLineAsJson(moment) : printNumberLine(moment);

@@ -27,7 +27,7 @@ static sockaddr_in addressOf(const QString& host, int port)
     return address;
 }
 
-// A socket that listens there, or -1; `address` gets the port that the system has chosen for 0.
+// Returns a socket that listens at `address`, or -1. Port 0 in `address` is replaced by the one that the system chose.
 static int openListener(bool isUdp, sockaddr_in& address)
 {
     const int type = isUdp ? SOCK_DGRAM : SOCK_STREAM;
@@ -43,7 +43,7 @@ static int openListener(bool isUdp, sockaddr_in& address)
     return listener;
 }
 
-// A descriptor that becomes readable when the program is told to end.
+// Returns a descriptor that becomes readable on SIGINT or SIGTERM.
 static int openStopper()
 {
     sigset_t ends;
@@ -58,37 +58,40 @@ int runTrace(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Stands between clients and a station, and prints a line for each frame that passes: time, number of the\n"
-        "connection, -> for what the client sends or <- for what the station sends, and what is in it. All bytes pass\n"
-        "unchanged and at once, also those that are no frames. It ends on SIGINT or SIGTERM.\n\n"
+        "Relays between clients and a station and prints a line for each frame: time, number of the connection, -> "
+        "for\n"
+        "a frame of the client or <- for one of the station, and its contents. All bytes are passed on unchanged and "
+        "at\n"
+        "once, even if they are no frames. SIGINT or SIGTERM ends it.\n\n"
         "  gqtool trace --listen 5001 127.0.0.1:5000\n\n"
-        "and let the clients call port 5001. A file of --write becomes a capture file, one for each connection, by\n"
-        "text2pcap (4.0 or later, from Debian's wireshark-common): for connection 1 of a client at port 40000\n\n"
+        "Clients then connect to port 5001. text2pcap (4.0 or later, in Debian's wireshark-common) converts a file of\n"
+        "--write to a capture file for each connection. For connection 1 of a client at port 40000:\n\n"
         "  text2pcap -r '^1 (?<dir>[IO]) (?<time>\\S+) (?<data>[0-9a-f]+)$' -t ISO -T 40000,5000 FILE 1.pcapng\n\n"
-        "with -u in place of -T for datagrams. The directions I and O are as seen from the station. FILE has a\n"
-        "# line with this command for each of its connections.");
-    const QCommandLineOption listen("listen", "Port to listen on, chosen by the system if 0.", "PORT");
-    const QCommandLineOption address("address", "Local address to listen on (127.0.0.1).", "ADDRESS", "127.0.0.1");
-    const QCommandLineOption udp("udp", "Pass datagrams on, not connections.");
-    const QCommandLineOption write("write", "Write all that passes to a file for text2pcap.", "FILE");
+        "For datagrams, use -u instead of -T. I (in) and O (out) are the directions as seen from the station. FILE "
+        "has\n"
+        "this command in a # line for each of its connections.");
+    const QCommandLineOption listen("listen", "listen on PORT; 0 means a free port", "PORT");
+    const QCommandLineOption address("address", "listen on ADDRESS (default: 127.0.0.1)", "ADDRESS", "127.0.0.1");
+    const QCommandLineOption udp("udp", "relay datagrams instead of connections");
+    const QCommandLineOption write("write", "also write all bytes to FILE, for text2pcap", "FILE");
     const QCommandLineOption json("json",
-                                  "Print one JSON object a line; payloads in hex, the first 65536 bytes of each.");
+                                  "print each line as a JSON object, with up to 65536 bytes of a payload in hex");
     parser.addOptions({listen, address, udp, write, json});
-    parser.addPositionalArgument("HOST:PORT", "The station, as name or dotted IPv4 address and port.");
+    parser.addPositionalArgument("HOST:PORT", "The station: a name or a dotted IPv4 address, and a port.");
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
 
     const QStringList words = parser.positionalArguments();
     if (words.size() != 1 || !parser.isSet(listen))
-        return usageError("trace takes --listen PORT and HOST:PORT");
+        return usageError("--listen PORT and one HOST:PORT are required");
     Endpoint endpoint;
     const QString endpointError = readEndpoint(words[0], endpoint);
     if (!endpointError.isEmpty())
         return usageError(endpointError);
     int localPort = 0;
     if (!readInt(parser.value(listen), 0, 65535, localPort))
-        return usageError("--listen must be a port from 0 to 65535");
+        return usageError(QString("--listen must be an integer from 0 to 65535, got '%1'").arg(parser.value(listen)));
     if (!addressError(parser.value(address)).isEmpty())
         return usageError(addressError(parser.value(address)));
 
@@ -103,12 +106,12 @@ int runTrace(const QStringList& arguments)
     sockaddr_in local = addressOf(parser.value(address), localPort);
     const int listener = openListener(isUdp, local);
     if (listener < 0) {
-        printError(QString("can't listen on %1: %2").arg(endpointText(local), strerror(errno)));
+        printError(QString("cannot listen on %1: %2").arg(endpointText(local), strerror(errno)));
         return exitFailed;
     }
     TraceOutput output(parser.isSet(json));
     if (parser.isSet(write) && !output.open(parser.value(write), isUdp)) {
-        printError(QString("can't write to %1: %2").arg(parser.value(write), strerror(errno)));
+        printError(QString("cannot write to %1: %2").arg(parser.value(write), strerror(errno)));
         return exitFailed;
     }
     const int stopper = openStopper();
@@ -116,7 +119,7 @@ int runTrace(const QStringList& arguments)
     const auto relay = isUdp ? relayDatagrams : relayStreams;
     const bool isGood = relay(listener, station, stopper, output);
     if (!isGood)
-        printError(QString("the relay has failed: %1").arg(strerror(errno)));
+        printError(QString("cannot relay: %1").arg(strerror(errno)));
     if (isatty(STDERR_FILENO) != 0)
         printError(output.summary());
     return isGood && output.isGood() ? exitGood : exitFailed;

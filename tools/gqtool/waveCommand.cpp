@@ -34,7 +34,7 @@ struct Wave {
     long long size = 0;
     bool hasHead = false;
     BlobWaveHead head;
-    QString refusal; // why the reader refuses it; empty if it doesn't
+    QString refusal; // why the reader refuses it; empty if it accepts it
     std::vector<float> samples;
     std::vector<int> marks;
 };
@@ -77,7 +77,7 @@ static Wave readWave(const QByteArray& bytes)
     return wave;
 }
 
-// Of the finite samples; the others are only counted.
+// Of the finite samples. Others are only counted.
 struct Statistics {
     size_t finite = 0;
     size_t others = 0; // not a number, or infinite
@@ -107,7 +107,7 @@ static Statistics statisticsOf(const std::vector<float>& samples)
 
 // --- Numbers ------------------------------------------------------------------------------------------------------
 
-// The shortest decimal that reads back as the same float: 0.1, where its double would need 0.10000000149011612.
+// The shortest decimal that is read back as the same float, such as 0.1 instead of 0.10000000149011612.
 static QByteArray floatText(float value)
 {
     if (std::isnan(value))
@@ -167,7 +167,7 @@ static void printText(const Wave& wave)
     const bool isCounted = wave.samples.size() == wave.head.sampleCount;
     printField("samples", isCounted ? count : count + QString(", but sampleCount is %1").arg(wave.head.sampleCount));
     if (statistics.others > 0)
-        printField("not finite", QString("%1, NaN or infinite; left out below").arg(statistics.others));
+        printField("not finite", QString("%1, NaN or infinite; not included below").arg(statistics.others));
     if (statistics.finite == 0)
         return;
     printField("minimum", floatText(statistics.minimum));
@@ -175,7 +175,7 @@ static void printText(const Wave& wave)
     printField("mean", doubleText(statistics.mean));
 }
 
-// With the least digits that tell it.
+// With the fewest digits that identify the float.
 static double jsonNumber(float value)
 {
     return floatText(value).toDouble();
@@ -218,7 +218,7 @@ static void printJson(const Wave& wave)
 
 // --- Files --------------------------------------------------------------------------------------------------------
 
-// A file to write, or standard output if it is called "-".
+// A file to write, or standard output for "-".
 class Output {
 public:
     explicit Output(const QString& path) : file(path)
@@ -234,12 +234,12 @@ public:
             isGood = isGood && file.write(lines) == lines.size();
     }
 
-    // Whether all is written; says so if not.
+    // Returns true if everything was written, else prints the error.
     bool end()
     {
         isGood = isGood && (!file.isOpen() || file.flush());
         if (!isGood)
-            printError(QString("can't write to %1: %2").arg(file.fileName(), file.errorString()));
+            printError(QString("cannot write to %1: %2").arg(file.fileName(), file.errorString()));
         return isGood;
     }
 
@@ -279,15 +279,16 @@ int runWave(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Reads a stored wave and prints its head, its marks, and number, minimum, maximum and mean of its samples.\n"
-        "Samples that are NaN or infinite are counted, and left out of the rest. A wave that the library's reader\n"
-        "refuses is told as far as it can be read, with the reason; the exit code is 1 then.\n\n"
+        "Prints the head and marks of a stored wave, and the number, minimum, maximum and mean of its samples. NaN "
+        "and\n"
+        "infinite samples are only counted. If the library's reader refuses the wave, the head and the reason are\n"
+        "printed, and the exit code is 1.\n\n"
         "  gqtool wave --raw --file WAVE --svg wave.svg");
     const Input input(parser);
-    const QCommandLineOption csv("csv", "Write the samples, one 'number,value' a line; - is standard output.", "FILE");
-    const QCommandLineOption svg(
-        "svg", "Draw the samples, with every spike however many they are; - is standard output.", "FILE");
-    const QCommandLineOption json("json", "Print one JSON object.");
+    const QCommandLineOption csv(
+        "csv", "write the samples to FILE, one 'number,value' per line; - means standard output", "FILE");
+    const QCommandLineOption svg("svg", "draw the samples to FILE, with every spike; - means standard output", "FILE");
+    const QCommandLineOption json("json", "print a JSON object");
     parser.addOptions({csv, svg, json});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
@@ -295,7 +296,7 @@ int runWave(const QStringList& arguments)
     const bool csvOutput = parser.value(csv) == "-";
     const bool svgOutput = parser.value(svg) == "-";
     if (csvOutput + svgOutput + parser.isSet(json) > 1)
-        return usageError("--json, --csv - and --svg - all want standard output: one of them, please");
+        return usageError("--json, --csv - and --svg - exclude each other: each prints to standard output");
     QByteArray bytes;
     if (!input.read(parser, parser.positionalArguments(), bytes, exitCode))
         return exitCode;

@@ -1,6 +1,7 @@
-// Loads a simulated station with clients that ask without a pause, each in a thread of its own, and checks every reply.
-// Ends with 0 only if each was right and neither side's memory has grown. For scripts/load.
+// Loads a simulated station with clients that send requests without pauses, each in a thread of its own, and checks every
+// reply. The exit code is 0 only if each reply was right and the memory of neither side has grown. For scripts/load.
 
+#include "shared/cleanClient.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "shared/stationProcess.h"
@@ -17,24 +18,22 @@
 #include <climits>
 #include <deque>
 #include <future>
-#include <gqSocketUnix.h>
 #include <mutex>
-#include <tcpApi.h>
 #include <thread>
 
-using gqdb::CTcpAPI;
 using Clock = std::chrono::steady_clock;
 
 // --- A client -----------------------------------------------------------------------------------------------------
 
-class LoadClient : public CTcpAPI {
+class LoadClient : public CleanTcpClient {
 public:
     bool begin(int port) { return connect("127.0.0.1", port) == 1; }
 
-    // Request `number` of this client: an integer and lists of many lengths in turn. Whether the reply was right.
+    // Sends request `number`: an integer and lists of many lengths in turn. Returns true if the reply was right.
     bool ask(int number)
     {
-        comeBack();
+        if (!isConnected())
+            reopen();
         switch (number % 4) {
         case 0:
             return echoesState(number);
@@ -50,25 +49,13 @@ public:
     int wraps() const { return sequenceWraps; }
 
 private:
-    void comeBack()
-    {
-        if (isConnected())
-            return;
-        close();
-        recvFrame.clear();
-        recvFrameSize = 0;
-        socket->open();
-        setRecvOverTm(recvOverTm);
-        setSendOverTm(sendOverTm);
-    }
-
-    // Byte for byte: the station repeats the sequence of the request, so that a reply to another one is found out.
+    // Compares the sequence too: the station repeats it, so that the reply to another request is detected.
     bool echoesState(int value)
     {
         const int sequence = sendSeq;
         int len = 0;
         int echo = 0;
-        if (checkConnect() != 1 || sendInt(6, value) != 1 || recvDatas(len) != 1)
+        if (checkConnect() != 1 || sendInt(setStateCommand, value) != 1 || recvDatas(len) != 1)
             return false;
         const bool isRight = byte2UShort(recvFrame.constData() + 5) == sequence &&
                              parseInt(recvFrame.constData() + headerSize, len, echo) == 1 && echo == value;
@@ -132,7 +119,7 @@ private:
 
 // --- Memory -------------------------------------------------------------------------------------------------------
 
-// Of a process, in kB; 0 if it is gone.
+// Returns the resident memory of a process in kB; 0 if it is gone.
 static int residentMemory(pid_t process)
 {
     QFile file(QString("/proc/%1/status").arg(process));
@@ -144,15 +131,15 @@ static int residentMemory(pid_t process)
     return 0;
 }
 
-// In kB: once the clients have met replies of every size, and at the end; 0 where that moment was not reached.
+// In kB: once the clients have received replies of every size, and at the end; 0 before that.
 struct Memory {
     int warm = 0;
     int last = 0;
 
-    // Heaps of many threads settle slowly; what leaks by the request is far beyond this.
+    // The heaps of many threads settle slowly. A leak per request would exceed this by far.
     bool hasGrown() const { return warm > 0 && last > warm + warm / 10 + 1024; }
 
-    QString verdict() const { return warm == 0 ? "  TOO SHORT TO TELL" : hasGrown() ? "  GROWN" : ""; }
+    QString verdict() const { return warm == 0 ? "  TOO SHORT TO COMPARE" : hasGrown() ? "  GROWN" : ""; }
 };
 
 // --- The run ------------------------------------------------------------------------------------------------------
@@ -180,7 +167,7 @@ static void runClient(LoadClient& client, int most, Run& run, const std::shared_
     }
     run.wraps += client.wraps();
     --run.running;
-    released.wait(); // a thread that ends gives memory back
+    released.wait(); // a thread that ends returns memory
 }
 
 static double secondsSince(Clock::time_point begin)
@@ -194,7 +181,7 @@ static void printMemory(const char* side, const Memory& memory)
         QString("%1 %2 kB %3 kB%4").arg(side, -10).arg(memory.warm, 13).arg(memory.last, 10).arg(memory.verdict()));
 }
 
-// Whether all went well.
+// Returns true if all went well.
 static bool load(const Plan& plan, const StationProcess& station)
 {
     std::deque<LoadClient> clients(static_cast<size_t>(plan.clients));
@@ -264,11 +251,12 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription("Loads a simulated station with clients and checks every reply.");
-    const QCommandLineOption clients("clients", "How many ask at the same time (200).", "NUMBER");
-    const QCommandLineOption seconds("seconds", "How long at most (60).", "NUMBER");
-    const QCommandLineOption requests("requests", "How many of each client at most (no limit).", "NUMBER");
+    const QCommandLineOption clients("clients", "run NUMBER clients at the same time (default: 200)", "NUMBER");
+    const QCommandLineOption seconds("seconds", "stop after NUMBER seconds (default: 60)", "NUMBER");
+    const QCommandLineOption requests("requests", "stop after NUMBER requests per client (default: no limit)",
+                                      "NUMBER");
     parser.addOptions({clients, seconds, requests});
-    parser.addPositionalArgument("GQTOOL", "The program gqtool, which is the station.");
+    parser.addPositionalArgument("GQTOOL", "The program gqtool, to run the station.");
     parser.addHelpOption();
     parser.process(application);
 
@@ -279,7 +267,7 @@ int main(int argc, char* argv[])
         return 2;
     }
 
-    takeStandardOutput(); // the library says a line for each client
+    takeStandardOutput(); // the library prints a line for each client
     StationProcess station(parser.positionalArguments().constFirst(), {"--quiet"});
     if (!station.start(0)) {
         printError("the station did not start");

@@ -15,8 +15,8 @@
 
 static int dataOutput = STDOUT_FILENO;
 
-// Opens those of standard input, output and error that the caller has closed, so that no other descriptor comes by
-// such a number and gets what is printed. To read or write there fails.
+// Opens those of standard input, output and error that are closed, so that no file gets such a descriptor and with it
+// what is printed. Reading and writing there fail.
 static void occupyClosedStreams()
 {
     int descriptor;
@@ -29,10 +29,10 @@ static void occupyClosedStreams()
 void takeStandardOutput()
 {
     occupyClosedStreams();
-    const int nowhere = open("/dev/null", O_WRONLY);
+    const int devNull = open("/dev/null", O_WRONLY);
     dataOutput = dup(STDOUT_FILENO);
-    dup2(nowhere, STDOUT_FILENO);
-    close(nowhere);
+    dup2(devNull, STDOUT_FILENO);
+    close(devNull);
 }
 
 void printBytes(const QByteArray& bytes)

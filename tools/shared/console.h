@@ -3,21 +3,21 @@
 #include <QJsonObject>
 #include <QString>
 
-// The program's data, on a descriptor of its own: the library prints a line to standard output whenever a receive
-// time-out is set, and that line must not stand in what a script reads.
+// The program's data goes to a descriptor of its own: the library prints a line to standard output whenever a receive
+// timeout is set, and that line must not appear in what a script reads.
 
-// Takes standard output for the data; what else is printed there is lost from here on. Call it first.
+// Reserves standard output for the data. Everything else that is printed there is discarded. Call it first.
 void takeStandardOutput();
 
-// One line of data, flushed, so that a reader at the other end of a pipe sees it at once. From any thread. Ends the
-// program, with success, when that reader is gone; with a message and exit code 1 when it can't be written.
+// Prints a line of data unbuffered, so that the reader of a pipe gets it at once. Any thread may call it. If the reader
+// of the pipe has gone, it ends the program with exit code 0; if writing fails, with a message and exit code 1.
 void printLine(const QString& line);
 
-// Bytes of data as they are, in the same way.
+// Prints bytes of data unchanged, in the same way.
 void printBytes(const QByteArray& bytes);
 
-// An object as one line of data.
+// Prints an object as a line of data.
 void printJson(const QJsonObject& object);
 
-// One line to standard error, after the program's name.
+// Prints a line to standard error, after the program's name.
 void printError(const QString& line);

@@ -4,22 +4,21 @@
 
 #include <chrono>
 
-// How far long work has come, as one line on standard error that is written over and over; nothing at all unless that
-// is a terminal.
+// The progress of a long operation, as a line on standard error that is overwritten. Prints only to a terminal.
 class Progress {
 public:
     Progress() = default;
-    ~Progress(); // takes the line away
+    ~Progress(); // clears the line
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    // Shows a text in place of the last one, cut to the terminal's width. Call it for each step: what comes within a
-    // tenth of a second of the last text shown is skipped.
+    // Replaces the line, cut to the terminal's width. Call it for each step: within a tenth of a second of the last
+    // change, calls do nothing.
     void show(const QString& text);
 
 private:
     std::chrono::steady_clock::time_point lastShown;
 };
 
-// Takes the line away until the next text, from any thread. The console does so ahead of its own lines.
+// Clears the line until the next show(). Any thread may call it. The console calls it before printing.
 void clearProgress();

@@ -21,7 +21,7 @@ StationProcess::~StationProcess()
 
 bool StationProcess::start(int wantedPort)
 {
-    QList<QByteArray> words; // made ahead of the fork, behind which nothing may be allocated
+    QList<QByteArray> words; // made before the fork, since the child must not allocate
     for (const QString& word : command + QStringList{"--port", QString::number(wantedPort)})
         words.append(word.toLocal8Bit());
     std::vector<char*> arguments;

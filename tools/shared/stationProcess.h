@@ -6,16 +6,16 @@
 
 #include <cstdio>
 
-// A simulated station, run by gqtool in a process of its own, that ends with this one.
+// A simulated station: gqtool in a process of its own, which ends with this one.
 class StationProcess {
 public:
-    // Options as gqtool station takes them, but for the port.
+    // `options` are those of gqtool station, without --port.
     StationProcess(const QString& gqtool, const QStringList& options);
     ~StationProcess();
     StationProcess(const StationProcess&) = delete;
     StationProcess& operator=(const StationProcess&) = delete;
 
-    // Starts it on a port, or on one that the system chooses if 0, and waits until it listens. False when it doesn't.
+    // Starts the station on a port, or on a free one if 0, and waits until it listens. Returns false on failure.
     bool start(int wantedPort);
     void stop();
 
@@ -26,5 +26,5 @@ private:
     QStringList command;
     pid_t child = 0;
     int listeningPort = 0;
-    FILE* lines = nullptr; // what it says
+    FILE* lines = nullptr; // its standard output
 };

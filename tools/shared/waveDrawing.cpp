@@ -38,7 +38,7 @@ QByteArray waveSvg(const std::vector<float>& samples)
         return QString::number(margin + part * (height - 2 * margin), 'f', 1);
     };
 
-    // A stroke through each column, from its low end to its high one, and on to the next.
+    // A stroke through each column, from its low end to its high end, and on to the next column.
     const int count = static_cast<int>(std::min<size_t>(samples.size(), width));
     QString line;
     int index = 0;

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-// One column of a picture: the smallest and the largest of its samples, so that no spike is lost. What is not finite
-// is left out; of nothing else `low` is above `high`.
+// A column of a picture: the smallest and the largest of its samples, so that no spike is lost. Samples that are not
+// finite are ignored; if there are no others, `low` is above `high`.
 struct WaveColumn {
     float low;
     float high;
@@ -13,6 +13,6 @@ struct WaveColumn {
 
 std::vector<WaveColumn> waveColumns(const std::vector<float>& samples, int count);
 
-// A picture of the samples, some ten thousand bytes however many they are, scaled to the smallest and the largest,
-// which are written beside it. There is a gap where none is finite, and a line at 0 if it lies between.
+// A picture of any number of samples in some ten thousand bytes. It is scaled to the smallest and the largest sample and
+// labelled with them. Columns without a finite sample are gaps. A line marks 0 if it is in range.
 QByteArray waveSvg(const std::vector<float>& samples);

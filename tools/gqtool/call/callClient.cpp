@@ -1,30 +1,32 @@
 #include "callClient.h"
 
 #include "gqtool/probe/peerBytes.h"
+#include "shared/cleanClient.h"
 
 #include <QElapsedTimer>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <gqSocketUnix.h>
-#include <tcpApi.h>
-#include <udpApi.h>
 
 using gqdb::CTcpAPI;
 using gqdb::CUdpAPI;
 
-static const QString failedCheck("a frame that failed its check: its last byte is not 0x16, or its length lies");
-static const QString overrun("; or a text that overruns its payload");
+// Describes a reply with result 0 that came in time.
+static QString badFrameText(const CallRequest& request)
+{
+    const QString text = "a bad frame: its last byte is not 0x16, or its length is wrong";
+    return request.form == replyStrings ? text + ", or a text runs past the end of the payload" : text;
+}
 
-// Of a reply, but for 0 and -1, which tell more over one transport than over the other.
+// Describes a result that means the same over both transports.
 static QString resultText(int result)
 {
     switch (result) {
     case -2:
-        return "an error frame with no code";
+        return "an error frame without a code";
     case -5:
-        return "a payload shorter than its form demands";
+        return "a payload that is shorter than its form";
     default:
         return "the server's own code, from an error frame";
     }
@@ -42,7 +44,7 @@ static void explainError(CallReply& reply, int error)
     explain(reply, cause, QString("%1: %2").arg(causeMeaning(cause), strerror(error)));
 }
 
-// A reply that came, whatever it was. 0 and -1 have further meanings, which the transports see to.
+// Explains a reply that has arrived. The transports explain 0 and -1, which have further meanings.
 static void explainReply(CallReply& reply)
 {
     explain(reply, reply.result == -5 ? LinkCause::badFrame : LinkCause::errorFrame, resultText(reply.result));
@@ -67,36 +69,57 @@ CallReply CallClient::call(const CallRequest& request)
     return reply;
 }
 
-static QByteArray bytesOf(const std::vector<unsigned char>& values)
-{
-    return {reinterpret_cast<const char*>(values.data()), static_cast<int>(values.size())};
-}
+// A request over either transport, with the library's client for it.
+template <class Client>
+class LibraryCallClient : public CallClient, protected Client {
+protected:
+    int exchange(const CallRequest& request, CallReply& reply) override
+    {
+        QByteArray frame;
+        Client::addHeader(request.command, request.arg1, request.arg2, frame);
+        frame += request.payload;
+        Client::addEnd(frame);
+        switch (request.form) {
+        case replyInts:
+            return Client::requestInts(frame, request.count, reply.ints);
+        case replyStrings:
+            return Client::requestStrings(frame, request.count, reply.texts);
+        case replyBytes: {
+            std::vector<unsigned char> bytes;
+            const int result = Client::requestBytes(frame, request.count, bytes);
+            reply.bytes = QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
+            return result;
+        }
+        case replyInt:
+            break;
+        }
+        return requestValue(frame, reply.ints);
+    }
+
+    // Appends the integer of the reply. Returns 1, or the code of the failure: the library's requestInt returns both.
+    virtual int requestValue(const QByteArray& frame, std::vector<int>& values) = 0;
+};
 
 // --- TCP ----------------------------------------------------------------------------------------------------------
 
-class TcpCallClient : public CallClient, private CTcpAPI {
+class TcpCallClient : public LibraryCallClient<CleanTcpClient> {
 public:
     TcpCallClient(const std::string& host, int port, int timeoutMs)
     {
         serverHost = host;
         serverPort = port;
         recvOverTm = sendOverTm = timeoutMs;
-        recvBuffer = new char[rawBufferSize]; // given back by the base
+        recvBuffer = new char[rawBufferSize]; // deleted by the base
     }
 
 protected:
-    // As CTcpAPI::connect, which has one result for several causes.
+    // Like CTcpAPI::connect, which has one result for several causes.
     int connect(CallReply& reply) override
     {
-        close();
-        recvFrame.clear(); // a partial frame would swallow the greeting
-        recvFrameSize = 0;
-        socket->open();
-        setRecvOverTm(recvOverTm); // each socket that opens anew has none
-        setSendOverTm(sendOverTm);
+        reopen();
         const int result = socket->connect(serverHost, serverPort, false);
         if (result != 1) {
-            explainError(reply, result == 0 ? ETIMEDOUT : errno); // 0: in progress until the send time-out
+            explainError(reply, result == 0 ? ETIMEDOUT : errno); // 0: still in progress at the send timeout
             return result;
         }
         connected = receiveGreeting(reply);
@@ -105,40 +128,26 @@ protected:
         return connected ? 1 : 0;
     }
 
-    int exchange(const CallRequest& request, CallReply& reply) override
+    int requestValue(const QByteArray& frame, std::vector<int>& values) override
     {
-        QByteArray frame;
-        addHeader(request.command, request.arg1, request.arg2, frame);
-        frame += request.payload;
-        addEnd(frame);
-        if (request.form == replyInts)
-            return requestInts(frame, request.count, reply.ints);
-        if (request.form == replyStrings)
-            return requestStrings(frame, request.count, reply.texts);
-        if (request.form == replyBytes) {
-            std::vector<unsigned char> bytes;
-            const int result = requestBytes(frame, request.count, bytes);
-            reply.bytes = bytesOf(bytes);
-            return result;
-        }
         const int value = requestInt(frame);
-        if (!isConnected()) // which tells a reply from a code
+        if (!isConnected()) // then it is a code
             return value;
-        reply.ints.push_back(value);
+        values.push_back(value);
         return 1;
     }
 
     void explainFailure(const CallRequest& request, CallReply& reply) const override
     {
         const QString part = recvFrame.isEmpty() ? QString() : QString(", after %1 bytes of it").arg(recvFrame.size());
-        const bool isClosed = !socket->isValid(); // by a time-out too
+        const bool isClosed = !socket->isValid(); // also by a timeout
         if (isClosed && reply.result == -1)
             explain(reply, part.isEmpty() ? LinkCause::closed : LinkCause::badFrame,
                     "the server closed, or the connection broke" + part);
         else if (isClosed)
             explain(reply, part.isEmpty() ? LinkCause::noReply : LinkCause::badFrame, "no whole reply in time" + part);
         else if (reply.result == 0)
-            explain(reply, LinkCause::badFrame, request.form == replyStrings ? failedCheck + overrun : failedCheck);
+            explain(reply, LinkCause::badFrame, badFrameText(request));
         else
             explainReply(reply);
     }
@@ -146,71 +155,69 @@ protected:
 private:
     bool receiveGreeting(CallReply& reply)
     {
-        static const int judgedBytes = 65536; // of what comes in place of a greeting
-        QByteArray came;
+        static const int judgedBytes = 65536; // of what arrives instead of a greeting
+        QByteArray received;
         bool isWhole = false;
         int count = 1;
         while (!isWhole && (count = socket->recv(recvBuffer, rawBufferSize)) > 0) {
-            came.append(recvBuffer, std::min(count, judgedBytes - came.size()));
+            received.append(recvBuffer, std::min(count, judgedBytes - received.size()));
             int pos = 0;
             isWhole = recvData(recvBuffer, count, pos);
         }
-        const ByteVerdict verdict = judgeBytes(isWhole ? recvFrame : came, AwaitedBytes::greeting);
+        const ByteVerdict verdict = judgeBytes(isWhole ? recvFrame : received, AwaitedBytes::greeting);
         recvFrame.clear();
         recvFrameSize = 0;
         const bool isClosed = count < 0;
-        if (came.isEmpty())
+        if (received.isEmpty())
             explain(reply, isClosed ? LinkCause::closed : LinkCause::silent,
                     isClosed ? "the server closed before its greeting" : "no greeting in time");
         else
             explain(reply, verdict.cause, verdict.detail);
-        // To the library's client an error frame with such a code is a greeting.
+        // The library's client takes an error frame with such a code for a greeting.
         return verdict.cause == LinkCause::healthy || (verdict.cause == LinkCause::errorFrame && verdict.value > 1);
     }
 };
 
 // --- UDP ----------------------------------------------------------------------------------------------------------
 
-class UdpCallClient : public CallClient, private CUdpAPI {
+class UdpCallClient : public LibraryCallClient<CleanUdpClient> {
 public:
     UdpCallClient(const std::string& host, int port, int timeoutMs)
     {
         serverHost = host;
         serverPort = port;
-        recvBuffer = new char[rawBufferSize]; // given back by the base; without it no reply can be read
+        recvBuffer = new char[rawBufferSize]; // deleted by the base; without it no reply can be read
         setRecvOverTm(timeoutMs);
     }
 
 protected:
     int connect(CallReply& reply) override
     {
-        close();
-        recvFrame.clear();
-        recvFrameSize = 0;
+        dropConnection();
         const int result = CUdpAPI::connect(serverHost, serverPort);
         if (result != 1)
             explainError(reply, errno);
         return result;
     }
 
-    int exchange(const CallRequest& request, CallReply& reply) override
+    // requestInt would not do: over UDP isConnected does not tell a value from a code.
+    int requestValue(const QByteArray& frame, std::vector<int>& values) override
     {
-        QByteArray frame;
-        addHeader(request.command, request.arg1, request.arg2, frame);
-        frame += request.payload;
-        addEnd(frame);
-        if (request.form == replyInts)
-            return requestInts(frame, request.count, reply.ints);
-        if (request.form == replyStrings)
-            return requestStrings(frame, request.count, reply.texts);
-        if (request.form == replyBytes) {
-            std::vector<unsigned char> bytes;
-            const int result = requestBytes(frame, request.count, bytes);
-            reply.bytes = bytesOf(bytes);
+        int len = 0;
+        int result = sendDatas(frame);
+        if (result == 1)
+            result = recvDatas(len);
+        if (result != 1)
             return result;
-        }
-        const int sent = sendDatas(frame);
-        return sent == 1 ? receiveInt(reply.ints) : sent;
+        // An error frame with code 1 leaves recvFrame empty, and a wrapped length is larger than it.
+        len = std::min(len, recvFrame.size() - headerSize);
+        int value = 0;
+        result = len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
+        recvFrame.clear();
+        recvFrameSize = 0;
+        if (result == 1)
+            values.push_back(value);
+        return result;
     }
 
     void explainFailure(const CallRequest& request, CallReply& reply) const override
@@ -225,26 +232,7 @@ protected:
         else if (reply.milliseconds >= recvOverTm)
             explain(reply, LinkCause::noReply, "no reply in time");
         else
-            explain(reply, LinkCause::badFrame, request.form == replyStrings ? failedCheck + overrun : failedCheck);
-    }
-
-private:
-    // As recvInt, which can't tell a value from a code: isConnected stays as it was over UDP.
-    int receiveInt(std::vector<int>& values)
-    {
-        int len = 0;
-        int result = recvDatas(len);
-        if (result != 1)
-            return result;
-        len =
-            std::min(len, recvFrame.size() - headerSize); // none of an error frame that holds 1; a wrapped length lies
-        int value = 0;
-        result = len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
-        recvFrame.clear();
-        recvFrameSize = 0;
-        if (result == 1)
-            values.push_back(value);
-        return result;
+            explain(reply, LinkCause::badFrame, badFrameText(request));
     }
 };
 

@@ -17,34 +17,33 @@ struct CallRequest {
     unsigned char arg2 = 0;
     QByteArray payload;
     ReplyForm form = replyInt;
-    int count = 0; // of the elements that a list is to hold in the end; with 0 a single frame is the whole reply
+    int count = 0; // of the elements that a list must reach; with 0 one frame is the whole reply
 };
 
 struct CallReply {
-    int result = 0; // 1, or the code of the failure, as the frame clients give them
+    int result = 0; // 1, or the code of the failure that the library's client returned
     LinkCause cause = LinkCause::healthy;
     QString meaning;         // of the result, in words
-    double milliseconds = 0; // from the request to the end of its reply; making the connection is not counted
-    std::vector<int> ints;   // the one integer of replyInt too; a list that failed holds what came ahead
+    double milliseconds = 0; // from the request to the end of its reply, without connecting
+    std::vector<int> ints;   // for replyInt, one; a failed list holds the elements before the failure
     QByteArray bytes;
     QStringList texts;
 };
 
-// The client behind `call`, over either transport.
+// The client of `call`, over either transport.
 class CallClient {
 public:
     virtual ~CallClient() = default;
 
-    // Connects ahead of the first request, and anew behind one that failed: what may still come on the old connection
-    // is not to pass for the next reply.
+    // Connects before the first request, and again after a failed one: what still arrives on the old connection must
+    // not be taken for the next reply.
     CallReply call(const CallRequest& request);
 
 protected:
-    // On a new socket, with nothing left of the last one. 1, or the code of the failure, with cause and meaning in
-    // `reply`.
+    // Connects a new socket. Returns 1, or the code of the failure with cause and meaning in `reply`.
     virtual int connect(CallReply& reply) = 0;
 
-    // 1, or the code of the failure, which explainFailure then explains in `reply`.
+    // Returns 1, or the code of the failure, which explainFailure then explains in `reply`.
     virtual int exchange(const CallRequest& request, CallReply& reply) = 0;
     virtual void explainFailure(const CallRequest& request, CallReply& reply) const = 0;
 

@@ -87,16 +87,16 @@ int failUnresolved(const CallRun& run, const QString& error)
 
 // --- Many ---------------------------------------------------------------------------------------------------------
 
-// What came of the requests of a run.
+// The results of a run.
 struct Tally {
     int requests = 0;
-    QMap<QString, int> failures; // how many, by their text
-    std::vector<double> times;   // of the good ones, in ms
-    double seconds = 0;          // that the whole run took
+    QMap<QString, int> failures; // number of each text
+    std::vector<double> times;   // of the successful requests, in ms
+    double seconds = 0;          // of the whole run
 
     int failed() const { return requests - static_cast<int>(times.size()); }
     double perSecond() const { return seconds > 0 ? requests / seconds : 0; }
-    double median() const // of sorted times
+    double median() const // `times` must be sorted
     {
         const size_t middle = times.size() / 2;
         return times.size() % 2 == 1 ? times[middle] : (times[middle - 1] + times[middle]) / 2;
@@ -133,13 +133,13 @@ static volatile std::sig_atomic_t isEnded = 0;
 static void end(int)
 {
     isEnded = 1;
-    alarm(1); // again, should this signal have come just ahead of a wait
+    alarm(1); // interrupts again, in case this signal came just before a wait
 }
 
-// A run that is interrupted ends with what came of it so far. A second signal ends the program at once.
+// The first signal ends the run, which then prints its results so far. A second one ends the program at once.
 static void endOnSignals()
 {
-    struct sigaction action = {}; // no SA_RESTART: a request under way is given up
+    struct sigaction action = {}; // no SA_RESTART: a pending request is abandoned
     action.sa_handler = end;
     sigaction(SIGALRM, &action, nullptr);
     action.sa_flags = SA_RESETHAND;
@@ -147,7 +147,7 @@ static void endOnSignals()
     sigaction(SIGTERM, &action, nullptr);
 }
 
-// Ends early on a signal, unlike the waits of std::this_thread.
+// Returns early on a signal, unlike the waits of std::this_thread.
 static void waitUntil(Clock::time_point moment)
 {
     const auto left = std::chrono::nanoseconds(moment - Clock::now()).count();
@@ -171,7 +171,7 @@ int callRepeatedly(CallClient& client, const CallRun& run)
         next = Clock::now() + std::chrono::milliseconds(run.intervalMs);
         const CallReply reply = client.call(run.request);
         if (isEnded && reply.result != 1)
-            break; // failed by the signal alone
+            break; // failed because of the signal
         ++tally.requests;
         if (reply.result == 1)
             tally.times.push_back(reply.milliseconds);

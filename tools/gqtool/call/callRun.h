@@ -4,18 +4,18 @@
 
 #include <QString>
 
-static const int largestRun = 10000000; // requests; the time of each is kept
+static const int largestRun = 10000000; // requests, since the time of each is stored
 
-// What `call` does once its command line is read.
+// What the command line of `call` asks for.
 struct CallRun {
     CallRequest request;
-    QString name; // of the request, for messages
+    QString name; // of the request, in messages
     int times = 1;
-    int intervalMs = 0; // from the start of a request to the start of the next; one that is late is followed at once
+    int intervalMs = 0; // from the start of a request to the start of the next, which follows a late one at once
     bool printsJson = false;
 };
 
-// Make the request and print its reply, or make it many times and print what came of them. An exit code.
+// Send the request once and print the reply, or send it many times and print the totals. Return an exit code.
 int callOnce(CallClient& client, const CallRun& run);
 int callRepeatedly(CallClient& client, const CallRun& run);
 

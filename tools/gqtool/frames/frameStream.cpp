@@ -7,7 +7,7 @@
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
 
-static const int lengthEnd = 5; // the bytes of a header that tell the length
+static const int lengthEnd = 5; // of the length field within a header
 static const int checkSize = 2;
 static const unsigned int largestLength = INT_MAX - CSocketAPI::frameOverhead;
 
@@ -20,8 +20,8 @@ void FrameStream::add(StreamItem item)
     items.push_back(std::move(item));
 }
 
-// Reads the header that begins at `pos`, and gives the place behind it. One that the input cuts is kept for the next
-// piece. A length that can't be shows a false start byte: a frame may begin anywhere behind that one.
+// Reads the header at `pos` and returns the position after it. An incomplete header is kept for the next piece. An
+// impossible length means that the start byte is none: a frame may begin at any byte after it.
 int FrameStream::begin(const QByteArray& input, int pos)
 {
     const char* start = input.constData() + pos;
@@ -50,7 +50,7 @@ int FrameStream::begin(const QByteArray& input, int pos)
     return pos + CSocketAPI::headerSize;
 }
 
-// Takes what there is of the current frame's next part, and gives the place behind it.
+// Reads what has arrived of the current frame's next part and returns the position after it.
 int FrameStream::take(const QByteArray& input, int pos)
 {
     Frame& frame = current.content;

@@ -5,47 +5,50 @@
 #include <climits>
 #include <vector>
 
-// A frame, or what there is of it. docs/formats/frame.md has its layout.
+// A frame, or the part of it that has arrived. docs/formats/frame.md has its layout.
 struct Frame {
     unsigned int length = 0; // of the payload, as the header says
     int sequence = 0;
     unsigned char arg2 = 0;
     unsigned char arg1 = 0;
     unsigned char command = 0;
-    QByteArray payload; // as far as it came and was kept
+    QByteArray payload; // as far as it has arrived and is kept
     QByteArray check;   // 2 bytes
     unsigned char end = 0;
 };
 
-// A run of bytes in a stream. Together and in order the items are the stream.
+// A run of bytes in a stream. In order, the items make up the whole stream.
 struct StreamItem {
     enum Kind {
         frame,
-        garbage,   // bytes ahead of a start byte
+        garbage,   // bytes before a start byte
         wrongEnd,  // a whole frame that does not end in 0x16: a client drops it
-        badLength, // a start byte alone, for the length behind it gives a frame of 2 GiB or more: a client waits for it
-        cut,       // a frame that the stream ends in
-        cutHeader, // the same, with fewer than 10 bytes
+        badLength, // a start byte alone: its length means a frame of 2 GiB or more, which a client would wait for
+        cut,       // a frame that the end of the stream cuts off
+        cutHeader, // a frame that the end of the stream cuts off within its header
     };
 
     Kind kind = garbage;
     long long offset = 0; // of the first byte, from the start of the stream
     long long size = 0;   // in bytes
-    Frame content;        // empty of garbage and of a cut header; of badLength, the length alone
-    QByteArray bytes;     // of garbage and of a cut header
+    Frame content;        // empty for garbage and cutHeader; for badLength, only the length
+    QByteArray bytes;     // of garbage and cutHeader
 };
 
-// Takes a stream of bytes apart into frames, as a client does, but goes on behind a frame's end in the same piece, and
-// right behind a start byte with a bad length. Keeps no more of the stream than the frame being taken apart.
+// Splits a stream of bytes into frames as a client does, except that it continues after a frame's end in the same piece
+// and right after a start byte with a bad length. Keeps only the frame that is incomplete.
 class FrameStream {
 public:
     explicit FrameStream(int keptBytes = INT_MAX); // of each payload
 
-    // The items that became whole with this piece. Garbage does so at the end of each piece.
+    // Returns the items that this piece completes. Garbage is complete at the end of each piece.
     std::vector<StreamItem> feed(const QByteArray& piece);
 
-    // The stream is over: the frame that it was in, if any. The next piece begins a new stream.
+    // Ends the stream. Returns the incomplete frame, if any. The next piece begins a new stream.
     std::vector<StreamItem> end();
+
+    // Payload length in the header of the incomplete frame; 0 if there is none.
+    unsigned int announcedLength() const { return current.content.length; }
 
 private:
     void add(StreamItem item);
@@ -53,8 +56,8 @@ private:
     int take(const QByteArray& input, int pos);
 
     int keptBytes;
-    long long offset = 0; // of the item being taken apart
-    StreamItem current;   // a frame from its whole header on; `size` counts the bytes that came
-    QByteArray header;    // the bytes of one that is not whole yet
+    long long offset = 0; // of the incomplete item
+    StreamItem current;   // the incomplete frame, once its header is complete; `size` counts the bytes so far
+    QByteArray header;    // the bytes of an incomplete header
     std::vector<StreamItem> items;
 };

@@ -21,8 +21,8 @@ static std::vector<gqdb::NodeHead> nodeHeads()
     return {head};
 }
 
-// text1 is the line's name, text2 its protocol, text3 where it leads, word1 its speed. text4 has two bytes in each
-// entry, or byte2CommItems would lose step.
+// text1 is the line's name, text2 its protocol, text3 its destination, word1 its speed. text4 must have two bytes in each
+// entry: byte2CommItems assumes that length when it steps to the next entry.
 static std::vector<gqdb::CommItem> commItems()
 {
     gqdb::CommItem serial;
@@ -42,7 +42,7 @@ static std::vector<gqdb::CommItem> commItems()
     return {serial, network};
 }
 
-// With bytes behind the list: byte2CommItem wants as many behind an entry as text3 is long.
+// With bytes after the list: byte2CommItem needs as many after an entry as text3 has.
 static QByteArray readableCommItems()
 {
     const std::vector<gqdb::CommItem> list = commItems();
@@ -52,7 +52,7 @@ static QByteArray readableCommItems()
 }
 
 // --- Signals ------------------------------------------------------------------------------------------------------
-// text1 is a signal's name, text2 its description, text3 its unit; word1 is the line that it comes over.
+// text1 is a signal's name, text2 its description, text3 its unit; word1 is its line.
 
 static std::vector<gqdb::YcItem> ycItems()
 {

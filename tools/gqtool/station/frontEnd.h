@@ -2,8 +2,8 @@
 
 #include <QByteArray>
 
-// The front-end processor that the simulated station serves: a node, its lines to field devices, and the signals behind
-// them. What the fields of the records mean is the station's own, as in stationProtocol.h.
+// The front-end processor that the simulated station serves: a node, its lines to field devices, and their signals.
+// The station defines what the fields mean, as in stationProtocol.h.
 
-// The bytes that answer a front-end command; empty for any other.
+// Returns the reply to a front-end command; empty for other commands.
 QByteArray frontEndReply(unsigned char command);

@@ -12,7 +12,7 @@
 using gqdb::CByte2Rdb;
 
 // --- Definitions --------------------------------------------------------------------------------------------------
-// text1 is a point's name, text2 its description, text3 its unit; switch1 says that it is in service.
+// text1 is a point's name, text2 its description, text3 its unit; switch1 means that it is in service.
 
 static std::vector<gqdb::FloatPoint> floatPoints()
 {
@@ -69,7 +69,7 @@ static void addInfo(PointKind kind, unsigned int pointId, const std::string& nam
     info.pointId = pointId;
     info.text1 = name;
     info.text2 = description;
-    info.code1 = static_cast<unsigned char>(kind); // pointKind does not travel
+    info.code1 = static_cast<unsigned char>(kind); // pointKind is not transmitted
     list.push_back(info);
 }
 
@@ -118,7 +118,7 @@ static std::vector<gqdb::PointRealData> values()
             valueOf(kindIntPoint, firstIntPoint, phase < M_PI ? 2 : 3), valueOf(kindBoolPoint, firstBoolPoint, 1)};
 }
 
-// A voltage that a short circuit pulls down and that swings back, quantised and compressed.
+// A voltage that drops in a short circuit and recovers, quantised and compressed.
 static QByteArray wave()
 {
     std::vector<float> samples;
@@ -138,7 +138,7 @@ static QByteArray wave()
 
 // --- Events and the object ----------------------------------------------------------------------------------------
 
-// word1 is seconds since 1970, word2 milliseconds, word3 the point; text1 says what happened, text2 who noticed.
+// word1 is seconds since 1970, word2 milliseconds, word3 the point; text1 is the event, text2 its source.
 static std::vector<gqdb::EventInfo> events()
 {
     struct Happening {
@@ -172,7 +172,7 @@ static void addProperty(const gqdb::Variant& value, const std::string& format, g
     object.properties.push_back(property);
 }
 
-// The object's property names travel in text3, one behind the other with blanks between.
+// text3 holds the names of the properties, separated by blanks.
 static gqdb::ObjectData generator()
 {
     gqdb::ObjectData object;

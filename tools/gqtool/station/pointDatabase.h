@@ -2,8 +2,8 @@
 
 #include <QByteArray>
 
-// The small point database that the simulated station serves: records in their byte forms, made anew for each request,
-// so that values move. What the fields of the records mean is the station's own, as in stationProtocol.h.
+// The small point database that the simulated station serves: records in their byte forms, made for each request, so
+// that values change. The station defines what the fields mean, as in stationProtocol.h.
 
-// The bytes that answer a database command; empty for any other.
+// Returns the reply to a database command; empty for other commands.
 QByteArray databaseReply(unsigned char command);

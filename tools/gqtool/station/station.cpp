@@ -17,7 +17,7 @@ using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
 using gqdb::CUdpAPI;
 
-static const int largestRequest = 1 << 20; // payload bytes; what announces more is not a request
+static const unsigned int largestRequest = 1 << 20; // payload bytes
 
 Station::Station(const StationOptions& stationOptions, StationLog& stationLog)
     : options(stationOptions), log(stationLog)
@@ -39,19 +39,19 @@ bool Station::listen(const QString& address, int port, bool withDatagrams)
            (!withDatagrams || datagrams.openP2P(bound, localPort) == 1);
 }
 
-bool Station::serve()
+void Station::serve()
 {
     std::string localAddress;
     int localPort = 0;
     server.getSockName(localAddress, localPort);
     const QString endpoint = endText(localAddress, localPort);
-    say("listening on " + endpoint, {{"event", "listening"}, {"endpoint", endpoint}});
+    report("listening on " + endpoint, {{"event", "listening"}, {"endpoint", endpoint}});
     if (datagrams.isValid())
         std::thread([this] { serveDatagrams(); }).detach();
     for (;;) {
         std::shared_ptr<CTcpSocket> connection(server.accept());
         if (!connection)
-            return false;
+            return;
         std::string address;
         int port = 0;
         connection->getPeerName(address, port);
@@ -62,7 +62,7 @@ bool Station::serve()
 
 // --- Frames -------------------------------------------------------------------------------------------------------
 
-// Without its tail, which depends on how it travels.
+// A frame without its tail, which depends on the transport.
 static QByteArray frameOf(unsigned char command, int sequence, const QByteArray& payload)
 {
     QByteArray frame;
@@ -80,47 +80,6 @@ static QByteArray intPayload(int value)
 static QByteArray errorFrame(int sequence, int code)
 {
     return frameOf(CSocketAPI::errorCommand, sequence, intPayload(code));
-}
-
-static int sequenceOf(const QByteArray& request)
-{
-    return CByte2Val::byte2UShort(request.constData() + 5);
-}
-
-static bool receive(CTcpSocket& connection, QByteArray& bytes, int count)
-{
-    while (count > 0) {
-        char part[4096];
-        const int received = connection.recv(part, std::min(count, static_cast<int>(sizeof part)));
-        if (received < 0)
-            return false;
-        bytes.append(part, received);
-        count -= received;
-    }
-    return true;
-}
-
-static bool isRequestHeader(const QByteArray& bytes)
-{
-    if (bytes.size() < CSocketAPI::headerSize || bytes.at(0) != CSocketAPI::frameStart)
-        return false;
-    const int length = CByte2Val::byte2Int(bytes.constData() + 1);
-    return length >= 0 && length <= largestRequest;
-}
-
-static int requestSize(const QByteArray& header)
-{
-    return CByte2Val::byte2Int(header.constData() + 1) + CSocketAPI::frameOverhead;
-}
-
-// The next request, whole; false when the client is gone or what it sent is no frame.
-static bool receiveFrame(CTcpSocket& connection, QByteArray& frame)
-{
-    frame.clear();
-    if (!receive(connection, frame, CSocketAPI::headerSize) || !isRequestHeader(frame))
-        return false;
-    return receive(connection, frame, requestSize(frame) - frame.size()) &&
-           frame.at(frame.size() - 1) == CSocketAPI::frameEnd;
 }
 
 static void pause(int ms)
@@ -141,7 +100,7 @@ static bool sendAll(CTcpSocket& connection, const QByteArray& bytes)
 
 // --- Answers ------------------------------------------------------------------------------------------------------
 
-// The data set: readings that rise and fall, bytes that count, and names of points.
+// The data set: readings that rise and fall, bytes that count up, and names of points.
 static void addInt(int index, QByteArray& payload)
 {
     const int phase = index % 200;
@@ -157,11 +116,11 @@ static void addString(int index, QByteArray& payload)
 {
     QByteArray text;
     CByte2Val::str2Byte(QString("unit %1 temperature %2").arg(index / 12 + 1).arg(index % 12 + 1), text);
-    CByte2Val::short2Byte(text.size(), payload); // each text stands behind two length fields
+    CByte2Val::short2Byte(text.size(), payload); // each text has two length fields
     payload.append(text);
 }
 
-// `count` items in as many frames as they need.
+// Splits `count` items into as many frames as they need.
 static QByteArrayList listFrames(unsigned char command, int sequence, int count, int perFrame,
                                  void (*addItem)(int index, QByteArray& payload))
 {
@@ -176,18 +135,17 @@ static QByteArrayList listFrames(unsigned char command, int sequence, int count,
     return frames;
 }
 
-QByteArrayList Station::answer(const QByteArray& request, bool isDatagram)
+QByteArrayList Station::answer(const Frame& request, bool isDatagram)
 {
-    const auto command = static_cast<unsigned char>(request.at(9));
-    const int sequence = sequenceOf(request);
-    const int length = request.size() - CSocketAPI::frameOverhead;
+    const unsigned char command = request.command;
+    const int sequence = request.sequence;
     const long long now = QDateTime::currentSecsSinceEpoch();
 
     const auto intReply = [&](int value) { return QByteArrayList{frameOf(command, sequence, intPayload(value))}; };
     const auto errorReply = [&](int code) { return QByteArrayList{errorFrame(sequence, code)}; };
-    if (length < (command == 5 ? 8 : 4))
+    if (request.payload.size() < (command == CSocketAPI::setTimeCommand ? 8 : 4))
         return errorReply(errorBadPayload);
-    const int value = CByte2Val::byte2Int(request.constData() + CSocketAPI::headerSize);
+    const int value = CByte2Val::byte2Int(request.payload.constData());
     const auto listReply = [&](int available, int perFrame, void (*addItem)(int, QByteArray&)) {
         if (value < 1 || value > available)
             return errorReply(errorBadPayload);
@@ -195,20 +153,20 @@ QByteArrayList Station::answer(const QByteArray& request, bool isDatagram)
     };
 
     switch (command) {
-    case 1: // systemState
+    case CSocketAPI::systemStateCommand:
         return intReply(state);
-    case 2: // systemTime
+    case CSocketAPI::systemTimeCommand:
         return intReply(static_cast<int>(now + clockOffset));
-    case 3: // clear
+    case CSocketAPI::clearCommand:
         state = 1;
         clockOffset = 0;
         return intReply(1);
-    case 5: { // setTime: two integers, counted in a datagram
-        const int time = isDatagram ? CByte2Val::byte2Int(request.constData() + CSocketAPI::headerSize + 4) : value;
+    case CSocketAPI::setTimeCommand: { // two integers; a datagram has their count first
+        const int time = isDatagram ? CByte2Val::byte2Int(request.payload.constData() + 4) : value;
         clockOffset = time - now;
         return intReply(1);
     }
-    case 6: // setState
+    case CSocketAPI::setStateCommand:
         state = value;
         return intReply(value);
     case commandInts:
@@ -245,28 +203,29 @@ int Station::send(QByteArrayList frames, const SendFaults& faults, const Transpo
                 return -1;
             sent += piece.size();
             if (pieces.size() > 1)
-                pause(1); // so that the pieces travel apart
+                pause(1); // so that the pieces arrive separately
         }
     }
     return sent;
 }
 
-void Station::say(const QString& line, const QJsonObject& event)
+void Station::report(const QString& line, const QJsonObject& event)
 {
     log.add(line);
     if (options.isQuiet && event["event"] != "listening")
         return;
-    options.saysJson ? printJson(event) : printLine(line);
+    options.printsJson ? printJson(event) : printLine(line);
 }
 
-bool Station::serveRequest(const QByteArray& request, const QString& peer, const Transport& transport)
+bool Station::serveRequest(const StreamItem& item, const QString& peer, const Transport& transport)
 {
+    const Frame& request = item.content;
     const int number = ++replies;
     const SendFaults faults = options.script.ofReply(number);
     pause(faults.lateMs);
     int sent = 0;
-    if (!faults.silent && faults.closeAfter != 0) { // else it is not carried out either
-        const QByteArrayList frames = faults.error ? QByteArrayList{errorFrame(sequenceOf(request), *faults.error)}
+    if (!faults.silent && faults.closeAfter != 0) { // otherwise the command is not executed either
+        const QByteArrayList frames = faults.error ? QByteArrayList{errorFrame(request.sequence, *faults.error)}
                                                    : answer(request, transport.isDatagram);
         sent = send(frames, faults, transport);
     }
@@ -282,27 +241,26 @@ bool Station::serveRequest(const QByteArray& request, const QString& peer, const
     if (closes && sent > 0)
         line += QString(" after %1 bytes").arg(sent);
 
-    const auto command = static_cast<unsigned char>(request.at(9));
-    say(QString("%1%2 command 0x%3, %4 bytes: ")
-                .arg(peer, transport.isDatagram ? " by UDP" : "")
-                .arg(command, 2, 16, QChar('0'))
-                .arg(request.size()) +
-            line,
-        {{"event", "request"},
-         {"peer", peer},
-         {"transport", transport.isDatagram ? "UDP" : "TCP"},
-         {"command", command},
-         {"bytes", request.size()},
-         {"reply", number},
-         {"outcome", outcome},
-         {"sent", std::max(sent, 0)}});
+    report(QString("%1%2 command 0x%3, %4 bytes: ")
+                   .arg(peer, transport.isDatagram ? " by UDP" : "")
+                   .arg(request.command, 2, 16, QChar('0'))
+                   .arg(item.size) +
+               line,
+           {{"event", "request"},
+            {"peer", peer},
+            {"transport", transport.isDatagram ? "UDP" : "TCP"},
+            {"command", request.command},
+            {"bytes", item.size},
+            {"reply", number},
+            {"outcome", outcome},
+            {"sent", std::max(sent, 0)}});
     return sent >= 0 && !closes;
 }
 
 void Station::serveConnection(CTcpSocket& connection, const QString& peer)
 {
     const Transport stream = {false, [&](const QByteArray& bytes) { return sendAll(connection, bytes); }};
-    say(peer + " connected", {{"event", "connected"}, {"peer", peer}});
+    report(peer + " connected", {{"event", "connected"}, {"peer", peer}});
     const SendFaults faults = options.script.ofGreeting(++greetings);
     pause(faults.lateMs);
     if (!faults.silent) {
@@ -310,35 +268,43 @@ void Station::serveConnection(CTcpSocket& connection, const QString& peer)
             faults.error ? errorFrame(0, *faults.error) : frameOf(0, 0, intPayload(options.greeting));
         const int sent = send({greeting}, faults, stream);
         if (sent >= 0 && faults.closeAfter >= 0)
-            say(QString("%1 closed after %2 bytes of its greeting").arg(peer).arg(sent),
-                {{"event", "closed"}, {"peer", peer}, {"sent", sent}});
+            report(QString("%1 closed after %2 bytes of its greeting").arg(peer).arg(sent),
+                   {{"event", "closed"}, {"peer", peer}, {"sent", sent}});
         if (sent < 0 || faults.closeAfter >= 0)
             return;
     }
-    QByteArray request;
-    while (receiveFrame(connection, request)) {
-        if (!serveRequest(request, peer, stream))
-            return;
+    FrameStream requests;
+    char piece[4096];
+    bool isFrames = true; // if not, or if a length is too large for a request, the connection is closed
+    while (isFrames) {
+        const int count = connection.recv(piece, sizeof piece);
+        if (count < 0)
+            break;
+        for (const StreamItem& item : requests.feed(QByteArray(piece, count))) {
+            isFrames = isFrames && item.kind == StreamItem::frame;
+            if (isFrames && !serveRequest(item, peer, stream))
+                return;
+        }
+        isFrames = isFrames && requests.announcedLength() <= largestRequest;
     }
-    say(peer + " gone", {{"event", "gone"}, {"peer", peer}});
+    report(peer + " gone", {{"event", "gone"}, {"peer", peer}});
 }
 
 void Station::serveDatagrams()
 {
-    QByteArray request;
+    QByteArray datagram;
     for (;;) {
         std::string address;
         int port = 0;
-        request.resize(65536);
-        const int count = datagrams.recvfrom(request.data(), request.size(), address, port);
-        request.resize(std::max(count, 0));
-        if (!isRequestHeader(request) || request.size() < requestSize(request) ||
-            request.at(requestSize(request) - 1) != CSocketAPI::frameEnd)
+        datagram.resize(65536);
+        const int count = datagrams.recvfrom(datagram.data(), datagram.size(), address, port);
+        datagram.resize(std::max(count, 0));
+        const std::vector<StreamItem> items = FrameStream().feed(datagram);
+        if (items.empty() || items[0].kind != StreamItem::frame)
             continue;
-        request.truncate(requestSize(request));
         const Transport reply = {true, [&](const QByteArray& bytes) {
                                      return datagrams.sendto(bytes.constData(), bytes.size(), address, port) > 0;
                                  }};
-        serveRequest(request, endText(address, port), reply);
+        serveRequest(items[0], endText(address, port), reply);
     }
 }

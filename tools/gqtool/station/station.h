@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gqtool/frames/frameStream.h"
 #include "stationLog.h"
 #include "stationScript.h"
 
@@ -11,32 +12,32 @@
 #include <functional>
 #include <gqSocketUnix.h>
 
-// How a station answers. The default is to behave.
+// How a station answers. By default it makes no faults.
 struct StationOptions {
-    int greeting = 1;      // the integer of the greeting; clients refuse one of 0 or below
-    int gapMs = 100;       // between the frames of one reply: a client drops what a read brings behind the end of a
-                           // frame, so that nothing but time makes each come in a read of its own
-    StationScript script;  // what goes wrong
-    bool saysJson = false; // on the console
-    bool isQuiet = false;  // there, behind the line that says where it listens
+    int greeting = 1;     // the integer of the greeting; clients refuse 0 and below
+    int gapMs = 100;      // between the frames of a reply: a client drops what a read returns after the end of a frame,
+                          // and only a pause makes each frame arrive in a read of its own
+    StationScript script; // its faults
+    bool printsJson = false; // instead of text
+    bool isQuiet = false;    // prints only the line with its address
 };
 
 // A simulated station: a frame server that greets each connection, answers the five ready-made commands and serves
-// lists from a small data set (stationProtocol.h). One thread per connection, and one for all datagrams, which have no
-// greeting.
+// lists and records (stationProtocol.h). It has a thread per connection and one for all datagrams, which are not
+// greeted.
 class Station {
 public:
-    // Says a line per connection and request, on the console and in the log, which it does not own.
+    // Prints a line per connection and request, and adds it to the log, which it does not own.
     Station(const StationOptions& options, StationLog& log);
 
-    // Listens; port 0 lets the system choose. With datagrams: on the same port of UDP too. False with errno if that failed.
+    // Listens; port 0 means a free one. `withDatagrams`: on the same port of UDP too. Returns false on failure, with errno.
     bool listen(const QString& address, int port, bool withDatagrams);
 
-    // Says where it listens, as HOST:PORT, and serves connections until accepting fails. False then.
-    bool serve();
+    // Prints its address as HOST:PORT and serves connections until accepting fails; errno is the reason.
+    void serve();
 
 private:
-    // How a request came and its reply goes.
+    // The way of a request and its reply.
     struct Transport {
         bool isDatagram;
         std::function<bool(const QByteArray& bytes)> send;
@@ -44,11 +45,11 @@ private:
 
     void serveConnection(CTcpSocket& connection, const QString& peer);
     void serveDatagrams();
-    bool serveRequest(const QByteArray& request, const QString& peer, const Transport& transport); // false: hang up
-    QByteArrayList answer(const QByteArray& request, bool isDatagram);                             // without tails
-    // Bytes sent; -1 when the client is gone.
+    bool serveRequest(const StreamItem& item, const QString& peer, const Transport& transport); // false: close
+    QByteArrayList answer(const Frame& request, bool isDatagram);                               // without tails
+    // Returns the number of bytes sent, or -1 if the client is gone.
     int send(QByteArrayList frames, const SendFaults& faults, const Transport& transport);
-    void say(const QString& line, const QJsonObject& event);
+    void report(const QString& line, const QJsonObject& event);
 
     StationOptions options;
     StationLog& log;
@@ -57,5 +58,5 @@ private:
     std::atomic<int> greetings{0};
     std::atomic<int> replies{0};
     std::atomic<int> state{1};
-    std::atomic<long long> clockOffset{0}; // seconds that setTime moved the station's clock
+    std::atomic<long long> clockOffset{0}; // seconds by which setTime moved the station's clock
 };

@@ -15,14 +15,17 @@ static sigset_t endSignals()
 
 StationLog::StationLog() : saver(log) {}
 
-bool StationLog::open(const QString& path)
+bool StationLog::open(const QString& path, QString& error)
 {
     log.init(path);
-    isOpen = QFile(path).open(QIODevice::Append); // a save of an empty queue would not try
+    QFile file(path);
+    isOpen = file.open(QIODevice::Append); // saving an empty queue would not try
+    error = file.errorString();
     if (!isOpen)
         return false;
     const sigset_t endings = endSignals();
     pthread_sigmask(SIG_BLOCK, &endings, nullptr);
+    error = "cannot start a thread";
     return saver.start();
 }
 
@@ -49,7 +52,7 @@ void StationLog::Saver::run()
         signal = sigtimedwait(&endings, nullptr, &pause);
         log.save();
     } while (signal < 0);
-    // Ends as it would have without a log.
+    // End as without a log.
     std::signal(signal, SIG_DFL);
     pthread_sigmask(SIG_UNBLOCK, &endings, nullptr);
     kill(getpid(), signal);

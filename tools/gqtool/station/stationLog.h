@@ -6,20 +6,20 @@
 #include <gqFileLog.h>
 #include <gqLibUnix.h>
 
-// The station's log file: lines are queued by the threads of the connections and saved by one of its own, and once more
-// when the program is told to end. Open it ahead of all other threads: it takes SIGTERM and SIGINT off them. Never
-// destroy it once it is open.
+// The station's log file. The threads of the connections queue lines; a thread of the log saves them, for the last time
+// on SIGTERM or SIGINT. Open it before starting other threads, since it blocks both signals in them. Never destroy it
+// once it is open.
 class StationLog {
 public:
     StationLog();
 
-    // False if the file can't be written.
-    bool open(const QString& path);
+    // Returns false and the reason in `error` if the file cannot be written.
+    bool open(const QString& path, QString& error);
 
     // Queues a line, if open.
     void add(const QString& line);
 
-    // Writes what is queued. The thread of the log does so by itself five times a second.
+    // Writes the queued lines. The thread of the log does this five times a second.
     void save();
 
 private:

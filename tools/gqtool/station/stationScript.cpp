@@ -13,28 +13,27 @@
 
 struct FaultWord {
     const char* name;
-    const char* value; // what follows it, or nothing
+    const char* value; // the name of its value, or nothing
     int least;         // of its value
     const char* meaning;
     void (*set)(SendFaults& faults, int value);
 };
 
 static const FaultWord faultWords[] = {
-    {"late", "MS", 0, "waits that long ahead of it", [](SendFaults& faults, int ms) { faults.lateMs = ms; }},
-    {"split", "BYTES", 1, "sends that many bytes, and the rest a moment later",
+    {"late", "MS", 0, "wait MS before sending it", [](SendFaults& faults, int ms) { faults.lateMs = ms; }},
+    {"split", "BYTES", 1, "send BYTES bytes, and the rest after a pause",
      [](SendFaults& faults, int bytes) { faults.splitAfter = bytes; }},
-    {"pieces", "BYTES", 0, "sends pieces of that size, a moment apart; 0 sends all at once",
+    {"pieces", "BYTES", 0, "send pieces of BYTES bytes with pauses between; 0 sends all at once",
      [](SendFaults& faults, int bytes) { faults.pieceSize = bytes; }},
-    {"together", "", 0, "sends its frames in one write; one that is alone goes twice",
+    {"together", "", 0, "send its frames in one write, a single frame twice",
      [](SendFaults& faults, int) { faults.together = true; }},
-    {"wrong-end", "", 0, "ends its frames with a wrong byte", [](SendFaults& faults, int) { faults.wrongEnd = true; }},
-    {"silent", "", 0, "sends nothing", [](SendFaults& faults, int) { faults.silent = true; }},
-    {"close-after", "BYTES", 0, "sends no more than that, and closes the connection",
+    {"wrong-end", "", 0, "end its frames with a wrong byte", [](SendFaults& faults, int) { faults.wrongEnd = true; }},
+    {"silent", "", 0, "send nothing", [](SendFaults& faults, int) { faults.silent = true; }},
+    {"close-after", "BYTES", 0, "send at most BYTES bytes and close the connection",
      [](SendFaults& faults, int bytes) { faults.closeAfter = bytes; }},
-    {"error", "CODE", INT_MIN, "sends an error frame with that code instead",
+    {"error", "CODE", INT_MIN, "send an error frame with CODE instead",
      [](SendFaults& faults, int code) { faults.error = code; }},
-    {"none", "", 0, "takes back what the lines above say about it",
-     [](SendFaults& faults, int) { faults = SendFaults(); }},
+    {"none", "", 0, "cancel the faults of the lines above", [](SendFaults& faults, int) { faults = SendFaults(); }},
 };
 
 static const FaultWord* findFault(const QString& name)
@@ -58,34 +57,38 @@ bool StationScript::add(const QString& line, QString& error)
 {
     const QStringList words = line.split(QRegularExpression("\\s+"), Qt::SkipEmptyParts);
     if (words.size() < 3) {
-        error = "a line is greeting|reply NUMBER|every FAULT [VALUE]";
+        error = "a line must be 'greeting|reply NUMBER|every FAULT [VALUE]'";
         return false;
     }
     Step step = {words[0] == "greeting" ? greeting : reply, 0, findFault(words[2]), 0};
     if (words[0] != "greeting" && words[0] != "reply") {
-        error = QString("a line begins with greeting or reply, not with '%1'").arg(words[0]);
+        error = QString("a line must begin with greeting or reply, got '%1'").arg(words[0]);
         return false;
     }
     if (words[1] != "every" && !readInt(words[1], 1, INT_MAX, step.number)) {
-        error = QString("'%1' is neither every nor a number from 1 on").arg(words[1]);
+        error = QString("NUMBER must be 'every' or at least 1, got '%1'").arg(words[1]);
         return false;
     }
     if (step.fault == nullptr) {
         QStringList names;
         for (const FaultWord& word : faultWords)
             names.append(word.name);
-        error = QString("no fault '%1'; there are %2").arg(words[2], names.join(", "));
+        error = QString("FAULT must be one of %1, got '%2'").arg(names.join(", "), words[2]);
         return false;
     }
     const bool takesValue = *step.fault->value != '\0';
     if (words.size() != (takesValue ? 4 : 3)) {
-        error = QString("%1 takes %2").arg(step.fault->name, takesValue ? "one value" : "no value");
+        error = QString("%1 takes %2").arg(step.fault->name, takesValue ? "one VALUE" : "no VALUE");
         return false;
     }
     if (takesValue && !readInt(words[3], step.fault->least, INT_MAX, step.value)) {
         error = step.fault->least == INT_MIN
-                    ? QString("%1 takes an integer").arg(step.fault->name)
-                    : QString("%1 takes a number from %2 on").arg(step.fault->name).arg(step.fault->least);
+                    ? QString("%1 must be a 4-byte integer, got '%2'").arg(step.fault->name, words[3])
+                    : QString("%1 must be an integer from %2 to %3, got '%4'")
+                          .arg(step.fault->name)
+                          .arg(step.fault->least)
+                          .arg(INT_MAX)
+                          .arg(words[3]);
         return false;
     }
     steps.push_back(step);
@@ -97,7 +100,7 @@ bool StationScript::read(const QString& path, QString& error)
     QFile file(path);
     const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     if (file.error() != QFileDevice::NoError) {
-        error = QString("can't read %1: %2").arg(path, file.errorString());
+        error = QString("cannot read %1: %2").arg(path, file.errorString());
         return false;
     }
     const QStringList lines = QString::fromUtf8(content.constData(), content.size()).split('\n');
@@ -105,7 +108,7 @@ bool StationScript::read(const QString& path, QString& error)
         const QString line = lines[index].section('#', 0, 0).trimmed();
         QString reason;
         if (!line.isEmpty() && !add(line, reason)) {
-            error = QString("%1, line %2: %3").arg(path).arg(index + 1).arg(reason);
+            error = QString("%1: line %2: %3").arg(path).arg(index + 1).arg(reason);
             return false;
         }
     }

@@ -8,38 +8,38 @@
 
 struct FaultWord;
 
-// What goes wrong with one greeting or reply of a station. The default is that all is well.
+// The faults of one greeting or reply of a station. By default there are none.
 struct SendFaults {
-    int lateMs = 0;           // waits that long ahead
-    int splitAfter = 0;       // sends that many bytes, and the rest a moment later; 0 sends all at once
-    int pieceSize = 0;        // sends pieces of that many bytes, a moment apart; 0 likewise
-    bool together = false;    // sends all frames of a reply in one write, and one that is alone with its copy
+    int lateMs = 0;           // waits before sending
+    int splitAfter = 0;       // sends that many bytes, and the rest after a pause; 0 sends all at once
+    int pieceSize = 0;        // sends pieces of that many bytes with pauses between; 0 sends all at once
+    bool together = false;    // sends all frames of a reply in one write, and a single frame twice
     bool wrongEnd = false;    // ends frames with a wrong byte
     bool silent = false;      // sends nothing
-    int closeAfter = -1;      // sends no more than that many bytes and closes the connection; -1 leaves it open
+    int closeAfter = -1;      // sends at most that many bytes and closes the connection; -1 leaves it open
     std::optional<int> error; // sends an error frame with this code instead
 };
 
-// Frames, whole but for the faults, as the writes that a connection or datagrams carry them in: those of one frame
-// stand in a list of their own.
+// The writes that send these frames with these faults. Each inner list holds the pieces of one write of frames, which
+// follow each other after short pauses.
 std::vector<QByteArrayList> writesOf(QByteArrayList frames, const SendFaults& faults);
 
-// Which greeting and which reply of a station get which faults, line by line:
+// Assigns faults to the greetings and replies of a station, one line each:
 //     greeting|reply  NUMBER|every  FAULT  [VALUE]
-// A station counts its greetings and its replies from 1 on, over all connections and datagrams.
+// Greetings and replies are numbered from 1, over all connections and datagrams.
 class StationScript {
 public:
-    // The lines of a file, comments from # to the end of a line. False with place and reason in `error`.
+    // Adds the lines of a file, with comments from # to the end of a line. Returns false with place and reason in `error`.
     bool read(const QString& path, QString& error);
 
-    // One more line. False with the reason in `error`.
+    // Adds a line. Returns false with the reason in `error`.
     bool add(const QString& line, QString& error);
 
-    // All lines add up; of those that set the same thing the last one holds.
+    // The faults of all lines add up; if several lines set the same fault, the last one counts.
     SendFaults ofGreeting(int number) const { return faultsOf(greeting, number); }
     SendFaults ofReply(int number) const { return faultsOf(reply, number); }
 
-    // The faults and what they do, a line each, for a help text.
+    // The faults and their meanings, a line each, for a help text.
     static QString faultList();
 
 private:
@@ -47,7 +47,7 @@ private:
 
     struct Step {
         Answer answer;
-        int number; // 0 stands for every
+        int number; // 0 means every
         const FaultWord* fault;
         int value;
     };

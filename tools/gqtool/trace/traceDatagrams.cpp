@@ -12,7 +12,7 @@
 #include <list>
 #include <vector>
 
-static const size_t mostClients = 256; // beyond that the one that has been silent longest is forgotten
+static const size_t mostClients = 256; // the one that has been silent longest is replaced
 
 // A client that has sent a datagram.
 struct DatagramClient {
@@ -35,7 +35,7 @@ public:
     DatagramRelay(const DatagramRelay&) = delete;
     DatagramRelay& operator=(const DatagramRelay&) = delete;
 
-    std::vector<pollfd> wishes(int stopper) const;
+    std::vector<pollfd> entries(int stopper) const;
     void takeFromClients();
     void takeFromStation(int socket);
 
@@ -47,17 +47,17 @@ private:
     const int listener;
     const sockaddr_in station;
     TraceOutput& output;
-    std::list<DatagramClient> clients; // the one heard last ahead
+    std::list<DatagramClient> clients; // the most recently heard first
     int known = 0;
     QByteArray datagram;
 };
 
-std::vector<pollfd> DatagramRelay::wishes(int stopper) const
+std::vector<pollfd> DatagramRelay::entries(int stopper) const
 {
-    std::vector<pollfd> wishes = {{stopper, POLLIN, 0}, {listener, POLLIN, 0}};
+    std::vector<pollfd> entries = {{stopper, POLLIN, 0}, {listener, POLLIN, 0}};
     for (const DatagramClient& client : clients)
-        wishes.push_back({client.station, POLLIN, 0});
-    return wishes;
+        entries.push_back({client.station, POLLIN, 0});
+    return entries;
 }
 
 void DatagramRelay::forget()
@@ -71,7 +71,7 @@ static bool isSame(const sockaddr_in& one, const sockaddr_in& other)
     return one.sin_addr.s_addr == other.sin_addr.s_addr && one.sin_port == other.sin_port;
 }
 
-// The client there, a new one if need be; null if it can have no socket.
+// Returns the client at `address`, a new one if necessary; null if its socket cannot be made.
 DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
 {
     const auto found = std::find_if(clients.begin(), clients.end(),
@@ -84,7 +84,7 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
         forget();
     const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (socket < 0 || connect(socket, reinterpret_cast<const sockaddr*>(&station), sizeof station) != 0) {
-        printError(QString("a datagram of %1 is lost: %2").arg(endpointText(address), strerror(errno)));
+        printError(QString("datagram of %1 lost: %2").arg(endpointText(address), strerror(errno)));
         close(socket);
         return nullptr;
     }
@@ -95,7 +95,7 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
 
 void DatagramRelay::lose(const DatagramClient& client, int size)
 {
-    output.event(client.number, "lost", QString("a datagram of %1 bytes is lost: %2").arg(size).arg(strerror(errno)));
+    output.event(client.number, "lost", QString("datagram of %1 bytes lost: %2").arg(size).arg(strerror(errno)));
 }
 
 void DatagramRelay::takeFromClients()
@@ -112,7 +112,7 @@ void DatagramRelay::takeFromClients()
     if (client == nullptr)
         return;
     ssize_t sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
-    if (sent < 0 && errno == ECONNREFUSED) // what became of an earlier one; this one has not been sent
+    if (sent < 0 && errno == ECONNREFUSED) // caused by an earlier one; this one was not sent
         sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
     output.datagram(client->number, Side::client, datagram);
     if (sent < 0)
@@ -129,7 +129,8 @@ void DatagramRelay::takeFromStation(int socket)
     const ssize_t count = recv(socket, datagram.data(), static_cast<size_t>(datagram.size()), 0);
     if (count < 0) {
         if (errno == ECONNREFUSED)
-            output.event(client->number, "stationUnreachable", "the station is out of reach: Connection refused");
+            output.event(client->number, "stationUnreachable",
+                         QString("the station is unreachable: %1").arg(strerror(errno)));
         return;
     }
     datagram.truncate(static_cast<int>(count));
@@ -147,20 +148,20 @@ bool relayDatagrams(int listener, const sockaddr_in& station, int stopper, Trace
     DatagramRelay relay(listener, station, output);
     Progress progress;
     for (;;) {
-        std::vector<pollfd> wishes = relay.wishes(stopper);
+        std::vector<pollfd> entries = relay.entries(stopper);
         progress.show(output.summary());
-        if (poll(wishes.data(), wishes.size(), -1) < 0) {
+        if (poll(entries.data(), entries.size(), -1) < 0) {
             if (errno == EINTR)
                 continue;
             return false;
         }
-        if (wishes[0].revents != 0)
+        if (entries[0].revents != 0)
             return true;
-        for (size_t i = 2; i < wishes.size(); ++i) {
-            if (wishes[i].revents != 0)
-                relay.takeFromStation(wishes[i].fd);
+        for (size_t i = 2; i < entries.size(); ++i) {
+            if (entries[i].revents != 0)
+                relay.takeFromStation(entries[i].fd);
         }
-        if (wishes[1].revents != 0)
+        if (entries[1].revents != 0)
             relay.takeFromClients();
     }
 }

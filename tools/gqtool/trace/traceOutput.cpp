@@ -26,8 +26,8 @@ static QString isoTime(long long microseconds)
 
 // --- The file -----------------------------------------------------------------------------------------------------
 
-// A line a piece: the connection, I for what goes in to the station or O for what comes out of it, the time, the bytes.
-// text2pcap takes such lines by a regular expression, of one connection, so that connections don't mix in one stream.
+// A line per piece: the connection, I (into the station) or O (out of it), the time, the bytes. text2pcap selects the
+// lines of one connection by a regular expression, so that the streams of several connections are not mixed.
 
 bool TraceOutput::open(const QString& path, bool datagrams)
 {
@@ -43,12 +43,12 @@ void TraceOutput::record(const QByteArray& line)
     hasFailed = file.write(line) != line.size();
     if (hasFailed)
         printError(
-            QString("can't write to %1: %2; the trace goes on without it").arg(file.fileName(), file.errorString()));
+            QString("cannot write to %1, the trace continues without it: %2").arg(file.fileName(), file.errorString()));
 }
 
 void TraceOutput::recordPiece(int connection, Side from, const QByteArray& bytes)
 {
-    if (!bytes.isEmpty()) // an empty datagram would be no packet
+    if (!bytes.isEmpty()) // text2pcap takes no empty packet
         record(QString("%1 %2 %3 ").arg(connection).arg(from == Side::client ? 'I' : 'O').arg(isoTime(now)).toUtf8() +
                bytes.toHex() + '\n');
 }
@@ -60,7 +60,7 @@ QString sideText(Side side)
     return side == Side::client ? "client" : "station";
 }
 
-void TraceOutput::tell(int connection, const QString& text, QJsonObject json)
+void TraceOutput::print(int connection, const QString& text, QJsonObject json)
 {
     if (isJson) {
         json["time"] = isoTime(now);
@@ -73,12 +73,12 @@ void TraceOutput::tell(int connection, const QString& text, QJsonObject json)
     printLine(connection > 0 ? QString("%1 %2 %3").arg(time).arg(connection).arg(text) : time + ' ' + text);
 }
 
-void TraceOutput::tellItems(int connection, Side from, const std::vector<StreamItem>& items)
+void TraceOutput::printItems(int connection, Side from, const std::vector<StreamItem>& items)
 {
     for (const StreamItem& item : items) {
         QJsonObject json = jsonOf(item);
         json["from"] = sideText(from);
-        tell(connection, (from == Side::client ? "-> " : "<- ") + itemText(item), json);
+        print(connection, (from == Side::client ? "-> " : "<- ") + itemText(item), json);
         if (item.kind != StreamItem::frame)
             ++faults;
         else if (from == Side::client)
@@ -91,8 +91,8 @@ void TraceOutput::tellItems(int connection, Side from, const std::vector<StreamI
 void TraceOutput::listening(const QString& endpoint, const QString& station)
 {
     now = microsecondsNow();
-    tell(0, QString("listening on %1 for %2").arg(endpoint, station),
-         {{"event", "listening"}, {"address", endpoint}, {"station", station}});
+    print(0, QString("listening on %1 for %2").arg(endpoint, station),
+          {{"event", "listening"}, {"address", endpoint}, {"station", station}});
 }
 
 void TraceOutput::connected(int connection, const QString& client, const QString& station)
@@ -104,27 +104,27 @@ void TraceOutput::connected(int connection, const QString& client, const QString
                .arg(connection)
                .arg(client, station, isOfDatagrams ? "-u" : "-T", client.section(':', 1), station.section(':', 1))
                .toUtf8());
-    tell(connection, "connected from " + client, {{"event", "connected"}, {"client", client}});
+    print(connection, "connected from " + client, {{"event", "connected"}, {"client", client}});
 }
 
 void TraceOutput::event(int connection, const QString& name, const QString& text)
 {
     now = microsecondsNow();
     record(QString("# %1: %2\n").arg(connection).arg(text).toUtf8());
-    tell(connection, text, {{"event", name}});
+    print(connection, text, {{"event", name}});
 }
 
 void TraceOutput::piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream)
 {
     now = microsecondsNow();
     recordPiece(connection, from, bytes);
-    tellItems(connection, from, stream.feed(bytes));
+    printItems(connection, from, stream.feed(bytes));
 }
 
 void TraceOutput::end(int connection, Side from, FrameStream& stream)
 {
     now = microsecondsNow();
-    tellItems(connection, from, stream.end());
+    printItems(connection, from, stream.end());
 }
 
 void TraceOutput::datagram(int connection, Side from, const QByteArray& bytes)
@@ -132,8 +132,8 @@ void TraceOutput::datagram(int connection, Side from, const QByteArray& bytes)
     now = microsecondsNow();
     recordPiece(connection, from, bytes);
     FrameStream stream(keptBytes);
-    tellItems(connection, from, stream.feed(bytes));
-    tellItems(connection, from, stream.end());
+    printItems(connection, from, stream.feed(bytes));
+    printItems(connection, from, stream.end());
 }
 
 QString TraceOutput::summary() const

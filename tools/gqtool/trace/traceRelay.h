@@ -9,13 +9,13 @@
 // "127.0.0.1:5000"
 QString endpointText(const sockaddr_in& address);
 
-// Stand between clients and a station until `stopper` becomes readable. What comes from one side goes to the other
-// unchanged and at once, ahead of being told.
-//   listener  a bound socket that does not block; a listening one for streams
-// False when the relay itself fails, with errno.
+// Relay between clients and a station until `stopper` becomes readable. Bytes are passed on unchanged and at once, before
+// they are printed.
+//   listener  a bound non-blocking socket; for streams, a listening one
+// Return false, with errno, if the relay itself fails.
 
-// Ends pass too: a side that ends its stream, that closes, that resets; and a station that can't be reached.
+// Also relays the end of a stream, a close, a reset, and that the station is unreachable.
 bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output);
 
-// Each client has a socket of its own to the station, so that replies find back.
+// Each client has a socket of its own to the station, so that replies reach the right client.
 bool relayDatagrams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output);

@@ -15,8 +15,8 @@
 #include <memory>
 #include <vector>
 
-static const int pieceSize = 32768;        // of one read; with dummy headers it is still a packet
-static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other not taken
+static const int pieceSize = 32768;        // of one read; with text2pcap's dummy headers it still fits into a packet
+static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other has not accepted
 
 QString endpointText(const sockaddr_in& address)
 {
@@ -29,22 +29,22 @@ struct Flow {
     int source;
     int sink;
     QByteArray waiting = {};
-    bool hasEnded = false; // the source sends no more
-    bool isPassed = false; // and the sink knows
+    bool hasEnded = false; // the source has ended its stream
+    bool isPassed = false; // the end was passed on to the sink
     FrameStream frames = FrameStream(TraceOutput::keptBytes);
 };
 
 class RelayedConnection {
 public:
-    // Takes the client's socket over, and begins to call the station.
+    // Takes ownership of the client's socket and starts to connect to the station.
     RelayedConnection(int connectionNumber, int clientSocket, const sockaddr_in& stationAddress,
                       TraceOutput& traceOutput);
     ~RelayedConnection();
     RelayedConnection(const RelayedConnection&) = delete;
     RelayedConnection& operator=(const RelayedConnection&) = delete;
 
-    // What to wait for, and what to do when it has come.
-    pollfd wishOf(Side side) const;
+    // What poll(2) should wait for, and the handling of its results.
+    pollfd pollEntry(Side side) const;
     void serve(short clientEvents, short stationEvents);
 
     bool isOver() const { return hasFailed || (flows[0].isPassed && flows[1].isPassed); }
@@ -80,7 +80,7 @@ RelayedConnection::RelayedConnection(int connectionNumber, int clientSocket, con
         fail(Side::station, "Unreachable", errno);
 }
 
-// Tells what is left to tell.
+// Prints incomplete frames and the failure.
 RelayedConnection::~RelayedConnection()
 {
     for (Flow& flow : flows) {
@@ -93,25 +93,25 @@ RelayedConnection::~RelayedConnection()
     close(station);
 }
 
-pollfd RelayedConnection::wishOf(Side side) const
+pollfd RelayedConnection::pollEntry(Side side) const
 {
     const int socket = side == Side::client ? client : station;
-    pollfd wish = {socket, 0, 0}; // with no events, for its errors
+    pollfd entry = {socket, 0, 0}; // poll reports errors even without events
     if (isConnecting) {
-        wish.events = socket == station ? POLLOUT : 0;
-        return wish;
+        entry.events = socket == station ? POLLOUT : 0;
+        return entry;
     }
     bool isDone = true;
     for (const Flow& flow : flows) {
         if (flow.source == socket && !flow.hasEnded && flow.waiting.size() < largestWaiting)
-            wish.events |= POLLIN;
+            entry.events |= POLLIN;
         if (flow.sink == socket && !flow.waiting.isEmpty())
-            wish.events |= POLLOUT;
+            entry.events |= POLLOUT;
         isDone = isDone && (flow.source == socket ? flow.hasEnded : flow.isPassed);
     }
     if (isDone)
-        wish.fd = -1; // or poll would tell for ever that both its directions are shut
-    return wish;
+        entry.fd = -1; // otherwise poll would report POLLHUP again and again
+    return entry;
 }
 
 void RelayedConnection::serve(short clientEvents, short stationEvents)
@@ -161,11 +161,12 @@ void RelayedConnection::read(Flow& flow)
         output.piece(number, flow.from, bytes, flow.frames);
     } else {
         output.end(number, flow.from, flow.frames);
-        output.event(number, sideText(flow.from) + "Ended", QString("the %1 has ended").arg(sideText(flow.from)));
+        output.event(number, sideText(flow.from) + "Ended",
+                     QString("the %1 ended its stream").arg(sideText(flow.from)));
     }
 }
 
-// As much as the sink takes now.
+// Sends as much as the sink accepts now.
 void RelayedConnection::passOn(Flow& flow)
 {
     if (!flow.waiting.isEmpty()) {
@@ -182,21 +183,21 @@ void RelayedConnection::passOn(Flow& flow)
     }
 }
 
-// A side is gone without an end of its stream: the other one's connection is reset in turn, when this one goes.
+// One side has gone without ending its stream: the destructor will reset the connection of the other side.
 void RelayedConnection::fail(Side side, const char* what, int error)
 {
     hasFailed = true;
     failureName = sideText(side) + what;
-    failureText = QString(isConnecting && side == Side::station ? "the %1 is out of reach: %2"
-                                                                : "the %1 has cut the connection: %2")
-                      .arg(sideText(side), strerror(error));
+    failureText =
+        QString(isConnecting && side == Side::station ? "the %1 is unreachable: %2" : "the %1 broke the connection: %2")
+            .arg(sideText(side), strerror(error));
     const linger abort = {1, 0};
     setsockopt(side == Side::client ? station : client, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
 }
 
 // ------------------------------------------------------------------------------------------------------------------
 
-static bool takesNoMore(int error)
+static bool isOutOfResources(int error)
 {
     return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
@@ -207,35 +208,35 @@ bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOu
     int accepted = 0;
     Progress progress;
     for (bool isFull = false;;) {
-        std::vector<pollfd> wishes = {{stopper, POLLIN, 0}, {isFull ? -1 : listener, POLLIN, 0}};
+        std::vector<pollfd> entries = {{stopper, POLLIN, 0}, {isFull ? -1 : listener, POLLIN, 0}};
         for (const auto& connection : connections) {
-            wishes.push_back(connection->wishOf(Side::client));
-            wishes.push_back(connection->wishOf(Side::station));
+            entries.push_back(connection->pollEntry(Side::client));
+            entries.push_back(connection->pollEntry(Side::station));
         }
         progress.show(output.summary());
-        if (poll(wishes.data(), wishes.size(), isFull ? 1000 : -1) < 0) {
+        if (poll(entries.data(), entries.size(), isFull ? 1000 : -1) < 0) {
             if (errno == EINTR)
                 continue;
             return false;
         }
-        if (wishes[0].revents != 0)
+        if (entries[0].revents != 0)
             return true;
         for (size_t i = 0; i < connections.size(); ++i)
-            connections[i]->serve(wishes[2 * i + 2].revents, wishes[2 * i + 3].revents);
+            connections[i]->serve(entries[2 * i + 2].revents, entries[2 * i + 3].revents);
         connections.erase(std::remove_if(connections.begin(), connections.end(),
                                          [](const auto& connection) { return connection->isOver(); }),
                           connections.end());
 
         isFull = false;
-        if (wishes[1].revents == 0)
+        if (entries[1].revents == 0)
             continue;
         sockaddr_in address = {};
         socklen_t size = sizeof address;
         const int client =
             accept4(listener, reinterpret_cast<sockaddr*>(&address), &size, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        isFull = client < 0 && takesNoMore(errno);
+        isFull = client < 0 && isOutOfResources(errno);
         if (isFull)
-            printError(QString("can't take one more client now: %1").arg(strerror(errno)));
+            printError(QString("cannot accept another client now: %1").arg(strerror(errno)));
         if (client < 0)
             continue;
         ++accepted;
