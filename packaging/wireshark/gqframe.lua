@@ -1,10 +1,10 @@
 -- Wireshark dissector of the frame that clients of gqLib and their servers exchange over TCP and UDP. It claims no port
--- by itself: choose it by Decode As, or name the server's ports in its preferences. docs/formats/frame.md tells the
--- bytes, docs/guide/wireshark.md the use.
+-- by itself: select it with Decode As, or enter the server's ports in its preferences. docs/formats/frame.md describes
+-- the bytes, docs/guide/wireshark.md how to use the dissector.
 --
--- The payload of the ready-made commands and of error frames has a known form. That of any other command is agreed
--- between a program and its server: it is read in the form that a preference names, else in each form that it fits
--- exactly, marked as a candidate.
+-- The payload of the ready-made commands and of error frames has a known form. The payload of any other command is
+-- defined by a program and its server: it is read in the form that a preference names, otherwise in each form that it
+-- fits exactly, marked as a candidate.
 
 local gqframe = Proto("gqframe", "gqLib Frame")
 
@@ -12,10 +12,10 @@ local gqframe = Proto("gqframe", "gqLib Frame")
 
 gqframe.prefs.ports = Pref.range("Ports of servers", "", "TCP and UDP ports, such as 5000,5002-5004", 65535)
 gqframe.prefs.request_forms = Pref.string("Forms of requests", "",
-    "Payloads by command: 0x20=int, 33=ints, *=int for all others. Forms are int, intPair, ints, bytes, strings")
-gqframe.prefs.reply_forms = Pref.string("Forms of replies", "", "Likewise, such as 0x20=ints, 0x21=bytes, 0x22=strings")
+    "Forms by command, such as 0x20=int, 33=ints, *=int for all others. Forms: int, intPair, ints, bytes, strings")
+gqframe.prefs.reply_forms = Pref.string("Forms of replies", "", "Forms by command, such as 0x20=ints, 0x21=bytes")
 gqframe.prefs.largest_payload = Pref.uint("Largest payload", 16777216,
-    "Bytes; what announces more is a false start byte, and not waited for")
+    "In bytes. If a frame announces more, its start byte is taken for a false one")
 
 -- --- Fields ------------------------------------------------------------------------------------------------------
 
@@ -32,10 +32,10 @@ local field = {
     command = ProtoField.uint8("gqframe.command", "Command"),
     name = ProtoField.string("gqframe.name", "Name"),
     payload = ProtoField.bytes("gqframe.payload", "Payload"),
-    check = ProtoField.bytes("gqframe.check", "Check, never looked at"),
+    check = ProtoField.bytes("gqframe.check", "Checksum, ignored by clients"),
     ending = ProtoField.uint8("gqframe.end", "End", base.HEX),
     header = ProtoField.bytes("gqframe.header", "Part of a header"),
-    garbage = ProtoField.bytes("gqframe.garbage", "Bytes ahead of a start byte"),
+    garbage = ProtoField.bytes("gqframe.garbage", "Bytes before a start byte"),
 
     form = ProtoField.string("gqframe.form", "Form"),
     candidate = ProtoField.string("gqframe.candidate", "Candidate form"),
@@ -47,7 +47,7 @@ local field = {
     textSize = ProtoField.uint16("gqframe.text_size", "Size of the text"),
     code = ProtoField.int32("gqframe.code", "Error code"),
     padding = ProtoField.bytes("gqframe.padding", "Padding"),
-    rest = ProtoField.bytes("gqframe.rest", "Bytes behind the form, ignored"),
+    rest = ProtoField.bytes("gqframe.rest", "Bytes after the form, ignored"),
 
     requestIn = ProtoField.framenum("gqframe.request_in", "Request in", base.NONE, frametype.REQUEST),
     replyIn = ProtoField.framenum("gqframe.reply_in", "Reply in", base.NONE, frametype.RESPONSE),
@@ -55,11 +55,11 @@ local field = {
 }
 
 local note = {
-    wrongEnd = ProtoExpert.new("gqframe.wrong_end", "The last byte is not 0x16: a client drops the frame",
+    wrongEnd = ProtoExpert.new("gqframe.wrong_end", "The last byte is not 0x16: a client discards the frame",
         expert.group.MALFORMED, expert.severity.ERROR),
     impossibleLength = ProtoExpert.new("gqframe.impossible_length", "No frame has this length",
         expert.group.MALFORMED, expert.severity.ERROR),
-    largeLength = ProtoExpert.new("gqframe.large_length", "Longer than the largest payload of the preferences",
+    largeLength = ProtoExpert.new("gqframe.large_length", "Longer than the largest payload in the preferences",
         expert.group.MALFORMED, expert.severity.WARN),
     cut = ProtoExpert.new("gqframe.cut", "The bytes end within the frame",
         expert.group.MALFORMED, expert.severity.WARN),
@@ -69,7 +69,7 @@ local note = {
         expert.group.MALFORMED, expert.severity.ERROR),
     errorFrame = ProtoExpert.new("gqframe.error_frame", "Error frame",
         expert.group.RESPONSE_CODE, expert.severity.NOTE),
-    padding = ProtoExpert.new("gqframe.padding_note", "Over UDP a frame is filled up to 64 bytes",
+    padding = ProtoExpert.new("gqframe.padding_note", "Over UDP a frame is padded to 64 bytes",
         expert.group.PROTOCOL, expert.severity.CHAT),
     badPreference = ProtoExpert.new("gqframe.bad_preference", "Preference not understood",
         expert.group.UNDECODED, expert.severity.WARN),
@@ -80,8 +80,8 @@ gqframe.experts = note
 
 -- --- Payload forms -----------------------------------------------------------------------------------------------
 
--- size(payload) tells how many bytes the form takes, nil if the payload is too short for it; show(payload, tree) adds
--- its fields. Where `showsPart` is set, `show` may be called on a payload that is too short, of 4 bytes at least.
+-- size(payload) returns the number of bytes of the form, or nil if the payload is too short for it; show(payload, tree)
+-- adds its fields. If `showsPart` is set, `show` accepts a payload that is too short but has at least 4 bytes.
 
 local mostShown = 1000 -- elements of a list
 
@@ -107,8 +107,8 @@ local function countedSize(elementSize)
     end
 end
 
--- Calls each(offset, itemSize, textSize) for the items of a string list, as long as they are whole; textSize is nil
--- where no whole text stands in the item. The size of the list, or nil if the payload is too short.
+-- Calls each(offset, itemSize, textSize) for the items of a string list up to the first incomplete one; textSize is nil
+-- if the item contains no complete text. Returns the size of the list, or nil if the payload is too short.
 local function walkTexts(payload, each)
     local count = payload:len() >= 4 and uintAt(payload, 0)
     if not count or 4 + 2 * count > payload:len() then return nil end
@@ -133,7 +133,7 @@ local function showTexts(payload, tree)
         local item = tree:add(field.text, payload:range(offset, 2 + itemSize), text) -- up to its first zero byte
         item:add_le(field.itemSize, payload:range(offset, 2))
         if itemSize >= 2 then item:add_le(field.textSize, payload:range(offset + 2, 2)) end
-        if not textSize then item:append_text(" (no whole text in the item: reads as empty)") end
+        if not textSize then item:append_text(" (no complete text in the item: read as empty)") end
     end)
 end
 
@@ -142,7 +142,7 @@ local forms = {
         size = fixedSize(4),
         show = function(payload, tree) addInt(payload, 0, tree) end,
     },
-    intPair = { -- with no count
+    intPair = { -- without a count
         size = fixedSize(8),
         show = function(payload, tree)
             addInt(payload, 0, tree)
@@ -176,7 +176,7 @@ local forms = {
 
 local candidates = { "int", "ints", "bytes", "strings" }
 
--- What stands behind the form. Over UDP a short frame is filled up with zeros to 64 bytes, which count as payload.
+-- The bytes after the form. Over UDP a short frame is padded with zeros to 64 bytes; they count as payload.
 local function isPadding(payload, size, isDatagram)
     return isDatagram and payload:len() == 51 and not payload:raw(size):find("[^%z]")
 end
@@ -230,7 +230,7 @@ local function chooseForms(direction, text)
     end
 end
 
--- The form of a command that the library itself knows, nil for all others.
+-- Returns the form of a ready-made command or an error frame, nil for all others.
 local function knownForm(command, direction, isDatagram)
     if direction == "reply" and command == errorCommand then return "error" end
     if not commandNames[command] or not direction then return nil end
@@ -240,12 +240,12 @@ local function knownForm(command, direction, isDatagram)
     return "int"
 end
 
--- Codes that a client hands to its program like any other, where they mean something else.
+-- Codes that a client returns to its program although they also have another meaning there.
 local codeMeanings = {
     [1] = "a client reads it as success",
     [0] = "a client reads it as a time-out or a bad frame",
     [-1] = "a client reads it as a dead link",
-    [-2] = "a client reads it as an error frame with no code",
+    [-2] = "a client reads it as an error frame without a code",
     [-5] = "a client reads it as a payload that is too short",
 }
 
@@ -256,21 +256,21 @@ local function addErrorCode(payload, isDatagram, tree)
         or "too short for a code: a client reads -2"
     item:append_text(": " .. text)
     item:add_proto_expert_info(note.errorFrame, "Error frame: " .. text)
-    return "error " .. (code or "with no code")
+    return "error " .. (code or "without a code")
 end
 
 -- --- Requests and replies ----------------------------------------------------------------------------------------
 
--- A client has one request under way: what comes is taken for the reply to its latest one, in as many frames as the
--- server likes. Filled when the packets are first seen.
+-- A client has one request at a time: all frames from the server belong to the reply to the latest request.
+-- These tables are filled in the first pass over the packets.
 local latestRequest = {} -- by conversation: packet number and time
 local requestOf = {}     -- by packet with a reply: the request's packet number and time
 local replyOf = {}       -- by packet with a request: packet number of its first reply
-local isUnasked = {}     -- by packet: a server's frames ahead of any request
+local isUnasked = {}     -- by packet: frames from the server before any request
 
 local tcpCompleteness = Field.new("tcp.completeness")
 
--- Other fields than those of `pinfo` are not to be had while packets are first seen.
+-- In the first pass only the fields of `pinfo` are available.
 local function pair(pinfo, direction, isDatagram)
     if pinfo.visited or not direction then return end
     local client = string.format("%s %d", pinfo.src, pinfo.src_port)
@@ -290,7 +290,7 @@ local function pair(pinfo, direction, isDatagram)
     end
 end
 
--- Whether a frame greets a connection: only where the capture has its opening can that be told.
+-- Returns true if the frame is a greeting, which only a capture with the start of the connection shows.
 local function isGreeting(pinfo)
     local completeness = isUnasked[pinfo.number] and tcpCompleteness()
     return completeness and completeness.value % 4 > 0 -- SYN or SYN and ACK
@@ -324,7 +324,7 @@ local function addHeader(header, direction, tree)
     if direction then tree:add(field.direction, direction):set_generated() end
 end
 
--- Name and form of a whole frame's payload, which is nil if it is empty. A text for the summary.
+-- Adds name and form of a complete frame's payload, nil if it is empty. Returns a text for the summary.
 local function addContent(pinfo, command, payload, direction, isDatagram, tree)
     local isError = direction == "reply" and command == errorCommand
     local greets = isGreeting(pinfo)
@@ -388,7 +388,7 @@ end
 local function addGarbage(tvb, from, to, root)
     if from == to then return end
     local tree = root:add(gqframe, tvb:range(from, to - from))
-    tree:append_text(", bytes ahead of a start byte")
+    tree:append_text(", bytes before a start byte")
     tree:add(field.garbage, tvb:range(from, to - from)):add_proto_expert_info(note.garbage)
 end
 

@@ -281,7 +281,7 @@ class Dissector(DissectorTest):
             1: "1, a client reads it as success",
             0: "0, a client reads it as a time-out or a bad frame",
             -1: "-1, a client reads it as a dead link",
-            -2: "-2, a client reads it as an error frame with no code",
+            -2: "-2, a client reads it as an error frame without a code",
             -5: "-5, a client reads it as a payload that is too short",
         }.items():
             data = bytearray(golden_bytes("error"))
@@ -361,6 +361,29 @@ class Conversation(DissectorTest):
         ):
             with self.subTest(name, packet=packet):
                 self.assertEqual(shown(packets[packet], name), expected)
+
+    def test_findsRequestsWithoutAReplyInTwoPasses(self):
+        capture = self.capture()
+        connection = Connection(capture, 40000, opening=True)
+        connection.segment(golden_bytes("greeting"), False)
+        asked = connection.segment(golden_bytes("systemTimeRequest"), True)
+        connection.segment(golden_bytes("systemTimeReply"), False)
+        unanswered = connection.segment(golden_bytes("requestInt"), True)
+        path = capture.close()
+        unmatched = ["-Y", 'gqframe.direction == "request" && !gqframe.reply_in', "-T", "fields", "-e", "frame.number"]
+        self.assertEqual(self.tshark.text(path, "-2", *unmatched).split(), [str(unanswered)])
+        # In a single pass the reply is still to come.
+        self.assertEqual(self.tshark.text(path, *unmatched).split(), [str(asked), str(unanswered)])
+
+    def test_showsAFrameThatACloseCutsOnlyIfStreamsAreNotReassembled(self):
+        capture = self.capture()
+        connection = Connection(capture, 40000)
+        connection.segment(golden_bytes("systemTimeRequest"), True)
+        cut = connection.segment(golden_bytes("systemTimeReply")[:13], False)
+        path = capture.close()
+        numbers = ["-Y", "gqframe.cut", "-T", "fields", "-e", "frame.number"]
+        self.assertEqual(self.tshark.text(path, *numbers).split(), [])
+        self.assertEqual(self.tshark.text(path, *WHOLE_PIECES, *numbers).split(), [str(cut)])
 
     def test_summarisesEachPacketInOneLine(self):
         capture = self.capture()
