@@ -140,8 +140,8 @@ public:
     ~CTcpServer(); // closes if listening
 
     // Opens a socket with SO_REUSEADDR, binds it and listens. Port 0 lets the system choose; getSockName returns the
-    // port. Makes the process ignore SIGPIPE. Returns 1 or 0. If binding or listening failed, the socket stays open and
-    // close() does not close it.
+    // port. Makes the process ignore SIGPIPE. If a socket was open, its descriptor is lost. Returns 1 or 0. If binding
+    // or listening failed, the socket stays open, and close() does not close it unless the object was listening before.
     int open(const std::string& localAddress, int localPort, int backlog);
 
     // Waits up to the time set by setRecvOverTm, or indefinitely if none is set, and returns the next connection. The
