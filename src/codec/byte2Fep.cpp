@@ -12,7 +12,7 @@ CByte2Fep::~CByte2Fep() = default;
 
 static const int recordRoom = 1024; // reserved for each record but YbItem
 
-// --- NodeHead ---
+// --- NodeHead --------------------------------------------------------------------------------------------------------
 
 void CByte2Fep::nodeHead2Byte(const NodeHead& head, QByteArray& data)
 {
@@ -55,7 +55,7 @@ int CByte2Fep::byte2NodeHeads(const char* buf, int size, std::vector<NodeHead>& 
     return 1;
 }
 
-// --- CommItem ---
+// --- CommItem --------------------------------------------------------------------------------------------------------
 
 void CByte2Fep::commItem2Byte(const CommItem& item, QByteArray& data)
 {
@@ -67,8 +67,8 @@ void CByte2Fep::commItem2Byte(const CommItem& item, QByteArray& data)
     walk(out, const_cast<CommItem&>(item));
 }
 
-// Two faults of arithmetic are deliberate, for peers count on them: text3 is taken off the bytes left twice, and the
-// answer counts text4 twice but not word1.
+// Two errors of arithmetic are deliberate, because peers rely on them: the size of text3 is subtracted twice from the
+// bytes left, and the result counts text4 twice but not word1.
 int CByte2Fep::byte2CommItem(const char* buf, int size, CommItem& item)
 {
     if (size < 25)
@@ -98,7 +98,7 @@ int CByte2Fep::byte2CommItem(const char* buf, int size, CommItem& item)
     item.flag1 = at[0];
     item.flag2 = at[1];
     at += 2;
-    left -= size3; // once more, in place of the two flags: a long text3 wants bytes behind the record
+    left -= size3; // again, instead of the two flags: a long text3 needs bytes after the record
 
     const int size4 = takeString(at, left, item.text4);
     if (size4 == 0)
@@ -111,7 +111,7 @@ int CByte2Fep::byte2CommItem(const char* buf, int size, CommItem& item)
     const int size5 = takeString(at + 4, left - 4, item.text5);
     if (size5 == 0)
         return 0;
-    return 4 + size1 + size2 + size3 + 2 + 2 * size4 + size5; // the record's size only where text4 has 2 bytes
+    return 4 + size1 + size2 + size3 + 2 + 2 * size4 + size5; // the record's size only if text4 has 2 bytes
 }
 
 void CByte2Fep::commItems2Byte(const std::vector<CommItem>& list, QByteArray& data)
@@ -129,7 +129,7 @@ int CByte2Fep::byte2CommItems(const char* buf, int size, std::vector<CommItem>& 
     list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return 0;
-    // By the reader's answers, which may lead into the midst of a record, or behind the bytes: there is none left then.
+    // By the reader's results, which can lead into the middle of a record or past the bytes; then none are left.
     long long pos = 4;
     for (size_t i = first; i < list.size(); ++i) {
         const int answer = pos < size ? byte2CommItem(buf + pos, static_cast<int>(size - pos), list[i]) : 0;
@@ -140,7 +140,7 @@ int CByte2Fep::byte2CommItems(const char* buf, int size, std::vector<CommItem>& 
     return 1;
 }
 
-// --- YcItem ---
+// --- YcItem ----------------------------------------------------------------------------------------------------------
 
 void CByte2Fep::ycItem2Byte(const YcItem& item, QByteArray& data)
 {
@@ -183,7 +183,7 @@ int CByte2Fep::byte2YcItems(const char* buf, int size, std::vector<YcItem>& list
     return 1;
 }
 
-// --- YxItem ---
+// --- YxItem ----------------------------------------------------------------------------------------------------------
 
 void CByte2Fep::yxItem2Byte(const YxItem& item, QByteArray& data)
 {
@@ -226,7 +226,7 @@ int CByte2Fep::byte2YxItems(const char* buf, int size, std::vector<YxItem>& list
     return 1;
 }
 
-// --- YdItem ---
+// --- YdItem ----------------------------------------------------------------------------------------------------------
 
 void CByte2Fep::ydItem2Byte(const YdItem& item, QByteArray& data)
 {
@@ -269,7 +269,7 @@ int CByte2Fep::byte2YdItems(const char* buf, int size, std::vector<YdItem>& list
     return 1;
 }
 
-// --- YbItem ---
+// --- YbItem ----------------------------------------------------------------------------------------------------------
 
 void CByte2Fep::ybItem2Byte(const YbItem& item, QByteArray& data)
 {

@@ -5,28 +5,31 @@
 
 namespace gqdb {
 
-// Byte forms of the records of the front-end processors. Everything is static and keeps no state: any thread, on
-// distinct arguments.
+// Conversion of the records of the front-end processors to and from bytes. All operations are static and stateless: any
+// thread may call them on distinct arguments.
 //
-//   writers          append to `data`, never clear it, report nothing. All but ybItem2Byte first reserve room for 1024
-//                    more bytes; a larger record still works
-//   record readers   take the first byte and the bytes available from there. Bytes consumed; or 0 if the buffer is too
-//                    short or a text does not fit, with the fields read so far kept. Texts are replaced
-//   list readers     append to `list`. 1; or 0 if the buffer has less than 4 bytes (`list` untouched then) or an item
-//                    fails: the list keeps its new size then, with the items read so far, and defaults behind the
-//                    failed one
+//   writers          append to `data`, never clear it, report nothing. All but ybItem2Byte reserve 1024 more bytes
+//                    first; a larger record still works
+//   record readers   take the first byte and the number of bytes available. Texts are replaced. They return the bytes
+//                    consumed; or 0 if the buffer is too short or a text is not whole: the fields read so far keep
+//                    their new values
+//   list readers     append to `list`:
+//                      1  all items read
+//                      0  less than 4 bytes: list unchanged
+//                      0  an item failed: list at its new size, with the items read so far and defaults after them
+//                      0  old size + count overflows 32 bits: list cut to the sum in 32 bits, no item read
 //
-// Values are little-endian and packed. Offsets below are bytes from the start of a record; S1 is the encoded size of
-// text1, that is 2 plus the length of its UTF-8 form, S2 that of text2, and so on. A list is a count (4 bytes) and the
-// items, back to back. A count beyond memory raises the vector's allocation failure, which passes through; where old
-// size and count pass 32 bits, the list is cut to their sum in 32 bits and no item is read: 0.
+// Values are little-endian and packed. Offsets below are bytes from the start of a record. S1 is the encoded size of
+// text1, 2 plus the length of its UTF-8 form, S2 that of text2, and so on. A list is a count (4 bytes) and the items,
+// without gaps. If a count asks for more elements than memory holds, the vector's allocation fails and the exception
+// passes through.
 class GQLIB_EXPORT CByte2Fep : public CByte2Val {
 public:
     CByte2Fep();
     ~CByte2Fep();
 
     // 0 nodeId, 4 text1 to text4; with A = 4+S1+S2+S3+S4: A word1, A+4 flag1 to flag4 (1 byte each), A+8 word2 to
-    // word5, A+24 text5, text6; 28+S1+...+S6 bytes. The reader wants 25 bytes at least.
+    // word5, A+24 text5, text6; 28+S1+...+S6 bytes. The reader needs at least 25 bytes.
     static void nodeHead2Byte(const NodeHead& head, QByteArray& data);
     static int byte2NodeHead(const char* buf, int size, NodeHead& head);
     static void nodeHeads2Byte(const std::vector<NodeHead>& list, QByteArray& data);
@@ -34,9 +37,9 @@ public:
 
     // 0 commId, 4 text1 to text3; with A = 4+S1+S2+S3: A flag1, A+1 flag2 (1 byte each), A+2 text4, A+2+S4 word1,
     // A+6+S4 text5; 10+S1+...+S5 bytes.
-    // The reader wants 25 bytes at least, and S3 - 2 bytes behind the record, of any value. It answers
-    // 6+S1+S2+S3+2*S4+S5, which is the size only where text4 has 2 bytes. The list reader moves on by that answer: it
-    // loses step behind any other text4.
+    // The reader needs at least 25 bytes, and S3 - 2 bytes of any value after the record. It returns
+    // 6+S1+S2+S3+2*S4+S5, which is the size only if text4 has 2 bytes. The list reader advances by that result, so that
+    // it misreads what follows any other text4.
     static void commItem2Byte(const CommItem& item, QByteArray& data);
     static int byte2CommItem(const char* buf, int size, CommItem& item);
     static void commItems2Byte(const std::vector<CommItem>& list, QByteArray& data);
@@ -44,15 +47,15 @@ public:
 
     // 0 flag1 (1 byte), 1 itemId, 5 text1 to text4; with A = 5+S1+S2+S3+S4: A flag2 (1 byte), A+1 word1, A+5 word2,
     // A+9 flag3 (1 byte), A+10 coef1 to coef4, A+26 word3, A+30 flag4, A+31 flag5 (1 byte each), A+32 text5;
-    // 37+S1+...+S5 bytes. The reader wants 31 bytes at least.
+    // 37+S1+...+S5 bytes. The reader needs at least 31 bytes.
     static void ycItem2Byte(const YcItem& item, QByteArray& data);
     static int byte2YcItem(const char* buf, int size, YcItem& item);
     static void ycItems2Byte(const std::vector<YcItem>& list, QByteArray& data);
     static int byte2YcItems(const char* buf, int size, std::vector<YcItem>& list);
 
     // 0 itemId, 4 text1 to text3; with A = 4+S1+S2+S3: A flag1 (1 byte), A+1 word1, A+5 word2, A+9 flag2 (1 byte),
-    // A+10 word3, A+14 flag3 to flag6 (1 byte each), A+18 text4; 22+S1+...+S4 bytes. The reader wants 24 bytes at
-    // least.
+    // A+10 word3, A+14 flag3 to flag6 (1 byte each), A+18 text4; 22+S1+...+S4 bytes. The reader needs at least
+    // 24 bytes.
     static void yxItem2Byte(const YxItem& item, QByteArray& data);
     static int byte2YxItem(const char* buf, int size, YxItem& item);
     static void yxItems2Byte(const std::vector<YxItem>& list, QByteArray& data);
@@ -60,7 +63,7 @@ public:
 
     // 0 flag1 (1 byte), 1 itemId, 5 text1 to text4; with A = 5+S1+S2+S3+S4: A flag2, A+1 flag3 (1 byte each), A+2
     // word1, A+6 word2, A+10 flag4 to flag7 (1 byte each), A+14 float1, A+18 float2, A+22 word3, A+26 float3, A+30
-    // float4, A+34 word4, A+38 word5, A+42 text5; 47+S1+...+S5 bytes. The reader wants 48 bytes at least.
+    // float4, A+34 word4, A+38 word5, A+42 text5; 47+S1+...+S5 bytes. The reader needs at least 48 bytes.
     static void ydItem2Byte(const YdItem& item, QByteArray& data);
     static int byte2YdItem(const char* buf, int size, YdItem& item);
     static void ydItems2Byte(const std::vector<YdItem>& list, QByteArray& data);
@@ -68,9 +71,9 @@ public:
 
     // 0 itemId, 4 text1 to text3; with A = 4+S1+S2+S3: A flag1 (1 byte), A+1 word1, A+5 word2, A+9 flag2 (1 byte),
     // A+10 text4; 14+S1+...+S4 bytes.
-    // The reader takes another form: without flag1, word1 stands at A and everything behind it one byte earlier. It
-    // wants 21 bytes at least, and 11 from A on. What ybItem2Byte writes is misread from A on, and a list of it loses
-    // step: a peer whose record is to be read here leaves the byte out. flag1 keeps what it held.
+    // The reader takes another form: without flag1, so that word1 is at A and the rest one byte earlier. It needs at
+    // least 21 bytes, and 11 from A on. It misreads what ybItem2Byte writes from A on, and the items after it in a
+    // list: peers whose records are read here leave the byte out. flag1 keeps its value.
     static void ybItem2Byte(const YbItem& item, QByteArray& data);
     static int byte2YbItem(const char* buf, int size, YbItem& item);
     static void ybItems2Byte(const std::vector<YbItem>& list, QByteArray& data);

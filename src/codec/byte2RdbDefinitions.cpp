@@ -12,7 +12,7 @@ namespace gqdb {
 static const int shortDefinitionRoom = 1024; // reserved for each PointInfo of a list
 static const int definitionRoom = 2048;      // and for each of the others
 
-// --- PointInfo ---
+// --- PointInfo -------------------------------------------------------------------------------------------------------
 
 static long long sizeOf(const PointInfo& point)
 {
@@ -65,7 +65,7 @@ void CByte2Rdb::pointInfos2Byte(const std::vector<PointInfo>& list, QByteArray& 
     return 1;
 }
 
-// --- FloatPoint ---
+// --- FloatPoint ------------------------------------------------------------------------------------------------------
 
 static long long sizeOf(const FloatPoint& point)
 {
@@ -118,7 +118,7 @@ void CByte2Rdb::floatPoints2Byte(const std::vector<FloatPoint>& list, QByteArray
     return 1;
 }
 
-// --- IntPoint ---
+// --- IntPoint --------------------------------------------------------------------------------------------------------
 
 static long long sizeOf(const IntPoint& point)
 {
@@ -171,7 +171,7 @@ void CByte2Rdb::intPoints2Byte(const std::vector<IntPoint>& list, QByteArray& da
     return 1;
 }
 
-// --- BoolPoint ---
+// --- BoolPoint -------------------------------------------------------------------------------------------------------
 
 static long long sizeOf(const BoolPoint& point)
 {
@@ -224,7 +224,7 @@ void CByte2Rdb::boolPoints2Byte(const std::vector<BoolPoint>& list, QByteArray& 
     return 1;
 }
 
-// --- BlobPoint ---
+// --- BlobPoint -------------------------------------------------------------------------------------------------------
 
 static long long sizeOf(const BlobPoint& point)
 {

@@ -18,14 +18,14 @@ enum VariantKind : unsigned char {
 
 static const int slotSize = 258; // of a string in the blob form
 
-// Deliberately hands the string reader a text in place of the length ahead of it, so that it takes the text's first two
-// bytes for a length. Ordinary text is too short for that and is left out.
+// Deliberately passes the text to the string reader instead of its length, so that its first two bytes count as a
+// length. Ordinary text is too short for that and is read as empty.
 static void takeMisplacedText(const char* text, int size, std::string& out)
 {
     takeString(text, size, out);
 }
 
-// Reads a slot that begins at `buf`. A text that overruns the slot is a fault.
+// Reads a slot at `buf`. Returns false if the text is longer than the slot or not whole.
 static bool takeSlot(const char* buf, int size, std::string& out)
 {
     const int used = takeString(buf, size, out);
@@ -51,7 +51,8 @@ static void putNumber(const Variant& value, QByteArray& data)
     }
 }
 
-// Reads the value behind the kind at `buf[0]`; nothing for text and unknown kinds. Bytes consumed with the kind, or -1.
+// Reads the value after the kind at `buf[0]`; nothing for text and unknown kinds. Returns the bytes consumed, kind
+// included, or -1.
 static int takeNumber(const char* buf, int size, Variant& value)
 {
     switch (value.kind) {

@@ -7,11 +7,11 @@
 
 namespace gqdb {
 
-// A list is tested once for its whole size, in 32 bits as promised and then in 64. The buffer is read only if both tests
-// pass, and through a pointer to the items: a byte that is stored might be part of the vector, for all the compiler
-// knows, so that a loop over the vector would ask for its size and its items each time.
+// A list is tested once for its whole size, in 32 bits as promised and then in 64. The buffer is read only if both
+// tests pass, and through a pointer to the items: a byte that is stored might be part of the vector, for all the
+// compiler knows, so that a loop over the vector would ask for its size and its items each time.
 
-// --- FloatRealData ---
+// --- FloatRealData ---------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::floatRealData2Byte(const FloatRealData& record, QByteArray& data)
 {
@@ -50,7 +50,7 @@ int CByte2Rdb::byte2FloatRealDatas(const char* buf, int size, std::vector<FloatR
     return 1;
 }
 
-// --- FloatData ---
+// --- FloatData -------------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::floatData2Byte(const FloatData& record, QByteArray& data)
 {
@@ -90,7 +90,7 @@ int CByte2Rdb::byte2FloatDatas(const char* buf, int size, std::vector<FloatData>
     return 1;
 }
 
-// --- BoolRealData ---
+// --- BoolRealData ----------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::boolRealData2Byte(const BoolRealData& record, QByteArray& data)
 {
@@ -132,7 +132,7 @@ int CByte2Rdb::byte2BoolRealDatas(const char* buf, int size, std::vector<BoolRea
     return 1;
 }
 
-// --- BoolData ---
+// --- BoolData --------------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::boolData2Byte(const BoolData& record, QByteArray& data)
 {
@@ -174,7 +174,7 @@ int CByte2Rdb::byte2BoolDatas(const char* buf, int size, std::vector<BoolData>& 
     return 1;
 }
 
-// --- IntRealData ---
+// --- IntRealData -----------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::intRealData2Byte(const IntRealData& record, QByteArray& data)
 {
@@ -214,7 +214,7 @@ int CByte2Rdb::byte2IntRealDatas(const char* buf, int size, std::vector<IntRealD
     return 1;
 }
 
-// --- IntData ---
+// --- IntData ---------------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::intData2Byte(const IntData& record, QByteArray& data)
 {
@@ -254,7 +254,7 @@ int CByte2Rdb::byte2IntDatas(const char* buf, int size, std::vector<IntData>& li
     return 1;
 }
 
-// --- PointRealData ---
+// --- PointRealData ---------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::pointRealData2Byte(const PointRealData& record, QByteArray& data)
 {
@@ -294,7 +294,7 @@ int CByte2Rdb::byte2PointRealDatas(const char* buf, int size, std::vector<PointR
     return 1;
 }
 
-// --- BlobDataInfo ---
+// --- BlobDataInfo ----------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::blobDataInfo2Byte(const BlobDataInfo& record, QByteArray& data)
 {
@@ -334,7 +334,7 @@ int CByte2Rdb::byte2BlobDataInfos(const char* buf, int size, std::vector<BlobDat
     return 1;
 }
 
-// --- BlobRealData ---
+// --- BlobRealData ----------------------------------------------------------------------------------------------------
 
 void CByte2Rdb::blobRealData2Byte(const BlobRealData& record, QByteArray& data)
 {
@@ -374,7 +374,7 @@ int CByte2Rdb::byte2BlobRealDatas(const char* buf, int size, std::vector<BlobRea
     return 1;
 }
 
-// --- BlobData ---
+// --- BlobData --------------------------------------------------------------------------------------------------------
 
 int CByte2Rdb::blob2List(const char* buf, int size, std::vector<BlobData>& list)
 {

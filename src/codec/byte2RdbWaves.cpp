@@ -9,7 +9,7 @@
 namespace gqdb {
 
 static const unsigned char rawSamples = 1;       // bits of waveFlags
-static const unsigned char quantisedSamples = 2; // rawSamples goes first on reading
+static const unsigned char quantisedSamples = 2; // the reader tests rawSamples first
 static const unsigned char compressedSamples = 4;
 
 static const unsigned int waveHeadSize = sizeof(BlobWaveHead);
@@ -41,7 +41,7 @@ static int storeWave(BlobWaveHead& head, const std::vector<int>& marks, const un
     return 1;
 }
 
-// Samples become steps of 16 bits and back in blocks that stay in the cache.
+// Samples are converted to steps of 16 bits and back in blocks that fit into the cache.
 static const size_t blockSamples = 4096;
 
 static void packQuantised(const std::vector<float>& samples, const BlobWaveHead& head, char* raw)
@@ -107,11 +107,11 @@ int CByte2Rdb::byte2Wave(const std::vector<unsigned char>& stored, unsigned char
     int length = static_cast<int>(stored.size() - waveHeadSize);
 
     if (head.markCount != 0) {
-        // The head's size counts once more: with marks, fewer than 96 bytes of samples are deliberately refused.
+        // The size of the head is deliberately added again: with marks, fewer than 96 bytes of samples are refused.
         if (length < static_cast<int>(head.markCount * 4 + waveHeadSize))
             return 0;
         if (head.markCount > static_cast<unsigned int>(length) / 4)
-            return 0; // only behind a wrapped sum
+            return 0; // only if the sum above wrapped
         marks.resize(head.markCount);
         for (int& mark : marks) {
             mark = static_cast<int>(load32(payload));

@@ -125,7 +125,7 @@ void CByte2Val::byte2Double(const char* buf, double& value)
 
 // --- Strings ------------------------------------------------------------------------------------------------------
 
-// The size of a text as the length field and the results count it: 32 bits, signed.
+// Number of bytes written for a text, as the results state it: in 32 bits, signed.
 static int writtenSize(int size)
 {
     return static_cast<int>(static_cast<unsigned int>(size) + 2u);
@@ -133,8 +133,8 @@ static int writtenSize(int size)
 
 static int writeText(const char* text, int size, QByteArray& data)
 {
-    CByte2Val::short2Byte(size, data); // keeps the low 16 bits; a longer text is written whole all the same
-    if (size <= 0)                     // empty, or of 2 GiB and more, which counts as negative
+    CByte2Val::short2Byte(size, data); // keeps the low 16 bits; a longer text is written whole
+    if (size <= 0)                     // empty, or 2 GiB and more, which is negative
         return 2;
     std::memcpy(grow(data, size), text, static_cast<size_t>(size));
     return writtenSize(size);

@@ -10,22 +10,23 @@
 
 namespace gqdb {
 
-// Byte forms of single values, strings and sequences of values, and the checksums of telegrams: the root of all codecs.
+// Conversion of single values, strings and sequences of values to and from bytes, and checksums of telegrams. The base
+// of all codecs.
 //
-// Every multi-byte value is little-endian, least significant byte first; floats and doubles travel as their IEEE 754
-// image (NaN and infinity pass unchanged). Nothing here is ever in network order.
+// Every value of several bytes is little-endian; floats and doubles are stored as their IEEE 754 image (NaN and
+// infinity are unchanged). Nothing is in network order.
 //
-//   writers  append to a QByteArray target and never clear it; store to a char* target from its first byte on with no
-//            bound check and without advancing the pointer, so the caller provides the room
-//   readers  take the first byte of the value and check nothing: the caller has proved that the bytes are there
+//   writers  append to a QByteArray and never clear it; store to a char* from its first byte on, without a bound check
+//            and without advancing the pointer: the caller provides the room
+//   readers  take the first byte of the value and check nothing: the caller has made sure that the bytes are there
 //
-// All operations are static and keep no state: any thread may call them, on distinct targets.
+// All operations are static and stateless: any thread may call them on distinct targets.
 class GQLIB_EXPORT CByte2Val {
 public:
     CByte2Val();
     ~CByte2Val();
 
-    // 2 bytes. Bits above 15 are dropped without a word. int and unsigned int give the same bytes.
+    // 2 bytes. Bits above 15 are dropped silently. int and unsigned int give the same bytes.
     static void short2Byte(int value, QByteArray& data);
     static void short2Byte(unsigned int value, QByteArray& data);
     static void short2Byte(int value, char* buf);
@@ -37,7 +38,7 @@ public:
     static void int2Byte(int value, char* buf);
     static void int2Byte(unsigned int value, char* buf);
 
-    // 8 bytes. Signed values go through here as their bit pattern.
+    // 8 bytes. Pass a signed value as its bit pattern.
     static void long2Byte(unsigned long long value, QByteArray& data);
 
     // 4 bytes, the binary32 image.
@@ -64,38 +65,40 @@ public:
     static void byte2Double(const char* buf, double& value);
 
     // String: 0 length L in bytes (2 bytes, unsigned), 2 the L bytes. No terminator; an empty string is 00 00.
-    // A std::string travels byte for byte, a QString as UTF-8 (zero bytes included). Result: bytes written, L + 2.
-    // The longest string that reads back has 65535 bytes. Nothing refuses a longer one: the length field keeps the
-    // low 16 bits, all bytes follow, and a reader loses step. Check the size first where it may happen.
+    // A std::string is written byte for byte, a QString as UTF-8 (zero bytes included). The longest string that reads
+    // back has 65535 bytes. A longer one is not refused: the length keeps the low 16 bits, all bytes follow, and a
+    // reader takes the rest for the next value. Check the size first if that can happen.
+    // Returns the bytes written, L + 2.
     static int str2Byte(const std::string& text, QByteArray& data);
     static int str2Byte(const std::string& text, char* buf);
     static int str2Byte(const QString& text, QByteArray& data);
     static int str2Byte(const QString& text, char* buf);
 
-    // Reads a string from the `len` bytes at `buf`. Result: bytes consumed, L + 2; or 0 if they hold no whole string,
-    // with `out` untouched.
-    //   std::string  the bytes are appended to what `out` holds; clear it first to get the field alone
-    //   QString      `out` is replaced by the decoded text, which ends at the first zero byte of the field (the
-    //                result is L + 2 all the same); malformed UTF-8 gives replacement characters
+    // Reads a string from the `len` bytes at `buf`. Returns the bytes consumed, L + 2; or 0 if they hold no whole
+    // string, with `out` unchanged.
+    //   std::string  the bytes are appended to `out`; clear it first to get the string alone
+    //   QString      `out` is replaced by the decoded text, which ends at the first zero byte of the string (the
+    //                result is L + 2 nevertheless); malformed UTF-8 gives replacement characters
     static int byte2Str(const char* buf, int len, std::string& out);
     static int byte2Str(const char* buf, int len, QString& out);
 
     // --- Lists: a count (4 bytes), then the elements ---
 
-    // 4 bytes an element for int and float, 1 for unsigned char. The char* forms want 4 + 4 * size bytes of room.
+    // 4 bytes an element for int and float, 1 for unsigned char. The char* forms need 4 + 4 * size bytes of room.
     static void list2Byte(const std::vector<int>& list, QByteArray& data);
     static void list2Byte(const std::vector<int>& list, char* buf);
     static void list2Byte(const std::vector<float>& list, char* buf);
     static void list2Byte(const std::vector<unsigned char>& list, QByteArray& data);
 
-    // Stores 8 bytes an element but moves on by 4, so that each overwrites the upper half of the one before: 4 * size +
-    // 8 bytes for a list that is not empty. byte2List does not read it back; for doubles that have to survive there are
-    // doubles2Buffer and buffer2Doubles.
+    // Stores 8 bytes an element but advances by 4, so that each overwrites the upper half of the one before: 4 * size +
+    // 8 bytes for a list that is not empty. byte2List does not read it back; use doubles2Buffer and buffer2Doubles for
+    // doubles.
     static void list2Byte(const std::vector<double>& list, char* buf);
 
-    // Append to `out`. Bytes consumed; or 0 if `len` bytes do not hold count and elements, with `out` untouched (a
-    // count that wraps 32 bits is found out only behind the resize, with `out` at its new size). The double form reads
-    // 4-byte integers and converts each.
+    // Append to `out`. The double form reads 4-byte integers and converts each. Return
+    //   the bytes consumed
+    //   0  the bytes that count and elements need exceed `len`: `out` unchanged
+    //   0  the needed bytes overflow 32 bits and pass the test, but are not there: `out` at its new size, nothing read
     static int byte2List(const char* buf, int len, std::vector<int>& out);
     static int byte2List(const char* buf, int len, std::vector<float>& out);
     static int byte2List(const char* buf, int len, std::vector<double>& out);
@@ -109,46 +112,46 @@ public:
     static void floats2Buffer(const std::vector<float>& values, char* buf);
     static void doubles2Buffer(const std::vector<double>& values, char* buf);
 
-    // Replace `out` by `count` elements: 4 bytes each, 2 (0 to 65535), 2 (-32768 to 32767), 4 and 8. Bytes read. A
-    // negative count raises the vector's length failure.
+    // Replace `out` by `count` elements: 4 bytes each, 2 (0 to 65535), 2 (-32768 to 32767), 4 and 8. Return the bytes
+    // read. A negative count raises the vector's length failure.
     static int buffer2Ints(const char* buf, int count, std::vector<int>& out);
     static int buffer2UShorts(const char* buf, int count, std::vector<int>& out);
     static int buffer2Shorts(const char* buf, int count, std::vector<int>& out);
     static int buffer2Floats(const char* buf, int count, std::vector<float>& out);
     static int buffer2Doubles(const char* buf, int count, std::vector<double>& out);
 
-    // --- Samples. With nothing given, nothing changes ---
+    // --- Samples. An empty input changes nothing ---
 
-    // Largest and smallest element. A NaN counts only in the first place, and then stays in both.
+    // Largest and smallest element. A NaN is ignored, except as the first element: then both are NaN.
     static void calcLimit(const std::vector<float>& values, double& upper, double& lower);
 
-    // The three that follow replace `out`; of an empty input it stays as it is.
+    // The following three replace `out`.
 
-    // Maps `lower` to `upper` onto 0 to 65535, in single precision, truncated towards zero, not clamped. What no int
-    // holds, a NaN among it, gives -2147483648: every element does if the limits are equal.
+    // Maps `lower` to `upper` onto 0 to 65535, in single precision, truncated towards zero, not clamped. A result that
+    // no int holds, or NaN, gives -2147483648; if the limits are equal, every element does.
     static void float2Short(const std::vector<float>& values, float upper, float lower, std::vector<int>& out);
 
     // Maps 0 to 65535 onto `lower` to `upper`: the quotient by 65535 in double precision, the rest in single.
     static void short2float(const std::vector<int>& raw, float upper, float lower, std::vector<float>& out);
 
-    // raw * scale + offset in double precision, rounded to float behind each of the two.
+    // raw * scale + offset in double precision, rounded to float after each of the two.
     static void ad2float(const std::vector<int>& raw, double scale, double offset, std::vector<float>& out);
 
     // --- Telegrams of field devices. The checksum bytes of the library's own frames stay zero ---
 
-    // CRC-16/MODBUS of the catalogue of parametrised CRC algorithms: polynomial 0x8005 reflected, start 0xFFFF, no
-    // final XOR; "123456789" gives 0x4B37. `first` gets the high byte (0x4B), `second` the low one (0x37): a Modbus RTU
-    // telegram carries `second` ahead of `first`. They are two variables, outside of `buf`. 1; or 0 if `len` is
-    // below 1, with both untouched.
+    // CRC-16/MODBUS in the catalogue of parametrised CRC algorithms: polynomial 0x8005 reflected, start 0xFFFF, no
+    // final XOR; "123456789" gives 0x4B37. `first` becomes the high byte (0x4B), `second` the low one (0x37): a Modbus
+    // RTU telegram ends in `second`, then `first`. They are two variables outside of `buf`. Returns 1; or 0 if `len` is
+    // below 1, with both unchanged.
     static int getCrc16(const char* buf, int len, unsigned char& first, unsigned char& second);
 
     // The sum of the bytes modulo 256; 0 if `len` is below 1.
     static unsigned char getCs(const char* buf, int len);
 
-    // Whether both have the same bytes, sequence numbers and all. A null array is an empty one.
+    // Returns true if both have the same bytes, sequence numbers included. A null array is an empty one.
     static bool isGramEqual(const QByteArray& a, const QByteArray& b);
 
-    // Two lower-case hexadecimal digits a byte, a blank between two bytes: "68 00 ff". Empty if `len` is below 1.
+    // Two lower-case hexadecimal digits per byte, separated by blanks: "68 00 ff". Empty if `len` is below 1.
     static QString buf2str(const char* buf, int len);
     static QString buf2str(const QByteArray& data);
 };

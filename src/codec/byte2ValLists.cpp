@@ -100,7 +100,7 @@ int CByte2Val::byte2List(const char* buf, int len, std::vector<unsigned char>& o
 
 // --- Buffers ------------------------------------------------------------------------------------------------------
 
-// Bytes of so many elements, as the results count them.
+// Number of bytes of `count` elements, as the results state it: in 32 bits.
 static int bufferSize(int count, unsigned int width)
 {
     return static_cast<int>(static_cast<unsigned int>(count) * width);

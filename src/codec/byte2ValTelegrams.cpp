@@ -24,7 +24,7 @@ static constexpr CrcTable crcTable(int shift)
     return table;
 }
 
-// Named after what they go into, as is usual: the table called high holds the low bytes.
+// Named, as is usual, after what they are combined with: the table called high holds the low bytes.
 static constexpr CrcTable CrcHighTable = crcTable(0);
 static constexpr CrcTable CrcLowTable = crcTable(8);
 
@@ -32,8 +32,8 @@ int CByte2Val::getCrc16(const char* buf, int len, unsigned char& first, unsigned
 {
     if (len < 1)
         return 0;
-    // In locals: through the references each byte would take twice the time. Each byte is mixed in one step ahead of
-    // its turn, so that from one look into the tables to the next there is a single XOR.
+    // In local variables: through the references each byte would take twice the time. Each byte is mixed in one step
+    // early, so that a single XOR separates one table access from the next.
     const auto byteAt = [buf, len](long long pos) { return pos < len ? load8(buf + pos) : 0; };
     unsigned int i = 0xFF ^ byteAt(0);
     unsigned int ahead = 0xFF ^ byteAt(1);
@@ -65,7 +65,7 @@ QString CByte2Val::buf2str(const char* buf, int len)
     QString text;
     if (len < 1)
         return text;
-    text.resize(static_cast<int>(std::min(3LL * len - 1, static_cast<long long>(INT_MAX)))); // too long fails there
+    text.resize(static_cast<int>(std::min(3LL * len - 1, static_cast<long long>(INT_MAX)))); // fails if too long
     QChar* at = text.data();
     for (int i = 0; i < len; ++i) {
         if (i > 0)

@@ -4,8 +4,8 @@
 
 #include <cstring>
 
-// Integers and floats as bytes, least significant byte first, whatever the machine. Internal: the exported operations of
-// CByte2Val and the code behind them share these, so that no call crosses the export table. Nothing is checked: the
+// Integers and floats as bytes, least significant byte first, whatever the machine. Internal: the exported operations
+// of CByte2Val and the code behind them share these, so that no call crosses the export table. Nothing is checked: the
 // caller has made sure that the bytes are there.
 namespace gqdb {
 

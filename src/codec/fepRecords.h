@@ -2,9 +2,9 @@
 
 #include <QString>
 
-// Records of the front-end processors: plain data, moved by CByte2Fep and given no meaning here. The declared order is
-// not always the order on the wire; byte2Fep.h has that. Every field starts at zero or empty but for those that say
-// otherwise.
+// Records of the front-end processors: plain data, which CByte2Fep converts without interpreting it. Fields are
+// declared in an order that is not always that on the wire, which byte2Fep.h documents. Each starts at zero or empty
+// unless it says otherwise.
 namespace gqdb {
 
 // --- Nodes and communication --------------------------------------------------------------------------------------
@@ -95,7 +95,7 @@ struct YxItem {
     unsigned int state3 = 0;
 };
 
-// An item without a reading of its own; what it stands for is the application's.
+// An item without a reading of its own; the application defines its meaning.
 struct YdItem {
     char flag1 = 0;
     int itemId = 0;

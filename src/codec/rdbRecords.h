@@ -3,9 +3,10 @@
 #include <string>
 #include <vector>
 
-// Records of the real-time database: plain data, moved by CByte2Rdb and given no meaning here. Strings hold raw bytes.
-// The declared order is not always the order on the wire; byte2Rdb.h has that. Every field starts at zero or empty but
-// for those that say otherwise; one marked 'unset' is deliberately left alone by the constructor: set it before use.
+// Records of the real-time database: plain data, which CByte2Rdb converts without interpreting it. Strings hold raw
+// bytes. Fields are declared in an order that is not always that on the wire, which byte2Rdb.h documents. Each starts
+// at zero or empty unless it says otherwise. The constructor deliberately leaves a field marked 'unset' alone: set it
+// before use.
 namespace gqdb {
 
 // --- Point definitions --------------------------------------------------------------------------------------------
@@ -177,7 +178,7 @@ struct PointRealData {
     char flag2 = 0;
 };
 
-// What is told of a blob value without its bytes.
+// A blob value's metadata.
 struct BlobDataInfo {
     unsigned int pointId = 0;
     unsigned int stamp1 = 0;
@@ -197,7 +198,7 @@ struct BlobRealData {
     char flag2 = 0;
 };
 
-// In lists only, which blob2List reads.
+// Only in lists, which blob2List reads.
 struct BlobData {
     unsigned int stamp1 = 0;
     unsigned int stamp2 = 0;
@@ -208,7 +209,7 @@ struct BlobData {
 
 // --- Queries and events -------------------------------------------------------------------------------------------
 
-// Read, but never written: byte2Rdb.h tells how to send one.
+// Read, but never written; byte2Rdb.h says how to send one.
 struct HisQuery {
     unsigned int pointId = 0;
     std::string text1; // not on the wire
@@ -220,7 +221,7 @@ struct HisQuery {
     unsigned int word6 = 0;
 };
 
-// Read only with a byte behind it.
+// Read only if a byte follows it.
 struct OneSecQuery {
     unsigned int pointId = 0;
     std::string text1;
@@ -264,7 +265,7 @@ struct EventState {
 
 // --- Objects ------------------------------------------------------------------------------------------------------
 
-// A tagged value. The four values are fields of their own, side by side; `kind` says which one counts: 0 intValue,
+// A tagged value. The four values are separate fields; `kind` says which one counts: 0 intValue,
 // 5 floatValue, 6 doubleValue, 10 textValue, 11 intValue as seconds since 1970, unsigned.
 struct Variant {
     unsigned char kind = 0;
@@ -297,7 +298,7 @@ struct ObjectData {
 
 // --- Waves --------------------------------------------------------------------------------------------------------
 
-// Head of a stored wave: these 96 bytes stand in it just as they lie in memory.
+// Head of a stored wave: 96 bytes, stored as they are in memory.
 struct BlobWaveHead {
     unsigned char headByte = 0;       //  0 the caller's; carried
     unsigned char waveFlags = 0;      //  1 bit 0 signed raw samples, bit 1 quantised samples, bit 2 compressed

@@ -6,8 +6,8 @@
 #include <string>
 
 // Short texts without calls: most texts of a record have fewer bytes than a std::string holds without an allocation.
-// The plain form of each function is after the #else. A FloatPoint with five short texts is read in 24 ns instead of 47 and
-// written in 13 ns instead of 20 (g++ 12, -O3).
+// The plain form of each function is after the #else. A FloatPoint with five short texts is read in 24 ns instead of 47
+// and written in 13 ns instead of 20 (g++ 12, -O3).
 namespace gqdb {
 
 #ifndef GQLIB_PLAIN_FORMS
@@ -37,8 +37,8 @@ inline void copyText(const char* text, size_t size, char* to)
     }
 }
 
-// Makes `out` the `size` bytes at `buf` if `out` is empty and holds them without an allocation, and if `available` bytes
-// are enough to copy a fixed number. Returns false otherwise, with `out` unchanged.
+// Makes `out` the `size` bytes at `buf` if `out` is empty and holds them without an allocation, and if `available`
+// bytes are enough to copy a fixed number. Returns false otherwise, with `out` unchanged.
 // The string is constructed again from as many bytes as it holds and then cut, with erase(), which needs no call.
 inline bool takeShortText(const char* buf, size_t size, size_t available, std::string& out)
 {
