@@ -17,7 +17,7 @@
 // What the library's reader must return if there is no fault.
 static int expectedResult(const Form& form, const Decoded& decoded)
 {
-    if (form.answer != answersBytes)
+    if (form.onSuccess != returnsBytes)
         return 1;
     if (form.name == std::string("objectBlob"))
         return decoded.restOffset - 2;

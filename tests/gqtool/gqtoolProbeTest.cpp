@@ -426,16 +426,16 @@ TEST(GqtoolEndpoint, refusesWhatIsNoHostAndPort)
         const char* endpoint;
         const char* error;
     } cases[] = {
-        {"127.0.0.1", "'127.0.0.1' is not HOST:PORT"},
-        {":5000", "':5000' is not HOST:PORT"},
-        {"", "'' is not HOST:PORT"},
-        {"127.0.0.1:70000", "'127.0.0.1:70000': PORT must be a number from 1 to 65535"},
-        {"127.0.0.1:0", "'127.0.0.1:0': PORT must be a number from 1 to 65535"},
-        {"localhost:-1", "'localhost:-1': PORT must be a number from 1 to 65535"},
-        {"localhost:http", "'localhost:http': PORT must be a number from 1 to 65535"},
-        {"300.1.1.1:5000", "'300.1.1.1' is not a dotted IPv4 address, four numbers from 0 to 255"},
-        {"[::1]:5000", "'[::1]:5000' is not HOST:PORT: HOST must be a name or a dotted IPv4 address"},
-        {"http://host:5000", "'http://host:5000' is not HOST:PORT: HOST must be a name or a dotted IPv4 address"},
+        {"127.0.0.1", "HOST:PORT is required, got '127.0.0.1'"},
+        {":5000", "HOST:PORT is required, got ':5000'"},
+        {"", "HOST:PORT is required, got ''"},
+        {"127.0.0.1:70000", "PORT must be an integer from 1 to 65535, got '70000'"},
+        {"127.0.0.1:0", "PORT must be an integer from 1 to 65535, got '0'"},
+        {"localhost:-1", "PORT must be an integer from 1 to 65535, got '-1'"},
+        {"localhost:http", "PORT must be an integer from 1 to 65535, got 'http'"},
+        {"300.1.1.1:5000", "HOST must be a name or four numbers from 0 to 255, got '300.1.1.1'"},
+        {"[::1]:5000", "HOST must be a name or a dotted IPv4 address, got '[::1]'"},
+        {"http://host:5000", "HOST must be a name or a dotted IPv4 address, got 'http://host'"},
     };
     for (const auto& example : cases) {
         for (const QStringList& command : {QStringList{"probe", example.endpoint},

@@ -30,7 +30,7 @@ QString addressError(const QString& text)
     in_addr address;
     if (readAddress(text, address))
         return {};
-    return QString("'%1' is not a dotted IPv4 address, four numbers from 0 to 255").arg(text);
+    return QString("ADDRESS must be dotted IPv4, four numbers from 0 to 255, got '%1'").arg(text);
 }
 
 QString readEndpoint(const QString& text, Endpoint& endpoint)
@@ -39,14 +39,14 @@ QString readEndpoint(const QString& text, Endpoint& endpoint)
     static const QRegularExpression notInNames("[\\s:/\\[\\]]");
     const int colon = text.lastIndexOf(':');
     if (colon < 1)
-        return QString("'%1' is not HOST:PORT").arg(text);
+        return QString("HOST:PORT is required, got '%1'").arg(text);
     endpoint.host = text.left(colon);
     if (endpoint.host.contains(notInNames))
-        return QString("'%1' is not HOST:PORT: HOST must be a name or a dotted IPv4 address").arg(text);
+        return QString("HOST must be a name or a dotted IPv4 address, got '%1'").arg(endpoint.host);
     if (endpoint.host.contains(digitsAndDots) && !addressError(endpoint.host).isEmpty())
-        return addressError(endpoint.host);
+        return QString("HOST must be a name or four numbers from 0 to 255, got '%1'").arg(endpoint.host);
     if (!readInt(text.mid(colon + 1), 1, 65535, endpoint.port))
-        return QString("'%1': PORT must be a number from 1 to 65535").arg(text);
+        return QString("PORT must be an integer from 1 to 65535, got '%1'").arg(text.mid(colon + 1));
     return {};
 }
 

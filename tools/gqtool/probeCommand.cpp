@@ -53,43 +53,44 @@ int runProbe(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Finds out why a server does not answer. It goes through the stages of a link, prints each with its time, and\n"
-        "ends with one cause and what to do about it:\n\n"
+        "Finds out why a server does not answer. It tries the stages of a link, prints each with its time, and then "
+        "the\n"
+        "cause and what to do about it:\n\n"
         "  resolve      look the host name up\n"
         "  connect      make the connection\n"
         "  greeting     receive the server's greeting (not with --udp)\n"
         "  systemState  request the server's state\n"
         "  systemTime   request its clock\n\n"
         "It stops at the first stage that fails. The causes are healthy, unresolved, refused, unreachable,\n"
-        "connect-timeout, silent, closed, foreign, bad-frame, not-greeted, error-frame and no-reply. Only healthy "
-        "gives\n"
-        "the exit code 0. If no greeting comes it sends one systemState request, to which servers of other protocols\n"
-        "react.");
-    const QCommandLineOption timeout("timeout", "Longest time of each stage; a silent greeting takes it twice (3000).",
-                                     "MS", "3000");
-    const QCommandLineOption udp("udp", "Ask by datagrams.");
-    const QCommandLineOption greetingOnly("greeting-only", "Stop after the greeting.");
-    const QCommandLineOption json("json", "Print one JSON object.");
+        "connect-timeout, silent, closed, foreign, bad-frame, not-greeted, error-frame and no-reply. The exit code is "
+        "0\n"
+        "only for healthy. If no greeting arrives, it sends one systemState request, to which servers of other\n"
+        "protocols react.");
+    const QCommandLineOption timeout(
+        "timeout", "wait up to MS for each stage, twice for a missing greeting (default: 3000)", "MS", "3000");
+    const QCommandLineOption udp("udp", "send datagrams");
+    const QCommandLineOption greetingOnly("greeting-only", "stop after the greeting");
+    const QCommandLineOption json("json", "print a JSON object");
     parser.addOptions({timeout, udp, greetingOnly, json});
-    parser.addPositionalArgument("HOST:PORT", "The server, as name or dotted IPv4 address and port.");
+    parser.addPositionalArgument("HOST:PORT", "The server: a name or a dotted IPv4 address, and a port.");
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
 
     const QStringList words = parser.positionalArguments();
     if (words.size() != 1)
-        return usageError("probe takes HOST:PORT");
+        return usageError("one HOST:PORT is required");
     Endpoint endpoint;
     const QString error = readEndpoint(words[0], endpoint);
     if (!error.isEmpty())
         return usageError(error);
     ProbeOptions options;
     if (!readInt(parser.value(timeout), 1, INT_MAX, options.timeoutMs))
-        return usageError(QString("--timeout must be a number of milliseconds from 1 to %1").arg(INT_MAX));
+        return usageError(QString("--timeout must be at least 1 ms, got '%1'").arg(parser.value(timeout)));
     options.isUdp = parser.isSet(udp);
     options.greetingOnly = parser.isSet(greetingOnly);
     if (options.isUdp && options.greetingOnly)
-        return usageError("--greeting-only needs TCP: there is no greeting over UDP");
+        return usageError("--greeting-only and --udp exclude each other: there is no greeting over UDP");
 
     QJsonArray stages;
     const bool printsJson = parser.isSet(json);

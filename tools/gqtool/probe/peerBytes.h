@@ -4,7 +4,7 @@
 
 #include <QByteArray>
 
-// What the bytes that came from a peer tell about the link.
+// What the bytes of a peer reveal about the link.
 struct ByteVerdict {
     LinkCause cause = LinkCause::healthy; // without any bytes `silent` or `noReply`
     bool isFinal = false;                 // no further bytes can change it

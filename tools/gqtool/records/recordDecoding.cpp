@@ -136,11 +136,11 @@ public:
     {
         if (isStopped)
             return false;
-        if (answerOffset != 0) {
+        if (resultOffset != 0) {
             fault(QString(
                       "the library's list reader continues at byte %1, because the previous text4 is not 2 bytes long")
-                      .arg(pos + answerOffset));
-            answerOffset = 0;
+                      .arg(pos + resultOffset));
+            resultOffset = 0;
         }
         paths.append(path);
         path += QString("[%1]").arg(index);
@@ -149,12 +149,12 @@ public:
     void endItem() override { path = paths.takeLast(); }
     void endList() override { end(']'); }
 
-    void wantsInAll(int size) override { wants(recordStart + size); }
-    void wantsBehind(int size) override { wants(pos + size); }
-    void answerIsOffBy(int size) override { answerOffset = size; }
+    void readerNeeds(int size) override { expectInAll(recordStart + size); }
+    void readerNeedsAfter(int size) override { expectInAll(pos + size); }
+    void resultIsOffBy(int size) override { resultOffset = size; }
 
     // The library's reader needs that many bytes in all.
-    void wants(int size)
+    void expectInAll(int size)
     {
         if (!isStopped && size > data.size())
             result.faults.push_back(
@@ -164,7 +164,7 @@ public:
     }
 
     int pos = 0;
-    int answerOffset = 0;
+    int resultOffset = 0;
     bool isRisky = false; // the library's reader would allocate as much as a count or length says
     JsonBuilder json;
 
@@ -339,7 +339,7 @@ static QString meaningOf(const Form& form, int result)
         if (failure.result == result)
             return failure.meaning;
     }
-    return form.answer == answersBytes ? QString("good, %1 bytes").arg(result) : QString("good");
+    return form.onSuccess == returnsBytes ? QString("good, %1 bytes").arg(result) : QString("good");
 }
 
 static void callReader(const Form& form, const QByteArray& bytes, bool isRisky, Decoded& decoded)
@@ -361,7 +361,7 @@ Decoded decode(const Form& form, const QByteArray& bytes)
     RecordDecoder decoder(bytes, decoded);
     decoded.content = form.make();
     decoded.content->walk(decoder);
-    decoder.wants(form.leastBytes);
+    decoder.expectInAll(form.leastBytes);
     decoded.value = decoder.json.text;
     decoded.rest = bytes.mid(decoder.pos);
     decoded.restOffset = decoder.pos;

@@ -31,21 +31,21 @@ static void walkWritten(Fields& f, Record& record)
 static void walk(Fields& f, gqdb::IntPoint& point)
 {
     walk<gqdb::IntPoint>(f, point);
-    f.wantsInAll(81);
+    f.readerNeeds(81);
 }
 
 static void walk(Fields& f, gqdb::OneSecQuery& query)
 {
     walk<gqdb::OneSecQuery>(f, query);
-    f.wantsBehind(1);
+    f.readerNeedsAfter(1);
 }
 
 static void walk(Fields& f, gqdb::CommItem& item)
 {
     walk<gqdb::CommItem>(f, item);
-    f.wantsInAll(25);
-    f.wantsBehind(f.wireSize("text3") - 2);
-    f.answerIsOffBy(f.wireSize("text4") - 4);
+    f.readerNeeds(25);
+    f.readerNeedsAfter(f.wireSize("text3") - 2);
+    f.resultIsOffBy(f.wireSize("text4") - 4);
 }
 
 // --- Variants, properties, objects --------------------------------------------------------------------------------
@@ -54,22 +54,22 @@ static void walkVariant(Fields& f, gqdb::Variant& value, bool isBlob)
 {
     f.field("kind", value.kind);
     switch (value.kind) {
-    case 0:
+    case kindInt:
         f.field("intValue", value.intValue);
         break;
-    case 5:
+    case kindFloat:
         f.field("floatValue", value.floatValue);
         break;
-    case 6:
+    case kindDouble:
         f.field("doubleValue", value.doubleValue);
         break;
-    case 10:
+    case kindText:
         if (isBlob)
             f.slot("textValue", value.textValue);
         else
             f.lostText("textValue", value.textValue);
         break;
-    case 11:
+    case kindTime:
         f.field("intValue", reinterpret_cast<unsigned int&>(value.intValue)); // seconds, unsigned
         break;
     default:
@@ -151,7 +151,7 @@ static void walk(Fields& f, gqdb::ObjectData& object)
 static void walkBlob(Fields& f, gqdb::ObjectData& object)
 {
     walkObject(f, object, true);
-    f.answerIsOffBy(-2);
+    f.resultIsOffBy(-2);
 }
 
 // --- Waves --------------------------------------------------------------------------------------------------------
@@ -314,14 +314,12 @@ using Failures = std::vector<ResultMeaning>;
 static const Failures definitionFailures = {{0, "too short, or a text is not whole"}};
 static const Failures definitionListFailures = {{-2, "no count"}, {-3, "an item failed, and the list is empty again"}};
 static const Failures valueFailures = {{-5, "too short"}};
-static const Failures valueListFailures = {{-5, "below the bytes that a list must have, or that its count wants"}};
+static const Failures valueListFailures = {{-5, "fewer bytes than a list must have or than its count needs"}};
 static const Failures blobValueFailures = {{-5, "too short, or the bytes are not whole"}};
-static const Failures blobValueListFailures = {{-5, "no count, or below the bytes that it wants"},
-                                               {-3, "an item failed"}};
-static const Failures blobSamplesFailures = {{-1, "below 18 bytes, or an item is not whole"}};
+static const Failures blobValueListFailures = {{-5, "no count, or fewer bytes than it needs"}, {-3, "an item failed"}};
+static const Failures blobSamplesFailures = {{-1, "fewer than 18 bytes, or an item is not whole"}};
 static const Failures hisQueryFailures = {{-2, "too short"}};
-static const Failures oneSecQueryFailures = {{-2, "too short"},
-                                             {0, "the text is not whole, or no byte stands behind it"}};
+static const Failures oneSecQueryFailures = {{-2, "too short"}, {0, "the text is not whole, or no byte follows it"}};
 static const Failures variantFailures = {{-2, "no bytes"}, {-1, "the value is not whole"}};
 static const Failures propertyFailures = {{-2, "too short"}, {-3, "a text is not whole"}, {-4, "the value failed"}};
 static const Failures objectFailures = {{-2, "too short"}, {-3, "a text is not whole"}, {-4, "a property failed"}};
@@ -337,138 +335,138 @@ const std::vector<Form>& recordForms()
     using Fep = CByte2Fep;
     static const std::vector<Form> forms = {
         {"pointInfo", "a point, short form", OneRecord<PointInfo, walk, Rdb::byte2PointInfo, Rdb::pointInfo2Byte>::make,
-         &definitionFailures, answersBytes},
+         &definitionFailures, returnsBytes},
         {"pointInfos", "a list of it", RecordList<PointInfo, walk, Rdb::byte2PointInfos, Rdb::pointInfos2Byte>::make,
-         &definitionListFailures, answersOne},
+         &definitionListFailures, returnsOne},
         {"floatPoint", "a point with a floating-point value",
          OneRecord<FloatPoint, walk, Rdb::byte2FloatPoint, Rdb::floatPoint2Byte>::make, &definitionFailures,
-         answersBytes},
+         returnsBytes},
         {"floatPoints", "a list of it",
          RecordList<FloatPoint, walk, Rdb::byte2FloatPoints, Rdb::floatPoints2Byte>::make, &definitionListFailures,
-         answersOne},
+         returnsOne},
         {"intPoint", "a point with an integer value, as the library reads it",
-         OneRecord<IntPoint, walk, Rdb::byte2IntPoint, writeReadForm>::make, &definitionFailures, answersBytes},
+         OneRecord<IntPoint, walk, Rdb::byte2IntPoint, writeReadForm>::make, &definitionFailures, returnsBytes},
         {"intPoints", "a list of it", RecordList<IntPoint, walk, Rdb::byte2IntPoints, writeReadable>::make,
-         &definitionListFailures, answersOne},
+         &definitionListFailures, returnsOne},
         {"intPointWritten", "the same as the library writes it, with switch0",
-         OneRecord<IntPoint, walkWritten, noReader, Rdb::intPoint2Byte>::make, nullptr, answersBytes},
+         OneRecord<IntPoint, walkWritten, noReader, Rdb::intPoint2Byte>::make, nullptr, returnsBytes},
         {"intPointsWritten", "a list of it", RecordList<IntPoint, walkWritten, noReader, Rdb::intPoints2Byte>::make,
-         nullptr, answersOne},
+         nullptr, returnsOne},
         {"boolPoint", "a two-state point", OneRecord<BoolPoint, walk, Rdb::byte2BoolPoint, Rdb::boolPoint2Byte>::make,
-         &definitionFailures, answersBytes},
+         &definitionFailures, returnsBytes},
         {"boolPoints", "a list of it", RecordList<BoolPoint, walk, Rdb::byte2BoolPoints, Rdb::boolPoints2Byte>::make,
-         &definitionListFailures, answersOne},
+         &definitionListFailures, returnsOne},
         {"blobPoint", "a point whose value is a blob",
-         OneRecord<BlobPoint, walk, Rdb::byte2BlobPoint, Rdb::blobPoint2Byte>::make, &definitionFailures, answersBytes},
+         OneRecord<BlobPoint, walk, Rdb::byte2BlobPoint, Rdb::blobPoint2Byte>::make, &definitionFailures, returnsBytes},
         {"blobPoints", "a list of it", RecordList<BlobPoint, walk, Rdb::byte2BlobPoints, Rdb::blobPoints2Byte>::make,
-         &definitionListFailures, answersOne},
+         &definitionListFailures, returnsOne},
         {"floatRealData", "a float of a point",
          OneRecord<FloatRealData, walk, Rdb::byte2FloatRealData, Rdb::floatRealData2Byte>::make, &valueFailures,
-         answersBytes},
+         returnsBytes},
         {"floatRealDatas", "a list of it",
          RecordList<FloatRealData, walk, Rdb::byte2FloatRealDatas, Rdb::floatRealDatas2Byte>::make, &valueListFailures,
-         answersOne, 22},
+         returnsOne, 22},
         {"floatData", "the same without the point",
-         OneRecord<FloatData, walk, Rdb::byte2FloatData, Rdb::floatData2Byte>::make, &valueFailures, answersBytes},
+         OneRecord<FloatData, walk, Rdb::byte2FloatData, Rdb::floatData2Byte>::make, &valueFailures, returnsBytes},
         {"floatDatas", "a list of it", RecordList<FloatData, walk, Rdb::byte2FloatDatas, Rdb::floatDatas2Byte>::make,
-         &valueListFailures, answersOne, 18},
+         &valueListFailures, returnsOne, 18},
         {"intRealData", "an integer of a point",
          OneRecord<IntRealData, walk, Rdb::byte2IntRealData, Rdb::intRealData2Byte>::make, &valueFailures,
-         answersBytes},
+         returnsBytes},
         {"intRealDatas", "a list of it",
          RecordList<IntRealData, walk, Rdb::byte2IntRealDatas, Rdb::intRealDatas2Byte>::make, &valueListFailures,
-         answersOne, 22},
+         returnsOne, 22},
         {"intData", "the same without the point", OneRecord<IntData, walk, Rdb::byte2IntData, Rdb::intData2Byte>::make,
-         &valueFailures, answersBytes},
+         &valueFailures, returnsBytes},
         {"intDatas", "a list of it", RecordList<IntData, walk, Rdb::byte2IntDatas, Rdb::intDatas2Byte>::make,
-         &valueListFailures, answersOne, 18},
+         &valueListFailures, returnsOne, 18},
         {"boolRealData", "a bool of a point",
          OneRecord<BoolRealData, walk, Rdb::byte2BoolRealData, Rdb::boolRealData2Byte>::make, &valueFailures,
-         answersBytes},
+         returnsBytes},
         {"boolRealDatas", "a list of it",
          RecordList<BoolRealData, walk, Rdb::byte2BoolRealDatas, Rdb::boolRealDatas2Byte>::make, &valueListFailures,
-         answersOne, 18},
+         returnsOne, 18},
         {"boolData", "the same without the point",
-         OneRecord<BoolData, walk, Rdb::byte2BoolData, Rdb::boolData2Byte>::make, &valueFailures, answersBytes},
+         OneRecord<BoolData, walk, Rdb::byte2BoolData, Rdb::boolData2Byte>::make, &valueFailures, returnsBytes},
         {"boolDatas", "a list of it", RecordList<BoolData, walk, Rdb::byte2BoolDatas, Rdb::boolDatas2Byte>::make,
-         &valueListFailures, answersOne, 18},
+         &valueListFailures, returnsOne, 18},
         {"pointRealData", "a value of any numeric point",
          OneRecord<PointRealData, walk, Rdb::byte2PointRealData, Rdb::pointRealData2Byte>::make, &valueFailures,
-         answersBytes},
+         returnsBytes},
         {"pointRealDatas", "a list of it",
          RecordList<PointRealData, walk, Rdb::byte2PointRealDatas, Rdb::pointRealDatas2Byte>::make, &valueListFailures,
-         answersOne},
+         returnsOne},
         {"blobDataInfo", "a blob of a point without its bytes",
          OneRecord<BlobDataInfo, walk, Rdb::byte2BlobDataInfo, Rdb::blobDataInfo2Byte>::make, &valueFailures,
-         answersBytes},
+         returnsBytes},
         {"blobDataInfos", "a list of it",
          RecordList<BlobDataInfo, walk, Rdb::byte2BlobDataInfos, Rdb::blobDataInfos2Byte>::make, &valueListFailures,
-         answersOne},
+         returnsOne},
         {"blobRealData", "a blob of a point",
          OneRecord<BlobRealData, walk, Rdb::byte2BlobRealData, Rdb::blobRealData2Byte>::make, &blobValueFailures,
-         answersBytes},
+         returnsBytes},
         {"blobRealDatas", "a list of it",
          RecordList<BlobRealData, walk, Rdb::byte2BlobRealDatas, Rdb::blobRealDatas2Byte>::make, &blobValueListFailures,
-         answersOne},
+         returnsOne},
         {"blobDatas", "a list of blobs without the point",
-         RecordList<BlobData, walk, Rdb::blob2List, writeReadForms>::make, &blobSamplesFailures, answersBytes, 18},
+         RecordList<BlobData, walk, Rdb::blob2List, writeReadForms>::make, &blobSamplesFailures, returnsBytes, 18},
         {"hisQuery", "a query", OneRecord<HisQuery, walk, Rdb::byte2HisQuery, writeReadForm>::make, &hisQueryFailures,
-         answersOne},
+         returnsOne},
         {"oneSecQuery", "a query with a text",
          OneRecord<OneSecQuery, walk, Rdb::byte2OneSecQuery, Rdb::oneSecQuery2Byte>::make, &oneSecQueryFailures,
-         answersBytes},
+         returnsBytes},
         {"eventInfo", "an event", OneRecord<EventInfo, walk, Rdb::byte2EventInfo, Rdb::eventInfo2Byte>::make,
-         &definitionFailures, answersBytes},
+         &definitionFailures, returnsBytes},
         {"eventInfos", "a list of it", RecordList<EventInfo, walk, Rdb::byte2EventInfos, Rdb::eventInfos2Byte>::make,
-         &definitionListFailures, answersOne},
+         &definitionListFailures, returnsOne},
         {"eventState", "the state of an event",
          OneRecord<EventState, walk, Rdb::byte2EventState, Rdb::eventState2Byte>::make, &definitionFailures,
-         answersBytes},
+         returnsBytes},
         {"eventStates", "a list of it",
          RecordList<EventState, walk, Rdb::byte2EventStates, Rdb::eventStates2Byte>::make, &definitionListFailures,
-         answersOne},
+         returnsOne},
         {"variant", "a tagged value, byte form", OneRecord<Variant, walk, Rdb::byte2Variant, Rdb::variant2Byte>::make,
-         &variantFailures, answersBytes},
+         &variantFailures, returnsBytes},
         {"variantBlob", "the same, blob form", OneRecord<Variant, walkBlob, Rdb::blob2Variant, Rdb::variant2Blob>::make,
-         &variantFailures, answersBytes},
+         &variantFailures, returnsBytes},
         {"property", "a property of an object, byte form",
-         OneRecord<PropertyData, walk, Rdb::byte2Property, Rdb::property2Byte>::make, &propertyFailures, answersBytes},
+         OneRecord<PropertyData, walk, Rdb::byte2Property, Rdb::property2Byte>::make, &propertyFailures, returnsBytes},
         {"propertyBlob", "the same, blob form",
          OneRecord<PropertyData, walkBlob, Rdb::blob2Property, Rdb::property2Blob>::make, &propertyFailures,
-         answersBytes},
+         returnsBytes},
         {"object", "an object with its properties, byte form",
-         OneRecord<ObjectData, walk, Rdb::byte2Object, Rdb::object2Byte>::make, &objectFailures, answersBytes},
+         OneRecord<ObjectData, walk, Rdb::byte2Object, Rdb::object2Byte>::make, &objectFailures, returnsBytes},
         {"objectBlob", "the same, blob form", OneRecord<ObjectData, walkBlob, Rdb::blob2Object, Rdb::object2Blob>::make,
-         &objectBlobFailures, answersBytes},
+         &objectBlobFailures, returnsBytes},
         {"nodeHead", "the head of a node", OneRecord<NodeHead, walk, Fep::byte2NodeHead, Fep::nodeHead2Byte>::make,
-         &frontEndFailures, answersBytes},
+         &frontEndFailures, returnsBytes},
         {"nodeHeads", "a list of it", RecordList<NodeHead, walk, Fep::byte2NodeHeads, Fep::nodeHeads2Byte>::make,
-         &frontEndListFailures, answersOne},
+         &frontEndListFailures, returnsOne},
         {"commItem", "a communication entry", OneRecord<CommItem, walk, Fep::byte2CommItem, Fep::commItem2Byte>::make,
-         &frontEndFailures, answersBytes},
+         &frontEndFailures, returnsBytes},
         {"commItems", "a list of it", RecordList<CommItem, walk, Fep::byte2CommItems, Fep::commItems2Byte>::make,
-         &frontEndListFailures, answersOne},
+         &frontEndListFailures, returnsOne},
         {"ycItem", "a measurement with a floating-point value",
-         OneRecord<YcItem, walk, Fep::byte2YcItem, Fep::ycItem2Byte>::make, &frontEndFailures, answersBytes},
+         OneRecord<YcItem, walk, Fep::byte2YcItem, Fep::ycItem2Byte>::make, &frontEndFailures, returnsBytes},
         {"ycItems", "a list of it", RecordList<YcItem, walk, Fep::byte2YcItems, Fep::ycItems2Byte>::make,
-         &frontEndListFailures, answersOne},
+         &frontEndListFailures, returnsOne},
         {"yxItem", "a signal of a few states", OneRecord<YxItem, walk, Fep::byte2YxItem, Fep::yxItem2Byte>::make,
-         &frontEndFailures, answersBytes},
+         &frontEndFailures, returnsBytes},
         {"yxItems", "a list of it", RecordList<YxItem, walk, Fep::byte2YxItems, Fep::yxItems2Byte>::make,
-         &frontEndListFailures, answersOne},
+         &frontEndListFailures, returnsOne},
         {"ydItem", "an item without a reading of its own",
-         OneRecord<YdItem, walk, Fep::byte2YdItem, Fep::ydItem2Byte>::make, &frontEndFailures, answersBytes},
+         OneRecord<YdItem, walk, Fep::byte2YdItem, Fep::ydItem2Byte>::make, &frontEndFailures, returnsBytes},
         {"ydItems", "a list of it", RecordList<YdItem, walk, Fep::byte2YdItems, Fep::ydItems2Byte>::make,
-         &frontEndListFailures, answersOne},
+         &frontEndListFailures, returnsOne},
         {"ybItem", "a signal with an integer value, as the library reads it",
-         OneRecord<YbItem, walk, Fep::byte2YbItem, writeReadForm>::make, &frontEndFailures, answersBytes},
+         OneRecord<YbItem, walk, Fep::byte2YbItem, writeReadForm>::make, &frontEndFailures, returnsBytes},
         {"ybItems", "a list of it", RecordList<YbItem, walk, Fep::byte2YbItems, writeReadable>::make,
-         &frontEndListFailures, answersOne},
+         &frontEndListFailures, returnsOne},
         {"ybItemWritten", "the same as the library writes it, with flag1",
-         OneRecord<YbItem, walkWritten, noReader, Fep::ybItem2Byte>::make, nullptr, answersBytes},
+         OneRecord<YbItem, walkWritten, noReader, Fep::ybItem2Byte>::make, nullptr, returnsBytes},
         {"ybItemsWritten", "a list of it", RecordList<YbItem, walkWritten, noReader, Fep::ybItems2Byte>::make, nullptr,
-         answersOne},
-        {"wave", "a stored wave", makeWave, &waveFailures, answersOne},
+         returnsOne},
+        {"wave", "a stored wave", makeWave, &waveFailures, returnsOne},
     };
     return forms;
 }

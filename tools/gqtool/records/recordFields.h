@@ -27,8 +27,7 @@ struct StoredWave {
     bool isCompressed() const { return (head.waveFlags & compressedSamples) != 0; }
 };
 
-// A walk through the fields of a record or list. What it does with each field is its own: take it off bytes or JSON,
-// print it.
+// Visits the fields of a record or list. Derived classes read them from bytes or JSON, or print them.
 class Fields : public gqdb::CFieldListener {
 public:
     Fields() = default;
@@ -36,7 +35,7 @@ public:
     Fields(const Fields&) = delete;
     Fields& operator=(const Fields&) = delete;
 
-    // --- A field each. In an item of a list that is no record, it has no name: null ---
+    // --- Fields. An item of a list that is no record has no name: null ---
 
     using CFieldListener::field;
     void field(const char* name, char& value) { field(name, reinterpret_cast<unsigned char&>(value)); }
@@ -50,7 +49,7 @@ public:
     virtual void skip() = 0;                                                  // a byte that is no field
     virtual void samples(StoredWave& wave) = 0;                               // marks and samples of a wave
 
-    // A text that the library's reader does not give back as it was: comparisons leave it out.
+    // A text that the library's reader does not return unchanged. Comparisons leave it out.
     virtual void lostText(const char* name, std::string& text) { field(name, text); }
     virtual void lostSlot(const char* name, std::string& text) { slot(name, text); }
 
@@ -59,7 +58,8 @@ public:
     virtual void beginRecord(const char* name) = 0;
     virtual void endRecord() = 0;
 
-    // A list behind a count of `countBytes`; with 0 bytes it has just `size` items. The number of items to walk.
+    // Begins a list after a count of `countBytes` bytes; with 0 bytes it has exactly `size` items. Returns the number of
+    // items to visit.
     virtual unsigned int beginList(const char* name, int countBytes, size_t size) = 0;
     virtual bool beginItem(unsigned int index) = 0; // false to end the list
     virtual void endItem() = 0;
@@ -68,11 +68,11 @@ public:
     void array(const char* name, int* first, int count) override { walkArray(name, first, count); }
     void array(const char* name, float* first, int count) override { walkArray(name, first, count); }
 
-    // --- Odd habits of the library's readers, told behind the last field of a record ---
+    // --- Deliberate oddities of the library's readers, reported after the last field of a record ---
 
-    virtual void wantsInAll(int) {}    // so many bytes from the record's first byte on
-    virtual void wantsBehind(int) {}   // so many bytes behind the record
-    virtual void answerIsOffBy(int) {} // the reader's answer is the bytes consumed and so many more
+    virtual void readerNeeds(int) {}      // at least that many bytes from the record's first byte on
+    virtual void readerNeedsAfter(int) {} // at least that many bytes after the record
+    virtual void resultIsOffBy(int) {}    // the reader's result minus the number of bytes consumed
 
 private:
     template <typename Value>
@@ -92,8 +92,8 @@ class Content {
 public:
     virtual ~Content() = default;
     virtual void walk(Fields& fields) = 0;
-    virtual int read(const QByteArray& bytes) = 0;  // by the library's reader; its result
-    virtual bool write(QByteArray& data) const = 0; // by its writer; false if that failed
+    virtual int read(const QByteArray& bytes) = 0;  // by the library's reader; returns its result
+    virtual bool write(QByteArray& data) const = 0; // by its writer; returns false on failure
 };
 
 struct ResultMeaning {
@@ -101,20 +101,20 @@ struct ResultMeaning {
     const char* meaning;
 };
 
-// What the library's reader answers on success.
-enum Answer {
-    answersOne,
-    answersBytes, // consumed
+// What the library's reader returns on success.
+enum ReaderResult {
+    returnsOne,
+    returnsBytes, // consumed
 };
 
 // A form of bytes: what --as takes.
 struct Form {
     const char* name;
-    const char* content; // in words
+    const char* content; // description
     std::unique_ptr<Content> (*make)();
     const std::vector<ResultMeaning>* failures; // of the library's reader; null if it has none for this form
-    Answer answer;
-    int leastBytes = 0; // that the reader takes, where a list may have fewer
+    ReaderResult onSuccess;
+    int leastBytes = 0; // that the reader needs, although a list may have fewer
 };
 
 const std::vector<Form>& recordForms();
