@@ -3,7 +3,6 @@
 #include "byteOrder.h"
 #include "samples.h"
 
-#include <algorithm>
 #include <zlib.h>
 
 namespace gqdb {
@@ -41,36 +40,6 @@ static int storeWave(BlobWaveHead& head, const std::vector<int>& marks, const un
     return 1;
 }
 
-// Samples are converted to steps of 16 bits and back in blocks that fit into the cache.
-static const size_t blockSamples = 4096;
-
-static void packQuantised(const std::vector<float>& samples, const BlobWaveHead& head, char* raw)
-{
-    int steps[blockSamples];
-    for (size_t first = 0; first < samples.size(); first += blockSamples) {
-        const size_t count = std::min(blockSamples, samples.size() - first);
-        quantise(samples.data() + first, count, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow),
-                 steps);
-        for (size_t i = 0; i < count; ++i)
-            store16(static_cast<unsigned int>(steps[i]), raw + 2 * (first + i));
-    }
-}
-
-static void unpackQuantised(const char* raw, size_t sampleCount, const BlobWaveHead& head, std::vector<float>& samples)
-{
-    if (sampleCount == 0)
-        return;
-    samples.resize(sampleCount);
-    int steps[blockSamples];
-    for (size_t first = 0; first < sampleCount; first += blockSamples) {
-        const size_t count = std::min(blockSamples, sampleCount - first);
-        for (size_t i = 0; i < count; ++i)
-            steps[i] = static_cast<int>(load16(raw + 2 * (first + i)));
-        unquantise(steps, count, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow),
-                   samples.data() + first);
-    }
-}
-
 int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<float>& samples, const std::vector<int>& marks,
                          unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
 {
@@ -79,7 +48,8 @@ int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<float>& samples, 
     head.sampleCount = static_cast<unsigned int>(samples.size());
     calcLimit(samples, head.limitHigh, head.limitLow);
     if (head.waveFlags & quantisedSamples) {
-        packQuantised(samples, head, raw);
+        quantiseToBytes(samples.data(), samples.size(), static_cast<float>(head.limitHigh),
+                        static_cast<float>(head.limitLow), raw);
         length = 2 * samples.size();
     } else {
         floats2Buffer(samples, raw);
@@ -127,15 +97,19 @@ int CByte2Rdb::byte2Wave(const std::vector<unsigned char>& stored, unsigned char
         payload = reinterpret_cast<const char*>(workBuffer);
         length = static_cast<int>(unpacked);
     }
-    if (head.waveFlags & rawSamples) {
-        std::vector<int> values;
-        buffer2Shorts(payload, length / 2, values);
-        ad2float(values, head.limitHigh, head.limitLow, samples);
-    } else if (head.waveFlags & quantisedSamples) {
-        unpackQuantised(payload, static_cast<size_t>(length / 2), head, samples);
-    } else {
+    if ((head.waveFlags & (rawSamples | quantisedSamples)) == 0) {
         buffer2Floats(payload, length / 4, samples);
+        return 1;
     }
+    const size_t count = static_cast<size_t>(length / 2);
+    if (count == 0)
+        return 1; // `samples` stays as it was
+    samples.resize(count);
+    if (head.waveFlags & rawSamples)
+        scaleBytes(payload, count, head.limitHigh, head.limitLow, samples.data());
+    else
+        unquantiseBytes(payload, count, static_cast<float>(head.limitHigh), static_cast<float>(head.limitLow),
+                        samples.data());
     return 1;
 }
 

@@ -222,10 +222,7 @@ void CByte2Val::ad2float(const std::vector<int>& raw, double scale, double offse
     if (raw.empty())
         return;
     out.resize(raw.size());
-    for (size_t i = 0; i < raw.size(); ++i) {
-        const float scaled = static_cast<float>(raw[i] * scale); // rounded here too: it decides the last bit
-        out[i] = static_cast<float>(scaled + offset);
-    }
+    scaleRaw(raw.data(), raw.size(), scale, offset, out.data());
 }
 
 } // namespace gqdb

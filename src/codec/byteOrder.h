@@ -14,9 +14,11 @@ inline unsigned int load8(const char* buf)
     return static_cast<unsigned char>(*buf);
 }
 
+// Through Qt, because clang 14 makes no vectors of loops over bytes that are shifted together: waves take 1.5 times as
+// long to unpack.
 inline unsigned int load16(const char* buf)
 {
-    return load8(buf) | load8(buf + 1) << 8;
+    return qFromLittleEndian<quint16>(buf);
 }
 
 inline unsigned int load32(const char* buf)
