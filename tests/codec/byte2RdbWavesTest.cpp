@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <type_traits>
 
@@ -961,4 +962,32 @@ TEST(Waves, ofFloatsAreReadAsRawValuesIfBit0IsSet)
 {
     BlobWaveHead head = headWith(rawBit);
     EXPECT_EQ(Unpacked(pack(head, Floats{1})).samples, (Floats{1, 16257})); // 0 and 3f80, with scale and offset 1
+}
+
+static Floats quantisedAndBack(const Floats& samples)
+{
+    BlobWaveHead head = headWith(quantisedBit);
+    return Unpacked(pack(head, samples)).samples;
+}
+
+TEST(Waves, readInfiniteSamplesAndTooLargeARangeBackAsNan)
+{
+    const float infinity = std::numeric_limits<float>::infinity();
+    for (const Floats& samples : {Floats{infinity, infinity}, Floats{1, infinity, 2}, Floats{-3e38F, 0, 3e38F}}) {
+        for (const float sample : quantisedAndBack(samples))
+            EXPECT_TRUE(std::isnan(sample));
+    }
+}
+
+TEST(Waves, readANanBackAsTheSmallestSampleUnlessItIsTheFirst)
+{
+    EXPECT_EQ(quantisedAndBack(Floats{1, std::nanf(""), 2}), (Floats{1, 1, 2}));
+    for (const float sample : quantisedAndBack(Floats{std::nanf(""), 1, 2}))
+        EXPECT_TRUE(std::isnan(sample));
+}
+
+TEST(Waves, readNegativeZeroBackAsZero)
+{
+    for (const float sample : quantisedAndBack(Floats{-0.0F, -0.0F}))
+        EXPECT_FALSE(std::signbit(sample));
 }

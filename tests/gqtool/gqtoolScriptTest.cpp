@@ -140,6 +140,19 @@ TEST(GqtoolScript, makesAClientFailOnEachBadGreeting)
     EXPECT_EQ(station.call({"systemState"}).output, "1\n"); // a greeting in two parts is one
 }
 
+TEST(GqtoolScript, letsAClientConnectIfTheWholeGreetingArrivesInTime)
+{
+    ScriptedStation station("greeting 1 late 20\n"
+                            "greeting 2 split 9\n"
+                            "greeting 3 pieces 3\n"
+                            "greeting 4 together\n"
+                            "greeting 5 error 5\n" // a code above 1 counts as a greeting
+                            "greeting 6 close-after 17\n");
+    for (int greetings = 1; greetings <= 5; ++greetings)
+        EXPECT_EQ(station.callShortly({"systemState"}).output, "1\n") << greetings;
+    EXPECT_TRUE(station.callShortly({"systemState"}).errors.startsWith("gqtool: systemState failed with -1: ")); // sent
+}
+
 // --- Replies ------------------------------------------------------------------------------------------------------
 
 TEST(GqtoolScript, changesOnlyTheRepliesThatItNames)
