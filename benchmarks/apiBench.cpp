@@ -40,7 +40,7 @@ public:
 
     const QByteArray& taken() const { return recvFrame; }
 
-    // As the client does behind each reply: memory up to the size of one read is kept.
+    // As the client does after each reply: memory up to the size of one read is kept.
     void drop()
     {
         if (recvFrame.capacity() > rawBufferSize)

@@ -28,7 +28,7 @@ OneCore::~OneCore()
     sched_setaffinity(0, sizeof before, &before);
 }
 
-// A listener on a port that the system chooses, told in `port`.
+// Returns a listener on a free port, which is stored in `port`.
 static int listenOnLoopback(int& port)
 {
     const int listener = socket(AF_INET, SOCK_STREAM, 0);

@@ -22,7 +22,7 @@ private:
 // whatever it gets. Plain system calls, in a process of its own, so that its time is not the client's.
 class EchoPeer {
 public:
-    // Listens once constructed. The process inherits what is open then: construct every peer ahead of the clients.
+    // Listens once constructed. The process inherits open descriptors: construct every peer before the clients.
     explicit EchoPeer(const QByteArray& greeting);
     ~EchoPeer();
     EchoPeer(const EchoPeer&) = delete;

@@ -11,8 +11,8 @@
 
 int main(int argc, char** argv)
 {
-    // Ahead of what the user says, which thereby prevails. The sides of a job take turns in random order, and the
-    // least of many short runs is what a busy machine disturbs least.
+    // Defaults, before the user's arguments so that those override them. The sides of a job take turns in random order;
+    // the shortest of many short runs is least disturbed by a busy machine.
     char interleaving[] = "--benchmark_enable_random_interleaving=true";
     char repetitions[] = "--benchmark_repetitions=21";
     char minTime[] = "--benchmark_min_time=0.05";

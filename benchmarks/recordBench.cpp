@@ -65,7 +65,7 @@ static Side encodeSide(int count, int batch, int lists = 1)
         data.reserve(std::max(size, 200000));
         while (state.KeepRunningBatch(batch)) {
             for (int i = 0; i < lists; ++i) {
-                if (data.capacity() - data.size() < size) // small lists stand behind each other, as in a frame
+                if (data.capacity() - data.size() < size) // small lists follow each other, as in a frame
                     data.resize(0);
                 CByte2Rdb::floatRealDatas2Byte(list, data);
                 benchmark::ClobberMemory();

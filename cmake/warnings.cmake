@@ -1,9 +1,9 @@
-# The warnings of this project, for its own targets only.
+# Switches on the project's warnings for a target.
 function(gqlib_warnings target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wcast-qual
-        # Endpoints and clients have virtual operations and are destroyed through their own type, never a base.
+        # Destructors of endpoints and clients are not virtual; objects are destroyed through their own type, never a base.
         -Wno-non-virtual-dtor -Wno-delete-non-virtual-dtor
-        # clang's finer form of the latter: the clients delete their endpoint as just the type it was made as.
+        # clang's variant of the latter: the clients delete their endpoint through the type that they created.
         $<$<CXX_COMPILER_ID:Clang>:-Wno-delete-non-abstract-non-virtual-dtor>
         $<$<BOOL:${GQLIB_WERROR}>:-Werror>)
 endfunction()

@@ -17,7 +17,7 @@ static void checkRecord(const Layout& layout, const Reading& reading)
 static void checkList(const Layout& layout, const Reading& reading)
 {
     if (reading.result == tooMuch)
-        return require(countsTooMuch(layout, reading), "a count that fits fails to allocate");
+        return require(countsTooMuch(layout, reading), "a count that fits must not fail to allocate");
     const int used = listSize(layout, reading.buf, reading.size);
     requireResult(reading, used > 0 ? 1 : 0);
     if (used > 0 && hasPlainTextsInList(layout, reading.buf, reading.size))
@@ -131,7 +131,7 @@ static int commItemResult(const char* buf, int size)
     if (size < 25 || behindText3 == 0)
         return 0;
     const int text3 = behindText3 - recordSize({{4, textField, textField}}, buf, size);
-    const int wanted = text3 - 2; // bytes behind the record
+    const int wanted = text3 - 2; // bytes after the record
     const int used = recordSize(commItem, buf, size - wanted);
     if (used == 0)
         return 0;
@@ -165,12 +165,12 @@ static void readCommItems(Reading& reading)
 static void checkCommItems(const Layout& layout, const Reading& reading)
 {
     if (reading.result == tooMuch)
-        return require(countsTooMuch(layout, reading), "a count that fits fails to allocate");
+        return require(countsTooMuch(layout, reading), "a count that fits must not fail to allocate");
     if (reading.size < 4)
         return requireResult(reading, 0);
     int at = 4;
     bool isPlain = true;
-    QByteArray again(reading.buf, at); // each record where the results ahead of it lead
+    QByteArray again(reading.buf, at); // each record at the sum of the results before it
     for (unsigned int left = numberOf4(reading.buf); left > 0; --left) {
         const char* const record = reading.buf + at;
         const int more = at < reading.size ? commItemResult(record, reading.size - at) : 0;

@@ -15,7 +15,7 @@ static void checkRecord(const Layout& layout, const Reading& reading)
 static void checkList(const Layout& layout, const Reading& reading)
 {
     if (reading.result == tooMuch)
-        return require(countsTooMuch(layout, reading), "a count that fits fails to allocate");
+        return require(countsTooMuch(layout, reading), "a count that fits must not fail to allocate");
     if (reading.size < 4)
         return requireResult(reading, -2);
     const int used = listSize(layout, reading.buf, reading.size);
@@ -23,7 +23,7 @@ static void checkList(const Layout& layout, const Reading& reading)
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left == QByteArray(4, '\0'), "a failed list is not empty");
+        require(reading.left == QByteArray(4, '\0'), "a failed list must be empty");
 }
 
 static const Layout pointInfo = {{4, textField, 4, textField, 4}};

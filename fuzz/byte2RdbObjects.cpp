@@ -4,9 +4,9 @@
 using namespace gqdb;
 
 const int slotSize = 258; // of a text in the blob form
-const char notTheSame[] = "it is not the same when written again";
+const char notTheSame[] = "written again, the record must have the same bytes";
 
-// Bytes of the value behind a kind other than text.
+// Size of the value that follows a kind other than text.
 static int numberSize(char kind)
 {
     switch (kind) {
@@ -23,14 +23,14 @@ static int numberSize(char kind)
 
 // --- Byte form: texts come back empty or in part, sizes and numbers right ----------
 
-// What the reader takes for a text, written again: it looks for the length in the text's own first bytes.
+// The text as the reader takes it, written again: it reads the length from the text's own first bytes.
 static QByteArray misplacedText(const char* text, int size)
 {
     const int used = recordSize({{textField}}, text, size);
     return used > 0 ? QByteArray(text, used) : QByteArray(2, '\0');
 }
 
-// The field at `at`, behind which `at` moves.
+// Returns the field at `at` and moves `at` past it.
 static QByteArray misplacedField(const char* buf, int& at)
 {
     const int size = static_cast<int>(numberOf2(buf + at));
@@ -139,7 +139,7 @@ static bool isSlotGood(const char* buf, int size)
     return used > 0 && used <= slotSize;
 }
 
-// What stands behind the text of a slot does not count.
+// Bytes after the text in a slot are ignored.
 static void clearBehindText(QByteArray& bytes, int slot)
 {
     const int textSize = static_cast<int>(numberOf2(bytes.constData() + slot));
@@ -215,7 +215,7 @@ static void readBlobObject(Reading& reading)
 {
     ObjectData object;
     reading.result = CByte2Rdb::blob2Object(reading.buf, reading.size, object);
-    QByteArray shown; // the reader makes these texts from the values: they stand behind the object here
+    QByteArray shown; // the reader makes these texts from the values; appended to the object here
     for (PropertyData& property : object.properties) {
         CByte2Val::str2Byte(property.valueText, shown);
         property.valueText.clear();

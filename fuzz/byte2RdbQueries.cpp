@@ -21,7 +21,7 @@ static void checkHisQuery(const Layout& layout, const Reading& reading)
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left == QByteArray(28, '\0'), "a failed reader has touched the record");
+        require(reading.left == QByteArray(28, '\0'), "a failed reader must not touch the record");
 }
 
 static void readOneSecQuery(Reading& reading)

@@ -14,20 +14,20 @@ static void checkRecord(const Layout& layout, const Reading& reading)
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left.count('\0') == reading.left.size(), "a failed reader has touched the record");
+        require(reading.left.count('\0') == reading.left.size(), "a failed reader must not touch the record");
 }
 
 // The least of a list is that of its layout here.
 static void checkList(const Layout& layout, const Reading& reading)
 {
     if (reading.result == tooMuch)
-        return require(countsTooMuch(layout, reading), "a count that fits fails to allocate");
+        return require(countsTooMuch(layout, reading), "a count that fits must not fail to allocate");
     const int used = reading.size < layout.least ? 0 : listSize({layout.fields}, reading.buf, reading.size);
     requireResult(reading, used > 0 ? 1 : -5);
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left == QByteArray(4, '\0'), "a failed reader has touched the list");
+        require(reading.left == QByteArray(4, '\0'), "a failed reader must not touch the list");
 }
 
 static void readFloatRealData(Reading& reading)
@@ -193,7 +193,7 @@ static void checkBlobRealDatas(const Layout& layout, const Reading& reading)
 {
     if (reading.result == tooMuch)
         return require(countsTooMuch(layout, reading) || endsNegative(layout, 14, reading),
-                       "what fits fails to allocate");
+                       "what fits must not fail to allocate");
     if (reading.size < 4 || reading.size < 4 + 18LL * numberOf4(reading.buf))
         return requireResult(reading, -5);
     const int used = listSize(layout, reading.buf, reading.size);
@@ -224,7 +224,7 @@ static void checkBlobList(const Layout& layout, const Reading& reading)
 {
     if (reading.result == tooMuch)
         return require(countsTooMuch(layout, reading) || endsNegative(layout, 10, reading),
-                       "what fits fails to allocate");
+                       "what fits must not fail to allocate");
     const int used = reading.size < 18 ? 0 : listSize(layout, reading.buf, reading.size);
     requireResult(reading, used > 0 ? used : -1);
     if (used > 0)

@@ -82,12 +82,12 @@ static void checkQString(const Layout& layout, const Reading& reading)
 static void checkList(const Layout& layout, const Reading& reading)
 {
     if (reading.result == tooMuch)
-        return require(countsTooMuch(layout, reading), "a count that fits fails to allocate");
+        return require(countsTooMuch(layout, reading), "a count that fits must not fail to allocate");
     requireResult(reading, listSize(layout, reading.buf, reading.size));
     if (reading.result > 0)
         requireWrittenAgain(reading, reading.result);
     else
-        require(reading.left == QByteArray(4, '\0'), "a failed reader has touched the list");
+        require(reading.left == QByteArray(4, '\0'), "a failed reader must not touch the list");
 }
 
 static void readInts(Reading& reading)

@@ -13,7 +13,7 @@ using namespace gqdb;
 
 // --- Reassembly -------------------------------------------------------------------
 
-// The clients with their state in the open.
+// The clients with their state made public.
 class OpenTcpClient : public CTcpAPI {
 public:
     using CTcpAPI::recvFrame;
@@ -26,11 +26,11 @@ public:
     using CUdpAPI::recvFrameSize;
 };
 
-// A frame in a stream. A size of 0 stands for one that the stream does not hold whole.
+// A frame in a stream. A size of 0 means that the stream does not contain all of it.
 struct Frame {
     int begin;
     int size;
-    int announced; // by its length field, in 32 bits: near either end of the field's range it wraps
+    int announced; // by its length field, in 32 bits: wraps near either end of the field's range
 };
 
 static Frame frameBehind(const Reading& stream, int from)
@@ -47,7 +47,7 @@ static Frame frameBehind(const Reading& stream, int from)
     return frame;
 }
 
-// What reassembly needs of a client.
+// The state of a client that reassembly uses.
 struct Client {
     QByteArray& frame;
     int& frameSize;
@@ -57,18 +57,20 @@ struct Client {
 
 static void requireFrame(const Reading& stream, const Frame& expected, const Client& client)
 {
-    require(expected.size > 0, "a frame ends where the stream has none");
-    require(client.frame == QByteArray::fromRawData(stream.buf + expected.begin, expected.size), "a frame is another");
-    require(client.frameSize == expected.announced, "the size of a frame is another");
+    require(expected.size > 0, "found a frame, must find none");
+    require(client.frame == QByteArray::fromRawData(stream.buf + expected.begin, expected.size),
+            "the frame must have the stream's bytes");
+    require(client.frameSize == expected.announced, "the frame must have the announced size");
     int len = 0;
     const bool isOk = client.isRecvOk(len);
     require(isOk == (expected.announced == expected.size && client.frame.back() == CSocketAPI::frameEnd),
-            "the check of a frame ends otherwise");
+            "the check of the frame must have the expected result");
     if (isOk)
-        require(len == static_cast<int>(numberOf4(client.frame.constData() + 1)), "the payload length is another");
+        require(len == static_cast<int>(numberOf4(client.frame.constData() + 1)),
+                "the payload must have the announced length");
 }
 
-// Feeds the whole stream; `pieceSize` gives the size of each piece.
+// Feeds the whole stream in pieces; `pieceSize` returns the size of the next one.
 static void feed(const Reading& stream, const Client& client, const std::function<int()>& pieceSize)
 {
     client.frame.resize(0);
@@ -79,23 +81,24 @@ static void feed(const Reading& stream, const Client& client, const std::functio
         int pos = 0;
         while (client.recvData(stream.buf + at, size, pos)) {
             requireFrame(stream, expected, client);
-            require(at + pos == expected.begin + expected.size, "a frame leads to another place in the stream");
+            require(at + pos == expected.begin + expected.size, "reading must go on after the frame's end");
             client.frame.resize(0);
             client.frameSize = 0;
             expected = frameBehind(stream, at + pos);
         }
-        require(pos == size, "a piece is given up ahead of its end");
+        require(pos == size, "a piece must be read to its end");
         at += size;
     }
-    require(expected.size == 0, "a whole frame was not found");
+    require(expected.size == 0, "a complete frame must be found");
     require(client.frame == QByteArray::fromRawData(stream.buf + expected.begin, stream.size - expected.begin),
-            "the part of a frame is another");
+            "the partial frame must have the stream's bytes");
 }
 
 static void readFrames(Reading& reading, const Client& client)
 {
     feed(reading, client, [&reading] { return reading.size; });
-    unsigned int chance = static_cast<unsigned int>(reading.size); // by the bytes: an input is always cut alike
+    unsigned int chance =
+        static_cast<unsigned int>(reading.size); // derived from the input, so that it is always cut the same way
     for (int i = 0; i < reading.size; ++i)
         chance = chance * 31 + static_cast<unsigned char>(reading.buf[i]);
     feed(reading, client, [&chance] {
@@ -234,10 +237,10 @@ public:
     void link(const std::vector<QByteArray>& reads)
     {
         int ends[2] = {-1, -1};
-        require(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0, "there is no socket pair");
+        require(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0, "socketpair() must succeed");
         for (const QByteArray& each : reads)
             require(::send(ends[1], each.constData(), static_cast<size_t>(each.size()), MSG_DONTWAIT) == each.size(),
-                    "the socket pair is full");
+                    "the socket pair must take all bytes");
         ::close(ends[1]);
         close();
         socket->setSocket({ends[0]});
@@ -251,7 +254,7 @@ private:
 
 char LinkedTcpClient::buffer[rawBufferSize];
 
-// What the client has to make of the reads.
+// What the client must return for the reads.
 class ReplyModel {
 public:
     explicit ReplyModel(const std::vector<QByteArray>& allReads) : reads(allReads) {}
@@ -264,7 +267,7 @@ public:
         while (frame.size == 0) {
             if (next == reads.size())
                 return -1;
-            stream += reads[next++]; // what a read brings behind the frame is lost with it
+            stream += reads[next++]; // bytes after the frame in the same read are lost
             frame = frameBehind({stream.constData(), stream.size(), false}, 0);
         }
         const QByteArray bytes = stream.mid(frame.begin, frame.size);
@@ -274,7 +277,7 @@ public:
         if (static_cast<unsigned char>(bytes[9]) != CSocketAPI::errorCommand)
             return 1;
         const int code = payload.size() < 4 ? -2 : static_cast<int>(numberOf4(payload.constData()));
-        payload.clear(); // a code of 1 reads as success
+        payload.clear(); // an error code of 1 looks like success
         return code;
     }
 
@@ -310,7 +313,7 @@ static void readReplies(Reading& reading)
 {
     static LinkedTcpClient client;
     std::vector<QByteArray> reads;
-    for (int at = 0; at < reading.size;) { // a read is as long as the byte ahead of it says
+    for (int at = 0; at < reading.size;) { // the byte before a read is its length
         const int size = std::min<int>(static_cast<unsigned char>(reading.buf[at]), reading.size - at - 1);
         if (size > 0 && reads.size() < 8)
             reads.push_back(QByteArray(reading.buf + at + 1, size));
@@ -321,7 +324,7 @@ static void readReplies(Reading& reading)
     client.link(reads);
     switch (reading.size % 4) {
     case 0:
-        require(client.recvInt() == model.receiveInt(), "recvInt gives another result");
+        require(client.recvInt() == model.receiveInt(), "recvInt must return what the model does");
         break;
     case 1: {
         std::vector<int> ints;

@@ -4,6 +4,6 @@
 
 #include <vector>
 
-// The files of tests/golden, each as it is, without the header of a frame, behind a count of 1 and of 2, and as two
-// replies behind their sizes: every target gets all of them, and libFuzzer keeps those that lead anywhere.
+// The files of tests/golden in several forms: unchanged, without the frame's header, after a count of 1 and of 2, and as
+// two replies, each after its size. Every target gets all of them; libFuzzer keeps those that reach new code.
 std::vector<QByteArray> allSeeds();

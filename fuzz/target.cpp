@@ -21,7 +21,7 @@ std::vector<Target> allTargets()
     return all;
 }
 
-// --- Demands ----------------------------------------------------------------------
+// --- Requirements ----------------------------------------------------------------------
 
 void fail(const std::string& message)
 {
@@ -29,16 +29,16 @@ void fail(const std::string& message)
     std::abort();
 }
 
-void require(bool isMet, const char* demand)
+void require(bool isMet, const char* requirement)
 {
     if (!isMet)
-        fail(demand);
+        fail(requirement);
 }
 
 void requireResult(const Reading& reading, int expected)
 {
     if (reading.result != expected)
-        fail("the result is " + std::to_string(reading.result) + ", not " + std::to_string(expected));
+        fail("the result is " + std::to_string(reading.result) + ", must be " + std::to_string(expected));
 }
 
 void requireWrittenAgain(const Reading& reading, long long count)
@@ -60,8 +60,8 @@ size_t mostElements(const Layout& layout, const Reading& reading)
 
 // --- One input --------------------------------------------------------------------
 
-// What a reader may allocate at once. A list takes memory for a multiple of its bytes: no record is shorter than a
-// twelfth of what it becomes, and a vector may have room for as many again.
+// The most that a reader may allocate at once. A record takes at most 12 times its bytes in memory, and a vector may
+// reserve twice what it holds.
 static size_t memoryFor(const Reading& reading)
 {
     return 4096 + 24 * static_cast<size_t>(reading.size);
@@ -87,7 +87,7 @@ static void read(const Target& target, Reading& reading)
     allocationLimit = usual;
 }
 
-// What stands behind the elements that a list held before.
+// What follows the elements that the list had before.
 static QByteArray withoutAhead(const Target& target, const Reading& reading)
 {
     return reading.ahead == 0 ? reading.left
@@ -111,14 +111,15 @@ void runTarget(const Target& target, const char* data, int size)
     if (alone.result == tooMuch && amid.result != tooMuch) { // the sum of the elements ahead and the count has wrapped
         const unsigned int sum = static_cast<unsigned int>(amid.ahead) + numberOf4(data);
         require(amid.left.size() == 4 + static_cast<int>(sum) * shortestSize(target.layout),
-                "a count that wraps leaves another number of elements");
+                "a count that wraps must leave the wrapped number of elements");
         return;
     }
     if (amid.result == tooMuch)
         return require(alone.result == tooMuch || countsTooMuch(target.layout, amid),
-                       "what fits alone fails to allocate behind other elements");
-    require(amid.result == alone.result, "the result depends on what lies behind or ahead");
+                       "what fits in an empty list must fit after other elements");
+    require(amid.result == alone.result, "the result must not depend on bytes after the input or elements before");
     if (amid.ahead > 0)
         alone.left.remove(0, 4);
-    require(withoutAhead(target, amid) == alone.left, "what was read depends on what lies behind or ahead");
+    require(withoutAhead(target, amid) == alone.left,
+            "what was read must not depend on bytes after the input or elements before");
 }

@@ -1,11 +1,11 @@
 #pragma once
 
-// A target is one reader of foreign bytes under two programs: gqFuzz, which libFuzzer feeds, and fuzzReplay, which
-// feeds it the seeds in every test run. Whatever the bytes are, a target demands:
-//   - the result that the layout of the record gives, counted here apart from the library (layout.h)
-//   - where reader and writer fit each other, the same bytes when the record is written again
-//   - the same outcome whatever lies behind the bytes and ahead of a list's elements
-// and the sanitizers demand the rest. A demand that fails ends the program with a line that tells it.
+// A target tests one reader of foreign bytes. Two programs run it: gqFuzz with inputs of libFuzzer, and fuzzReplay with
+// the seeds, in every test run. For any input a target requires:
+//   - the result that follows from the record's layout, computed here independently of the library (layout.h)
+//   - if reader and writer use the same form, the same bytes when the record is written again
+//   - the same outcome whatever bytes follow the input and whatever elements the list had before
+// The sanitizers check the rest. If a requirement fails, the program prints it and aborts.
 
 #include "layout.h"
 
@@ -17,13 +17,13 @@
 struct Reading {
     const char* buf;
     int size;
-    bool isAmid;          // other bytes stand behind these, and elements ahead
+    bool isAmid;          // other bytes follow these, and the list has elements already
     size_t ahead = 0;     // elements that the list held before
     int result = 0;       // of the reader, or `tooMuch`
     QByteArray left = {}; // what record or list hold afterwards, as bytes
 };
 
-// In place of a result: the reader has asked for more memory than there is, as counts and lengths are believed.
+// In place of a result: the reader tried to allocate more than the limit, because it trusts counts and lengths.
 const int tooMuch = 1 << 30;
 
 struct Target {
@@ -45,27 +45,27 @@ extern const std::vector<Target> gqToolsTargets;
 
 std::vector<Target> allTargets();
 
-// One input. `data` ends where its memory ends, so that AddressSanitizer sees a read behind it.
+// Runs one input. `data` ends where its allocation ends, so that AddressSanitizer reports a read past the end.
 void runTarget(const Target& target, const char* data, int size);
 
-// How many elements a list is to hold before it is read, if its reader appends. They are defaults, and are written as
-// the shortest record of the target's layout.
+// Number of elements that a list must have before it is read, if its reader appends. They have default values, which are
+// written as the shortest record of the target's layout.
 size_t elementsAhead(Reading& reading);
 
-// --- Demands ----------------------------------------------------------------------
+// --- Requirements ----------------------------------------------------------------------
 
 [[noreturn]] void fail(const std::string& message);
 
-void require(bool isMet, const char* demand);
+void require(bool isMet, const char* requirement);
 
 void requireResult(const Reading& reading, int expected);
 
-// The first `count` bytes stand in `left` again.
+// `left` must have the first `count` bytes of the input.
 void requireWrittenAgain(const Reading& reading, long long count);
 
-// Whether the bytes begin with a count of more records than they can hold: the one good reason for `tooMuch`.
+// Returns true if the bytes begin with a count of more records than they can hold: the only valid reason for `tooMuch`.
 bool countsTooMuch(const Layout& layout, const Reading& reading);
 
-// The elements that the bytes can begin. A list that was resized for more is cut there before it is written: what
-// stands behind is all the same, and takes long.
+// Number of elements that the bytes can begin. A list that was resized for more is cut to it before it is written: the
+// rest have default values, and writing them takes long.
 size_t mostElements(const Layout& layout, const Reading& reading);
