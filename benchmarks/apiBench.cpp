@@ -2,6 +2,7 @@
 
 #include "comparison.h"
 #include "echoPeer.h"
+#include "gqSocketUnix.h"
 #include "tcpApi.h"
 
 #include <QHostAddress>
@@ -10,11 +11,13 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include <arpa/inet.h>
 #include <modbus/modbus.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -242,12 +245,102 @@ static void compareRoundTrips()
             {{"send, recv", {{Clock::processor, 1.1}}, bareSide(bareClient, timeRequest)}});
 }
 
+// --- Many sockets -------------------------------------------------------------------------------------------------
+
+// Sockets whose send buffers are full, so that only those with a byte to read end a wait.
+class ManySockets {
+public:
+    ManySockets(int count, int readable)
+    {
+        for (int i = 0; i < count; ++i) {
+            int pair[2];
+            if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, pair) != 0)
+                fail("select: no sockets");
+            const int least = 1;
+            setsockopt(pair[0], SOL_SOCKET, SO_SNDBUF, &least, sizeof least);
+            while (::send(pair[0], "0123456789abcdef", 16, 0) > 0) {
+            }
+            if (i < readable && ::send(pair[1], "x", 1, 0) != 1)
+                fail("select: no byte to read");
+            own.push_back(std::make_unique<Link>(pair[0]));
+            peers.push_back(pair[1]);
+            CTcpSocket* const socket = own.back().get();
+            rows.emplace_back();
+            rows.back().socket = socket;
+        }
+    }
+    ManySockets(const ManySockets&) = delete;
+    ManySockets& operator=(const ManySockets&) = delete;
+    ~ManySockets()
+    {
+        for (const int peer : peers)
+            ::close(peer);
+    }
+
+    int descriptor(size_t i) const { return own[i]->descriptor(); }
+
+    std::vector<TcpSocketStatus> rows;
+
+private:
+    // Takes a descriptor in place of the one that it was made with.
+    class Link : public CTcpSocket {
+    public:
+        explicit Link(int descriptor)
+        {
+            dup2(descriptor, *handle);
+            ::close(descriptor);
+        }
+        int descriptor() const { return *handle; }
+    };
+
+    std::vector<std::unique_ptr<Link>> own;
+    std::vector<int> peers;
+};
+
+static void compareSelect(int count, int readable)
+{
+    const auto library = [=](benchmark::State& state) {
+        ManySockets sockets(count, readable);
+        for (auto _ : state) {
+            if (CGqSocket::select(sockets.rows, 1000) != readable)
+                fail("select: another number of sockets is ready");
+        }
+    };
+    // The sets are there, and copied for each call, which overwrites them.
+    const auto bare = [=](benchmark::State& state) {
+        const ManySockets sockets(count, readable);
+        int highest = 0;
+        for (size_t i = 0; i < sockets.rows.size(); ++i)
+            highest = std::max(highest, sockets.descriptor(i));
+        std::vector<fd_mask> prepared(static_cast<size_t>(highest / NFDBITS + 1));
+        for (size_t i = 0; i < sockets.rows.size(); ++i) {
+            const int descriptor = sockets.descriptor(i);
+            prepared[static_cast<size_t>(descriptor / NFDBITS)] |= fd_mask(1) << (descriptor % NFDBITS);
+        }
+        std::vector<fd_mask> sets[3];
+        for (auto _ : state) {
+            for (std::vector<fd_mask>& set : sets)
+                set = prepared;
+            timeval time = {1, 0};
+            if (::select(highest + 1, reinterpret_cast<fd_set*>(sets[0].data()),
+                         reinterpret_cast<fd_set*>(sets[1].data()), reinterpret_cast<fd_set*>(sets[2].data()),
+                         &time) != readable)
+                fail("select: another number of sockets is ready for the bare call");
+        }
+    };
+    compare("select, " + std::to_string(count) + " sockets, " + std::to_string(readable) + " ready", library,
+            {{"select(2)", {{Clock::processor, 1.3}}, bare}});
+}
+
 // ------------------------------------------------------------------------------------------------------------------
 
 void compareApi()
 {
     compareReassembly("frame of 1 MiB in reads of 64 KiB", 1 << 20, 1 << 16, 2);
     compareReassembly("frame of 100 bytes in one read", 100, 100, 8);
+    compareReassembly("frame of 100 bytes in reads of 7", 100, 7, 3.2);
     compareReassembly("frame of 1 MiB in reads of 7 bytes", 1 << 20, 7, 3);
     compareRoundTrips();
+    compareSelect(50, 1);
+    compareSelect(5000, 50);
 }

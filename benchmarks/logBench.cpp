@@ -6,14 +6,17 @@
 #include <QTemporaryDir>
 
 #include <chrono>
+#include <cstdio>
 #include <functional>
 #include <mutex>
 #include <thread>
 
+#include <fcntl.h>
 #include <spdlog/async.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/null_sink.h>
 #include <spdlog/spdlog.h>
+#include <unistd.h>
 
 static const char message[] = "pump 3: pressure 4.25 bar, above its limit"; // what a line says, on every side
 static const int batch = 20000;                                             // lines between two saves
@@ -109,17 +112,69 @@ static void compareInfo(int threads)
 
 // --- Lines to the file --------------------------------------------------------------------------------------------
 
-static void compareSave()
+enum class Times { same, different };
+
+static const unsigned int firstSecond = 1700000000;
+static const int movedAside = 30000; // lines, at the end of a batch
+
+// Lines a millisecond apart, or all of one time.
+static QList<CGqFileLog::LogData> someLines(int count, Times times)
+{
+    QList<CGqFileLog::LogData> lines;
+    for (int i = 0; i < count; ++i) {
+        const auto apart = static_cast<unsigned int>(times == Times::same ? 0 : i);
+        lines.append({message, firstSecond + apart / 1000, apart % 1000});
+    }
+    return lines;
+}
+
+static void compareSaveAlone(int count, Times times, double aim)
+{
+    const auto library = [=](benchmark::State& state) {
+        CGqFileLog log;
+        log.init(folder() + "/library.log");
+        const QList<CGqFileLog::LogData> lines = someLines(count, times);
+        for (auto _ : state) {
+            if (!log.saveDatas(lines))
+                fail("save: no file");
+        }
+    };
+    // All lines by one call, into a file that is moved aside as often.
+    const auto bare = [=](benchmark::State& state) {
+        const std::string name = folder().toStdString() + "/bare.log";
+        const QByteArray bytes = (QByteArray("<09:05:07.000> ") + message + "\n").repeated(count);
+        int written = 0;
+        for (auto _ : state) {
+            const int file = ::open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+            if (file < 0 || ::write(file, bytes.constData(), size_t(bytes.size())) != bytes.size())
+                fail("save: the bare write failed");
+            ::close(file);
+            written += count;
+            if (written >= movedAside) {
+                std::rename(name.c_str(), (name + ".bak").c_str());
+                written = 0;
+            }
+        }
+    };
+    const char* const name = times == Times::same ? " lines, one time" : " lines, all times";
+    compare("save of " + std::to_string(count) + name, library, {{"write of them", {{Clock::processor, aim}}, bare}});
+}
+
+static void compareSave(Times times)
 {
     static const int batches = 5;
-    const auto library = [](benchmark::State& state) {
+    const auto library = [=](benchmark::State& state) {
         CGqFileLog log;
         const QString text = message;
         for (auto _ : state) {
             log.init(folder() + "/library.log");
             for (int i = 0; i < batches; ++i) {
-                for (int line = 0; line < batch; ++line)
-                    log.info(text);
+                for (unsigned int line = 0; line < batch; ++line) {
+                    if (times == Times::same)
+                        log.info(text);
+                    else
+                        log.info(text, firstSecond + line / 1000, line % 1000);
+                }
                 log.save();
             }
         }
@@ -143,8 +198,8 @@ static void compareSave()
         if (!written.open(QIODevice::ReadOnly) || !written.readLine().endsWith("> " + QByteArray(message) + "\n"))
             fail("save: spdlog's line differs");
     };
-    compare(std::to_string(batches * batch) + " info, save each " + std::to_string(batch), library,
-            {{"spdlog file", {{Clock::wall, 1.1}}, file}});
+    compare(std::to_string(batches * batch) + " info, save, " + (times == Times::same ? "one time" : "all times"),
+            library, {{"spdlog file", {{Clock::wall, 1.2}}, file}});
 }
 
 // ------------------------------------------------------------------------------------------------------------------
@@ -153,5 +208,10 @@ void compareLog()
 {
     compareInfo(1);
     compareInfo(4);
-    compareSave();
+    compareSaveAlone(20000, Times::same, 8);
+    compareSaveAlone(20000, Times::different, 8);
+    compareSaveAlone(100, Times::same, 6);
+    compareSaveAlone(100, Times::different, 6);
+    compareSave(Times::same);
+    compareSave(Times::different);
 }

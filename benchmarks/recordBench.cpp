@@ -15,32 +15,65 @@ using gqdb::FloatRealData;
 
 // --- Single values ------------------------------------------------------------------------------------------------
 
+static const int valueCount = 1000;
+
+// Writes a thousand values of `width` bytes to an array that has room for them. `write` writes one of a number.
+template <typename Write>
+static Side valuesSide(int width, const QByteArray& expected, Write write)
+{
+    return [=](benchmark::State& state) {
+        QByteArray data;
+        data.reserve(width * valueCount);
+        for (auto _ : state) {
+            data.resize(0);
+            for (int i = 0; i < valueCount; ++i)
+                write(i, data);
+            benchmark::ClobberMemory();
+        }
+        if (data.size() != width * valueCount || data.mid(width * 300, width) != expected)
+            fail("the bytes of a value differ");
+    };
+}
+
 static void compareScalars()
 {
-    static const int count = 1000;
-    const auto library = [](benchmark::State& state) {
-        QByteArray data;
-        data.reserve(4 * count);
-        for (auto _ : state) {
-            data.resize(0);
-            for (int i = 0; i < count; ++i)
-                CByte2Val::int2Byte(i, data);
-            benchmark::ClobberMemory();
-        }
-        if (data.size() != 4 * count || data.mid(4 * 300, 4) != QByteArray("\x2c\x01\0\0", 4))
-            fail("int2Byte: the bytes differ");
-    };
-    const auto append = [](benchmark::State& state) {
-        QByteArray data;
-        data.reserve(4 * count);
-        for (auto _ : state) {
-            data.resize(0);
-            for (int i = 0; i < count; ++i)
-                data.append(reinterpret_cast<const char*>(&i), sizeof i);
-            benchmark::ClobberMemory();
-        }
-    };
-    compare("1,000 int2Byte to an array", library, {{"QByteArray append", {{Clock::processor, 1}}, append}});
+    const QByteArray int300("\x2c\x01\0\0", 4);
+    compare("1,000 int2Byte to an array",
+            valuesSide(4, int300, [](int i, QByteArray& data) { CByte2Val::int2Byte(i, data); }),
+            {{"QByteArray append", {{Clock::processor, 0.6}}, valuesSide(4, int300, [](int i, QByteArray& data) {
+                  data.append(reinterpret_cast<const char*>(&i), sizeof i);
+              })}});
+
+    const QByteArray float300("\0\0\x96\x43", 4);
+    compare(
+        "1,000 float2Byte to an array",
+        valuesSide(4, float300, [](int i, QByteArray& data) { CByte2Val::float2Byte(static_cast<float>(i), data); }),
+        {{"QByteArray append", {{Clock::processor, 0.6}}, valuesSide(4, float300, [](int i, QByteArray& data) {
+              const float value = static_cast<float>(i);
+              data.append(reinterpret_cast<const char*>(&value), sizeof value);
+          })}});
+
+    const QByteArray double300("\0\0\0\0\0\xc0\x72\x40", 8);
+    compare("1,000 double2Byte to an array",
+            valuesSide(8, double300, [](int i, QByteArray& data) { CByte2Val::double2Byte(i, data); }),
+            {{"QByteArray append", {{Clock::processor, 0.6}}, valuesSide(8, double300, [](int i, QByteArray& data) {
+                  const double value = i;
+                  data.append(reinterpret_cast<const char*>(&value), sizeof value);
+              })}});
+}
+
+static void compareTexts(int length, double aim)
+{
+    const std::string text(static_cast<size_t>(length), 'x');
+    const QByteArray bytes = QByteArray(1, static_cast<char>(length)) + '\0' + text.c_str();
+    const int width = 2 + length;
+    compare("1,000 str2Byte of " + std::to_string(length) + " bytes",
+            valuesSide(width, bytes, [text](int, QByteArray& data) { CByte2Val::str2Byte(text, data); }),
+            {{"two appends", {{Clock::processor, aim}}, valuesSide(width, bytes, [text](int, QByteArray& data) {
+                  const unsigned short size = static_cast<unsigned short>(text.size());
+                  data.append(reinterpret_cast<const char*>(&size), sizeof size);
+                  data.append(text.data(), size);
+              })}});
 }
 
 // --- Lists of every size ------------------------------------------------------------------------------------------
@@ -285,6 +318,8 @@ static void compareDefinitions()
 void compareRecords()
 {
     compareScalars();
+    compareTexts(14, 0.5);
+    compareTexts(200, 0);
     compareSizes();
     compareFlatBuffers();
     compareDefinitions();
