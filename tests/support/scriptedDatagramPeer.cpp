@@ -22,18 +22,25 @@ static sockaddr_in loopback(int port)
 
 // --- DatagramPeer ---
 
-DatagramPeer::DatagramPeer() : descriptor(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+DatagramPeer::DatagramPeer()
 {
-    sockaddr_in address = loopback(0);
-    socklen_t size = sizeof address;
-    EXPECT_EQ(::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), size), 0);
-    EXPECT_EQ(::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
-    ownPort = ntohs(address.sin_port);
+    comeBack();
 }
 
 DatagramPeer::~DatagramPeer()
 {
     goAway();
+}
+
+// Binds a free port the first time.
+void DatagramPeer::comeBack()
+{
+    descriptor = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = loopback(ownPort);
+    socklen_t size = sizeof address;
+    EXPECT_EQ(::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), size), 0);
+    EXPECT_EQ(::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    ownPort = ntohs(address.sin_port);
 }
 
 void DatagramPeer::give(int toPort, const QByteArray& bytes)

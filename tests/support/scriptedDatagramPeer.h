@@ -31,9 +31,12 @@ public:
     // Closes the port: the system reports an error to whoever sends to it from now on.
     void goAway();
 
+    // Opens the same port again.
+    void comeBack();
+
 private:
-    int descriptor;
-    int ownPort;
+    int descriptor = -1;
+    int ownPort = 0;
     int sender = 0;
 };
 

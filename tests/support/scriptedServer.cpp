@@ -78,6 +78,11 @@ ScriptedServer::Step sends(const QByteArray& bytes)
     return [bytes](ScriptedServer::Connection& connection) { return connection.send(bytes); };
 }
 
+ScriptedServer::Step sendsIfOpen(const QByteArray& bytes)
+{
+    return [bytes](ScriptedServer::Connection& connection) { return connection.sendIfOpen(bytes); };
+}
+
 ScriptedServer::Step sendsApart(const std::vector<QByteArray>& pieces)
 {
     return [pieces](ScriptedServer::Connection& connection) { return connection.sendApart(pieces); };
@@ -138,6 +143,12 @@ bool ScriptedServer::Connection::send(const QByteArray& bytes)
         sent += int(count);
     }
     return true;
+}
+
+bool ScriptedServer::Connection::sendIfOpen(const QByteArray& bytes)
+{
+    const ssize_t count = ::send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL);
+    return count == bytes.size() || errno == EPIPE || errno == ECONNRESET || fail("cannot send: " + systemError());
 }
 
 bool ScriptedServer::Connection::sendApart(const std::vector<QByteArray>& pieces)

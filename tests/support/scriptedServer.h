@@ -60,6 +60,7 @@ private:
 
 // The steps of a script.
 ScriptedServer::Step sends(const QByteArray& bytes);
+ScriptedServer::Step sendsIfOpen(const QByteArray& bytes); // or not, if the client has closed the connection
 // Sends each piece after the client has read the previous one, so that each is a separate read.
 ScriptedServer::Step sendsApart(const std::vector<QByteArray>& pieces);
 ScriptedServer::Step receives(int size);              // exactly this many bytes
@@ -78,6 +79,7 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     bool send(const QByteArray& bytes);
+    bool sendIfOpen(const QByteArray& bytes);
     bool sendApart(const std::vector<QByteArray>& pieces);
     bool receive(int size);
     bool close();

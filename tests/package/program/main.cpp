@@ -1,6 +1,7 @@
-// A user's program: both ways to include, a codec, a frame and a client without a server.
+// A user's program: both ways to include, a codec, a frame and clients without a server.
 
 #include "byte2Val.h"
+#include <gqLib/returningClient.h>
 #include <gqLib/tcpApi.h>
 
 #include <cstdio>
@@ -15,6 +16,12 @@ int main()
     if (frame.toHex() != "680400000000000000100100000000"
                          "0016") {
         std::fprintf(stderr, "wrong frame: %s\n", frame.toHex().constData());
+        return 1;
+    }
+    gqdb::CReturningTcpClient tcpClient("no address", 1, 1000); // inline: needs the symbols of the base classes
+    gqdb::CReturningUdpClient udpClient("no address", 1, 1000);
+    if (tcpClient.ready() != -1 || udpClient.ready() != -1) {
+        std::fprintf(stderr, "ready() must return -1 without an address\n");
         return 1;
     }
     return client.isConnected() ? 1 : 0;
