@@ -1,7 +1,6 @@
 // Loads a simulated station with clients that send requests without pauses, each in a thread of its own, and checks every
 // reply. The exit code is 0 only if each reply was right and the memory of neither side has grown. For scripts/load.
 
-#include "shared/cleanClient.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "shared/stationProcess.h"
@@ -19,21 +18,22 @@
 #include <deque>
 #include <future>
 #include <mutex>
+#include <returningClient.h>
 #include <thread>
 
 using Clock = std::chrono::steady_clock;
 
 // --- A client -----------------------------------------------------------------------------------------------------
 
-class LoadClient : public CleanTcpClient {
+class LoadClient : public gqdb::CReturningTcpClient {
 public:
-    bool begin(int port) { return connect("127.0.0.1", port) == 1; }
+    explicit LoadClient(int port) : CReturningTcpClient("127.0.0.1", port, 9000) {}
 
     // Sends request `number`: an integer and lists of many lengths in turn. Returns true if the reply was right.
     bool ask(int number)
     {
-        if (!isConnected())
-            reopen();
+        if (ready() != 1)
+            return false;
         switch (number % 4) {
         case 0:
             return echoesState(number);
@@ -55,12 +55,10 @@ private:
         const int sequence = sendSeq;
         int len = 0;
         int echo = 0;
-        if (checkConnect() != 1 || sendInt(setStateCommand, value) != 1 || recvDatas(len) != 1)
+        if (sendInt(setStateCommand, value) != 1 || recvDatas(len) != 1)
             return false;
         const bool isRight = byte2UShort(recvFrame.constData() + 5) == sequence &&
                              parseInt(recvFrame.constData() + headerSize, len, echo) == 1 && echo == value;
-        recvFrame.clear();
-        recvFrameSize = 0;
         countWrap(sequence);
         return isRight;
     }
@@ -184,9 +182,9 @@ static void printMemory(const char* side, const Memory& memory)
 // Returns true if all went well.
 static bool load(const Plan& plan, const StationProcess& station)
 {
-    std::deque<LoadClient> clients(static_cast<size_t>(plan.clients));
-    for (LoadClient& client : clients) {
-        if (!client.begin(station.port())) {
+    std::deque<LoadClient> clients;
+    for (int i = 0; i < plan.clients; ++i) {
+        if (clients.emplace_back(station.port()).ready() != 1) {
             printError("a client cannot connect to the station");
             return false;
         }

@@ -1,16 +1,16 @@
 #include "callClient.h"
 
 #include "gqtool/probe/peerBytes.h"
-#include "shared/cleanClient.h"
 
 #include <QElapsedTimer>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <returningClient.h>
 
-using gqdb::CTcpAPI;
-using gqdb::CUdpAPI;
+using gqdb::CReturningTcpClient;
+using gqdb::CReturningUdpClient;
 
 // Describes a reply with result 0 that came in time.
 static QString badFrameText(const CallRequest& request)
@@ -53,18 +53,15 @@ static void explainReply(CallReply& reply)
 CallReply CallClient::call(const CallRequest& request)
 {
     CallReply reply;
-    if (!isUp) {
-        reply.result = connect(reply);
-        if (reply.result != 1)
-            return reply;
-    }
+    reply.result = makeReady(reply);
+    if (reply.result != 1)
+        return reply;
     QElapsedTimer timer;
     timer.start();
     reply.result = exchange(request, reply);
     reply.milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-    isUp = reply.result == 1;
     explain(reply, LinkCause::healthy, "success");
-    if (!isUp)
+    if (reply.result != 1)
         explainFailure(request, reply);
     return reply;
 }
@@ -73,6 +70,8 @@ CallReply CallClient::call(const CallRequest& request)
 template <class Client>
 class LibraryCallClient : public CallClient, protected Client {
 protected:
+    using Client::Client;
+
     int exchange(const CallRequest& request, CallReply& reply) override
     {
         QByteArray frame;
@@ -102,21 +101,23 @@ protected:
 
 // --- TCP ----------------------------------------------------------------------------------------------------------
 
-class TcpCallClient : public LibraryCallClient<CleanTcpClient> {
+class TcpCallClient : public LibraryCallClient<CReturningTcpClient> {
 public:
-    TcpCallClient(const std::string& host, int port, int timeoutMs)
+    TcpCallClient(const std::string& host, int port, int timeoutMs) : LibraryCallClient(host, port, timeoutMs)
     {
-        serverHost = host;
-        serverPort = port;
-        recvOverTm = sendOverTm = timeoutMs;
         recvBuffer = new char[rawBufferSize]; // deleted by the base
     }
 
 protected:
-    // Like CTcpAPI::connect, which has one result for several causes.
-    int connect(CallReply& reply) override
+    // Like ready(), which has one result for several causes.
+    int makeReady(CallReply& reply) override
     {
-        reopen();
+        if (isIdle())
+            return 1;
+        if (!reopen()) {
+            explainError(reply, errno);
+            return -1;
+        }
         const int result = socket->connect(serverHost, serverPort, false);
         if (result != 1) {
             explainError(reply, result == 0 ? ETIMEDOUT : errno); // 0: still in progress at the send timeout
@@ -165,8 +166,6 @@ private:
             isWhole = recvData(recvBuffer, count, pos);
         }
         const ByteVerdict verdict = judgeBytes(isWhole ? recvFrame : received, AwaitedBytes::greeting);
-        recvFrame.clear();
-        recvFrameSize = 0;
         const bool isClosed = count < 0;
         if (received.isEmpty())
             explain(reply, isClosed ? LinkCause::closed : LinkCause::silent,
@@ -180,21 +179,14 @@ private:
 
 // --- UDP ----------------------------------------------------------------------------------------------------------
 
-class UdpCallClient : public LibraryCallClient<CleanUdpClient> {
+class UdpCallClient : public LibraryCallClient<CReturningUdpClient> {
 public:
-    UdpCallClient(const std::string& host, int port, int timeoutMs)
-    {
-        serverHost = host;
-        serverPort = port;
-        recvBuffer = new char[rawBufferSize]; // deleted by the base; without it no reply can be read
-        setRecvOverTm(timeoutMs);
-    }
+    UdpCallClient(const std::string& host, int port, int timeoutMs) : LibraryCallClient(host, port, timeoutMs) {}
 
 protected:
-    int connect(CallReply& reply) override
+    int makeReady(CallReply& reply) override
     {
-        dropConnection();
-        const int result = CUdpAPI::connect(serverHost, serverPort);
+        const int result = ready();
         if (result != 1)
             explainError(reply, errno);
         return result;
@@ -213,8 +205,6 @@ protected:
         len = std::min(len, recvFrame.size() - headerSize);
         int value = 0;
         result = len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
-        recvFrame.clear();
-        recvFrameSize = 0;
         if (result == 1)
             values.push_back(value);
         return result;

@@ -35,20 +35,17 @@ class CallClient {
 public:
     virtual ~CallClient() = default;
 
-    // Connects before the first request, and again after a failed one: what still arrives on the old connection must
-    // not be taken for the next reply.
+    // Connects before the first request, and again if something may still arrive for an earlier one: it must not be
+    // taken for the next reply.
     CallReply call(const CallRequest& request);
 
 protected:
-    // Connects a new socket. Returns 1, or the code of the failure with cause and meaning in `reply`.
-    virtual int connect(CallReply& reply) = 0;
+    // Connects if necessary. Returns 1, or the code of the failure with cause and meaning in `reply`.
+    virtual int makeReady(CallReply& reply) = 0;
 
     // Returns 1, or the code of the failure, which explainFailure then explains in `reply`.
     virtual int exchange(const CallRequest& request, CallReply& reply) = 0;
     virtual void explainFailure(const CallRequest& request, CallReply& reply) const = 0;
-
-private:
-    bool isUp = false;
 };
 
 std::unique_ptr<CallClient> makeTcpClient(const std::string& host, int port, int timeoutMs);
