@@ -1,8 +1,7 @@
 // Asks a server for its state and waits at most MS milliseconds for the whole reply.
 //   boundedRequest HOST PORT MS
 
-#include <gqLib/gqSocketUnix.h>
-#include <gqLib/tcpApi.h>
+#include <gqLib/returningClient.h>
 
 #include <algorithm>
 #include <chrono>
@@ -10,9 +9,11 @@
 #include <cstdlib>
 
 //! [client]
-class BoundedClient : public gqdb::CTcpAPI {
+class BoundedClient : public gqdb::CReturningTcpClient {
 public:
-    // Sends a finished frame over a connected link and reads the integer of the reply. Returns 1, 0 if the reply is not
+    using CReturningTcpClient::CReturningTcpClient;
+
+    // Sends a finished frame and reads the integer of the reply; call ready() first. Returns 1, 0 if the reply is not
     // complete within `ms`, or another result code of the client.
     int requestIntWithin(int ms, const QByteArray& frame, int& value)
     {
@@ -37,13 +38,13 @@ public:
         } while (!recvData(recvBuffer, count, pos));
 
         int len = 0;
-        if (!isRecvOk(len))
+        if (!isRecvOk(len)) {
+            close();
             return 0;
+        }
         len = std::min(len, recvFrame.size() - headerSize); // the length field may exceed the frame
         const int result = parseInt(recvFrame.constData() + headerSize, len, value);
         const bool isError = static_cast<unsigned char>(recvFrame.at(9)) == errorCommand;
-        recvFrame.clear();
-        recvFrameSize = 0;
         return result == 1 && isError ? value : result;
     }
 };
@@ -55,8 +56,8 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "usage: boundedRequest HOST PORT MS\n");
         return 2;
     }
-    BoundedClient client;
-    if (client.connect(argv[1], std::atoi(argv[2])) != 1) {
+    BoundedClient client(argv[1], std::atoi(argv[2]), 3000);
+    if (client.ready() != 1) {
         std::fprintf(stderr, "can't reach %s\n", argv[1]);
         return 1;
     }

@@ -2,29 +2,10 @@
 //   returningClient HOST PORT     against: gqtool station
 
 #include <gqLib/gqLibUnix.h>
-#include <gqLib/gqSocketUnix.h>
-#include <gqLib/tcpApi.h>
+#include <gqLib/returningClient.h>
 
 #include <cstdio>
 #include <cstdlib>
-
-//! [comeBack]
-class ReturningClient : public gqdb::CTcpAPI {
-public:
-    // Call before each request. After a failure it discards the partial reply and opens a new socket with time-outs.
-    void comeBack()
-    {
-        if (isConnected())
-            return;
-        close();
-        recvFrame.clear();
-        recvFrameSize = 0;
-        socket->open();
-        setRecvOverTm(recvOverTm); // the values set last
-        setSendOverTm(sendOverTm);
-    }
-};
-//! [comeBack]
 
 int main(int argc, char* argv[])
 {
@@ -33,15 +14,15 @@ int main(int argc, char* argv[])
         return 2;
     }
     //! [loop]
-    ReturningClient client;
-    client.connect(argv[1], std::atoi(argv[2])); // once: it stores the address; the loop handles a failure
+    gqdb::CReturningTcpClient client(argv[1], std::atoi(argv[2]), 3000); // time-outs in ms
     for (;;) {
-        client.comeBack();
-        const int state = client.systemState(); // connects if necessary
+        int result = client.ready(); // connects if necessary
+        if (result == 1)
+            result = client.systemState();
         if (client.isConnected())
-            std::printf("state %d\n", state);
+            std::printf("state %d\n", result);
         else
-            std::printf("no answer, %d\n", state);
+            std::printf("no answer, %d\n", result);
         std::fflush(stdout);
         gqdb::sleep(100);
     }

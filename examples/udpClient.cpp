@@ -1,32 +1,30 @@
 // Sets the state of a server to each value in turn, by datagrams, and prints the replies.
 //   udpClient HOST PORT MS STATE...     against: gqtool station --udp; MS is the longest wait for a reply
 
-#include <gqLib/udpApi.h>
+#include <gqLib/returningClient.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
 //! [client]
-class UdpClient : public gqdb::CUdpAPI {
+class UdpClient : public gqdb::CReturningUdpClient {
 public:
-    UdpClient() { recvBuffer = new char[rawBufferSize]; } // CUdpAPI has none; its base class deletes this one
+    using CReturningUdpClient::CReturningUdpClient;
 
     // Sends one integer up to `attempts` times and reads the integer of the reply. Returns 1, or the last code.
-    // Each attempt has a socket of its own: a late reply to the one before goes to a closed port, not to this attempt.
     int request(unsigned char command, int payload, int attempts, int& reply)
     {
         int result = 0;
         for (; attempts > 0; --attempts) {
-            close();
-            result = connect(serverHost, serverPort); // the address of the first connect
             int len = 0;
+            result = ready();
             if (result == 1)
                 result = sendInt(command, payload);
             if (result == 1)
                 result = recvDatas(len);
             if (result == 1)
-                result = takeInt(len, reply);
+                result = readInt(len, reply);
             if (result != 0 && result != -1)
                 break; // a reply, or the code of an error frame
         }
@@ -34,13 +32,10 @@ public:
     }
 
 private:
-    int takeInt(int len, int& value)
+    int readInt(int len, int& value)
     {
         len = std::min(len, recvFrame.size() - headerSize); // -10 after an error frame with code 1, which leaves none
-        const int result = len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
-        recvFrame.clear();
-        recvFrameSize = 0;
-        return result;
+        return len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
     }
 };
 //! [client]
@@ -52,9 +47,7 @@ int main(int argc, char* argv[])
         return 2;
     }
     //! [use]
-    UdpClient client;
-    client.setRecvOverTm(std::atoi(argv[3]));
-    client.connect(argv[1], std::atoi(argv[2]));
+    UdpClient client(argv[1], std::atoi(argv[2]), std::atoi(argv[3]));
     for (int i = 4; i < argc; ++i) {
         int reply = 0;
         const int result = client.request(6, std::atoi(argv[i]), 3, reply); // setState
