@@ -38,6 +38,7 @@ public:
     virtual int setRecvOverTm(int ms);
     virtual int setSendOverTm(int ms);
 
+    // Closes the endpoint.
     virtual void close() = 0;
 
     // Returns true if the descriptor is 1 or more.
