@@ -11,8 +11,8 @@ namespace gqdb {
 static const int headerSize = CSocketAPI::headerSize;
 static const int largestRead = CSocketAPI::rawBufferSize;
 
-// Returns the frame size that a header announces: payload length plus header and tail, in 32 bits. A length near either
-// end of its range wraps, here and in isOk.
+// Returns the frame size that a header announces: payload length plus header and tail, in 32 bits. A length near 2^31
+// or 2^32 wraps, here and in isOk.
 static int wholeSize(const char* header)
 {
     return static_cast<int>(load32(header + 1) + unsigned(CSocketAPI::frameOverhead));
@@ -36,7 +36,7 @@ bool CReplyFrame::feed(const char* buf, int size, int& pos)
         } else {
             take(buf, size, pos, headerSize);
             if (frame.size() >= headerSize)
-                frameSize = wholeSize(frame.constData()); // if it wraps to 0 or below, all further bytes end up here
+                frameSize = wholeSize(frame.constData()); // if it is 0 or below, this branch takes all further bytes
         }
     }
     return false;

@@ -28,9 +28,9 @@ public:
     bool isOk(int& len) const;
 
     // Checks a complete frame and drops it unless it is to be parsed.
-    //     1  the frame is to be parsed, its payload has `len` bytes; or an error frame contained 1 and has been dropped
+    //     1  the frame is to be parsed, its payload has `len` bytes; or it was an error frame with code 1, now dropped
     //     0  the check failed
-    //    -2  an error frame with a payload below 4 bytes
+    //    -2  an error frame with a payload of fewer than 4 bytes
     //   any other  the code of an error frame
     int result(int& len);
 

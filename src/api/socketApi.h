@@ -34,12 +34,12 @@ namespace gqdb {
 // Results of the clients' operations:
 //     1  success
 //     n  recvInt and the operations that end with it (requestInt, the ready-made commands): the integer of the reply,
-//        any value. A reply of 0 and a time-out give the same result: over TCP isConnected() is false after a time-out,
-//        over UDP only recvDatas distinguishes them
+//        any value. The result 0 can be a reply or a time-out: over TCP isConnected() is false after a time-out, over
+//        UDP only recvDatas distinguishes them
 //     0  time-out, bad frame, refused greeting, or a string item that overruns its payload
-//    -1  broken link: the peer closed, a socket call failed, no room to send in time, no memory
-//    -2  error frame with a payload below 4 bytes
-//    -5  payload shorter than its form demands
+//    -1  broken link: the peer closed, a socket call failed, sending timed out, no memory
+//    -2  error frame with a payload of fewer than 4 bytes
+//    -5  payload too short for its form
 //   any other  the code in an error frame of the server, which may also be one of the values above
 //
 // Nothing is locked: one thread at a time may use an object. The destructors are not virtual: delete an object through
@@ -72,8 +72,8 @@ public:
     virtual int setSendOverTm(int ms);
 
     // Appends the 10 header bytes with a length of 0 and the object's counter as sequence, then increments the counter:
-    // 0 for the first frame of an object, 0 again after 65535. connect and close do not reset it, and a frame that is
-    // never sent has used its number.
+    // 0 for the first frame of an object, 0 again after 65535. connect and close do not reset it. Each call uses a
+    // number, even if the frame is never sent.
     void addHeader(unsigned char command, unsigned char arg1, unsigned char arg2, QByteArray& data);
 
     // Appends the header with the low 16 bits of `seq` as sequence, for servers. The fifth argument is ignored.
@@ -98,7 +98,7 @@ public:
 
     // 0 count n (4 bytes), then n items: 0 outer length M (2 bytes), 2 M bytes, which begin with a string (0 length K
     // (2 bytes), 2 the K bytes of UTF-8). Each text has two length fields.
-    //    1  all items read; an item whose string does not fit into its M bytes gives an empty text
+    //    1  all items read; an item whose string does not fit into its M bytes is an empty text
     //    0  an item overruns the payload; the texts before it are in `out`
     //   -5  too short for the count and n outer lengths (`out` unchanged)
     // The sum 4 + 2 n is computed in 32 bits and compared as signed, so that a count of 0x3FFFFFFE or more can pass

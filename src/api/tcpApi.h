@@ -41,15 +41,16 @@ public:
     //    1  connected, greeting received
     //    0  no greeting: time-out, closed by the server, or a greeting of 0 or below; or still connecting
     //   -1  refused, unreachable, no memory
-    // If the link is up, it waits for a second greeting, which does not come: 0, and the link is down.
+    // If the link is up, connect waits for a second greeting, which does not come. It then returns 0, and the link is
+    // down.
     int connect(const std::string& host, int port);
 
     // Connects once and receives the server's greeting, a frame with one integer above 0; an error frame with a code
-    // above 1 passes as well. Stores no address and does not set the connected flag. Returns 1, 0 or -1 as above.
+    // above 1 is accepted too. Stores no address and does not set the connected flag. Returns 1, 0 or -1 as above.
     int connectServer(const std::string& host, int port);
 
-    // Returns 1 if connected, else the result of connectServer with the stored address; 1 sets the connected flag.
-    // connect must have been called before: it allocates the read buffer.
+    // If not connected, calls connectServer with the stored address and sets the connected flag if that returns 1.
+    // Returns 1, or the result of connectServer. connect must have been called before: it allocates the read buffer.
     int checkConnect();
 
     // Closes the socket and clears the connected flag. Returns 1.
@@ -64,7 +65,7 @@ public:
     int setTime(int first, int second); // command 5, payload: the two integers without a count; does not reconnect
     int setState(int value);            // command 6, payload: the integer
 
-    // --- Requests: checkConnect, send, receive; the first failure ends them and is the result ---
+    // --- Requests: checkConnect, send, receive. The first step that fails determines the result ---
 
     // `frame` is complete, with its tail. `count` and `out` are those of the recv operation.
     int requestInt(const QByteArray& frame);
@@ -78,7 +79,7 @@ public:
 
     // --- Sending: 1; or -1, with the socket closed and the link down. They do not reconnect ---
 
-    // Sends the frame unchanged, with one send(2). An empty one gives -1.
+    // Sends the frame unchanged, with one send(2). Returns -1 if it is empty.
     int sendDatas(const QByteArray& frame);
     int sendDatas(unsigned char command); // no payload
     // Send a frame with the standard payload.
@@ -87,7 +88,7 @@ public:
 
     // --- Receiving ---
 
-    // Receives one frame and returns the integer of its payload, or a code. A code marks the link down.
+    // Receives one frame and returns the integer of its payload, or a code, after which the link is down.
     int recvInt();
 
     // Receive frames and append their elements to `out` until it has `count` elements, including those on entry; at
@@ -99,8 +100,8 @@ public:
     // --- Frame by frame, for derived clients ---
 
     // Reads until recvFrame is a complete frame, then checks it. `len` receives its payload length.
-    //     1  parse recvFrame from offset headerSize, then clear it and set recvFrameSize to 0. An error frame that
-    //        contains 1 also gives 1, but leaves recvFrame empty: check before parsing
+    //     1  received: the caller parses recvFrame from offset headerSize, then clears it and sets recvFrameSize to 0.
+    //        An error frame with code 1 also returns 1, but leaves recvFrame empty: check before parsing
     //     0  time-out, and the socket was closed; or the frame failed its check and was dropped
     //    -1  the peer closed or the read failed, and the socket was closed
     //   any other  the code of an error frame, -2 if it has none
@@ -108,11 +109,11 @@ public:
 
     // Appends bytes of `buf`, from `pos` on, to recvFrame and advances `pos`. Returns true once the frame is complete,
     // false if the bytes ended first; the next call continues. Bytes before a start byte are skipped. Garbage that
-    // contains a start byte is taken for a frame, which isRecvOk then refuses unless lengths and end byte happen to
-    // fit.
+    // contains a start byte is taken for a frame, which isRecvOk then refuses unless length and end byte happen to be
+    // consistent.
     bool recvData(const char* buf, int size, int& pos);
 
-    // Returns true if lengths and end byte of recvFrame are consistent. `len` receives its payload length.
+    // Returns true if length and end byte of recvFrame are consistent. `len` receives its payload length.
     bool isRecvOk(int& len);
 
 protected:

@@ -182,7 +182,7 @@ int CUdpAPI::recvDatas(int& len)
     const int readable = socket->isReadable(recvOverTm);
     if (readable != 1)
         return readable;
-    const int count = socket->recv(recvBuffer, rawBufferSize); // -1 without a buffer, which none is made for
+    const int count = socket->recv(recvBuffer, rawBufferSize); // -1 if no derived class has set a buffer
     if (count <= 0) {
         connected = false;
         socket->close();
@@ -190,7 +190,7 @@ int CUdpAPI::recvDatas(int& len)
     }
     int pos = 0;
     if (!recvData(recvBuffer, count, pos))
-        return 0; // the part stays, and the next call goes on with it
+        return 0; // the partial frame stays; the next call continues it
     return CReplyFrame(recvFrame, recvFrameSize).result(len);
 }
 

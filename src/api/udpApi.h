@@ -13,13 +13,13 @@ namespace gqdb {
 // Request and reply client over datagrams, with nearly the operations of CTcpAPI. CSocketAPI documents frames, payloads
 // and results. connect opens a socket and sets the peer; there is no greeting, and nothing reconnects. Behaviour to
 // know in advance:
-//   - A plain object cannot receive: it has no read buffer, so that a reply gives -1 and closes the socket. Derive a
+//   - A plain object cannot receive: it has no read buffer, so that a reply returns -1 and closes the socket. Derive a
 //     class whose constructor sets recvBuffer to `new char[rawBufferSize]`, which ~CSocketAPI deletes;
 //     docs/guide/fieldLinks.md shows one.
 //   - The frames that it builds have at least 64 bytes: addEnd of this class pads the payload with zeros, which every
 //     standard payload allows.
-//   - recvOverTm, initially 3000 ms, is the wait for each datagram. A time-out gives 0 and leaves the socket open. A
-//     time of 0 polls, a negative one gives -1 and leaves the socket open. setSendOverTm has no effect.
+//   - recvOverTm, initially 3000 ms, is the wait for each datagram. A time-out returns 0 and leaves the socket open. A
+//     time of 0 polls; a negative one returns -1 and leaves the socket open. setSendOverTm has no effect.
 //   - A refused reply, including an error frame, does not change isConnected(). A failed send or read clears it and
 //     closes the socket; connect opens it again. The requests do not check it.
 class GQLIB_EXPORT CUdpAPI : public CSocketAPI {
@@ -65,7 +65,7 @@ public:
     // (unchanged).
     static int addEnd(QByteArray& data);
 
-    // Sends the frame unchanged, as one datagram. An empty one, or one above 65507 bytes, gives -1.
+    // Sends the frame unchanged, as one datagram. Returns -1 if it is empty or has more than 65507 bytes.
     int sendDatas(const QByteArray& frame);
     int sendInt(unsigned char command, int value);
     int sendInts(unsigned char command, const std::vector<int>& values);
@@ -84,9 +84,9 @@ public:
     // --- Frame by frame, for derived clients ---
 
     // Waits for one datagram, reads and checks it. `len` receives the payload length.
-    //     1  parse recvFrame as documented for CTcpAPI::recvDatas
+    //     1  received: the caller parses recvFrame as documented for CTcpAPI::recvDatas
     //     0  time-out; or the datagram ended before the frame, which the next call continues; or the frame failed its
-    //        check and was dropped; or a non-blocking socket had nothing to read after all, and was closed
+    //        check and was dropped; or a non-blocking socket had nothing to read after all and was closed
     //    -1  the wait failed; or the datagram was empty or the read failed, and the socket was closed
     //   any other  the code of an error frame, -2 if it has none
     int recvDatas(int& len);

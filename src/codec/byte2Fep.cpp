@@ -10,7 +10,7 @@ CByte2Fep::CByte2Fep() = default;
 
 CByte2Fep::~CByte2Fep() = default;
 
-static const int recordRoom = 1024; // reserved for each record but YbItem
+static const int recordRoom = 1024; // reserved for each record except YbItem
 
 // --- NodeHead --------------------------------------------------------------------------------------------------------
 
@@ -129,13 +129,13 @@ int CByte2Fep::byte2CommItems(const char* buf, int size, std::vector<CommItem>& 
     list.resize(appendedSize(first, load32(buf)));
     if (list.size() < first)
         return 0;
-    // By the reader's results, which can lead into the middle of a record or past the bytes; then none are left.
+    // Advances by the reader's results, which can lead into the middle of a record or past the end of the bytes.
     long long pos = 4;
     for (size_t i = first; i < list.size(); ++i) {
-        const int answer = pos < size ? byte2CommItem(buf + pos, static_cast<int>(size - pos), list[i]) : 0;
-        if (answer == 0)
+        const int result = pos < size ? byte2CommItem(buf + pos, static_cast<int>(size - pos), list[i]) : 0;
+        if (result == 0)
             return 0;
-        pos += answer;
+        pos += result;
     }
     return 1;
 }

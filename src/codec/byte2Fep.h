@@ -8,16 +8,17 @@ namespace gqdb {
 // Conversion of the records of the front-end processors to and from bytes. All operations are static and stateless: any
 // thread may call them on distinct arguments.
 //
-//   writers          append to `data`, never clear it, report nothing. All but ybItem2Byte reserve 1024 more bytes
-//                    first; a larger record still works
-//   record readers   take the first byte and the number of bytes available. Texts are replaced. They return the bytes
-//                    consumed; or 0 if the buffer is too short or a text is not whole: the fields read so far keep
+//   writers          append to `data`, never clear it, report nothing. All but ybItem2Byte first reserve 1024 more
+//                    bytes, which does not limit the size of a record
+//   record readers   take the first byte and the number of bytes available, and replace texts. They return the bytes
+//                    consumed; or 0 if the buffer is too short or a text is incomplete: the fields read so far keep
 //                    their new values
 //   list readers     append to `list`:
 //                      1  all items read
-//                      0  less than 4 bytes: list unchanged
+//                      0  fewer than 4 bytes: list unchanged
 //                      0  an item failed: list at its new size, with the items read so far and defaults after them
-//                      0  old size + count overflows 32 bits: list cut to the sum in 32 bits, no item read
+//                      0  old size + count overflows 32 bits: list truncated to the low 32 bits of the sum, no item
+//                         read
 //
 // Values are little-endian and packed. Offsets below are bytes from the start of a record. S1 is the encoded size of
 // text1, 2 plus the length of its UTF-8 form, S2 that of text2, and so on. A list is a count (4 bytes) and the items,
@@ -38,8 +39,8 @@ public:
     // 0 commId, 4 text1 to text3; with A = 4+S1+S2+S3: A flag1, A+1 flag2 (1 byte each), A+2 text4, A+2+S4 word1,
     // A+6+S4 text5; 10+S1+...+S5 bytes.
     // The reader needs at least 25 bytes, and S3 - 2 bytes of any value after the record. It returns
-    // 6+S1+S2+S3+2*S4+S5, which is the size only if text4 has 2 bytes. The list reader advances by that result, so that
-    // it misreads what follows any other text4.
+    // 6+S1+S2+S3+2*S4+S5, which is the size only if text4 has 2 bytes. The list reader advances by that result: after
+    // an item with any other text4 it misreads the rest.
     static void commItem2Byte(const CommItem& item, QByteArray& data);
     static int byte2CommItem(const char* buf, int size, CommItem& item);
     static void commItems2Byte(const std::vector<CommItem>& list, QByteArray& data);

@@ -24,13 +24,14 @@ public:
 
     // --- Point definitions ---
     //
-    // Readers of one record return the bytes consumed, or 0 if the buffer is too short or a text is not whole.
+    // Readers of one record return the bytes consumed, or 0 if the buffer is too short or a text is incomplete.
     // Readers of a list append to it:
     //    1  all items read
-    //   -2  less than 4 bytes: list unchanged. Or old size + count overflows 32 bits: list cut to the sum in 32 bits
+    //   -2  fewer than 4 bytes: list unchanged
+    //   -2  old size + count overflows 32 bits: list truncated to the low 32 bits of the sum, no item read
     //   -3  an item failed: list cleared, old elements included
 
-    // 0 pointId, 4 text1, 4+S1 code1, 8+S1 text2, 8+S1+S2 code2; 12+S1+S2 bytes. pointKind does not travel.
+    // 0 pointId, 4 text1, 4+S1 code1, 8+S1 text2, 8+S1+S2 code2; 12+S1+S2 bytes. pointKind is not on the wire.
     // The reader needs at least 16 bytes.
     static void pointInfo2Byte(const PointInfo& point, QByteArray& data);
     static int byte2PointInfo(const char* buf, int size, PointInfo& point);
@@ -75,10 +76,10 @@ public:
     // Readers of one record return its size, or -5 if the buffer is shorter, with the record unchanged.
     // Readers of a list append to it:
     //    1  all items read
-    //   -5  less than the list's minimum, or the bytes that count and items need exceed `size`: list unchanged
-    //   -5  the needed bytes overflow 32 bits and pass the test, but are not there: list resized, no item read
-    //   -5  old size + count overflows 32 bits: list cut to the sum in 32 bits, no item read
-    // The minimum of the float, bool and int lists has room for one item: an empty list, 4 bytes, is refused.
+    //   -5  fewer bytes than the list's minimum, or than count and items need: list unchanged
+    //   -5  the need overflows 32 bits and so passes that test, but the items do not fit: list resized, no item read
+    //   -5  old size + count overflows 32 bits: list truncated to the low 32 bits of the sum, no item read
+    // The minimum of the float, bool and int lists includes one item: an empty list, 4 bytes, is refused.
 
     // 18 bytes: 0 pointId, 4 value, 8 stamp1, 12 stamp2, 16 flag2, 17 flag1 (1 byte each).
     // flag2 precedes flag1 in the two float records only. A list has at least 22 bytes.
@@ -97,7 +98,7 @@ public:
     // The count of a bool list is signed, and so is the new size, old size + count. A negative count
     //   - that needs more than `size` bytes, computed in 32 bits, gives -5: list unchanged
     //   - up to the list's size removes that many elements from its end: 1
-    //   - above it, like any negative new size, raises the vector's length failure
+    //   - above it, like any negative new size, makes the vector throw std::length_error
     static void boolRealData2Byte(const BoolRealData& record, QByteArray& data);
     static int byte2BoolRealData(const char* buf, int size, BoolRealData& record);
     static void boolRealDatas2Byte(const std::vector<BoolRealData>& list, QByteArray& data);
@@ -138,22 +139,24 @@ public:
 
     // 18+L bytes: 0 pointId, 4 stamp1, 8 stamp2, 12 flag1, 13 flag2 (1 byte each), 14 L (4 bytes), 18 the L bytes.
     // The reader of one record replaces `bytes`. It returns 18+L, or -5 if the buffer is shorter; the five leading
-    // fields are overwritten if it has 18 bytes. An L of 2^31 or more raises the vector's length failure.
+    // fields are overwritten if it has 18 bytes. An L of 2^31 or more makes the vector throw std::length_error.
     // The reader of a list:
     //    1  all items read
-    //   -5  less than 4 bytes and 18 for each item: list unchanged. Or old size + count overflows 32 bits, as above
+    //   -5  fewer bytes than 4 and 18 for each item: list unchanged
+    //   -5  old size + count overflows 32 bits, as above
     //   -3  an item failed: list at its new size, with the items read so far
     static void blobRealData2Byte(const BlobRealData& record, QByteArray& data);
     static int byte2BlobRealData(const char* buf, int size, BlobRealData& record);
     static void blobRealDatas2Byte(const std::vector<BlobRealData>& list, QByteArray& data);
     static int byte2BlobRealDatas(const char* buf, int size, std::vector<BlobRealData>& list);
 
-    // A list of blob samples: count (4 bytes), then for each 0 stamp1, 4 stamp2, 8 flag1, 9 flag2 (1 byte each),
-    // 10 L (4 bytes), 14 the L bytes. Plain samples of a blob point, not the blob form of objects.
+    // A list of blob samples: count (4 bytes), then each sample: 0 stamp1, 4 stamp2, 8 flag1, 9 flag2 (1 byte each),
+    // 10 L (4 bytes), 14 the L bytes. Unrelated to the blob form of objects.
     // Resizes the list to the count and overwrites its elements. Returns
     //   the bytes consumed, 4 for a count of 0
-    //   -1  less than 18 bytes: list unchanged. Or an item does not fit: list at its new size, with the items so far
-    // A negative count or an L of 2^31 or more raises the vector's length failure.
+    //   -1  fewer than 18 bytes: list unchanged
+    //   -1  an item does not fit: list at its new size, with the items read so far
+    // A negative count or an L of 2^31 or more makes the vector throw std::length_error.
     static int blob2List(const char* buf, int size, std::vector<BlobData>& list);
 
     // --- Queries ---
@@ -166,23 +169,23 @@ public:
     // 20+S1 bytes: 0 pointId, 4 word1 to word4, 20 text1. The reader returns
     //   20+S1
     //   -2  size < 22: record unchanged
-    //    0  text1 does not fit with one byte to spare: the words are filled. A buffer that ends with the record is
+    //    0  text1 does not fit with one byte to spare: the other fields are set. A buffer that ends with the record is
     //       refused, so pass at least one byte more
     static void oneSecQuery2Byte(const OneSecQuery& query, QByteArray& data);
     static int byte2OneSecQuery(const char* buf, int size, OneSecQuery& query);
 
     // --- Events ---
     //
-    // Readers of one record return the bytes consumed, or 0 if the buffer is too short or a text is not whole.
+    // Readers of one record return the bytes consumed, or 0 if the buffer is too short or a text is incomplete.
     // Readers of a list replace it: they resize it to the count and reuse its elements, whose texts are appended to.
     // Pass an empty list to get clean records.
     //    1  all items read
-    //   -2  less than 4 bytes: list unchanged
+    //   -2  fewer than 4 bytes: list unchanged
     //   -3  an item failed: list cleared
 
     // 0 word1 to word4, 16 switch1, 17 switch2 (1 byte each), 18 word5, 22 value (8 bytes), 30 word6, 34 word7,
     // 38 word8, 42 word9, 46 word10, 50 switch3 (1 byte), 51 word13, 55 text1, 55+S1 text2; 55+S1+S2 bytes.
-    // word11 and word12 do not travel.
+    // word11 and word12 are not on the wire.
     static void eventInfo2Byte(const EventInfo& event, QByteArray& data);
     static int byte2EventInfo(const char* buf, int size, EventInfo& event);
     static void eventInfos2Byte(const std::vector<EventInfo>& list, QByteArray& data);
@@ -198,8 +201,8 @@ public:
     //
     // There are two forms. The byte form stores texts at their length, but its readers take the first two bytes of a
     // text for its length, so that ordinary text is read as empty; numbers, kinds and sizes are right. The blob form
-    // gives each text a slot of 258 bytes and carries texts of up to 256 bytes both ways: use it for texts. Its readers
-    // report a text above 256 bytes as one that does not fit, after they have read it.
+    // gives each text a slot of 258 bytes, and texts of up to 256 bytes are read back unchanged: use it for texts. Its
+    // readers store a longer text and then report that it does not fit.
     // No reader here returns 0.
 
     // 0 kind (1 byte), 1 the value: kind 0 and 11 intValue, 5 floatValue (4 bytes), 6 doubleValue (8 bytes),
@@ -246,8 +249,8 @@ public:
     static void object2Blob(const ObjectData& object, QByteArray& data);
     static int blob2Object(const char* buf, int size, ObjectData& object);
 
-    // A text in a slot of 258 bytes: 0 length (2 bytes), 2 the text, then zero bytes. A text above 256 bytes is written
-    // whole: its slot is longer, and all that follows moves. byte2Str reads a slot.
+    // Writes a text in a slot of 258 bytes: 0 length (2 bytes), 2 the text, then zero bytes. A text above 256 bytes is
+    // written whole: its slot is longer and shifts all that follows. byte2Str reads a slot.
     static void str2Blob(const std::string& text, QByteArray& data);
 
     // --- Waves ---
@@ -270,15 +273,15 @@ public:
     // Packs raw values, the low 16 bits of each, and sets bit 0 in `head`. The caller sets the limits: a reader returns
     // value * limitHigh + limitLow. Returns
     //    1  packed
-    //   -1  as above: `stored` unchanged, sampleCount and bit 0 set
+    //   -1  zlib failed, as above: `stored` unchanged, sampleCount and bit 0 set
     static int wave2Byte(BlobWaveHead& head, const std::vector<int>& samples, const std::vector<int>& marks,
                          unsigned char* rawBuffer, unsigned char* packedBuffer, std::vector<unsigned char>& stored);
 
     // Unpacks; the number of samples follows from the bytes, not from the head. Returns
     //   1  unpacked. `marks` is unchanged if the wave has none, `samples` if it has none and bit 0 or 1 is set
-    //   0  less than 96 bytes: nothing changed
-    //   0  the marks do not fit: `head` overwritten. With any mark, the reader needs 96 bytes of samples after the
-    //      marks: it refuses a wave with marks and fewer samples, although wave2Byte writes it
+    //   0  fewer than 96 bytes: nothing changed
+    //   0  the marks do not fit: `head` overwritten. If there are marks, the reader needs 96 bytes of samples after
+    //      them: it refuses a wave with marks and fewer samples, although wave2Byte writes it
     //   0  zlib refuses the stream, or it unpacks to more than waveBlockSize bytes, which wave2Byte does not check:
     //      `head` and `marks` overwritten
     static int byte2Wave(const std::vector<unsigned char>& stored, unsigned char* workBuffer, BlobWaveHead& head,

@@ -5,7 +5,7 @@
 
 namespace gqdb {
 
-// A list reader replaces: elements that were there before are reused as they are.
+// A list reader replaces the list, but reuses its elements without clearing them.
 
 static const int eventInfoRoom = 1024; // reserved for each EventInfo of a list
 

@@ -16,23 +16,23 @@ enum VariantKind : unsigned char {
     kindZero = 101,
 };
 
-static const int slotSize = 258; // of a string in the blob form
+static const int slotSize = 258; // of a text in the blob form
 
-// Deliberately passes the text to the string reader instead of its length, so that its first two bytes count as a
-// length. Ordinary text is too short for that and is read as empty.
+// Deliberately passes the string reader the bytes of the text instead of its length field, so that the first two bytes
+// of the text count as a length. Ordinary text is shorter than that length and is read as empty.
 static void takeMisplacedText(const char* text, int size, std::string& out)
 {
     takeString(text, size, out);
 }
 
-// Reads a slot at `buf`. Returns false if the text is longer than the slot or not whole.
+// Reads a slot at `buf`. Returns false if the text is longer than the slot or incomplete.
 static bool takeSlot(const char* buf, int size, std::string& out)
 {
     const int used = takeString(buf, size, out);
     return used >= 1 && used <= slotSize;
 }
 
-// The value of every kind but text, for both forms.
+// Writes the value of every kind except text, for both forms.
 static void putNumber(const Variant& value, QByteArray& data)
 {
     switch (value.kind) {
@@ -51,8 +51,8 @@ static void putNumber(const Variant& value, QByteArray& data)
     }
 }
 
-// Reads the value after the kind at `buf[0]`; nothing for text and unknown kinds. Returns the bytes consumed, kind
-// included, or -1.
+// Reads the value after the kind at `buf[0]`; nothing for text and unknown kinds. Returns the bytes consumed, including
+// the kind, or -1.
 static int takeNumber(const char* buf, int size, Variant& value)
 {
     switch (value.kind) {
@@ -245,14 +245,14 @@ void CByte2Rdb::object2Blob(const ObjectData& object, QByteArray& data)
         property2Blob(property, data);
 }
 
-// The value of a property as it is shown.
+// Returns the value of a property as text.
 static std::string valueText(const PropertyData& property)
 {
     const Variant& value = property.value;
     switch (value.kind) {
     case kindTime: {
         const QDateTime time = QDateTime::fromSecsSinceEpoch(static_cast<unsigned int>(value.intValue));
-        // A format that begins with a zero byte is not empty: it asks for no text at all.
+        // A format that begins with a zero byte is not empty: its C string is, so that the text is empty.
         const char* format = property.formatText.empty() ? "yyyy-MM-dd hh:mm:ss" : property.formatText.c_str();
         return time.toString(QString::fromUtf8(format)).toStdString();
     }
@@ -261,7 +261,7 @@ static std::string valueText(const PropertyData& property)
     case kindFloat:
         return std::to_string(value.floatValue);
     case kindInt:
-    case kindZero: // no value travels with this kind: 0
+    case kindZero: // has no value on the wire, so that intValue is 0
         return std::to_string(value.intValue);
     case kindText:
         return value.textValue;

@@ -7,9 +7,9 @@
 
 namespace gqdb {
 
-// A list is tested once for its whole size, in 32 bits as promised and then in 64. The buffer is read only if both
-// tests pass, and through a pointer to the items: a byte that is stored might be part of the vector, for all the
-// compiler knows, so that a loop over the vector would ask for its size and its items each time.
+// The size of a list is tested once: in 32 bits, as documented, and then in 64. Items are read only if both tests pass.
+// The loops use a pointer to the items: the compiler must assume that storing a byte can change the vector itself, so
+// that a loop over the vector would load its size and its pointer again for each item.
 
 // --- FloatRealData ---------------------------------------------------------------------------------------------------
 
@@ -369,7 +369,7 @@ int CByte2Rdb::byte2BlobRealDatas(const char* buf, int size, std::vector<BlobRea
     CRecordReader in(buf + 4, size - 4);
     for (size_t i = first; i < list.size(); ++i) {
         if (!walk(in, list[i]))
-            return -3; // the list stays as it is, unlike that of a definition
+            return -3; // deliberately without clearing the list, unlike the readers of definitions
     }
     return 1;
 }

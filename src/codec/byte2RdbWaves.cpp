@@ -12,9 +12,9 @@ static const unsigned char quantisedSamples = 2; // the reader tests rawSamples 
 static const unsigned char compressedSamples = 4;
 
 static const unsigned int waveHeadSize = sizeof(BlobWaveHead);
-static_assert(sizeof(BlobWaveHead) == 96, "a wave's head is stored as it lies in memory");
+static_assert(sizeof(BlobWaveHead) == 96, "a wave's head is stored as it is in memory");
 
-// The second half of packing: `rawBuffer` holds the samples.
+// Compresses the `length` bytes of samples in `rawBuffer` if wanted, and stores head, marks and samples.
 static int storeWave(BlobWaveHead& head, const std::vector<int>& marks, const unsigned char* rawBuffer, size_t length,
                      bool compressed, unsigned char* packedBuffer, std::vector<unsigned char>& stored)
 {
@@ -103,7 +103,7 @@ int CByte2Rdb::byte2Wave(const std::vector<unsigned char>& stored, unsigned char
     }
     const size_t count = static_cast<size_t>(length / 2);
     if (count == 0)
-        return 1; // `samples` stays as it was
+        return 1; // `samples` is unchanged
     samples.resize(count);
     if (head.waveFlags & rawSamples)
         scaleBytes(payload, count, head.limitHigh, head.limitLow, samples.data());

@@ -125,7 +125,7 @@ void CByte2Val::byte2Double(const char* buf, double& value)
 
 // --- Strings ------------------------------------------------------------------------------------------------------
 
-// Number of bytes written for a text, as the results state it: in 32 bits, signed.
+// Returns the number of bytes written for a text of `size` bytes, wrapped at 32 bits like all results.
 static int writtenSize(int size)
 {
     return static_cast<int>(static_cast<unsigned int>(size) + 2u);

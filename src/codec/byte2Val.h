@@ -14,7 +14,7 @@ namespace gqdb {
 // of all codecs.
 //
 // Every value of several bytes is little-endian; floats and doubles are stored as their IEEE 754 image (NaN and
-// infinity are unchanged). Nothing is in network order.
+// infinity are unchanged).
 //
 //   writers  append to a QByteArray and never clear it; store to a char* from its first byte on, without a bound check
 //            and without advancing the pointer: the caller provides the room
@@ -74,8 +74,8 @@ public:
     static int str2Byte(const QString& text, QByteArray& data);
     static int str2Byte(const QString& text, char* buf);
 
-    // Reads a string from the `len` bytes at `buf`. Returns the bytes consumed, L + 2; or 0 if they hold no whole
-    // string, with `out` unchanged.
+    // Reads a string from the `len` bytes at `buf`. Returns the bytes consumed, L + 2; or 0 if the string is
+    // incomplete, with `out` unchanged.
     //   std::string  the bytes are appended to `out`; clear it first to get the string alone
     //   QString      `out` is replaced by the decoded text, which ends at the first zero byte of the string (the
     //                result is L + 2 nevertheless); malformed UTF-8 gives replacement characters
@@ -84,21 +84,22 @@ public:
 
     // --- Lists: a count (4 bytes), then the elements ---
 
-    // 4 bytes an element for int and float, 1 for unsigned char. The char* forms need 4 + 4 * size bytes of room.
+    // 4 bytes per element for int and float, 1 for unsigned char. The char* forms need room for 4 + 4 * size bytes.
     static void list2Byte(const std::vector<int>& list, QByteArray& data);
     static void list2Byte(const std::vector<int>& list, char* buf);
     static void list2Byte(const std::vector<float>& list, char* buf);
     static void list2Byte(const std::vector<unsigned char>& list, QByteArray& data);
 
-    // Stores 8 bytes an element but advances by 4, so that each overwrites the upper half of the one before: 4 * size +
-    // 8 bytes for a list that is not empty. byte2List does not read it back; use doubles2Buffer and buffer2Doubles for
-    // doubles.
+    // Stores 8 bytes per element but advances by 4, so that each overwrites the upper half of the one before: a list
+    // that is not empty takes 4 * size + 8 bytes. byte2List does not read it back; for doubles, use doubles2Buffer
+    // and buffer2Doubles.
     static void list2Byte(const std::vector<double>& list, char* buf);
 
     // Append to `out`. The double form reads 4-byte integers and converts each. Return
     //   the bytes consumed
-    //   0  the bytes that count and elements need exceed `len`: `out` unchanged
-    //   0  the needed bytes overflow 32 bits and pass the test, but are not there: `out` at its new size, nothing read
+    //   0  count and elements need more than `len` bytes: `out` unchanged
+    //   0  the need overflows 32 bits and so passes that test, but the elements do not fit: `out` at its new size,
+    //      nothing read
     static int byte2List(const char* buf, int len, std::vector<int>& out);
     static int byte2List(const char* buf, int len, std::vector<float>& out);
     static int byte2List(const char* buf, int len, std::vector<double>& out);
@@ -106,14 +107,14 @@ public:
 
     // --- Buffers: the elements alone ---
 
-    // 2 bytes an element (the low 16 bits), 4, 4 and 8.
+    // 2 bytes per element (the low 16 bits), 4, 4 and 8.
     static void ushorts2Buffer(const std::vector<int>& values, char* buf);
     static void ints2Buffer(const std::vector<int>& values, char* buf);
     static void floats2Buffer(const std::vector<float>& values, char* buf);
     static void doubles2Buffer(const std::vector<double>& values, char* buf);
 
     // Replace `out` by `count` elements: 4 bytes each, 2 (0 to 65535), 2 (-32768 to 32767), 4 and 8. Return the bytes
-    // read. A negative count raises the vector's length failure.
+    // read. A negative count makes the vector throw std::length_error.
     static int buffer2Ints(const char* buf, int count, std::vector<int>& out);
     static int buffer2UShorts(const char* buf, int count, std::vector<int>& out);
     static int buffer2Shorts(const char* buf, int count, std::vector<int>& out);
@@ -122,16 +123,16 @@ public:
 
     // --- Samples. An empty input changes nothing ---
 
-    // Largest and smallest element. A NaN is ignored, except as the first element: then both are NaN.
+    // Stores the largest and the smallest element. A NaN is ignored, except as the first element: then both are NaN.
     static void calcLimit(const std::vector<float>& values, double& upper, double& lower);
 
     // The following three replace `out`.
 
-    // Maps `lower` to `upper` onto 0 to 65535, in single precision, truncated towards zero, not clamped. A result that
-    // no int holds, or NaN, gives -2147483648; if the limits are equal, every element does.
+    // Maps `lower` to 0 and `upper` to 65535, in single precision, truncated towards zero, not clamped. A result
+    // outside the range of int, or NaN, becomes -2147483648; if the limits are equal, every element does.
     static void float2Short(const std::vector<float>& values, float upper, float lower, std::vector<int>& out);
 
-    // Maps 0 to 65535 onto `lower` to `upper`: the quotient by 65535 in double precision, the rest in single.
+    // Maps 0 to `lower` and 65535 to `upper`: divides by 65535 in double precision, the rest is in single.
     static void short2float(const std::vector<int>& raw, float upper, float lower, std::vector<float>& out);
 
     // raw * scale + offset in double precision, rounded to float after each of the two.
@@ -141,17 +142,17 @@ public:
 
     // CRC-16/MODBUS in the catalogue of parametrised CRC algorithms: polynomial 0x8005 reflected, start 0xFFFF, no
     // final XOR; "123456789" gives 0x4B37. `first` becomes the high byte (0x4B), `second` the low one (0x37): a Modbus
-    // RTU telegram ends in `second`, then `first`. They are two variables outside of `buf`. Returns 1; or 0 if `len` is
+    // RTU telegram ends in `second`, then `first`. Both must be variables outside of `buf`. Returns 1; or 0 if `len` is
     // below 1, with both unchanged.
     static int getCrc16(const char* buf, int len, unsigned char& first, unsigned char& second);
 
-    // The sum of the bytes modulo 256; 0 if `len` is below 1.
+    // Returns the sum of the bytes modulo 256; 0 if `len` is below 1.
     static unsigned char getCs(const char* buf, int len);
 
     // Returns true if both have the same bytes, sequence numbers included. A null array is an empty one.
     static bool isGramEqual(const QByteArray& a, const QByteArray& b);
 
-    // Two lower-case hexadecimal digits per byte, separated by blanks: "68 00 ff". Empty if `len` is below 1.
+    // Returns two lower-case hexadecimal digits per byte, separated by blanks: "68 00 ff". Empty if `len` is below 1.
     static QString buf2str(const char* buf, int len);
     static QString buf2str(const QByteArray& data);
 };

@@ -100,7 +100,7 @@ int CByte2Val::byte2List(const char* buf, int len, std::vector<unsigned char>& o
 
 // --- Buffers ------------------------------------------------------------------------------------------------------
 
-// Number of bytes of `count` elements, as the results state it: in 32 bits.
+// Returns the number of bytes of `count` elements, wrapped at 32 bits like all results.
 static int bufferSize(int count, unsigned int width)
 {
     return static_cast<int>(static_cast<unsigned int>(count) * width);

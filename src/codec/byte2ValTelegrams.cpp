@@ -24,7 +24,7 @@ static constexpr CrcTable crcTable(int shift)
     return table;
 }
 
-// Named, as is usual, after what they are combined with: the table called high holds the low bytes.
+// Named after the byte of the CRC that each entry is combined with: the table called high holds the low bytes.
 static constexpr CrcTable CrcHighTable = crcTable(0);
 static constexpr CrcTable CrcLowTable = crcTable(8);
 
@@ -32,8 +32,8 @@ int CByte2Val::getCrc16(const char* buf, int len, unsigned char& first, unsigned
 {
     if (len < 1)
         return 0;
-    // In local variables: through the references each byte would take twice the time. Each byte is mixed in one step
-    // early, so that a single XOR separates one table access from the next.
+    // Local variables take half the time of the output references. Each byte is mixed in one step early, so that only
+    // one XOR lies between two table accesses.
     const auto byteAt = [buf, len](long long pos) { return pos < len ? load8(buf + pos) : 0; };
     unsigned int i = 0xFF ^ byteAt(0);
     unsigned int ahead = 0xFF ^ byteAt(1);

@@ -4,9 +4,9 @@
 
 #include <cstring>
 
-// Integers and floats as bytes, least significant byte first, whatever the machine. Internal: the exported operations
-// of CByte2Val and the code behind them share these, so that no call crosses the export table. Nothing is checked: the
-// caller has made sure that the bytes are there.
+// Integers and floats as bytes, least significant byte first on every machine. Internal: the codecs call these inline
+// functions instead of the exported operations of CByte2Val. Nothing is checked: the caller has made sure that the
+// bytes are there.
 namespace gqdb {
 
 inline unsigned int load8(const char* buf)
@@ -14,8 +14,8 @@ inline unsigned int load8(const char* buf)
     return static_cast<unsigned char>(*buf);
 }
 
-// Through Qt, because clang 14 makes no vectors of loops over bytes that are shifted together: waves take 1.5 times as
-// long to unpack.
+// Through Qt, because clang 14 does not vectorise loops that combine bytes by shifts: waves take 1.5 times as long to
+// unpack.
 inline unsigned int load16(const char* buf)
 {
     return qFromLittleEndian<quint16>(buf);
@@ -31,7 +31,7 @@ inline unsigned long long load64(const char* buf)
     return load32(buf) | static_cast<unsigned long long>(load32(buf + 4)) << 32;
 }
 
-// Through Qt, because g++ 12 stores single bytes if the shifts are written out.
+// Through Qt, because g++ 12 compiles written-out shifts to stores of single bytes.
 inline void store16(unsigned int value, char* buf)
 {
     qToLittleEndian(static_cast<quint16>(value), buf);

@@ -9,8 +9,8 @@ namespace gqdb {
 void reserveMore(QByteArray& data, long long more)
 {
     const long long largest = INT_MAX - static_cast<int>(sizeof(QArrayData)) - 1;
-    // If the room is reserved already, leave it: reserve() would store the mark once more, and the next test of the
-    // capacity would wait for that store.
+    // If the room is already reserved, do not call reserve(): it would store the flag capacityReserved again, and the
+    // next read of the capacity would wait for that store.
     if (data.isDetached() && data.data_ptr()->capacityReserved && data.size() + more <= data.capacity())
         return;
     if (data.size() + more <= largest)

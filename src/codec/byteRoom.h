@@ -12,7 +12,7 @@ namespace gqdb {
 void reserveMore(QByteArray& data, long long more);
 
 // Makes `data` longer by `count` bytes of any content and returns the first of them. If an array cannot have so many,
-// its allocation fails.
+// its allocation fails. Defined in quickGrow.cpp.
 char* grow(QByteArray& data, long long count);
 
 // Grows by a list's count and writes it: the low 32 bits of `count`.

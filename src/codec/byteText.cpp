@@ -26,7 +26,7 @@ int appendString(const char* buf, int len, std::string& out)
     if (!holdsString(buf, len))
         return 0;
     const size_t size = load16(buf);
-    out.reserve(size); // the field's length alone, whatever `out` holds
+    out.reserve(size); // deliberately without the size of `out`
     out.append(buf + 2, size);
     return static_cast<int>(size) + 2;
 }
@@ -36,7 +36,7 @@ int takeString(const char* buf, int len, QString& out)
     if (!holdsString(buf, len))
         return 0;
     const int size = static_cast<int>(load16(buf));
-    // Cut at the first zero byte, unlike the std::string form: the text ends there, the field does not.
+    // The text ends at the first zero byte, unlike a std::string; all bytes of the field are consumed.
     out = QString::fromUtf8(buf + 2, static_cast<int>(strnlen(buf + 2, static_cast<size_t>(size))));
     return size + 2;
 }

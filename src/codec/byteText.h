@@ -11,7 +11,8 @@
 // The byte form of a string: 0 length L (2 bytes), 2 the L bytes. Internal.
 namespace gqdb {
 
-// Number of bytes of a text that are written. Its size is counted in 32 bits, signed: a text of 2 GiB loses all bytes.
+// Number of bytes of a text that are written. Its size is a signed 32-bit integer: of a text of 2 GiB or more it is
+// negative, and no byte is written.
 inline unsigned int writtenBytes(const std::string& text)
 {
     const int size = static_cast<int>(text.size());
@@ -24,16 +25,16 @@ inline long long textSize(const std::string& text)
     return 2 + static_cast<long long>(writtenBytes(text));
 }
 
-// The same of a text that is written as UTF-8, which is stored in `utf8`.
+// The same for a text that is written as UTF-8, which is stored in `utf8`.
 long long textSize(const QString& text, QByteArray& utf8);
 
-// Writes such a text. Returns the byte after it.
+// Writes the form of a text in UTF-8. Returns the position after it.
 char* putText(const QByteArray& utf8, char* to);
 
-// Reads a string from `len` bytes. Returns the bytes consumed, L + 2; or 0 if it is not whole, with `out` unchanged.
+// Read a string from `len` bytes. Return the bytes consumed, L + 2; or 0 if it is incomplete, with `out` unchanged.
 //   appendString  appends to `out`
-//   takeString    does the same, faster for a short text that is read into an empty string; for a QString, `out` is
-//                 replaced by the decoded UTF-8 up to its first zero byte
+//   takeString    does the same, faster for a short text that is read into an empty string; the form for a QString
+//                 replaces `out` by the decoded UTF-8 up to its first zero byte
 int appendString(const char* buf, int len, std::string& out);
 int takeString(const char* buf, int len, QString& out);
 

@@ -3,8 +3,8 @@
 #include "fepRecords.h"
 #include "recordWalk.h"
 
-// The fields of the front-end records, in wire order. recordWalk.h says what becomes of them. A list returns false if a
-// buffer that is read is too short or a text not whole. Internal.
+// The fields of the front-end records, in wire order. recordWalk.h describes what a walk does with them. When reading,
+// a walk returns false if the buffer is too short or a text is incomplete. Internal.
 namespace gqdb {
 
 [[gnu::always_inline]] inline bool walk(CRecordWalk& w, NodeHead& head)
@@ -27,7 +27,7 @@ namespace gqdb {
     return w.text("text5", head.text5) && w.text("text6", head.text6);
 }
 
-// For writing: byte2CommItem reads the same fields with arithmetic of its own.
+// Not for reading: byte2CommItem reads the same fields with its own arithmetic.
 [[gnu::always_inline]] inline void walk(CRecordWalk& w, CommItem& item)
 {
     w.word("commId", item.commId);

@@ -47,7 +47,7 @@ struct CommItem {
     QString text5;
 };
 
-// --- Telemetry items: what describes a signal, and from state1 on room for its reading, which is not on the wire ----
+// --- Telemetry items: signals. Their state fields hold the reading and are not on the wire ------------------------
 
 // A measurement with a floating-point value and its scaling.
 struct YcItem {
@@ -74,7 +74,7 @@ struct YcItem {
     unsigned int state3 = 0;
 };
 
-// A signal of two or a few states.
+// A signal with two or a few states.
 struct YxItem {
     int itemId = 0;
     QString text1;

@@ -3,9 +3,9 @@
 #include "rdbRecords.h"
 #include "recordWalk.h"
 
-// The fields of the database records, in wire order. recordWalk.h says what becomes of them. A list returns false if a
-// buffer that is read is too short or a text not whole; one that returns nothing has a fixed size, which its readers
-// test. Internal.
+// The fields of the database records, in wire order. recordWalk.h describes what a walk does with them. When reading, a
+// walk returns false if the buffer is too short or a text is incomplete. A walk that returns nothing belongs to a
+// record of fixed size, which the caller has checked. Internal.
 namespace gqdb {
 
 // --- Point definitions --------------------------------------------------------------------------------------------
@@ -52,7 +52,7 @@ namespace gqdb {
 
 [[gnu::always_inline]] inline bool walk(CRecordWalk& w, IntPoint& point)
 {
-    if (!w.holds(81)) // the writer's shortest record, one byte more than the form that is read has
+    if (!w.holds(81)) // deliberately one byte more than the shortest record that is read
         return false;
     w.word("pointId", point.pointId);
     if (!w.text("text1", point.text1) || !w.holds(57))
@@ -239,7 +239,7 @@ namespace gqdb {
 
 [[gnu::always_inline]] inline bool walk(CRecordWalk& w, OneSecQuery& query)
 {
-    w.word("pointId", query.pointId); // the reader has tested for the words
+    w.word("pointId", query.pointId); // the reader has checked the room for the numbers
     w.word("word1", query.word1);
     w.word("word2", query.word2);
     w.word("word3", query.word3);

@@ -5,8 +5,8 @@
 
 // Records of the real-time database: plain data, which CByte2Rdb converts without interpreting it. Strings hold raw
 // bytes. Fields are declared in an order that is not always that on the wire, which byte2Rdb.h documents. Each starts
-// at zero or empty unless it says otherwise. The constructor deliberately leaves a field marked 'unset' alone: set it
-// before use.
+// at zero or empty unless it says otherwise. A field marked 'unset' is deliberately not initialised: set it before
+// use.
 namespace gqdb {
 
 // --- Point definitions --------------------------------------------------------------------------------------------
@@ -198,7 +198,7 @@ struct BlobRealData {
     char flag2 = 0;
 };
 
-// Only in lists, which blob2List reads.
+// The same without its point. Only blob2List reads it, in lists.
 struct BlobData {
     unsigned int stamp1 = 0;
     unsigned int stamp2 = 0;
@@ -209,7 +209,7 @@ struct BlobData {
 
 // --- Queries and events -------------------------------------------------------------------------------------------
 
-// Read, but never written; byte2Rdb.h says how to send one.
+// A query that can be read but not written; byte2Rdb.h describes how to send one.
 struct HisQuery {
     unsigned int pointId = 0;
     std::string text1; // not on the wire
@@ -221,7 +221,7 @@ struct HisQuery {
     unsigned int word6 = 0;
 };
 
-// Read only if a byte follows it.
+// A query with a text. It is read only if a byte follows it.
 struct OneSecQuery {
     unsigned int pointId = 0;
     std::string text1;
@@ -254,7 +254,7 @@ struct EventInfo {
     unsigned int word13 = 0;
 };
 
-// The numbers alone.
+// The state of an event, without text and value.
 struct EventState {
     unsigned int word1 = 0;
     char switch1 = 0;
@@ -265,8 +265,8 @@ struct EventState {
 
 // --- Objects ------------------------------------------------------------------------------------------------------
 
-// A tagged value. The four values are separate fields; `kind` says which one counts: 0 intValue,
-// 5 floatValue, 6 doubleValue, 10 textValue, 11 intValue as seconds since 1970, unsigned.
+// A tagged value. The four values are separate fields; `kind` selects one: 0 intValue, 5 floatValue, 6 doubleValue,
+// 10 textValue, 11 intValue as unsigned seconds since 1970.
 struct Variant {
     unsigned char kind = 0;
     int intValue = 0;
@@ -275,7 +275,7 @@ struct Variant {
     std::string textValue;
 };
 
-// A value of an object, and the texts that show it.
+// A property of an object: its value, the value as text, and the format of that text.
 struct PropertyData {
     int word1 = 0;
     int word2 = 0;
@@ -284,7 +284,7 @@ struct PropertyData {
     Variant value;
 };
 
-// Numbers, texts, and the properties in their order.
+// An object: numbers, texts and a list of properties.
 struct ObjectData {
     int word1 = 0;
     int word2 = 0;
@@ -300,14 +300,14 @@ struct ObjectData {
 
 // Head of a stored wave: 96 bytes, stored as they are in memory.
 struct BlobWaveHead {
-    unsigned char headByte = 0;       //  0 the caller's; carried
+    unsigned char headByte = 0;       //  0 for the caller, copied unchanged
     unsigned char waveFlags = 0;      //  1 bit 0 signed raw samples, bit 1 quantised samples, bit 2 compressed
-    unsigned char headFill1[30] = {}; //  2 the caller's; carried
-    double limitHigh = 0;             // 32 largest sample; of raw samples the scale
-    double limitLow = 0;              // 40 smallest sample; of raw samples the offset
+    unsigned char headFill1[30] = {}; //  2 for the caller, copied unchanged
+    double limitHigh = 0;             // 32 largest sample; for raw samples, the scale
+    double limitLow = 0;              // 40 smallest sample; for raw samples, the offset
     unsigned int sampleCount = 0;     // 48 set on writing, not used on reading
     unsigned int markCount = 0;       // 52 set on writing, used on reading
-    unsigned char headFill2[40] = {}; // 56 the caller's; carried
+    unsigned char headFill2[40] = {}; // 56 for the caller, copied unchanged
 };
 
 } // namespace gqdb

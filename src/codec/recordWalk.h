@@ -9,16 +9,16 @@
 #include <string>
 #include <vector>
 
-// Each record is one list of its fields in wire order, a function `walk` in rdbFields.h or fepFields.h. What the list
-// does with each field is fixed by the class that is passed to it:
+// The fields of each record are listed once, in wire order, by a function `walk` in rdbFields.h or fepFields.h. The
+// class that is passed to it determines what it does with each field:
 //   CRecordSize    counts the bytes that the record has when it is written
-//   CRecordWriter  writes them; the room is there
+//   CRecordWriter  writes them to a buffer that is large enough
 //   CRecordReader  reads them
-//   CFieldsShown   passes name and value to a listener, which may change the value: for tools
+//   CFieldsShown   passes name and value of each field to a listener, which may change the value: for tools
 // Everything is inlined, so that each caller contains one of the four jobs and no names. Internal.
 namespace gqdb {
 
-// The fields of a record, one call each. Names are those of the record.
+// Receives the fields of a record, one call each. A name is that of the record's member.
 class CFieldListener {
 public:
     virtual void field(const char* name, unsigned char& value) = 0;
@@ -36,7 +36,7 @@ protected:
     ~CFieldListener() = default;
 };
 
-// The writer of two records has a byte that their reader does not know.
+// IntPoint and YbItem are written with a byte that their readers do not expect. All other records have one form.
 enum class RecordForm { written, read };
 
 class CRecordWalk {
@@ -114,7 +114,7 @@ public:
             moveFloat(first[i]);
     }
 
-    // A string: its length (2 bytes, the low 16 bits) and its bytes. Returns false if it is not whole.
+    // A string: its length (2 bytes, the low 16 bits) and its bytes. Returns false if it is incomplete.
     [[gnu::always_inline]] bool text(const char* name, std::string& value)
     {
         if (job == showing)
@@ -128,7 +128,7 @@ public:
         return true;
     }
 
-    // The same, as UTF-8. The bytes of a text that is measured are kept for the writer.
+    // The same, as UTF-8. Measuring stores the UTF-8 bytes for the writer.
     [[gnu::always_inline]] bool text(const char* name, QString& value)
     {
         if (job == showing)
@@ -142,8 +142,8 @@ public:
         return true;
     }
 
-    // A length (4 bytes) and as many bytes. Returns false if they are not there. A length of 2^31 and more raises the
-    // vector's length failure.
+    // A length (4 bytes) and as many bytes. Returns false if they are not there. A length of 2^31 or more makes the
+    // vector throw std::length_error.
     [[gnu::always_inline]] bool bytes(const char* name, std::vector<unsigned char>& value)
     {
         if (job == showing) {
@@ -224,7 +224,7 @@ private:
 
 class CRecordSize : public CRecordWalk {
 public:
-    // `texts` is an array for each QString of the record.
+    // `texts` has an element for each QString of the record, which receives its UTF-8 bytes.
     explicit CRecordSize(QByteArray* texts = nullptr, RecordForm ofForm = RecordForm::written)
         : CRecordWalk(measuring, ofForm)
     {
@@ -236,7 +236,7 @@ public:
 
 class CRecordWriter : public CRecordWalk {
 public:
-    // `texts` are those that CRecordSize has filled.
+    // `texts` is the array that CRecordSize has filled.
     explicit CRecordWriter(char* room, QByteArray* texts = nullptr, RecordForm ofForm = RecordForm::written)
         : CRecordWalk(writing, ofForm)
     {

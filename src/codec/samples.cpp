@@ -44,8 +44,8 @@ void limitsOf(const float* values, size_t count, float& highest, float& lowest)
         lowest = *std::find(values, values + count, 0.0f);
 }
 
-// A value out of the range of int, or NaN, gives INT_MIN, as the processor's conversion does; in C++ it is undefined.
-// That is also the value of -2147483648.
+// Returns INT_MIN for NaN and for values outside the range of int, as x86 converts them; in C++ the conversion is
+// undefined. -2147483648 itself is INT_MIN too.
 static int truncated(float value)
 {
     return std::fabs(value) < 2147483648.0f ? static_cast<int>(value) : INT_MIN;
@@ -72,7 +72,7 @@ void quantiseToBytes(const float* values, size_t count, float upper, float lower
 
 static float unquantised(int raw, float range, float lower)
 {
-    const double step = 1 / 65535.0; // rounded to float, the product is the quotient for every int
+    const double step = 1 / 65535.0; // rounded to float, raw * step equals raw / 65535.0 for every int
     return static_cast<float>(raw * step) * range + lower;
 }
 
@@ -92,7 +92,7 @@ void unquantiseBytes(const char* bytes, size_t count, float upper, float lower, 
 
 static float scaled(int raw, double scale, double offset)
 {
-    const float product = static_cast<float>(raw * scale); // rounded here too: it decides the last bit
+    const float product = static_cast<float>(raw * scale); // the rounding here affects the last bit of the result
     return static_cast<float>(product + offset);
 }
 

@@ -8,7 +8,7 @@
 using gqdb::CMutexLocker;
 using gqdb::TimePrefix;
 
-static const int fullFile = 30000; // records
+static const int fullFile = 30000; // records after which the file is renamed
 
 CGqFileLog::CGqFileLog(bool showTime) : withTime(showTime), savedCount(0) {}
 
@@ -34,7 +34,7 @@ void CGqFileLog::info(const QString& text)
 void CGqFileLog::info(const QString& text, unsigned int seconds, unsigned int milliseconds)
 {
     const CMutexLocker lock(&queueMutex);
-    queue.append(LogData()); // empty, and filled in place: the text is shared once, not three times
+    queue.append(LogData()); // filled in place, so that the text's reference count is incremented once, not three times
     LogData& record = queue.last();
     record.text = text;
     record.seconds = seconds;

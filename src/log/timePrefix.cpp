@@ -13,8 +13,9 @@ static void putDigits(int number, char* at)
     at[1] = static_cast<char>('0' + number % 10);
 }
 
-// Asks Qt for the first time of a batch, for which Qt looks whether the zone has changed, for leap seconds and for times
-// from the end of 2037 on, for which Qt has rules of its own. The others are those of localtime_r() in Qt too.
+// Uses Qt for the first time of a batch, because Qt then checks whether the time zone has changed, and for leap seconds
+// and times from the end of 2037 on, which Qt converts by its own rules. For all others Qt returns the time of
+// localtime_r() too.
 void TimePrefix::setClock(unsigned int seconds)
 {
     static const unsigned int qtRules = 2145916799; // 2037-12-31 23:59:59 UTC

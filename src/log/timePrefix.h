@@ -4,13 +4,13 @@
 
 namespace gqdb {
 
-// The times in front of the lines of one batch. The plain form of append() is
+// The times at the start of the lines of one batch. The plain form of append() is
 //
 //     const QTime clock = QDateTime::fromTime_t(seconds).time();
 //     line += QString::asprintf("<%02d:%02d:%02d.%03d> ", clock.hour(), clock.minute(), clock.second(),
 //                               int(milliseconds)).toUtf8();
 //
-// With it, saving lines of different milliseconds takes 6 times as long, lines of different seconds 25 times.
+// With it, saving takes 6 times as long if the milliseconds of the lines differ, 25 times if their seconds do.
 class TimePrefix {
 public:
     // Appends "<hh:mm:ss.mmm> ": the local time of `seconds`, and `milliseconds` as a signed number of any size.

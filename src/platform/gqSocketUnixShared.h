@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// What several endpoints share. Internal. Results are those that gqSocketUnix.h documents for the operation of the same
-// purpose.
+// Operations that several endpoints share. Internal. Unless documented here, the results are those of the operation in
+// gqSocketUnix.h.
 namespace endpoint {
 
 // A negative time stays negative, so that the system refuses it.
@@ -35,8 +35,8 @@ int selectOne(int descriptor, int ms, int& readable, int& writable, int& excepti
 } // namespace endpoint
 
 // Descriptors for select(2), with room for any number: an fd_set ends at 1023, and hardened builds abort on -1. Up to
-// 1023 nothing is allocated. A descriptor below 0 gets a spare bit after all that the system examines, so that it stays
-// set.
+// 1023 nothing is allocated. A negative descriptor gets a spare bit after those that select(2) examines, so that it
+// stays set.
 class CDescriptorSet {
 public:
     explicit CDescriptorSet(int highest)
@@ -56,7 +56,7 @@ private:
     unsigned long* words() { return many.empty() ? few : many.data(); }
     size_t bit(int descriptor) const { return descriptor < 0 ? spare : static_cast<size_t>(descriptor); }
 
-    size_t spare; // the bit of a descriptor below 0
+    size_t spare; // the bit of a negative descriptor
     unsigned long few[fewWords];
     std::vector<unsigned long> many;
 };

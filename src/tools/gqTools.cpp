@@ -11,7 +11,7 @@ static const unsigned int minute = 60;
 static const unsigned int hour = 3600;
 static const unsigned int day = 86400;
 
-// The base moment. Its local time takes a conversion, which not every family needs.
+// The base moment. Its local time is converted only on demand, since not every family needs it.
 struct Base {
     unsigned int seconds;
 
@@ -210,7 +210,7 @@ static unsigned int sameTimeYearsLater(const Base& base, int years)
 struct Family {
     int first;
     int last;
-    int zero; // the rule gets the code less this
+    int zero; // subtracted from the code to get the rule's number
     unsigned int (*rule)(const Base& base, int number);
 };
 
@@ -219,7 +219,7 @@ static const Family families[] = {
     {1, 1, 1, dayStart},
     {2, 2, 2, dayClockEnd},
     {3, 33, 2, dayStart},
-    {34, 81, 50, dayEnd}, // later days below 50, as in every family that counts back
+    {34, 81, 50, dayEnd}, // codes below 50 mean later days, as in every family that counts back
     {82, 131, 100, sameTimeDaysBack},
     {132, 181, 151, monthDayStart}, // 151 is the 1st
     {182, 231, 201, monthDayEnd},
@@ -263,12 +263,12 @@ unsigned int CGqTools::calcRelTime(int relTime, int baseTime)
 
 // --- Text ---------------------------------------------------------------------------------------------------------
 
-static const int noNumber = INT_MIN; // in place of a zero
+static const int noNumber = INT_MIN; // as `zero` of a wording without a number
 
 struct Wording {
     int first;
     int last;
-    int zero;           // the number between the pieces is the code less this
+    int zero;           // subtracted from the code to get the number between the pieces
     const char* before; // null if there is none
     const char* after;
 };

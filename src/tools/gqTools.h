@@ -16,9 +16,8 @@ public:
     // Returns the moment of a code relative to a base moment. Both are seconds since 1970-01-01 00:00 UTC as 32
     // unsigned bits (until 2106), and the arithmetic wraps at 32 bits. The current time is not read.
     //   0           unknown code, a code of 0 or below, or a day that the month lacks; also the moment 0 itself
-    //   0xFFFFFFFF  a moment before 1970 or after 2106; or, in the families of hours, of the end of a day and of the
-    //   end
-    //               of a year by the clock (2, 232 to 353, 1302), a clock time that a clock change skips
+    //   0xFFFFFFFF  a moment before 1970 or after 2106; or, in the families that use the clock time (2, 232 to 353,
+    //               1302), a clock time that a clock change skips
     //   0xFFFFFFFE  the end of a month that does not exist (1113 to 1120); or the end of a month (1002, 1121 to 1132,
     //               1153 to 1164) if the start of the following month is before 1970 or after 2106
     // Families that add to or subtract from an invalid moment return the sum: if the start of the hour is skipped, code
