@@ -210,22 +210,27 @@ private:
         "count", "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)", "NUMBER", "0"};
 };
 
+static const char* const description =
+    "Sends a request to a server and prints the reply.\n"
+    "\n"
+    "Commands:\n"
+    "%1\n"
+    "The last four are defined by the simulated station. --command sends any other command, with integers of\n"
+    "4 bytes each or any bytes as payload. Put -- before a negative number:\n"
+    "  gqtool call 127.0.0.1:5000 setState -- -1\n"
+    "  gqtool call 127.0.0.1:5000 --command 0x20 --reply ints 5\n"
+    "  gqtool call 127.0.0.1:5000 --command 6 --hex 'ff ff ff ff'\n"
+    "\n"
+    "Forms:\n"
+    "%2\n"
+    "--repeat sends the request many times and prints the number of failures, the requests per second, and the\n"
+    "least, median and largest time of a successful request. After each failure it connects again; that is not\n"
+    "timed. SIGINT and SIGTERM end it early; it then prints the results so far.";
+
 int runCall(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Sends a request to a server and prints the reply.\n\nCommands:\n" + commandList() +
-        "\nThe last four are defined by the simulated station. --command sends any other command, with integers of\n"
-        "4 bytes each or any bytes as payload. Put -- before a negative number:\n"
-        "  gqtool call 127.0.0.1:5000 setState -- -1\n"
-        "  gqtool call 127.0.0.1:5000 --command 0x20 --reply ints 5\n"
-        "  gqtool call 127.0.0.1:5000 --command 6 --hex 'ff ff ff ff'\n"
-        "\nForms:\n" +
-        formList() +
-        "\n"
-        "--repeat sends the request many times and prints the number of failures, the requests per second, and the\n"
-        "least, median and largest time of a successful request. After each failure it connects again; that is not\n"
-        "timed. SIGINT and SIGTERM end it early; it then prints the results so far.");
+    parser.setApplicationDescription(QString(description).arg(commandList(), formList()));
     const QCommandLineOption timeout("timeout", "wait up to MS for each read and write (default: 9000)", "MS", "9000");
     const QCommandLineOption udp("udp", "send a datagram; a lost one times out");
     const QCommandLineOption repeat("repeat", "send the request TIMES times", "TIMES");

@@ -64,8 +64,8 @@ static void printTable(const Decoded& decoded)
                       .arg(bytesText(decoded.rest), -3 * shownBytes - 3)
                       .arg(decoded.faults.empty() ? "(rest)" : "(not read)")
                       .arg(decoded.rest.size()));
-    printLine(decoded.isAsked ? QString("library: %1, %2").arg(decoded.result).arg(decoded.meaning)
-                              : "library: " + decoded.meaning);
+    printLine(decoded.readerCalled ? QString("library: %1, %2").arg(decoded.result).arg(decoded.meaning)
+                                   : "library: " + decoded.meaning);
 }
 
 static void printJson(const QString& form, const FrameSource* source, const Decoded& decoded)
@@ -101,7 +101,7 @@ static void printJson(const QString& form, const FrameSource* source, const Deco
     }
     json.end(']');
     json.begin("library", '{');
-    json.add("result", decoded.isAsked ? QString::number(decoded.result) : QString("null"));
+    json.add("result", decoded.readerCalled ? QString::number(decoded.result) : QString("null"));
     json.add("meaning", jsonText(decoded.meaning));
     json.end('}');
     json.end('}');
@@ -110,18 +110,20 @@ static void printJson(const QString& form, const FrameSource* source, const Deco
 
 // ------------------------------------------------------------------------------------------------------------------
 
+static const char* const description =
+    "Prints the fields of a record, list, wave or frames, and the result of the library's own reader. Errors are\n"
+    "listed with their byte offset, after the fields that could be read; the exit code is then 1.\n"
+    "\n"
+    "  gqtool decode --as boolData 01 10270000 fa000000 02\n"
+    "  gqtool decode --as floatRealDatas --file values.hex --json\n"
+    "  gqtool decode --as frames --payload ints 68 08000000 0700 00 00 20 01000000 64000000 0000 16\n"
+    "\n"
+    "%1";
+
 int runDecode(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Prints the fields of a record, list, wave or frames, and the result of the library's own reader. Errors are\n"
-        "listed with their byte offset, after the fields that could be read; the exit code is then 1.\n"
-        "\n"
-        "  gqtool decode --as boolData 01 10270000 fa000000 02\n"
-        "  gqtool decode --as floatRealDatas --file values.hex --json\n"
-        "  gqtool decode --as frames --payload ints 68 08000000 0700 00 00 20 01000000 64000000 0000 16\n"
-        "\n" +
-        formsText());
+    parser.setApplicationDescription(QString(description).arg(formsText()));
     const QCommandLineOption as("as", "decode the bytes as FORM, one of the forms above", "FORM");
     const QCommandLineOption json("json", "print a JSON object, which gqtool encode accepts; with --list one per form");
     const QCommandLineOption list("list", "print the forms and exit");

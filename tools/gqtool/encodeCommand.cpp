@@ -81,18 +81,19 @@ static bool parse(const QByteArray& text, QJsonObject& document, QString& error)
     return error.isEmpty();
 }
 
+static const char* const description =
+    "Converts JSON to the bytes of a record, list, wave or frames, with the library's writers. The JSON has the\n"
+    "shape that 'gqtool decode --json' prints: {\"as\": FORM, \"value\": ...}; \"behind\" holds bytes after the\n"
+    "record. Of a wave, \"stored\" takes precedence over \"samples\"; of frames, \"offset\", \"form\", \"content\"\n"
+    "and \"rest\" are ignored. Errors are listed with the path of the field; then nothing is printed and the exit\n"
+    "code is 1.\n"
+    "\n"
+    "  gqtool decode --as intData --json 07000000 10270000 fa000000 01 02 | gqtool encode";
+
 int runEncode(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Converts JSON to the bytes of a record, list, wave or frames, with the library's writers. The JSON has the\n"
-        "shape that 'gqtool decode --json' prints: {\"as\": FORM, \"value\": ...}; \"behind\" holds bytes after the\n"
-        "record. Of a wave, \"stored\" takes precedence over \"samples\"; of frames, \"offset\", \"form\", "
-        "\"content\"\n"
-        "and \"rest\" are ignored. Errors are listed with the path of the field; then nothing is printed and the exit\n"
-        "code is 1.\n"
-        "\n"
-        "  gqtool decode --as intData --json 07000000 10270000 fa000000 01 02 | gqtool encode");
+    parser.setApplicationDescription(description);
     parser.addPositionalArgument("FILE", "JSON file; - or no FILE means standard input.", "[FILE]");
     const QCommandLineOption raw("raw", "print the bytes themselves, not hex text");
     parser.addOption(raw);

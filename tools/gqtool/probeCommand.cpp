@@ -49,23 +49,25 @@ static QJsonObject jsonOf(const Endpoint& endpoint, const QJsonArray& stages, co
     return json;
 }
 
+static const char* const description =
+    "Finds out why a server does not answer. It tries the stages of a link, prints each with its time, and then the\n"
+    "cause and what to do about it:\n"
+    "\n"
+    "  resolve      look the host name up\n"
+    "  connect      make the connection\n"
+    "  greeting     receive the server's greeting (not with --udp)\n"
+    "  systemState  request the server's state\n"
+    "  systemTime   request its clock\n"
+    "\n"
+    "It stops at the first stage that fails. The causes are healthy, unresolved, refused, unreachable,\n"
+    "connect-timeout, silent, closed, foreign, bad-frame, not-greeted, error-frame and no-reply. The exit code is 0\n"
+    "only for healthy. If no greeting arrives, it sends one systemState request, to which servers of other\n"
+    "protocols react.";
+
 int runProbe(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Finds out why a server does not answer. It tries the stages of a link, prints each with its time, and then "
-        "the\n"
-        "cause and what to do about it:\n\n"
-        "  resolve      look the host name up\n"
-        "  connect      make the connection\n"
-        "  greeting     receive the server's greeting (not with --udp)\n"
-        "  systemState  request the server's state\n"
-        "  systemTime   request its clock\n\n"
-        "It stops at the first stage that fails. The causes are healthy, unresolved, refused, unreachable,\n"
-        "connect-timeout, silent, closed, foreign, bad-frame, not-greeted, error-frame and no-reply. The exit code is "
-        "0\n"
-        "only for healthy. If no greeting arrives, it sends one systemState request, to which servers of other\n"
-        "protocols react.");
+    parser.setApplicationDescription(description);
     const QCommandLineOption timeout(
         "timeout", "wait up to MS for each stage, twice for a missing greeting (default: 3000)", "MS", "3000");
     const QCommandLineOption udp("udp", "send datagrams");

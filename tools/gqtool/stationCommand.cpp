@@ -10,38 +10,72 @@
 #include <climits>
 #include <cstring>
 
+// Adds the faults of the options, as lines of a script. Returns false with the reason in `error`.
+static bool addFaults(const QCommandLineParser& parser, StationScript& script, QString& error)
+{
+    const QString pieces = parser.value("pieces");
+    QStringList lines = {"reply every late " + parser.value("late"), "greeting every pieces " + pieces,
+                         "reply every pieces " + pieces};
+    if (parser.isSet("no-greeting"))
+        lines.append("greeting every silent");
+    if (parser.isSet("silent"))
+        lines.append("reply every silent");
+    if (parser.isSet("wrong-end"))
+        lines.append("reply every wrong-end");
+    if (parser.isSet("close"))
+        lines.append("reply every close-after 0");
+    for (const QString& line : lines) {
+        if (!script.add(line, error)) {
+            error = "--" + error; // each option has the name of its fault
+            return false;
+        }
+    }
+    return true;
+}
+
+// Serves clients until accepting fails. Returns an exit code.
+static int serve(const StationOptions& options, StationLog& log, const QString& address, int port, bool withDatagrams)
+{
+    static Station& station = *new Station(options, log); // never destroyed: its threads run until the process ends
+    if (!station.listen(address, port, withDatagrams)) {
+        printError(QString("cannot listen on %1:%2: %3").arg(address).arg(port).arg(strerror(errno)));
+        return exitFailed;
+    }
+    station.serve();
+    const QString reason = strerror(errno);
+    log.save();
+    printError("cannot accept more connections: " + reason);
+    return exitFailed;
+}
+
+static const char* const description =
+    "Runs a simulated station: a frame server that greets clients, answers the ready-made commands and serves\n"
+    "lists. It prints a line with its address, then a line per connection and request, until it is stopped.\n"
+    "\n"
+    "Commands: 1 systemState (1 until setState), 2 systemTime (its clock), 3 clear (resets state and clock),\n"
+    "5 setTime (sets its clock to the first integer, in seconds since 1970), 6 setState.\n"
+    "\n"
+    "Commands defined by the station, each with one integer as payload. 0x20 to 0x22 take a count: up to 1000\n"
+    "integers, 100000 bytes or 48 strings. 0x23 takes a code and answers with an error frame. 0x30 to 0x38 serve a\n"
+    "small point database, as byte lists that hold records: 0x30 all points in short form, 0x31 to 0x34 float, int,\n"
+    "bool and blob points, 0x35 current values, 0x36 a stored wave, 0x37 events, 0x38 an object. 0x40 to 0x45 serve\n"
+    "a front-end processor in the same way: 0x40 node heads, 0x41 communication entries, 0x42 YcItem, 0x43 YxItem,\n"
+    "0x44 YdItem and 0x45 YbItem.\n"
+    "\n"
+    "An unknown command is answered with error -10, an invalid payload with error -11.\n"
+    "\n"
+    "A script defines which greetings and replies go wrong. It has one fault per line, and comments from #:\n"
+    "  greeting|reply NUMBER|every FAULT [VALUE]\n"
+    "Greetings and replies are numbered from 1, over all connections and datagrams. Faults add up; if several lines\n"
+    "set the same fault, the last one counts. Options apply before the script. The faults:\n"
+    "%1Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.\n"
+    "\n"
+    "Each connection uses two descriptors, one of which stays open until the station ends.";
+
 int runStation(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Runs a simulated station: a frame server that greets clients, answers the ready-made commands and serves\n"
-        "lists. It prints a line with its address, then a line per connection and request, until it is stopped.\n"
-        "\n"
-        "Commands: 1 systemState (1 until setState), 2 systemTime (its clock), 3 clear (resets state and clock),\n"
-        "5 setTime (sets its clock to the first integer, in seconds since 1970), 6 setState.\n"
-        "\n"
-        "Commands defined by the station, each with one integer as payload. 0x20 to 0x22 take a count: up to 1000\n"
-        "integers, 100000 bytes or 48 strings. 0x23 takes a code and answers with an error frame. 0x30 to 0x38 serve "
-        "a\n"
-        "small point database, as byte lists that hold records: 0x30 all points in short form, 0x31 to 0x34 float, "
-        "int,\n"
-        "bool and blob points, 0x35 current values, 0x36 a stored wave, 0x37 events, 0x38 an object. 0x40 to 0x45 "
-        "serve\n"
-        "a front-end processor in the same way: 0x40 node heads, 0x41 communication entries, 0x42 YcItem, 0x43 "
-        "YxItem,\n"
-        "0x44 YdItem and 0x45 YbItem.\n"
-        "\n"
-        "An unknown command is answered with error -10, an invalid payload with error -11.\n"
-        "\n"
-        "A script defines which greetings and replies go wrong. It has one fault per line, and comments from #:\n"
-        "  greeting|reply NUMBER|every FAULT [VALUE]\n"
-        "Greetings and replies are numbered from 1, over all connections and datagrams. Faults add up; if several "
-        "lines\n"
-        "set the same fault, the last one counts. Options apply before the script. The faults:\n" +
-        StationScript::faultList() +
-        "Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.\n"
-        "\n"
-        "Each connection uses two descriptors, one of which stays open until the station ends.");
+    parser.setApplicationDescription(QString(description).arg(StationScript::faultList()));
     const QCommandLineOption address("address", "listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)",
                                      "ADDRESS", "127.0.0.1");
     const QCommandLineOption port("port", "listen on PORT (default: 0, a free port)", "PORT", "0");
@@ -81,42 +115,19 @@ int runStation(const QStringList& arguments)
     options.printsJson = parser.isSet(json);
     options.isQuiet = parser.isSet(quiet);
 
-    // The other options are added as lines of a script.
     QString error;
-    if (!options.script.add("reply every late " + parser.value(late), error))
-        return usageError("--" + error);
-    for (const char* answer : {"greeting", "reply"}) {
-        if (!options.script.add(QString("%1 every pieces %2").arg(answer, parser.value(pieces)), error))
-            return usageError("--" + error);
-    }
-    if (parser.isSet(noGreeting))
-        options.script.add("greeting every silent", error);
-    if (parser.isSet(silent))
-        options.script.add("reply every silent", error);
-    if (parser.isSet(wrongEnd))
-        options.script.add("reply every wrong-end", error);
-    if (parser.isSet(closes))
-        options.script.add("reply every close-after 0", error);
+    if (!addFaults(parser, options.script, error))
+        return usageError(error);
     if (parser.isSet(script) && !options.script.read(parser.value(script), error)) {
         printError(error);
         return exitFailed;
     }
 
-    // Never destroyed: their threads run until the process ends.
+    // Never destroyed: its threads run until the process ends.
     static StationLog& log = *new StationLog;
     if (parser.isSet(logFile) && !log.open(parser.value(logFile), error)) {
         printError(QString("cannot write to %1: %2").arg(parser.value(logFile), error));
         return exitFailed;
     }
-    static Station& station = *new Station(options, log);
-    if (!station.listen(parser.value(address), portNumber, parser.isSet(udp))) {
-        printError(
-            QString("cannot listen on %1:%2: %3").arg(parser.value(address)).arg(portNumber).arg(strerror(errno)));
-        return exitFailed;
-    }
-    station.serve();
-    const QString reason = strerror(errno);
-    log.save();
-    printError("cannot accept more connections: " + reason);
-    return exitFailed;
+    return serve(options, log, parser.value(address), portNumber, parser.isSet(udp));
 }

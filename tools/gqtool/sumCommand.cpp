@@ -90,14 +90,17 @@ static int check(const QByteArray& bytes, const Tail& tail, bool asJson)
 
 // ------------------------------------------------------------------------------------------------------------------
 
+static const char* const description =
+    "Prints the checksums that telegrams use: CRC-16 (polynomial 0x8005 reflected, initial value 0xffff, as in\n"
+    "Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096 of the bytes as hex text.\n"
+    "\n"
+    "  gqtool sum 01 03 00 00 00 0a\n"
+    "  gqtool sum --check crc 01 03 00 00 00 0a c5 cd";
+
 int runSum(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Prints the checksums that telegrams use: CRC-16 (polynomial 0x8005 reflected, initial value 0xffff, as in\n"
-        "Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096 of the bytes as hex text.\n\n"
-        "  gqtool sum 01 03 00 00 00 0a\n"
-        "  gqtool sum --check crc 01 03 00 00 00 0a c5 cd");
+    parser.setApplicationDescription(description);
     const Input input(parser);
     const QCommandLineOption checked(
         "check",

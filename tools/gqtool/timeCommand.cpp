@@ -169,15 +169,16 @@ static bool readMoment(const QString& text, unsigned int& seconds)
     return since1970 >= 0 && since1970 <= UINT_MAX;
 }
 
+static const char* const description =
+    "Prints the moment and the text of a relative time code.\n"
+    "\n"
+    "A moment is printed as local time and, in brackets, as seconds since 1970; \"none\" means that the code has no\n"
+    "moment. The ranges of codes for the texts differ in some places from those for the moments.";
+
 int runTime(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Prints the moment and the text of a relative time code.\n"
-        "\n"
-        "A moment is printed as local time and, in brackets, as seconds since 1970; \"none\" means that the code has "
-        "no\n"
-        "moment. The ranges of codes for the texts differ in some places from those for the moments.");
+    parser.setApplicationDescription(description);
     parser.addPositionalArgument("CODE", "The code.", "[CODE]");
     const QCommandLineOption list("list", "print all families of codes with their first and last moment and text");
     const QCommandLineOption base(

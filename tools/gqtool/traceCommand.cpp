@@ -54,22 +54,25 @@ static int openStopper()
     return signalfd(-1, &ends, SFD_NONBLOCK | SFD_CLOEXEC);
 }
 
+static const char* const description =
+    "Relays between clients and a station and prints a line for each frame: time, number of the connection, -> for\n"
+    "a frame from the client or <- for one from the station, and its contents. All bytes are passed on unchanged and\n"
+    "immediately, even if they are not frames. SIGINT or SIGTERM ends it.\n"
+    "\n"
+    "  gqtool trace --listen 5001 127.0.0.1:5000\n"
+    "\n"
+    "Clients then connect to port 5001. text2pcap (4.0 or later, in Debian's wireshark-common) converts a file of\n"
+    "--write to a capture file for each connection. For connection 1 of a client at port 40000:\n"
+    "\n"
+    "  text2pcap -r '^1 (?<dir>[IO]) (?<time>\\S+) (?<data>[0-9a-f]+)$' -t ISO -T 40000,5000 FILE 1.pcapng\n"
+    "\n"
+    "For datagrams, use -u instead of -T. I (in) and O (out) are the directions as seen from the station. FILE has\n"
+    "this command in a # line for each of its connections.";
+
 int runTrace(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Relays between clients and a station and prints a line for each frame: time, number of the connection, -> "
-        "for\n"
-        "a frame of the client or <- for one of the station, and its contents. All bytes are passed on unchanged and "
-        "at\n"
-        "once, even if they are no frames. SIGINT or SIGTERM ends it.\n\n"
-        "  gqtool trace --listen 5001 127.0.0.1:5000\n\n"
-        "Clients then connect to port 5001. text2pcap (4.0 or later, in Debian's wireshark-common) converts a file of\n"
-        "--write to a capture file for each connection. For connection 1 of a client at port 40000:\n\n"
-        "  text2pcap -r '^1 (?<dir>[IO]) (?<time>\\S+) (?<data>[0-9a-f]+)$' -t ISO -T 40000,5000 FILE 1.pcapng\n\n"
-        "For datagrams, use -u instead of -T. I (in) and O (out) are the directions as seen from the station. FILE "
-        "has\n"
-        "this command in a # line for each of its connections.");
+    parser.setApplicationDescription(description);
     const QCommandLineOption listen("listen", "listen on PORT; 0 means a free port", "PORT");
     const QCommandLineOption address("address", "listen on ADDRESS (default: 127.0.0.1)", "ADDRESS", "127.0.0.1");
     const QCommandLineOption udp("udp", "relay datagrams instead of connections");

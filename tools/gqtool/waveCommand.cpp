@@ -51,7 +51,7 @@ static QString formText(const BlobWaveHead& head)
     return head.waveFlags & quantisedSamples ? "quantised" : "plain";
 }
 
-// Why the library's reader refuses a wave: docs/formats/wave.md lists the reasons.
+// Returns why the library's reader refuses a wave; docs/formats/wave.md lists the reasons.
 static QString refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
 {
     if (bytes.size() < headSize)
@@ -77,7 +77,7 @@ static Wave readWave(const QByteArray& bytes)
     return wave;
 }
 
-// Of the finite samples. Others are only counted.
+// Statistics of the finite samples. Others are only counted.
 struct Statistics {
     size_t finite = 0;
     size_t others = 0; // not a number, or infinite
@@ -226,7 +226,7 @@ public:
         isGood = path == "-" || file.open(QIODevice::WriteOnly | QIODevice::Truncate);
     }
 
-    void add(const QByteArray& lines) // whole ones
+    void add(const QByteArray& lines) // complete lines
     {
         if (file.fileName() == "-")
             printLine(QString::fromUtf8(lines.chopped(1)));
@@ -275,15 +275,17 @@ static bool writePicture(const QString& path, const std::vector<float>& samples)
 
 // ------------------------------------------------------------------------------------------------------------------
 
+static const char* const description =
+    "Prints the head and marks of a stored wave, and the number, minimum, maximum and mean of its samples. NaN and\n"
+    "infinite samples are only counted. If the library's reader refuses the wave, the head and the reason are\n"
+    "printed, and the exit code is 1.\n"
+    "\n"
+    "  gqtool wave --raw --file WAVE --svg wave.svg";
+
 int runWave(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Prints the head and marks of a stored wave, and the number, minimum, maximum and mean of its samples. NaN "
-        "and\n"
-        "infinite samples are only counted. If the library's reader refuses the wave, the head and the reason are\n"
-        "printed, and the exit code is 1.\n\n"
-        "  gqtool wave --raw --file WAVE --svg wave.svg");
+    parser.setApplicationDescription(description);
     const Input input(parser);
     const QCommandLineOption csv(
         "csv", "write the samples to FILE, one 'number,value' per line; - means standard output", "FILE");
