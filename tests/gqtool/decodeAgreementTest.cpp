@@ -39,7 +39,7 @@ static bool losesStep(const Decoded& decoded)
 static Decoded expectAgreement(const Form& form, const QByteArray& bytes)
 {
     Decoded decoded = decode(form, bytes);
-    if (!decoded.isAsked)
+    if (!decoded.readerCalled)
         return decoded;
     const std::unique_ptr<Content> read = form.make();
     EXPECT_EQ(read->read(bytes), decoded.result);

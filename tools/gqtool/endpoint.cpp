@@ -18,7 +18,7 @@
 
 // --- Text ---------------------------------------------------------------------------------------------------------
 
-// As the library reads addresses. After a blank inet_aton accepts anything.
+// Accepts the addresses that the library accepts. Blanks are refused, because inet_aton ignores all that follows one.
 static bool readAddress(const QString& text, in_addr& address)
 {
     static const QRegularExpression blank("\\s");
@@ -61,7 +61,7 @@ static int lookUp(const QByteArray& name, int family, QStringList& addresses)
 {
     addrinfo hints = {};
     hints.ai_family = family;
-    hints.ai_socktype = SOCK_STREAM; // else each address comes once for every type
+    hints.ai_socktype = SOCK_STREAM; // otherwise each address is returned once per socket type
     addrinfo* found = nullptr;
     const int result = getaddrinfo(name.constData(), nullptr, &hints, &found);
     for (const addrinfo* entry = found; entry != nullptr; entry = entry->ai_next) {
@@ -96,7 +96,8 @@ bool resolveHost(const QString& host, int timeoutMs, QStringList& addresses, QSt
         addresses = QStringList{inet_ntop(AF_INET, &address, text, sizeof text)};
         return true;
     }
-    // getaddrinfo has no time-out. A thread that is still in it when the time is over ends with the program.
+    // getaddrinfo has no time-out, so a thread calls it. If the time runs out, the thread continues until the program
+    // ends.
     const auto promise = std::make_shared<std::promise<NameAnswer>>();
     std::future<NameAnswer> future = promise->get_future();
     std::thread([promise, name = host.toLocal8Bit()] { promise->set_value(askResolver(name)); }).detach();

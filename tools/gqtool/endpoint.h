@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-// Where a server is: what HOST:PORT on the command line says.
+// The address of a server, HOST:PORT on the command line.
 struct Endpoint {
     QString host; // a name or a dotted IPv4 address
     int port = 0;
@@ -11,12 +11,12 @@ struct Endpoint {
     QString text() const { return QString("%1:%2").arg(host).arg(port); }
 };
 
-// Reads HOST:PORT. Returns what is wrong with it, or an empty text.
+// Reads HOST:PORT. Returns the error, or an empty text on success.
 QString readEndpoint(const QString& text, Endpoint& endpoint);
 
-// Returns what is wrong with a dotted IPv4 address, or an empty text. "127.1" is one.
+// Returns the error in a dotted IPv4 address, or an empty text if it is valid. "127.1" is valid.
 QString addressError(const QString& text);
 
-// Looks up the IPv4 addresses of a host, the frame protocol has no other, for at most `timeoutMs`. True with one or
-// more dotted addresses; false with the reason in `error`.
+// Looks up the IPv4 addresses of a host, which the frame protocol needs, for at most `timeoutMs`. Returns true with at
+// least one dotted address, or false with the reason in `error`.
 bool resolveHost(const QString& host, int timeoutMs, QStringList& addresses, QString& error);

@@ -59,7 +59,7 @@ bool parseHex(const QByteArray& text, QByteArray& bytes, QString& error)
             ++i;
             continue;
         }
-        // A run of digits.
+        // A group of digits.
         const int start = i;
         if (text.at(i) == '0' && i + 1 < text.size() && (text.at(i + 1) == 'x' || text.at(i + 1) == 'X'))
             i += 2;

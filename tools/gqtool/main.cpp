@@ -1,4 +1,4 @@
-// gqtool, the command-line tool of the library. Each sub-command has a file.
+// gqtool, the command-line tool of the library. Each sub-command is in a file named after it.
 
 #include "command.h"
 #include "shared/console.h"

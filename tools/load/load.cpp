@@ -1,5 +1,6 @@
-// Loads a simulated station with clients that send requests without pauses, each in a thread of its own, and checks every
-// reply. The exit code is 0 only if each reply was right and the memory of neither side has grown. For scripts/load.
+// Loads a simulated station with clients that send requests without pauses, each in a thread of its own, and checks
+// every reply. The exit code is 0 only if each reply was right and the memory of neither side has grown. Run by
+// scripts/load.
 
 #include "shared/console.h"
 #include "shared/progress.h"
@@ -49,7 +50,7 @@ public:
     int wraps() const { return sequenceWraps; }
 
 private:
-    // Compares the sequence too: the station repeats it, so that the reply to another request is detected.
+    // Also compares the sequence, which the station copies from the request: a reply to another request is detected.
     bool echoesState(int value)
     {
         const int sequence = sendSeq;
@@ -179,7 +180,7 @@ static void printMemory(const char* side, const Memory& memory)
         QString("%1 %2 kB %3 kB%4").arg(side, -10).arg(memory.warm, 13).arg(memory.last, 10).arg(memory.verdict()));
 }
 
-// Returns true if all went well.
+// Returns true if each reply was right and no memory has grown.
 static bool load(const Plan& plan, const StationProcess& station)
 {
     std::deque<LoadClient> clients;

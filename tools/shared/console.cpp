@@ -15,8 +15,8 @@
 
 static int dataOutput = STDOUT_FILENO;
 
-// Opens those of standard input, output and error that are closed, so that no file gets such a descriptor and with it
-// what is printed. Reading and writing there fail.
+// Opens each of standard input, output and error that is closed, so that no other file gets its descriptor and with it
+// the printed text. Reading and writing there fail.
 static void occupyClosedStreams()
 {
     int descriptor;

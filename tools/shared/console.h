@@ -3,14 +3,14 @@
 #include <QJsonObject>
 #include <QString>
 
-// The program's data goes to a descriptor of its own: the library prints a line to standard output whenever a receive
-// timeout is set, and that line must not appear in what a script reads.
+// The program prints its data to a separate descriptor: the library prints a line to standard output whenever a receive
+// time-out is set, and scripts must not receive that line.
 
 // Reserves standard output for the data. Everything else that is printed there is discarded. Call it first.
 void takeStandardOutput();
 
-// Prints a line of data unbuffered, so that the reader of a pipe gets it at once. Any thread may call it. If the reader
-// of the pipe has gone, it ends the program with exit code 0; if writing fails, with a message and exit code 1.
+// Prints a line of data unbuffered, so that the reader of a pipe receives it immediately. Any thread may call it. If
+// the reader of the pipe is gone, the program ends with exit code 0; if writing fails, with a message and exit code 1.
 void printLine(const QString& line);
 
 // Prints bytes of data unchanged, in the same way.

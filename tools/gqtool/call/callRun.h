@@ -4,14 +4,14 @@
 
 #include <QString>
 
-static const int largestRun = 10000000; // requests, since the time of each is stored
+static const int largestRun = 10000000; // requests; limited because the time of each is stored
 
-// What the command line of `call` asks for.
+// The command line of `call`.
 struct CallRun {
     CallRequest request;
     QString name; // of the request, in messages
     int times = 1;
-    int intervalMs = 0; // from the start of a request to the start of the next, which follows a late one at once
+    int intervalMs = 0; // between the starts of two requests; a request that is late starts immediately
     bool printsJson = false;
 };
 
@@ -19,5 +19,5 @@ struct CallRun {
 int callOnce(CallClient& client, const CallRun& run);
 int callRepeatedly(CallClient& client, const CallRun& run);
 
-// Says why the server's name has no address, in place of a reply. An exit code.
+// Prints why the server's name could not be resolved, instead of a reply. Returns an exit code.
 int failUnresolved(const CallRun& run, const QString& error);

@@ -133,7 +133,7 @@ void FrameDecoder::decode()
     std::vector<StreamItem> items = stream.feed(data);
     for (const StreamItem& item : stream.end())
         items.push_back(item);
-    result.isAsked = true;
+    result.readerCalled = true;
     result.result = 1;
     result.meaning = "good";
     json.begin(nullptr, '[');
@@ -179,7 +179,7 @@ public:
         else if (part.contains("header"))
             bytes += takeHex("header");
         else if (part.contains("length") && !part.contains("command"))
-            bytes += CSocketAPI::frameStart; // one that starts no frame
+            bytes += CSocketAPI::frameStart; // a start byte that begins no frame
         else
             encodeFrame();
     }

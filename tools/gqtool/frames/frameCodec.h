@@ -6,9 +6,9 @@
 #include <QJsonValue>
 #include <QStringList>
 
-// Decodes the bytes of one direction, as decode() does records. Continues after every fault.
+// Decodes the bytes of one direction, like decode() for records. Continues after each fault.
 Decoded decodeFrames(const QByteArray& bytes, const FrameSource& source);
 
-// Makes bytes from the parts that decodeFrames finds. Returns the errors, each with the path of its field; empty on
-// success. The bytes follow from the fields of the frame alone: offset, form, content and rest are ignored.
+// Encodes the parts that decodeFrames returns. Returns the errors, each with the path of its field; empty on success.
+// Only the fields of the frame are used: offset, form, content and rest are ignored.
 QStringList encodeFrames(const QJsonValue& parts, QByteArray& bytes);

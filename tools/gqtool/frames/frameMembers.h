@@ -10,7 +10,7 @@
 // A member of the JSON object of an item, in the order of the bytes.
 struct FrameMember {
     const char* name;
-    int size; // of the bytes that hold it, in the item; -1 if it is derived from others
+    int size; // in bytes, in the item; -1 if it is derived from other members
     QJsonValue value;
 };
 

@@ -20,8 +20,8 @@ void FrameStream::add(StreamItem item)
     items.push_back(std::move(item));
 }
 
-// Reads the header at `pos` and returns the position after it. An incomplete header is kept for the next piece. An
-// impossible length means that the start byte is none: a frame may begin at any byte after it.
+// Reads the header at `pos` and returns the position after it. An incomplete header is kept for the next piece. If the
+// length is impossible, the byte at `pos` is not a start byte: a frame may begin at any byte after it.
 int FrameStream::begin(const QByteArray& input, int pos)
 {
     const char* start = input.constData() + pos;
@@ -50,7 +50,8 @@ int FrameStream::begin(const QByteArray& input, int pos)
     return pos + CSocketAPI::headerSize;
 }
 
-// Reads what has arrived of the current frame's next part and returns the position after it.
+// Reads the available bytes of the next part of the current frame (payload, check or end) and returns the position
+// after them.
 int FrameStream::take(const QByteArray& input, int pos)
 {
     Frame& frame = current.content;

@@ -4,8 +4,8 @@
 
 #include <QString>
 
-// "systemTime, sequence 4, 4 bytes: 1700000000": name or number of the command, and the payload. A frame does not say
-// which form its payload has, so it is shown in the standard form that its bytes fit.
+// "systemTime, sequence 4, 4 bytes: 1700000000": name or number of the command, and the payload. A frame does not
+// state the form of its payload, which is therefore shown in the standard form that its bytes fit.
 QString frameText(const Frame& frame);
 
 // Any item of a stream on one line: a frame as above, garbage as hex, faults in words.

@@ -116,5 +116,5 @@ int parserResult(const QString& form, const QByteArray& bytes)
         int value = 0;
         return client.parseInt(bytes.constData(), bytes.size(), value);
     }
-    return 1; // a pair of integers, which servers read and the library does not
+    return 1; // a pair of integers, for which the library has no parser
 }

@@ -6,14 +6,14 @@
 
 #include <vector>
 
-// What the bytes of frames do not say themselves. tests/golden/README.md lists the forms of payloads.
+// What cannot be seen from the bytes of frames. tests/golden/README.md lists the forms of payloads.
 struct FrameSource {
     bool isUdp = false;
     bool isRequest = false;
     QString form; // of the payloads of commands that the library does not define; empty if unknown
 };
 
-// A payload read by its form, without the library's parsers.
+// A payload read by its form, independently of the library's parsers.
 struct Payload {
     QString form;    // empty if it is not known
     QString content; // as JSON; empty if there is none
@@ -23,7 +23,7 @@ struct Payload {
 
 Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source);
 
-// What the library's parser of that form returns for these bytes: 1 on success.
+// Returns the result of the library's parser of that form for these bytes: 1 on success.
 int parserResult(const QString& form, const QByteArray& bytes);
 
 // The texts of a string list, up to the first one that overruns the payload.

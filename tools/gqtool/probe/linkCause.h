@@ -6,24 +6,24 @@
 enum class LinkCause {
     healthy,
     unresolved,     // the name has no IPv4 address
-    refused,        // the host answers, nothing listens on the port
-    unreachable,    // no way to the host
+    refused,        // the host refuses the connection: nothing listens on the port
+    unreachable,    // no route to the host
     connectTimeout, // no answer to the connection request
-    silent,         // accepted, and no greeting came
-    closed,         // closed or reset in place of a greeting or a reply
+    silent,         // the connection was accepted, but no greeting came
+    closed,         // the connection was closed or reset instead of a greeting or a reply
     foreign,        // the peer speaks another protocol
-    badFrame,       // a frame that is cut or fails its check
-    notGreeted,     // a greeting of 0 or below
-    errorFrame,     // an error frame in place of a greeting or a reply
+    badFrame,       // a frame is incomplete or fails its check
+    notGreeted,     // the greeting was 0 or below
+    errorFrame,     // an error frame came instead of a greeting or a reply
     noReply,        // a request was not answered
 };
 
-// Its word, as scripts read it: "connect-timeout".
+// Returns the name of a cause for scripts, such as "connect-timeout".
 QString causeWord(LinkCause cause);
 
-// What it means, and what to do about it: a sentence or two each.
+// Return what a cause means, and what to do about it.
 QString causeMeaning(LinkCause cause);
 QString causeAdvice(LinkCause cause);
 
-// The cause of a connect or a request over UDP that failed with this errno.
+// Returns the cause of a connect, or of a request over UDP, that failed with this errno.
 LinkCause causeOfError(int error);

@@ -19,7 +19,7 @@
 using gqdb::CSocketAPI;
 using gqdb::CUdpAPI;
 
-// Plain system calls, not the library's client: that has one result for several causes.
+// Uses system calls, because the library's client returns the same result for several causes.
 class LinkProbe {
 public:
     LinkProbe(const Endpoint& probed, const ProbeOptions& wanted) : endpoint(probed), options(wanted) {}
@@ -27,7 +27,7 @@ public:
     LinkProbe(const LinkProbe&) = delete;
     LinkProbe& operator=(const LinkProbe&) = delete;
 
-    // Each fills `stage`; false if it failed, with the cause in `result`.
+    // The stages. Each fills `stage` and returns true; or returns false with the cause in `result`.
     bool resolve();
     bool connect();
     bool awaitGreeting();
@@ -98,7 +98,7 @@ bool LinkProbe::resolve()
     return true;
 }
 
-// False if none of the events came in time.
+// Returns false if none of the events came in time.
 bool LinkProbe::waitFor(short events, qint64 ms)
 {
     QElapsedTimer timer;
@@ -135,7 +135,7 @@ bool LinkProbe::connect()
         socklen_t size = sizeof error;
         getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size);
     }
-    if (error != 0 && error != ECONNRESET) // a connection that was made and then reset
+    if (error != 0 && error != ECONNRESET) // ECONNRESET: connected, then reset
         return failWithError("cannot connect", error);
     stage.detail = "from " + portText(descriptor);
     if (options.isUdp)
@@ -145,7 +145,7 @@ bool LinkProbe::connect()
 
 // --- Frames -------------------------------------------------------------------------------------------------------
 
-// As the library's clients send their ready-made requests.
+// Sends the request of a ready-made command as the library's clients do.
 bool LinkProbe::send(unsigned char command)
 {
     QByteArray frame;
@@ -157,7 +157,8 @@ bool LinkProbe::send(unsigned char command)
     return failWithError("cannot send the request", errno);
 }
 
-// The next bytes, appended to `came`. False at the end of the stream or if receiving failed, with errno; 0 at the end.
+// Appends the next bytes to `came`. Returns false if receiving failed, with errno; or at the end of the stream, with
+// errno 0.
 bool LinkProbe::receivePiece(QByteArray& came)
 {
     char piece[65536];
@@ -170,11 +171,11 @@ bool LinkProbe::receivePiece(QByteArray& came)
     return count > 0;
 }
 
-// Receives until the bytes allow of one verdict alone, the peer ends the connection or the time is over. False if
-// receiving fails, with the cause.
+// Receives until further bytes cannot change the verdict, the peer ends the connection or the time is over. Returns
+// false with the cause if receiving fails.
 bool LinkProbe::receive(AwaitedBytes awaited, ByteVerdict& verdict)
 {
-    static const int mostBytes = 1 << 20; // of a peer that never stops
+    static const int mostBytes = 1 << 20; // in case the peer never stops sending
     QElapsedTimer timer;
     timer.start();
     QByteArray came;
@@ -186,7 +187,7 @@ bool LinkProbe::receive(AwaitedBytes awaited, ByteVerdict& verdict)
             if (verdict.isFinal)
                 return true;
             if (options.isUdp)
-                break; // a client looks at one datagram alone
+                break; // a client examines only one datagram
         } else if (errno == 0 && options.isUdp) {
             return fail(LinkCause::badFrame, "an empty datagram");
         } else if (errno == 0 || errno == ECONNRESET) {
@@ -214,8 +215,8 @@ bool LinkProbe::awaitGreeting()
     return finish(verdict);
 }
 
-// Servers of other protocols wait for the client to begin. A frame makes most of them complain about it, and the end of
-// the stream those that wait for the end of a line.
+// Most servers of other protocols wait for the client to send first. They reject a frame with an error message; those
+// that wait for the end of a line do so at the end of the stream.
 bool LinkProbe::failAsSilent()
 {
     const QString silence = QString("no greeting within %1 ms").arg(options.timeoutMs);

@@ -9,7 +9,7 @@
 #include <functional>
 
 struct ProbeOptions {
-    int timeoutMs = 0; // of each stage; a silent greeting takes it twice
+    int timeoutMs = 0; // for each stage; if no greeting comes, twice
     bool isUdp = false;
     bool greetingOnly = false;
 };
@@ -20,7 +20,7 @@ struct ProbeStage {
     bool isGood = false;
     double milliseconds = 0;
     QString detail;
-    QByteArray bytes; // the first ones that came
+    QByteArray bytes; // the first bytes that were received
 };
 
 struct ProbeResult {

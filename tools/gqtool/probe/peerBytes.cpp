@@ -16,14 +16,14 @@ static bool isTlsRecord(const QByteArray& bytes)
     return bytes.size() >= 3 && bytes[0] >= 0x14 && bytes[0] <= 0x18 && bytes[1] == 3 && bytes[2] >= 0 && bytes[2] <= 4;
 }
 
-// A server that takes the request for one of HTTP/0.9 answers with the bare page.
+// A server that takes the frame for an HTTP/0.9 request sends the page without a status line.
 static bool isHttp(const QByteArray& bytes)
 {
     const QByteArray start = bytes.left(14).toLower();
     return bytes.startsWith("HTTP/") || start.startsWith("<html") || start.startsWith("<!doctype html");
 }
 
-// By the first bytes; empty if they do not say.
+// Returns the protocol that the first bytes identify, or an empty text.
 static QString knownProtocol(const QByteArray& bytes)
 {
     if (bytes.startsWith("SSH-"))
@@ -58,18 +58,18 @@ QString visibleText(const QByteArray& bytes)
 
 // --- Frames -------------------------------------------------------------------------------------------------------
 
-// Whether bytes without a whole frame are what is left of one, and not the start byte, which is the letter h, within
-// something else.
+// Returns true if bytes without a complete frame are probably part of one. The start byte alone proves nothing: it is
+// the letter h.
 static bool isPartOfFrame(const QByteArray& bytes, const std::vector<StreamItem>& items)
 {
-    const unsigned int likelyLength = 0xFFFF; // text makes a length far above it
+    const unsigned int likelyLength = 0xFFFF; // four letters read as a length are far above it
     for (const StreamItem& item : items) {
         if (item.kind == StreamItem::cut && item.content.length <= likelyLength)
             return true;
     }
     if (bytes[0] == CSocketAPI::frameStart)
         return bytes.size() == 1 || !isText(bytes);
-    // A frame whose start byte alone is damaged.
+    // A frame in which only the start byte is damaged.
     return bytes.size() >= CSocketAPI::frameOverhead && bytes.back() == CSocketAPI::frameEnd &&
            CByte2Val::byte2UInt(bytes.constData() + 1) ==
                static_cast<unsigned int>(bytes.size() - CSocketAPI::frameOverhead);
@@ -139,7 +139,7 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
         if (item.kind == StreamItem::wrongEnd)
             return verdictOf(LinkCause::badFrame, true, itemText(item));
         if (item.kind == StreamItem::badLength)
-            break; // a client waits for the rest of it, whatever comes
+            break; // a client waits for the rest of this frame, whatever follows
     }
     for (const StreamItem& item : stream.end())
         items.push_back(item);

@@ -6,24 +6,24 @@
 
 // What the bytes of a peer reveal about the link.
 struct ByteVerdict {
-    LinkCause cause = LinkCause::healthy; // without any bytes `silent` or `noReply`
+    LinkCause cause = LinkCause::healthy; // `silent` or `noReply` if there are no bytes
     bool isFinal = false;                 // no further bytes can change it
-    int value = 0;                        // the integer of a good frame, the code of an error frame
+    int value = 0;                        // integer of a valid frame, or code of an error frame
     QString protocol;                     // if foreign: "ssh", "http", "tls" or "unknown"
     QString detail;
 };
 
 enum class AwaitedBytes {
     greeting,   // the first bytes of a connection
-    firstReply, // the first bytes that come from a peer that does not greet
-    reply,      // after a frame: the peer is no foreign server
+    firstReply, // the first bytes of a peer that does not greet
+    reply,      // bytes after a frame, which has shown that the peer is not a foreign server
 };
 
-// Judges the bytes that came where a frame was awaited, as a client takes them: it skips what precedes a start byte,
-// and takes the first frame. Any bytes will do.
+// Judges the bytes that arrived instead of the awaited frame, or with it. Like a client, it skips the bytes before a
+// start byte and examines only the first frame.
 ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited);
 
-// The first bytes as quoted text, with \r, \n, \t and . for what cannot be shown.
+// Returns the first bytes as quoted text, with \r, \n and \t, and a dot for other unprintable bytes.
 QString visibleText(const QByteArray& bytes);
 
 static const int shownPeerBytes = 64;

@@ -13,7 +13,8 @@ static const int shownText = 60; // characters of a value in a message
 
 QString jsonText(const QJsonValue& value)
 {
-    const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact); // takes no lone value
+    const QByteArray array =
+        QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact); // a document must be an array or object
     return QString::fromUtf8(array.mid(1, array.size() - 2));
 }
 
@@ -42,7 +43,7 @@ static QString imageText(unsigned long long image, int digits)
     return QString("{\"nan\": \"%1\"}").arg(image, digits, 16, QChar('0'));
 }
 
-// Returns the text for a value that JSON has no number for or that loses its sign in a parser; else nothing.
+// Returns the text for an infinite value, which JSON numbers lack, and for -0, whose sign parsers lose; else nothing.
 static QString oddNumber(double value)
 {
     if (std::isinf(value))
@@ -73,7 +74,7 @@ QString jsonText(float value)
     char digits[40];
     const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits - 1, value);
     *result.ptr = '\0';
-    // JSON is mostly read by way of double precision, which may round the shortest digits to the neighbour.
+    // Most programs read a JSON number as a double and then round that to float, which can give the adjacent float.
     if (static_cast<float>(std::strtod(digits, nullptr)) != value)
         return jsonText(static_cast<double>(value));
     const QString odd = oddNumber(value);
@@ -125,7 +126,7 @@ bool takeBytes(const QJsonValue& value, QByteArray& bytes)
 {
     if (value.isString()) {
         bytes = value.toString().toUtf8();
-        return QString::fromUtf8(bytes.constData(), bytes.size()) == value.toString(); // with zero bytes too
+        return QString::fromUtf8(bytes.constData(), bytes.size()) == value.toString(); // may contain zero bytes
     }
     const QJsonObject object = value.toObject();
     const QByteArray digits = object["hex"].toString().toLatin1();

@@ -9,7 +9,7 @@
 // Values as JSON text.
 QString jsonText(const QJsonValue& value);
 QString jsonText(const QString& text);
-QString jsonText(const QByteArray& bytes); // of a text or of bytes: a string, or {"hex": ...}
+QString jsonText(const QByteArray& bytes); // a string, or {"hex": ...} if the bytes are not text
 QString jsonText(float value);
 QString jsonText(double value);
 QString jsonText(const std::vector<float>& values);

@@ -13,11 +13,11 @@ using gqdb::CByte2Val;
 
 static const int slotSize = 258;
 static const int longestSlotText = slotSize - 2;
-static const unsigned int safeCount = 100000; // items that the library may allocate, whatever the bytes hold
+static const unsigned int safeCount = 100000; // items that the library may allocate even if there are fewer bytes
 
 // --- Waves --------------------------------------------------------------------------------------------------------
 
-// The sample that the library makes of a stored integer.
+// Returns the sample that the library computes from a stored integer.
 static float sampleOf(const StoredWave& wave, int stored)
 {
     const double high = wave.head.limitHigh;
@@ -153,7 +153,7 @@ public:
     void readerNeedsAfter(int size) override { expectInAll(pos + size); }
     void resultIsOffBy(int size) override { resultOffset = size; }
 
-    // The library's reader needs that many bytes in all.
+    // The library's reader needs that many bytes in total.
     void expectInAll(int size)
     {
         if (!isStopped && size > data.size())
@@ -165,7 +165,7 @@ public:
 
     int pos = 0;
     int resultOffset = 0;
-    bool isRisky = false; // the library's reader would allocate as much as a count or length says
+    bool isRisky = false; // a count or length would make the library's reader allocate too much memory
     JsonBuilder json;
 
 private:
@@ -349,7 +349,7 @@ static void callReader(const Form& form, const QByteArray& bytes, bool isRisky, 
     } else if (isRisky) {
         decoded.meaning = "not called: the reader trusts this number and would allocate that much memory";
     } else {
-        decoded.isAsked = true;
+        decoded.readerCalled = true;
         decoded.result = form.make()->read(bytes);
         decoded.meaning = meaningOf(form, decoded.result);
     }

@@ -5,10 +5,10 @@
 #include <memory>
 #include <vector>
 
-// Decodes bytes field by field, without the library's reader, and then calls that one too for its result.
+// Decodes bytes field by field, independently of the library's reader, then calls that reader for its result.
 
 struct DecodedField {
-    int offset = 0;   // -1 of a sample that was unpacked
+    int offset = 0;   // -1 for a sample that was unpacked
     QByteArray bytes; // of the field
     QString name;     // "[2].text1"
     QString value;    // as JSON
@@ -27,9 +27,9 @@ struct Decoded {
     QByteArray rest;                  // after the record or list; after a fault, what was not read
     int restOffset = 0;
 
-    bool isAsked = false; // the library's reader was called
-    int result = 0;       // what it returned
-    QString meaning;      // of the result, or why it was not called
+    bool readerCalled = false;
+    int result = 0;  // of the library's reader
+    QString meaning; // of the result, or why the reader was not called
 };
 
 Decoded decode(const Form& form, const QByteArray& bytes);

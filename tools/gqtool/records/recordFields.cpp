@@ -302,7 +302,7 @@ private:
     std::vector<Record> list;
 };
 
-// Of a form that the library writes and does not read.
+// The reader of a form that the library only writes.
 template <typename Content>
 static int noReader(const char*, int, Content&)
 {

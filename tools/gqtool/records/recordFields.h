@@ -13,8 +13,8 @@
 #include <fepRecords.h>
 #include <recordWalk.h>
 
-// The forms of bytes that gqtool knows, and the fields of each by name, in the order of the bytes. The fields of plain
-// records are the lists that the library itself walks through (rdbFields.h, fepFields.h).
+// The forms of bytes that gqtool decodes and encodes, and the named fields of each, in the order of the bytes. The
+// fields of plain records are the library's own lists (rdbFields.h, fepFields.h).
 
 struct StoredWave {
     gqdb::BlobWaveHead head;
@@ -35,12 +35,12 @@ public:
     Fields(const Fields&) = delete;
     Fields& operator=(const Fields&) = delete;
 
-    // --- Fields. An item of a list that is no record has no name: null ---
+    // --- Fields. The name is null for a list item that is not a record ---
 
     using CFieldListener::field;
     void field(const char* name, char& value) { field(name, reinterpret_cast<unsigned char&>(value)); }
 
-    // Number of bytes on the wire of the last text of that name, its length included; 0 if the fields are not on a wire.
+    // Number of bytes on the wire of the last text of that name, including its length; 0 if there are no bytes.
     virtual int wireSize(const char* /*name*/) const { return 0; }
 
     using CFieldListener::bytes;
@@ -58,8 +58,8 @@ public:
     virtual void beginRecord(const char* name) = 0;
     virtual void endRecord() = 0;
 
-    // Begins a list after a count of `countBytes` bytes; with 0 bytes it has exactly `size` items. Returns the number of
-    // items to visit.
+    // Begins a list after a count of `countBytes` bytes; with 0 bytes it has exactly `size` items. Returns the number
+    // of items to visit.
     virtual unsigned int beginList(const char* name, int countBytes, size_t size) = 0;
     virtual bool beginItem(unsigned int index) = 0; // false to end the list
     virtual void endItem() = 0;

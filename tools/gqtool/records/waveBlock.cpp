@@ -25,7 +25,7 @@ UnpackedBlock unpackBlock(const QByteArray& packed)
 {
     UnpackedBlock block;
     z_stream zlib = {};
-    zlib.next_in = reinterpret_cast<unsigned char*>(const_cast<char*>(packed.constData())); // is not written to
+    zlib.next_in = reinterpret_cast<unsigned char*>(const_cast<char*>(packed.constData())); // zlib does not write to it
     zlib.avail_in = static_cast<unsigned int>(packed.size());
     if (inflateInit(&zlib) != Z_OK) {
         block.fault = "zlib is out of memory";

@@ -3,8 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
-// What a stored wave has after its head: marks and the sample block. Found out without the library's reader, to say why
-// that one refuses a wave.
+// Marks and sample block of a stored wave, examined without the library's reader, to explain why that reader refuses a
+// wave.
 
 // Returns why `size` bytes after the head cannot hold the marks and the least block that goes with them; empty if they
 // can.

@@ -21,8 +21,8 @@ static std::vector<gqdb::NodeHead> nodeHeads()
     return {head};
 }
 
-// text1 is the line's name, text2 its protocol, text3 its destination, word1 its speed. text4 must have two bytes in each
-// entry: byte2CommItems assumes that length when it steps to the next entry.
+// text1 is the line's name, text2 its protocol, text3 its destination, word1 its speed. text4 must have two bytes in
+// each entry: byte2CommItems assumes that length when it steps to the next entry.
 static std::vector<gqdb::CommItem> commItems()
 {
     gqdb::CommItem serial;
@@ -42,7 +42,7 @@ static std::vector<gqdb::CommItem> commItems()
     return {serial, network};
 }
 
-// With bytes after the list: byte2CommItem needs as many after an entry as text3 has.
+// Appends bytes after the list: byte2CommItem needs as many bytes after an entry as its text3 has.
 static QByteArray readableCommItems()
 {
     const std::vector<gqdb::CommItem> list = commItems();
@@ -62,7 +62,7 @@ static std::vector<gqdb::YcItem> ycItems()
     item.text2 = "live steam temperature";
     item.text3 = QString::fromUtf8("°C");
     item.word1 = 1;
-    item.coef1 = 0.25f; // a step of the raw value
+    item.coef1 = 0.25f; // value of one raw step
     item.coef2 = -50;   // the value at raw 0
     return {item};
 }

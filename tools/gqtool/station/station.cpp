@@ -33,7 +33,7 @@ bool Station::listen(const QString& address, int port, bool withDatagrams)
 {
     std::string localAddress;
     int localPort = 0;
-    // The library binds every interface for exactly this text, and loopback for the same address spelt otherwise.
+    // For the text "127.0.0.1" the library binds every interface; for "127.1", the same address, only loopback.
     const std::string bound = address == "127.0.0.1" ? "127.1" : address.toStdString();
     return server.open(bound, port, 128) == 1 && server.getSockName(localAddress, localPort) == 1 &&
            (!withDatagrams || datagrams.openP2P(bound, localPort) == 1);
@@ -120,7 +120,7 @@ static void addString(int index, QByteArray& payload)
     payload.append(text);
 }
 
-// Splits `count` items into as many frames as they need.
+// Splits `count` items into frames of up to `perFrame` items.
 static QByteArrayList listFrames(unsigned char command, int sequence, int count, int perFrame,
                                  void (*addItem)(int index, QByteArray& payload))
 {
@@ -224,7 +224,7 @@ bool Station::serveRequest(const StreamItem& item, const QString& peer, const Tr
     const SendFaults faults = options.script.ofReply(number);
     pause(faults.lateMs);
     int sent = 0;
-    if (!faults.silent && faults.closeAfter != 0) { // otherwise the command is not executed either
+    if (!faults.silent && faults.closeAfter != 0) { // if nothing is to be sent, the command is not executed
         const QByteArrayList frames = faults.error ? QByteArrayList{errorFrame(request.sequence, *faults.error)}
                                                    : answer(request, transport.isDatagram);
         sent = send(frames, faults, transport);
@@ -275,7 +275,7 @@ void Station::serveConnection(CTcpSocket& connection, const QString& peer)
     }
     FrameStream requests;
     char piece[4096];
-    bool isFrames = true; // if not, or if a length is too large for a request, the connection is closed
+    bool isFrames = true; // false closes the connection, as does a length that is too large for a request
     while (isFrames) {
         const int count = connection.recv(piece, sizeof piece);
         if (count < 0)

@@ -16,7 +16,7 @@
 struct StationOptions {
     int greeting = 1;     // the integer of the greeting; clients refuse 0 and below
     int gapMs = 100;      // between the frames of a reply: a client drops what a read returns after the end of a frame,
-                          // and only a pause makes each frame arrive in a read of its own
+                          // so each frame must arrive in a read of its own
     StationScript script; // its faults
     bool printsJson = false; // instead of text
     bool isQuiet = false;    // prints only the line with its address
@@ -30,14 +30,15 @@ public:
     // Prints a line per connection and request, and adds it to the log, which it does not own.
     Station(const StationOptions& options, StationLog& log);
 
-    // Listens; port 0 means a free one. `withDatagrams`: on the same port of UDP too. Returns false on failure, with errno.
+    // Listens; port 0 means a free one. `withDatagrams` also opens the UDP port of the same number. Returns false on
+    // failure, with errno.
     bool listen(const QString& address, int port, bool withDatagrams);
 
     // Prints its address as HOST:PORT and serves connections until accepting fails; errno is the reason.
     void serve();
 
 private:
-    // The way of a request and its reply.
+    // How a request arrived and its reply is sent.
     struct Transport {
         bool isDatagram;
         std::function<bool(const QByteArray& bytes)> send;

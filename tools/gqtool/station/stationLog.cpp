@@ -19,7 +19,7 @@ bool StationLog::open(const QString& path, QString& error)
 {
     log.init(path);
     QFile file(path);
-    isOpen = file.open(QIODevice::Append); // saving an empty queue would not try
+    isOpen = file.open(QIODevice::Append); // saving an empty queue would not open it
     error = file.errorString();
     if (!isOpen)
         return false;
@@ -52,7 +52,7 @@ void StationLog::Saver::run()
         signal = sigtimedwait(&endings, nullptr, &pause);
         log.save();
     } while (signal < 0);
-    // End as without a log.
+    // End the process by the signal, as it would end without a log.
     std::signal(signal, SIG_DFL);
     pthread_sigmask(SIG_UNBLOCK, &endings, nullptr);
     kill(getpid(), signal);

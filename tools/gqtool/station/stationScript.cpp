@@ -13,7 +13,7 @@
 
 struct FaultWord {
     const char* name;
-    const char* value; // the name of its value, or nothing
+    const char* value; // the name of its value; empty if it has none
     int least;         // of its value
     const char* meaning;
     void (*set)(SendFaults& faults, int value);

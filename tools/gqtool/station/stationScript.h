@@ -20,8 +20,8 @@ struct SendFaults {
     std::optional<int> error; // sends an error frame with this code instead
 };
 
-// The writes that send these frames with these faults. Each inner list holds the pieces of one write of frames, which
-// follow each other after short pauses.
+// Returns the writes that send these frames with these faults. An inner list has the pieces of one write, which are
+// sent with short pauses between them.
 std::vector<QByteArrayList> writesOf(QByteArrayList frames, const SendFaults& faults);
 
 // Assigns faults to the greetings and replies of a station, one line each:
@@ -29,7 +29,8 @@ std::vector<QByteArrayList> writesOf(QByteArrayList frames, const SendFaults& fa
 // Greetings and replies are numbered from 1, over all connections and datagrams.
 class StationScript {
 public:
-    // Adds the lines of a file, with comments from # to the end of a line. Returns false with place and reason in `error`.
+    // Adds the lines of a file, with comments from # to the end of a line. Returns false with place and reason in
+    // `error`.
     bool read(const QString& path, QString& error);
 
     // Adds a line. Returns false with the reason in `error`.
@@ -39,7 +40,7 @@ public:
     SendFaults ofGreeting(int number) const { return faultsOf(greeting, number); }
     SendFaults ofReply(int number) const { return faultsOf(reply, number); }
 
-    // The faults and their meanings, a line each, for a help text.
+    // Returns the faults and their meanings, a line each, for a help text.
     static QString faultList();
 
 private:

@@ -12,7 +12,7 @@
 #include <list>
 #include <vector>
 
-static const size_t mostClients = 256; // the one that has been silent longest is replaced
+static const size_t mostClients = 256; // a new client then replaces the one that has been silent longest
 
 // A client that has sent a datagram.
 struct DatagramClient {

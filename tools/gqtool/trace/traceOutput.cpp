@@ -48,7 +48,7 @@ void TraceOutput::record(const QByteArray& line)
 
 void TraceOutput::recordPiece(int connection, Side from, const QByteArray& bytes)
 {
-    if (!bytes.isEmpty()) // text2pcap takes no empty packet
+    if (!bytes.isEmpty()) // text2pcap refuses an empty packet
         record(QString("%1 %2 %3 ").arg(connection).arg(from == Side::client ? 'I' : 'O').arg(isoTime(now)).toUtf8() +
                bytes.toHex() + '\n');
 }

@@ -34,7 +34,7 @@ public:
     // Prints the frames of a datagram, which is a stream of its own.
     void datagram(int connection, Side from, const QByteArray& bytes);
 
-    // Counts so far, on one line.
+    // Returns the counts so far, on one line.
     QString summary() const;
 
     // Returns false if writing the file failed.
@@ -54,5 +54,5 @@ private:
     int connections = 0;
     long long requests = 0; // frames of clients
     long long replies = 0;
-    long long faults = 0; // items that are no whole frame
+    long long faults = 0; // items that are not complete frames
 };

@@ -9,8 +9,8 @@
 // "127.0.0.1:5000"
 QString endpointText(const sockaddr_in& address);
 
-// Relay between clients and a station until `stopper` becomes readable. Bytes are passed on unchanged and at once, before
-// they are printed.
+// Relay between clients and a station until `stopper` becomes readable. Bytes are passed on unchanged and immediately,
+// before they are printed.
 //   listener  a bound non-blocking socket; for streams, a listening one
 // Return false, with errno, if the relay itself fails.
 

@@ -16,7 +16,7 @@
 #include <vector>
 
 static const int pieceSize = 32768;        // of one read; with text2pcap's dummy headers it still fits into a packet
-static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other has not accepted
+static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other has not yet accepted
 
 QString endpointText(const sockaddr_in& address)
 {
@@ -183,7 +183,7 @@ void RelayedConnection::passOn(Flow& flow)
     }
 }
 
-// One side has gone without ending its stream: the destructor will reset the connection of the other side.
+// One side has broken the connection: the destructor will reset the connection to the other side.
 void RelayedConnection::fail(Side side, const char* what, int error)
 {
     hasFailed = true;
