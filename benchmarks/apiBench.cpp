@@ -27,10 +27,11 @@ using gqdb::CTcpAPI;
 
 // --- Reassembly ---------------------------------------------------------------------------------------------------
 
-// A client with its frame in the open.
+// Makes the frame of a client accessible.
 class OpenClient : public CTcpAPI {
 public:
-    // Feeds the reassembly, without a network, in reads of `step` bytes. Whether the last one made the frame whole.
+    // Feeds the reassembly without a network, in reads of `step` bytes. Returns true if the last read completed the
+    // frame.
     bool take(const QByteArray& bytes, int step)
     {
         bool whole = false;
@@ -43,7 +44,7 @@ public:
 
     const QByteArray& taken() const { return recvFrame; }
 
-    // As the client does after each reply: memory up to the size of one read is kept.
+    // Drops the frame as the client does after each reply: keeps memory up to the size of one read.
     void drop()
     {
         if (recvFrame.capacity() > rawBufferSize)
@@ -54,14 +55,14 @@ public:
     }
 };
 
-// The same reads, copied to where they belong.
+// Copies the same reads to their place in the frame.
 static void copy(const QByteArray& bytes, int step, char* target)
 {
     for (int start = 0; start < bytes.size(); start += step)
         std::memcpy(target + start, bytes.constData() + start, size_t(std::min(step, bytes.size() - start)));
 }
 
-// A frame of `size` bytes in all, its payload full of start and end bytes.
+// Returns a frame of `size` bytes in total, whose payload is full of start and end bytes.
 static QByteArray frameOf(int size)
 {
     QByteArray frame;
@@ -82,7 +83,7 @@ static void compareReassembly(const std::string& job, int frameSize, int step, d
         client.drop();
         for (auto _ : state) {
             if (!client.take(frame, step))
-                fail(job + ": the library's frame is not whole");
+                fail(job + ": the library's frame is incomplete");
             benchmark::DoNotOptimize(client.taken().constData());
             client.drop();
         }
@@ -119,7 +120,7 @@ public:
     BareClient(const BareClient&) = delete;
     BareClient& operator=(const BareClient&) = delete;
 
-    // Sends the request and waits for as many bytes; false if something else came of it.
+    // Sends the request and receives as many bytes. Returns false on failure.
     bool roundTrip(const QByteArray& bytes)
     {
         return send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL) == bytes.size() &&
@@ -137,7 +138,7 @@ private:
 BareClient::BareClient(int port)
     : descriptor(socket(AF_INET, SOCK_STREAM, 0)), buffer(new char[CSocketAPI::rawBufferSize])
 {
-    const char oneByte = 1; // refused; the library asks in the same way
+    const char oneByte = 1; // refused by the system; the library makes the same call
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &oneByte, sizeof oneByte);
     const int on = 1;
     setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -159,14 +160,14 @@ BareClient::BareClient(int port)
         fail("the bare client was not greeted");
 }
 
-// The library's request on the wire: the peer sends it back as it came.
+// Returns the library's request as it is on the wire: the peer echoes it.
 static void checkRequest(OpenClient& client)
 {
     int len = 0;
     if (client.sendInt(command, value) != 1 || client.recvDatas(len) != 1)
         fail("the library's request did not come back");
     QByteArray echo = client.taken();
-    echo[5] = echo[6] = 0; // the sequence, which counts on
+    echo[5] = echo[6] = 0; // the sequence, which differs in each request
     if (echo != request)
         fail("the library's request differs");
     client.drop();
@@ -187,7 +188,7 @@ static Side bareSide(BareClient& client, const QByteArray& bytes)
 
 static void compareRoundTrips()
 {
-    // The peers first: each is a process that inherits what is open.
+    // Peers before clients: the process of a peer inherits open descriptors.
     static EchoPeer libraryPeer(greeting);
     static EchoPeer barePeer(greeting);
     static EchoPeer qtPeer({});
@@ -217,7 +218,7 @@ static void compareRoundTrips()
     const auto libraryTime = [](benchmark::State& state) {
         const OneCore core;
         for (auto _ : state) {
-            if (client.systemTime() <= 0) // the time that was sent along
+            if (client.systemTime() <= 0) // the echo of the time in the request
                 fail("the library's time differs");
         }
     };
@@ -229,7 +230,7 @@ static void compareRoundTrips()
                 fail("the reply to QTcpSocket differs");
         }
     };
-    // Writing one register: the reply is the request once more.
+    // Writes one register: the reply repeats the request.
     const auto modbus = [](benchmark::State& state) {
         const OneCore core;
         for (auto _ : state) {
@@ -247,7 +248,7 @@ static void compareRoundTrips()
 
 // --- Many sockets -------------------------------------------------------------------------------------------------
 
-// Sockets whose send buffers are full, so that only those with a byte to read end a wait.
+// Sockets whose send buffers are full, so that only a byte to read ends a wait.
 class ManySockets {
 public:
     ManySockets(int count, int readable)
@@ -282,7 +283,7 @@ public:
     std::vector<TcpSocketStatus> rows;
 
 private:
-    // Takes a descriptor in place of the one that it was made with.
+    // Takes over a descriptor instead of the one that the constructor opened.
     class Link : public CTcpSocket {
     public:
         explicit Link(int descriptor)
@@ -306,7 +307,7 @@ static void compareSelect(int count, int readable)
                 fail("select: another number of sockets is ready");
         }
     };
-    // The sets are there, and copied for each call, which overwrites them.
+    // The prepared sets are copied for each call, which overwrites them.
     const auto bare = [=](benchmark::State& state) {
         const ManySockets sockets(count, readable);
         int highest = 0;

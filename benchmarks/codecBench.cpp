@@ -24,7 +24,7 @@ static const char streamName[] = "QDataStream";
 
 using Records = std::vector<FloatRealData>;
 
-// No field is ever 0, which Protocol Buffers would leave out; no flag needs more than one byte there.
+// No field is 0, which Protocol Buffers would omit, and no flag needs more than one byte there.
 static Records someRecords()
 {
     Records records(10000);
@@ -50,7 +50,7 @@ static bool isSame(const Records& left, const Records& right)
                       });
 }
 
-// QDataStream in the library's form, to the byte: little-endian, floats in 4 bytes.
+// Makes QDataStream write the same bytes as the library: little-endian, floats in 4 bytes.
 static void useLibraryForm(QDataStream& stream)
 {
     stream.setByteOrder(QDataStream::LittleEndian);
@@ -114,7 +114,7 @@ static Records fromMessage(const peer::FloatRealDatas& message)
     return records;
 }
 
-// The bytes that the library is to write and read, made without it.
+// Returns the bytes that the library must write and read, made without it.
 static QByteArray streamed(const Records& records)
 {
     QByteArray data;
@@ -221,13 +221,13 @@ static void compareDecoding(const Records& records)
 
 static const size_t sampleCount = 1000000;
 
-// 0 to 256, up and down in large steps.
+// Returns 0 to 256, up and down in large steps.
 static int someStep(size_t i)
 {
     return static_cast<int>(i * 101 % 257);
 }
 
-// A copy into memory that the system has yet to give.
+// Returns a side that copies into newly allocated memory.
 static Side freshCopySide(const std::vector<float>& samples)
 {
     return [=](benchmark::State& state) {
@@ -244,7 +244,7 @@ static void compareFloat2Short()
     std::vector<float> samples(sampleCount);
     std::vector<int> expected(sampleCount);
     for (size_t i = 0; i < sampleCount; ++i) {
-        samples[i] = static_cast<float>(someStep(i)) / 256; // times 65535 it is exact in a float
+        samples[i] = static_cast<float>(someStep(i)) / 256; // multiplied by 65535, still exact in a float
         expected[i] = someStep(i) * 65535 / 256;
     }
     const auto library = [=](benchmark::State& state) {
@@ -284,7 +284,7 @@ static void compareShort2float()
         if (samples.size() != raw.size())
             fail("short2float: the number of samples differs");
         for (size_t i = 0; i < sampleCount; ++i) {
-            // A step is 40 / 65535, some 6e-4. The last bit is the tests' concern.
+            // A step is 40 / 65535, about 6e-4. Tests check the last bit.
             if (std::abs(samples[i] - (lower + raw[i] * (upper - lower) / 65535.0)) > 1e-5)
                 fail("short2float: the samples differ");
         }
@@ -324,7 +324,7 @@ static void compareCalcLimit()
         if (upper != 256 || lower != 0)
             fail("calcLimit: the limits differ");
     };
-    // Adds up all words, in lanes that the compiler makes vectors of.
+    // Adds up all words, in lanes that the compiler vectorises.
     const auto reading = [=](benchmark::State& state) {
         static const size_t lanes = 32;
         std::vector<unsigned int> words(sampleCount);
@@ -343,7 +343,7 @@ static void compareCalcLimit()
 
 // --- Telegrams ----------------------------------------------------------------------------------------------------
 
-// The same CRC in the barest form of one step of two tables a byte.
+// The same CRC, as a plain loop over two tables with one step per byte.
 class BareCrc {
 public:
     BareCrc()

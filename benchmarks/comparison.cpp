@@ -8,7 +8,7 @@
 #include <cstring>
 #include <map>
 
-// What the table needs of a job once its sides are registered.
+// A registered job, for the table.
 struct Comparison {
     std::string job;
     std::vector<Peer> peers;
@@ -47,7 +47,7 @@ Side copySide(const QByteArray& bytes)
 
 // --- Measuring ----------------------------------------------------------------------------------------------------
 
-// The least nanoseconds of one iteration, on each clock by itself.
+// The shortest time of one iteration in nanoseconds, for each clock separately.
 struct LeastTimes {
     double processor;
     double wall;
@@ -69,7 +69,7 @@ void LeastTimesReporter::ReportRuns(const std::vector<Run>& runs)
 {
     for (const Run& run : runs) {
         if (run.run_type != Run::RT_Iteration)
-            continue; // a mean or the like
+            continue; // an aggregate, such as a mean
         const double perIteration = 1e9 / static_cast<double>(run.iterations);
         const LeastTimes now = {run.cpu_accumulated_time * perIteration, run.real_accumulated_time * perIteration};
         LeastTimes& least = times.emplace(run.run_name.function_name, now).first->second;

@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
-// A job measured as the library does it and as others do it: with the bare calls that nobody could do it without, or
-// with another library. Each side is a benchmark of its own; what counts is the ratio of their least times.
+// Compares the time of a job in the library with that of the system or library calls that every solution needs, or of
+// another library. Each side is a separate benchmark; the result is the ratio of their shortest times.
 
 enum class Clock { processor, wall };
 
-// One row of the table: the library is to stay within `ratio` times the other side; 0 where there is no aim.
+// One row of the table: the library must take at most `ratio` times as long as the other side; 0 means no aim.
 struct Aim {
     Clock clock;
     double ratio;
@@ -22,22 +22,21 @@ struct Aim {
 
 using Side = std::function<void(benchmark::State&)>;
 
-// Another way to do the job, a row for each aim.
+// Another way to do the job, with a row of the table for each aim.
 struct Peer {
     std::string name;
     std::vector<Aim> aims;
     Side side;
 };
 
-// A side that copies `bytes` as they are, into room that is there already.
+// Returns a side that only copies `bytes`, into memory that is already allocated.
 Side copySide(const QByteArray& bytes);
 
-// Registers all sides. Each proves its own result before its loop, for a benchmark is called many times.
+// Registers all sides. Each checks its result before its loop, because a benchmark is called many times.
 void compare(const std::string& job, const Side& library, const std::vector<Peer>& peers);
 
-// Runs what compare has registered and what the filter leaves, then prints the table, in Markdown. False if nothing
-// ran.
+// Runs the registered benchmarks that match the filter, then prints the table in Markdown. Returns false if none ran.
 bool runComparisons(std::ostream& out);
 
-// Ends the program: a wrong result has no time worth telling.
+// Prints the message and ends the program: the time of a wrong result is meaningless.
 [[noreturn]] void fail(const std::string& what);

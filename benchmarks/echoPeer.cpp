@@ -60,7 +60,7 @@ EchoPeer::EchoPeer(const QByteArray& greeting)
     if (process < 0)
         fail("cannot start the peer's process");
     if (process == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL); // goes with the program, however that ends
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // ends with the program, however that ends
         const OneCore core;
         greetAndEcho(listener, greeting);
         _exit(0);

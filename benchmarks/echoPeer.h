@@ -5,8 +5,8 @@
 #include <sched.h>
 #include <sys/types.h>
 
-// Keeps the calling thread on the first core that it may use, for its lifetime. Peers stay there for good: a round trip
-// within one core and one between two differ tenfold, and which of them it is must not be chance.
+// Keeps the calling thread on the first core that it may use, during the object's lifetime. Peers always run on that
+// core: round trips within one core and between two differ tenfold, so the scheduler must not choose.
 class OneCore {
 public:
     OneCore();
@@ -18,8 +18,8 @@ private:
     cpu_set_t before;
 };
 
-// The other end of a round trip, for one connection on the loopback address: it sends the greeting and from then on
-// whatever it gets. Plain system calls, in a process of its own, so that its time is not the client's.
+// The other end of a round trip, for one connection on the loopback address. It sends the greeting, then echoes all it
+// receives. It uses only system calls and runs in a separate process, so that its time does not count as the client's.
 class EchoPeer {
 public:
     // Listens once constructed. The process inherits open descriptors: construct every peer before the clients.

@@ -18,7 +18,7 @@
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
-static const char message[] = "pump 3: pressure 4.25 bar, above its limit"; // what a line says, on every side
+static const char message[] = "pump 3: pressure 4.25 bar, above its limit"; // of each line, on every side
 static const int batch = 20000;                                             // lines between two saves
 
 static const QString& folder()
@@ -30,7 +30,7 @@ static const QString& folder()
 
 // --- What a caller pays -------------------------------------------------------------------------------------------
 
-// Runs `call` so many times in all, in one thread or shared out among several.
+// Calls `call` `count` times in total, in one thread or divided among several.
 static void callFrom(int threads, const std::function<void(int)>& call)
 {
     if (threads == 1) {
@@ -45,7 +45,7 @@ static void callFrom(int threads, const std::function<void(int)>& call)
         thread.join();
 }
 
-// What no queue can do without: a look at the clock, a lock, and the store.
+// The minimum that every queue needs: reading the clock, a lock, and a store.
 class BareQueue {
 public:
     void add(const QString& text)
@@ -139,7 +139,7 @@ static void compareSaveAlone(int count, Times times, double aim)
                 fail("save: no file");
         }
     };
-    // All lines by one call, into a file that is moved aside as often.
+    // Writes all lines by one call, to a file that is renamed as often.
     const auto bare = [=](benchmark::State& state) {
         const std::string name = folder().toStdString() + "/bare.log";
         const QByteArray bytes = (QByteArray("<09:05:07.000> ") + message + "\n").repeated(count);

@@ -24,7 +24,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
         return 2;
 
-    // Clients print a line when they are made; the table is to stand alone.
+    // Each new client prints a line, which must not appear in the table.
     std::ostream out(std::cout.rdbuf());
     std::cout.rdbuf(nullptr);
 

@@ -17,7 +17,7 @@ using gqdb::FloatRealData;
 
 static const int valueCount = 1000;
 
-// Writes a thousand values of `width` bytes to an array that has room for them. `write` writes one of a number.
+// Writes a thousand values of `width` bytes to an array that has room for them. `write` writes the value for a number.
 template <typename Write>
 static Side valuesSide(int width, const QByteArray& expected, Write write)
 {
@@ -88,7 +88,7 @@ static std::vector<FloatRealData> someValues(int count)
     return list;
 }
 
-// A job of `lists` lists, or the share of a list: one of so many jobs in a batch.
+// A job of `lists` lists, or a fraction of a list: one of several jobs in a batch.
 static Side encodeSide(int count, int batch, int lists = 1)
 {
     return [=](benchmark::State& state) {
@@ -124,7 +124,7 @@ static Side decodeSide(int count, int batch, int lists = 1)
     };
 }
 
-// Each size beside the cost of as many records in lists of 10,000. From 100,000 on the bytes leave the caches.
+// Compares each size with the cost of as many records in lists of 10,000. Lists of 100,000 and more exceed the caches.
 static void compareSizes()
 {
     for (const int count : {10, 100, 1000, 100000, 1000000}) {

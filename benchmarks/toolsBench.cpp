@@ -8,8 +8,8 @@
 static const int lastCode = 3600;
 static const std::time_t baseTime = 1617178830; // 2021-03-31 10:20:30 in Berlin, three days after a clock change
 
-// Whether a code can't be evaluated without the calendar: it needs the base's local time, and the moment of another
-// one. The others add to the base, or have no moment.
+// Returns true if a code needs the calendar: the local time of the base, and the moment of another local time. Other
+// codes add to the base or have no moment.
 static bool needsCalendar(int code)
 {
     static const int ranges[][2] = {{1, 353},     {375, 500},   {502, 502},   {506, 1112},  {1121, 1132},

@@ -14,7 +14,7 @@ static const size_t sampleCount = 1000000;
 static const unsigned char quantised = 2; // bits of waveFlags
 static const unsigned char compressed = 4;
 
-// A voltage with its harmonics, in steps of 1/16 V, as a converter gives them.
+// A voltage with harmonics, in steps of 1/16 V, as from a converter.
 static std::vector<float> someSamples()
 {
     std::vector<float> samples(sampleCount);
@@ -54,7 +54,7 @@ static Side packSide(const std::vector<float>& samples, unsigned char flags)
     };
 }
 
-// Proves that the samples come back, to half a step where they are quantised.
+// Checks that the samples are read back: exactly, or within half a step if quantised.
 static Side unpackSide(const std::vector<float>& samples, unsigned char flags)
 {
     return [=](benchmark::State& state) {
@@ -75,7 +75,7 @@ static Side unpackSide(const std::vector<float>& samples, unsigned char flags)
     };
 }
 
-// Signed samples as a converter gives them, with their scale and offset in the head.
+// Signed samples as from a converter, with scale and offset in the head.
 static Side unpackSixteenBitsSide()
 {
     return [](benchmark::State& state) {
@@ -104,7 +104,7 @@ static Side unpackSixteenBitsSide()
     };
 }
 
-// The samples as they are stored, without head: what zlib gets.
+// Returns the stored samples without the head, the input of zlib.
 static std::vector<unsigned char> sampleBlock(const std::vector<float>& samples, unsigned char flags)
 {
     const std::vector<unsigned char> stored = storedWave(samples, flags & quantised);
