@@ -338,10 +338,13 @@ int CByte2Rdb::byte2BlobDataInfos(const char* buf, int size, std::vector<BlobDat
 
 void CByte2Rdb::blobRealData2Byte(const BlobRealData& record, QByteArray& data)
 {
-    CRecordSize size;
-    walk(size, const_cast<BlobRealData&>(record));
-    reserveMore(data, size.bytes());
-    CRecordWriter out(grow(data, size.bytes()));
+    const int fixedSize = 18;
+    const auto length = static_cast<long long>(record.bytes.size());
+    const int first = data.size();
+    grow(data, fixedSize); // doubles the memory, unlike the reservation: otherwise each item of a list would move it
+    reserveMore(data, length);
+    grow(data, length);
+    CRecordWriter out(data.data() + first);
     walk(out, const_cast<BlobRealData&>(record));
 }
 

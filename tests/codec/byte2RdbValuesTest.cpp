@@ -685,6 +685,20 @@ TEST(BlobRealData2Byte, countsTheContentInFourBytes)
     EXPECT_TRUE(data == "aa 00000000 0000000000000000 0000 45230100"_hex + QByteArray(0x00012345, 'a'));
 }
 
+TEST(BlobRealData2Byte, allocatesSeldomWhileAnArrayGrowsByManyRecords)
+{
+    BlobRealData record;
+    record.bytes.resize(50);
+    QByteArray data;
+    int allocations = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const int before = data.capacity();
+        CByte2Rdb::blobRealData2Byte(record, data);
+        allocations += data.capacity() != before;
+    }
+    EXPECT_LT(allocations, 50);
+}
+
 TEST(BlobRealData2Byte, writesZeroForNoContent)
 {
     QByteArray data;
