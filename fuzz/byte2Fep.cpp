@@ -4,6 +4,7 @@
 #include <algorithm>
 
 using namespace gqdb;
+using Fep = CByte2Fep;
 
 // --- Records but CommItem ----------------------------------------------------------
 
@@ -26,13 +27,6 @@ static void checkList(const Layout& layout, const Reading& reading)
 
 static const Layout nodeHead = {{4, textField, textField, textField, textField, 24, textField, textField}};
 
-static void readNodeHead(Reading& reading)
-{
-    NodeHead head;
-    reading.result = CByte2Fep::byte2NodeHead(reading.buf, reading.size, head);
-    CByte2Fep::nodeHead2Byte(head, reading.left);
-}
-
 static void readNodeHeads(Reading& reading)
 {
     std::vector<NodeHead> list(elementsAhead(reading));
@@ -42,13 +36,6 @@ static void readNodeHeads(Reading& reading)
 }
 
 static const Layout ycItem = {{5, textField, textField, textField, textField, 32, textField}};
-
-static void readYcItem(Reading& reading)
-{
-    YcItem item;
-    reading.result = CByte2Fep::byte2YcItem(reading.buf, reading.size, item);
-    CByte2Fep::ycItem2Byte(item, reading.left);
-}
 
 static void readYcItems(Reading& reading)
 {
@@ -60,13 +47,6 @@ static void readYcItems(Reading& reading)
 
 static const Layout yxItem = {{4, textField, textField, textField, 18, textField}};
 
-static void readYxItem(Reading& reading)
-{
-    YxItem item;
-    reading.result = CByte2Fep::byte2YxItem(reading.buf, reading.size, item);
-    CByte2Fep::yxItem2Byte(item, reading.left);
-}
-
 static void readYxItems(Reading& reading)
 {
     std::vector<YxItem> list(elementsAhead(reading));
@@ -76,13 +56,6 @@ static void readYxItems(Reading& reading)
 }
 
 static const Layout ydItem = {{5, textField, textField, textField, textField, 42, textField}};
-
-static void readYdItem(Reading& reading)
-{
-    YdItem item;
-    reading.result = CByte2Fep::byte2YdItem(reading.buf, reading.size, item);
-    CByte2Fep::ydItem2Byte(item, reading.left);
-}
 
 static void readYdItems(Reading& reading)
 {
@@ -139,13 +112,6 @@ static int commItemResult(const char* buf, int size)
     return used + text4 - 4;
 }
 
-static void readCommItem(Reading& reading)
-{
-    CommItem item;
-    reading.result = CByte2Fep::byte2CommItem(reading.buf, reading.size, item);
-    CByte2Fep::commItem2Byte(item, reading.left);
-}
-
 static void checkCommItem(const Layout& layout, const Reading& reading)
 {
     requireResult(reading, commItemResult(reading.buf, reading.size));
@@ -185,15 +151,15 @@ static void checkCommItems(const Layout& layout, const Reading& reading)
 }
 
 const std::vector<Target> byte2FepTargets = {
-    {"byte2NodeHead", readNodeHead, checkRecord, nodeHead},
+    {"byte2NodeHead", readRecord<Fep::byte2NodeHead, Fep::nodeHead2Byte>, checkRecord, nodeHead},
     {"byte2NodeHeads", readNodeHeads, checkList, nodeHead},
-    {"byte2CommItem", readCommItem, checkCommItem, commItem},
+    {"byte2CommItem", readRecord<Fep::byte2CommItem, Fep::commItem2Byte>, checkCommItem, commItem},
     {"byte2CommItems", readCommItems, checkCommItems, commItem},
-    {"byte2YcItem", readYcItem, checkRecord, ycItem},
+    {"byte2YcItem", readRecord<Fep::byte2YcItem, Fep::ycItem2Byte>, checkRecord, ycItem},
     {"byte2YcItems", readYcItems, checkList, ycItem},
-    {"byte2YxItem", readYxItem, checkRecord, yxItem},
+    {"byte2YxItem", readRecord<Fep::byte2YxItem, Fep::yxItem2Byte>, checkRecord, yxItem},
     {"byte2YxItems", readYxItems, checkList, yxItem},
-    {"byte2YdItem", readYdItem, checkRecord, ydItem},
+    {"byte2YdItem", readRecord<Fep::byte2YdItem, Fep::ydItem2Byte>, checkRecord, ydItem},
     {"byte2YdItems", readYdItems, checkList, ydItem},
     {"byte2YbItem", readYbItem, checkRecord, ybItem},
     {"byte2YbItems", readYbItems, checkList, ybItem},

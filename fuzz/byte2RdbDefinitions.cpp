@@ -2,6 +2,7 @@
 #include "target.h"
 
 using namespace gqdb;
+using Rdb = CByte2Rdb;
 
 // --- Point definitions, and events, whose results are the same ---------------------
 
@@ -28,20 +29,6 @@ static void checkList(const Layout& layout, const Reading& reading)
 
 static const Layout pointInfo = {{4, textField, 4, textField, 4}};
 
-static void readPointInfo(Reading& reading)
-{
-    PointInfo point;
-    reading.result = CByte2Rdb::byte2PointInfo(reading.buf, reading.size, point);
-    CByte2Rdb::pointInfo2Byte(point, reading.left);
-}
-
-static void readPointInfos(Reading& reading)
-{
-    std::vector<PointInfo> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2PointInfos(reading.buf, reading.size, list);
-    CByte2Rdb::pointInfos2Byte(list, reading.left);
-}
-
 static const Layout floatPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 54}};
 
 static void readFloatPoint(Reading& reading)
@@ -50,13 +37,6 @@ static void readFloatPoint(Reading& reading)
     point.code2 = 0; // unset by the constructor
     reading.result = CByte2Rdb::byte2FloatPoint(reading.buf, reading.size, point);
     CByte2Rdb::floatPoint2Byte(point, reading.left);
-}
-
-static void readFloatPoints(Reading& reading)
-{
-    std::vector<FloatPoint> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2FloatPoints(reading.buf, reading.size, list);
-    CByte2Rdb::floatPoints2Byte(list, reading.left);
 }
 
 static const Layout intPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 50}, 81};
@@ -98,13 +78,6 @@ static void readBoolPoint(Reading& reading)
     CByte2Rdb::boolPoint2Byte(point, reading.left);
 }
 
-static void readBoolPoints(Reading& reading)
-{
-    std::vector<BoolPoint> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2BoolPoints(reading.buf, reading.size, list);
-    CByte2Rdb::boolPoints2Byte(list, reading.left);
-}
-
 static const Layout blobPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 10}};
 
 static void readBlobPoint(Reading& reading)
@@ -115,21 +88,7 @@ static void readBlobPoint(Reading& reading)
     CByte2Rdb::blobPoint2Byte(point, reading.left);
 }
 
-static void readBlobPoints(Reading& reading)
-{
-    std::vector<BlobPoint> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2BlobPoints(reading.buf, reading.size, list);
-    CByte2Rdb::blobPoints2Byte(list, reading.left);
-}
-
 static const Layout eventInfo = {{55, textField, textField}};
-
-static void readEventInfo(Reading& reading)
-{
-    EventInfo event;
-    reading.result = CByte2Rdb::byte2EventInfo(reading.buf, reading.size, event);
-    CByte2Rdb::eventInfo2Byte(event, reading.left);
-}
 
 static void readEventInfos(Reading& reading)
 {
@@ -140,13 +99,6 @@ static void readEventInfos(Reading& reading)
 
 static const Layout eventState = {{17}};
 
-static void readEventState(Reading& reading)
-{
-    EventState event;
-    reading.result = CByte2Rdb::byte2EventState(reading.buf, reading.size, event);
-    CByte2Rdb::eventState2Byte(event, reading.left);
-}
-
 static void readEventStates(Reading& reading)
 {
     std::vector<EventState> list(3); // to be replaced
@@ -155,18 +107,18 @@ static void readEventStates(Reading& reading)
 }
 
 const std::vector<Target> byte2RdbDefinitionTargets = {
-    {"byte2PointInfo", readPointInfo, checkRecord, pointInfo},
-    {"byte2PointInfos", readPointInfos, checkList, pointInfo},
+    {"byte2PointInfo", readRecord<Rdb::byte2PointInfo, Rdb::pointInfo2Byte>, checkRecord, pointInfo},
+    {"byte2PointInfos", readList<Rdb::byte2PointInfos, Rdb::pointInfos2Byte>, checkList, pointInfo},
     {"byte2FloatPoint", readFloatPoint, checkRecord, floatPoint},
-    {"byte2FloatPoints", readFloatPoints, checkList, floatPoint},
+    {"byte2FloatPoints", readList<Rdb::byte2FloatPoints, Rdb::floatPoints2Byte>, checkList, floatPoint},
     {"byte2IntPoint", readIntPoint, checkRecord, intPoint},
     {"byte2IntPoints", readIntPoints, checkList, intPoint},
     {"byte2BoolPoint", readBoolPoint, checkRecord, boolPoint},
-    {"byte2BoolPoints", readBoolPoints, checkList, boolPoint},
+    {"byte2BoolPoints", readList<Rdb::byte2BoolPoints, Rdb::boolPoints2Byte>, checkList, boolPoint},
     {"byte2BlobPoint", readBlobPoint, checkRecord, blobPoint},
-    {"byte2BlobPoints", readBlobPoints, checkList, blobPoint},
-    {"byte2EventInfo", readEventInfo, checkRecord, eventInfo},
+    {"byte2BlobPoints", readList<Rdb::byte2BlobPoints, Rdb::blobPoints2Byte>, checkList, blobPoint},
+    {"byte2EventInfo", readRecord<Rdb::byte2EventInfo, Rdb::eventInfo2Byte>, checkRecord, eventInfo},
     {"byte2EventInfos", readEventInfos, checkList, eventInfo},
-    {"byte2EventState", readEventState, checkRecord, eventState},
+    {"byte2EventState", readRecord<Rdb::byte2EventState, Rdb::eventState2Byte>, checkRecord, eventState},
     {"byte2EventStates", readEventStates, checkList, eventState},
 };

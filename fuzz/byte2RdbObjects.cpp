@@ -2,6 +2,7 @@
 #include "target.h"
 
 using namespace gqdb;
+using Rdb = CByte2Rdb;
 
 const int slotSize = 258; // of a text in the blob form
 const char notTheSame[] = "written again, the record must have the same bytes";
@@ -72,13 +73,6 @@ static QByteArray propertyAgain(const char* buf, int used)
     return again + variantAgain(buf + at, used - at);
 }
 
-static void readVariant(Reading& reading)
-{
-    Variant value;
-    reading.result = CByte2Rdb::byte2Variant(reading.buf, reading.size, value);
-    CByte2Rdb::variant2Byte(value, reading.left);
-}
-
 static void checkVariant(const Layout&, const Reading& reading)
 {
     requireResult(reading, variantResult(reading.buf, reading.size));
@@ -86,25 +80,11 @@ static void checkVariant(const Layout&, const Reading& reading)
         require(reading.left == variantAgain(reading.buf, reading.result), notTheSame);
 }
 
-static void readProperty(Reading& reading)
-{
-    PropertyData property;
-    reading.result = CByte2Rdb::byte2Property(reading.buf, reading.size, property);
-    CByte2Rdb::property2Byte(property, reading.left);
-}
-
 static void checkProperty(const Layout&, const Reading& reading)
 {
     requireResult(reading, propertyResult(reading.buf, reading.size));
     if (reading.result > 0)
         require(reading.left == propertyAgain(reading.buf, reading.result), notTheSame);
-}
-
-static void readObject(Reading& reading)
-{
-    ObjectData object;
-    reading.result = CByte2Rdb::byte2Object(reading.buf, reading.size, object);
-    CByte2Rdb::object2Byte(object, reading.left);
 }
 
 static void checkObject(const Layout& head, const Reading& reading)
@@ -177,13 +157,6 @@ static void tidyProperty(QByteArray& bytes, int at)
     tidyVariant(bytes, at + 524);
 }
 
-static void readBlobVariant(Reading& reading)
-{
-    Variant value;
-    reading.result = CByte2Rdb::blob2Variant(reading.buf, reading.size, value);
-    CByte2Rdb::variant2Blob(value, reading.left);
-}
-
 static void checkBlobVariant(const Layout&, const Reading& reading)
 {
     requireResult(reading, blobVariantResult(reading.buf, reading.size));
@@ -192,13 +165,6 @@ static void checkBlobVariant(const Layout&, const Reading& reading)
     QByteArray tidy(reading.buf, reading.result);
     tidyVariant(tidy, 0);
     require(reading.left == tidy, notTheSame);
-}
-
-static void readBlobProperty(Reading& reading)
-{
-    PropertyData property;
-    reading.result = CByte2Rdb::blob2Property(reading.buf, reading.size, property);
-    CByte2Rdb::property2Blob(property, reading.left);
 }
 
 static void checkBlobProperty(const Layout&, const Reading& reading)
@@ -247,10 +213,13 @@ static void checkBlobObject(const Layout&, const Reading& reading)
 }
 
 const std::vector<Target> byte2RdbObjectTargets = {
-    {"byte2Variant", readVariant, checkVariant, {}},
-    {"byte2Property", readProperty, checkProperty, {}},
-    {"byte2Object", readObject, checkObject, {{17, textField, textField, textField, 2}}},
-    {"blob2Variant", readBlobVariant, checkBlobVariant, {}},
-    {"blob2Property", readBlobProperty, checkBlobProperty, {}},
+    {"byte2Variant", readRecord<Rdb::byte2Variant, Rdb::variant2Byte>, checkVariant, {}},
+    {"byte2Property", readRecord<Rdb::byte2Property, Rdb::property2Byte>, checkProperty, {}},
+    {"byte2Object",
+     readRecord<Rdb::byte2Object, Rdb::object2Byte>,
+     checkObject,
+     {{17, textField, textField, textField, 2}}},
+    {"blob2Variant", readRecord<Rdb::blob2Variant, Rdb::variant2Blob>, checkBlobVariant, {}},
+    {"blob2Property", readRecord<Rdb::blob2Property, Rdb::property2Blob>, checkBlobProperty, {}},
     {"blob2Object", readBlobObject, checkBlobObject, {}},
 };

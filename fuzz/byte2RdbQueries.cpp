@@ -2,6 +2,7 @@
 #include "target.h"
 
 using namespace gqdb;
+using Rdb = CByte2Rdb;
 
 // --- Queries ----------------------------------------------------------------------
 
@@ -24,13 +25,6 @@ static void checkHisQuery(const Layout& layout, const Reading& reading)
         require(reading.left == QByteArray(28, '\0'), "a failed reader must not touch the record");
 }
 
-static void readOneSecQuery(Reading& reading)
-{
-    OneSecQuery query;
-    reading.result = CByte2Rdb::byte2OneSecQuery(reading.buf, reading.size, query);
-    CByte2Rdb::oneSecQuery2Byte(query, reading.left);
-}
-
 // A buffer that ends with the record is refused.
 static void checkOneSecQuery(const Layout& layout, const Reading& reading)
 {
@@ -43,5 +37,5 @@ static void checkOneSecQuery(const Layout& layout, const Reading& reading)
 
 const std::vector<Target> byte2RdbQueryTargets = {
     {"byte2HisQuery", readHisQuery, checkHisQuery, {{28}}},
-    {"byte2OneSecQuery", readOneSecQuery, checkOneSecQuery, {{20, textField}}},
+    {"byte2OneSecQuery", readRecord<Rdb::byte2OneSecQuery, Rdb::oneSecQuery2Byte>, checkOneSecQuery, {{20, textField}}},
 };

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 using namespace gqdb;
+using Rdb = CByte2Rdb;
 
 // --- Values -----------------------------------------------------------------------
 
@@ -30,118 +31,6 @@ static void checkList(const Layout& layout, const Reading& reading)
         require(reading.left == QByteArray(4, '\0'), "a failed reader must not touch the list");
 }
 
-static void readFloatRealData(Reading& reading)
-{
-    FloatRealData record;
-    reading.result = CByte2Rdb::byte2FloatRealData(reading.buf, reading.size, record);
-    CByte2Rdb::floatRealData2Byte(record, reading.left);
-}
-
-static void readFloatRealDatas(Reading& reading)
-{
-    std::vector<FloatRealData> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2FloatRealDatas(reading.buf, reading.size, list);
-    CByte2Rdb::floatRealDatas2Byte(list, reading.left);
-}
-
-static void readFloatData(Reading& reading)
-{
-    FloatData record;
-    reading.result = CByte2Rdb::byte2FloatData(reading.buf, reading.size, record);
-    CByte2Rdb::floatData2Byte(record, reading.left);
-}
-
-static void readFloatDatas(Reading& reading)
-{
-    std::vector<FloatData> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2FloatDatas(reading.buf, reading.size, list);
-    CByte2Rdb::floatDatas2Byte(list, reading.left);
-}
-
-static void readBoolRealData(Reading& reading)
-{
-    BoolRealData record;
-    reading.result = CByte2Rdb::byte2BoolRealData(reading.buf, reading.size, record);
-    CByte2Rdb::boolRealData2Byte(record, reading.left);
-}
-
-static void readBoolRealDatas(Reading& reading)
-{
-    std::vector<BoolRealData> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2BoolRealDatas(reading.buf, reading.size, list);
-    CByte2Rdb::boolRealDatas2Byte(list, reading.left);
-}
-
-static void readBoolData(Reading& reading)
-{
-    BoolData record;
-    reading.result = CByte2Rdb::byte2BoolData(reading.buf, reading.size, record);
-    CByte2Rdb::boolData2Byte(record, reading.left);
-}
-
-static void readBoolDatas(Reading& reading)
-{
-    std::vector<BoolData> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2BoolDatas(reading.buf, reading.size, list);
-    CByte2Rdb::boolDatas2Byte(list, reading.left);
-}
-
-static void readIntRealData(Reading& reading)
-{
-    IntRealData record;
-    reading.result = CByte2Rdb::byte2IntRealData(reading.buf, reading.size, record);
-    CByte2Rdb::intRealData2Byte(record, reading.left);
-}
-
-static void readIntRealDatas(Reading& reading)
-{
-    std::vector<IntRealData> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2IntRealDatas(reading.buf, reading.size, list);
-    CByte2Rdb::intRealDatas2Byte(list, reading.left);
-}
-
-static void readIntData(Reading& reading)
-{
-    IntData record;
-    reading.result = CByte2Rdb::byte2IntData(reading.buf, reading.size, record);
-    CByte2Rdb::intData2Byte(record, reading.left);
-}
-
-static void readIntDatas(Reading& reading)
-{
-    std::vector<IntData> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2IntDatas(reading.buf, reading.size, list);
-    CByte2Rdb::intDatas2Byte(list, reading.left);
-}
-
-static void readPointRealData(Reading& reading)
-{
-    PointRealData record;
-    reading.result = CByte2Rdb::byte2PointRealData(reading.buf, reading.size, record);
-    CByte2Rdb::pointRealData2Byte(record, reading.left);
-}
-
-static void readPointRealDatas(Reading& reading)
-{
-    std::vector<PointRealData> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2PointRealDatas(reading.buf, reading.size, list);
-    CByte2Rdb::pointRealDatas2Byte(list, reading.left);
-}
-
-static void readBlobDataInfo(Reading& reading)
-{
-    BlobDataInfo record;
-    reading.result = CByte2Rdb::byte2BlobDataInfo(reading.buf, reading.size, record);
-    CByte2Rdb::blobDataInfo2Byte(record, reading.left);
-}
-
-static void readBlobDataInfos(Reading& reading)
-{
-    std::vector<BlobDataInfo> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2BlobDataInfos(reading.buf, reading.size, list);
-    CByte2Rdb::blobDataInfos2Byte(list, reading.left);
-}
-
 // --- Blobs: a length of 2^31 and more fails to allocate ----------------------------
 
 static bool isNegative(const char* length)
@@ -150,13 +39,6 @@ static bool isNegative(const char* length)
 }
 
 static const Layout blobRealData = {{14, blobField}};
-
-static void readBlobRealData(Reading& reading)
-{
-    BlobRealData record;
-    reading.result = CByte2Rdb::byte2BlobRealData(reading.buf, reading.size, record);
-    CByte2Rdb::blobRealData2Byte(record, reading.left);
-}
 
 static void checkBlobRealData(const Layout& layout, const Reading& reading)
 {
@@ -232,23 +114,23 @@ static void checkBlobList(const Layout& layout, const Reading& reading)
 }
 
 const std::vector<Target> byte2RdbValueTargets = {
-    {"byte2FloatRealData", readFloatRealData, checkRecord, {{18}}},
-    {"byte2FloatRealDatas", readFloatRealDatas, checkList, {{18}, 22}},
-    {"byte2FloatData", readFloatData, checkRecord, {{14}}},
-    {"byte2FloatDatas", readFloatDatas, checkList, {{14}, 18}},
-    {"byte2BoolRealData", readBoolRealData, checkRecord, {{14}}},
-    {"byte2BoolRealDatas", readBoolRealDatas, checkList, {{14}, 18}},
-    {"byte2BoolData", readBoolData, checkRecord, {{10}}},
-    {"byte2BoolDatas", readBoolDatas, checkList, {{10}, 18}},
-    {"byte2IntRealData", readIntRealData, checkRecord, {{18}}},
-    {"byte2IntRealDatas", readIntRealDatas, checkList, {{18}, 22}},
-    {"byte2IntData", readIntData, checkRecord, {{14}}},
-    {"byte2IntDatas", readIntDatas, checkList, {{14}, 18}},
-    {"byte2PointRealData", readPointRealData, checkRecord, {{27}}},
-    {"byte2PointRealDatas", readPointRealDatas, checkList, {{27}, 4}},
-    {"byte2BlobDataInfo", readBlobDataInfo, checkRecord, {{18}}},
-    {"byte2BlobDataInfos", readBlobDataInfos, checkList, {{18}, 4}},
-    {"byte2BlobRealData", readBlobRealData, checkBlobRealData, blobRealData},
+    {"byte2FloatRealData", readRecord<Rdb::byte2FloatRealData, Rdb::floatRealData2Byte>, checkRecord, {{18}}},
+    {"byte2FloatRealDatas", readList<Rdb::byte2FloatRealDatas, Rdb::floatRealDatas2Byte>, checkList, {{18}, 22}},
+    {"byte2FloatData", readRecord<Rdb::byte2FloatData, Rdb::floatData2Byte>, checkRecord, {{14}}},
+    {"byte2FloatDatas", readList<Rdb::byte2FloatDatas, Rdb::floatDatas2Byte>, checkList, {{14}, 18}},
+    {"byte2BoolRealData", readRecord<Rdb::byte2BoolRealData, Rdb::boolRealData2Byte>, checkRecord, {{14}}},
+    {"byte2BoolRealDatas", readList<Rdb::byte2BoolRealDatas, Rdb::boolRealDatas2Byte>, checkList, {{14}, 18}},
+    {"byte2BoolData", readRecord<Rdb::byte2BoolData, Rdb::boolData2Byte>, checkRecord, {{10}}},
+    {"byte2BoolDatas", readList<Rdb::byte2BoolDatas, Rdb::boolDatas2Byte>, checkList, {{10}, 18}},
+    {"byte2IntRealData", readRecord<Rdb::byte2IntRealData, Rdb::intRealData2Byte>, checkRecord, {{18}}},
+    {"byte2IntRealDatas", readList<Rdb::byte2IntRealDatas, Rdb::intRealDatas2Byte>, checkList, {{18}, 22}},
+    {"byte2IntData", readRecord<Rdb::byte2IntData, Rdb::intData2Byte>, checkRecord, {{14}}},
+    {"byte2IntDatas", readList<Rdb::byte2IntDatas, Rdb::intDatas2Byte>, checkList, {{14}, 18}},
+    {"byte2PointRealData", readRecord<Rdb::byte2PointRealData, Rdb::pointRealData2Byte>, checkRecord, {{27}}},
+    {"byte2PointRealDatas", readList<Rdb::byte2PointRealDatas, Rdb::pointRealDatas2Byte>, checkList, {{27}, 4}},
+    {"byte2BlobDataInfo", readRecord<Rdb::byte2BlobDataInfo, Rdb::blobDataInfo2Byte>, checkRecord, {{18}}},
+    {"byte2BlobDataInfos", readList<Rdb::byte2BlobDataInfos, Rdb::blobDataInfos2Byte>, checkList, {{18}, 4}},
+    {"byte2BlobRealData", readRecord<Rdb::byte2BlobRealData, Rdb::blobRealData2Byte>, checkBlobRealData, blobRealData},
     {"byte2BlobRealDatas", readBlobRealDatas, checkBlobRealDatas, blobRealData},
     {"blob2List", readBlobList, checkBlobList, blobData},
 };

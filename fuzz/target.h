@@ -52,6 +52,30 @@ void runTarget(const Target& target, const char* data, int size);
 // written as the shortest record of the target's layout.
 size_t elementsAhead(Reading& reading);
 
+// --- Reading ----------------------------------------------------------------------
+
+// The type of record or list that a writer takes.
+template <typename Record>
+Record writtenBy(void (*writer)(const Record&, QByteArray&));
+
+// Reads a record and writes it to `left`.
+template <auto reader, auto writer>
+void readRecord(Reading& reading)
+{
+    decltype(writtenBy(writer)) record;
+    reading.result = reader(reading.buf, reading.size, record);
+    writer(record, reading.left);
+}
+
+// Reads a list, to which the reader appends, and writes it to `left`.
+template <auto reader, auto writer>
+void readList(Reading& reading)
+{
+    decltype(writtenBy(writer)) list(elementsAhead(reading));
+    reading.result = reader(reading.buf, reading.size, list);
+    writer(list, reading.left);
+}
+
 // --- Requirements ----------------------------------------------------------------------
 
 [[noreturn]] void fail(const std::string& message);
