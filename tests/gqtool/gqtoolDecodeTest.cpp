@@ -98,7 +98,7 @@ TEST(GqtoolDecode, reportsFaultsWithTheirOffset)
                                       "00000000 00000000 00000000 00000000 00000000 00000000 00000000 00000000";
     for (const Faulty& faulty : {
              Faulty{"pointInfo", "07000000 0400 7075", "byte 4: text1 has a length of 4, but only 2 bytes remain\n",
-                    "library: 0, too short, or a text is not whole"},
+                    "library: 0, too short, or a text is incomplete"},
              Faulty{"boolData", "01 10270000 fa00", "byte 5: stamp2 needs 4 bytes, but only 2 bytes remain\n",
                     "library: -5, too short"},
              Faulty{"floatRealDatas", "00000000",
@@ -106,10 +106,10 @@ TEST(GqtoolDecode, reportsFaultsWithTheirOffset)
                     "library: -5, fewer bytes than a list must have or than its count needs"},
              Faulty{"oneSecQuery", "07000000 01000000 02000000 03000000 04000000 0000",
                     "byte 22: the reader needs 23 bytes, got 22; the missing ones may have any value\n",
-                    "library: 0, the text is not whole, or no byte follows it"},
+                    "library: 0, the text is incomplete, or no byte follows it"},
              Faulty{"intPoint", emptyIntPoint,
                     "byte 80: the reader needs 81 bytes, got 80; the missing ones may have any value\n",
-                    "library: 0, too short, or a text is not whole"},
+                    "library: 0, too short, or a text is incomplete"},
              Faulty{"eventStates", "ffffffff 01000000",
                     "byte 0: count is 4294967295, but only 4 bytes remain\n"
                     "byte 8: [0].switch1 needs 1 byte, but only 0 bytes remain\n",
@@ -128,7 +128,7 @@ TEST(GqtoolDecode, reportsFaultsWithTheirOffset)
                     "library: -5, the payload of [0] is shorter than its form"},
              Faulty{"frames", "00 01", "byte 0: no frame found\n", "library: 1, good"},
              Faulty{"wave", "00 04", "byte 2: headFill1 needs 30 bytes, but only 0 bytes remain\n",
-                    "library: 0, refused: head, marks or samples are not whole"},
+                    "library: 0, refused: head, marks or samples are incomplete"},
          }) {
         SCOPED_TRACE(faulty.form);
         const Outcome outcome = run({"decode", "--as", faulty.form, faulty.bytes});

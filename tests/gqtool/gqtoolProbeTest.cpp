@@ -128,7 +128,7 @@ TEST(GqtoolProbe, printsALineForEachStageThenTheCause)
     EXPECT_EQ(lines[7], "");
 }
 
-TEST(GqtoolProbe, keepsTheFirst64BytesOfWhatCame)
+TEST(GqtoolProbe, keepsTheFirst64BytesReceived)
 {
     ScriptedServer server{{sends("SSH-" + QByteArray(100, 'x'))}};
     const QJsonObject object = objectOf(run({"probe", "--json", endpointOf(server.port())}));

@@ -148,9 +148,9 @@ TEST(GqtoolRawCall, reportsABadFrame)
 
 TEST(GqtoolRawCall, reportsATimeout)
 {
-    expectFailure(answered({"--timeout", "300"}, QByteArray()), "0: no-reply: no whole reply in time");
+    expectFailure(answered({"--timeout", "300"}, QByteArray()), "0: no-reply: no complete reply in time");
     expectFailure(answered({"--timeout", "300"}, reply7.left(12)),
-                  "0: bad-frame: no whole reply in time, after 12 bytes of it");
+                  "0: bad-frame: no complete reply in time, after 12 bytes of it");
 }
 
 TEST(GqtoolRawCall, reportsAClosedConnection)

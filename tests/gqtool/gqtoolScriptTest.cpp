@@ -226,7 +226,7 @@ TEST(GqtoolScript, splitsAReplyAfterAByte)
     EXPECT_EQ(datagrams.next(), hex(datagram7.mid(9)));
     const Outcome outcome = station.callByUdp({"setState", "7"});
     EXPECT_EQ(outcome.errors,
-              "gqtool: setState failed with 0: bad-frame: a datagram without a whole frame, with 9 bytes of one\n");
+              "gqtool: setState failed with 0: bad-frame: a datagram without a complete frame, with 9 bytes of one\n");
 }
 
 TEST(GqtoolScript, splitsTheRestOfAReplyIntoPieces)
@@ -265,7 +265,7 @@ TEST(GqtoolScript, sendsTheFramesOfAListInOneWrite)
     const Outcome outcome = station.callShortly({"ints", "101"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output.count('\n'), 100);
-    EXPECT_EQ(outcome.errors, "gqtool: ints failed with 0: no-reply: no whole reply in time\n");
+    EXPECT_EQ(outcome.errors, "gqtool: ints failed with 0: no-reply: no complete reply in time\n");
 }
 
 TEST(GqtoolScript, staysSilentAndExecutesNothing)
@@ -321,8 +321,8 @@ TEST(GqtoolScript, makesTheClientReportEachFault)
         const char* message; // at once, or after the time-out
         bool waits = false;
     } faults[] = {
-        {"silent", "failed with 0: no-reply: no whole reply in time", true},
-        {"late 2000", "failed with 0: no-reply: no whole reply in time", true},
+        {"silent", "failed with 0: no-reply: no complete reply in time", true},
+        {"late 2000", "failed with 0: no-reply: no complete reply in time", true},
         {"wrong-end", "failed with 0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong"},
         {"close-after 0", "failed with -1: closed: the server closed, or the connection broke"},
         {"close-after 12",

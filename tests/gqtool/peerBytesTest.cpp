@@ -93,7 +93,7 @@ TEST(JudgeBytes, waitsForTheRestOfALengthThatNoFrameHas)
     EXPECT_EQ(judged("68 ffffffff"_hex + greeting, AwaitedBytes::greeting), "bad-frame?");
 }
 
-TEST(JudgeBytes, knowsOtherProtocolsByTheirFirstBytes)
+TEST(JudgeBytes, recognisesOtherProtocolsByTheirFirstBytes)
 {
     const struct {
         QByteArray bytes;

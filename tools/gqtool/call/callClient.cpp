@@ -146,7 +146,8 @@ protected:
             explain(reply, part.isEmpty() ? LinkCause::closed : LinkCause::badFrame,
                     "the server closed, or the connection broke" + part);
         else if (isClosed)
-            explain(reply, part.isEmpty() ? LinkCause::noReply : LinkCause::badFrame, "no whole reply in time" + part);
+            explain(reply, part.isEmpty() ? LinkCause::noReply : LinkCause::badFrame,
+                    "no complete reply in time" + part);
         else if (reply.result == 0)
             explain(reply, LinkCause::badFrame, badFrameText(request));
         else
@@ -192,7 +193,7 @@ protected:
         return result;
     }
 
-    // requestInt would not do: over UDP isConnected does not tell a value from a code.
+    // Not by requestInt, whose result can be an integer or a code: over UDP isConnected() does not distinguish them.
     int requestValue(const QByteArray& frame, std::vector<int>& values) override
     {
         int len = 0;
@@ -218,7 +219,7 @@ protected:
             explainReply(reply);
         else if (!recvFrame.isEmpty())
             explain(reply, LinkCause::badFrame,
-                    QString("a datagram without a whole frame, with %1 bytes of one").arg(recvFrame.size()));
+                    QString("a datagram without a complete frame, with %1 bytes of one").arg(recvFrame.size()));
         else if (reply.milliseconds >= recvOverTm)
             explain(reply, LinkCause::noReply, "no reply in time");
         else

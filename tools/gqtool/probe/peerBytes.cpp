@@ -147,5 +147,5 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
         return foreignVerdict("ssh", false, bytes);
     if (mayBeForeign && !isPartOfFrame(bytes, items))
         return foreignVerdict("unknown", false, bytes);
-    return verdictOf(LinkCause::badFrame, false, "no whole frame: " + itemText(items.back()));
+    return verdictOf(LinkCause::badFrame, false, "no complete frame: " + itemText(items.back()));
 }
