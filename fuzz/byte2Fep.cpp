@@ -67,7 +67,7 @@ static void readYdItems(Reading& reading)
 
 static const Layout ybItem = {{4, textField, textField, textField, 9, textField}};
 
-// In the form that is read, which lacks flag1.
+// Writes the form that is read, which lacks flag1.
 static void appendReadable(const YbItem& item, QByteArray& data)
 {
     QByteArray record;

@@ -41,7 +41,7 @@ static void readFloatPoint(Reading& reading)
 
 static const Layout intPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 50}, 81};
 
-// In the form that is read, which lacks switch0.
+// Writes the form that is read, which lacks switch0.
 static void appendReadable(const IntPoint& point, QByteArray& data)
 {
     QByteArray record;

@@ -24,7 +24,8 @@ static int numberSize(char kind)
 
 // --- Byte form: texts come back empty or in part, sizes and numbers right ----------
 
-// The text as the reader takes it, written again: it reads the length from the text's own first bytes.
+// Returns the text that the reader stores, written again: the reader takes the first two bytes of the text for its
+// length.
 static QByteArray misplacedText(const char* text, int size)
 {
     const int used = recordSize({{textField}}, text, size);
@@ -112,7 +113,7 @@ static void checkObject(const Layout& head, const Reading& reading)
 
 // --- Blob form: texts in slots -----------------------------------------------------
 
-// Whether a text lies inside its slot and the `size` bytes.
+// Returns true if a text lies inside its slot and the `size` bytes.
 static bool isSlotGood(const char* buf, int size)
 {
     const int used = recordSize({{textField}}, buf, size);
@@ -143,7 +144,7 @@ static int blobPropertyResult(const char* buf, int size)
     return value < 1 ? -4 : 524 + value;
 }
 
-// The bytes of a good variant or property as the writer has them.
+// Returns the bytes that the writer makes from a valid variant or property.
 static void tidyVariant(QByteArray& bytes, int at)
 {
     if (bytes.at(at) == 10)

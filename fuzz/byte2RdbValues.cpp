@@ -18,7 +18,7 @@ static void checkRecord(const Layout& layout, const Reading& reading)
         require(reading.left.count('\0') == reading.left.size(), "a failed reader must not touch the record");
 }
 
-// The least of a list is that of its layout here.
+// `least` of the layout is that of the list, not of a record.
 static void checkList(const Layout& layout, const Reading& reading)
 {
     if (reading.result == tooMuch)
@@ -58,7 +58,7 @@ static void readBlobRealDatas(Reading& reading)
     CByte2Rdb::blobRealDatas2Byte(list, reading.left);
 }
 
-// Whether the first item that does not fit has a length of 2^31 and more; `lengthAt` is its place in the item.
+// Returns true if the first item that does not fit has a length of 2^31 or more, at offset `lengthAt` of the item.
 static bool endsNegative(const Layout& layout, int lengthAt, const Reading& reading)
 {
     int at = 4;

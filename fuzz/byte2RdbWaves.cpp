@@ -25,7 +25,7 @@ static void readWave(Reading& reading)
         CByte2Val::float2Byte(sample, reading.left);
 }
 
-// Whether they unpack, as zlib alone sees it.
+// Unpacks `samples` with zlib alone. Returns false if zlib refuses them.
 static bool unpack(QByteArray& samples)
 {
     static Bytef block[CByte2Rdb::waveBlockSize];

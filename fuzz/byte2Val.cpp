@@ -7,7 +7,7 @@
 
 using namespace gqdb;
 
-// Readers that check nothing have one target a family: these end here if anything is wrong, and answer 0.
+// Readers that check nothing have one target per family, which aborts on an error and returns 0.
 static void checkNothing(const Layout&, const Reading& reading)
 {
     requireResult(reading, 0);

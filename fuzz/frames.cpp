@@ -194,7 +194,7 @@ static void parseStrings(Reading& reading)
 static void checkStrings(const Layout&, const Reading& reading)
 {
     const unsigned int count = reading.size < 4 ? 0 : numberOf4(reading.buf);
-    if (count >= 0x3ffffffe) // its need passes 31 bits: found out at the item that lies outside
+    if (count >= 0x3ffffffe) // its need overflows, so that only reading the first missing item fails
         return require(reading.result == 0 || reading.result == -5, "the result is neither 0 nor -5");
     long long need = 4 + 2LL * count;
     if (reading.size < need)
@@ -209,7 +209,7 @@ static void checkStrings(const Layout&, const Reading& reading)
         const int used = need > reading.size ? 0 : recordSize({{textField}}, reading.buf + at, size);
         if (need > reading.size)
             expected = 0;
-        else // an item that holds no whole string is an empty text
+        else // an item without a complete string is an empty text
             texts.append(used == 0 ? QString()
                                    : QString::fromUtf8(QByteArray(reading.buf + at + 2, used - 2).constData()));
         at += size;

@@ -17,7 +17,7 @@ static int lengthSize(int field)
     return field == textField ? 2 : 4;
 }
 
-// Bytes of the field at `buf`, or more than `size` if they are not there.
+// Returns the size of the field at `buf`, or more than `size` if the field does not fit.
 static long long fieldSize(int field, const char* buf, int size)
 {
     if (field >= 0)

@@ -107,7 +107,7 @@ static Statistics statisticsOf(const std::vector<float>& samples)
 
 // --- Numbers ------------------------------------------------------------------------------------------------------
 
-// The shortest decimal that is read back as the same float, such as 0.1 instead of 0.10000000149011612.
+// Returns the shortest decimal that is read back as the same float, such as 0.1 instead of 0.10000000149011612.
 static QByteArray floatText(float value)
 {
     if (std::isnan(value))
@@ -175,7 +175,7 @@ static void printText(const Wave& wave)
     printField("mean", doubleText(statistics.mean));
 }
 
-// With the fewest digits that identify the float.
+// Returns a number that is printed with the fewest digits that identify the float.
 static double jsonNumber(float value)
 {
     return floatText(value).toDouble();

@@ -72,7 +72,7 @@ static QString intsText(const QByteArray& payload, int first, unsigned int count
     return listText(shown, count);
 }
 
-// In quotes. Invisible characters and those that move a terminal's cursor are printed as \uXXXX.
+// Returns the text in quotes, with \uXXXX for invisible characters and those that move a terminal's cursor.
 static QString quoted(const QString& text)
 {
     QString result = "\"";
