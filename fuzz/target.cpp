@@ -60,8 +60,8 @@ size_t mostElements(const Layout& layout, const Reading& reading)
 
 // --- One input --------------------------------------------------------------------
 
-// Returns the most that a reader may allocate at once. A record takes at most 12 times its bytes in memory, and a vector
-// may reserve twice what it holds.
+// Returns the most that a reader may allocate at once. A record takes at most 12 times its bytes in memory, and a
+// vector may reserve twice what it holds.
 static size_t memoryFor(const Reading& reading)
 {
     return 4096 + 24 * static_cast<size_t>(reading.size);
