@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // the base classes have no virtual destructor either
+
 // Clients that recover from every failure of their link. A program calls ready() before each request:
 //
 //     gqdb::CReturningTcpClient client("192.0.2.7", 5000, 3000);
@@ -20,8 +23,8 @@
 // `host` is dotted IPv4 text. Host names are not resolved and give -1; resolve them with getaddrinfo(3). `timeoutMs` is
 // the receive and the send time-out; setRecvOverTm and setSendOverTm change them. For TCP, 0 means no time-out.
 //
-// One thread at a time on one object, including ready(). Different objects need no lock. The classes are inline and add
-// no symbol to the library.
+// Only one thread may use an object at a time; this includes ready(). Different objects need no lock. The classes are
+// inline and add no symbol to the library.
 
 namespace gqdb {
 
@@ -201,3 +204,5 @@ private:
 };
 
 } // namespace gqdb
+
+#pragma GCC diagnostic pop
