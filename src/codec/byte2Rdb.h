@@ -98,7 +98,7 @@ public:
     // The count of a bool list is signed, and so is the new size, old size + count. A negative count
     //   - that needs more than `size` bytes, computed in 32 bits, gives -5: list unchanged
     //   - up to the list's size removes that many elements from its end: 1
-    //   - above it, like any negative new size, makes the vector throw std::length_error
+    //   - above it, like any negative new size, makes the vector raise std::length_error
     static void boolRealData2Byte(const BoolRealData& record, QByteArray& data);
     static int byte2BoolRealData(const char* buf, int size, BoolRealData& record);
     static void boolRealDatas2Byte(const std::vector<BoolRealData>& list, QByteArray& data);
@@ -139,7 +139,7 @@ public:
 
     // 18+L bytes: 0 pointId, 4 stamp1, 8 stamp2, 12 flag1, 13 flag2 (1 byte each), 14 L (4 bytes), 18 the L bytes.
     // The reader of one record replaces `bytes`. It returns 18+L, or -5 if the buffer is shorter; the five leading
-    // fields are overwritten if it has 18 bytes. An L of 2^31 or more makes the vector throw std::length_error.
+    // fields are overwritten if it has 18 bytes. An L of 2^31 or more makes the vector raise std::length_error.
     // The reader of a list:
     //    1  all items read
     //   -5  fewer bytes than 4 and 18 for each item: list unchanged
@@ -156,7 +156,7 @@ public:
     //   the bytes consumed, 4 for a count of 0
     //   -1  fewer than 18 bytes: list unchanged
     //   -1  an item does not fit: list at its new size, with the items read so far
-    // A negative count or an L of 2^31 or more makes the vector throw std::length_error.
+    // A negative count or an L of 2^31 or more makes the vector raise std::length_error.
     static int blob2List(const char* buf, int size, std::vector<BlobData>& list);
 
     // --- Queries ---

@@ -114,7 +114,7 @@ public:
     static void doubles2Buffer(const std::vector<double>& values, char* buf);
 
     // Replace `out` by `count` elements: 4 bytes each, 2 (0 to 65535), 2 (-32768 to 32767), 4 and 8. Return the bytes
-    // read. A negative count makes the vector throw std::length_error.
+    // read. A negative count makes the vector raise std::length_error.
     static int buffer2Ints(const char* buf, int count, std::vector<int>& out);
     static int buffer2UShorts(const char* buf, int count, std::vector<int>& out);
     static int buffer2Shorts(const char* buf, int count, std::vector<int>& out);

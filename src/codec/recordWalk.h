@@ -143,7 +143,7 @@ public:
     }
 
     // A length (4 bytes) and as many bytes. Returns false if they are not there. A length of 2^31 or more makes the
-    // vector throw std::length_error.
+    // vector raise std::length_error.
     [[gnu::always_inline]] bool bytes(const char* name, std::vector<unsigned char>& value)
     {
         if (job == showing) {
