@@ -34,7 +34,7 @@ static std::vector<unsigned char> storedWave(const std::vector<float>& samples, 
     std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
     std::vector<unsigned char> stored;
     if (CByte2Rdb::wave2Byte(head, samples, {}, raw.data(), packed.data(), stored) != 1)
-        fail("the wave can't be packed");
+        fail("the wave cannot be packed");
     return stored;
 }
 
@@ -48,7 +48,7 @@ static Side packSide(const std::vector<float>& samples, unsigned char flags)
             BlobWaveHead head;
             head.waveFlags = static_cast<char>(flags);
             if (CByte2Rdb::wave2Byte(head, samples, {}, raw.data(), packed.data(), stored) != 1)
-                fail("the wave can't be packed");
+                fail("the wave cannot be packed");
             benchmark::ClobberMemory();
         }
     };
@@ -65,7 +65,7 @@ static Side unpackSide(const std::vector<float>& samples, unsigned char flags)
         std::vector<int> marks;
         for (auto _ : state) {
             if (CByte2Rdb::byte2Wave(stored, work.data(), head, back, marks) != 1)
-                fail("the wave can't be unpacked");
+                fail("the wave cannot be unpacked");
             benchmark::ClobberMemory();
         }
         for (size_t i = 0; i < sampleCount; ++i) {
@@ -89,12 +89,12 @@ static Side unpackSixteenBitsSide()
         std::vector<unsigned char> work(CByte2Rdb::waveBlockSize);
         std::vector<unsigned char> stored;
         if (CByte2Rdb::wave2Byte(head, raw, {}, rawBytes.data(), work.data(), stored) != 1)
-            fail("the wave can't be packed");
+            fail("the wave cannot be packed");
         std::vector<float> back;
         std::vector<int> marks;
         for (auto _ : state) {
             if (CByte2Rdb::byte2Wave(stored, work.data(), head, back, marks) != 1)
-                fail("the wave can't be unpacked");
+                fail("the wave cannot be unpacked");
             benchmark::ClobberMemory();
         }
         for (size_t i = 0; i < sampleCount; ++i) {
@@ -118,7 +118,7 @@ static Side zlibPackSide(const std::vector<unsigned char>& block)
         for (auto _ : state) {
             uLongf size = packed.size();
             if (compress(packed.data(), &size, block.data(), block.size()) != Z_OK)
-                fail("zlib can't pack");
+                fail("zlib cannot pack");
             benchmark::ClobberMemory();
         }
     };
@@ -130,12 +130,12 @@ static Side zlibUnpackSide(const std::vector<unsigned char>& block)
         std::vector<unsigned char> packed(CByte2Rdb::waveBlockSize);
         uLongf packedSize = packed.size();
         if (compress(packed.data(), &packedSize, block.data(), block.size()) != Z_OK)
-            fail("zlib can't pack");
+            fail("zlib cannot pack");
         std::vector<unsigned char> back(CByte2Rdb::waveBlockSize);
         for (auto _ : state) {
             uLongf size = back.size();
             if (uncompress(back.data(), &size, packed.data(), packedSize) != Z_OK || size != block.size())
-                fail("zlib can't unpack");
+                fail("zlib cannot unpack");
             benchmark::ClobberMemory();
         }
     };

@@ -58,7 +58,7 @@ int main(int argc, char* argv[])
     }
     BoundedClient client(argv[1], std::atoi(argv[2]), 3000);
     if (client.ready() != 1) {
-        std::fprintf(stderr, "can't reach %s\n", argv[1]);
+        std::fprintf(stderr, "boundedRequest: cannot reach %s\n", argv[1]);
         return 1;
     }
     QByteArray frame;

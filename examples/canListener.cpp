@@ -14,7 +14,7 @@ int main(int argc, char* argv[])
     }
     CSocketCan can;
     if (can.open(argv[1], 0, 0, false) != 1) {
-        std::fprintf(stderr, "can't open %s\n", argv[1]);
+        std::fprintf(stderr, "canListener: cannot open %s\n", argv[1]);
         return 1;
     }
     std::printf("\n");                   // the last line that open prints has no line end

@@ -39,7 +39,7 @@ int main()
     std::string address;
     int port = 0;
     if (!listenLocally(server, port) || server.getSockName(address, port) != 1) {
-        std::fprintf(stderr, "can't listen\n");
+        std::fprintf(stderr, "localServer: cannot listen\n");
         return 1;
     }
     std::printf("listening on %s:%d\n", address.c_str(), port);

@@ -56,7 +56,7 @@ int main(int argc, char* argv[])
     CSerial line;
     // 9600 baud, 8 data bits, 1 stop bit, even parity (2, the Modbus default), no flow control
     if (line.open(std::atoi(argv[1]), 9600, 8, 1, 2, 0) != 1) {
-        std::fprintf(stderr, "can't open line %s\n", argv[1]);
+        std::fprintf(stderr, "modbusPoll: cannot open line %s\n", argv[1]);
         return 1;
     }
 
@@ -67,7 +67,7 @@ int main(int argc, char* argv[])
     appendBigEndian(count, request);
     appendCrc(request);
     if (line.send(request.constData(), request.size()) != request.size()) {
-        std::fprintf(stderr, "can't send\n");
+        std::fprintf(stderr, "modbusPoll: cannot send\n");
         return 1;
     }
 

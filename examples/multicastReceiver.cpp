@@ -15,7 +15,7 @@ int main(int argc, char* argv[])
     }
     CUdpServer receiver;
     if (receiver.openMulticast(argv[1], std::atoi(argv[2]), argc > 3 ? argv[3] : "") != 1) {
-        std::fprintf(stderr, "can't join %s\n", argv[1]);
+        std::fprintf(stderr, "multicastReceiver: cannot join %s\n", argv[1]);
         return 1;
     }
     std::printf("listening\n");

@@ -17,7 +17,7 @@ int main(int argc, char* argv[])
     const std::string text = argv[3];
     if (sender.openMulticast(argc > 4 ? argv[4] : "") != 1 ||
         sender.sendto(text.data(), static_cast<int>(text.size()), argv[1], std::atoi(argv[2])) < 0) {
-        std::fprintf(stderr, "can't send to %s\n", argv[1]);
+        std::fprintf(stderr, "multicastSender: cannot send to %s\n", argv[1]);
         return 1;
     }
     return 0;

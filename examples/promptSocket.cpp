@@ -31,7 +31,7 @@ int main(int argc, char* argv[])
     }
     PromptSocket socket; // the constructor opens it
     if (!socket.sendAtOnce() || socket.connect(argv[1], std::atoi(argv[2]), false) != 1) {
-        std::fprintf(stderr, "can't reach %s\n", argv[1]);
+        std::fprintf(stderr, "promptSocket: cannot reach %s\n", argv[1]);
         return 1;
     }
     for (int i = 3; i < argc; ++i) {

@@ -77,6 +77,6 @@ int main(int argc, char* argv[])
     const bool saved = saver.end() && log.save(); // the last lines, which the destructor would discard
     //! [main]
     if (!saved)
-        std::fprintf(stderr, "can't write %s\n", argv[1]);
+        std::fprintf(stderr, "savedLog: cannot write %s\n", argv[1]);
     return saved ? 0 : 1;
 }

@@ -50,7 +50,7 @@ int main(int argc, char* argv[])
     socket.setSendOverTm(200); // also limits connecting
     if (socket.connect(argv[1], std::atoi(argv[2]), false) != 1 ||
         !sendAll(socket, data.data(), static_cast<int>(data.size()), goOn)) {
-        std::fprintf(stderr, "can't send to %s\n", argv[1]);
+        std::fprintf(stderr, "sendAll: cannot send to %s\n", argv[1]);
         return 1;
     }
     std::printf("sent\n");

@@ -16,8 +16,8 @@ namespace gqdb {
 // If the link is down, request* and the ready-made commands except setTime reconnect first, by checkConnect.
 // Behaviour to know in advance:
 //   - The time-outs are set on the socket that the constructor opens. A socket that a later connect opens has none:
-//     the wait for the greeting and each read can last until the peer closes. To have time-outs, a derived class opens
-//     the socket and sets them before the request.
+//     the wait for the greeting and each read can last until the peer closes. CReturningTcpClient, in
+//     returningClient.h, sets them on every socket.
 //   - If recvInt refuses a reply (error frame, bad frame, short payload), it marks the link down but leaves the socket
 //     open. The next request then waits for a greeting that does not come, returns 0 and closes the socket; the request
 //     after it reconnects. If recvBytes, recvInts or recvStrings refuses a reply, the link stays up.

@@ -164,7 +164,7 @@ TEST(SendAll, endsWhenThePeerCloses)
     Descriptor connection = peer.accept();
     EXPECT_TRUE(sender.nextLine().startsWith("no room, "));
     reset(connection);
-    EXPECT_EQ(sender.nextError(), "can't send to 127.0.0.1");
+    EXPECT_EQ(sender.nextError(), "sendAll: cannot send to 127.0.0.1");
 }
 
 TEST(PromptSocket, sendsEachWord)

@@ -126,7 +126,7 @@ TEST(MulticastReceiver, reportsThatItCannotJoin)
 {
     const Outcome outcome = runProgram(example("multicastReceiver"), {"127.0.0.1", "5000"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "can't join 127.0.0.1\n");
+    EXPECT_EQ(outcome.errors, "multicastReceiver: cannot join 127.0.0.1\n");
 }
 
 TEST(MulticastSender, sendsOnAnInterface)

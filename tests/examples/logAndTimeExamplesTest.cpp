@@ -32,7 +32,7 @@ TEST_F(SavedLog, reportsThatItCannotBeWritten)
     const QString file = path("no folder") + "/log";
     const Outcome outcome = runProgram(example("savedLog"), {file, "10"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "can't write " + file + "\n");
+    EXPECT_EQ(outcome.errors, "savedLog: cannot write " + file + "\n");
 }
 
 TEST(RelativeTime, printsMomentAndText)
