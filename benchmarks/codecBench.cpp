@@ -232,7 +232,7 @@ static Side freshCopySide(const std::vector<float>& samples)
 {
     return [=](benchmark::State& state) {
         for (auto _ : state) {
-            const std::vector<float> copy = samples;
+            std::vector<float> copy(samples.begin(), samples.end());
             benchmark::DoNotOptimize(copy.data());
             benchmark::ClobberMemory();
         }
