@@ -37,7 +37,7 @@ static QStringList memberErrors(const QJsonObject& document)
 static QStringList encodeRecord(const Form& form, const QJsonObject& document, QByteArray& bytes)
 {
     const std::unique_ptr<Content> content = form.make();
-    const QStringList errors = takeJson(document["value"], *content);
+    QStringList errors = takeJson(document["value"], *content);
     if (!errors.isEmpty())
         return errors;
     if (!content->write(bytes))

@@ -212,7 +212,7 @@ private:
             isStopped = true;
             return QByteArray();
         }
-        const QByteArray content(at + 2, size);
+        QByteArray content(at + 2, size);
         add(name, 2 + size, jsonText(content));
         wireSizes[name] = 2 + size;
         return content;
