@@ -56,7 +56,7 @@ static QString refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
 {
     if (bytes.size() < headSize)
         return QString("the head needs %1 bytes, got %2").arg(headSize).arg(bytes.size());
-    const QString tooFew = markFault(head.markCount, bytes.size() - headSize);
+    QString tooFew = markFault(head.markCount, bytes.size() - headSize);
     if (!tooFew.isEmpty())
         return tooFew;
     const QByteArray block = bytes.mid(headSize + 4 * static_cast<int>(head.markCount));
