@@ -1,81 +1,13 @@
-#include "support/gqtoolProgram.h"
-#include "support/hex.h"
-#include "support/plainSockets.h"
+#include "support/runningTrace.h"
 
-#include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <thread>
 
-#include <arpa/inet.h>
 #include <poll.h>
-
-// A trace between the test's own client and station.
-class RunningTrace : public RunningProgram {
-public:
-    explicit RunningTrace(int stationPort, const QStringList& options = {})
-        : RunningProgram(GQTOOL, QStringList{"trace", "--listen", "0"} + options +
-                                     QStringList{QString("127.0.0.1:%1").arg(stationPort)})
-    {
-        const QString first = nextLine();
-        const QRegularExpressionMatch found = QRegularExpression("127\\.0\\.0\\.1:(\\d+)").match(first);
-        EXPECT_TRUE(found.hasMatch()) << first.toStdString();
-        port = found.captured(1).toInt();
-    }
-
-    // The next line, without its time.
-    std::string nextText()
-    {
-        const QString line = nextLine();
-        EXPECT_TRUE(QRegularExpression("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d ").match(line).hasMatch())
-            << line.toStdString();
-        return line.mid(13).toStdString();
-    }
-
-    int port = 0;
-};
-
-// A client and the station, connected through a trace.
-struct Link {
-    Link(Listener& station, const RunningTrace& trace)
-        : client(connected("127.0.0.1", trace.port)), server(station.accept())
-    {
-    }
-
-    Descriptor client;
-    Descriptor server;
-};
-
-static void give(int descriptor, const QByteArray& bytes)
-{
-    EXPECT_EQ(::send(descriptor, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL), bytes.size());
-}
-
-static std::string taken(int descriptor, int size)
-{
-    return hex(QByteArray::fromStdString(received(descriptor, size_t(size))));
-}
-
-static bool wasReset(int descriptor)
-{
-    char byte = 0;
-    return ::recv(descriptor, &byte, 1, 0) < 0 && errno == ECONNRESET;
-}
-
-static QString contentOf(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
-}
-
-static const QByteArray request = "68 04000000 0400 00 00 06 07000000 0000 16"_hex;
-static const QByteArray reply = "68 04000000 0400 00 00 06 f9ffffff 0000 16"_hex;
 
 // --- Bytes --------------------------------------------------------------------------------------------------------
 
@@ -244,7 +176,7 @@ TEST(GqtoolTrace, endsQuietlyWhenItsReaderHasGone)
     EXPECT_EQ(process.readAllStandardError(), "");
 }
 
-// --- Lines and files ----------------------------------------------------------------------------------------------
+// --- Lines ------------------------------------------------------------------------------------------------------
 
 TEST(GqtoolTrace, printsFramesGarbageAndFaultsInOrder)
 {
@@ -276,144 +208,7 @@ TEST(GqtoolTrace, printsAJsonObjectPerLine)
     EXPECT_EQ(nextObject(), R"({"connection":1,"event":"stationEnded",TIME})");
 }
 
-// Puts words for the times and the client's port, which no test knows.
-static QString withoutTimes(QString text)
-{
-    text.replace(QRegularExpression("[-0-9]{10}T[:0-9]{8}\\.[0-9]{6}Z"), "TIME");
-    const QString port = QRegularExpression("127\\.0\\.0\\.1:(\\d+) calls").match(text).captured(1);
-    return text.replace(port, "PORT");
-}
-
-TEST(GqtoolTrace, writesEveryPieceToAFileAtOnce)
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath("pieces");
-    Listener station(5);
-    RunningTrace trace(station.port(), {"--write", path});
-    const Link link(station, trace);
-    give(link.client, request.left(3));
-    EXPECT_EQ(taken(link.server, 3), "68 04 00");
-    give(link.client, request.mid(3));
-    trace.nextLine();
-    trace.nextLine(); // that of the whole frame; the file is written by then
-    give(link.server, reply);
-    trace.nextLine();
-    EXPECT_EQ(withoutTimes(contentOf(path)).toStdString(),
-              "# 1: 127.0.0.1:PORT calls 127.0.0.1:" + std::to_string(station.port()) +
-                  "; text2pcap -r '^1 (?<dir>[IO]) (?<time>\\S+) (?<data>[0-9a-f]+)$' -t ISO -T PORT," +
-                  std::to_string(station.port()) +
-                  " FILE 1.pcapng\n"
-                  "1 I TIME 680400\n"
-                  "1 I TIME 0000040000000607000000000016\n"
-                  "1 O TIME 680400000004000000"
-                  "06f9ffffff000016\n");
-}
-
-TEST(GqtoolTrace, writesAFileThatText2pcapConverts)
-{
-    if (QStandardPaths::findExecutable("text2pcap").isEmpty() || QStandardPaths::findExecutable("tshark").isEmpty())
-        GTEST_SKIP() << "no text2pcap or no tshark";
-    const QTemporaryDir folder;
-    const QString path = folder.filePath("pieces");
-    const QString capture = folder.filePath("1.pcapng");
-    Listener station(5);
-    {
-        RunningTrace trace(station.port(), {"--write", path});
-        const Link link(station, trace);
-        const Link other(station, trace);
-        give(link.client, request.left(3));
-        EXPECT_EQ(taken(link.server, 3), "68 04 00");
-        give(other.client, request); // of another connection, amid the pieces of the first
-        EXPECT_EQ(taken(other.server, 17), hex(request));
-        give(link.client, request.mid(3));
-        EXPECT_EQ(taken(link.server, 14), hex(request.mid(3)));
-        give(link.server, reply);
-        EXPECT_EQ(taken(link.client, 17), hex(reply));
-        EXPECT_EQ(trace.end(), 0);
-    }
-    // The command in the file.
-    const QString content = contentOf(path);
-    const QString command = content.section("; ", 1).section('\n', 0, 0).replace(" FILE 1.pcapng", " '%1' '%2'");
-    const Outcome made = runProgram("bash", {"-c", command.arg(path, capture)});
-    EXPECT_EQ(made.exitCode, 0) << made.errors.toStdString();
-
-    const QString client = QRegularExpression("-T (\\d+),").match(content).captured(1);
-    const QString server = QString::number(station.port());
-    const QStringList fields = {"frame.packet_flags_direction", "tcp.srcport", "tcp.dstport", "tcp.payload"};
-    const Outcome read = runProgram(
-        "tshark", {"-r", capture, "-T", "fields", "-e", fields[0], "-e", fields[1], "-e", fields[2], "-e", fields[3]});
-    EXPECT_EQ(read.output.toStdString(), QString("0x00000001\t%1\t%2\t680400\n"
-                                                 "0x00000001\t%1\t%2\t0000040000000607000000000016\n"
-                                                 "0x00000002\t%2\t%1\t68040000000400000006f9ffffff000016\n")
-                                             .arg(client, server)
-                                             .toStdString());
-}
-
-TEST(GqtoolTrace, continuesWhenItsFileIsFull)
-{
-    Listener station(5);
-    RunningTrace trace(station.port(), {"--write", "/dev/full"});
-    const Link link(station, trace);
-    EXPECT_EQ(trace.nextError(),
-              "gqtool: cannot write to /dev/full, the trace continues without it: No space left on device");
-    give(link.client, request);
-    EXPECT_EQ(taken(link.server, 17), hex(request));
-    EXPECT_EQ(trace.end(), 1);
-}
-
 // --- Datagrams ----------------------------------------------------------------------------------------------------
-
-class DatagramSocket {
-public:
-    DatagramSocket() : descriptor(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_in address = loopback(0);
-        EXPECT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        const timeval limit = {limitMs / 1000, 0};
-        ::setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    }
-
-    int port() const
-    {
-        sockaddr_in address = {};
-        socklen_t size = sizeof address;
-        ::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size);
-        return ntohs(address.sin_port);
-    }
-
-    void sendTo(int toPort, const QByteArray& bytes)
-    {
-        const sockaddr_in address = loopback(toPort);
-        EXPECT_EQ(::sendto(descriptor, bytes.constData(), size_t(bytes.size()), 0,
-                           reinterpret_cast<const sockaddr*>(&address), sizeof address),
-                  bytes.size());
-    }
-
-    // The next datagram, and where it comes from.
-    std::string take(int* fromPort = nullptr)
-    {
-        QByteArray bytes(65536, '\0');
-        sockaddr_in address = {};
-        socklen_t size = sizeof address;
-        const ssize_t count =
-            ::recvfrom(descriptor, bytes.data(), size_t(bytes.size()), 0, reinterpret_cast<sockaddr*>(&address), &size);
-        if (fromPort != nullptr)
-            *fromPort = ntohs(address.sin_port);
-        return count < 0 ? "none" : hex(bytes.left(int(count)));
-    }
-
-private:
-    static sockaddr_in loopback(int port)
-    {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(uint16_t(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        return address;
-    }
-
-    Descriptor descriptor;
-};
 
 TEST(GqtoolTraceUdp, passesDatagramsAndTheirRepliesToTheRightClient)
 {
@@ -444,20 +239,14 @@ TEST(GqtoolTraceUdp, passesDatagramsAndTheirRepliesToTheRightClient)
 
 TEST(GqtoolTraceUdp, passesEmptyAndLargestDatagrams)
 {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath("pieces");
     DatagramSocket station;
-    RunningTrace trace(station.port(), {"--udp", "--write", path});
+    const RunningTrace trace(station.port(), {"--udp"});
     DatagramSocket client;
     client.sendTo(trace.port, QByteArray());
     EXPECT_EQ(station.take(), "");
     const QByteArray largest(65507, '\5');
     client.sendTo(trace.port, largest);
     EXPECT_EQ(station.take(), hex(largest));
-    EXPECT_EQ(trace.end(), 0);
-    const QString content = contentOf(path);
-    EXPECT_TRUE(content.contains(" -t ISO -u "));
-    EXPECT_EQ(content.count('\n'), 2);
 }
 
 TEST(GqtoolTraceUdp, reportsThatTheStationIsUnreachable)
@@ -494,7 +283,7 @@ TEST(GqtoolTrace, reportsWhyItCannotStart)
     Outcome outcome = run({"trace", "--listen", port, "127.0.0.1:5000"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot listen on 127.0.0.1:" + port + ": Address already in use\n");
-    outcome = run({"trace", "--listen", "0", "--write", "/nowhere/pieces", "127.0.0.1:5000"});
+    outcome = run({"trace", "--listen", "0", "--pcap", "/nowhere/file.pcap", "127.0.0.1:5000"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: cannot write to /nowhere/pieces: No such file or directory\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to /nowhere/file.pcap: No such file or directory\n");
 }

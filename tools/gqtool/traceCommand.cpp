@@ -61,13 +61,11 @@ static const char* const description =
     "\n"
     "  gqtool trace --listen 5001 127.0.0.1:5000\n"
     "\n"
-    "Clients then connect to port 5001. text2pcap (4.0 or later, in Debian's wireshark-common) converts a file of\n"
-    "--write to a capture file for each connection. For connection 1 of a client at port 40000:\n"
+    "Clients then connect to port 5001. --pcap writes a capture of all connections, as if the clients had talked to\n"
+    "the station directly. Wireshark opens it, also while it is being written:\n"
     "\n"
-    "  text2pcap -r '^1 (?<dir>[IO]) (?<time>\\S+) (?<data>[0-9a-f]+)$' -t ISO -T 40000,5000 FILE 1.pcapng\n"
-    "\n"
-    "For datagrams, use -u instead of -T. I (in) and O (out) are the directions as seen from the station. FILE has\n"
-    "this command in a # line for each of its connections.";
+    "  gqtool trace --listen 5001 --pcap FILE 127.0.0.1:5000\n"
+    "  tshark -r FILE -d tcp.port==5000,gqframe";
 
 int runTrace(const QStringList& arguments)
 {
@@ -76,10 +74,10 @@ int runTrace(const QStringList& arguments)
     const QCommandLineOption listen("listen", "listen on PORT; 0 means a free port", "PORT");
     const QCommandLineOption address("address", "listen on ADDRESS (default: 127.0.0.1)", "ADDRESS", "127.0.0.1");
     const QCommandLineOption udp("udp", "relay datagrams instead of connections");
-    const QCommandLineOption write("write", "also write all bytes to FILE, for text2pcap", "FILE");
+    const QCommandLineOption pcap("pcap", "also write all packets to FILE, for Wireshark", "FILE");
     const QCommandLineOption json("json",
                                   "print each line as a JSON object, with up to 65536 bytes of a payload in hex");
-    parser.addOptions({listen, address, udp, write, json});
+    parser.addOptions({listen, address, udp, pcap, json});
     parser.addPositionalArgument("HOST:PORT", "The station: a name or a dotted IPv4 address, and a port.");
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
@@ -112,18 +110,19 @@ int runTrace(const QStringList& arguments)
         printError(QString("cannot listen on %1: %2").arg(endpointText(local), strerror(errno)));
         return exitFailed;
     }
-    TraceOutput output(parser.isSet(json));
-    if (parser.isSet(write) && !output.open(parser.value(write), isUdp)) {
-        printError(QString("cannot write to %1: %2").arg(parser.value(write), strerror(errno)));
+    CaptureFile capture;
+    if (parser.isSet(pcap) && !capture.open(parser.value(pcap), error)) {
+        printError(QString("cannot write to %1: %2").arg(parser.value(pcap), error));
         return exitFailed;
     }
+    TraceOutput output(parser.isSet(json));
     const int stopper = openStopper();
     output.listening(endpointText(local), endpointText(station));
     const auto relay = isUdp ? relayDatagrams : relayStreams;
-    const bool isGood = relay(listener, station, stopper, output);
+    const bool isGood = relay(listener, station, stopper, output, capture);
     if (!isGood)
         printError(QString("cannot relay: %1").arg(strerror(errno)));
     if (isatty(STDERR_FILENO) != 0)
         printError(output.summary());
-    return isGood && output.isGood() ? exitGood : exitFailed;
+    return isGood && capture.isGood() ? exitGood : exitFailed;
 }

@@ -1,3 +1,4 @@
+#include "capturedPackets.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "traceRelay.h"
@@ -23,8 +24,9 @@ struct DatagramClient {
 
 class DatagramRelay {
 public:
-    DatagramRelay(int relayListener, const sockaddr_in& stationAddress, TraceOutput& traceOutput)
-        : listener(relayListener), station(stationAddress), output(traceOutput)
+    DatagramRelay(int relayListener, const sockaddr_in& stationAddress, TraceOutput& traceOutput,
+                  CaptureFile& captureFile)
+        : listener(relayListener), station(stationAddress), output(traceOutput), capture(captureFile)
     {
     }
     ~DatagramRelay()
@@ -42,11 +44,12 @@ public:
 private:
     DatagramClient* clientAt(const sockaddr_in& address);
     void forget();
-    void lose(const DatagramClient& client, int size);
+    void lose(const DatagramClient& client, int size, int error);
 
     const int listener;
     const sockaddr_in station;
     TraceOutput& output;
+    CaptureFile& capture;
     std::list<DatagramClient> clients; // the most recently heard first
     int known = 0;
     QByteArray datagram;
@@ -89,13 +92,13 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
         return nullptr;
     }
     clients.push_front({++known, address, socket});
-    output.connected(known, endpointText(address), endpointText(station));
+    output.connected(known, endpointText(address));
     return &clients.front();
 }
 
-void DatagramRelay::lose(const DatagramClient& client, int size)
+void DatagramRelay::lose(const DatagramClient& client, int size, int error)
 {
-    output.event(client.number, "lost", QString("datagram of %1 bytes lost: %2").arg(size).arg(strerror(errno)));
+    output.event(client.number, "lost", QString("datagram of %1 bytes lost: %2").arg(size).arg(strerror(error)));
 }
 
 void DatagramRelay::takeFromClients()
@@ -114,9 +117,11 @@ void DatagramRelay::takeFromClients()
     ssize_t sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
     if (sent < 0 && errno == ECONNREFUSED) // caused by an earlier one; this one was not sent
         sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
+    const int error = errno;
+    captureDatagram(capture, client->address, station, datagram);
     output.datagram(client->number, Side::client, datagram);
     if (sent < 0)
-        lose(*client, datagram.size());
+        lose(*client, datagram.size(), error);
 }
 
 void DatagramRelay::takeFromStation(int socket)
@@ -137,15 +142,15 @@ void DatagramRelay::takeFromStation(int socket)
     const ssize_t sent = sendto(listener, datagram.constData(), static_cast<size_t>(count), 0,
                                 reinterpret_cast<const sockaddr*>(&client->address), sizeof client->address);
     const int error = errno;
+    captureDatagram(capture, station, client->address, datagram);
     output.datagram(client->number, Side::station, datagram);
-    errno = error;
     if (sent < 0)
-        lose(*client, datagram.size());
+        lose(*client, datagram.size(), error);
 }
 
-bool relayDatagrams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output)
+bool relayDatagrams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output, CaptureFile& capture)
 {
-    DatagramRelay relay(listener, station, output);
+    DatagramRelay relay(listener, station, output, capture);
     Progress progress;
     for (;;) {
         std::vector<pollfd> entries = relay.entries(stopper);

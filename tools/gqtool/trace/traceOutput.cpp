@@ -24,37 +24,6 @@ static QString isoTime(long long microseconds)
            QString("%1Z").arg(microseconds % 1000, 3, 10, QChar('0'));
 }
 
-// --- The file -----------------------------------------------------------------------------------------------------
-
-// A line per piece: the connection, I (into the station) or O (out of it), the time, the bytes. text2pcap selects the
-// lines of one connection by a regular expression, so that the streams of several connections are not mixed.
-
-bool TraceOutput::open(const QString& path, bool datagrams)
-{
-    isOfDatagrams = datagrams;
-    file.setFileName(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered);
-}
-
-void TraceOutput::record(const QByteArray& line)
-{
-    if (!file.isOpen() || hasFailed)
-        return;
-    hasFailed = file.write(line) != line.size();
-    if (hasFailed)
-        printError(
-            QString("cannot write to %1, the trace continues without it: %2").arg(file.fileName(), file.errorString()));
-}
-
-void TraceOutput::recordPiece(int connection, Side from, const QByteArray& bytes)
-{
-    if (!bytes.isEmpty()) // text2pcap refuses an empty packet
-        record(QString("%1 %2 %3 ").arg(connection).arg(from == Side::client ? 'I' : 'O').arg(isoTime(now)).toUtf8() +
-               bytes.toHex() + '\n');
-}
-
-// --- Lines --------------------------------------------------------------------------------------------------------
-
 QString sideText(Side side)
 {
     return side == Side::client ? "client" : "station";
@@ -95,29 +64,22 @@ void TraceOutput::listening(const QString& endpoint, const QString& station)
           {{"event", "listening"}, {"address", endpoint}, {"station", station}});
 }
 
-void TraceOutput::connected(int connection, const QString& client, const QString& station)
+void TraceOutput::connected(int connection, const QString& client)
 {
     now = microsecondsNow();
     ++connections;
-    record(QString("# %1: %2 calls %3; text2pcap -r '^%1 (?<dir>[IO]) (?<time>\\S+) (?<data>[0-9a-f]+)$' -t ISO "
-                   "%4 %5,%6 FILE %1.pcapng\n")
-               .arg(connection)
-               .arg(client, station, isOfDatagrams ? "-u" : "-T", client.section(':', 1), station.section(':', 1))
-               .toUtf8());
     print(connection, "connected from " + client, {{"event", "connected"}, {"client", client}});
 }
 
 void TraceOutput::event(int connection, const QString& name, const QString& text)
 {
     now = microsecondsNow();
-    record(QString("# %1: %2\n").arg(connection).arg(text).toUtf8());
     print(connection, text, {{"event", name}});
 }
 
 void TraceOutput::piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream)
 {
     now = microsecondsNow();
-    recordPiece(connection, from, bytes);
     printItems(connection, from, stream.feed(bytes));
 }
 
@@ -130,7 +92,6 @@ void TraceOutput::end(int connection, Side from, FrameStream& stream)
 void TraceOutput::datagram(int connection, Side from, const QByteArray& bytes)
 {
     now = microsecondsNow();
-    recordPiece(connection, from, bytes);
     FrameStream stream(keptBytes);
     printItems(connection, from, stream.feed(bytes));
     printItems(connection, from, stream.end());

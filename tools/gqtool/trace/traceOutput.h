@@ -2,7 +2,6 @@
 
 #include "gqtool/frames/frameStream.h"
 
-#include <QFile>
 #include <QJsonObject>
 #include <QString>
 
@@ -10,19 +9,15 @@ enum class Side { client, station };
 
 QString sideText(Side side); // "client" or "station"
 
-// The output of a trace: a line per frame on standard output, and a line per piece in a file for text2pcap. The file is
-// unbuffered, so it is complete whenever the program ends.
+// The lines of a trace: one per frame and event, on standard output.
 class TraceOutput {
 public:
     static constexpr int keptBytes = 65536; // of each payload
 
     explicit TraceOutput(bool json);
 
-    // Opens the file; `datagrams` selects UDP for text2pcap. Returns false, with errno, if it cannot be written.
-    bool open(const QString& path, bool datagrams);
-
     void listening(const QString& endpoint, const QString& station);
-    void connected(int connection, const QString& client, const QString& station);
+    void connected(int connection, const QString& client);
 
     // Prints any other event; `name` is for JSON, `text` for people.
     void event(int connection, const QString& name, const QString& text);
@@ -37,19 +32,11 @@ public:
     // Returns the counts so far, on one line.
     QString summary() const;
 
-    // Returns false if writing the file failed.
-    bool isGood() const { return !hasFailed; }
-
 private:
     void print(int connection, const QString& text, QJsonObject json);
     void printItems(int connection, Side from, const std::vector<StreamItem>& items);
-    void record(const QByteArray& line);
-    void recordPiece(int connection, Side from, const QByteArray& bytes);
 
     bool isJson;
-    QFile file;
-    bool isOfDatagrams = false;
-    bool hasFailed = false;
     long long now = 0; // time of the current line, in microseconds since 1970
     int connections = 0;
     long long requests = 0; // frames of clients

@@ -1,3 +1,4 @@
+#include "capturedPackets.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "traceRelay.h"
@@ -15,7 +16,7 @@
 #include <memory>
 #include <vector>
 
-static const int pieceSize = 32768;        // of one read; with text2pcap's dummy headers it still fits into a packet
+static const int pieceSize = CapturedConnection::largestPiece; // of one read
 static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other has not yet accepted
 
 QString endpointText(const sockaddr_in& address)
@@ -38,7 +39,7 @@ class RelayedConnection {
 public:
     // Takes ownership of the client's socket and starts to connect to the station.
     RelayedConnection(int connectionNumber, int clientSocket, const sockaddr_in& stationAddress,
-                      TraceOutput& traceOutput);
+                      TraceOutput& traceOutput, const CapturedConnection& capturedConnection);
     ~RelayedConnection();
     RelayedConnection(const RelayedConnection&) = delete;
     RelayedConnection& operator=(const RelayedConnection&) = delete;
@@ -53,31 +54,34 @@ private:
     void finishConnect();
     void read(Flow& flow);
     void passOn(Flow& flow);
-    void fail(Side side, const char* what, int error);
+    void fail(Side side, int error);
+    void reportFailure();
 
     const int number;
     const int client;
     const int station;
     TraceOutput& output;
+    CapturedConnection captured;
     std::array<Flow, 2> flows;
     bool isConnecting = true; // to the station
     bool hasFailed = false;
-    QString failureName;
-    QString failureText;
+    Side failedSide = Side::station;
+    int failure = 0;
 };
 
 RelayedConnection::RelayedConnection(int connectionNumber, int clientSocket, const sockaddr_in& stationAddress,
-                                     TraceOutput& traceOutput)
+                                     TraceOutput& traceOutput, const CapturedConnection& capturedConnection)
     : number(connectionNumber), client(clientSocket),
-      station(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
-      output(traceOutput), flows{{{Side::client, client, station}, {Side::station, station, client}}}
+      station(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)), output(traceOutput),
+      captured(capturedConnection), flows{{{Side::client, client, station}, {Side::station, station, client}}}
 {
+    captured.begun();
     const int on = 1;
     for (const int end : {client, station})
         setsockopt(end, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     if (::connect(station, reinterpret_cast<const sockaddr*>(&stationAddress), sizeof stationAddress) != 0 &&
         errno != EINPROGRESS)
-        fail(Side::station, "Unreachable", errno);
+        fail(Side::station, errno);
 }
 
 // Prints incomplete frames and the failure.
@@ -88,7 +92,7 @@ RelayedConnection::~RelayedConnection()
             output.end(number, flow.from, flow.frames);
     }
     if (hasFailed)
-        output.event(number, failureName, failureText);
+        reportFailure();
     close(client);
     close(station);
 }
@@ -120,7 +124,7 @@ void RelayedConnection::serve(short clientEvents, short stationEvents)
         if (stationEvents != 0)
             finishConnect();
         else if (clientEvents != 0)
-            fail(Side::client, "Reset", ECONNRESET);
+            fail(Side::client, ECONNRESET);
         return;
     }
     for (Flow& flow : flows) {
@@ -128,7 +132,7 @@ void RelayedConnection::serve(short clientEvents, short stationEvents)
         if (!hasFailed && !flow.hasEnded && (events & (POLLIN | POLLERR | POLLHUP)) != 0)
             read(flow);
         else if (!hasFailed && flow.hasEnded && (events & POLLERR) != 0)
-            fail(flow.from, "Reset", ECONNRESET);
+            fail(flow.from, ECONNRESET);
         if (!hasFailed)
             passOn(flow);
     }
@@ -139,9 +143,12 @@ void RelayedConnection::finishConnect()
     int error = 0;
     socklen_t size = sizeof error;
     getsockopt(station, SOL_SOCKET, SO_ERROR, &error, &size);
-    if (error != 0)
-        fail(Side::station, "Unreachable", error);
+    if (error != 0) {
+        fail(Side::station, error);
+        return;
+    }
     isConnecting = false;
+    captured.accepted();
 }
 
 void RelayedConnection::read(Flow& flow)
@@ -150,7 +157,7 @@ void RelayedConnection::read(Flow& flow)
     const ssize_t count = recv(flow.source, bytes.data(), static_cast<size_t>(bytes.size()), 0);
     if (count < 0) {
         if (errno != EAGAIN && errno != EINTR)
-            fail(flow.from, "Reset", errno);
+            fail(flow.from, errno);
         return;
     }
     bytes.truncate(static_cast<int>(count));
@@ -158,8 +165,10 @@ void RelayedConnection::read(Flow& flow)
     flow.hasEnded = count == 0;
     passOn(flow);
     if (count > 0) {
+        captured.piece(flow.from, bytes);
         output.piece(number, flow.from, bytes, flow.frames);
     } else {
+        captured.ended(flow.from);
         output.end(number, flow.from, flow.frames);
         output.event(number, sideText(flow.from) + "Ended",
                      QString("the %1 ended its stream").arg(sideText(flow.from)));
@@ -175,7 +184,7 @@ void RelayedConnection::passOn(Flow& flow)
         if (count > 0)
             flow.waiting.remove(0, static_cast<int>(count));
         else if (errno != EAGAIN && errno != EINTR)
-            fail(flow.from == Side::client ? Side::station : Side::client, "Reset", errno);
+            fail(flow.from == Side::client ? Side::station : Side::client, errno);
     }
     if (flow.waiting.isEmpty() && flow.hasEnded && !flow.isPassed && !hasFailed) {
         shutdown(flow.sink, SHUT_WR);
@@ -184,15 +193,25 @@ void RelayedConnection::passOn(Flow& flow)
 }
 
 // One side has broken the connection: the destructor will reset the connection to the other side.
-void RelayedConnection::fail(Side side, const char* what, int error)
+void RelayedConnection::fail(Side side, int error)
 {
     hasFailed = true;
-    failureName = sideText(side) + what;
-    failureText =
-        QString(isConnecting && side == Side::station ? "the %1 is unreachable: %2" : "the %1 broke the connection: %2")
-            .arg(sideText(side), strerror(error));
+    failedSide = side;
+    failure = error;
     const linger abort = {1, 0};
     setsockopt(side == Side::client ? station : client, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
+}
+
+void RelayedConnection::reportFailure()
+{
+    const bool isUnreachable = isConnecting && failedSide == Side::station;
+    if (!isUnreachable)
+        captured.broken(failedSide);
+    else if (failure == ECONNREFUSED || failure == ECONNRESET)
+        captured.refused();
+    output.event(number, sideText(failedSide) + (isUnreachable ? "Unreachable" : "Reset"),
+                 QString(isUnreachable ? "the %1 is unreachable: %2" : "the %1 broke the connection: %2")
+                     .arg(sideText(failedSide), strerror(failure)));
 }
 
 // ------------------------------------------------------------------------------------------------------------------
@@ -202,7 +221,7 @@ static bool isOutOfResources(int error)
     return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
 
-bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output)
+bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output, CaptureFile& capture)
 {
     std::vector<std::unique_ptr<RelayedConnection>> connections;
     int accepted = 0;
@@ -240,7 +259,8 @@ bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOu
         if (client < 0)
             continue;
         ++accepted;
-        output.connected(accepted, endpointText(address), endpointText(station));
-        connections.push_back(std::make_unique<RelayedConnection>(accepted, client, station, output));
+        output.connected(accepted, endpointText(address));
+        connections.push_back(std::make_unique<RelayedConnection>(
+            accepted, client, station, output, CapturedConnection(capture, accepted, address, station)));
     }
 }
