@@ -12,7 +12,7 @@ sys.path.append(str(pathlib.Path(__file__).parents[1] / "golden"))
 from check import read_hex
 
 SERVER = 5000
-SYN, ACK = 2, 16
+FIN, SYN, RST, ACK = 1, 2, 4, 16
 GOLDEN = pathlib.Path(__file__).parents[1] / "golden" / "frames"
 
 
@@ -62,7 +62,7 @@ class Connection:
         ports = (self.port, SERVER) if is_request else (SERVER, self.port)
         acknowledged = self.sent[not is_request] if flags & ACK else 0
         head = struct.pack(">HHIIBBHHH", *ports, self.sent[is_request], acknowledged, 5 << 4, flags, 65535, 0, 0)
-        self.sent[is_request] += len(data) + (1 if flags & SYN else 0)
+        self.sent[is_request] += len(data) + (1 if flags & (SYN | FIN) else 0)
         return self.capture.add(6, head + data, is_request, kept)
 
 

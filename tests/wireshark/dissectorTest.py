@@ -5,6 +5,7 @@
 """
 
 import json
+import math
 import os
 import pathlib
 import random
@@ -13,7 +14,22 @@ import subprocess
 import tempfile
 import unittest
 
-from captures import GOLDEN, SERVER, Capture, Connection, Tshark, client_port, field, frames, golden_bytes, shown
+from captures import (
+    ACK,
+    FIN,
+    GOLDEN,
+    RST,
+    SERVER,
+    Capture,
+    Connection,
+    Tshark,
+    client_port,
+    field,
+    frames,
+    golden_bytes,
+    read_hex,
+    shown,
+)
 
 PIECES = {path.stem: json.loads(path.read_text()) for path in sorted(GOLDEN.glob("*.json"))}
 SCRIPT = pathlib.Path(__file__).parents[2] / "packaging/wireshark/gqframe.lua"
@@ -59,7 +75,7 @@ def part(element):
         return {**result, "garbage": field(element, "garbage").get("value")}
     for name in ("length", "sequence", "arg2", "arg1", "command"):
         if field(element, name) is not None:
-            result[name] = int(field(element, name).get("show"))
+            result[name] = int(field(element, name).get("show"), 0)
     for name in ("header", "payload", "check", "end"):
         if field(element, name) is not None:
             result[name] = field(element, name).get("value")
@@ -300,7 +316,7 @@ class Dissector(DissectorTest):
         fields = ["-T", "fields", "-e", "gqframe.command"]
         self.assertEqual(self.tshark.run("-r", path, *fields).split(), [])
         preference = ["-o", "gqframe.ports:4000,4999-5001"]
-        self.assertEqual(self.tshark.run("-r", path, *preference, *fields).split(), ["32", "6"])
+        self.assertEqual(self.tshark.run("-r", path, *preference, *fields).split(), ["0x20", "0x06"])
 
     def test_doesNotWaitForMoreThanTheLargestPayload(self):
         for largest, found in (("288767", "42"), ("288768", None)):
@@ -321,6 +337,154 @@ class Dissector(DissectorTest):
             element = self.tshark.read(capture.close(), *given_form(form))[0]
             self.assertEqual(len(shown(element, "int" if form == "ints" else "text")), 1000)
             self.assertEqual(field(element, "count").get("showname"), "Count: 1500, at most 1000 are shown")
+
+
+def fields_shown(element):
+    """Returns names and values of the fields of records, in the order of the bytes."""
+    result = []
+    for each in element:
+        name = each.get("name", "")
+        if name == "gqframe.record":
+            result += fields_shown(each)
+        elif name.count(".") == 2:
+            result.append((name.split(".")[2], each.get("show")))
+    return result
+
+
+OTHER_NAMES = {"(any byte)": "skipped"}
+NO_FIELDS = ("count", "properties", "(zlib stream)")  # shown as count of a list, or not at all
+
+
+def fields_decoded(form, path):
+    """Returns names and values as `gqtool decode` prints them, named as the dissector does."""
+    command = [os.environ["GQTOOL"], "decode", "--as", form, "--json", "--file", path]
+    done = subprocess.run(command, capture_output=True, check=True, timeout=60)
+    result = []
+    kind = None
+    for row in json.loads(done.stdout)["fields"]:
+        name = re.sub(r"\[\d+\]$", "", row["name"]).split(".")[-1]
+        name, value = OTHER_NAMES.get(name, name), row["value"]
+        if name == "kind":
+            kind = value
+        if name == "intValue" and form.startswith(("variant", "property", "object")) and kind == 11:
+            name = "timeValue"  # unsigned
+        if isinstance(value, dict) and "stored" in value:
+            result += [("stored", value["stored"]), ("samples", value["sample"])]
+        elif name not in NO_FIELDS and value != "":
+            result.append((name, value))
+    return result
+
+
+def is_same(shown_value, value):
+    """Compares a value of tshark with one of gqtool."""
+    if isinstance(value, (int, float)):
+        return math.isclose(float(shown_value), value, rel_tol=1e-5, abs_tol=1e-40)
+    if isinstance(value, dict) and "nan" in value:
+        return math.isnan(float(shown_value))
+    if isinstance(value, dict):  # bytes, or a text that tshark writes in its own way
+        data = bytes.fromhex(value["hex"])
+        return shown_value == data.hex(":") or len(shown_value) >= len(data.split(b"\0")[0].decode(errors="ignore"))
+    return shown_value == value or value is None or math.isclose(float(shown_value), float(value))
+
+
+class CommandMap(DissectorTest):
+    def map(self, text):
+        path = self.folder / "plant.map"
+        path.write_text(text)
+        return ["-o", f"gqframe.map:{path}"]
+
+    def reply_in(self, data, *preferences):
+        capture = self.capture()
+        Connection(capture, 40000).segment(data, False)
+        return frames(self.tshark.read(capture.close(), *preferences)[0])[0]
+
+    def test_namesCommandsAndTheirForms(self):
+        plant = self.map("# the plant\n0x20 levels int ints # of all tanks\n\t33\tpicture - bytes\r\n\n")
+        capture = self.capture()
+        connection = Connection(capture, 40000)
+        connection.segment(golden_bytes("requestInt"), True)
+        connection.segment(golden_bytes("replyInts"), False)
+        packets = self.tshark.read(capture.close(), *plant)
+        self.assertEqual([shown(packet, "name") for packet in packets], [["levels"], ["levels"]])
+        self.assertEqual([shown(packet, "form") for packet in packets], [["int"], ["ints"]])
+        self.assertEqual([shown(packet, "candidate") for packet in packets], [[], []])
+
+    def test_yieldsToTheFormsOfAPreference(self):
+        element = self.reply_in(golden_bytes("replyInts"), *self.map("0x20 levels int ints"), *given_form("bytes"))
+        self.assertEqual(shown(element, "form"), ["ints"])  # the preference for all others
+        element = self.reply_in(
+            golden_bytes("replyInts"), *self.map("0x20 levels int ints"), "-o", "gqframe.reply_forms:0x20=bytes"
+        )
+        self.assertEqual(shown(element, "form"), ["bytes"])
+
+    def test_reportsEachWrongLine(self):
+        for line, message in {
+            "0x20 levels int": "must be COMMAND NAME REQUEST REPLY, got 3 words",
+            "256 levels int ints": "COMMAND must be an integer from 0 to 254, got '256'",
+            "0xff levels int ints": "COMMAND must be an integer from 0 to 254, got '0xff'",
+            "x20 levels int ints": "COMMAND must be an integer from 0 to 254, got 'x20'",
+            "0x20 2levels int ints": "NAME must be a letter followed by letters, digits, '_', '.' or '-', got '2levels'",
+            "0x20 levels bytes ints": "REQUEST must be -, int, intPair, ints or hex, got 'bytes'",
+            "0x20 levels int floats": "REPLY must be int, ints, bytes, strings or bytes:FORM, got 'floats'",
+            "0x20 levels int ints:wave": "REPLY must be int, ints, bytes, strings or bytes:FORM, got 'ints:wave'",
+            "0x20 levels int bytes:waves": "REPLY has no form 'waves'; gqtool decode --list prints the forms",
+            "0x21 others int ints": "COMMAND 0x21 is also in line 1",
+            "0x20 other int ints": "NAME other is also in line 1",
+        }.items():
+            with self.subTest(line):
+                element = self.reply_in(golden_bytes("replyInts"), *self.map(f"0x21 other int ints\n{line}\n"))
+                text = element.find("./field[@name='_ws.expert']").get("showname")
+                self.assertTrue(text.endswith(f"plant.map:2: {message}"), text)
+
+    def test_reportsAMissingFile(self):
+        element = self.reply_in(golden_bytes("replyInts"), "-o", f"gqframe.map:{self.folder}/none")
+        text = element.find("./field[@name='_ws.expert']").get("showname")
+        self.assertTrue(text.endswith("/none: No such file or directory"), text)
+
+    def test_showsTheFieldsOfEveryRecordLikeGqtool(self):
+        files = sorted(GOLDEN.parent.glob("records/*.json")) + sorted(GOLDEN.parent.glob("waves/*.json"))
+        commands = {}
+        capture = self.capture()
+        for number, path in enumerate(files):
+            form = json.loads(path.read_text())["as"]
+            command = commands.setdefault(form, 16 + len(commands))
+            data = read_hex(path.with_suffix(".hex"))
+            payload = len(data).to_bytes(4, "little") + data
+            header = b"\x68" + len(payload).to_bytes(4, "little") + bytes([0, 0, 0, 0, command])
+            Connection(capture, 20000 + number).segment(header + payload + b"\0\0\x16", False)
+        listed = subprocess.run([os.environ["GQTOOL"], "decode", "--list", "--json"], capture_output=True, timeout=60)
+        forms = {json.loads(line)["form"] for line in listed.stdout.splitlines()}
+        self.assertEqual(forms - {"frames"}, set(commands))
+        plant = self.map("".join(f"{command} {form} - bytes:{form}\n" for form, command in commands.items()))
+        for path, packet in zip(files, self.tshark.read(capture.close(), *plant)):
+            form = json.loads(path.read_text())["as"]
+            with self.subTest(path.stem):
+                element = frames(packet)[0]
+                self.assertEqual(shown(element, "short_form"), [])
+                found = [pair for pair in fields_shown(field(element, "records")) if pair[1] != ""]
+                expected = fields_decoded(form, path.with_suffix(".hex"))
+                self.assertEqual([name for name, _ in found], [name for name, _ in expected])
+                for (name, one), (_, other) in zip(found, expected):
+                    self.assertTrue(is_same(one, other), f"{name}: {one}, expected {other}")
+
+    def test_showsTheFieldsBeforeTheEndOfACutRecord(self):
+        data = read_hex(GOLDEN.parent / "records" / "pointInfos.hex")
+        names = [name for name, _ in fields_decoded("pointInfos", GOLDEN.parent / "records" / "pointInfos.hex")]
+        plant = self.map("0x20 points - bytes:pointInfos")
+        capture = self.capture()
+        for size in range(len(data) + 1):
+            payload = size.to_bytes(4, "little") + data[:size]
+            header = b"\x68" + len(payload).to_bytes(4, "little") + bytes([0, 0, 0, 0, 0x20])
+            Connection(capture, 20000 + size).segment(header + payload + b"\0\0\x16", False)
+        last = 0
+        for size, packet in enumerate(self.tshark.read(capture.close(), *plant)):
+            records = field(packet, "records")
+            found = [] if records is None else [name for name, value in fields_shown(records) if value != ""]
+            self.assertEqual(found, names[: len(found)])
+            self.assertGreaterEqual(len(found), last)
+            self.assertEqual(field(packet, "short_form") is not None, 0 < size < len(data), size)
+            last = len(found)
+        self.assertEqual(last, len(names))
 
 
 class Conversation(DissectorTest):
@@ -375,15 +539,103 @@ class Conversation(DissectorTest):
         # In a single pass the reply is still to come.
         self.assertEqual(self.tshark.text(path, *unmatched).split(), [str(asked), str(unanswered)])
 
-    def test_showsAFrameThatACloseCutsOnlyIfStreamsAreNotReassembled(self):
+    def test_showsAFrameThatAnEndCutsAtThePacketOfTheEnd(self):
+        reply = golden_bytes("systemTimeReply")
+        whole = {"length": 4, "sequence": 0x1234, "arg2": 0, "arg1": 0, "command": 2}
+        capture = self.capture()
+        expected = {}
+        for end in (FIN, RST):
+            for sizes in ([3], [9], [10], [13], [2, 5, 5], [1] * 14):
+                connection = Connection(capture, 40000 + len(expected))
+                connection.segment(golden_bytes("systemTimeRequest"), True)
+                came = 0
+                for size in sizes:
+                    connection.segment(reply[came : came + size], False)
+                    came += size
+                available = {"header": reply[:came].hex()} if came < 10 else {**whole, "payload": reply[10:came].hex()}
+                last = connection.segment(b"", False, end | ACK)
+                expected[last] = {"offset": 0, **available, "fault": "cut"}
+        path = capture.close()
+        for passes in ([], ["-2"]):
+            packets = enumerate(self.tshark.read(path, *passes), 1)
+            cut = {number: part(frames(packet)[0]) for number, packet in packets if field(packet, "cut") is not None}
+            self.assertEqual(cut, expected)
+
+    def test_showsACutFrameWhoseLastSegmentEndsTheConnection(self):
         capture = self.capture()
         connection = Connection(capture, 40000)
-        connection.segment(golden_bytes("systemTimeRequest"), True)
-        cut = connection.segment(golden_bytes("systemTimeReply")[:13], False)
+        connection.segment(golden_bytes("systemTimeReply")[:11], False)
+        connection.segment(golden_bytes("systemTimeReply")[11:13], False, FIN | ACK)
+        packets = self.tshark.read(capture.close())
+        self.assertIsNone(field(packets[0], "cut"))
+        self.assertEqual(shown(packets[1], "payload"), ["3c:f1:53"])
+
+    def test_showsNoCutFrameAfterAWholeOne(self):
+        capture = self.capture()
+        connection = Connection(capture, 40000)
+        connection.segment(golden_bytes("systemTimeReply")[:11], False)
+        connection.segment(golden_bytes("systemTimeReply")[11:], False)
+        connection.segment(b"", False, FIN | ACK)
+        self.assertEqual(self.tshark.text(capture.close(), "-Y", "gqframe.cut"), "")
+
+    def test_marksAFrameThatFollowsAnotherInItsSegment(self):
+        reply = golden_bytes("systemTimeReply")
+        ways = {  # the segments, and which frames a client loses
+            (2 * reply,): [False, True],
+            (3 * reply,): [False, True, True],
+            (reply, reply): [False, False],
+            (reply[:5], reply[5:] + reply): [False, True],
+            (reply[:5], reply[5:]): [False],
+            (reply + reply[:5], reply[5:]): [False, True],
+            (reply + reply[:12], reply[12:14], reply[14:] + reply): [False, True, True],
+            (reply + reply[:12], reply[12:], reply): [False, True, False],
+        }
+        for passes in ([], ["-2"]):
+            capture = self.capture()
+            for port, segments in enumerate(ways, 40000):
+                connection = Connection(capture, port)
+                for segment in segments:
+                    connection.segment(segment, False)
+                connection.segment(2 * golden_bytes("systemTimeRequest"), True)  # a server may read it all
+            found = {}
+            for packet in self.tshark.read(capture.close(), *passes):
+                for element in frames(packet):
+                    if shown(element, "direction") == ["reply"]:
+                        found.setdefault(client_port(packet), []).append(field(element, "lost") is not None)
+                    else:
+                        self.assertIsNone(field(element, "lost"))
+            for port, (segments, lost) in enumerate(ways.items(), 40000):
+                with self.subTest(passes=passes, segments=[segment.hex() for segment in segments]):
+                    self.assertEqual(found[port], lost)
+
+    def test_listsRequestsWithoutAReplyInOnePass(self):
+        capture = self.capture()
+        request, reply = golden_bytes("requestInt"), golden_bytes("replyInts")
+        first = Connection(capture, 40000)
+        missed = [first.segment(request, True)]
+        shown_at = [first.segment(request, True)]  # the next request
+        first.segment(reply, False)
+        first.segment(b"", True, FIN | ACK)
+        first.segment(b"", False, FIN | ACK)
+        second = Connection(capture, 40001)
+        missed.append(second.segment(request, True))
+        second.segment(b"", True, FIN | ACK)  # a client that still waits
+        shown_at.append(second.segment(b"", False, FIN | ACK))
+        third = Connection(capture, 40002)
+        missed.append(third.segment(request, True))
+        shown_at.append(third.segment(b"", True, RST | ACK))
+        fourth = Connection(capture, 40003)
+        fourth.segment(request, True)
+        fourth.segment(b"", True, FIN | ACK)
+        fourth.segment(reply, False, FIN | ACK)
+        capture.datagram(golden_bytes("udpRequestInts"), True, 40004)
+        missed.append(capture.packets)
+        shown_at.append(capture.datagram(golden_bytes("udpRequestInts"), True, 40004))
         path = capture.close()
-        numbers = ["-Y", "gqframe.cut", "-T", "fields", "-e", "frame.number"]
-        self.assertEqual(self.tshark.text(path, *numbers).split(), [])
-        self.assertEqual(self.tshark.text(path, *WHOLE_PIECES, *numbers).split(), [str(cut)])
+        fields = ["-Y", "gqframe.unanswered", "-T", "fields", "-e", "frame.number", "-e", "gqframe.unanswered"]
+        lines = [f"{at}\t{number}" for at, number in zip(shown_at, missed)]
+        self.assertEqual(self.tshark.text(path, *fields).splitlines(), lines)
+        self.assertEqual(self.tshark.text(path, "-2", *fields).splitlines(), lines)
 
     def test_summarisesEachPacketInOneLine(self):
         capture = self.capture()
@@ -395,7 +647,7 @@ class Conversation(DissectorTest):
         lines = self.tshark.text(capture.close(), "-T", "fields", "-e", "_ws.col.Info").splitlines()
         self.assertEqual(
             lines,
-            ["setTime request", "systemState reply, systemTime reply", "error -7", "frame with a wrong end"],
+            ["setTime request", "systemState reply, systemTime reply (lost)", "error -7", "frame with a wrong end"],
         )
 
 
@@ -438,6 +690,24 @@ class BrokenInput(DissectorTest):
             frame = b"\x68" + size.to_bytes(4, "little") + bytes([0, 0, 0, 0, command]) + payload + b"\0\0\x16"
             pieces += [payload + b"h", frame, frame[:-1] + payload]
         self.read(pieces)
+
+    def test_isRandomInEveryRecord(self):
+        chance = random.Random(1)
+        listed = subprocess.run([os.environ["GQTOOL"], "decode", "--list", "--json"], capture_output=True, timeout=60)
+        forms = [json.loads(line)["form"] for line in listed.stdout.splitlines()]
+        plant = self.folder / "plant.map"
+        lines = [f"{number} {form} - bytes:{form}\n" for number, form in enumerate(forms, 16) if form != "frames"]
+        plant.write_text("".join(lines))
+        capture = self.capture()
+        for number in range(16, 16 + len(forms)):
+            for _ in range(30):
+                size = chance.randrange(200)
+                data = bytes(chance.choice((0, 0, 0, 1, 2, 5, 10, chance.randrange(256))) for _ in range(size))
+                count = chance.choice((size, size, size, size + 1, size // 2)).to_bytes(4, "little")
+                frame = b"\x68" + (size + 4).to_bytes(4, "little") + bytes([0, 0, 0, 0, number]) + count + data
+                capture.datagram(frame + b"\0\0\x16", False, 40000)
+        output = self.tshark.text(capture.close(), "-o", f"gqframe.map:{plant}")
+        self.assertIn("Records: wave", output)
 
     def test_isCutByTheCapture(self):
         capture = self.capture()
