@@ -1,0 +1,114 @@
+#include "commandMap.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+#include <algorithm>
+
+static const int largestCommand = 0xfe; // 0xff marks error frames
+
+QString commandText(unsigned char command)
+{
+    return QString("0x%1").arg(command, 2, 16, QChar('0'));
+}
+
+// --- Words --------------------------------------------------------------------------------------------------------
+
+// Each reads a word into `command` and returns an error, empty on success.
+
+static QString readNumber(const QString& word, MappedCommand& command)
+{
+    static const QRegularExpression number("^(0[xX][0-9a-fA-F]+|[0-9]+)$");
+    const bool isHex = word.startsWith("0x", Qt::CaseInsensitive);
+    bool fits = false;
+    const uint value = word.toUInt(&fits, isHex ? 16 : 10); // leading zeros do not mean octal
+    if (!fits || value > largestCommand || !number.match(word).hasMatch())
+        return QString("COMMAND must be an integer from 0 to %1, got '%2'").arg(largestCommand).arg(word);
+    command.number = static_cast<unsigned char>(value);
+    return {};
+}
+
+static QString readName(const QString& word, MappedCommand& command)
+{
+    static const QRegularExpression name("^[A-Za-z][A-Za-z0-9_.-]*$");
+    if (!name.match(word).hasMatch())
+        return QString("NAME must be a letter followed by letters, digits, '_', '.' or '-', got '%1'").arg(word);
+    command.name = word;
+    return {};
+}
+
+static QString readRequest(const QString& word, MappedCommand& command)
+{
+    if (!QStringList({"-", "int", "intPair", "ints", "hex"}).contains(word))
+        return QString("REQUEST must be -, int, intPair, ints or hex, got '%1'").arg(word);
+    command.request = word;
+    return {};
+}
+
+static QString readReply(const QString& word, MappedCommand& command)
+{
+    const QString records = "bytes:";
+    command.reply = word.startsWith(records) ? QString("bytes") : word;
+    if (!QStringList({"int", "ints", "bytes", "strings"}).contains(command.reply))
+        return QString("REPLY must be int, ints, bytes, strings or bytes:FORM, got '%1'").arg(word);
+    if (!word.startsWith(records))
+        return {};
+    command.records = findForm(word.mid(records.size()));
+    if (command.records == nullptr)
+        return QString("REPLY has no form '%1'; gqtool decode --list prints the forms").arg(word.mid(records.size()));
+    return {};
+}
+
+// --- Lines --------------------------------------------------------------------------------------------------------
+
+QString CommandMap::addLine(const QString& line, int number)
+{
+    static const QRegularExpression blanks("[ \\t\\r\\v\\f]+");
+    const QStringList words = line.section('#', 0, 0).split(blanks, Qt::SkipEmptyParts);
+    if (words.isEmpty())
+        return {};
+    if (words.size() != 4)
+        return QString("must be COMMAND NAME REQUEST REPLY, got %1 words").arg(words.size());
+    MappedCommand command;
+    command.line = number;
+    QString (*const readers[])(const QString&, MappedCommand&) = {readNumber, readName, readRequest, readReply};
+    for (int i = 0; i < words.size(); ++i) {
+        QString error = readers[i](words[i], command);
+        if (!error.isEmpty())
+            return error;
+    }
+    if (const MappedCommand* other = find(command.number))
+        return QString("COMMAND %1 is also in line %2").arg(commandText(command.number)).arg(other->line);
+    if (const MappedCommand* other = find(command.name))
+        return QString("NAME %1 is also in line %2").arg(command.name).arg(other->line);
+    commands.push_back(command);
+    return {};
+}
+
+QString CommandMap::add(const QByteArray& text)
+{
+    int number = 0;
+    for (QByteArray line : text.split('\n')) {
+        ++number;
+        if (number == 1 && line.startsWith("\xef\xbb\xbf"))
+            line.remove(0, 3); // byte order mark
+        const QString error = addLine(QString::fromUtf8(line), number);
+        if (!error.isEmpty())
+            return QString("%1: %2").arg(number).arg(error);
+    }
+    return {};
+}
+
+const MappedCommand* CommandMap::find(const QString& name) const
+{
+    const auto found = std::find_if(commands.begin(), commands.end(),
+                                    [&](const MappedCommand& command) { return command.name == name; });
+    return found == commands.end() ? nullptr : &*found;
+}
+
+const MappedCommand* CommandMap::find(unsigned char number) const
+{
+    const auto found = std::find_if(commands.begin(), commands.end(),
+                                    [&](const MappedCommand& command) { return command.number == number; });
+    return found == commands.end() ? nullptr : &*found;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "gqtool/records/recordFields.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <vector>
+
+// A command of a server, with the forms of its payloads. docs/guide/commandMap.md describes the words of a map.
+struct MappedCommand {
+    unsigned char number = 0;
+    QString name;
+    QString request;               // "-", "int", "intPair", "ints" or "hex"
+    QString reply;                 // "int", "ints", "bytes" or "strings"
+    const Form* records = nullptr; // of the bytes of the reply; null if they have no form
+    int line = 0;                  // of the map
+};
+
+// A server's commands, read from a text table with one command per line.
+class CommandMap {
+public:
+    // Adds the commands of a text. Returns the error of the first wrong line, such as "3: COMMAND must be ...", and stops
+    // there; empty on success.
+    QString add(const QByteArray& text);
+
+    // Return null if there is no such command.
+    const MappedCommand* find(const QString& name) const;
+    const MappedCommand* find(unsigned char number) const;
+
+    const std::vector<MappedCommand>& all() const { return commands; }
+
+private:
+    QString addLine(const QString& line, int number);
+
+    std::vector<MappedCommand> commands;
+};
+
+// "0x35"
+QString commandText(unsigned char command);
