@@ -1,100 +1,6 @@
 // gqtool station --script FILE: what goes out, byte for byte, and what a client makes of it.
 
-#include "support/frames.h"
-#include "support/gqtoolProgram.h"
-#include "support/plainSockets.h"
-
-#include <QTemporaryDir>
-
-#include <QFile>
-
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-
-// --- The two sides ------------------------------------------------------------------------------------------------
-
-// A file with a script, until its end.
-struct ScriptFile {
-    explicit ScriptFile(const QByteArray& text) : path(folder.filePath("faults.txt"))
-    {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-    }
-
-    QTemporaryDir folder;
-    QString path;
-};
-
-struct ScriptedStation : ScriptFile, RunningStation {
-    explicit ScriptedStation(const QByteArray& text, const QStringList& options = {})
-        : ScriptFile(text), RunningStation(QStringList{"--udp", "--script", path} + options)
-    {
-    }
-
-    int port() const { return endpoint.split(':')[1].toInt(); }
-
-    Outcome callShortly(const QStringList& words) { return call(QStringList{"--timeout", "500"} + words); }
-};
-
-// A client of a station, on plain system calls.
-struct PlainClient {
-    explicit PlainClient(const ScriptedStation& station) : connection(connected("127.0.0.1", station.port())) {}
-
-    void send(const QByteArray& bytes)
-    {
-        EXPECT_EQ(::send(connection, bytes.constData(), size_t(bytes.size()), 0), bytes.size());
-    }
-
-    std::string next(const QByteArray& expected)
-    {
-        return hex(QByteArray::fromStdString(received(connection, size_t(expected.size()))));
-    }
-    bool isAtEnd() { return ::isAtEnd(connection); }
-
-    Descriptor connection;
-};
-
-#define EXPECT_NEXT(client, expected) EXPECT_EQ((client).next(expected), hex(expected))
-
-// The same by datagrams.
-struct DatagramClient {
-    explicit DatagramClient(const ScriptedStation& station) : socket(::socket(AF_INET, SOCK_DGRAM, 0))
-    {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(uint16_t(station.port()));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    }
-
-    void send(const QByteArray& bytes)
-    {
-        EXPECT_EQ(::send(socket, bytes.constData(), size_t(bytes.size()), 0), bytes.size());
-    }
-
-    std::string next()
-    {
-        char bytes[65536];
-        const ssize_t count = becomes(socket, POLLIN) ? ::recv(socket, bytes, sizeof bytes, 0) : 0;
-        return hex(QByteArray(bytes, int(count)));
-    }
-
-    Descriptor socket;
-};
-
-// setState is answered with the state.
-static const QByteArray setState7 = "68 04000000 0000 00 00 06 07000000 0000 16"_hex;
-static const QByteArray setState8 = "68 04000000 0000 00 00 06 08000000 0000 16"_hex;
-static const QByteArray state7 = setState7;
-static const QByteArray state8 = setState8;
-static const QByteArray state7WithWrongEnd = "68 04000000 0000 00 00 06 07000000 0000 17"_hex;
-static const QByteArray askState = "68 04000000 0000 00 00 01 00000000 0000 16"_hex;
-static const QByteArray state1 = "68 04000000 0000 00 00 01 01000000 0000 16"_hex;
-
-// The reply to setState7 in a datagram, where 47 zeros fill its payload up to 51 bytes.
-static const QByteArray datagram7 = "68 33000000 0000 00 00 06 07000000"_hex + QByteArray(47, '\0') + "0000 16"_hex;
+#include "stationClients.h"
 
 // --- Greetings ----------------------------------------------------------------------------------------------------
 
@@ -374,14 +280,26 @@ TEST(GqtoolScript, isRefusedWithLineAndReasonBeforeTheStationListens)
         const char* line;
         const char* reason;
     } lines[] = {
-        {"reply", "a line must be 'greeting|reply NUMBER|every FAULT [VALUE]'"},
-        {"reply every", "a line must be 'greeting|reply NUMBER|every FAULT [VALUE]'"},
-        {"answer every silent", "a line must begin with greeting or reply, got 'answer'"},
-        {"reply 0 silent", "NUMBER must be 'every' or at least 1, got '0'"},
-        {"reply -1 silent", "NUMBER must be 'every' or at least 1, got '-1'"},
-        {"reply all silent", "NUMBER must be 'every' or at least 1, got 'all'"},
-        {"reply every lat 5",
-         "FAULT must be one of late, split, pieces, together, wrong-end, silent, close-after, error, none, got 'lat'"},
+        {"reply", "a line must be 'greeting|reply|command COMMAND SELECTOR FAULT [VALUE]'"},
+        {"reply every", "a line must be 'greeting|reply|command COMMAND SELECTOR FAULT [VALUE]'"},
+        {"answer every silent", "a line must begin with greeting, reply or command, got 'answer'"},
+        {"reply 0 silent",
+         "SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance such as 2%, got '0'"},
+        {"reply -1 silent",
+         "SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance such as 2%, got '-1'"},
+        {"reply all silent",
+         "SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance such as 2%, got 'all'"},
+        {"reply 7-3 silent",
+         "SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance such as 2%, got '7-3'"},
+        {"reply every/0 silent", "SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance "
+                                 "such as 2%, got 'every/0'"},
+        {"reply 101% silent",
+         "SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance such as 2%, got '101%'"},
+        {"command 256 every silent", "COMMAND must be an integer from 0 to 255, got '256'"},
+        {"command 0x35 silent", "a line must be 'greeting|reply|command COMMAND SELECTOR FAULT [VALUE]'"},
+        {"reply every down 0", "down must be an integer from 1 to 2147483647, got '0'"},
+        {"reply every lat 5", "FAULT must be one of late, split, pieces, together, wrong-end, silent, close-after, "
+                              "error, down, none, got 'lat'"},
         {"reply every late", "late takes one VALUE"},
         {"reply every late 5 6", "late takes one VALUE"},
         {"reply every silent 5", "silent takes no VALUE"},

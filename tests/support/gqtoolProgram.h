@@ -58,6 +58,8 @@ public:
         return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
     }
 
+    pid_t pid() const { return static_cast<pid_t>(process.processId()); }
+
     QString nextLine() { return nextLineOf(QProcess::StandardOutput); }
     QString nextError() { return nextLineOf(QProcess::StandardError); }
 
@@ -90,6 +92,8 @@ public:
 
     // A call that gets no reply.
     Outcome callWithoutReply() { return run({"call", "--timeout", "300", endpoint, "systemState"}); }
+
+    int port() const { return endpoint.split(':')[1].toInt(); }
 
     QString endpoint;
 };

@@ -1,14 +1,21 @@
 #include "command.h"
 #include "commandLine.h"
 #include "endpoint.h"
+#include "gqtool/station/commandAnswers.h"
+#include "gqtool/station/simulatedAnswers.h"
 #include "gqtool/station/station.h"
 #include "shared/console.h"
 
 #include <QCommandLineParser>
 
+#include <sys/signalfd.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstring>
+#include <memory>
 
 // Adds the faults of the options, as lines of a script. Returns false with the reason in `error`.
 static bool addFaults(const QCommandLineParser& parser, StationScript& script, QString& error)
@@ -33,20 +40,43 @@ static bool addFaults(const QCommandLineParser& parser, StationScript& script, Q
     return true;
 }
 
-// Serves clients until accepting fails. Returns an exit code.
-static int serve(const StationOptions& options, StationLog& log, const QString& address, int port, bool withDatagrams)
+// --- The file of commands -----------------------------------------------------------------------------------------
+
+static bool readCommands(CommandAnswers& commands)
 {
-    static Station& station = *new Station(options, log); // never destroyed: its threads run until the process ends
-    if (!station.listen(address, port, withDatagrams)) {
-        printError(QString("cannot listen on %1:%2: %3").arg(address).arg(port).arg(strerror(errno)));
-        return exitFailed;
-    }
-    station.serve();
-    const QString reason = strerror(errno);
-    log.save();
-    printError("cannot accept more connections: " + reason);
-    return exitFailed;
+    QStringList errors;
+    const bool isGood = commands.read(errors);
+    for (const QString& error : errors)
+        printError(error);
+    return isGood;
 }
+
+// Returns a descriptor that becomes readable on SIGHUP. Must be called before other threads are started, since it
+// blocks the signal in them.
+static int openHangups()
+{
+    sigset_t hangup;
+    sigemptyset(&hangup);
+    sigaddset(&hangup, SIGHUP);
+    pthread_sigmask(SIG_BLOCK, &hangup, nullptr);
+    return signalfd(-1, &hangup, SFD_NONBLOCK | SFD_CLOEXEC);
+}
+
+static void awaitHangup(int hangups, Station& station, CommandAnswers& commands)
+{
+    station.loop().whenReadable(hangups, [hangups, &station, &commands] {
+        signalfd_siginfo signal;
+        if (read(hangups, &signal, sizeof signal) == sizeof signal) {
+            const bool isRead = readCommands(commands);
+            station.report(QString(isRead ? "read %1 commands" : "kept %1 commands").arg(commands.count()),
+                           {{"event", isRead ? "commandsRead" : "commandsKept"},
+                            {"commands", static_cast<qint64>(commands.count())}});
+        }
+        awaitHangup(hangups, station, commands);
+    });
+}
+
+// ------------------------------------------------------------------------------------------------------------------
 
 static const char* const description =
     "Runs a simulated station: a frame server that greets clients, answers the ready-made commands and serves\n"
@@ -64,13 +94,25 @@ static const char* const description =
     "\n"
     "An unknown command is answered with error -10, an invalid payload with error -11.\n"
     "\n"
-    "A script defines which greetings and replies go wrong. It has one fault per line, and comments from #:\n"
-    "  greeting|reply NUMBER|every FAULT [VALUE]\n"
-    "Greetings and replies are numbered from 1, over all connections and datagrams. Faults add up; if several lines\n"
-    "set the same fault, the last one counts. Options apply before the script. The faults:\n"
-    "%1Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.\n"
+    "--commands FILE replaces all commands except 1, 2, 3, 5 and 6 by those of a JSON file:\n"
+    "  {\"commands\": [{\"command\": \"0x35\", \"reply\": {\"as\": \"pointRealDatas\", \"value\": [...]}},\n"
+    "                {\"command\": 64, \"payload\": \"07000000\", \"reply\": {\"int\": 42}},\n"
+    "                {\"command\": 80, \"error\": -7}]}\n"
+    "The first entry whose command and payload fit the request answers it; without \"payload\" any fits. A reply is\n"
+    "\"echo\", one of these forms, or an array of them, a frame each:\n"
+    "  \"as\" and \"value\"  a record or list as for 'gqtool encode', sent as a byte list\n"
+    "  \"int\", \"ints\", \"strings\", \"bytes\" (hex digits)\n"
+    "  \"payload\" (hex digits), \"file\" (its name)  the bytes of a payload as they are\n"
+    "SIGHUP reads the file again. If it has errors, they are printed, and the commands stay as they were.\n"
     "\n"
-    "Each connection uses two descriptors, one of which stays open until the station ends.";
+    "A script defines which greetings and replies go wrong. It has one fault per line, and comments from #:\n"
+    "  greeting|reply|command COMMAND SELECTOR FAULT [VALUE]\n"
+    "Greetings, replies, and the replies to each command are numbered from 1, over all connections and datagrams.\n"
+    "SELECTOR is a number, a range such as 3-7, every, every/10 (the 10th, 20th ...) or a chance such as 2%, which\n"
+    "--seed repeats. Faults add up; if several lines set the same fault, the last one counts. Options apply before\n"
+    "the script. The faults:\n"
+    "%1"
+    "Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.\n";
 
 int runStation(const QStringList& arguments)
 {
@@ -91,11 +133,13 @@ int runStation(const QStringList& arguments)
     const QCommandLineOption closes("close", "close the connection instead of replying");
     const QCommandLineOption udp("udp", "also answer datagrams on the same port, without a greeting");
     const QCommandLineOption logFile("log", "also write the lines, with their time, to FILE", "FILE");
+    const QCommandLineOption commands("commands", "answer as FILE says, see above; SIGHUP reads it again", "FILE");
     const QCommandLineOption script("script", "read faults from FILE, see above", "FILE");
+    const QCommandLineOption seed("seed", "choose faults by chance from NUMBER (default: 1)", "NUMBER", "1");
     const QCommandLineOption json("json", "print each line as a JSON object; the log stays text");
     const QCommandLineOption quiet("quiet", "print only the first line; the log still gets all of them");
-    parser.addOptions({address, port, udp, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, script,
-                       json, quiet, logFile});
+    parser.addOptions({address, port, udp, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, commands,
+                       script, seed, json, quiet, logFile});
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
         return exitCode;
@@ -104,30 +148,54 @@ int runStation(const QStringList& arguments)
 
     if (!addressError(parser.value(address)).isEmpty())
         return usageError(addressError(parser.value(address)));
-    StationOptions options;
     int portNumber = 0;
+    int greetingNumber = 0;
+    int gapMs = 0;
+    int seedNumber = 0;
     if (!readInt(parser.value(port), 0, 65535, portNumber))
         return usageError(QString("--port must be an integer from 0 to 65535, got '%1'").arg(parser.value(port)));
-    if (!readInt(parser.value(greeting), INT_MIN, INT_MAX, options.greeting))
+    if (!readInt(parser.value(greeting), INT_MIN, INT_MAX, greetingNumber))
         return usageError(QString("--greeting must be a 4-byte integer, got '%1'").arg(parser.value(greeting)));
-    if (!readInt(parser.value(gap), 0, INT_MAX, options.gapMs))
+    if (!readInt(parser.value(gap), 0, INT_MAX, gapMs))
         return usageError(QString("--gap must be a number of milliseconds, got '%1'").arg(parser.value(gap)));
-    options.printsJson = parser.isSet(json);
-    options.isQuiet = parser.isSet(quiet);
+    if (!readInt(parser.value(seed), 0, INT_MAX, seedNumber))
+        return usageError(QString("--seed must be an integer from 0 to 2147483647, got '%1'").arg(parser.value(seed)));
 
+    StationScript faults(static_cast<unsigned int>(seedNumber));
     QString error;
-    if (!addFaults(parser, options.script, error))
+    if (!addFaults(parser, faults, error))
         return usageError(error);
-    if (parser.isSet(script) && !options.script.read(parser.value(script), error)) {
+    if (parser.isSet(script) && !faults.read(parser.value(script), error)) {
         printError(error);
         return exitFailed;
     }
 
-    // Never destroyed: its threads run until the process ends.
+    const int hangups = parser.isSet(commands) ? openHangups() : -1;
+    // Never destroyed: its thread runs until the process ends.
     static StationLog& log = *new StationLog;
     if (parser.isSet(logFile) && !log.open(parser.value(logFile), error)) {
         printError(QString("cannot write to %1: %2").arg(parser.value(logFile), error));
         return exitFailed;
     }
-    return serve(options, log, parser.value(address), portNumber, parser.isSet(udp));
+    std::unique_ptr<StationAnswers> answers;
+    CommandAnswers* commandFile = nullptr;
+    if (parser.isSet(commands)) {
+        commandFile = new CommandAnswers(parser.value(commands), greetingNumber, gapMs);
+        answers.reset(commandFile);
+        if (!readCommands(*commandFile))
+            return exitFailed;
+    } else {
+        answers = std::make_unique<SimulatedAnswers>(greetingNumber, gapMs);
+    }
+    Station station(*answers, faults, log, {parser.isSet(json), parser.isSet(quiet)});
+    if (!station.bind(parser.value(address), portNumber, parser.isSet(udp))) {
+        printError(
+            QString("cannot listen on %1:%2: %3").arg(parser.value(address)).arg(portNumber).arg(strerror(errno)));
+        return exitFailed;
+    }
+    if (commandFile != nullptr)
+        awaitHangup(hangups, station, *commandFile);
+    station.serve();
+    printError(QString("cannot wait for clients: %1").arg(strerror(errno)));
+    return exitFailed;
 }

@@ -1,13 +1,13 @@
 #include "command.h"
 #include "commandLine.h"
 #include "endpoint.h"
+#include "gqtool/listener.h"
 #include "gqtool/trace/traceOutput.h"
 #include "gqtool/trace/traceRelay.h"
 #include "shared/console.h"
 
 #include <QCommandLineParser>
 
-#include <arpa/inet.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -17,31 +17,6 @@
 #include <cstring>
 
 static const int resolveMs = 9000;
-
-static sockaddr_in addressOf(const QString& host, int port)
-{
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<unsigned short>(port));
-    inet_aton(host.toLocal8Bit().constData(), &address.sin_addr);
-    return address;
-}
-
-// Returns a socket that listens at `address`, or -1. Port 0 in `address` is replaced by the one that the system chose.
-static int openListener(bool isUdp, sockaddr_in& address)
-{
-    const int type = isUdp ? SOCK_DGRAM : SOCK_STREAM;
-    const int listener = socket(AF_INET, type | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    const int on = 1;
-    if (!isUdp)
-        setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    auto* where = reinterpret_cast<sockaddr*>(&address);
-    socklen_t size = sizeof address;
-    if (bind(listener, where, size) != 0 || (!isUdp && listen(listener, 128) != 0) ||
-        getsockname(listener, where, &size) != 0)
-        return -1;
-    return listener;
-}
 
 // Returns a descriptor that becomes readable on SIGINT or SIGTERM.
 static int openStopper()
@@ -105,8 +80,8 @@ int runTrace(const QStringList& arguments)
     }
     const sockaddr_in station = addressOf(stationAddresses[0], endpoint.port);
     sockaddr_in local = addressOf(parser.value(address), localPort);
-    const int listener = openListener(isUdp, local);
-    if (listener < 0) {
+    const int listener = openBound(isUdp ? SOCK_DGRAM : SOCK_STREAM, local);
+    if (listener < 0 || (!isUdp && ::listen(listener, SOMAXCONN) != 0)) {
         printError(QString("cannot listen on %1: %2").arg(endpointText(local), strerror(errno)));
         return exitFailed;
     }

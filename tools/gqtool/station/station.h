@@ -1,63 +1,76 @@
 #pragma once
 
-#include "gqtool/frames/frameStream.h"
+#include "eventLoop.h"
+#include "stationAnswers.h"
 #include "stationLog.h"
 #include "stationScript.h"
 
-#include <QByteArrayList>
 #include <QJsonObject>
 #include <QString>
 
-#include <atomic>
-#include <functional>
-#include <gqSocketUnix.h>
+#include <netinet/in.h>
 
-// How a station answers. By default it makes no faults.
-struct StationOptions {
-    int greeting = 1;     // the integer of the greeting; clients refuse 0 and below
-    int gapMs = 100;      // between the frames of a reply: a client drops what a read returns after the end of a frame,
-                          // so each frame must arrive in a read of its own
-    StationScript script; // its faults
-    bool printsJson = false; // instead of text
-    bool isQuiet = false;    // prints only the line with its address
-};
+#include <map>
+#include <memory>
+#include <unordered_map>
 
-// A simulated station: a frame server that greets each connection, answers the five ready-made commands and serves
-// lists and records (stationProtocol.h). It has a thread per connection and one for all datagrams, which are not
-// greeted.
+class StationLink;
+
+// A simulated station: a frame server in one thread, which serves any number of connections and, if wanted, datagrams.
+// Its answers, its faults and its log belong to the caller.
 class Station {
 public:
-    // Prints a line per connection and request, and adds it to the log, which it does not own.
-    Station(const StationOptions& options, StationLog& log);
-
-    // Listens; port 0 means a free one. `withDatagrams` also opens the UDP port of the same number. Returns false on
-    // failure, with errno.
-    bool listen(const QString& address, int port, bool withDatagrams);
-
-    // Prints its address as HOST:PORT and serves connections until accepting fails; errno is the reason.
-    void serve();
-
-private:
-    // How a request arrived and its reply is sent.
-    struct Transport {
-        bool isDatagram;
-        std::function<bool(const QByteArray& bytes)> send;
+    struct Output {
+        bool isJson = false;  // prints JSON objects
+        bool isQuiet = false; // prints only the line with the address
     };
 
-    void serveConnection(CTcpSocket& connection, const QString& peer);
-    void serveDatagrams();
-    bool serveRequest(const StreamItem& item, const QString& peer, const Transport& transport); // false: close
-    QByteArrayList answer(const Frame& request, bool isDatagram);                               // without tails
-    // Returns the number of bytes sent, or -1 if the client is gone.
-    int send(QByteArrayList frames, const SendFaults& faults, const Transport& transport);
+    Station(StationAnswers& answers, StationScript& script, StationLog& log, Output output);
+    ~Station();
+    Station(const Station&) = delete;
+    Station& operator=(const Station&) = delete;
+
+    // Binds its sockets; port 0 means a free one. `withDatagrams` also opens the UDP port of the same number. Returns
+    // false on failure, with errno.
+    bool bind(const QString& address, int port, bool withDatagrams);
+
+    // Prints its address as HOST:PORT and serves clients. Returns only on failure, with errno. If descriptors run out,
+    // it reports this and accepts further connections when some are free.
+    void serve();
+
+    // --- For its links ---
+
+    EventLoop& loop() { return events; }
+    StationAnswers& answers() { return ownAnswers; }
+    StationScript& script() { return faults; }
+
+    // Prints a line, and adds it to the log.
     void report(const QString& line, const QJsonObject& event);
 
-    StationOptions options;
+    // Closes all links, refuses connections and drops datagrams for that time.
+    void goDown(int ms);
+
+    // Drops a link that is closed.
+    void forget(StationLink& link);
+
+private:
+    void awaitConnection();
+    void accept();
+    void greet(int socket, const sockaddr_in& peer);
+    void comeBack();
+    void awaitDatagram();
+    void takeDatagram();
+
+    EventLoop events;
+    StationAnswers& ownAnswers;
+    StationScript& faults;
     StationLog& log;
-    CTcpServer server;
-    CUdpServer datagrams;
-    std::atomic<int> greetings{0};
-    std::atomic<int> replies{0};
-    std::atomic<int> state{1};
-    std::atomic<long long> clockOffset{0}; // seconds by which setTime moved the station's clock
+    const Output output;
+    sockaddr_in address = {};
+    int listener = -1;
+    int datagrams = -1;
+    bool isDown = false;
+    bool isFull = false; // no connection can be accepted until something is free
+    std::unordered_map<StationLink*, std::shared_ptr<StationLink>> links;
+    std::map<std::pair<in_addr_t, in_port_t>, StationLink*> datagramLinks;
 };

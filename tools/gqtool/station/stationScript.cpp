@@ -33,6 +33,8 @@ static const FaultWord faultWords[] = {
      [](SendFaults& faults, int bytes) { faults.closeAfter = bytes; }},
     {"error", "CODE", INT_MIN, "send an error frame with CODE instead",
      [](SendFaults& faults, int code) { faults.error = code; }},
+    {"down", "MS", 1, "close every link instead and refuse new ones for MS",
+     [](SendFaults& faults, int ms) { faults.downMs = ms; }},
     {"none", "", 0, "cancel the faults of the lines above", [](SendFaults& faults, int) { faults = SendFaults(); }},
 };
 
@@ -53,44 +55,75 @@ QString StationScript::faultList()
 
 // --- The lines ----------------------------------------------------------------------------------------------------
 
-bool StationScript::add(const QString& line, QString& error)
+static const char* const lineForm = "a line must be 'greeting|reply|command COMMAND SELECTOR FAULT [VALUE]'";
+
+// Reads and removes what is before the selector.
+bool StationScript::readAnswer(QStringList& words, Step& step, QString& error)
 {
-    const QStringList words = line.split(QRegularExpression("\\s+"), Qt::SkipEmptyParts);
-    if (words.size() < 3) {
-        error = "a line must be 'greeting|reply NUMBER|every FAULT [VALUE]'";
-        return false;
-    }
-    Step step = {words[0] == "greeting" ? greeting : reply, 0, findFault(words[2]), 0};
-    if (words[0] != "greeting" && words[0] != "reply") {
-        error = QString("a line must begin with greeting or reply, got '%1'").arg(words[0]);
-        return false;
-    }
-    if (words[1] != "every" && !readInt(words[1], 1, INT_MAX, step.number)) {
-        error = QString("NUMBER must be 'every' or at least 1, got '%1'").arg(words[1]);
-        return false;
-    }
+    const QString first = words.takeFirst();
+    if (first == "greeting")
+        step.answer = Answer::greeting;
+    else if (first == "reply")
+        step.answer = Answer::reply;
+    else if (first == "command")
+        step.answer = Answer::command;
+    else
+        error = QString("a line must begin with greeting, reply or command, got '%1'").arg(first);
+    if (first == "command" && !words.isEmpty() && !readInt(words[0], 0, UCHAR_MAX, step.command))
+        error = QString("COMMAND must be an integer from 0 to 255, got '%1'").arg(words[0]);
+    if (first == "command" && !words.isEmpty())
+        words.removeFirst();
+    return error.isEmpty();
+}
+
+bool StationScript::readFault(const QStringList& words, Step& step, QString& error)
+{
+    step.fault = findFault(words[0]);
     if (step.fault == nullptr) {
         QStringList names;
         for (const FaultWord& word : faultWords)
             names.append(word.name);
-        error = QString("FAULT must be one of %1, got '%2'").arg(names.join(", "), words[2]);
+        error = QString("FAULT must be one of %1, got '%2'").arg(names.join(", "), words[0]);
         return false;
     }
-    const bool takesValue = *step.fault->value != '\0';
-    if (words.size() != (takesValue ? 4 : 3)) {
-        error = QString("%1 takes %2").arg(step.fault->name, takesValue ? "one VALUE" : "no VALUE");
+    const FaultWord& fault = *step.fault;
+    const bool takesValue = *fault.value != '\0';
+    if (words.size() != (takesValue ? 2 : 1))
+        error = QString("%1 takes %2").arg(fault.name, takesValue ? "one VALUE" : "no VALUE");
+    else if (takesValue && !readInt(words[1], fault.least, INT_MAX, step.value))
+        error = fault.least == INT_MIN ? QString("%1 must be a 4-byte integer, got '%2'").arg(fault.name, words[1])
+                                       : QString("%1 must be an integer from %2 to %3, got '%4'")
+                                             .arg(fault.name)
+                                             .arg(fault.least)
+                                             .arg(INT_MAX)
+                                             .arg(words[1]);
+    return error.isEmpty();
+}
+
+bool StationScript::add(const QString& line, QString& error)
+{
+    error.clear();
+    QStringList words = line.split(QRegularExpression("\\s+"), Qt::SkipEmptyParts);
+    Step step;
+    if (words.size() < 3) {
+        error = lineForm;
         return false;
     }
-    if (takesValue && !readInt(words[3], step.fault->least, INT_MAX, step.value)) {
-        error = step.fault->least == INT_MIN
-                    ? QString("%1 must be a 4-byte integer, got '%2'").arg(step.fault->name, words[3])
-                    : QString("%1 must be an integer from %2 to %3, got '%4'")
-                          .arg(step.fault->name)
-                          .arg(step.fault->least)
-                          .arg(INT_MAX)
-                          .arg(words[3]);
+    if (!readAnswer(words, step, error))
+        return false;
+    if (words.size() < 2) {
+        error = lineForm;
         return false;
     }
+    if (!step.selector.read(words[0], seed + static_cast<unsigned int>(steps.size()))) {
+        error =
+            QString("SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance such as 2%, "
+                    "got '%1'")
+                .arg(words[0]);
+        return false;
+    }
+    if (!readFault(words.mid(1), step, error))
+        return false;
     steps.push_back(step);
     return true;
 }
@@ -115,44 +148,69 @@ bool StationScript::read(const QString& path, QString& error)
     return true;
 }
 
-SendFaults StationScript::faultsOf(Answer answer, int number) const
+SendFaults StationScript::nextGreeting()
 {
+    ++greetings;
     SendFaults faults;
-    for (const Step& step : steps) {
-        if (step.answer == answer && (step.number == 0 || step.number == number))
+    for (Step& step : steps) {
+        if (step.answer == Answer::greeting && step.selector.chooses(greetings))
             step.fault->set(faults, step.value);
     }
     return faults;
 }
 
-// --- Writes -------------------------------------------------------------------------------------------------------
-
-static QByteArrayList piecesOf(const QByteArray& bytes, const SendFaults& faults)
+SendFaults StationScript::nextReply(unsigned char command, int& number)
 {
-    QByteArrayList pieces;
-    int size = faults.splitAfter;
-    for (int done = 0; done < bytes.size(); done += pieces.constLast().size()) {
-        if (done > 0 || size == 0)
-            size = faults.pieceSize > 0 ? faults.pieceSize : bytes.size();
-        pieces.append(bytes.mid(done, size));
+    number = ++replies;
+    const int numberOfCommand = ++repliesTo[command];
+    SendFaults faults;
+    for (Step& step : steps) {
+        const bool isChosen = step.answer == Answer::reply ? step.selector.chooses(number)
+                              : step.answer == Answer::command
+                                  ? step.command == command && step.selector.chooses(numberOfCommand)
+                                  : false;
+        if (isChosen)
+            step.fault->set(faults, step.value);
     }
-    return pieces;
+    return faults;
 }
 
-std::vector<QByteArrayList> writesOf(QByteArrayList frames, const SendFaults& faults)
+// --- Pieces -------------------------------------------------------------------------------------------------------
+
+static void addPieces(const TimedFrame& frame, const SendFaults& faults, std::vector<TimedFrame>& pieces)
+{
+    int size = faults.splitAfter;
+    for (int done = 0; done < frame.bytes.size(); done += pieces.back().bytes.size()) {
+        if (done > 0 || size == 0)
+            size = faults.pieceSize > 0 ? faults.pieceSize : frame.bytes.size();
+        pieces.push_back({frame.bytes.mid(done, size), done > 0 ? 1 : frame.pauseMs});
+    }
+}
+
+static TimedFrame joined(const std::vector<TimedFrame>& frames)
+{
+    TimedFrame all = frames[0];
+    for (size_t i = 1; i < frames.size(); ++i)
+        all.bytes += frames[i].bytes;
+    if (frames.size() == 1)
+        all.bytes += all.bytes;
+    return all;
+}
+
+std::vector<TimedFrame> piecesOf(std::vector<TimedFrame> frames, const SendFaults& faults)
 {
     if (faults.wrongEnd) {
-        for (QByteArray& frame : frames)
-            frame[frame.size() - 1] = gqdb::CSocketAPI::frameEnd + 1;
+        for (TimedFrame& frame : frames)
+            frame.bytes[frame.bytes.size() - 1] = gqdb::CSocketAPI::frameEnd + 1;
     }
-    if (faults.together)
-        frames = {frames.size() == 1 ? frames[0] + frames[0] : frames.join()};
-    std::vector<QByteArrayList> writes;
+    if (faults.together && !frames.empty())
+        frames = {joined(frames)};
+    std::vector<TimedFrame> pieces;
     int left = faults.closeAfter < 0 ? INT_MAX : faults.closeAfter;
-    for (const QByteArray& frame : frames) {
-        if (left > 0)
-            writes.push_back(piecesOf(frame.left(left), faults));
-        left -= std::min(left, frame.size());
+    for (TimedFrame& frame : frames) {
+        frame.bytes.truncate(left);
+        left -= frame.bytes.size();
+        addPieces(frame, faults, pieces);
     }
-    return writes;
+    return pieces;
 }

@@ -1,8 +1,11 @@
 #pragma once
 
-#include <QByteArrayList>
+#include "faultSelector.h"
+#include "stationAnswers.h"
+
 #include <QStringList>
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -17,18 +20,22 @@ struct SendFaults {
     bool wrongEnd = false;    // ends frames with a wrong byte
     bool silent = false;      // sends nothing
     int closeAfter = -1;      // sends at most that many bytes and closes the connection; -1 leaves it open
+    int downMs = 0;           // closes all links instead and refuses new ones for that time
     std::optional<int> error; // sends an error frame with this code instead
 };
 
-// Returns the writes that send these frames with these faults. An inner list has the pieces of one write, which are
-// sent with short pauses between them.
-std::vector<QByteArrayList> writesOf(QByteArrayList frames, const SendFaults& faults);
+// Returns the pieces to write, so that these frames are sent with these faults. Pieces of a frame have short pauses
+// between them, so that they arrive separately.
+std::vector<TimedFrame> piecesOf(std::vector<TimedFrame> frames, const SendFaults& faults);
 
 // Assigns faults to the greetings and replies of a station, one line each:
-//     greeting|reply  NUMBER|every  FAULT  [VALUE]
-// Greetings and replies are numbered from 1, over all connections and datagrams.
+//     greeting|reply|command COMMAND  SELECTOR  FAULT  [VALUE]
+// Greetings, replies, and replies to each command are numbered from 1, over all connections and datagrams.
 class StationScript {
 public:
+    // Selectors by chance repeat their choices with the same seed.
+    explicit StationScript(unsigned int chanceSeed) : seed(chanceSeed) {}
+
     // Adds the lines of a file, with comments from # to the end of a line. Returns false with place and reason in
     // `error`.
     bool read(const QString& path, QString& error);
@@ -36,24 +43,31 @@ public:
     // Adds a line. Returns false with the reason in `error`.
     bool add(const QString& line, QString& error);
 
-    // The faults of all lines add up; if several lines set the same fault, the last one counts.
-    SendFaults ofGreeting(int number) const { return faultsOf(greeting, number); }
-    SendFaults ofReply(int number) const { return faultsOf(reply, number); }
+    // Count a greeting or reply and return its faults. The faults of all lines add up; if several lines set the same
+    // fault, the last one counts.
+    SendFaults nextGreeting();
+    SendFaults nextReply(unsigned char command, int& number);
 
     // Returns the faults and their meanings, a line each, for a help text.
     static QString faultList();
 
 private:
-    enum Answer { greeting, reply };
+    enum class Answer { greeting, reply, command };
 
     struct Step {
-        Answer answer;
-        int number; // 0 means every
-        const FaultWord* fault;
-        int value;
+        Answer answer = Answer::reply;
+        int command = 0; // of Answer::command
+        FaultSelector selector;
+        const FaultWord* fault = nullptr;
+        int value = 0;
     };
 
-    SendFaults faultsOf(Answer answer, int number) const;
+    static bool readAnswer(QStringList& words, Step& step, QString& error);
+    static bool readFault(const QStringList& words, Step& step, QString& error);
 
+    unsigned int seed;
     std::vector<Step> steps;
+    int greetings = 0;
+    int replies = 0;
+    std::array<int, 256> repliesTo = {}; // by command
 };

@@ -1,4 +1,5 @@
 #include "capturedPackets.h"
+#include "gqtool/listener.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "traceRelay.h"

@@ -7,9 +7,6 @@
 
 #include <netinet/in.h>
 
-// "127.0.0.1:5000"
-QString endpointText(const sockaddr_in& address);
-
 // Relay between clients and a station until `stopper` becomes readable. Bytes are passed on unchanged and immediately,
 // before they are printed and captured.
 //   listener  a bound non-blocking socket; for streams, a listening one

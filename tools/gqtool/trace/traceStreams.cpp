@@ -1,9 +1,9 @@
 #include "capturedPackets.h"
+#include "gqtool/listener.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "traceRelay.h"
 
-#include <arpa/inet.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -18,11 +18,6 @@
 
 static const int pieceSize = CapturedConnection::largestPiece; // of one read
 static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other has not yet accepted
-
-QString endpointText(const sockaddr_in& address)
-{
-    return QString("%1:%2").arg(inet_ntoa(address.sin_addr)).arg(ntohs(address.sin_port));
-}
 
 // One direction of a connection.
 struct Flow {
@@ -215,11 +210,6 @@ void RelayedConnection::reportFailure()
 }
 
 // ------------------------------------------------------------------------------------------------------------------
-
-static bool isOutOfResources(int error)
-{
-    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
-}
 
 bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output, CaptureFile& capture)
 {

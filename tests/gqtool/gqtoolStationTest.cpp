@@ -1,0 +1,125 @@
+// gqtool station with many links, and with slow ones.
+
+#include "stationClients.h"
+
+#include <QDir>
+
+#include <sys/resource.h>
+
+static int descriptorsOf(pid_t process)
+{
+    return static_cast<int>(
+        QDir(QString("/proc/%1/fd").arg(process)).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size());
+}
+
+// Resident memory of a process in kB.
+static int memoryOf(pid_t process)
+{
+    QFile file(QString("/proc/%1/status").arg(process));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).replace("kB", "").trimmed().toInt();
+    }
+    return 0;
+}
+
+static void limitDescriptors(pid_t process, rlim_t most)
+{
+    const rlimit limit = {most, most};
+    EXPECT_EQ(prlimit(process, RLIMIT_NOFILE, &limit, nullptr), 0);
+}
+
+// A connection that was greeted, or none.
+static std::unique_ptr<PlainClient> greeted(const RunningStation& station)
+{
+    auto client = std::make_unique<PlainClient>(station);
+    return client->next(greeting) == hex(greeting) ? std::move(client) : nullptr;
+}
+
+TEST(GqtoolStation, servesAnyNumberOfConnectionsOneAfterTheOther)
+{
+    RunningStation station({"--quiet"});
+    limitDescriptors(station.pid(), 64);
+    int warm = 0;
+    for (int i = 0; i < 5000; ++i) {
+        const auto client = greeted(station);
+        ASSERT_NE(client, nullptr) << i;
+        client->send(setState7);
+        ASSERT_EQ(client->next(state7), hex(state7)) << i;
+        reset(client->connection); // leaves no port in TIME_WAIT
+        if (i == 500)
+            warm = memoryOf(station.pid());
+    }
+    EXPECT_LE(memoryOf(station.pid()), warm + 1024);
+    EXPECT_LT(descriptorsOf(station.pid()), 20);
+}
+
+TEST(GqtoolStation, reportsThatDescriptorsRunOutAndGoesOn)
+{
+    RunningStation station({"--quiet"});
+    limitDescriptors(station.pid(), 24);
+    std::vector<std::unique_ptr<PlainClient>> clients;
+    for (int i = 0; i < 40; ++i)
+        clients.push_back(std::make_unique<PlainClient>(station)); // the system queues those that are not accepted
+    EXPECT_EQ(station.nextError(), "gqtool: cannot accept another client now: Too many open files");
+    clients[0]->send(setState7);
+    EXPECT_EQ(clients[0]->next(greeting + state7), hex(greeting + state7));
+    std::vector<std::unique_ptr<PlainClient>> waiting;
+    for (size_t i = 30; i < 40; ++i)
+        waiting.push_back(std::move(clients[i]));
+    clients.clear();
+    for (const auto& client : waiting)
+        EXPECT_EQ(client->next(greeting), hex(greeting));
+}
+
+// --- Slow links ---------------------------------------------------------------------------------------------------
+
+static const QByteArray askBytes = "68 04000000 0000 00 00 21 a0860100 0000 16"_hex; // 100000 bytes, in 25 frames
+
+// Makes a reply of 25 frames slow, and expects that another client is served meanwhile.
+static void expectOthersServed(const QByteArray& script, const QStringList& options = {})
+{
+    SCOPED_TRACE(script.constData());
+    ScriptedStation station(script, options);
+    PlainClient slow(station);
+    EXPECT_NEXT(slow, greeting);
+    slow.send(askBytes);
+    PlainClient other(station);
+    EXPECT_NEXT(other, greeting);
+    other.send(askState);
+    EXPECT_NEXT(other, state1);
+    EXPECT_TRUE(station.nextLine().contains("connected"));
+    EXPECT_TRUE(station.nextLine().contains("connected"));
+    EXPECT_TRUE(station.nextLine().contains("command 0x01, 17 bytes: answered with 17 bytes")); // and not the slow one
+}
+
+TEST(GqtoolStation, servesOthersWhileOneReplyIsLateSplitOrTrickles)
+{
+    expectOthersServed("command 0x21 every late 600000");
+    expectOthersServed("command 0x21 every split 1", {"--gap", "600000"});
+    expectOthersServed("command 0x21 every pieces 1"); // takes minutes
+}
+
+TEST(GqtoolStation, servesOthersWhileAClientDoesNotRead)
+{
+    RunningStation station({"--gap", "0"});
+    PlainClient deaf(station);
+    EXPECT_NEXT(deaf, greeting);
+    for (int i = 0; i < 500; ++i)
+        deaf.send(askBytes);
+    PlainClient other(station);
+    EXPECT_NEXT(other, greeting);
+    other.send(setState7);
+    EXPECT_NEXT(other, state7);
+}
+
+TEST(GqtoolStation, answersADatagramWhileTheReplyToAnotherAddressIsLate)
+{
+    ScriptedStation station("command 6 every late 600000");
+    DatagramClient slow(station);
+    slow.send(setState7);
+    DatagramClient other(station);
+    other.send(askState);
+    EXPECT_EQ(other.next().substr(0, 2), "68");
+}

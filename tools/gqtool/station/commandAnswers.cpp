@@ -1,0 +1,295 @@
+#include "commandAnswers.h"
+
+#include "gqtool/input.h"
+#include "gqtool/records/jsonText.h"
+#include "gqtool/records/recordJson.h"
+#include "shared/stationProtocol.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <socketApi.h>
+
+using gqdb::CByte2Val;
+
+// --- The file -----------------------------------------------------------------------------------------------------
+
+class CommandFileReader {
+public:
+    CommandFileReader(const QString& file, const LocatedJson& located) : path(file), json(located) {}
+
+    std::vector<CommandAnswers::Entry> read();
+
+    QStringList errors;
+
+private:
+    void fail(const QString& place, const QString& message);
+    void checkMembers(const QJsonObject& object, const QString& place, const QStringList& known);
+    CommandAnswers::Entry readEntry(const QJsonObject& object, const QString& place);
+    int readCommand(const QJsonValue& value, const QString& place);
+    int readInteger(const QJsonValue& value, const QString& place);
+    QByteArray readHex(const QJsonValue& value, const QString& place);
+    std::vector<CommandAnswers::Part> readReply(const QJsonValue& value, const QString& place);
+    CommandAnswers::Part readPart(const QJsonValue& value, const QString& place);
+    QByteArray readRecord(const QJsonObject& object, const QString& place);
+    QByteArray readInts(const QJsonValue& value, const QString& place);
+    QByteArray readStrings(const QJsonValue& value, const QString& place);
+    QByteArray readFile(const QJsonValue& value, const QString& place);
+
+    const QString path;
+    const LocatedJson& json;
+};
+
+void CommandFileReader::fail(const QString& place, const QString& message)
+{
+    errors.append(QString("%1: line %2: %3%4").arg(path).arg(json.lineOf(place)).arg(place, message));
+}
+
+void CommandFileReader::checkMembers(const QJsonObject& object, const QString& place, const QStringList& known)
+{
+    for (const QString& name : object.keys()) {
+        if (!known.contains(name))
+            fail(place.isEmpty() ? name : place + '.' + name,
+                 QString(" is unknown; the members are %1").arg(known.join(", ")));
+    }
+}
+
+std::vector<CommandAnswers::Entry> CommandFileReader::read()
+{
+    const QJsonObject document = json.value().toObject();
+    const QJsonValue commands = document["commands"];
+    checkMembers(document, "", {"commands"});
+    if (!commands.isArray())
+        fail("commands", commands.isUndefined() ? QString(" is missing") : " must be an array" + gotText(commands));
+    std::vector<CommandAnswers::Entry> entries;
+    const QJsonArray array = commands.toArray();
+    for (int i = 0; i < array.size(); ++i) {
+        const QString place = QString("commands[%1]").arg(i);
+        if (array[i].isObject())
+            entries.push_back(readEntry(array[i].toObject(), place));
+        else
+            fail(place, " must be an object" + gotText(array[i]));
+    }
+    return entries;
+}
+
+CommandAnswers::Entry CommandFileReader::readEntry(const QJsonObject& object, const QString& place)
+{
+    checkMembers(object, place, {"command", "payload", "reply", "error"});
+    CommandAnswers::Entry entry;
+    entry.command = readCommand(object["command"], place + ".command");
+    if (object.contains("payload"))
+        entry.payload = readHex(object["payload"], place + ".payload");
+    if (object.contains("reply") == object.contains("error"))
+        fail(place, " must have either reply or error");
+    else if (object.contains("error"))
+        entry.error = readInteger(object["error"], place + ".error");
+    else
+        entry.frames = readReply(object["reply"], place + ".reply");
+    return entry;
+}
+
+// --- Values -------------------------------------------------------------------------------------------------------
+
+// A number, or a text such as "0x35".
+int CommandFileReader::readCommand(const QJsonValue& value, const QString& place)
+{
+    bool isNumber = value.isDouble();
+    const double number = isNumber ? value.toDouble() : value.toString().toInt(&isNumber, 0);
+    if (isNumber && number >= 0 && number <= UCHAR_MAX && std::floor(number) == number)
+        return static_cast<int>(number);
+    if (value.isUndefined())
+        fail(place, " is missing");
+    else
+        fail(place, " must be an integer from 0 to 255 or a text such as \"0x35\"" + gotText(value));
+    return 0;
+}
+
+int CommandFileReader::readInteger(const QJsonValue& value, const QString& place)
+{
+    const double number = value.toDouble();
+    if (value.isDouble() && number >= INT_MIN && number <= INT_MAX && std::floor(number) == number)
+        return static_cast<int>(number);
+    fail(place, QString(" must be an integer from %1 to %2").arg(INT_MIN).arg(INT_MAX) + gotText(value));
+    return 0;
+}
+
+QByteArray CommandFileReader::readHex(const QJsonValue& value, const QString& place)
+{
+    QByteArray bytes;
+    QString error;
+    if (!value.isString())
+        fail(place, " must be a text of hex digits, two per byte" + gotText(value));
+    else if (!parseHex(value.toString().toUtf8(), bytes, error))
+        fail(place, ": " + error);
+    return bytes;
+}
+
+QByteArray CommandFileReader::readInts(const QJsonValue& value, const QString& place)
+{
+    if (!value.isArray())
+        fail(place, " must be an array of integers" + gotText(value));
+    const QJsonArray array = value.toArray();
+    QByteArray payload = intPayload(array.size());
+    for (int i = 0; i < array.size(); ++i)
+        CByte2Val::int2Byte(readInteger(array[i], QString("%1[%2]").arg(place).arg(i)), payload);
+    return payload;
+}
+
+QByteArray CommandFileReader::readStrings(const QJsonValue& value, const QString& place)
+{
+    if (!value.isArray())
+        fail(place, " must be an array of texts" + gotText(value));
+    const QJsonArray array = value.toArray();
+    QByteArray payload = intPayload(array.size());
+    for (int i = 0; i < array.size(); ++i) {
+        const QString itemPlace = QString("%1[%2]").arg(place).arg(i);
+        QByteArray text = array[i].toString().toUtf8();
+        if (!array[i].isString())
+            fail(itemPlace, " must be a text" + gotText(array[i]));
+        else if (text.size() > USHRT_MAX - 2)
+            fail(itemPlace, QString(" must have at most %1 bytes, got %2").arg(USHRT_MAX - 2).arg(text.size()));
+        CByte2Val::short2Byte(text.size() + 2, payload); // each text has two length fields
+        CByte2Val::short2Byte(text.size(), payload);
+        payload += text;
+    }
+    return payload;
+}
+
+QByteArray CommandFileReader::readRecord(const QJsonObject& object, const QString& place)
+{
+    const Form* form = findForm(object["as"].toString());
+    if (form == nullptr) {
+        fail(place + ".as", " must be a form of 'gqtool decode --list'" + gotText(object["as"]));
+        return {};
+    }
+    if (!object.contains("value")) {
+        fail(place + ".value", " is missing");
+        return {};
+    }
+    const std::unique_ptr<Content> content = form->make();
+    const QStringList faults = takeJson(object["value"], *content);
+    for (const QString& fault : faults) { // each begins with the path from value on
+        const QString member = fault.section(' ', 0, 0);
+        fail(QString("%1.%2").arg(place, member), fault.mid(member.size()));
+    }
+    QByteArray bytes;
+    if (faults.isEmpty() && !content->write(bytes))
+        fail(place + ".value", " cannot be written: the samples do not pack into 5000000 bytes");
+    return intPayload(bytes.size()) + bytes;
+}
+
+QByteArray CommandFileReader::readFile(const QJsonValue& value, const QString& place)
+{
+    if (!value.isString()) {
+        fail(place, " must be the name of a file" + gotText(value));
+        return {};
+    }
+    const QString file = QFileInfo(path).dir().filePath(value.toString());
+    QByteArray bytes;
+    QString error;
+    if (!readAll(file, bytes, error))
+        fail(place, QString(": cannot read %1: %2").arg(file, error));
+    return bytes;
+}
+
+// --- Replies ------------------------------------------------------------------------------------------------------
+
+std::vector<CommandAnswers::Part> CommandFileReader::readReply(const QJsonValue& value, const QString& place)
+{
+    if (!value.isArray())
+        return {readPart(value, place)};
+    std::vector<CommandAnswers::Part> parts;
+    const QJsonArray array = value.toArray();
+    if (array.isEmpty())
+        fail(place, " must have at least one frame");
+    for (int i = 0; i < array.size(); ++i)
+        parts.push_back(readPart(array[i], QString("%1[%2]").arg(place).arg(i)));
+    return parts;
+}
+
+CommandAnswers::Part CommandFileReader::readPart(const QJsonValue& value, const QString& place)
+{
+    if (value == QJsonValue("echo"))
+        return {true, {}};
+    const QStringList forms = {"as", "int", "ints", "bytes", "strings", "payload", "file"};
+    const QJsonObject object = value.toObject();
+    checkMembers(object, place, forms + QStringList{"value"});
+    QStringList found;
+    for (const QString& form : forms) {
+        if (object.contains(form))
+            found.append(form);
+    }
+    if (found.size() != 1 || (object.contains("value") && found[0] != "as")) {
+        fail(place, QString(" must be \"echo\" or an object with as and value, or with one of %1")
+                            .arg(forms.mid(1).join(", ")) +
+                        gotText(value));
+        return {};
+    }
+    const QString member = place + '.' + found[0];
+    const QJsonValue content = object[found[0]];
+    if (found[0] == "as")
+        return {false, readRecord(object, place)};
+    if (found[0] == "int")
+        return {false, intPayload(readInteger(content, member))};
+    if (found[0] == "ints")
+        return {false, readInts(content, member)};
+    if (found[0] == "strings")
+        return {false, readStrings(content, member)};
+    if (found[0] == "file")
+        return {false, readFile(content, member)};
+    const QByteArray bytes = readHex(content, member);
+    return {false, found[0] == "bytes" ? intPayload(bytes.size()) + bytes : bytes};
+}
+
+// --- Answers ------------------------------------------------------------------------------------------------------
+
+CommandAnswers::CommandAnswers(const QString& file, int greetingValue, int gapMs)
+    : path(file), greetingNumber(greetingValue), gap(gapMs)
+{
+}
+
+bool CommandAnswers::read(QStringList& errors)
+{
+    QByteArray text;
+    QString error;
+    if (!readAll(path, text, error)) {
+        errors = QStringList{QString("cannot read %1: %2").arg(path, error)};
+        return false;
+    }
+    LocatedJson json;
+    if (!json.parse(text, error)) {
+        errors = QStringList{path + ": " + error};
+        return false;
+    }
+    if (!json.value().isObject()) {
+        errors = QStringList{path + ": must be a JSON object" + gotText(json.value())};
+        return false;
+    }
+    CommandFileReader reader(path, json);
+    std::vector<Entry> read = reader.read();
+    errors = reader.errors;
+    if (errors.isEmpty())
+        entries = std::move(read);
+    return errors.isEmpty();
+}
+
+std::vector<TimedFrame> CommandAnswers::answer(const StationRequest& request)
+{
+    const auto entry = std::find_if(entries.begin(), entries.end(), [&](const Entry& one) {
+        return one.command == request.frame.command && (!one.payload || hasPayload(request, *one.payload));
+    });
+    if (entry == entries.end())
+        return {{readyMade.answer(request).value_or(errorFrame(request, errorUnknownCommand))}};
+    if (entry->error)
+        return {{errorFrame(request, *entry->error)}};
+    QByteArrayList frames;
+    for (const Part& part : entry->frames)
+        frames.append(replyFrame(request, part.isEcho ? request.frame.payload : part.payload));
+    return spaced(frames, gap);
+}
