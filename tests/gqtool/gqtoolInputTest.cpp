@@ -49,6 +49,37 @@ TEST(GqtoolInput, readsAGoldenFile)
     EXPECT_TRUE(run({"sum", "--file", GQLIB_GOLDEN "/waves/quantised.hex"}).output.contains(" bytes: "));
 }
 
+static const QString firstDigitsAsDump = "00000000: 3132 3334 3536 3738  12345678\n00000008: 39  9\n";
+
+TEST(GqtoolInput, acceptsDumps)
+{
+    EXPECT_EQ(runWithInput({"sum", "-"}, firstDigitsAsDump.toLatin1()).output, nineDigitsSums);
+    EXPECT_EQ(run({"sum", firstDigitsAsDump}).output, nineDigitsSums);
+    const InputFile file("unsigned char digits[] = { 0x31, 0x32 };\nunsigned int digits_len = 2;\n");
+    EXPECT_TRUE(run({"wave", "--file", file.path}).output.startsWith("size         2 bytes\n"));
+    EXPECT_EQ(run({"sum", "0000", "68"}).output.left(17), "3 bytes: 00 00 68");
+}
+
+TEST(GqtoolInput, reportsTheLineOfAGap)
+{
+    const InputFile file("00000000: 3132\n00000003: 34\n");
+    const Outcome outcome = run({"decode", "--as", "frames", "--file", file.path});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors.toStdString(), "gqtool: " + file.path.toStdString() +
+                                                ": line 2: offset must be 00000002, got 00000003; 1 byte is missing\n");
+}
+
+TEST(GqtoolInput, skipsTheHeadersOfPacketsForFrames)
+{
+    const QString path = GQLIB_GOLDEN "/dumps/stationTcpdump.txt";
+    const Outcome outcome = run({"decode", "--as", "frames", "--file", path});
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(outcome.output.count("].start"), 3); // greeting, request, reply
+    EXPECT_FALSE(outcome.output.contains("garbage")) << outcome.output.toStdString();
+    EXPECT_EQ(run({"sum", "--file", path}).output.left(20).toStdString(), "599 bytes: 45 00 00 ");
+}
+
 TEST(GqtoolInput, reportsWhereADigitIsInvalid)
 {
     Outcome outcome = run({"sum", "01 2g"});

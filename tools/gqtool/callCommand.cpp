@@ -3,7 +3,7 @@
 #include "endpoint.h"
 #include "gqtool/call/callClient.h"
 #include "gqtool/call/callRun.h"
-#include "input.h"
+#include "gqtool/dump/hexReader.h"
 #include "shared/console.h"
 #include "shared/stationProtocol.h"
 
@@ -172,7 +172,7 @@ public:
             return false;
         }
         if (parser.isSet(hex))
-            return readHex(parser.value(hex), request.payload, error);
+            return readPayload(parser.value(hex), request.payload, error);
         std::vector<int> values;
         if (!readInts(words, values, error))
             return false;
@@ -181,9 +181,9 @@ public:
     }
 
 private:
-    static bool readHex(const QString& text, QByteArray& bytes, QString& error)
+    static bool readPayload(const QString& text, QByteArray& bytes, QString& error)
     {
-        const bool isGood = parseHex(text.toUtf8(), bytes, error);
+        const bool isGood = readHex(text.toUtf8(), bytes, error);
         error = "--hex: " + error;
         return isGood;
     }
@@ -204,7 +204,7 @@ private:
     const QCommandLineOption command{"command", "send command NUMBER instead of COMMAND", "NUMBER", "0"};
     const QCommandLineOption arg1{"arg1", "send NUMBER as arg1 of the header (default: 0)", "NUMBER", "0"};
     const QCommandLineOption arg2{"arg2", "send NUMBER as arg2 of the header (default: 0)", "NUMBER", "0"};
-    const QCommandLineOption hex{"hex", "send BYTES, hex text, as payload instead of integers", "BYTES"};
+    const QCommandLineOption hex{"hex", "send BYTES, hex text or a dump, as payload instead of integers", "BYTES"};
     const QCommandLineOption reply{"reply", "expect a reply of FORM, see above (default: int)", "FORM", "int"};
     const QCommandLineOption count{
         "count", "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)", "NUMBER", "0"};

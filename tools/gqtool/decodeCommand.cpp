@@ -154,7 +154,8 @@ int runDecode(const QStringList& arguments)
     if (form == nullptr && !isFrames)
         return usageError(QString("--as must be a form of --list, got '%1'").arg(parser.value(as)));
     QByteArray bytes;
-    if (!input.read(parser, parser.positionalArguments(), bytes, exitCode))
+    const HexReader::Content content = isFrames ? HexReader::payloads : HexReader::everyByte;
+    if (!input.read(parser, parser.positionalArguments(), bytes, exitCode, content))
         return exitCode;
 
     const Decoded decoded = isFrames ? decodeFrames(bytes, source) : decode(*form, bytes);

@@ -1,0 +1,324 @@
+// The forms of hex text and hex dumps. The dumps of tests/golden/dumps are those of the real tools.
+
+#include "support/hex.h"
+#include "support/hexReading.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+// --- Reading ------------------------------------------------------------------------------------------------------
+
+static std::string errorText(const HexReading& reading)
+{
+    return reading.error.isSet() ? reading.error.message().toStdString() : "";
+}
+
+// The pieces of the text make no difference.
+static HexReading read(const QByteArray& text, HexReader::Content content = HexReader::everyByte)
+{
+    HexReading reading = readInPieces(text, text.size() + 1, content);
+    for (const int pieceSize : {1, 7}) {
+        const HexReading other = readInPieces(text, pieceSize, content);
+        EXPECT_EQ(errorText(other), errorText(reading)) << pieceSize;
+        if (!reading.error.isSet()) {
+            EXPECT_EQ(hex(other.bytes), hex(reading.bytes)) << pieceSize;
+        }
+    }
+    return reading;
+}
+
+static std::string bytesOf(const QByteArray& text, HexReader::Content content = HexReader::everyByte)
+{
+    const HexReading reading = read(text, content);
+    EXPECT_EQ(errorText(reading), "") << text.toStdString();
+    return hex(reading.bytes);
+}
+
+static std::string errorOf(const QByteArray& text, HexReader::Content content = HexReader::everyByte)
+{
+    return errorText(read(text, content));
+}
+
+static QByteArray fileContent(const QString& name)
+{
+    QFile file(GQLIB_GOLDEN "/dumps/" + name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+    return file.readAll();
+}
+
+// --- Files of the real tools --------------------------------------------------------------------------------------
+
+TEST(HexReader, readsTheDumpsOfTheRealTools)
+{
+    int count = 0;
+    for (const QString& name : QDir(GQLIB_GOLDEN "/dumps").entryList({"*.txt"})) {
+        SCOPED_TRACE(name.toStdString());
+        const bool isCapture = name.startsWith("station") || name.startsWith("datagrams");
+        const QString expected = !isCapture                   ? "bytes.bin"
+                                 : name.startsWith("station") ? "station.bin"
+                                                              : "datagrams.bin";
+        EXPECT_EQ(bytesOf(fileContent(name), isCapture ? HexReader::payloads : HexReader::everyByte),
+                  hex(fileContent(expected)));
+        ++count;
+    }
+    EXPECT_EQ(count, 25);
+}
+
+TEST(HexReader, keepsTheHeadersOfPacketsUnlessPayloadsAreWanted)
+{
+    EXPECT_EQ(bytesOf(fileContent("datagramsTcpdump.txt")).substr(0, 11), "45 00 00 5c");
+    EXPECT_EQ(bytesOf(fileContent("bytes.bin").toHex(), HexReader::payloads), hex(fileContent("bytes.bin")));
+}
+
+// --- Hex text -----------------------------------------------------------------------------------------------------
+
+TEST(HexText, acceptsGroupsWithSeparators)
+{
+    for (const char* text : {"68040aFF", "68:04:0a:FF", "68-04-0a-FF", "68,04,0a,FF", "68, 04, 0a, FF\n",
+                             "0x68 0x040a 0XFF", "  68 04\t0a\r\nFF  \r\n", "# 11\n68 04 # 22\n0a//33\nFF /* 44\n55 */",
+                             "\"68040aFF\"", "{68, 04, 0a, FF}", "'68' '04' '0a' 'FF'",
+                             "\xef\xbb\xbf"
+                             "68040aFF",
+                             "68 04 \\\n0a FF"})
+        EXPECT_EQ(bytesOf(text), "68 04 0a ff") << text;
+    EXPECT_EQ(bytesOf(""), "");
+    EXPECT_EQ(bytesOf("# nothing\n\n"), "");
+}
+
+TEST(HexText, acceptsGroupsOfAnyLength)
+{
+    const QByteArray digits = QByteArray("0123456789abcdef").repeated(8192);
+    EXPECT_EQ(readInPieces(digits, 1000, HexReader::everyByte).bytes, QByteArray::fromHex(digits));
+    EXPECT_EQ(errorOf(digits + '0'), "line 1, column 1: '0123456789abcdef0123' must have an even number of hex digits");
+    EXPECT_EQ(errorOf(digits + 'g'), "line 1, column 131073: 'g' is not a hex digit");
+}
+
+TEST(HexText, acceptsEscapes)
+{
+    EXPECT_EQ(bytesOf(R"(\x68\x04\x0A)"), "68 04 0a");
+    EXPECT_EQ(bytesOf(R"("\x68\x04" "\x0a")"), "68 04 0a");
+    EXPECT_EQ(bytesOf(R"('\x68', '\x04')"), "68 04");
+    EXPECT_EQ(bytesOf(R"(b'\x68\x04')"), "68 04");
+    EXPECT_EQ(bytesOf("\"\\x68\" \\\n\"\\x04\" \\\r\n"), "68 04");
+}
+
+// What is not an escape is a byte of such a text, in C and in Python; it must not be read as a hex digit.
+TEST(HexText, refusesOtherCharactersInEscapedText)
+{
+    EXPECT_EQ(errorOf(R"(b'\x68\x04ab')"), "line 1, column 7: '\\x04ab' must have 2 hex digits");
+    EXPECT_EQ(errorOf(R"("\x68 \x04")"), "line 1, column 6: ' ' is not a hex digit");
+    EXPECT_EQ(errorOf(R"("\x68\n")"), "line 1, column 6: '\\' is not a hex digit");
+    EXPECT_EQ(errorOf(R"("\x68h")"), "line 1, column 6: 'h' is not a hex digit");
+    EXPECT_EQ(errorOf(R"("\x68#")"), "line 1, column 6: '#' is not a hex digit");
+    EXPECT_EQ(errorOf(R"(\x68 04)"), "line 1, column 6: '04' must begin with \\x, as the bytes before it");
+    EXPECT_EQ(errorOf(R"(68 \x04)"), "line 1, column 4: '\\x04' must not begin with \\x, as the bytes before it");
+    EXPECT_EQ(errorOf(R"(\x6)"), "line 1, column 1: '\\x6' must have 2 hex digits");
+}
+
+TEST(HexText, skipsTheDeclarationOfAnArray)
+{
+    EXPECT_EQ(bytesOf("unsigned char face[] = {\n 0x68, 0x4, 0xA\n};\nunsigned int face_len = 3;\n"), "68 04 0a");
+    EXPECT_EQ(bytesOf("const uint8_t feed[2] =\r\n{ 0x68, 0x04 };"), "68 04");
+    EXPECT_EQ(bytesOf("std::array<std::uint8_t, 2> cafe{0x68, 0x04};"), "68 04");
+    EXPECT_EQ(bytesOf("static const char a[] = \"\\x68\"\n  \"\\x04\";\nstatic const char b[] = \"\\x16\";"),
+              "68 04 16");
+    EXPECT_EQ(bytesOf("{ 0x68, 0x4 }"), "68 04");
+}
+
+TEST(HexText, refusesWhatIsNoArrayOfBytes)
+{
+    EXPECT_EQ(errorOf("int a[] = { 104, 4 };"), "line 1, column 13: '104' must begin with 0x in an array");
+    EXPECT_EQ(errorOf("short a[] = { 0x0468 };"), "line 1, column 15: '0x0468' must have 1 or 2 hex digits");
+    EXPECT_EQ(errorOf("char a[] = {\n 0x68, 0x04\n"), "line 1: { must be closed by }");
+    EXPECT_EQ(errorOf("0x68 }"), "line 1, column 6: } closes nothing");
+    EXPECT_EQ(errorOf("\n\"68"), "line 2: \" must be closed");
+    EXPECT_EQ(errorOf("68 /* 04"), "line 1: /* must be closed by */");
+    EXPECT_EQ(errorOf("unsigned char a[] = {\n0x68, 0x04\n};\nunsigned int a_len = 3;"),
+              "line 4: the array has 2 bytes, but its size is 3");
+    EXPECT_EQ(errorOf("hello"), "line 1, column 1: 'h' is not a hex digit");
+    EXPECT_EQ(errorOf("char *hello;"), "line 1, column 2: 'h' is not a hex digit");
+    EXPECT_EQ(errorOf("68 04 char a[] = { 0x16 };"), "line 1, column 8: 'h' is not a hex digit");
+    EXPECT_EQ(errorOf("68/04"), "line 1, column 3: '/' is not a hex digit");
+}
+
+// --- Recognition --------------------------------------------------------------------------------------------------
+
+TEST(HexReader, recognisesADumpByItsFirstOffset)
+{
+    for (const char* text :
+         {"0000  68 04", "0000: 68 04", "0000: 6804", "0000| 68 04", "0000|68 04|h.|", "0x0000: 6804", "00000000  6804",
+          "0000   68 04   h.", "  00000000  68 04", "0000:68 04", "0000000 68 04"})
+        EXPECT_EQ(bytesOf(text), "68 04") << text;
+}
+
+TEST(HexReader, recognisesADumpByTheOffsetOfItsSecondLine)
+{
+    EXPECT_EQ(bytesOf("0000 68 04\n0002 0a"), "68 04 0a");
+    EXPECT_EQ(bytesOf("000000 68 04\n\n000002\n"), "68 04");
+    EXPECT_EQ(bytesOf("000000 68\n*\n000003 16\n000004\n"), "68 68 68 16");
+}
+
+TEST(HexReader, takesEverythingElseAsHexText)
+{
+    EXPECT_EQ(bytesOf("0000 68 04"), "00 00 68 04");
+    EXPECT_EQ(bytesOf("0000 68 04\n"), "00 00 68 04");
+    EXPECT_EQ(bytesOf("0000 68 04\n0003 0a"), "00 00 68 04 00 03 0a");
+    EXPECT_EQ(errorOf("000 68"), "line 1, column 1: '000' must have an even number of hex digits");
+}
+
+TEST(HexReader, keepsHexTextWithGroupsThatLookLikeOffsets)
+{
+    EXPECT_EQ(bytesOf("00000000     #  0 count 0\n01000000  # 4 pointId"), "00 00 00 00 01 00 00 00");
+    EXPECT_EQ(bytesOf("07000000  10270000  01 02"), "07 00 00 00 10 27 00 00 01 02");
+    EXPECT_EQ(bytesOf("3132:3334:35"), "31 32 33 34 35");
+    EXPECT_EQ(bytesOf("0000:3334:35"), "00 00 33 34 35");
+    EXPECT_EQ(bytesOf("0000\t68 04"), "00 00 68 04");
+    EXPECT_EQ(bytesOf("00000000"), "00 00 00 00");
+    EXPECT_EQ(bytesOf("0000:\n68"), "00 00 68");
+}
+
+// --- Text columns -------------------------------------------------------------------------------------------------
+
+TEST(HexReader, neverReadsATextColumn)
+{
+    EXPECT_EQ(bytesOf("00000000: 3638 3034  6804\n00000004: 6162       ab"), "36 38 30 34 61 62");
+    EXPECT_EQ(bytesOf("00000000  61 62 20 63 64 20 65 66                           |ab cd ef|\n00000008"),
+              "61 62 20 63 64 20 65 66");
+    EXPECT_EQ(bytesOf("0000   61 62 20 63   ab c"), "61 62 20 63");
+    EXPECT_EQ(bytesOf("\t0x0000:  6162 2063                                ab.c"), "61 62 20 63");
+    EXPECT_EQ(bytesOf("000000 7c 3e 61 >|>a<\n000003 61  >a<\n000004"), "7c 3e 61 61");
+    EXPECT_EQ(bytesOf("00000000: 2020 2020     \n00000004: 20"), "20 20 20 20 20");
+}
+
+TEST(HexReader, readsTheGapInTheMiddleOfALine)
+{
+    EXPECT_EQ(bytesOf("00000000  00 01 02 03 04 05 06 07  08 09 |..........|"), "00 01 02 03 04 05 06 07 08 09");
+    EXPECT_EQ(bytesOf("00000000: 0001 0203 0405 0607  68 04 0f"), "00 01 02 03 04 05 06 07"); // xxd -c 8 has no gap
+}
+
+// Bytes in a form that no tool prints must not be lost as text.
+TEST(HexReader, refusesATextColumnWithTooManyCharacters)
+{
+    EXPECT_EQ(errorOf("0000  00 01 02 03  04 05 06 07"),
+              "line 1, column 20: the text column must have at most 4 characters, one per byte, got '04 05 06 07'");
+}
+
+// --- Errors of dumps ----------------------------------------------------------------------------------------------
+
+TEST(HexReader, refusesGapsAndContradictions)
+{
+    EXPECT_EQ(errorOf("0000  68 04\n0003  16"), "line 2: offset must be 0002, got 0003; 1 byte is missing");
+    EXPECT_EQ(errorOf("00000000: 6804\n\n00000020: 16"),
+              "line 3: offset must be 00000002, got 00000020; 30 bytes are missing");
+    EXPECT_EQ(errorOf("0000  68 04\n0001  16"), "line 2: offset must be 0002, got 0001");
+    EXPECT_EQ(errorOf("0000  68 04\n0000  68 04"), "line 2: offset must be 0002, got 0000");
+    EXPECT_EQ(errorOf("00000010: 6804"), "line 1: offset must be 00000000, got 00000010; 16 bytes are missing");
+    EXPECT_EQ(errorOf("0010  16"), "line 1: offset must be 0000, got 0010; 16 bytes are missing");
+    EXPECT_EQ(errorOf("00000000  68 04  |h.|\n00000003"),
+              "line 2: offset must be 00000002, got 00000003; 1 byte is missing");
+    EXPECT_EQ(errorOf("0000  68 04\n68 04"), "line 2: a line of a dump must begin with an offset, got '68 04'");
+    EXPECT_EQ(errorOf("0000  68 0\n"), "line 1, column 10: '0' must have an even number of hex digits");
+    EXPECT_EQ(errorOf("0000  68 0g\n"), "line 1, column 11: 'g' is not a hex digit");
+}
+
+TEST(HexReader, explainsOffsetsInOctalOrDecimal)
+{
+    EXPECT_EQ(errorOf("0000000 00 01 02 03 04 05 06 07\n0000010\n"),
+              "line 2: offset must be 0000008, got 0000010; offsets must be hexadecimal, as of od -A x");
+    EXPECT_EQ(errorOf("0000000 00 01 02 03 04 05 06 07 08 09\n0000010\n"),
+              "line 2: offset must be 000000a, got 0000010; offsets must be hexadecimal, as of od -A x");
+    EXPECT_EQ(errorOf("0000000 00 01\n*\n0000400\n"), "line 3: offset 0000400 may be octal or decimal; use od -A x");
+}
+
+TEST(HexReader, refusesWordsOfUnknownOrder)
+{
+    EXPECT_EQ(errorOf("0000000 0468 0000\n0000004\n"),
+              "line 1: '0468' must be one byte: the order of bytes in a word is "
+              "unknown; use od -t x1 or hexdump -C");
+}
+
+TEST(HexReader, repeatsTheLineBeforeAStar)
+{
+    EXPECT_EQ(bytesOf("00000000  68 04  |h.|\n*\n00000006  16  |.|\n00000007"), "68 04 68 04 68 04 16");
+    EXPECT_EQ(errorOf("0000  68 04\n*\n0005  16"),
+              "line 3: offset after * must be 0002 and a multiple of 2 bytes, got 0005");
+    EXPECT_EQ(errorOf("0000  68 04\n*\n0002  16"),
+              "line 3: offset after * must be 0002 and a multiple of 2 bytes, got 0002");
+    EXPECT_EQ(errorOf("0000  68 04\n*\n"), "line 2: * must be followed by an offset");
+    EXPECT_EQ(errorOf("0000  68 04\n*\n*\n0006"), "line 3: * must come after a line of bytes");
+}
+
+// The bytes of a line with * come in pieces, however many they are.
+TEST(HexReader, repeatsInBoundedPieces)
+{
+    QByteArray left = "00000000  68 04\n*\n1000000000\n";
+    HexReader reader([&left] { return std::exchange(left, QByteArray()); });
+    for (int i = 0; i < 100; ++i) {
+        const QByteArray piece = reader.read();
+        ASSERT_GT(piece.size(), 0);
+        ASSERT_LE(piece.size(), 1 << 17);
+    }
+}
+
+TEST(HexReader, refusesALineOfADumpThatIsTooLong)
+{
+    EXPECT_EQ(readInPieces("0000: 68\n0001: " + QByteArray(100000, ' '), 4096, HexReader::everyByte)
+                  .error.message()
+                  .toStdString(),
+              "line 2: a line of a dump must have at most 65536 characters");
+}
+
+// --- Packets ------------------------------------------------------------------------------------------------------
+
+// IPv4 and UDP headers, from port 5000 to port 40000.
+static const char* const udpPacket = "\t0x0000:  4500 001f 0000 0000 4011 0000 7f00 0001\n"
+                                     "\t0x0010:  7f00 0001 1388 9c40 000b 0000 6804 16\n";
+
+TEST(HexReader, takesEachPacketFromOffsetZero)
+{
+    const QByteArray packet = udpPacket;
+    const int lineSize = packet.indexOf('\n') + 1;
+    EXPECT_EQ(bytesOf("12:00 IP a > b\n" + packet + "12:01 IP b > a\n" + packet, HexReader::payloads),
+              "68 04 16 68 04 16");
+    EXPECT_EQ(bytesOf(packet + "\n" + packet, HexReader::payloads), "68 04 16 68 04 16");
+    EXPECT_EQ(errorOf(packet + packet), "line 3: offset must be 001f, got 0000");
+    EXPECT_EQ(errorOf("12:00 IP a\n" + packet.left(lineSize) + "12:01 IP b\n" + packet.mid(lineSize)),
+              "line 4: offset must be 0000, got 0010; 16 bytes are missing");
+}
+
+TEST(HexReader, skipsThePaddingOfEthernet)
+{
+    const QByteArray text = "0000  01 02 03 04 05 06 01 02 03 04 05 06 08 00 45 00\n"
+                            "0010  00 1e 00 00 00 00 40 11 00 00 0a 00 00 01 0a 00\n"
+                            "0020  00 02 13 88 9c 40 00 0a 00 00 68 16 00 00 00 00\n"
+                            "0030  00 00 00 00 00 00 00 00 00 00 00 00\n";
+    EXPECT_EQ(bytesOf(text, HexReader::payloads), "68 16");
+}
+
+TEST(HexReader, ignoresOtherPacketsOfACapture)
+{
+    const QByteArray arp = "12:00:00 ARP, Request who-has 10.0.0.1 tell 10.0.0.2, length 28\n"
+                           "\t0x0000:  0001 0800 0604 0001 0242 0a00 0002 0a00\n"
+                           "\t0x0010:  0002 0000 0000 0000 0a00 0001\n";
+    EXPECT_EQ(bytesOf(arp + "12:00:01 IP a\n" + udpPacket, HexReader::payloads), "68 04 16");
+    EXPECT_EQ(bytesOf("12:00:01 IP a\n" + QByteArray(udpPacket) + arp, HexReader::payloads), "68 04 16");
+}
+
+TEST(HexReader, refusesPacketsThatAreNotWhole)
+{
+    const QByteArray packet = QByteArray("12:00:00 IP a > b\n") + udpPacket;
+    EXPECT_EQ(errorOf(QByteArray(packet).replace("001f", "0020"), HexReader::payloads),
+              "line 2: a packet needs 32 bytes, got 31; capture with tcpdump -s 0");
+    EXPECT_EQ(errorOf(QByteArray(packet).replace("0000 0000 4011", "0000 2000 4011"), HexReader::payloads),
+              "line 2: a packet is a fragment; gqtool does not reassemble it");
+    EXPECT_EQ(errorOf(QByteArray(packet).replace("4011", "4006"), HexReader::payloads),
+              "line 2: the TCP header of a packet is malformed");
+}
+
+TEST(HexReader, keepsTheBytesOfADumpWithoutPackets)
+{
+    EXPECT_EQ(bytesOf("0000  68 04 00 16", HexReader::payloads), "68 04 00 16");
+    EXPECT_EQ(bytesOf("0000  45 00 00 1f 16", HexReader::payloads), "45 00 00 1f 16");
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "gqtool/dump/hexReader.h"
+
+#include <climits>
+
+// What a HexReader returns for a text.
+struct HexReading {
+    QByteArray bytes;
+    HexError error;
+};
+
+// Reads a text that comes in pieces of this size. Stops after `mostBytes`, as * may mean any number of them.
+inline HexReading readInPieces(const QByteArray& text, int pieceSize, HexReader::Content content,
+                               int mostBytes = INT_MAX)
+{
+    int pos = 0;
+    HexReader reader(
+        [&] {
+            QByteArray piece = text.mid(pos, pieceSize);
+            pos += piece.size();
+            return piece;
+        },
+        content);
+    HexReading reading;
+    for (QByteArray bytes = reader.read(); !bytes.isEmpty() && reading.bytes.size() < mostBytes; bytes = reader.read())
+        reading.bytes += bytes;
+    reading.error = reader.error();
+    return reading;
+}
