@@ -42,6 +42,7 @@ extern const std::vector<Target> byte2RdbWaveTargets;
 extern const std::vector<Target> byte2FepTargets;
 extern const std::vector<Target> frameTargets;
 extern const std::vector<Target> gqToolsTargets;
+extern const std::vector<Target> hexReaderTargets;
 
 std::vector<Target> allTargets();
 

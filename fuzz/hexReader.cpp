@@ -1,0 +1,221 @@
+#include "support/allocationLimit.h"
+#include "support/hexReading.h"
+#include "target.h"
+
+#include <QList>
+
+#include <algorithm>
+
+// The readers of gqtool's hex text and dumps.
+
+static const int mostBytes = 1 << 20; // that are read from one text; * may mean any number
+
+// Memory must not depend on the size of the text.
+static HexReading readText(const QByteArray& text, int pieceSize, HexReader::Content content)
+{
+    allocationLimit = size_t(4) * mostBytes; // runTarget() restores it
+    return readInPieces(text, pieceSize, content, mostBytes);
+}
+
+// --- Dumps of bytes, as the tools print them ----------------------------------------------------------------------
+
+static QByteArray digits(const QByteArray& bytes, char separator = '\0')
+{
+    return separator == '\0' ? bytes.toHex() : bytes.toHex(separator);
+}
+
+static QByteArray padded(qint64 offset, int count)
+{
+    return QByteArray::number(offset, 16).rightJustified(count, '0');
+}
+
+static QByteArray textColumn(QByteArray bytes)
+{
+    for (char& character : bytes)
+        character = character >= ' ' && character < 0x7f ? character : '.';
+    return bytes;
+}
+
+static QByteArray groups(const QByteArray& bytes, int size)
+{
+    QByteArray text;
+    for (int i = 0; i < bytes.size(); i += size)
+        text += (i == 0 ? "" : " ") + digits(bytes.mid(i, size));
+    return text;
+}
+
+// Calls `write` for each row of `width` bytes. Of equal rows, `skipped` replaces all but the first, as a tool does.
+static QByteArray rows(const QByteArray& bytes, int width, const char* skipped,
+                       const std::function<QByteArray(int offset, const QByteArray& row)>& write)
+{
+    QByteArray text;
+    QByteArray last;
+    bool isSkipping = false;
+    for (int i = 0; i < bytes.size(); i += width) {
+        const QByteArray row = bytes.mid(i, width);
+        const bool isSame = *skipped != '\0' && row == last;
+        if (!isSame)
+            text += write(i, row) + '\n';
+        else if (!isSkipping)
+            text += skipped;
+        isSkipping = isSame;
+        last = row;
+    }
+    return text;
+}
+
+struct DumpForm {
+    QByteArray (*write)(const QByteArray& bytes, int width); // width: 1 to 64
+    HexReader::Content content;
+};
+
+static QByteArray hexText(const QByteArray& bytes, int width)
+{
+    const char separators[] = {' ', '\t', '\n', ':', '-', ','};
+    return width > 6 ? bytes.toHex() : digits(bytes, separators[width - 1]);
+}
+
+static QByteArray escapes(const QByteArray& bytes, int width)
+{
+    QByteArray text;
+    for (int i = 0; i < bytes.size(); i += width)
+        text += "\"\\x" + bytes.mid(i, width).toHex('.').replace(".", "\\x") + "\"\n";
+    return text;
+}
+
+static QByteArray array(const QByteArray& bytes, int width)
+{
+    const auto row = [](int, const QByteArray& part) { return "0x" + part.toHex('.').replace(".", ", 0x") + ','; };
+    return "unsigned char face[] = {\n" + rows(bytes, width, "", row) +
+           "};\nunsigned int face_len = " + QByteArray::number(bytes.size()) + ";\n";
+}
+
+static QByteArray xxd(const QByteArray& bytes, int width)
+{
+    return rows(bytes, width, "", [width](int offset, const QByteArray& row) {
+        return padded(offset, 8) + ": " + groups(row, 2).leftJustified(width / 2 * 5 + width % 2 * 3 - 1, ' ') + "  " +
+               textColumn(row);
+    });
+}
+
+static QByteArray hexdump(const QByteArray& bytes, int)
+{
+    const QByteArray lines = rows(bytes, 16, "*\n", [](int offset, const QByteArray& row) {
+        const QByteArray right = row.size() > 8 ? "  " + groups(row.mid(8), 1) : QByteArray();
+        return padded(offset, 8) + "  " + (groups(row.left(8), 1) + right).leftJustified(50, ' ') + '|' +
+               textColumn(row) + '|';
+    });
+    return bytes.isEmpty() ? lines : lines + padded(bytes.size(), 8) + '\n';
+}
+
+static QByteArray od(const QByteArray& bytes, int width)
+{
+    const auto row = [width](int offset, const QByteArray& part) {
+        const QByteArray column = width % 2 == 0 ? "  >" + textColumn(part) + '<' : QByteArray();
+        return padded(offset, 6) + ' ' + groups(part, 1).leftJustified(column.isEmpty() ? 0 : 3 * width - 1, ' ') +
+               column;
+    };
+    const QByteArray lines = rows(bytes, width, "*\n", row);
+    return bytes.isEmpty() ? lines : lines + padded(bytes.size(), 6) + '\n';
+}
+
+static QByteArray wireshark(const QByteArray& bytes, int width)
+{
+    return rows(bytes, 16, "", [width](int offset, const QByteArray& row) {
+        const QByteArray column = "   " + textColumn(row);
+        return padded(offset, 4) + "  " + groups(row, 1).leftJustified(47, ' ') + (width % 2 == 0 ? column : "");
+    });
+}
+
+// The bytes as payloads of datagrams.
+static QByteArray tcpdump(const QByteArray& bytes, int width)
+{
+    QByteArray text;
+    for (int i = 0; i < bytes.size(); i += width) {
+        const QByteArray payload = bytes.mid(i, width);
+        const QByteArray size = padded(payload.size() + 28, 4);
+        const QByteArray datagramSize = padded(payload.size() + 8, 4);
+        const QByteArray packet = QByteArray::fromHex("4500" + size + "0000000040110000" + "7f0000017f000001" +
+                                                      "13889c40" + datagramSize + "0000") +
+                                  payload;
+        text += "12:00:00.000000 IP 127.0.0.1.5000 > 127.0.0.1.40000: UDP, length\n";
+        text += rows(packet, 16, "", [width](int offset, const QByteArray& row) {
+            const QByteArray column = "  " + textColumn(row);
+            return "\t0x" + padded(offset, 4) + ":  " + groups(row, 2).leftJustified(39, ' ') +
+                   (width % 2 == 0 ? column : "");
+        });
+    }
+    return text;
+}
+
+static const DumpForm forms[] = {
+    {hexText, HexReader::everyByte},   {escapes, HexReader::everyByte}, {array, HexReader::everyByte},
+    {xxd, HexReader::everyByte},       {hexdump, HexReader::everyByte}, {od, HexReader::everyByte},
+    {wireshark, HexReader::everyByte}, {tcpdump, HexReader::payloads},
+};
+
+// The first two bytes select the form and its width, the others are dumped.
+static void readDump(Reading& reading)
+{
+    if (reading.size < 2)
+        return;
+    const DumpForm& form = forms[static_cast<unsigned char>(reading.buf[0]) % (sizeof forms / sizeof forms[0])];
+    const int width = static_cast<unsigned char>(reading.buf[1]) % 64 + 1;
+    const QByteArray bytes(reading.buf + 2, reading.size - 2);
+    const QByteArray text = form.write(bytes, width);
+    const HexReading outcome = readText(text, 4096, form.content);
+    if (outcome.error.isSet())
+        fail(outcome.error.message().toStdString() + "\n" + text.toStdString());
+    if (outcome.bytes != bytes)
+        fail("the dump has other bytes: " + outcome.bytes.toHex().toStdString() + "\n" + text.toStdString());
+    reading.left = outcome.bytes;
+}
+
+// --- Any text -----------------------------------------------------------------------------------------------------
+
+// Reads the plainest hex text: groups of digits, white space, colons, comments. Returns false if it is something else,
+// or if a line may begin with an offset.
+static bool readPlainText(const QByteArray& text, QByteArray& bytes)
+{
+    for (QByteArray line : text.split('\n')) {
+        line.truncate(line.contains('#') ? line.indexOf('#') : line.size());
+        line.replace(':', ' ');
+        for (const QByteArray& group : line.simplified().split(' ')) {
+            const bool isHex = std::all_of(group.begin(), group.end(), [](char character) {
+                return QByteArray("0123456789abcdefABCDEF").contains(character) && character != '\0';
+            });
+            if (!isHex || group.size() % 2 != 0 || group.size() > 2)
+                return false;
+            bytes += QByteArray::fromHex(group);
+        }
+    }
+    return true;
+}
+
+static void readAnyText(Reading& reading)
+{
+    const QByteArray text(reading.buf, reading.size);
+    const HexReading whole = readText(text, std::max(reading.size, 1), HexReader::everyByte);
+    for (const int pieceSize : {1, 5}) {
+        const HexReading inPieces = readText(text, pieceSize, HexReader::everyByte);
+        require(inPieces.error.message() == whole.error.message(), "the pieces of the text must not change the error");
+        const int common = std::min(inPieces.bytes.size(), whole.bytes.size());
+        require(inPieces.bytes.left(common) == whole.bytes.left(common), "the pieces must not change the bytes");
+        if (!whole.error.isSet() && whole.bytes.size() < mostBytes)
+            require(inPieces.bytes == whole.bytes, "the pieces must not change the number of bytes");
+    }
+    require(whole.error.line <= text.count('\n') + 1, "the line of an error must exist");
+    readText(text, std::max(reading.size, 1), HexReader::payloads); // ends
+    QByteArray plain;
+    if (readPlainText(text, plain))
+        require(whole.bytes == plain && !whole.error.isSet(), "plain hex text must have the bytes of its digits");
+    reading.result = static_cast<int>(whole.error.line);
+    reading.left = whole.bytes;
+}
+
+static void checkNothing(const Layout&, const Reading&) {} // checked while reading
+
+const std::vector<Target> hexReaderTargets = {
+    {"hexDump", readDump, checkNothing, {}},
+    {"hexText", readAnyText, checkNothing, {}},
+};
