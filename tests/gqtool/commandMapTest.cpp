@@ -1,5 +1,7 @@
 #include "gqtool/map/commandMap.h"
 
+#include "gqtool/records/recordFields.h"
+
 #include <gtest/gtest.h>
 
 static std::string errorOf(const QByteArray& text)

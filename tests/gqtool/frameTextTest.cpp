@@ -140,3 +140,69 @@ TEST(FrameJson, matchesTheGoldenFrames)
         expectGolden(file.chopped(4));
     }
 }
+
+// --- Maps ---------------------------------------------------------------------------------------------------------
+
+class MappedFrameText : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(map.add("0x20 levels ints bytes\n"
+                          "0x21 pair intPair strings\n"
+                          "0x22 any hex int\n"
+                          "0x23 nothing - ints\n"
+                          "0x35 currentValues int bytes:boolDatas\n"
+                          "0x36 state int bytes:boolData\n"
+                          "1 stateOfAll int ints\n"),
+                  "");
+    }
+
+    std::string requestText(const QByteArray& stream) const
+    {
+        return itemText(itemOf(stream), {false, true, {}, &map}).toStdString();
+    }
+    std::string replyText(const QByteArray& stream) const
+    {
+        return itemText(itemOf(stream), {false, false, {}, &map}).toStdString();
+    }
+
+    CommandMap map;
+};
+
+TEST_F(MappedFrameText, namesCommandsAndReadsPayloadsInTheirForms)
+{
+    const QByteArray list = "68 08000000 0100 00 00 20 01000000 03000000 0000 16"_hex;
+    EXPECT_EQ(requestText(list), "levels, sequence 1, 8 bytes: 1 integer: 3");
+    EXPECT_EQ(replyText(list), "levels, sequence 1, 8 bytes: 1 byte: 03");
+    EXPECT_EQ(requestText("68 08000000 0100 00 00 21 04000000 03000000 0000 16"_hex),
+              "pair, sequence 1, 8 bytes: 4, 3");
+    EXPECT_EQ(replyText("68 0a000000 0100 00 00 21 01000000 0400 0200 6f6e 0000 16"_hex),
+              "pair, sequence 1, 10 bytes: 1 text: \"on\"");
+    EXPECT_EQ(requestText("68 04000000 0100 00 00 22 04000000 0000 16"_hex), "any, sequence 1, 4 bytes: 04 00 00 00");
+    EXPECT_EQ(requestText("68 04000000 0100 00 00 23 04000000 0000 16"_hex),
+              "nothing, sequence 1, 4 bytes: 04 00 00 00");
+    EXPECT_EQ(replyText("68 08000000 0100 00 00 01 01000000 03000000 0000 16"_hex),
+              "stateOfAll, sequence 1, 8 bytes: 1 integer: 3");
+}
+
+TEST_F(MappedFrameText, showsBytesThatDoNotHaveTheirForm)
+{
+    EXPECT_EQ(replyText("68 04000000 0100 00 00 23 04000000 0000 16"_hex),
+              "nothing, sequence 1, 4 bytes: 04 00 00 00 (not ints)");
+    EXPECT_EQ(replyText("68 02000000 0100 00 00 22 0400 0000 16"_hex), "any, sequence 1, 2 bytes: 04 00 (not int)");
+    EXPECT_EQ(replyText("68 04000000 0100 00 00 35 04000000 0000 16"_hex),
+              "currentValues, sequence 1, 4 bytes: 04 00 00 00 (not bytes)");
+}
+
+TEST_F(MappedFrameText, showsRecords)
+{
+    EXPECT_EQ(replyText("68 0e000000 0100 00 00 36 0a000000 01 02000000 03000000 04 0000 16"_hex),
+              "state, sequence 1, 14 bytes: boolData: value 1, stamp1 2, stamp2 3, flag1 4");
+    EXPECT_EQ(replyText("68 1c000000 0100 00 00 35 18000000 02000000 01 02000000 03000000 04 "
+                        "00 05000000 06000000 07 0000 16"_hex),
+              "currentValues, sequence 1, 28 bytes: boolDatas, 2: {value 1, stamp1 2, stamp2 3, flag1 4}, "
+              "{value 0, stamp1 5, stamp2 6, flag1 7}");
+    EXPECT_EQ(replyText("68 0c000000 0100 00 00 36 08000000 01 02000000 030000 0000 16"_hex),
+              "state, sequence 1, 12 bytes: boolData: value 1, stamp1 2; byte 5: stamp2 needs 4 bytes, "
+              "but only 3 bytes remain");
+}

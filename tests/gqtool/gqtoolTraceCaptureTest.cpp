@@ -22,13 +22,6 @@ static QByteArray contentOf(const QString& path)
     return file.readAll();
 }
 
-static void writeTo(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-
 class GqtoolTraceCapture : public ::testing::Test {
 protected:
     void SetUp() override

@@ -1,7 +1,10 @@
 #include "support/runningTrace.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -189,6 +192,38 @@ TEST(GqtoolTrace, printsFramesGarbageAndFaultsInOrder)
     EXPECT_EQ(trace.nextText(), "1 <- setState, sequence 4, 4 bytes: -7");
     EXPECT_EQ(trace.nextText(), "1 <- setState, sequence 4, 4 bytes: 7");
     EXPECT_EQ(trace.nextText(), "1 <- wrong end 0x17 instead of 0x16: command 0x20, sequence 1, 0 bytes");
+}
+
+TEST(GqtoolTrace, showsCommandsAndRecordsByAMap)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("plant.map");
+    writeTo(path, "6 mode int bytes:boolData\n");
+    Listener station(5);
+    const QByteArray records = "68 0e000000 0100 00 00 06 0a000000 01 02000000 03000000 04 0000 16"_hex;
+    {
+        RunningTrace trace(station.port(), {"--map", path});
+        const Link link(station, trace);
+        trace.nextLine();
+        give(link.client, request);
+        EXPECT_EQ(trace.nextText(), "1 -> mode, sequence 4, 4 bytes: 7");
+        give(link.server, records);
+        EXPECT_EQ(trace.nextText(), "1 <- mode, sequence 1, 14 bytes: boolData: value 1, stamp1 2, stamp2 3, flag1 4");
+    }
+    RunningTrace trace(station.port(), {"--map", path, "--json"});
+    const Link link(station, trace);
+    trace.nextLine();
+    give(link.server, records);
+    const QJsonObject line = QJsonDocument::fromJson(trace.nextLine().toUtf8()).object();
+    EXPECT_EQ(line["command"], 6);
+    EXPECT_EQ(line["name"], "mode");
+    EXPECT_EQ(line["form"], "bytes:boolData");
+    EXPECT_EQ(line["content"], QJsonObject({{"value", 1}, {"stamp1", 2}, {"stamp2", 3}, {"flag1", 4}}));
+
+    writeTo(path, "6 mode int bytes:boolData\n6 state int int\n");
+    const Outcome outcome = run({"trace", "--listen", "0", "--map", path, "127.0.0.1:5000"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: " + path + ":2: COMMAND 0x06 is also in line 1\n");
 }
 
 TEST(GqtoolTrace, printsAJsonObjectPerLine)

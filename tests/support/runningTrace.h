@@ -4,6 +4,7 @@
 #include "support/hex.h"
 #include "support/plainSockets.h"
 
+#include <QFile>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -37,6 +38,13 @@ public:
 
     int port = 0;
 };
+
+inline void writeTo(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+}
 
 // A client and the station, connected through a trace.
 struct Link {

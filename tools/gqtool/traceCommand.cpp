@@ -52,7 +52,8 @@ int runTrace(const QStringList& arguments)
     const QCommandLineOption pcap("pcap", "also write all packets to FILE, for Wireshark", "FILE");
     const QCommandLineOption json("json",
                                   "print each line as a JSON object, with up to 65536 bytes of a payload in hex");
-    parser.addOptions({listen, address, udp, pcap, json});
+    const QCommandLineOption map("map", "show commands and payloads by the map of commands in FILE", "FILE");
+    parser.addOptions({listen, address, udp, pcap, map, json});
     parser.addPositionalArgument("HOST:PORT", "The station: a name or a dotted IPv4 address, and a port.");
     int exitCode = exitGood;
     if (!parseArguments(parser, arguments, exitCode))
@@ -74,6 +75,11 @@ int runTrace(const QStringList& arguments)
     const bool isUdp = parser.isSet(udp);
     QStringList stationAddresses;
     QString error;
+    CommandMap commands;
+    if (parser.isSet(map) && !commands.read(parser.value(map), error)) {
+        printError(error);
+        return exitFailed;
+    }
     if (!resolveHost(endpoint.host, resolveMs, stationAddresses, error)) {
         printError(error);
         return exitFailed;
@@ -90,7 +96,7 @@ int runTrace(const QStringList& arguments)
         printError(QString("cannot write to %1: %2").arg(parser.value(pcap), error));
         return exitFailed;
     }
-    TraceOutput output(parser.isSet(json));
+    TraceOutput output(parser.isSet(json), isUdp, parser.isSet(map) ? &commands : nullptr);
     const int stopper = openStopper();
     output.listening(endpointText(local), endpointText(station));
     const auto relay = isUdp ? relayDatagrams : relayStreams;

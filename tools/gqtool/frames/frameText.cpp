@@ -1,6 +1,6 @@
 #include "frameText.h"
 
-#include "payloadForm.h"
+#include "gqtool/records/recordTexts.h"
 
 #include <QStringList>
 
@@ -85,65 +85,114 @@ static QString quoted(const QString& text)
     return result + (text.size() > shownText ? "...\"" : "\"");
 }
 
-static QString payloadText(const Frame& frame)
+// Returns the standard form that the payload fits; empty if it fits none.
+static QString fittingForm(const Frame& frame)
 {
     const QByteArray& payload = frame.payload;
-    const bool isWhole = static_cast<unsigned int>(payload.size()) == frame.length;
-    if (!isWhole || payload.size() < 4)
-        return hexText(payload);
+    if (payload.size() < 4)
+        return {};
     if (fits(frame, 4))
-        return intsText(payload, 0, 1);
+        return "int";
     if (frame.command == CSocketAPI::setTimeCommand && payload.size() == 8)
-        return intsText(payload, 0, 2);
-
+        return "intPair";
     const unsigned int count = CByte2Val::byte2UInt(payload.constData());
     // In a padded datagram one integer below 256 looks like one byte. Requests carry integers, so it is shown as one.
     if (fits(frame, 4LL + count) && (count > 1 || payload.size() == 5))
-        return countText(count, "byte") + hexText(payload.mid(4, static_cast<int>(count)));
+        return "bytes";
     if (fits(frame, 4 + 4LL * count))
-        return countText(count, "integer") + intsText(payload, 4, count);
+        return "ints";
     const PayloadTexts list = readTexts(payload, count);
-    if (list.isWhole && list.isExact && fits(frame, list.used)) {
-        QStringList shown;
-        for (const QString& text : list.texts.mid(0, shownItems))
-            shown.append(quoted(text));
-        return countText(count, "text") + listText(shown, count);
+    return list.isWhole && list.isExact && fits(frame, list.used) ? "strings" : QString();
+}
+
+// The payload must have this form.
+static QString formText(const QString& form, const QByteArray& payload)
+{
+    const unsigned int count = CByte2Val::byte2UInt(payload.constData());
+    if (form == "int")
+        return intsText(payload, 0, 1);
+    if (form == "intPair")
+        return intsText(payload, 0, 2);
+    if (form == "bytes")
+        return countText(count, "byte") + hexText(bytesOf(payload));
+    if (form == "ints")
+        return countText(count, "integer") + intsText(payload, 4, count);
+    QStringList shown;
+    for (const QString& text : readTexts(payload, count).texts.mid(0, shownItems))
+        shown.append(quoted(text));
+    return countText(count, "text") + listText(shown, count);
+}
+
+static QString recordsText(const Form& form, const QByteArray& bytes)
+{
+    const RecordTexts records = recordTexts(form, bytes);
+    const QStringList shown = records.texts.mid(0, shownItems);
+    const bool isCut = records.texts.size() > shown.size();
+    QString text = form.name;
+    if (records.isList)
+        text += QString(", %1: {%2}").arg(records.texts.size()).arg(shown.join("}, {"));
+    else
+        text += ": " + shown.join(", ");
+    if (isCut)
+        text += ", ...";
+    return records.fault.isEmpty() ? text : QString("%1; %2").arg(text, records.fault);
+}
+
+static QString payloadText(const Frame& frame, const FrameSource& source)
+{
+    const QByteArray& payload = frame.payload;
+    const bool isWhole = static_cast<unsigned int>(payload.size()) == frame.length;
+    if (!isWhole)
+        return hexText(payload);
+    const MappedCommand* mapped = source.mapped(frame.command);
+    if (mapped == nullptr) {
+        const QString form = fittingForm(frame);
+        return form.isEmpty() ? hexText(payload) : formText(form, payload);
     }
-    return hexText(payload);
+    const Payload read = payloadOf(frame.command, payload, source);
+    if (read.form.isEmpty())
+        return hexText(payload);
+    if (read.form.contains(':'))
+        return recordsText(*mapped->records, bytesOf(payload));
+    return read.fault.isEmpty() ? formText(read.form, payload)
+                                : QString("%1 (not %2)").arg(hexText(payload), read.form);
 }
 
 // --- Items of a stream ----------------------------------------------------------------------
 
-QString frameText(const Frame& frame)
+QString frameText(const Frame& frame, const FrameSource& source)
 {
-    const QString name = commandName(frame.command);
+    const MappedCommand* mapped = source.mapped(frame.command);
+    const QString name = mapped == nullptr ? commandName(frame.command) : mapped->name;
     const QString text = QString("%1, sequence %2, %3 %4")
-                             .arg(name.isEmpty() ? QString("command 0x%1").arg(frame.command, 2, 16, QChar('0')) : name)
+                             .arg(name.isEmpty() ? "command " + commandText(frame.command) : name)
                              .arg(frame.sequence)
                              .arg(frame.length)
                              .arg(frame.length == 1 ? "byte" : "bytes");
     if (frame.command == CSocketAPI::errorCommand)
         return text + (frame.payload.size() < 4 ? QString(": no code") : ": code " + intsText(frame.payload, 0, 1));
-    return frame.payload.isEmpty() ? text : text + ": " + payloadText(frame);
+    return frame.payload.isEmpty() ? text : text + ": " + payloadText(frame, source);
 }
 
-QString itemText(const StreamItem& item)
+QString itemText(const StreamItem& item, const FrameSource& source)
 {
     const Frame& frame = item.content;
     switch (item.kind) {
     case StreamItem::frame:
-        return frameText(frame);
+        return frameText(frame, source);
     case StreamItem::garbage:
         return QString("garbage, %1 %2: %3").arg(item.size).arg(item.size == 1 ? "byte" : "bytes", hexText(item.bytes));
     case StreamItem::wrongEnd:
-        return QString("wrong end 0x%1 instead of 0x16: %2").arg(frame.end, 2, 16, QChar('0')).arg(frameText(frame));
+        return QString("wrong end 0x%1 instead of 0x16: %2")
+            .arg(frame.end, 2, 16, QChar('0'))
+            .arg(frameText(frame, source));
     case StreamItem::badLength:
         return QString("bad length %1; a client would wait for the rest of it").arg(frame.length);
     case StreamItem::cut:
         return QString("cut, %1 of %2 bytes: %3")
             .arg(item.size)
             .arg(static_cast<long long>(frame.length) + CSocketAPI::frameOverhead)
-            .arg(frameText(frame));
+            .arg(frameText(frame, source));
     case StreamItem::cutHeader:
         return QString("cut, %1 of the %2 bytes of a header: %3")
             .arg(item.size)

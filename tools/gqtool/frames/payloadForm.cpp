@@ -1,14 +1,24 @@
 #include "payloadForm.h"
 
 #include "gqtool/records/jsonText.h"
+#include "gqtool/records/recordTexts.h"
 
 #include <socketApi.h>
 
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
 
+static QString formOf(const MappedCommand& command, const FrameSource& source)
+{
+    if (!source.isRequest)
+        return command.reply;
+    return command.request == "-" || command.request == "hex" ? QString() : command.request;
+}
+
 static QString formOf(unsigned char command, const FrameSource& source)
 {
+    if (const MappedCommand* mapped = source.mapped(command))
+        return formOf(*mapped, source);
     switch (command) {
     case CSocketAPI::setTimeCommand:
         if (source.isRequest)
@@ -24,6 +34,18 @@ static QString formOf(unsigned char command, const FrameSource& source)
     default:
         return source.form;
     }
+}
+
+QByteArray bytesOf(const QByteArray& payload)
+{
+    return payload.mid(4, static_cast<int>(CByte2Val::byte2UInt(payload.constData())));
+}
+
+// Returns the form of the records in the bytes of the payload, or null.
+static const Form* recordsOf(unsigned char command, const FrameSource& source)
+{
+    const MappedCommand* mapped = source.isRequest ? nullptr : source.mapped(command);
+    return mapped == nullptr ? nullptr : mapped->records;
 }
 
 std::vector<int> readIntegers(const char* first, unsigned int count)
@@ -50,6 +72,15 @@ PayloadTexts readTexts(const QByteArray& payload, unsigned int count)
         result.used += 2 + outer;
     }
     return result;
+}
+
+static void takeRecords(const Form& form, const QByteArray& bytes, Payload& payload)
+{
+    const RecordTexts records = recordTexts(form, bytesOf(bytes));
+    payload.form += QString(":") + form.name;
+    payload.content = records.json;
+    if (!records.fault.isEmpty())
+        payload.fault = "in the records, " + records.fault;
 }
 
 static void takeTexts(const QByteArray& bytes, unsigned int count, Payload& payload)
@@ -88,8 +119,10 @@ Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSou
         takeTexts(bytes, count, payload);
     else if (form == "ints")
         payload.content = jsonText(readIntegers(first + 4, count));
+    else if (const Form* records = recordsOf(command, source))
+        takeRecords(*records, bytes, payload);
     else if (form == "bytes")
-        payload.content = jsonText(QString(bytes.mid(4, static_cast<int>(count)).toHex()));
+        payload.content = jsonText(QString(bytesOf(bytes).toHex()));
     else if (form == "intPair")
         payload.content = jsonText(readIntegers(first, 2));
     else
@@ -104,7 +137,7 @@ int parserResult(const QString& form, const QByteArray& bytes)
         std::vector<int> values;
         return client.parseInts(bytes.constData(), bytes.size(), values);
     }
-    if (form == "bytes") {
+    if (form.startsWith("bytes")) {
         std::vector<unsigned char> values;
         return client.parseBytes(bytes.constData(), bytes.size(), values);
     }

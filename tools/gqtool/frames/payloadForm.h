@@ -1,5 +1,7 @@
 #pragma once
 
+#include "gqtool/map/commandMap.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -10,12 +12,16 @@
 struct FrameSource {
     bool isUdp = false;
     bool isRequest = false;
-    QString form; // of the payloads of commands that the library does not define; empty if unknown
+    QString form; // of the payloads of commands that neither the library nor the map defines; empty if unknown
+    const CommandMap* map = nullptr; // takes precedence over the ready-made commands
+
+    // Returns the command in the map, or null.
+    const MappedCommand* mapped(unsigned char command) const { return map == nullptr ? nullptr : map->find(command); }
 };
 
 // A payload read by its form, independently of the library's parsers.
 struct Payload {
-    QString form;    // empty if it is not known
+    QString form;    // "ints"; of records "bytes:pointRealDatas"; empty if it is not known
     QString content; // as JSON; empty if there is none
     long long used = 0;
     QString fault; // empty if the payload has its form
@@ -35,5 +41,8 @@ struct PayloadTexts {
 };
 
 PayloadTexts readTexts(const QByteArray& payload, unsigned int count);
+
+// Returns the bytes of a byte list, which must be complete.
+QByteArray bytesOf(const QByteArray& payload);
 
 std::vector<int> readIntegers(const char* first, unsigned int count);

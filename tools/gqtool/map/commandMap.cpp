@@ -1,10 +1,14 @@
 #include "commandMap.h"
 
+#include "gqtool/records/recordFields.h"
+
+#include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
 
+static const int largestFile = 1 << 20;
 static const int largestCommand = 0xfe; // 0xff marks error frames
 
 QString commandText(unsigned char command)
@@ -97,6 +101,24 @@ QString CommandMap::add(const QByteArray& text)
             return QString("%1: %2").arg(number).arg(error);
     }
     return {};
+}
+
+bool CommandMap::read(const QString& path, QString& error)
+{
+    QFile file(path);
+    error.clear();
+    const bool isOpen = file.open(QIODevice::ReadOnly);
+    const QByteArray text = isOpen ? file.read(largestFile + 1) : QByteArray();
+    if (!isOpen || file.error() != QFileDevice::NoError)
+        error = QString("cannot read %1: %2").arg(path, file.errorString());
+    else if (text.size() > largestFile)
+        error = QString("%1: a map must have at most %2 bytes").arg(path).arg(largestFile);
+    if (!error.isEmpty())
+        return false;
+    const QString wrong = add(text);
+    if (!wrong.isEmpty())
+        error = path + ':' + wrong;
+    return wrong.isEmpty();
 }
 
 const MappedCommand* CommandMap::find(const QString& name) const

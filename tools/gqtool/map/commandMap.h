@@ -1,11 +1,11 @@
 #pragma once
 
-#include "gqtool/records/recordFields.h"
-
 #include <QByteArray>
 #include <QString>
 
 #include <vector>
+
+struct Form;
 
 // A command of a server, with the forms of its payloads. docs/guide/commandMap.md describes the words of a map.
 struct MappedCommand {
@@ -20,6 +20,10 @@ struct MappedCommand {
 // A server's commands, read from a text table with one command per line.
 class CommandMap {
 public:
+    // Adds the commands of the file at `path`. Returns false and the reason in `error` if it cannot be read or has a wrong
+    // line: "plant.map:3: COMMAND must be ...".
+    bool read(const QString& path, QString& error);
+
     // Adds the commands of a text. Returns the error of the first wrong line, such as "3: COMMAND must be ...", and stops
     // there; empty on success.
     QString add(const QByteArray& text);

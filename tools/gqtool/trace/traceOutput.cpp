@@ -5,11 +5,15 @@
 #include "shared/console.h"
 
 #include <QDateTime>
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <chrono>
 
-TraceOutput::TraceOutput(bool json) : isJson(json) {}
+TraceOutput::TraceOutput(bool json, bool datagrams, const CommandMap* map)
+    : isJson(json), source{datagrams, false, {}, map}
+{
+}
 
 static long long microsecondsNow()
 {
@@ -42,12 +46,30 @@ void TraceOutput::print(int connection, const QString& text, QJsonObject json)
     printLine(connection > 0 ? QString("%1 %2 %3").arg(time).arg(connection).arg(text) : time + ' ' + text);
 }
 
+// Adds what is known from the map.
+void TraceOutput::addContent(const Frame& frame, const MappedCommand& command, QJsonObject& json) const
+{
+    json["name"] = command.name;
+    const Payload payload = payloadOf(frame.command, frame.payload, source);
+    if (payload.form.isEmpty() || static_cast<unsigned int>(frame.payload.size()) != frame.length) // not kept whole
+        return;
+    json["form"] = payload.form;
+    if (!payload.content.isEmpty()) // may be a bare number or text
+        json["content"] = QJsonDocument::fromJson('[' + payload.content.toUtf8() + ']').array().first();
+    if (!payload.fault.isEmpty())
+        json["fault"] = "form";
+}
+
 void TraceOutput::printItems(int connection, Side from, const std::vector<StreamItem>& items)
 {
+    source.isRequest = from == Side::client;
     for (const StreamItem& item : items) {
         QJsonObject json = jsonOf(item);
+        const MappedCommand* mapped = item.kind == StreamItem::frame ? source.mapped(item.content.command) : nullptr;
+        if (mapped != nullptr)
+            addContent(item.content, *mapped, json);
         json["from"] = sideText(from);
-        print(connection, (from == Side::client ? "-> " : "<- ") + itemText(item), json);
+        print(connection, (from == Side::client ? "-> " : "<- ") + itemText(item, source), json);
         if (item.kind != StreamItem::frame)
             ++faults;
         else if (from == Side::client)

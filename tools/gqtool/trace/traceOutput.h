@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gqtool/frames/frameStream.h"
+#include "gqtool/frames/payloadForm.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -14,7 +15,8 @@ class TraceOutput {
 public:
     static constexpr int keptBytes = 65536; // of each payload
 
-    explicit TraceOutput(bool json);
+    // Shows commands by the names of `map`, if it is not null, and their payloads in its forms.
+    TraceOutput(bool json, bool datagrams, const CommandMap* map);
 
     void listening(const QString& endpoint, const QString& station);
     void connected(int connection, const QString& client);
@@ -34,9 +36,11 @@ public:
 
 private:
     void print(int connection, const QString& text, QJsonObject json);
+    void addContent(const Frame& frame, const MappedCommand& command, QJsonObject& json) const;
     void printItems(int connection, Side from, const std::vector<StreamItem>& items);
 
     bool isJson;
+    FrameSource source;
     long long now = 0; // time of the current line, in microseconds since 1970
     int connections = 0;
     long long requests = 0; // frames of clients
