@@ -1,5 +1,6 @@
 #include "commandAnswers.h"
 
+#include "gqtool/dump/hexReader.h"
 #include "gqtool/input.h"
 #include "gqtool/records/jsonText.h"
 #include "gqtool/records/recordJson.h"
@@ -125,7 +126,7 @@ QByteArray CommandFileReader::readHex(const QJsonValue& value, const QString& pl
     QString error;
     if (!value.isString())
         fail(place, " must be a text of hex digits, two per byte" + gotText(value));
-    else if (!parseHex(value.toString().toUtf8(), bytes, error))
+    else if (!::readHex(value.toString().toUtf8(), bytes, error))
         fail(place, ": " + error);
     return bytes;
 }
