@@ -1,6 +1,8 @@
 #include "replyFrame.h"
 
 #include "byteOrder.h"
+#include "byteRoom.h"
+#include "shortText.h"
 #include "socketApi.h"
 
 #include <algorithm>
@@ -19,6 +21,15 @@ static int wholeSize(const char* header)
 }
 
 // --- Assembling ---------------------------------------------------------------------------------------------------
+
+// Appends bytes until the frame has `wantedSize`, but at least one, and no more than the input has. Inlined, because a
+// frame can arrive in many small reads.
+[[gnu::always_inline]] inline void CReplyFrame::take(const char* buf, int size, int& pos, int wantedSize)
+{
+    const int count = std::min(std::max(wantedSize - frame.size(), 1), size - pos);
+    copyText(buf + pos, static_cast<size_t>(count), grow(frame, count));
+    pos += count;
+}
 
 bool CReplyFrame::feed(const char* buf, int size, int& pos)
 {
@@ -57,18 +68,8 @@ void CReplyFrame::begin(const char* buf, int size, int& pos)
         frameSize = wholeSize(buf + pos);
         // A larger frame grows as its bytes arrive, so that a header alone cannot claim memory.
         frame.reserve(std::min(frameSize, std::max(left, largestRead)));
-        take(buf, size, pos, frameSize);
-    } else {
-        take(buf, size, pos, 1);
     }
-}
-
-// Appends bytes until the frame has `wantedSize`, but at least one, and no more than the input has.
-void CReplyFrame::take(const char* buf, int size, int& pos, int wantedSize)
-{
-    const int count = std::min(std::max(wantedSize - frame.size(), 1), size - pos);
-    frame.append(buf + pos, count);
-    pos += count;
+    take(buf, size, pos, std::max(frameSize, 1));
 }
 
 void CReplyFrame::drop()

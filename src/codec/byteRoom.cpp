@@ -6,6 +6,13 @@
 
 namespace gqdb {
 
+char* growByResize(QByteArray& data, long long count)
+{
+    const int size = data.size();
+    data.resize(count <= INT_MAX - size ? size + static_cast<int>(count) : INT_MAX);
+    return data.data() + size;
+}
+
 void reserveMore(QByteArray& data, long long more)
 {
     const long long largest = INT_MAX - static_cast<int>(sizeof(QArrayData)) - 1;

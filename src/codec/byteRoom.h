@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QByteArray>
+#include "quickGrow.h"
 
 #include <cstddef>
 
@@ -10,10 +10,6 @@ namespace gqdb {
 // Reserves `more` bytes after the current ones. Does nothing if an array cannot have so many: `more` is an estimate,
 // and the bytes that follow may still fit.
 void reserveMore(QByteArray& data, long long more);
-
-// Makes `data` longer by `count` bytes of any content and returns the first of them. If an array cannot have so many,
-// its allocation fails. Defined in quickGrow.cpp.
-char* grow(QByteArray& data, long long count);
 
 // Grows by a list's count and writes it: the low 32 bits of `count`.
 void putCount(size_t count, QByteArray& data);

@@ -3,7 +3,9 @@
 #include <QString>
 #include <QtEndian>
 
+#include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -15,8 +17,9 @@ using namespace gqdb; // the records
 
 #define GQLIB_PLAIN_FORMS
 #define gqdb plainForms
+#include "byteRoom.cpp"
 #include "floatRealItem.h"
-#include "quickGrow.cpp"
+#include "samples.cpp"
 #include "shortText.h"
 #undef gqdb
 

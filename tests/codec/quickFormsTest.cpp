@@ -4,10 +4,16 @@
 
 #include "byteRoom.h"
 #include "floatRealItem.h"
+#include "samples.h"
 #include "shortText.h"
 #include "support/hex.h"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
 
 using gqdb::FloatRealData;
 using gqdb::FloatRealItem;
@@ -21,7 +27,7 @@ static void growsAsThePlainFormDoes(const QByteArray& before, int room, long lon
     quick.reserve(room);
     plain.reserve(room);
     const char* quickEnd = gqdb::grow(quick, count);
-    const char* plainEnd = plainForms::grow(plain, count);
+    const char* plainEnd = plainForms::growByResize(plain, count);
     EXPECT_EQ(quick.size(), plain.size());
     EXPECT_EQ(quick.capacity(), plain.capacity());
     EXPECT_EQ(quickEnd - quick.constData(), plainEnd - plain.constData());
@@ -138,5 +144,107 @@ TEST(FloatRealItem, readsLikeThePlainForm)
         EXPECT_EQ(record.stamp2, 0x24232221u);
         EXPECT_EQ(record.flag1, 0x31);
         EXPECT_EQ(record.flag2, 0x32);
+    }
+}
+
+// --- Loops for the widest vectors ---------------------------------------------------------------------------------
+
+static const int oddCount = 1003; // not a multiple of any vector's length
+
+static std::vector<float> someFloats()
+{
+    std::vector<float> values(oddCount);
+    for (int i = 0; i < oddCount; ++i)
+        values[static_cast<size_t>(i)] = std::sin(static_cast<float>(i)) * 1000.0f;
+    values[17] = std::numeric_limits<float>::quiet_NaN();
+    values[18] = std::numeric_limits<float>::infinity();
+    values[19] = -std::numeric_limits<float>::infinity();
+    values[20] = -0.0f;
+    values[21] = 3e38f;
+    values[22] = 1e-42f;
+    return values;
+}
+
+static std::vector<int> someInts()
+{
+    std::vector<int> values(oddCount);
+    for (int i = 0; i < oddCount; ++i)
+        values[static_cast<size_t>(i)] = i * 65 + i * i * 2000;
+    values[17] = std::numeric_limits<int>::max();
+    values[18] = std::numeric_limits<int>::min();
+    return values;
+}
+
+static std::vector<char> someShorts()
+{
+    std::vector<char> bytes(2 * oddCount);
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i * 37 + i / 256);
+    return bytes;
+}
+
+// Compares images, because a NaN equals nothing.
+static void expectSameImages(const std::vector<float>& quick, const std::vector<float>& plain)
+{
+    for (size_t i = 0; i < quick.size(); ++i)
+        EXPECT_EQ(std::memcmp(&quick[i], &plain[i], sizeof(float)), 0) << i << ": " << quick[i] << ", " << plain[i];
+}
+
+struct Range {
+    float upper;
+    float lower;
+};
+
+static const Range ranges[] = {{1000, -1000}, {0.1f, -0.3f}, {5, 5}, {3e38f, -3e38f}, {-2, 7}};
+
+TEST(Quantise, matchesThePlainForm)
+{
+    const std::vector<float> values = someFloats();
+    for (const Range& range : ranges) {
+        std::vector<int> quick(oddCount);
+        std::vector<int> plain(oddCount);
+        gqdb::quantise(values.data(), oddCount, range.upper, range.lower, quick.data());
+        plainForms::quantise(values.data(), oddCount, range.upper, range.lower, plain.data());
+        EXPECT_EQ(quick, plain);
+
+        std::vector<char> quickBytes(2 * oddCount);
+        std::vector<char> plainBytes(2 * oddCount);
+        gqdb::quantiseToBytes(values.data(), oddCount, range.upper, range.lower, quickBytes.data());
+        plainForms::quantiseToBytes(values.data(), oddCount, range.upper, range.lower, plainBytes.data());
+        EXPECT_EQ(quickBytes, plainBytes);
+    }
+}
+
+TEST(Unquantise, matchesThePlainForm)
+{
+    const std::vector<int> raw = someInts();
+    const std::vector<char> bytes = someShorts();
+    for (const Range& range : ranges) {
+        std::vector<float> quick(oddCount);
+        std::vector<float> plain(oddCount);
+        gqdb::unquantise(raw.data(), oddCount, range.upper, range.lower, quick.data());
+        plainForms::unquantise(raw.data(), oddCount, range.upper, range.lower, plain.data());
+        expectSameImages(quick, plain);
+        gqdb::unquantiseBytes(bytes.data(), oddCount, range.upper, range.lower, quick.data());
+        plainForms::unquantiseBytes(bytes.data(), oddCount, range.upper, range.lower, plain.data());
+        expectSameImages(quick, plain);
+    }
+}
+
+TEST(Scale, matchesThePlainForm)
+{
+    const std::vector<int> raw = someInts();
+    const std::vector<char> bytes = someShorts();
+    for (const double scale : {0.1, 1.0 / 3, -1e30, 0.0}) {
+        for (const double offset : {0.0, 0.7, -1e9}) {
+            std::vector<float> quick(oddCount);
+            std::vector<float> plain(oddCount);
+            gqdb::scaleRaw(raw.data(), oddCount, scale, offset, quick.data());
+            plainForms::scaleRaw(raw.data(), oddCount, scale, offset, plain.data());
+            expectSameImages(quick, plain);
+            gqdb::scaleBytes(bytes.data(), oddCount, scale, offset, quick.data());
+            plainForms::scaleBytes(bytes.data(), oddCount, scale, offset, plain.data());
+            expectSameImages(quick, plain);
+        }
     }
 }
