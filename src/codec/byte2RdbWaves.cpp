@@ -46,13 +46,17 @@ int CByte2Rdb::wave2Byte(BlobWaveHead& head, const std::vector<float>& samples, 
     char* raw = reinterpret_cast<char*>(rawBuffer);
     size_t length = 4 * samples.size();
     head.sampleCount = static_cast<unsigned int>(samples.size());
-    calcLimit(samples, head.limitHigh, head.limitLow);
     if (head.waveFlags & quantisedSamples) {
+        calcLimit(samples, head.limitHigh, head.limitLow);
         quantiseToBytes(samples.data(), samples.size(), static_cast<float>(head.limitHigh),
                         static_cast<float>(head.limitLow), raw);
         length = 2 * samples.size();
-    } else {
-        floats2Buffer(samples, raw);
+    } else if (!samples.empty()) {
+        float highest;
+        float lowest;
+        storeWithLimits(samples.data(), samples.size(), raw, highest, lowest);
+        head.limitHigh = highest;
+        head.limitLow = lowest;
     }
     return storeWave(head, marks, rawBuffer, length, head.waveFlags & compressedSamples, packedBuffer, stored);
 }

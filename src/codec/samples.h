@@ -9,6 +9,9 @@ namespace gqdb {
 // unless it is the first value, and of equal values the first is kept, which matters for 0 and -0.
 void limitsOf(const float* values, size_t count, float& highest, float& lowest);
 
+// The same, and stores each value as its four bytes, least significant byte first.
+void storeWithLimits(const float* values, size_t count, char* bytes, float& highest, float& lowest);
+
 // Maps `lower` to 0 and `upper` to 65535, in single precision, truncated towards zero. A result outside the range of
 // int, or NaN, becomes -2147483648.
 void quantise(const float* values, size_t count, float upper, float lower, int* raw);

@@ -249,6 +249,51 @@ TEST(Wave2ByteOfFloats, setsLimitsAndCounts)
     EXPECT_EQ(hex(bytesOf(head)), hex(stored.left(96))) << "the caller's head";
 }
 
+TEST(Wave2ByteOfFloats, findsTheLimitsInAnyPartOfALongWave)
+{
+    const size_t count = 10000;
+    for (size_t place : {size_t(0), size_t(4095), size_t(4096), size_t(9999)}) {
+        for (const float value : {2.0f, -2.0f}) {
+            Floats samples(count, 1.0f);
+            samples[place] = value;
+            BlobWaveHead head;
+            const QByteArray stored = pack(head, samples);
+            EXPECT_EQ(head.limitHigh, value > 0 ? 2 : 1) << place;
+            EXPECT_EQ(head.limitLow, value > 0 ? 1 : -2) << place;
+            EXPECT_EQ(hex(stored.mid(96 + 4 * int(place), 4)), value > 0 ? "00 00 00 40" : "00 00 00 c0") << place;
+        }
+    }
+}
+
+TEST(Wave2ByteOfFloats, keepsTheFirstZeroOfALongWaveAsALimit)
+{
+    for (const auto& places : {std::pair<size_t, size_t>(5000, 9000), std::pair<size_t, size_t>(9000, 5000)}) {
+        Floats samples(10000, -1.0f);
+        samples[places.first] = 0.0f;
+        samples[places.second] = -0.0f;
+        BlobWaveHead head;
+        pack(head, samples);
+        EXPECT_EQ(std::signbit(head.limitHigh), places.second < places.first);
+        EXPECT_EQ(head.limitHigh, 0);
+        EXPECT_EQ(head.limitLow, -1);
+    }
+}
+
+TEST(Wave2ByteOfFloats, ignoresANanInAnyPartOfALongWaveExceptTheFirstSample)
+{
+    Floats samples(10000, 1.0f);
+    samples[4096] = std::numeric_limits<float>::quiet_NaN();
+    BlobWaveHead head;
+    pack(head, samples);
+    EXPECT_EQ(head.limitHigh, 1);
+    EXPECT_EQ(head.limitLow, 1);
+
+    std::swap(samples[0], samples[4096]);
+    pack(head, samples);
+    EXPECT_TRUE(std::isnan(head.limitHigh));
+    EXPECT_TRUE(std::isnan(head.limitLow));
+}
+
 TEST(Wave2ByteOfFloats, copiesEveryOtherByteOfTheHead)
 {
     BlobWaveHead head = headOf(distinctBytes()); // flags a1
