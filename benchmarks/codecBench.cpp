@@ -227,18 +227,6 @@ static int someStep(size_t i)
     return static_cast<int>(i * 101 % 257);
 }
 
-// Returns a side that copies into newly allocated memory.
-static Side freshCopySide(const std::vector<float>& samples)
-{
-    return [=](benchmark::State& state) {
-        for (auto _ : state) {
-            std::vector<float> copy(samples.begin(), samples.end());
-            benchmark::DoNotOptimize(copy.data());
-            benchmark::ClobberMemory();
-        }
-    };
-}
-
 static void compareFloat2Short()
 {
     std::vector<float> samples(sampleCount);

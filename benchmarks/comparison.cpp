@@ -45,6 +45,17 @@ Side copySide(const QByteArray& bytes)
     };
 }
 
+Side freshCopySide(const std::vector<float>& samples)
+{
+    return [=](benchmark::State& state) {
+        for (auto _ : state) {
+            std::vector<float> copy(samples.begin(), samples.end());
+            benchmark::DoNotOptimize(copy.data());
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
 // --- Measuring ----------------------------------------------------------------------------------------------------
 
 // The shortest time of one iteration in nanoseconds, for each clock separately.

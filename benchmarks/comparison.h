@@ -32,6 +32,9 @@ struct Peer {
 // Returns a side that only copies `bytes`, into memory that is already allocated.
 Side copySide(const QByteArray& bytes);
 
+// Returns a side that copies `samples` into a new vector each time.
+Side freshCopySide(const std::vector<float>& samples);
+
 // Registers all sides. Each checks its result before its loop, because a benchmark is called many times.
 void compare(const std::string& job, const Side& library, const std::vector<Peer>& peers);
 

@@ -124,6 +124,40 @@ static Side decodeSide(int count, int batch, int lists = 1)
     };
 }
 
+// Encodes into a new array and decodes into a new vector each time. Other side: a copy of the bytes into a new array.
+static void compareFresh()
+{
+    const std::vector<FloatRealData> list = someValues(10000);
+    QByteArray bytes;
+    CByte2Rdb::floatRealDatas2Byte(list, bytes);
+    const auto encode = [=](benchmark::State& state) {
+        for (auto _ : state) {
+            QByteArray data;
+            CByte2Rdb::floatRealDatas2Byte(list, data);
+            benchmark::DoNotOptimize(data.constData());
+            benchmark::ClobberMemory();
+        }
+    };
+    const auto decode = [=](benchmark::State& state) {
+        for (auto _ : state) {
+            std::vector<FloatRealData> back;
+            if (CByte2Rdb::byte2FloatRealDatas(bytes.constData(), bytes.size(), back) != 1)
+                fail("the library failed");
+            benchmark::DoNotOptimize(back.data());
+            benchmark::ClobberMemory();
+        }
+    };
+    const auto copy = [=](benchmark::State& state) {
+        for (auto _ : state) {
+            const QByteArray data(bytes.constData(), bytes.size());
+            benchmark::DoNotOptimize(data.constData());
+            benchmark::ClobberMemory();
+        }
+    };
+    compare("encode 10,000 to a new array", encode, {{"copy to a new one", {{Clock::processor, 0}}, copy}});
+    compare("decode 10,000 to a new vector", decode, {{"copy to a new array", {{Clock::processor, 0}}, copy}});
+}
+
 // Compares each size with the cost of as many records in lists of 10,000. Lists of 100,000 and more exceed the caches.
 static void compareSizes()
 {
@@ -198,13 +232,15 @@ static void compareFlatBuffers()
         if (back.size() != list.size() || back[4321].value != list[4321].value)
             fail("the records of FlatBuffers differ");
     };
-    compare("encode 10,000 in a list", encodeSide(count, 1), {{"FlatBuffers", {{Clock::processor, 1}}, pack}});
+    compare("encode 10,000 in a list", encodeSide(count, 1), {{"FlatBuffers", {{Clock::processor, 0.67}}, pack}});
     compare("decode 10,000 in a list", decodeSide(count, 1), {{"FlatBuffers", {{Clock::processor, 1}}, unpack}});
 }
 
 // --- Definitions --------------------------------------------------------------------------------------------------
 
-static std::vector<FloatPoint> somePoints()
+enum class Texts { atMost15Bytes, of40Bytes };
+
+static std::vector<FloatPoint> somePoints(Texts texts)
 {
     std::vector<FloatPoint> points(1000);
     for (size_t i = 0; i < points.size(); ++i) {
@@ -217,6 +253,10 @@ static std::vector<FloatPoint> somePoints()
         point.text4 = "unit 1";
         point.code2 = 1;
         point.text5 = "none";
+        if (texts == Texts::of40Bytes) {
+            for (std::string* text : {&point.text1, &point.text2, &point.text3, &point.text4, &point.text5})
+                text->resize(40, '.');
+        }
         for (int level = 0; level < 8; ++level)
             point.levels[level] = static_cast<float>(100 * level);
     }
@@ -251,9 +291,17 @@ static peer::FloatPoints toMessage(const std::vector<FloatPoint>& points)
     return message;
 }
 
-static void compareDefinitions()
+// The aims: of encoding beside memcpy and Protocol Buffers, of decoding beside the copy and Protocol Buffers.
+struct DefinitionAims {
+    double encode;
+    double encodeProtobuf;
+    double decode;
+    double decodeProtobuf;
+};
+
+static void compareDefinitions(const std::string& name, Texts texts, const DefinitionAims& aims)
 {
-    const std::vector<FloatPoint> points = somePoints();
+    const std::vector<FloatPoint> points = somePoints(texts);
     QByteArray bytes;
     CByte2Rdb::floatPoints2Byte(points, bytes);
     const std::string serialized = toMessage(points).SerializeAsString();
@@ -305,12 +353,12 @@ static void compareDefinitions()
             benchmark::ClobberMemory();
         }
     };
-    compare("encode 1,000 FloatPoint", encode,
-            {{"memcpy", {{Clock::processor, 6}}, copySide(bytes)},
-             {"Protocol Buffers", {{Clock::processor, 0.33}}, protobufEncode}});
-    compare("decode 1,000 FloatPoint", decode,
-            {{"copy of the vector", {{Clock::processor, 1.3}}, copyVector},
-             {"Protocol Buffers", {{Clock::processor, 0.4}}, protobufDecode}});
+    compare("encode " + name, encode,
+            {{"memcpy", {{Clock::processor, aims.encode}}, copySide(bytes)},
+             {"Protocol Buffers", {{Clock::processor, aims.encodeProtobuf}}, protobufEncode}});
+    compare("decode " + name, decode,
+            {{"copy of the vector", {{Clock::processor, aims.decode}}, copyVector},
+             {"Protocol Buffers", {{Clock::processor, aims.decodeProtobuf}}, protobufDecode}});
 }
 
 // ------------------------------------------------------------------------------------------------------------------
@@ -321,6 +369,8 @@ void compareRecords()
     compareTexts(14, 0.5);
     compareTexts(200, 0);
     compareSizes();
+    compareFresh();
     compareFlatBuffers();
-    compareDefinitions();
+    compareDefinitions("1,000 FloatPoint", Texts::atMost15Bytes, {6, 0.33, 1.3, 0.4});
+    compareDefinitions("1,000 FloatPoint, long texts", Texts::of40Bytes, {0, 0, 0, 0});
 }

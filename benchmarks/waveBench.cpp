@@ -54,6 +54,39 @@ static Side packSide(const std::vector<float>& samples, unsigned char flags)
     };
 }
 
+// The same into memory that each run allocates, as in a program that packs one wave now and then.
+static Side packFreshSide(const std::vector<float>& samples, unsigned char flags)
+{
+    return [=](benchmark::State& state) {
+        for (auto _ : state) {
+            BlobWaveHead head;
+            head.waveFlags = static_cast<char>(flags);
+            std::vector<unsigned char> raw(4 * samples.size());
+            std::vector<unsigned char> stored;
+            if (CByte2Rdb::wave2Byte(head, samples, {}, raw.data(), nullptr, stored) != 1)
+                fail("the wave cannot be packed");
+            benchmark::DoNotOptimize(stored.data());
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
+static Side unpackFreshSide(const std::vector<float>& samples, unsigned char flags)
+{
+    return [=](benchmark::State& state) {
+        const std::vector<unsigned char> stored = storedWave(samples, flags);
+        for (auto _ : state) {
+            BlobWaveHead head;
+            std::vector<float> back;
+            std::vector<int> marks;
+            if (CByte2Rdb::byte2Wave(stored, nullptr, head, back, marks) != 1)
+                fail("the wave cannot be unpacked");
+            benchmark::DoNotOptimize(back.data());
+            benchmark::ClobberMemory();
+        }
+    };
+}
+
 // Checks that the samples are read back: exactly, or within half a step if quantised.
 static Side unpackSide(const std::vector<float>& samples, unsigned char flags)
 {
@@ -153,6 +186,10 @@ void compareWaves()
             {{"memcpy", {{Clock::processor, 1.5}}, copySide(bytes)}});
     compare("unpack 1,000,000 of 16 bits", unpackSixteenBitsSide(),
             {{"memcpy", {{Clock::processor, 2.4}}, copySide(bytes)}});
+    const Peer freshCopy = {"copy of a vector", {{Clock::processor, 0}}, freshCopySide(samples)};
+    compare("pack floats, new vectors each", packFreshSide(samples, 0), {freshCopy});
+    compare("pack quantised, new vectors each", packFreshSide(samples, quantised), {freshCopy});
+    compare("unpack quantised, a new vector each", unpackFreshSide(samples, quantised), {freshCopy});
     const std::vector<unsigned char> block = sampleBlock(samples, quantised);
     compare("pack quantised, compressed", packSide(samples, quantised | compressed),
             {{"zlib alone", {{Clock::processor, 1.1}}, zlibPackSide(block)}});
