@@ -220,7 +220,7 @@ TEST(GqtoolDecode, exitsWith2OnWrongUsage)
           Usage{{"--as", "wave", "--udp", "00"}, "--udp, --request and --payload require --as frames"},
           Usage{{"--as", "frames", "--payload", "floats", "00"},
                 "--payload must be one of int, ints, bytes, strings, got 'floats'"},
-          Usage{{"--nonsense"}, "Unknown option 'nonsense'."}}) {
+          Usage{{"--nonsense"}, "unknown option '--nonsense'"}}) {
         SCOPED_TRACE(usage.words.join(' ').toStdString());
         const Outcome outcome = run(QStringList{"decode"} + usage.words);
         EXPECT_EQ(outcome.exitCode, 2);

@@ -44,7 +44,7 @@ static Outcome answered(const QStringList& words, const QByteArray& reply)
 TEST(GqtoolRawCall, sendsIntegersAfterTheHeader)
 {
     const QByteArray expected = "68 08000000 0000 02 01 50 05000000 ffffffff 0000 16"_hex; // arg2 precedes arg1
-    EXPECT_EQ(exchange({"--arg1", "1", "--arg2", "2", "--", "5", "-1"}, 21, reply7).request, hex(expected));
+    EXPECT_EQ(exchange({"--arg1", "1", "--arg2", "2", "5", "-1"}, 21, reply7).request, hex(expected));
 }
 
 TEST(GqtoolRawCall, sendsBytes)
@@ -211,7 +211,8 @@ TEST(GqtoolRawCall, exitsWith2OnWrongUsage)
         {{"--reply", "ints", "systemState"}, "--reply requires --command"},
         {{"--interval", "5", "systemState"}, "--interval requires --repeat"},
         {{"--repeat", "0", "systemState"}, "--repeat must be an integer from 1 to 10000000, got '0'"},
-        {{"--repeat", "5", "--interval", "-1", "systemState"}, "--interval must be a number of milliseconds, got '-1'"},
+        {{"--repeat", "5", "--interval", "-1", "systemState"},
+         "--interval must be an integer from 0 to 2147483647, got '-1'"},
     };
     for (const auto& usage : usages) {
         SCOPED_TRACE(usage.words.join(' ').toStdString());

@@ -2,6 +2,9 @@
 
 #include "support/gqtoolProgram.h"
 
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <ctime>
 #include <gtest/gtest.h>
 
@@ -64,11 +67,97 @@ TEST(Gqtool, exitsWith2OnWrongUsage)
     }
 }
 
-TEST(Gqtool, explainsHowToPassANegativeNumber)
+static std::string usageMessage(const QStringList& arguments)
 {
-    const Outcome outcome = run({"call", "127.0.0.1:1", "setState", "-1"});
+    const Outcome outcome = run(arguments);
     EXPECT_EQ(outcome.exitCode, 2);
-    EXPECT_TRUE(outcome.errors.contains("Put -- before a negative number."));
+    EXPECT_EQ(outcome.output, "");
+    return outcome.errors.toStdString();
+}
+
+TEST(Gqtool, suggestsACommand)
+{
+    EXPECT_EQ(usageMessage({"staton"}), "gqtool: unknown command 'staton'; did you mean 'station'?\n"
+                                        "gqtool: see 'gqtool --help'\n");
+    EXPECT_EQ(usageMessage({"nonsense"}), "gqtool: unknown command 'nonsense'\n"
+                                          "gqtool: see 'gqtool --help'\n");
+    EXPECT_EQ(usageMessage({"--versoin"}), "gqtool: unknown option '--versoin'; did you mean '--version'?\n"
+                                           "gqtool: see 'gqtool --help'\n");
+    EXPECT_EQ(usageMessage({"call", "127.0.0.1:1", "setStat", "-5"}),
+              "gqtool: unknown COMMAND 'setStat'; did you mean 'setState'?\n"
+              "gqtool: see 'gqtool call --help'\n");
+}
+
+TEST(Gqtool, suggestsAnOption)
+{
+    const std::string see = "gqtool: see 'gqtool call --help'\n";
+    const std::string timeout = "gqtool: unknown option '--tiemout'; did you mean '--timeout'?\n" + see;
+    EXPECT_EQ(usageMessage({"call", "--tiemout", "5", "127.0.0.1:1", "systemState"}), timeout);
+    EXPECT_EQ(usageMessage({"call", "--tiemout=5", "127.0.0.1:1", "systemState"}), timeout);
+    EXPECT_EQ(usageMessage({"call", "--tiemout"}), timeout); // not: HOST:PORT is required
+    EXPECT_EQ(usageMessage({"call", "-json"}), "gqtool: unknown option '-json'; did you mean '--json'?\n" + see);
+    EXPECT_EQ(usageMessage({"call", "--nonsense"}), "gqtool: unknown option '--nonsense'\n" + see);
+}
+
+TEST(Gqtool, refusesAValueThatIsMissingOrTooMuch)
+{
+    const std::string see = "gqtool: see 'gqtool call --help'\n";
+    EXPECT_EQ(usageMessage({"call", "127.0.0.1:1", "systemState", "--timeout"}),
+              "gqtool: --timeout requires MS\n" + see);
+    EXPECT_EQ(usageMessage({"call", "127.0.0.1:1", "--json=5", "systemState"}),
+              "gqtool: --json takes no value\n" + see);
+    EXPECT_EQ(usageMessage({"call", "127.0.0.1:1", "systemState", "--timeout="}),
+              "gqtool: --timeout must be an integer from 1 to 2147483647, got ''\n" + see);
+    EXPECT_EQ(usageMessage({"encode", "first", "second"}), "gqtool: unexpected argument 'second'\n"
+                                                           "gqtool: see 'gqtool encode --help'\n");
+}
+
+TEST(Gqtool, takesTheLastOfSeveralValues)
+{
+    EXPECT_EQ(usageMessage({"call", "--timeout", "1", "--timeout=x", "127.0.0.1:1", "systemState"}),
+              "gqtool: --timeout must be an integer from 1 to 2147483647, got 'x'\n"
+              "gqtool: see 'gqtool call --help'\n");
+    EXPECT_EQ(run({"time", "1", "--json", "--json", "--base", "1", "--base", "86400", "--zone=UTC"}).output,
+              run({"time", "1", "--json", "--base=86400", "--zone", "UTC"}).output);
+}
+
+TEST(Gqtool, takesWordsAfterTwoDashesAsArguments)
+{
+    EXPECT_EQ(run({"sum", "--", "01"}).exitCode, 0);
+    EXPECT_TRUE(
+        run({"sum", "--", "--raw"}).errors.startsWith("gqtool: BYTES: line 1, column 3: "));
+}
+
+TEST(Gqtool, takesWordsInBracketsUnchanged)
+{
+    EXPECT_TRUE(run({"sum", "[01,02]"}).errors.startsWith("gqtool: BYTES: line 1, column 1: "));
+}
+
+TEST(Gqtool, reportsThatMemoryIsShort)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "AddressSanitizer needs more address space than any limit leaves";
+#endif
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("large"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(1000000000)); // sparse
+    const Outcome outcome =
+        runProgram("sh", {"-c", "ulimit -v 500000; exec \"$0\" sum --raw --file \"$1\"", GQTOOL, file.fileName()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors.toStdString(), "gqtool: not enough memory\n");
+}
+
+TEST(Gqtool, wrapsTheOptionsOfTheHelp)
+{
+    const QString help = run({"call", "--help"}).output;
+    EXPECT_TRUE(help.startsWith("Usage: gqtool call [OPTIONS] HOST:PORT [COMMAND] [INTEGER...]\n\nSends a request "));
+    EXPECT_TRUE(help.contains("\n  --count NUMBER      expect a list of NUMBER elements; 0 takes one frame as\n"
+                              "                      the whole reply (default: 0)\n"));
+    EXPECT_TRUE(help.endsWith("\n  -h, --help          show this help\n"));
+    for (const QString& line : help.mid(help.indexOf("\nArguments:")).split('\n'))
+        EXPECT_LE(line.size(), 79) << line.toStdString();
 }
 
 // --- Calls to a station that behaves ------------------------------------------------------------------------------
@@ -99,7 +188,7 @@ TEST(GqtoolCall, setsClockAndStateAndClearsThem)
     EXPECT_GE(seconds, 1000000000);
     EXPECT_LE(seconds, 1000000060);
 
-    EXPECT_EQ(station.call({"setState", "--", "-5"}).output, "-5\n");
+    EXPECT_EQ(station.call({"setState", "-5"}).output, "-5\n");
     EXPECT_EQ(station.call({"systemState"}).output, "-5\n");
 
     EXPECT_EQ(station.call({"clear"}).output, "1\n");
@@ -128,7 +217,7 @@ TEST(GqtoolCall, gathersListsFromSeveralFrames)
 TEST(GqtoolCall, printsTheCodeOfAnErrorFrame)
 {
     RunningStation station;
-    const Outcome outcome = station.call({"error", "--", "-7"});
+    const Outcome outcome = station.call({"error", "-7"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
     EXPECT_EQ(outcome.errors,
@@ -139,7 +228,7 @@ TEST(GqtoolCall, isRefusedACountThatIsTooLarge)
 {
     RunningStation station;
     for (const char* count : {"0", "-1", "1001"}) {
-        const Outcome outcome = station.call({"ints", "--", count});
+        const Outcome outcome = station.call({"ints", count});
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_TRUE(outcome.errors.startsWith("gqtool: ints failed with -11:")) << outcome.errors.toStdString();
     }

@@ -1,3 +1,4 @@
+#include "closestName.h"
 #include "command.h"
 #include "commandLine.h"
 #include "endpoint.h"
@@ -7,7 +8,6 @@
 #include "shared/console.h"
 #include "shared/stationProtocol.h"
 
-#include <QCommandLineParser>
 #include <QDateTime>
 
 #include <climits>
@@ -86,6 +86,14 @@ static const CallCommand* findCommand(const QString& name)
     return nullptr;
 }
 
+static QString unknownCommand(const QString& name)
+{
+    QStringList names;
+    for (const CallCommand& command : commands)
+        names.append(command.name);
+    return QString("unknown COMMAND '%1'").arg(name) + didYouMean(closestName(name, names));
+}
+
 static QByteArray payloadOf(const std::vector<int>& values)
 {
     QByteArray payload;
@@ -112,7 +120,7 @@ static bool readNamed(const QStringList& words, bool byUdp, CallRequest& request
 {
     const CallCommand* command = words.isEmpty() ? nullptr : findCommand(words[0]);
     if (command == nullptr) {
-        error = words.isEmpty() ? QString("COMMAND is required") : QString("unknown COMMAND '%1'").arg(words[0]);
+        error = words.isEmpty() ? QString("COMMAND is required") : unknownCommand(words[0]);
         return false;
     }
     const QStringList names = QString(command->arguments).split(' ', Qt::SkipEmptyParts);
@@ -140,39 +148,38 @@ static bool readNamed(const QStringList& words, bool byUdp, CallRequest& request
 // The options of a request that --command defines, and its integers.
 class RawRequest {
 public:
-    explicit RawRequest(QCommandLineParser& parser) { parser.addOptions({command, arg1, arg2, hex, reply, count}); }
-
-    bool isAsked(const QCommandLineParser& parser) const { return parser.isSet(command); }
-
-    // Returns the first option that requires --command.
-    QString strayOption(const QCommandLineParser& parser) const
+    explicit RawRequest(CommandLine& line)
+        : command(line.integer("command", "send command NUMBER instead of COMMAND", "NUMBER", 0, 255)),
+          arg1(line.integer("arg1", "send NUMBER as arg1 of the header (default: 0)", "NUMBER", 0, 255)),
+          arg2(line.integer("arg2", "send NUMBER as arg2 of the header (default: 0)", "NUMBER", 0, 255)),
+          hex(line.text("hex", "send BYTES, hex text or a dump, as payload instead of integers", "BYTES")),
+          reply(line.text("reply", "expect a reply of FORM, see above (default: int)", "FORM", "int")),
+          count(line.integer("count",
+                             "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)",
+                             "NUMBER", 0, INT_MAX))
     {
-        for (const QCommandLineOption& option : {arg1, arg2, hex, reply, count}) {
-            if (parser.isSet(option))
-                return option.names().constFirst();
-        }
-        return {};
+        for (const Option& option : {arg1, arg2, hex, reply, count})
+            option.needs(command);
     }
 
-    bool read(const QCommandLineParser& parser, const QStringList& words, CallRequest& request, QString& error) const
+    bool isAsked() const { return command.isSet(); }
+
+    bool read(const QStringList& words, CallRequest& request, QString& error) const
     {
-        if (!readByte(parser, command, request.command, error) || !readByte(parser, arg1, request.arg1, error) ||
-            !readByte(parser, arg2, request.arg2, error))
-            return false;
-        if (!readInt(parser.value(count), 0, INT_MAX, request.count)) {
-            error = QString("--count must be an integer from 0 to %1, got '%2'").arg(INT_MAX).arg(parser.value(count));
-            return false;
-        }
-        if (!readForm(parser.value(reply), request.form)) {
-            error = QString("--reply must be int, ints, bytes or strings, got '%1'").arg(parser.value(reply));
+        request.command = static_cast<unsigned char>(command.number());
+        request.arg1 = static_cast<unsigned char>(arg1.number());
+        request.arg2 = static_cast<unsigned char>(arg2.number());
+        request.count = count.number();
+        if (!readForm(reply.text(), request.form)) {
+            error = QString("--reply must be int, ints, bytes or strings, got '%1'").arg(reply.text());
             return false;
         }
-        if (parser.isSet(hex) && !words.isEmpty()) {
+        if (hex.isSet() && !words.isEmpty()) {
             error = "--hex and INTEGER exclude each other";
             return false;
         }
-        if (parser.isSet(hex))
-            return readPayload(parser.value(hex), request.payload, error);
+        if (hex.isSet())
+            return readPayload(hex.text(), request.payload, error);
         std::vector<int> values;
         if (!readInts(words, values, error))
             return false;
@@ -188,26 +195,12 @@ private:
         return isGood;
     }
 
-    static bool readByte(const QCommandLineParser& parser, const QCommandLineOption& option, unsigned char& byte,
-                         QString& error)
-    {
-        int value = 0;
-        if (!readInt(parser.value(option), 0, 255, value)) {
-            error = QString("--%1 must be an integer from 0 to 255, got '%2'")
-                        .arg(option.names().constFirst(), parser.value(option));
-            return false;
-        }
-        byte = static_cast<unsigned char>(value);
-        return true;
-    }
-
-    const QCommandLineOption command{"command", "send command NUMBER instead of COMMAND", "NUMBER", "0"};
-    const QCommandLineOption arg1{"arg1", "send NUMBER as arg1 of the header (default: 0)", "NUMBER", "0"};
-    const QCommandLineOption arg2{"arg2", "send NUMBER as arg2 of the header (default: 0)", "NUMBER", "0"};
-    const QCommandLineOption hex{"hex", "send BYTES, hex text or a dump, as payload instead of integers", "BYTES"};
-    const QCommandLineOption reply{"reply", "expect a reply of FORM, see above (default: int)", "FORM", "int"};
-    const QCommandLineOption count{
-        "count", "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)", "NUMBER", "0"};
+    Option command;
+    Option arg1;
+    Option arg2;
+    Option hex;
+    Option reply;
+    Option count;
 };
 
 static const char* const description =
@@ -216,8 +209,8 @@ static const char* const description =
     "Commands:\n"
     "%1\n"
     "The last four are defined by the simulated station. --command sends any other command, with integers of\n"
-    "4 bytes each or any bytes as payload. Put -- before a negative number:\n"
-    "  gqtool call 127.0.0.1:5000 setState -- -1\n"
+    "4 bytes each or any bytes as payload:\n"
+    "  gqtool call 127.0.0.1:5000 setState -1\n"
     "  gqtool call 127.0.0.1:5000 --command 0x20 --reply ints 5\n"
     "  gqtool call 127.0.0.1:5000 --command 6 --hex 'ff ff ff ff'\n"
     "\n"
@@ -229,57 +222,46 @@ static const char* const description =
 
 int runCall(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QString(description).arg(commandList(), formList()));
-    const QCommandLineOption timeout("timeout", "wait up to MS for each read and write (default: 9000)", "MS", "9000");
-    const QCommandLineOption udp("udp", "send a datagram; a lost one times out");
-    const QCommandLineOption repeat("repeat", "send the request TIMES times", "TIMES");
-    const QCommandLineOption interval("interval", "start a request every MS (default: 0, no pause)", "MS", "0");
-    const QCommandLineOption json("json", "print each reply as a line of JSON; with --repeat, the totals too");
-    RawRequest raw(parser);
-    parser.addOptions({timeout, udp, repeat, interval, json});
-    parser.addPositionalArgument("HOST:PORT", "The server: a name or a dotted IPv4 address, and a port.");
-    parser.addPositionalArgument("COMMAND", "One of the commands above, unless --command is given.", "[COMMAND]");
-    parser.addPositionalArgument("INTEGER", "Arguments of the command.", "[INTEGER...]");
+    CommandLine line(QString(description).arg(commandList(), formList()));
+    const RawRequest raw(line);
+    const Option timeout =
+        line.integer("timeout", "wait up to MS for each read and write (default: 9000)", "MS", 1, INT_MAX, 9000);
+    const Option udp = line.flag("udp", "send a datagram; a lost one times out");
+    const Option repeat = line.integer("repeat", "send the request TIMES times", "TIMES", 1, largestRun, 1);
+    const Option interval =
+        line.integer("interval", "start a request every MS (default: 0, no pause)", "MS", 0, INT_MAX);
+    interval.needs(repeat);
+    const Option json = line.flag("json", "print each reply as a line of JSON; with --repeat, the totals too");
+    const Option server = line.requiredArgument("HOST:PORT", "the server: a name or a dotted IPv4 address, and a port");
+    const Option command = line.optionalArgument("COMMAND", "one of the commands above, unless --command is given");
+    const Option integers = line.argumentList("INTEGER", "arguments of the command");
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
 
-    const QStringList words = parser.positionalArguments();
-    if (words.isEmpty())
-        return usageError("HOST:PORT is required");
     Endpoint endpoint;
-    QString error = readEndpoint(words[0], endpoint);
+    QString error = readEndpoint(server.text(), endpoint);
     if (!error.isEmpty())
         return usageError(error);
     CallRun run;
-    if (raw.isAsked(parser)) {
-        if (!raw.read(parser, words.mid(1), run.request, error))
+    const QStringList words = command.texts() + integers.texts();
+    if (raw.isAsked()) {
+        if (!raw.read(words, run.request, error))
             return usageError(error);
         run.name = QString("command 0x%1").arg(run.request.command, 2, 16, QChar('0'));
     } else {
-        if (!raw.strayOption(parser).isEmpty())
-            return usageError(QString("--%1 requires --command").arg(raw.strayOption(parser)));
-        if (!readNamed(words.mid(1), parser.isSet(udp), run.request, error))
+        if (!readNamed(words, udp.isSet(), run.request, error))
             return usageError(error);
-        run.name = words[1];
+        run.name = command.text();
     }
-    int timeoutMs = 0;
-    if (!readInt(parser.value(timeout), 1, INT_MAX, timeoutMs))
-        return usageError(QString("--timeout must be at least 1 ms, got '%1'").arg(parser.value(timeout)));
-    if (!readInt(parser.value(interval), 0, INT_MAX, run.intervalMs))
-        return usageError(QString("--interval must be a number of milliseconds, got '%1'").arg(parser.value(interval)));
-    if (parser.isSet(interval) && !parser.isSet(repeat))
-        return usageError("--interval requires --repeat");
-    if (parser.isSet(repeat) && !readInt(parser.value(repeat), 1, largestRun, run.times))
-        return usageError(
-            QString("--repeat must be an integer from 1 to %1, got '%2'").arg(largestRun).arg(parser.value(repeat)));
-    run.printsJson = parser.isSet(json);
+    run.times = repeat.number();
+    run.intervalMs = interval.number();
+    run.printsJson = json.isSet();
 
-    const auto makeClient = parser.isSet(udp) ? makeUdpClient : makeTcpClient;
+    const auto makeClient = udp.isSet() ? makeUdpClient : makeTcpClient;
     QStringList addresses;
-    if (!resolveHost(endpoint.host, timeoutMs, addresses, error))
+    if (!resolveHost(endpoint.host, timeout.number(), addresses, error))
         return failUnresolved(run, error);
-    const std::unique_ptr<CallClient> client = makeClient(addresses[0].toStdString(), endpoint.port, timeoutMs);
-    return parser.isSet(repeat) ? callRepeatedly(*client, run) : callOnce(*client, run);
+    const std::unique_ptr<CallClient> client = makeClient(addresses[0].toStdString(), endpoint.port, timeout.number());
+    return repeat.isSet() ? callRepeatedly(*client, run) : callOnce(*client, run);
 }

@@ -6,8 +6,6 @@
 #include "input.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
-
 #include <algorithm>
 
 static const int shownBytes = 8;  // of a field, in the table
@@ -122,45 +120,43 @@ static const char* const description =
 
 int runDecode(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QString(description).arg(formsText()));
-    const QCommandLineOption as("as", "decode the bytes as FORM, one of the forms above", "FORM");
-    const QCommandLineOption json("json", "print a JSON object, which gqtool encode accepts; with --list one per form");
-    const QCommandLineOption list("list", "print the forms and exit");
-    const QCommandLineOption udp("udp", "decode frames as datagrams, not as a TCP stream");
-    const QCommandLineOption request("request", "decode frames as requests of a client, not as replies");
-    const QCommandLineOption payload(
-        "payload", "decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings",
-        "KIND");
-    parser.addOptions({as, json, list, udp, request, payload});
-    const Input input(parser);
+    CommandLine line(QString(description).arg(formsText()));
+    const Option as = line.text("as", "decode the bytes as FORM, one of the forms above", "FORM");
+    const Option json = line.flag("json", "print a JSON object, which gqtool encode accepts; with --list one per form");
+    const Option list = line.flag("list", "print the forms and exit");
+    const Option udp = line.flag("udp", "decode frames as datagrams, not as a TCP stream");
+    const Option request = line.flag("request", "decode frames as requests of a client, not as replies");
+    const Option payload =
+        line.text("payload",
+                  "decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings", "KIND");
+    const Input input(line);
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
-    if (parser.isSet(list)) {
-        parser.isSet(json) ? printFormsAsJson() : printLine(formsText());
+    if (list.isSet()) {
+        json.isSet() ? printFormsAsJson() : printLine(formsText());
         return exitGood;
     }
-    if (!parser.isSet(as))
+    if (!as.isSet())
         return usageError("--as FORM is required; --list prints the forms");
-    const Form* form = findForm(parser.value(as));
-    const bool isFrames = parser.value(as) == "frames";
-    const FrameSource source{parser.isSet(udp), parser.isSet(request), parser.value(payload)};
+    const Form* form = findForm(as.text());
+    const bool isFrames = as.text() == "frames";
+    const FrameSource source{udp.isSet(), request.isSet(), payload.text()};
     const QStringList kinds = {"int", "ints", "bytes", "strings"};
-    if (parser.isSet(payload) && !kinds.contains(source.form))
+    if (payload.isSet() && !kinds.contains(source.form))
         return usageError(QString("--payload must be one of %1, got '%2'").arg(kinds.join(", "), source.form));
-    if (!isFrames && (source.isUdp || source.isRequest || parser.isSet(payload)))
+    if (!isFrames && (source.isUdp || source.isRequest || payload.isSet()))
         return usageError("--udp, --request and --payload require --as frames");
     if (form == nullptr && !isFrames)
-        return usageError(QString("--as must be a form of --list, got '%1'").arg(parser.value(as)));
+        return usageError(QString("--as must be a form of --list, got '%1'").arg(as.text()));
     QByteArray bytes;
     const HexReader::Content content = isFrames ? HexReader::payloads : HexReader::everyByte;
-    if (!input.read(parser, parser.positionalArguments(), bytes, exitCode, content))
+    if (!input.read(bytes, exitCode, content))
         return exitCode;
 
     const Decoded decoded = isFrames ? decodeFrames(bytes, source) : decode(*form, bytes);
-    if (parser.isSet(json))
-        printJson(parser.value(as), isFrames ? &source : nullptr, decoded);
+    if (json.isSet())
+        printJson(as.text(), isFrames ? &source : nullptr, decoded);
     else
         printTable(decoded);
     for (const Fault& fault : decoded.faults)

@@ -7,7 +7,6 @@
 #include "input.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -92,19 +91,14 @@ static const char* const description =
 
 int runEncode(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description);
-    parser.addPositionalArgument("FILE", "JSON file; - or no FILE means standard input.", "[FILE]");
-    const QCommandLineOption raw("raw", "print the bytes themselves, not hex text");
-    parser.addOption(raw);
+    CommandLine line(description);
+    const Option raw = line.flag("raw", "print the bytes themselves, not hex text");
+    const Option file = line.optionalArgument("FILE", "JSON file; - or no FILE means standard input");
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
-    const QStringList files = parser.positionalArguments();
-    if (files.size() > 1)
-        return usageError("expected at most one FILE");
 
-    const QString path = files.isEmpty() ? "-" : files.constFirst();
+    const QString path = file.isSet() ? file.text() : "-";
     const QString source = path == "-" ? "standard input" : path;
     QByteArray text;
     QString error;
@@ -119,11 +113,11 @@ int runEncode(const QStringList& arguments)
     }
     QByteArray bytes;
     const QStringList errors = encode(document, bytes);
-    for (const QString& line : errors)
-        printError(source + ": " + line);
+    for (const QString& mistake : errors)
+        printError(source + ": " + mistake);
     if (!errors.isEmpty())
         return exitFailed;
-    if (parser.isSet(raw)) {
+    if (raw.isSet()) {
         printBytes(bytes);
         return exitGood;
     }

@@ -1,10 +1,8 @@
 #include "input.h"
 
 #include "command.h"
-#include "commandLine.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
 #include <QFile>
 
 #include <unistd.h>
@@ -15,15 +13,13 @@
 
 static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most twice as many
 
-Input::Input(QCommandLineParser& parser)
-    : fileOption("file", "read the bytes from FILE; - means standard input", "FILE"),
-      rawOption("raw", "read the bytes themselves, not hex text or a dump")
+Input::Input(CommandLine& line)
+    : fileOption(line.text("file", "read the bytes from FILE; - means standard input", "FILE")),
+      rawOption(line.flag("raw", "read the bytes themselves, not hex text or a dump")),
+      bytesArgument(line.argumentList(
+          "BYTES", "hex text or a hex dump, or - for standard input; reads what xxd, hexdump -C, od -A x -t x1, "
+                   "tcpdump -x and Wireshark print, C arrays, and digits in groups"))
 {
-    parser.addOptions({fileOption, rawOption});
-    parser.addPositionalArgument("BYTES",
-                                 "Hex text or a hex dump, or - for standard input. Reads what xxd, hexdump -C, od -A x "
-                                 "-t x1, tcpdump -x and Wireshark print, C arrays, and digits in groups.",
-                                 "[BYTES...]");
 }
 
 // A file, or standard input for "-".
@@ -65,14 +61,14 @@ bool readAll(const QString& path, QByteArray& content, QString& error)
     return error.isEmpty();
 }
 
-bool Input::read(const QCommandLineParser& parser, const QStringList& words, QByteArray& bytes, int& exitCode,
-                 HexReader::Content content) const
+bool Input::read(QByteArray& bytes, int& exitCode, HexReader::Content content) const
 {
+    const QStringList words = bytesArgument.texts();
     const bool isStandardInput = words == QStringList{"-"};
-    const QString path = isStandardInput ? "-" : parser.value(fileOption);
-    const bool isRaw = parser.isSet(rawOption);
+    const QString path = isStandardInput ? "-" : fileOption.text();
+    const bool isRaw = rawOption.isSet();
     QString mistake;
-    if (parser.isSet(fileOption) && !words.isEmpty())
+    if (fileOption.isSet() && !words.isEmpty())
         mistake = "BYTES and --file exclude each other";
     else if (path.isEmpty() && words.isEmpty())
         mistake = "BYTES, --file FILE or - is required";

@@ -1,12 +1,10 @@
 #pragma once
 
+#include "commandLine.h"
 #include "gqtool/dump/hexReader.h"
 
 #include <QByteArray>
-#include <QCommandLineOption>
 #include <QString>
-
-class QCommandLineParser;
 
 // Reads a file, or standard input for "-". Returns false and the reason in `error`.
 bool readAll(const QString& path, QByteArray& content, QString& error);
@@ -15,15 +13,14 @@ bool readAll(const QString& path, QByteArray& content, QString& error);
 // the raw bytes of a file or of standard input.
 class Input {
 public:
-    // Adds --file, --raw and the argument BYTES to `parser`.
-    explicit Input(QCommandLineParser& parser);
+    // Adds --file, --raw and the argument BYTES to `line`.
+    explicit Input(CommandLine& line);
 
-    // Reads the source that `parser` names; `words` are the arguments for BYTES. On an error, prints it and returns
-    // false with the exit code.
-    bool read(const QCommandLineParser& parser, const QStringList& words, QByteArray& bytes, int& exitCode,
-              HexReader::Content content = HexReader::everyByte) const;
+    // Reads the source that the command line names. On an error, prints it and returns false with the exit code.
+    bool read(QByteArray& bytes, int& exitCode, HexReader::Content content = HexReader::everyByte) const;
 
 private:
-    QCommandLineOption fileOption;
-    QCommandLineOption rawOption;
+    Option fileOption;
+    Option rawOption;
+    Option bytesArgument;
 };

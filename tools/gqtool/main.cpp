@@ -1,12 +1,15 @@
 // gqtool, the command-line tool of the library. Each sub-command is in a file named after it.
 
+#include "closestName.h"
 #include "command.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 
 #include <csignal>
+#include <cstdio>
+#include <exception>
+#include <new>
 
 struct Command {
     const char* name;
@@ -41,50 +44,62 @@ static void printWarning(QtMsgType /*type*/, const QMessageLogContext& /*context
     printError(message);
 }
 
+static int runCommand(const QStringList& arguments)
+{
+    QStringList names;
+    for (const Command& command : commands) {
+        if (arguments[0] == command.name)
+            return command.run(arguments);
+        names.append(command.name);
+    }
+    printError(QString("unknown command '%1'").arg(arguments[0]) + didYouMean(closestName(arguments[0], names)));
+    printError("see 'gqtool --help'");
+    return exitUsage;
+}
+
+static int run(const QStringList& arguments)
+{
+    const QString first = arguments.value(0);
+    if (first == "-h" || first == "--help") {
+        printLine(overview());
+        return exitGood;
+    }
+    if (first == "-v" || first == "--version") {
+        printLine("gqtool " GQLIB_VERSION);
+        return exitGood;
+    }
+    if (!arguments.isEmpty() && !first.startsWith('-'))
+        return runCommand(arguments);
+    printError(arguments.isEmpty() ? QString("no command given")
+                                   : QString("unknown option '%1'").arg(first) +
+                                         didYouMean(closestName(first, {"--help", "--version"})));
+    printError("see 'gqtool --help'");
+    return exitUsage;
+}
+
 int main(int argc, char* argv[])
 {
     qInstallMessageHandler(printWarning);
     signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends at the write that fails, without a message
     takeStandardOutput();
 
-    QStringList arguments;
-    for (int i = 0; i < argc; ++i)
-        arguments.append(QString::fromLocal8Bit(argv[i]));
+    try {
+        QStringList arguments;
+        for (int i = 1; i < argc; ++i)
+            arguments.append(QString::fromLocal8Bit(argv[i]));
 
-    QCommandLineParser parser;
-    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const QCommandLineOption help({"h", "help"}, "show this help");
-    const QCommandLineOption version({"v", "version"}, "show the version");
-    parser.addOptions({help, version});
-    const bool parsed = parser.parse(arguments);
-    const QStringList rest = parser.positionalArguments();
-
-    // Help texts and usage messages name the program by tool and command.
-    QByteArray name = "gqtool";
-    if (!rest.isEmpty())
-        name += ' ' + rest.constFirst().toLocal8Bit();
-    char* programName[] = {name.data(), nullptr};
-    int programNames = 1;
-    const QCoreApplication application(programNames, programName);
-
-    if (parsed && parser.isSet(version)) {
-        printLine("gqtool " GQLIB_VERSION);
-        return exitGood;
+        // Help texts and usage messages name the program by tool and command.
+        QByteArray name = "gqtool";
+        if (!arguments.isEmpty())
+            name += ' ' + arguments.constFirst().toLocal8Bit();
+        char* programName[] = {name.data(), nullptr};
+        int programNames = 1;
+        const QCoreApplication application(programNames, programName);
+        return run(arguments);
+    } catch (const std::bad_alloc&) {
+        std::fputs("gqtool: not enough memory\n", stderr);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "gqtool: %s\n", error.what());
     }
-    if (parsed && parser.isSet(help)) {
-        printLine(overview());
-        return exitGood;
-    }
-    if (!parsed || rest.isEmpty()) {
-        printError(parsed ? QString("no command given") : parser.errorText());
-        printError("see 'gqtool --help'");
-        return exitUsage;
-    }
-    for (const Command& command : commands) {
-        if (rest.constFirst() == command.name)
-            return command.run(rest);
-    }
-    printError(QString("unknown command '%1'").arg(rest.constFirst()));
-    printError("see 'gqtool --help'");
-    return exitUsage;
+    return exitFailed;
 }

@@ -5,7 +5,6 @@
 #include "gqtool/probe/peerBytes.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
 #include <QJsonArray>
 
 #include <climits>
@@ -66,36 +65,31 @@ static const char* const description =
 
 int runProbe(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description);
-    const QCommandLineOption timeout(
-        "timeout", "wait up to MS for each stage, twice for a missing greeting (default: 3000)", "MS", "3000");
-    const QCommandLineOption udp("udp", "send datagrams");
-    const QCommandLineOption greetingOnly("greeting-only", "stop after the greeting");
-    const QCommandLineOption json("json", "print a JSON object");
-    parser.addOptions({timeout, udp, greetingOnly, json});
-    parser.addPositionalArgument("HOST:PORT", "The server: a name or a dotted IPv4 address, and a port.");
+    CommandLine line(description);
+    const Option timeout =
+        line.integer("timeout", "wait up to MS for each stage, twice for a missing greeting (default: 3000)", "MS", 1,
+                     INT_MAX, 3000);
+    const Option udp = line.flag("udp", "send datagrams");
+    const Option greetingOnly = line.flag("greeting-only", "stop after the greeting");
+    const Option json = line.flag("json", "print a JSON object");
+    const Option server = line.requiredArgument("HOST:PORT", "the server: a name or a dotted IPv4 address, and a port");
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
 
-    const QStringList words = parser.positionalArguments();
-    if (words.size() != 1)
-        return usageError("one HOST:PORT is required");
     Endpoint endpoint;
-    const QString error = readEndpoint(words[0], endpoint);
+    const QString error = readEndpoint(server.text(), endpoint);
     if (!error.isEmpty())
         return usageError(error);
     ProbeOptions options;
-    if (!readInt(parser.value(timeout), 1, INT_MAX, options.timeoutMs))
-        return usageError(QString("--timeout must be at least 1 ms, got '%1'").arg(parser.value(timeout)));
-    options.isUdp = parser.isSet(udp);
-    options.greetingOnly = parser.isSet(greetingOnly);
+    options.timeoutMs = timeout.number();
+    options.isUdp = udp.isSet();
+    options.greetingOnly = greetingOnly.isSet();
     if (options.isUdp && options.greetingOnly)
         return usageError("--greeting-only and --udp exclude each other: there is no greeting over UDP");
 
     QJsonArray stages;
-    const bool printsJson = parser.isSet(json);
+    const bool printsJson = json.isSet();
     const ProbeResult result = probeLink(endpoint, options, [&](const ProbeStage& stage) {
         if (printsJson)
             stages.append(jsonOf(stage));

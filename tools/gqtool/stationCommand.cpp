@@ -6,8 +6,6 @@
 #include "gqtool/station/station.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
-
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -17,28 +15,48 @@
 #include <cstring>
 #include <memory>
 
-// Adds the faults of the options, as lines of a script. Returns false with the reason in `error`.
-static bool addFaults(const QCommandLineParser& parser, StationScript& script, QString& error)
-{
-    const QString pieces = parser.value("pieces");
-    QStringList lines = {"reply every late " + parser.value("late"), "greeting every pieces " + pieces,
-                         "reply every pieces " + pieces};
-    if (parser.isSet("no-greeting"))
-        lines.append("greeting every silent");
-    if (parser.isSet("silent"))
-        lines.append("reply every silent");
-    if (parser.isSet("wrong-end"))
-        lines.append("reply every wrong-end");
-    if (parser.isSet("close"))
-        lines.append("reply every close-after 0");
-    for (const QString& line : lines) {
-        if (!script.add(line, error)) {
-            error = "--" + error; // each option has the name of its fault
-            return false;
-        }
+// The options that spoil every greeting or reply. Each has the name of its fault.
+class FaultOptions {
+public:
+    explicit FaultOptions(CommandLine& line)
+        : noGreeting(line.flag("no-greeting", "do not greet")),
+          late(line.text("late", "delay each reply by MS (default: 0)", "MS", "0")),
+          pieces(line.text("pieces", "send replies in pieces of BYTES", "BYTES", "0")),
+          silent(line.flag("silent", "never reply")), wrongEnd(line.flag("wrong-end", "end replies with a wrong byte")),
+          closes(line.flag("close", "close the connection instead of replying"))
+    {
     }
-    return true;
-}
+
+    // Adds the faults as lines of a script. Returns false with the reason in `error`.
+    bool addTo(StationScript& script, QString& error) const
+    {
+        QStringList lines = {"reply every late " + late.text(), "greeting every pieces " + pieces.text(),
+                             "reply every pieces " + pieces.text()};
+        if (noGreeting.isSet())
+            lines.append("greeting every silent");
+        if (silent.isSet())
+            lines.append("reply every silent");
+        if (wrongEnd.isSet())
+            lines.append("reply every wrong-end");
+        if (closes.isSet())
+            lines.append("reply every close-after 0");
+        for (const QString& line : lines) {
+            if (!script.add(line, error)) {
+                error = "--" + error;
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    Option noGreeting;
+    Option late;
+    Option pieces;
+    Option silent;
+    Option wrongEnd;
+    Option closes;
+};
 
 // --- The file of commands -----------------------------------------------------------------------------------------
 
@@ -116,81 +134,60 @@ static const char* const description =
 
 int runStation(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QString(description).arg(StationScript::faultList()));
-    const QCommandLineOption address("address", "listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)",
+    CommandLine line(QString(description).arg(StationScript::faultList()));
+    const Option address = line.text("address", "listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)",
                                      "ADDRESS", "127.0.0.1");
-    const QCommandLineOption port("port", "listen on PORT (default: 0, a free port)", "PORT", "0");
-    const QCommandLineOption greeting("greeting", "greet with NUMBER (default: 1)", "NUMBER", "1");
-    const QCommandLineOption noGreeting("no-greeting", "do not greet");
-    const QCommandLineOption late("late", "delay each reply by MS (default: 0)", "MS", "0");
-    const QCommandLineOption gap(
+    const Option port = line.integer("port", "listen on PORT (default: 0, a free port)", "PORT", 0, 65535);
+    const Option udp = line.flag("udp", "also answer datagrams on the same port, without a greeting");
+    const Option greeting = line.integer("greeting", "greet with NUMBER (default: 1)", "NUMBER", INT_MIN, INT_MAX, 1);
+    const Option gap = line.integer(
         "gap", "wait MS between the frames of a reply, as clients lose frames that arrive together (default: 100)",
-        "MS", "100");
-    const QCommandLineOption pieces("pieces", "send replies in pieces of BYTES", "BYTES", "0");
-    const QCommandLineOption silent("silent", "never reply");
-    const QCommandLineOption wrongEnd("wrong-end", "end replies with a wrong byte");
-    const QCommandLineOption closes("close", "close the connection instead of replying");
-    const QCommandLineOption udp("udp", "also answer datagrams on the same port, without a greeting");
-    const QCommandLineOption logFile("log", "also write the lines, with their time, to FILE", "FILE");
-    const QCommandLineOption commands("commands", "answer as FILE says, see above; SIGHUP reads it again", "FILE");
-    const QCommandLineOption script("script", "read faults from FILE, see above", "FILE");
-    const QCommandLineOption seed("seed", "choose faults by chance from NUMBER (default: 1)", "NUMBER", "1");
-    const QCommandLineOption json("json", "print each line as a JSON object; the log stays text");
-    const QCommandLineOption quiet("quiet", "print only the first line; the log still gets all of them");
-    parser.addOptions({address, port, udp, greeting, noGreeting, late, gap, pieces, silent, wrongEnd, closes, commands,
-                       script, seed, json, quiet, logFile});
+        "MS", 0, INT_MAX, 100);
+    const FaultOptions everyFault(line);
+    const Option commands = line.text("commands", "answer as FILE says, see above; SIGHUP reads it again", "FILE");
+    const Option script = line.text("script", "read faults from FILE, see above", "FILE");
+    const Option seed =
+        line.integer("seed", "choose faults by chance from NUMBER (default: 1)", "NUMBER", 0, INT_MAX, 1);
+    const Option json = line.flag("json", "print each line as a JSON object; the log stays text");
+    const Option quiet = line.flag("quiet", "print only the first line; the log still gets all of them");
+    const Option logFile = line.text("log", "also write the lines, with their time, to FILE", "FILE");
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
-    if (!parser.positionalArguments().isEmpty())
-        return usageError("station takes options only, got '" + parser.positionalArguments().constFirst() + "'");
 
-    if (!addressError(parser.value(address)).isEmpty())
-        return usageError(addressError(parser.value(address)));
-    int portNumber = 0;
-    int greetingNumber = 0;
-    int gapMs = 0;
-    int seedNumber = 0;
-    if (!readInt(parser.value(port), 0, 65535, portNumber))
-        return usageError(QString("--port must be an integer from 0 to 65535, got '%1'").arg(parser.value(port)));
-    if (!readInt(parser.value(greeting), INT_MIN, INT_MAX, greetingNumber))
-        return usageError(QString("--greeting must be a 4-byte integer, got '%1'").arg(parser.value(greeting)));
-    if (!readInt(parser.value(gap), 0, INT_MAX, gapMs))
-        return usageError(QString("--gap must be a number of milliseconds, got '%1'").arg(parser.value(gap)));
-    if (!readInt(parser.value(seed), 0, INT_MAX, seedNumber))
-        return usageError(QString("--seed must be an integer from 0 to 2147483647, got '%1'").arg(parser.value(seed)));
+    if (!addressError(address.text()).isEmpty())
+        return usageError(addressError(address.text()));
 
-    StationScript faults(static_cast<unsigned int>(seedNumber));
+    StationScript faults(static_cast<unsigned int>(seed.number()));
     QString error;
-    if (!addFaults(parser, faults, error))
+    if (!everyFault.addTo(faults, error))
         return usageError(error);
-    if (parser.isSet(script) && !faults.read(parser.value(script), error)) {
+    if (script.isSet() && !faults.read(script.text(), error)) {
         printError(error);
         return exitFailed;
     }
 
-    const int hangups = parser.isSet(commands) ? openHangups() : -1;
+    const int hangups = commands.isSet() ? openHangups() : -1;
     // Never destroyed: its thread runs until the process ends.
     static StationLog& log = *new StationLog;
-    if (parser.isSet(logFile) && !log.open(parser.value(logFile), error)) {
-        printError(QString("cannot write to %1: %2").arg(parser.value(logFile), error));
+    if (logFile.isSet() && !log.open(logFile.text(), error)) {
+        printError(QString("cannot write to %1: %2").arg(logFile.text(), error));
         return exitFailed;
     }
     std::unique_ptr<StationAnswers> answers;
     CommandAnswers* commandFile = nullptr;
-    if (parser.isSet(commands)) {
-        commandFile = new CommandAnswers(parser.value(commands), greetingNumber, gapMs);
+    if (commands.isSet()) {
+        commandFile = new CommandAnswers(commands.text(), greeting.number(), gap.number());
         answers.reset(commandFile);
         if (!readCommands(*commandFile))
             return exitFailed;
     } else {
-        answers = std::make_unique<SimulatedAnswers>(greetingNumber, gapMs);
+        answers = std::make_unique<SimulatedAnswers>(greeting.number(), gap.number());
     }
-    Station station(*answers, faults, log, {parser.isSet(json), parser.isSet(quiet)});
-    if (!station.bind(parser.value(address), portNumber, parser.isSet(udp))) {
-        printError(
-            QString("cannot listen on %1:%2: %3").arg(parser.value(address)).arg(portNumber).arg(strerror(errno)));
+    Station station(*answers, faults, log, {json.isSet(), quiet.isSet()});
+    if (!station.bind(address.text(), port.number(), udp.isSet())) {
+        const QString reason = strerror(errno); // reading a number clears errno
+        printError(QString("cannot listen on %1:%2: %3").arg(address.text()).arg(port.number()).arg(reason));
         return exitFailed;
     }
     if (commandFile != nullptr)

@@ -3,8 +3,6 @@
 #include "input.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
-
 #include <byte2Val.h>
 
 using gqdb::CByte2Val;
@@ -99,36 +97,34 @@ static const char* const description =
 
 int runSum(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description);
-    const Input input(parser);
-    const QCommandLineOption checked(
+    CommandLine line(description);
+    const Input input(line);
+    const Option checked = line.text(
         "check",
         "check that the bytes end in SUM: crc (low byte first, as in Modbus RTU), crc-high-first or sum (one byte); if "
         "not, the exit code is 1",
         "SUM");
-    const QCommandLineOption json("json", "print a JSON object");
-    parser.addOptions({checked, json});
+    const Option json = line.flag("json", "print a JSON object");
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
 
     const Tail* wanted = nullptr;
     for (const Tail& tail : tails) {
-        if (parser.value(checked) == tail.name)
+        if (checked.text() == tail.name)
             wanted = &tail;
     }
-    if (parser.isSet(checked) && wanted == nullptr)
-        return usageError(QString("--check must be crc, crc-high-first or sum, got '%1'").arg(parser.value(checked)));
+    if (checked.isSet() && wanted == nullptr)
+        return usageError(QString("--check must be crc, crc-high-first or sum, got '%1'").arg(checked.text()));
     QByteArray bytes;
-    if (!input.read(parser, parser.positionalArguments(), bytes, exitCode))
+    if (!input.read(bytes, exitCode))
         return exitCode;
     if (wanted != nullptr)
-        return check(bytes, *wanted, parser.isSet(json));
+        return check(bytes, *wanted, json.isSet());
     if (bytes.isEmpty()) {
         printError("at least one byte is required");
         return exitFailed;
     }
-    printSums(bytes, parser.isSet(json));
+    printSums(bytes, json.isSet());
     return exitGood;
 }

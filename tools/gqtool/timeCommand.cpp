@@ -2,7 +2,6 @@
 #include "commandLine.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QTimeZone>
@@ -177,41 +176,38 @@ static const char* const description =
 
 int runTime(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description);
-    parser.addPositionalArgument("CODE", "The code.", "[CODE]");
-    const QCommandLineOption list("list", "print all families of codes with their first and last moment and text");
-    const QCommandLineOption base(
+    CommandLine line(description);
+    const Option code = line.optionalArgument("CODE", "the code");
+    const Option list = line.flag("list", "print all families of codes with their first and last moment and text");
+    const Option base = line.text(
         "base", "count from TIME, in seconds since 1970 or as \"2021-03-31 10:20:30\" in local time (default: now)",
         "TIME");
-    const QCommandLineOption zone("zone", "use time zone ZONE, for example Europe/Berlin (default: the system's)",
-                                  "ZONE");
-    const QCommandLineOption json("json", "print JSON: one object for the code, or one per family of codes");
-    parser.addOptions({list, base, zone, json});
+    const Option zone =
+        line.text("zone", "use time zone ZONE, for example Europe/Berlin (default: the system's)", "ZONE");
+    const Option json = line.flag("json", "print JSON: one object for the code, or one per family of codes");
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
 
-    const QStringList codes = parser.positionalArguments();
-    if (codes.size() != (parser.isSet(list) ? 0 : 1))
+    if (code.isSet() == list.isSet())
         return usageError("one CODE or --list is required");
-    int code = 0;
-    if (!codes.isEmpty() && !readInt(codes.constFirst(), INT_MIN, INT_MAX, code))
-        return usageError(QString("CODE must be a 4-byte integer, got '%1'").arg(codes.constFirst()));
-    if (parser.isSet(zone)) {
-        const QByteArray name = parser.value(zone).toLocal8Bit();
+    int number = 0;
+    if (code.isSet() && !readInt(code.text(), INT_MIN, INT_MAX, number))
+        return usageError(QString("CODE must be a 4-byte integer, got '%1'").arg(code.text()));
+    if (zone.isSet()) {
+        const QByteArray name = zone.text().toLocal8Bit();
         if (!QTimeZone::isTimeZoneIdAvailable(name))
-            return usageError(QString("--zone must be a known time zone, got '%1'").arg(parser.value(zone)));
+            return usageError(QString("--zone must be a known time zone, got '%1'").arg(zone.text()));
         qputenv("TZ", name);
         tzset();
     }
     auto moment = static_cast<unsigned int>(QDateTime::currentSecsSinceEpoch());
-    if (parser.isSet(base) && !readMoment(parser.value(base), moment))
-        return usageError(QString("--base must be a moment from 1970 to 2106, got '%1'").arg(parser.value(base)));
+    if (base.isSet() && !readMoment(base.text(), moment))
+        return usageError(QString("--base must be a moment from 1970 to 2106, got '%1'").arg(base.text()));
 
-    if (parser.isSet(list))
-        parser.isSet(json) ? printNumberLineAsJson(moment) : printNumberLine(moment);
+    if (list.isSet())
+        json.isSet() ? printNumberLineAsJson(moment) : printNumberLine(moment);
     else
-        parser.isSet(json) ? printCodeAsJson(code, moment) : printCode(code, moment);
+        json.isSet() ? printCodeAsJson(number, moment) : printCode(number, moment);
     return exitGood;
 }

@@ -6,8 +6,6 @@
 #include "gqtool/trace/traceRelay.h"
 #include "shared/console.h"
 
-#include <QCommandLineParser>
-
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -44,39 +42,34 @@ static const char* const description =
 
 int runTrace(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description);
-    const QCommandLineOption listen("listen", "listen on PORT; 0 means a free port", "PORT");
-    const QCommandLineOption address("address", "listen on ADDRESS (default: 127.0.0.1)", "ADDRESS", "127.0.0.1");
-    const QCommandLineOption udp("udp", "relay datagrams instead of connections");
-    const QCommandLineOption pcap("pcap", "also write all packets to FILE, for Wireshark", "FILE");
-    const QCommandLineOption json("json",
-                                  "print each line as a JSON object, with up to 65536 bytes of a payload in hex");
-    const QCommandLineOption map("map", "show commands and payloads by the map of commands in FILE", "FILE");
-    parser.addOptions({listen, address, udp, pcap, map, json});
-    parser.addPositionalArgument("HOST:PORT", "The station: a name or a dotted IPv4 address, and a port.");
+    CommandLine line(description);
+    const Option listen = line.integer("listen", "listen on PORT; 0 means a free port", "PORT", 0, 65535);
+    const Option address = line.text("address", "listen on ADDRESS (default: 127.0.0.1)", "ADDRESS", "127.0.0.1");
+    const Option udp = line.flag("udp", "relay datagrams instead of connections");
+    const Option pcap = line.text("pcap", "also write all packets to FILE, for Wireshark", "FILE");
+    const Option map = line.text("map", "show commands and payloads by the map of commands in FILE", "FILE");
+    const Option json =
+        line.flag("json", "print each line as a JSON object, with up to 65536 bytes of a payload in hex");
+    const Option server =
+        line.optionalArgument("HOST:PORT", "the station: a name or a dotted IPv4 address, and a port");
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
 
-    const QStringList words = parser.positionalArguments();
-    if (words.size() != 1 || !parser.isSet(listen))
+    if (!server.isSet() || !listen.isSet())
         return usageError("--listen PORT and one HOST:PORT are required");
     Endpoint endpoint;
-    const QString endpointError = readEndpoint(words[0], endpoint);
+    const QString endpointError = readEndpoint(server.text(), endpoint);
     if (!endpointError.isEmpty())
         return usageError(endpointError);
-    int localPort = 0;
-    if (!readInt(parser.value(listen), 0, 65535, localPort))
-        return usageError(QString("--listen must be an integer from 0 to 65535, got '%1'").arg(parser.value(listen)));
-    if (!addressError(parser.value(address)).isEmpty())
-        return usageError(addressError(parser.value(address)));
+    if (!addressError(address.text()).isEmpty())
+        return usageError(addressError(address.text()));
 
-    const bool isUdp = parser.isSet(udp);
+    const bool isUdp = udp.isSet();
     QStringList stationAddresses;
     QString error;
     CommandMap commands;
-    if (parser.isSet(map) && !commands.read(parser.value(map), error)) {
+    if (map.isSet() && !commands.read(map.text(), error)) {
         printError(error);
         return exitFailed;
     }
@@ -85,18 +78,18 @@ int runTrace(const QStringList& arguments)
         return exitFailed;
     }
     const sockaddr_in station = addressOf(stationAddresses[0], endpoint.port);
-    sockaddr_in local = addressOf(parser.value(address), localPort);
+    sockaddr_in local = addressOf(address.text(), listen.number());
     const int listener = openBound(isUdp ? SOCK_DGRAM : SOCK_STREAM, local);
     if (listener < 0 || (!isUdp && ::listen(listener, SOMAXCONN) != 0)) {
         printError(QString("cannot listen on %1: %2").arg(endpointText(local), strerror(errno)));
         return exitFailed;
     }
     CaptureFile capture;
-    if (parser.isSet(pcap) && !capture.open(parser.value(pcap), error)) {
-        printError(QString("cannot write to %1: %2").arg(parser.value(pcap), error));
+    if (pcap.isSet() && !capture.open(pcap.text(), error)) {
+        printError(QString("cannot write to %1: %2").arg(pcap.text(), error));
         return exitFailed;
     }
-    TraceOutput output(parser.isSet(json), isUdp, parser.isSet(map) ? &commands : nullptr);
+    TraceOutput output(json.isSet(), isUdp, map.isSet() ? &commands : nullptr);
     const int stopper = openStopper();
     output.listening(endpointText(local), endpointText(station));
     const auto relay = isUdp ? relayDatagrams : relayStreams;

@@ -7,7 +7,6 @@
 #include "shared/recordConstants.h"
 #include "shared/waveDrawing.h"
 
-#include <QCommandLineParser>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -284,27 +283,25 @@ static const char* const description =
 
 int runWave(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description);
-    const Input input(parser);
-    const QCommandLineOption csv(
-        "csv", "write the samples to FILE, one 'number,value' per line; - means standard output", "FILE");
-    const QCommandLineOption svg("svg", "draw the samples to FILE, with every spike; - means standard output", "FILE");
-    const QCommandLineOption json("json", "print a JSON object");
-    parser.addOptions({csv, svg, json});
+    CommandLine line(description);
+    const Input input(line);
+    const Option csv =
+        line.text("csv", "write the samples to FILE, one 'number,value' per line; - means standard output", "FILE");
+    const Option svg = line.text("svg", "draw the samples to FILE, with every spike; - means standard output", "FILE");
+    const Option json = line.flag("json", "print a JSON object");
     int exitCode = exitGood;
-    if (!parseArguments(parser, arguments, exitCode))
+    if (!line.parse(arguments, exitCode))
         return exitCode;
-    const bool csvOutput = parser.value(csv) == "-";
-    const bool svgOutput = parser.value(svg) == "-";
-    if (csvOutput + svgOutput + parser.isSet(json) > 1)
+    const bool csvOutput = csv.text() == "-";
+    const bool svgOutput = svg.text() == "-";
+    if (csvOutput + svgOutput + json.isSet() > 1)
         return usageError("--json, --csv - and --svg - exclude each other: each prints to standard output");
     QByteArray bytes;
-    if (!input.read(parser, parser.positionalArguments(), bytes, exitCode))
+    if (!input.read(bytes, exitCode))
         return exitCode;
 
     const Wave wave = readWave(bytes);
-    if (parser.isSet(json))
+    if (json.isSet())
         printJson(wave);
     else if (!csvOutput && !svgOutput)
         printText(wave);
@@ -312,7 +309,7 @@ int runWave(const QStringList& arguments)
         printError("refused: " + wave.refusal);
         return exitFailed;
     }
-    const bool isWritten = (!parser.isSet(csv) || writeTable(parser.value(csv), wave.samples)) &&
-                           (!parser.isSet(svg) || writePicture(parser.value(svg), wave.samples));
+    const bool isWritten = (!csv.isSet() || writeTable(csv.text(), wave.samples)) &&
+                           (!svg.isSet() || writePicture(svg.text(), wave.samples));
     return isWritten ? exitGood : exitFailed;
 }
