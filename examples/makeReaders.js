@@ -14,6 +14,8 @@ function load(folder, name) {
 
 async function makeReaders(compiler, language, formats, output, withOffsets = false) {
     const api = typeof compiler === "function" ? new compiler() : compiler; // before 0.11 it is a class
+    if (!api.languages.includes(language))
+        throw new Error(`unknown language '${language}', must be one of ${api.languages.join(" ")}`);
     const importer = { importYaml: async (name) => load(formats, name) };
     for (const file of fs.readdirSync(formats).filter((name) => name.endsWith(".ksy"))) {
         const sources = await api.compile(language, load(formats, path.parse(file).name), importer, withOffsets);

@@ -310,7 +310,7 @@ function* framesDifferences(io, described) {
 
 function isRefused(Reader, bytes) {
     try {
-        new Reader(new KaitaiStream(Uint8Array.from(bytes).buffer))._read();
+        new Reader(new KaitaiStream(Buffer.from(bytes)))._read();
         return false;
     } catch (error) {
         if (!isRefusal(error))
@@ -341,7 +341,7 @@ function* refusalFaults() {
 function* fileDifferences(stem) {
     const digits = fs.readFileSync(`${stem}.hex`, "utf8").replace(/#.*/g, "").replace(/\s/g, "");
     const described = JSON.parse(fs.readFileSync(`${stem}.json`, "utf8"));
-    const io = new KaitaiStream(Uint8Array.from(Buffer.from(digits, "hex")).buffer);
+    const io = new KaitaiStream(Buffer.from(digits, "hex"));
     const compare = { wave: waveDifferences, frames: framesDifferences }[described.as] ?? recordFileDifferences;
     try {
         yield* compare(io, described);
