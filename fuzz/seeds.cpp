@@ -4,6 +4,16 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
+
+static QByteArray contentOf(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream content;
+    content << file.rdbuf();
+    return QByteArray::fromStdString(content.str());
+}
 
 std::vector<QByteArray> allSeeds()
 {
@@ -24,5 +34,7 @@ std::vector<QByteArray> allSeeds()
         const char size = static_cast<char>(std::min(bytes.size(), 255));
         seeds.push_back(size + bytes + size + bytes);
     }
+    for (const auto& entry : std::filesystem::directory_iterator(GQLIB_GOLDEN "/dumps"))
+        seeds.push_back(contentOf(entry.path()));
     return seeds;
 }

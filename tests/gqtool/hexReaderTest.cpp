@@ -288,6 +288,14 @@ TEST(HexReader, takesEachPacketFromOffsetZero)
               "line 4: offset must be 0000, got 0010; 16 bytes are missing");
 }
 
+// tcpdump -# numbers the packets.
+TEST(HexReader, takesASummaryWithANumberForNoOffset)
+{
+    const QByteArray packet = udpPacket;
+    EXPECT_EQ(bytesOf("  999  12:00 IP a > b\n" + packet + " 1000  12:01 IP b > a\n" + packet, HexReader::payloads),
+              "68 04 16 68 04 16");
+}
+
 TEST(HexReader, skipsThePaddingOfEthernet)
 {
     const QByteArray text = "0000  01 02 03 04 05 06 01 02 03 04 05 06 08 00 45 00\n"
@@ -315,6 +323,18 @@ TEST(HexReader, refusesPacketsThatAreNotWhole)
               "line 2: a packet is a fragment; gqtool does not reassemble it");
     EXPECT_EQ(errorOf(QByteArray(packet).replace("4011", "4006"), HexReader::payloads),
               "line 2: the TCP header of a packet is malformed");
+}
+
+// A dump of other bytes is read as it arrives.
+TEST(HexReader, doesNotWaitForTheEndOfWhatIsNoPacket)
+{
+    QByteArray text;
+    for (int offset = 0; offset < 96; offset += 16)
+        text += QByteArray::number(offset, 16).rightJustified(4, '0') + ": " + QByteArray(32, '0') + "\n";
+    int pieces = 0;
+    HexReader reader([&] { return ++pieces == 1 ? text : QByteArray(); }, HexReader::payloads);
+    EXPECT_EQ(reader.read().size(), 96);
+    EXPECT_EQ(pieces, 1);
 }
 
 TEST(HexReader, keepsTheBytesOfADumpWithoutPackets)
