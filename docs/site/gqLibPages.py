@@ -214,9 +214,24 @@ def usedIn(app, page, key):
     return paragraph
 
 
+def linkPages(app, document, page):
+    """Links the files that comments in headers name."""
+    for text in list(document.findall(nodes.Text)):
+        parts = re.split(r"\b(docs/\S+\.md)\b", text.astext())
+        if len(parts) > 1 and not isinstance(text.parent, (nodes.reference, nodes.literal, nodes.literal_block)):
+            made = [nodes.Text(part) for part in parts]
+            for i in range(1, len(parts), 2):
+                target = app.gqLibPages[parts[i]]
+                made[i] = nodes.reference("", app.env.titles[target].astext(), internal=True,
+                                          refuri=app.builder.get_relative_uri(page, target))
+            text.parent.replace(text, made)
+
+
 def linkNames(app, document, page):
     if app.builder.format != "html":
         return
+    if page.startswith("reference/"):
+        linkPages(app, document, page)
     names, _ = namesIn(app, page, document)
     for literal, refid in names:
         copy = literal.deepcopy()
@@ -261,6 +276,14 @@ class Translator(HTML5Translator):
             uri = self.builder.get_relative_uri(page, target) + "#" + anchor
             return f'{found[1]}<a class="declaration" href="{html.escape(uri)}">{found[2]}</a></span>'
 
+        def linkHeader(found):
+            target = next((shown for file, shown in app.gqLibPages.items() if file.endswith("/" + found[2])), None)
+            if target is None:
+                return found[0]
+            uri = html.escape(self.builder.get_relative_uri(page, target))
+            return f'{found[1]}<a class="declaration" href="{uri}">{found[2]}</a>{found[3]}'
+
+        shown = re.sub(r'(<span class="cpf">&lt;gqLib/)(\w+\.h)(&gt;</span>)', linkHeader, shown)
         return re.sub(r'(<span class="n\w*">)(\w+)</span>', link, shown)
 
 
