@@ -16,7 +16,7 @@ std::vector<Target> allTargets()
     std::vector<Target> all;
     for (const std::vector<Target>& family :
          {byte2ValTargets, byte2RdbDefinitionTargets, byte2RdbValueTargets, byte2RdbQueryTargets, byte2RdbObjectTargets,
-          byte2RdbWaveTargets, byte2FepTargets, frameTargets, gqToolsTargets, hexReaderTargets})
+          byte2RdbWaveTargets, byte2FepTargets, frameTargets, gqToolsTargets, hexReaderTargets, commandMapTargets})
         all.insert(all.end(), family.begin(), family.end());
     return all;
 }

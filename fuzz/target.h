@@ -43,6 +43,7 @@ extern const std::vector<Target> byte2FepTargets;
 extern const std::vector<Target> frameTargets;
 extern const std::vector<Target> gqToolsTargets;
 extern const std::vector<Target> hexReaderTargets;
+extern const std::vector<Target> commandMapTargets;
 
 std::vector<Target> allTargets();
 
