@@ -4,6 +4,7 @@
 #include "endpoint.h"
 #include "gqtool/call/callClient.h"
 #include "gqtool/call/callRun.h"
+#include "gqtool/call/requestPayload.h"
 #include "gqtool/dump/hexReader.h"
 #include "shared/console.h"
 #include "shared/stationProtocol.h"
@@ -13,7 +14,6 @@
 #include <climits>
 #include <socketApi.h>
 
-using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
 
 struct CallCommand {
@@ -86,51 +86,28 @@ static const CallCommand* findCommand(const QString& name)
     return nullptr;
 }
 
-static QString unknownCommand(const QString& name)
+static QString unknownCommand(const QString& name, const CommandMap& map)
 {
     QStringList names;
+    for (const MappedCommand& command : map.all())
+        names.append(command.name);
     for (const CallCommand& command : commands)
         names.append(command.name);
     return QString("unknown COMMAND '%1'").arg(name) + didYouMean(closestName(name, names));
 }
 
-static QByteArray payloadOf(const std::vector<int>& values)
-{
-    QByteArray payload;
-    for (const int value : values)
-        CByte2Val::int2Byte(value, payload);
-    return payload;
-}
-
-static bool readInts(const QStringList& words, std::vector<int>& values, QString& error)
-{
-    for (const QString& word : words) {
-        int value = 0;
-        if (!readInt(word, INT_MIN, INT_MAX, value)) {
-            error = QString("INTEGER must be a 4-byte integer, got '%1'").arg(word);
-            return false;
-        }
-        values.push_back(value);
-    }
-    return true;
-}
-
 // Reads one of the commands above and its integers. Returns false and the reason in `error`.
-static bool readNamed(const QStringList& words, bool byUdp, CallRequest& request, QString& error)
+static bool readNamed(const CallCommand* command, const QStringList& words, bool byUdp, CallRequest& request,
+                      QString& error)
 {
-    const CallCommand* command = words.isEmpty() ? nullptr : findCommand(words[0]);
-    if (command == nullptr) {
-        error = words.isEmpty() ? QString("COMMAND is required") : unknownCommand(words[0]);
-        return false;
-    }
     const QStringList names = QString(command->arguments).split(' ', Qt::SkipEmptyParts);
-    if (words.size() - 1 != names.size()) {
+    if (words.size() != names.size()) {
         error = names.isEmpty() ? QString("%1 takes no arguments").arg(command->name)
                                 : QString("%1 requires %2").arg(command->name, command->arguments);
         return false;
     }
     std::vector<int> values;
-    if (!readInts(words.mid(1), values, error))
+    if (!readInts(words, values, error))
         return false;
     request.command = command->command;
     request.form = command->form;
@@ -141,8 +118,39 @@ static bool readNamed(const QStringList& words, bool byUdp, CallRequest& request
             static_cast<int>(QDateTime::currentSecsSinceEpoch())); // as the library does for commands without integers
     if (request.command == CSocketAPI::setTimeCommand && byUdp)
         values.insert(values.begin(), static_cast<int>(values.size())); // over TCP they have no count
-    request.payload = payloadOf(values);
+    request.payload = intsPayload(values);
     return true;
+}
+
+// Finds a command of the map by its name or its number.
+static const MappedCommand* findMapped(const CommandMap& map, const QString& word)
+{
+    int number = 0;
+    const MappedCommand* named = map.find(word);
+    return named == nullptr && readInt(word, 0, UCHAR_MAX, number) ? map.find(static_cast<unsigned char>(number))
+                                                                   : named;
+}
+
+// Reads a command of the map, which takes precedence, or one of the commands above. Returns false and the reason in
+// `error`.
+static bool readCommand(const QStringList& words, const CommandMap& map, bool byUdp, CallRun& run, QString& error)
+{
+    if (words.isEmpty()) {
+        error = "COMMAND is required";
+        return false;
+    }
+    run.name = words[0];
+    if (const MappedCommand* mapped = findMapped(map, words[0])) {
+        run.name = mapped->name;
+        run.records = mapped->records;
+        return readMapped(*mapped, words.mid(1), run.request, error);
+    }
+    const CallCommand* command = findCommand(words[0]);
+    if (command == nullptr) {
+        error = unknownCommand(words[0], map);
+        return false;
+    }
+    return readNamed(command, words.mid(1), byUdp, run.request, error);
 }
 
 // The options of a request that --command defines, and its integers.
@@ -153,12 +161,9 @@ public:
           arg1(line.integer("arg1", "send NUMBER as arg1 of the header (default: 0)", "NUMBER", 0, 255)),
           arg2(line.integer("arg2", "send NUMBER as arg2 of the header (default: 0)", "NUMBER", 0, 255)),
           hex(line.text("hex", "send BYTES, hex text or a dump, as payload instead of integers", "BYTES")),
-          reply(line.text("reply", "expect a reply of FORM, see above (default: int)", "FORM", "int")),
-          count(line.integer("count",
-                             "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)",
-                             "NUMBER", 0, INT_MAX))
+          reply(line.text("reply", "expect a reply of FORM, see above (default: int)", "FORM", "int"))
     {
-        for (const Option& option : {arg1, arg2, hex, reply, count})
+        for (const Option& option : {arg1, arg2, hex, reply})
             option.needs(command);
     }
 
@@ -169,7 +174,6 @@ public:
         request.command = static_cast<unsigned char>(command.number());
         request.arg1 = static_cast<unsigned char>(arg1.number());
         request.arg2 = static_cast<unsigned char>(arg2.number());
-        request.count = count.number();
         if (!readForm(reply.text(), request.form)) {
             error = QString("--reply must be int, ints, bytes or strings, got '%1'").arg(reply.text());
             return false;
@@ -183,7 +187,7 @@ public:
         std::vector<int> values;
         if (!readInts(words, values, error))
             return false;
-        request.payload = payloadOf(values);
+        request.payload = intsPayload(values);
         return true;
     }
 
@@ -200,7 +204,6 @@ private:
     Option arg2;
     Option hex;
     Option reply;
-    Option count;
 };
 
 static const char* const description =
@@ -214,6 +217,12 @@ static const char* const description =
     "  gqtool call 127.0.0.1:5000 --command 0x20 --reply ints 5\n"
     "  gqtool call 127.0.0.1:5000 --command 6 --hex 'ff ff ff ff'\n"
     "\n"
+    "A map of commands is a text file with a line COMMAND NAME REQUEST REPLY for each command of a server, for "
+    "example\n"
+    "'0x35 currentValues int bytes:pointRealDatas'. REQUEST is -, int, intPair, ints or hex; REPLY is int, ints,\n"
+    "bytes, strings or bytes:FORM, with a FORM of 'gqtool decode --list', whose records are then printed:\n"
+    "  gqtool call --map plant.map 127.0.0.1:5000 currentValues 0\n"
+    "\n"
     "Forms:\n"
     "%2\n"
     "--repeat sends the request many times and prints the number of failures, the requests per second, and the\n"
@@ -224,6 +233,10 @@ int runCall(const QStringList& arguments)
 {
     CommandLine line(QString(description).arg(commandList(), formList()));
     const RawRequest raw(line);
+    const Option count =
+        line.integer("count", "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)",
+                     "NUMBER", 0, INT_MAX);
+    const Option map = line.text("map", "take COMMAND from the map of commands in FILE", "FILE");
     const Option timeout =
         line.integer("timeout", "wait up to MS for each read and write (default: 9000)", "MS", 1, INT_MAX, 9000);
     const Option udp = line.flag("udp", "send a datagram; a lost one times out");
@@ -233,7 +246,8 @@ int runCall(const QStringList& arguments)
     interval.needs(repeat);
     const Option json = line.flag("json", "print each reply as a line of JSON; with --repeat, the totals too");
     const Option server = line.requiredArgument("HOST:PORT", "the server: a name or a dotted IPv4 address, and a port");
-    const Option command = line.optionalArgument("COMMAND", "one of the commands above, unless --command is given");
+    const Option command =
+        line.optionalArgument("COMMAND", "one of the commands above or of the map, unless --command is given");
     const Option integers = line.argumentList("INTEGER", "arguments of the command");
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
@@ -243,17 +257,26 @@ int runCall(const QStringList& arguments)
     QString error = readEndpoint(server.text(), endpoint);
     if (!error.isEmpty())
         return usageError(error);
+    if (count.isSet() && !raw.isAsked() && !map.isSet())
+        return usageError("--count requires --command or --map");
+    if (map.isSet() && raw.isAsked())
+        return usageError("--map and --command exclude each other");
+    CommandMap plant;
+    if (map.isSet() && !plant.read(map.text(), error)) {
+        printError(error);
+        return exitFailed;
+    }
     CallRun run;
     const QStringList words = command.texts() + integers.texts();
     if (raw.isAsked()) {
         if (!raw.read(words, run.request, error))
             return usageError(error);
-        run.name = QString("command 0x%1").arg(run.request.command, 2, 16, QChar('0'));
-    } else {
-        if (!readNamed(words, udp.isSet(), run.request, error))
-            return usageError(error);
-        run.name = command.text();
+        run.name = "command " + commandText(run.request.command);
+    } else if (!readCommand(words, plant, udp.isSet(), run, error)) {
+        return usageError(error);
     }
+    if (count.isSet())
+        run.request.count = count.number();
     run.times = repeat.number();
     run.intervalMs = interval.number();
     run.printsJson = json.isSet();

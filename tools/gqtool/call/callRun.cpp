@@ -1,10 +1,12 @@
 #include "callRun.h"
 
 #include "gqtool/command.h"
+#include "gqtool/records/recordTexts.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QMap>
 
 #include <unistd.h>
@@ -18,8 +20,13 @@ using Clock = std::chrono::steady_clock;
 
 // --- One reply ----------------------------------------------------------------------------------------------------
 
-static QJsonValue valueOf(ReplyForm form, const CallReply& reply)
+static QJsonValue valueOf(const CallRun& run, const CallReply& reply)
 {
+    const ReplyForm form = run.request.form;
+    if (run.records != nullptr && reply.result == 1) {
+        const QJsonDocument json = QJsonDocument::fromJson(recordTexts(*run.records, reply.bytes).json.toUtf8());
+        return json.isArray() ? QJsonValue(json.array()) : QJsonValue(json.object());
+    }
     if (form == replyInt)
         return reply.ints.empty() ? QJsonValue() : QJsonValue(reply.ints[0]);
     if (form == replyBytes)
@@ -32,12 +39,12 @@ static QJsonValue valueOf(ReplyForm form, const CallReply& reply)
     return values;
 }
 
-static QJsonObject jsonOf(ReplyForm form, const CallReply& reply)
+static QJsonObject jsonOf(const CallRun& run, const CallReply& reply)
 {
     QJsonObject json = {{"result", reply.result == 1 ? "good" : "failed"},
                         {"code", reply.result},
                         {"meaning", reply.meaning},
-                        {"value", valueOf(form, reply)},
+                        {"value", valueOf(run, reply)},
                         {"ms", reply.milliseconds}};
     if (reply.result != 1)
         json["cause"] = causeWord(reply.cause);
@@ -59,10 +66,29 @@ static QString failureText(const CallReply& reply)
     return QString("failed with %1: %2: %3").arg(reply.result).arg(causeWord(reply.cause), reply.meaning);
 }
 
+// Prints the records of a good reply. Returns an exit code.
+static int finishRecords(const CallRun& run, const CallReply& reply)
+{
+    const RecordTexts records = recordTexts(*run.records, reply.bytes);
+    if (run.printsJson) {
+        printJson(jsonOf(run, reply));
+    } else {
+        for (const QString& text : records.texts)
+            printLine(text);
+        if (records.rest > 0)
+            printLine(QString("(%1 bytes after the records)").arg(records.rest));
+    }
+    if (!records.fault.isEmpty())
+        printError(QString("%1: the reply is no %2: %3").arg(run.name, run.records->name, records.fault));
+    return records.fault.isEmpty() ? exitGood : exitFailed;
+}
+
 static int finish(const CallRun& run, const CallReply& reply)
 {
+    if (reply.result == 1 && run.records != nullptr)
+        return finishRecords(run, reply);
     if (run.printsJson) {
-        printJson(jsonOf(run.request.form, reply));
+        printJson(jsonOf(run, reply));
     } else {
         printReply(reply);
         if (reply.result != 1)
@@ -178,7 +204,7 @@ int callRepeatedly(CallClient& client, const CallRun& run)
         else
             ++tally.failures[failureText(reply)];
         if (run.printsJson) {
-            QJsonObject line = jsonOf(run.request.form, reply);
+            QJsonObject line = jsonOf(run, reply);
             line["request"] = tally.requests;
             printJson(line);
         }

@@ -4,12 +4,15 @@
 
 #include <QString>
 
+struct Form;
+
 static const int largestRun = 10000000; // requests; limited because the time of each is stored
 
 // The command line of `call`.
 struct CallRun {
     CallRequest request;
-    QString name; // of the request, in messages
+    QString name;                  // of the request, in messages
+    const Form* records = nullptr; // of the bytes of the reply; null if they have no form
     int times = 1;
     int intervalMs = 0; // between the starts of two requests; a request that is late starts immediately
     bool printsJson = false;

@@ -1,0 +1,137 @@
+#include "support/gqtoolProgram.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+// `gqtool call --map` with the simulated station.
+
+class GqtoolMap : public ::testing::Test {
+protected:
+    void write(const QByteArray& text)
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+
+    Outcome call(const QStringList& words)
+    {
+        return run(QStringList{"call", "--map", path, station.endpoint} + words);
+    }
+
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("plant.map");
+    RunningStation station;
+};
+
+static const char* const values = "0x35 currentValues int bytes:pointRealDatas\n";
+
+TEST_F(GqtoolMap, printsALineForEachRecord)
+{
+    write(values);
+    const Outcome outcome = call({"currentValues", "0"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    const QStringList lines = outcome.output.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 5);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(lines[i].contains(QRegularExpression("^pointKind [123], pointId [123]00[0-2], value [-.0-9e]+, "
+                                                         "intValue \\d+, stamp1 \\d+, stamp2 \\d+, flag1 \\d+, "
+                                                         "flag2 \\d+$")))
+            << lines[i].toStdString();
+    EXPECT_EQ(call({"0x35", "0"}).output.count('\n'), 5); // by its number too
+    EXPECT_EQ(call({"53", "0"}).output.count('\n'), 5);
+}
+
+TEST_F(GqtoolMap, printsALineForEachFieldOfASingleRecord)
+{
+    write("0x38 object int bytes:objectBlob\n");
+    const Outcome outcome = call({"object", "0"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.output.contains("\nword1 ")) << outcome.output.toStdString();
+    EXPECT_TRUE(outcome.output.contains("\nproperties[0].value.kind ")) << outcome.output.toStdString();
+}
+
+TEST_F(GqtoolMap, printsRecordsAsJson)
+{
+    write(values);
+    const Outcome outcome = run({"call", "--map", path, "--json", station.endpoint, "currentValues", "0"});
+    const QJsonObject json = QJsonDocument::fromJson(outcome.output.toUtf8()).object();
+    EXPECT_EQ(json["result"], "good");
+    ASSERT_EQ(json["value"].toArray().size(), 5);
+    EXPECT_EQ(json["value"].toArray()[0].toObject()["pointId"], 1000);
+}
+
+TEST_F(GqtoolMap, makesTheRequestAndReadsTheReplyInTheirForms)
+{
+    write("0x20 someInts int ints\n"
+          "0x21 someBytes hex bytes\n"
+          "0x22 someTexts int strings\n"
+          "5 clock intPair int\n"
+          "6 mode ints int\n"
+          "1 state - int\n");
+    EXPECT_EQ(call({"someInts", "2"}).output, "200\n210\n");
+    EXPECT_EQ(call({"someBytes", "03", "00", "00", "00"}).output, "00 01 02\n");
+    EXPECT_EQ(call({"someTexts", "2"}).output.count('\n'), 2);
+    EXPECT_EQ(call({"clock", "7", "8"}).exitCode, 0);
+    EXPECT_EQ(call({"mode", "-4", "5"}).exitCode, 0);
+    Outcome outcome = run({"call", station.endpoint, "systemState"});
+    EXPECT_EQ(outcome.output, "2\n"); // the count of the list
+    outcome = call({"state"});        // the station wants an integer
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors.left(25), "gqtool: state failed with");
+}
+
+TEST_F(GqtoolMap, readsFramesUntilTheListHasItsCount)
+{
+    write("0x20 someInts int ints\n");
+    EXPECT_EQ(call({"someInts", "250"}).output.count('\n'), 100); // the first frame
+    EXPECT_EQ(run({"call", "--map", path, "--count", "250", station.endpoint, "someInts", "250"}).output.count('\n'),
+              250);
+}
+
+TEST_F(GqtoolMap, reportsAReplyThatHasAnotherForm)
+{
+    write("0x35 currentValues int bytes:pointInfos\n");
+    const Outcome outcome = call({"currentValues", "0"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: currentValues: the reply is no pointInfos: byte "))
+        << outcome.errors.toStdString();
+}
+
+TEST_F(GqtoolMap, reportsWrongArguments)
+{
+    write(QByteArray(values) + "0x21 pair intPair int\n0x22 nothing - int\n0x23 bytes_ hex int\n");
+    const auto errorOf = [&](const QStringList& words) {
+        const Outcome outcome = call(words);
+        EXPECT_EQ(outcome.exitCode, 2);
+        return outcome.errors.section('\n', 0, 0).toStdString();
+    };
+    EXPECT_EQ(errorOf({"currentValues"}), "gqtool: currentValues requires INTEGER");
+    EXPECT_EQ(errorOf({"pair", "1"}), "gqtool: pair requires INTEGER INTEGER");
+    EXPECT_EQ(errorOf({"nothing", "1"}), "gqtool: nothing takes no arguments");
+    EXPECT_EQ(errorOf({"pair", "1", "x"}), "gqtool: INTEGER must be a 4-byte integer, got 'x'");
+    EXPECT_TRUE(QString::fromStdString(errorOf({"bytes_", "0g"})).startsWith("gqtool: bytes_: line 1"));
+    EXPECT_EQ(errorOf({"currentValue"}), "gqtool: unknown COMMAND 'currentValue'; did you mean 'currentValues'?");
+    EXPECT_EQ(run({"call", "--map", path, station.endpoint, "--command", "6", "1"}).exitCode, 2);
+    EXPECT_EQ(run({"call", "--count", "6", station.endpoint, "systemState"}).exitCode, 2);
+}
+
+TEST_F(GqtoolMap, reportsAWrongLineOrAMissingFile)
+{
+    write("# plant\n0x35 currentValues int bytes:values\n");
+    Outcome outcome = call({"currentValues", "0"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors,
+              "gqtool: " + path + ":2: REPLY has no form 'values'; gqtool decode --list prints the forms\n");
+    outcome = run({"call", "--map", "/nowhere/plant.map", station.endpoint, "systemState"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: cannot read /nowhere/plant.map: No such file or directory\n");
+    outcome = run({"call", "--map", "/dev/zero", station.endpoint, "systemState"});
+    EXPECT_EQ(outcome.errors, "gqtool: /dev/zero: a map must have at most 1048576 bytes\n");
+}

@@ -1,0 +1,62 @@
+#include "requestPayload.h"
+
+#include "gqtool/commandLine.h"
+#include "gqtool/dump/hexReader.h"
+
+#include <climits>
+#include <socketApi.h>
+
+bool readInts(const QStringList& words, std::vector<int>& values, QString& error)
+{
+    for (const QString& word : words) {
+        int value = 0;
+        if (!readInt(word, INT_MIN, INT_MAX, value)) {
+            error = QString("INTEGER must be a 4-byte integer, got '%1'").arg(word);
+            return false;
+        }
+        values.push_back(value);
+    }
+    return true;
+}
+
+QByteArray intsPayload(const std::vector<int>& values)
+{
+    QByteArray payload;
+    for (const int value : values)
+        gqdb::CByte2Val::int2Byte(value, payload);
+    return payload;
+}
+
+static ReplyForm replyFormOf(const MappedCommand& command)
+{
+    if (command.reply == "ints")
+        return replyInts;
+    if (command.reply == "bytes")
+        return replyBytes;
+    return command.reply == "strings" ? replyStrings : replyInt;
+}
+
+bool readMapped(const MappedCommand& command, const QStringList& words, CallRequest& request, QString& error)
+{
+    request.command = command.number;
+    request.form = replyFormOf(command);
+    if (command.request == "hex") {
+        if (readHex(words.join(' ').toUtf8(), request.payload, error))
+            return true;
+        error = command.name + ": " + error;
+        return false;
+    }
+    const int wanted = command.request == "-" ? 0 : command.request == "int" ? 1 : 2;
+    if (command.request != "ints" && words.size() != wanted) {
+        error = wanted == 0 ? QString("%1 takes no arguments").arg(command.name)
+                            : QString("%1 requires %2").arg(command.name, wanted == 1 ? "INTEGER" : "INTEGER INTEGER");
+        return false;
+    }
+    std::vector<int> values;
+    if (!readInts(words, values, error))
+        return false;
+    if (command.request == "ints")
+        values.insert(values.begin(), words.size());
+    request.payload = intsPayload(values);
+    return true;
+}
