@@ -2,6 +2,7 @@
 #include "commandLine.h"
 #include "endpoint.h"
 #include "gqtool/station/commandAnswers.h"
+#include "gqtool/station/recordedAnswers.h"
 #include "gqtool/station/simulatedAnswers.h"
 #include "gqtool/station/station.h"
 #include "shared/console.h"
@@ -14,6 +15,7 @@
 #include <csignal>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 // The options that spoil every greeting or reply. Each has the name of its fault.
 class FaultOptions {
@@ -123,6 +125,10 @@ static const char* const description =
     "  \"payload\" (hex digits), \"file\" (its name)  the bytes of a payload as they are\n"
     "SIGHUP reads the file again. If it has errors, they are printed, and the commands stay as they were.\n"
     "\n"
+    "--replay FILE gives each request the reply that a recorded server sent to the same command and payload, in the\n"
+    "recorded order; the last one is repeated. The payload of commands 1 to 3, the client's clock, does not count.\n"
+    "Greetings are the recorded ones. A request that was not recorded is answered with error -10.\n"
+    "\n"
     "A script defines which greetings and replies go wrong. It has one fault per line, and comments from #:\n"
     "  greeting|reply|command COMMAND SELECTOR FAULT [VALUE]\n"
     "Greetings, replies, and the replies to each command are numbered from 1, over all connections and datagrams.\n"
@@ -145,6 +151,11 @@ int runStation(const QStringList& arguments)
         "MS", 0, INT_MAX, 100);
     const FaultOptions everyFault(line);
     const Option commands = line.text("commands", "answer as FILE says, see above; SIGHUP reads it again", "FILE");
+    const Option replay = line.text("replay", "answer as the server did in FILE, which 'trace --record' wrote", "FILE");
+    const Option asTimed = line.flag("as-timed", "replay with the recorded delays");
+    replay.excludes(commands);
+    replay.excludes(greeting); // the greeting is the recorded one
+    asTimed.needs(replay);
     const Option script = line.text("script", "read faults from FILE, see above", "FILE");
     const Option seed =
         line.integer("seed", "choose faults by chance from NUMBER (default: 1)", "NUMBER", 0, INT_MAX, 1);
@@ -181,6 +192,13 @@ int runStation(const QStringList& arguments)
         answers.reset(commandFile);
         if (!readCommands(*commandFile))
             return exitFailed;
+    } else if (replay.isSet()) {
+        auto recorded = std::make_unique<RecordedAnswers>(asTimed.isSet(), gap.number());
+        if (!recorded->read(replay.text(), error)) {
+            printError(error);
+            return exitFailed;
+        }
+        answers = std::move(recorded);
     } else {
         answers = std::make_unique<SimulatedAnswers>(greeting.number(), gap.number());
     }

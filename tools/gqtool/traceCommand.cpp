@@ -38,7 +38,9 @@ static const char* const description =
     "the station directly. Wireshark opens it, also while it is being written:\n"
     "\n"
     "  gqtool trace --listen 5001 --pcap FILE 127.0.0.1:5000\n"
-    "  tshark -r FILE -d tcp.port==5000,gqframe";
+    "  tshark -r FILE -d tcp.port==5000,gqframe\n"
+    "\n"
+    "'gqtool station --replay' answers like the station, from a file of --record.";
 
 int runTrace(const QStringList& arguments)
 {
@@ -47,6 +49,7 @@ int runTrace(const QStringList& arguments)
     const Option address = line.text("address", "listen on ADDRESS (default: 127.0.0.1)", "ADDRESS", "127.0.0.1");
     const Option udp = line.flag("udp", "relay datagrams instead of connections");
     const Option pcap = line.text("pcap", "also write all packets to FILE, for Wireshark", "FILE");
+    const Option record = line.text("record", "also write the lines of --json to FILE, with whole payloads", "FILE");
     const Option map = line.text("map", "show commands and payloads by the map of commands in FILE", "FILE");
     const Option json =
         line.flag("json", "print each line as a JSON object, with up to 65536 bytes of a payload in hex");
@@ -90,6 +93,10 @@ int runTrace(const QStringList& arguments)
         return exitFailed;
     }
     TraceOutput output(json.isSet(), isUdp, map.isSet() ? &commands : nullptr);
+    if (record.isSet() && !output.record(record.text(), error)) {
+        printError(QString("cannot write to %1: %2").arg(record.text(), error));
+        return exitFailed;
+    }
     const int stopper = openStopper();
     output.listening(endpointText(local), endpointText(station));
     const auto relay = isUdp ? relayDatagrams : relayStreams;
@@ -98,5 +105,5 @@ int runTrace(const QStringList& arguments)
         printError(QString("cannot relay: %1").arg(strerror(errno)));
     if (isatty(STDERR_FILENO) != 0)
         printError(output.summary());
-    return isGood && capture.isGood() ? exitGood : exitFailed;
+    return isGood && capture.isGood() && output.isGood() ? exitGood : exitFailed;
 }

@@ -9,10 +9,35 @@
 #include <QJsonDocument>
 
 #include <chrono>
+#include <climits>
+
+static const int shownBytes = 65536; // of each payload, on standard output
 
 TraceOutput::TraceOutput(bool json, bool datagrams, const CommandMap* map)
     : isJson(json), source{datagrams, false, {}, map}
 {
+}
+
+bool TraceOutput::record(const QString& path, QString& error)
+{
+    recording.setFileName(path);
+    const bool isOpen = recording.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered);
+    error = recording.errorString();
+    return isOpen;
+}
+
+int TraceOutput::keptBytes() const
+{
+    return recording.isOpen() ? INT_MAX : shownBytes;
+}
+
+void TraceOutput::writeRecord(const QJsonObject& json)
+{
+    const QByteArray line = QJsonDocument(json).toJson(QJsonDocument::Compact) + '\n';
+    hasFailed = recording.write(line) != line.size();
+    if (hasFailed)
+        printError(QString("cannot write to %1, the trace continues without it: %2")
+                       .arg(recording.fileName(), recording.errorString()));
 }
 
 static long long microsecondsNow()
@@ -35,10 +60,15 @@ QString sideText(Side side)
 
 void TraceOutput::print(int connection, const QString& text, QJsonObject json)
 {
+    json["time"] = isoTime(now);
+    if (connection > 0)
+        json["connection"] = connection;
+    if (recording.isOpen() && !hasFailed)
+        writeRecord(json);
     if (isJson) {
-        json["time"] = isoTime(now);
-        if (connection > 0)
-            json["connection"] = connection;
+        const QString payload = json.value("payload").toString();
+        if (payload.size() > 2 * shownBytes)
+            json["payload"] = payload.left(2 * shownBytes);
         printLine(QJsonDocument(json).toJson(QJsonDocument::Compact));
         return;
     }
@@ -114,7 +144,7 @@ void TraceOutput::end(int connection, Side from, FrameStream& stream)
 void TraceOutput::datagram(int connection, Side from, const QByteArray& bytes)
 {
     now = microsecondsNow();
-    FrameStream stream(keptBytes);
+    FrameStream stream(keptBytes());
     printItems(connection, from, stream.feed(bytes));
     printItems(connection, from, stream.end());
 }

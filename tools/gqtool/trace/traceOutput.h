@@ -3,6 +3,7 @@
 #include "gqtool/frames/frameStream.h"
 #include "gqtool/frames/payloadForm.h"
 
+#include <QFile>
 #include <QJsonObject>
 #include <QString>
 
@@ -10,13 +11,20 @@ enum class Side { client, station };
 
 QString sideText(Side side); // "client" or "station"
 
-// The lines of a trace: one per frame and event, on standard output.
+// The lines of a trace: one per frame and event, on standard output, and as JSON in a file.
 class TraceOutput {
 public:
-    static constexpr int keptBytes = 65536; // of each payload
-
     // Shows commands by the names of `map`, if it is not null, and their payloads in its forms.
     TraceOutput(bool json, bool datagrams, const CommandMap* map);
+
+    // Also writes each line to a file, with whole payloads. Returns false and the reason in `error` on failure.
+    bool record(const QString& path, QString& error);
+
+    // Number of bytes that a stream must keep of each payload.
+    int keptBytes() const;
+
+    // Returns false if writing the file failed.
+    bool isGood() const { return !hasFailed; }
 
     void listening(const QString& endpoint, const QString& station);
     void connected(int connection, const QString& client);
@@ -39,9 +47,13 @@ private:
     void addContent(const Frame& frame, const MappedCommand& command, QJsonObject& json) const;
     void printItems(int connection, Side from, const std::vector<StreamItem>& items);
 
+    void writeRecord(const QJsonObject& json);
+
     bool isJson;
     FrameSource source;
-    long long now = 0; // time of the current line, in microseconds since 1970
+    QFile recording;
+    bool hasFailed = false; // to write it
+    long long now = 0;      // time of the current line, in microseconds since 1970
     int connections = 0;
     long long requests = 0; // frames of clients
     long long replies = 0;

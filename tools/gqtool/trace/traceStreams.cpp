@@ -27,7 +27,7 @@ struct Flow {
     QByteArray waiting = {};
     bool hasEnded = false; // the source has ended its stream
     bool isPassed = false; // the end was passed on to the sink
-    FrameStream frames = FrameStream(TraceOutput::keptBytes);
+    FrameStream frames = FrameStream();
 };
 
 class RelayedConnection {
@@ -71,6 +71,8 @@ RelayedConnection::RelayedConnection(int connectionNumber, int clientSocket, con
       captured(capturedConnection), flows{{{Side::client, client, station}, {Side::station, station, client}}}
 {
     captured.begun();
+    for (Flow& flow : flows)
+        flow.frames = FrameStream(output.keptBytes());
     const int on = 1;
     for (const int end : {client, station})
         setsockopt(end, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);

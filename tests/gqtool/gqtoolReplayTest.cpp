@@ -1,0 +1,225 @@
+// gqtool trace --record FILE and gqtool station --replay FILE.
+
+#include "stationClients.h"
+
+#include <QDateTime>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+struct ReplayingStation : ScriptFile, RunningStation {
+    explicit ReplayingStation(const QByteArray& recording, const QStringList& options = {"--gap", "0"})
+        : ScriptFile(recording, "recording.json"), RunningStation(QStringList{"--replay", path} + options)
+    {
+    }
+};
+
+// A line of a recording: the time in ms, from whom, the sequence, the command and the payload.
+static QByteArray line(int ms, const char* from, int sequence, int command, const char* payload, int connection = 1)
+{
+    return QString("{\"time\": \"2026-01-02T03:04:%1.%2Z\", \"connection\": %3, \"from\": \"%4\", \"sequence\": %5, "
+                   "\"command\": %6, \"payload\": \"%7\"}\n")
+        .arg(ms / 1000, 2, 10, QChar('0'))
+        .arg(ms % 1000 * 1000, 6, 10, QChar('0'))
+        .arg(connection)
+        .arg(from)
+        .arg(sequence)
+        .arg(command)
+        .arg(payload)
+        .toUtf8();
+}
+
+// A frame with a payload of 4 bytes.
+static QByteArray frame(const char* sequence, const char* command, const char* payload)
+{
+    return QByteArray::fromHex(QByteArray("68 04000000 ") + sequence + "00 00 00" + command + payload + "0000 16");
+}
+
+static const QByteArray recordedGreeting = line(0, "station", 0, 0, "05000000");
+static const QByteArray greeting5 = frame("00", "00", "05000000");
+
+TEST(GqtoolReplay, sendsTheRecordedGreetingsAndRepliesInTheirOrder)
+{
+    const ReplayingStation station(recordedGreeting + line(1, "client", 0, 64, "07000000") +
+                                   line(2, "station", 0, 64, "01000000") + line(3, "client", 1, 64, "07000000") +
+                                   line(4, "station", 1, 64, "02000000") +
+                                   line(5, "station", 0, 0, "06000000", 2)); // another connection
+    PlainClient first(station);
+    EXPECT_NEXT(first, greeting5);
+    PlainClient second(station);
+    EXPECT_NEXT(second, frame("00", "00", "06000000"));
+    EXPECT_NEXT(PlainClient(station), frame("00", "00", "06000000"));
+    first.send(frame("03", "40", "07000000"));
+    EXPECT_NEXT(first, frame("03", "40", "01000000"));
+    second.send(frame("09", "40", "07000000"));
+    EXPECT_NEXT(second, frame("09", "40", "02000000"));
+    first.send(frame("04", "40", "07000000"));
+    EXPECT_NEXT(first, frame("04", "40", "02000000"));
+}
+
+TEST(GqtoolReplay, refusesWhatWasNotRecorded)
+{
+    const ReplayingStation station(recordedGreeting + line(1, "client", 0, 64, "07000000") +
+                                   line(2, "station", 0, 64, "01000000"));
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting5);
+    client.send(frame("00", "40", "08000000")); // another payload
+    EXPECT_NEXT(client, frame("00", "ff", "f6ffffff"));
+    client.send(frame("00", "01", "07000000")); // another command, although a ready-made one
+    EXPECT_NEXT(client, frame("00", "ff", "f6ffffff"));
+}
+
+TEST(GqtoolReplay, ignoresTheClockInReadyMadeRequests)
+{
+    for (const char* command : {"01", "02", "03"}) {
+        const ReplayingStation station(recordedGreeting + line(1, "client", 0, command[1] - '0', "07000000") +
+                                       line(2, "station", 0, command[1] - '0', "09000000"));
+        PlainClient client(station);
+        EXPECT_NEXT(client, greeting5);
+        client.send(frame("00", command, "08000000"));
+        EXPECT_NEXT(client, frame("00", command, "09000000"));
+    }
+}
+
+TEST(GqtoolReplay, sendsAllFramesOfAReplyAsTheyWere)
+{
+    const QByteArray odd = R"({"from": "station", "sequence": 77, "command": 64, "arg1": 1, "arg2": 2, "payload": "",
+                               "check": "abcd", "end": "17", "fault": "end"})";
+    const ReplayingStation station(recordedGreeting + line(1, "client", 5, 64, "07000000") +
+                                   line(2, "station", 5, 64, "01000000") + line(3, "station", 5, 255, "f9ffffff") +
+                                   QByteArray(odd).replace('\n', ' ') + "\n" +
+                                   R"({"from": "station", "garbage": "c0ffee"})" + "\n");
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting5);
+    client.send(frame("06", "40", "07000000"));
+    EXPECT_NEXT(client, frame("06", "40", "01000000") + frame("06", "ff", "f9ffffff") +
+                            "68 00000000 4d00 02 01 40 abcd 17 c0ffee"_hex); // not the sequence of its request
+}
+
+TEST(GqtoolReplay, staysSilentWhereTheServerDid)
+{
+    const ReplayingStation station(recordedGreeting + line(1, "client", 0, 64, "07000000") +
+                                   line(2, "client", 1, 65, "07000000") + line(3, "station", 1, 65, "01000000"));
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting5);
+    client.send(frame("00", "40", "07000000") + frame("00", "41", "07000000"));
+    EXPECT_NEXT(client, frame("00", "41", "01000000"));
+}
+
+TEST(GqtoolReplay, waitsAsLongAsTheServerOnlyIfAsked)
+{
+    const QByteArray recording = recordedGreeting + line(10000, "client", 0, 64, "07000000") +
+                                 line(10300, "station", 0, 64, "01000000") + line(10500, "station", 0, 64, "02000000");
+    const auto timeOfReply = [&](const QStringList& options) {
+        const ReplayingStation station(recording, options);
+        PlainClient client(station);
+        EXPECT_NEXT(client, greeting5);
+        const Clock::time_point start = Clock::now();
+        client.send(frame("00", "40", "07000000"));
+        EXPECT_NEXT(client, frame("00", "40", "01000000") + frame("00", "40", "02000000"));
+        return msSince(start);
+    };
+    EXPECT_GE(timeOfReply({"--as-timed"}), 500);
+    EXPECT_GE(timeOfReply({"--gap", "200"}), 200);
+}
+
+TEST(GqtoolReplay, refusesABadRecordingWithItsLine)
+{
+    const struct {
+        QByteArray line;
+        const char* message;
+    } lines[] = {
+        {R"({"from": "station", "command": 64, "length": 70000, "payload": "0102"})",
+         "the payload is cut: it has 2 of 70000 bytes; record with 'gqtool trace --record'"},
+        {R"({"from": "station", "command": 64, "length": 4, "payload": "0102", "fault": "cut"})",
+         "the frame is incomplete and cannot be replayed; remove the line"},
+        {R"({"from": "server", "command": 64, "payload": ""})", "from must be client or station, got \"server\""},
+        {R"({"from": "client", "command": 256, "payload": ""})", "command must be an integer from 0 to 255, got 256"},
+        {R"({"from": "client", "payload": ""})", "command is missing"},
+        {R"({"from": "client", "command": 64, "payload": "0"})",
+         "payload must be hex digits, two for each of its bytes, got \"0\""},
+        {"68 04", "must be a JSON object of 'gqtool trace --record'"},
+    };
+    for (const auto& bad : lines) {
+        SCOPED_TRACE(bad.line.constData());
+        const ScriptFile file(recordedGreeting + line(1, "client", 0, 64, "07000000") + bad.line + "\n", "recording");
+        const Outcome outcome = run({"station", "--replay", file.path});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors.toStdString(),
+                  QString("gqtool: %1: line 3: %2\n").arg(file.path, bad.message).toStdString());
+    }
+    const ScriptFile noTime(R"({"from": "client", "command": 64, "payload": ""})", "recording");
+    EXPECT_TRUE(run({"station", "--as-timed", "--replay", noTime.path}).errors.contains("line 1: time must be"));
+    const ScriptFile empty("", "recording");
+    EXPECT_EQ(run({"station", "--replay", empty.path}).errors, "gqtool: " + empty.path + ": contains no request\n");
+}
+
+// --- Recording ----------------------------------------------------------------------------------------------------
+
+struct RecordingTrace : RunningProgram {
+    RecordingTrace(const RunningStation& station, const QStringList& options)
+        : RunningProgram(GQTOOL, QStringList{"trace", "--listen", "0"} + options + QStringList{station.endpoint})
+    {
+        endpoint = nextLine().section(" on ", 1).section(' ', 0, 0);
+    }
+
+    QString endpoint;
+};
+
+TEST(GqtoolReplay, answersLikeTheServerThatWasRecorded)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("recording.json");
+    const QList<QStringList> requests = {{"systemState"},  {"setState", "7"}, {"systemState"},   {"ints", "250"},
+                                         {"strings", "3"}, {"error", "-9"},   {"bytes", "70000"}};
+    RunningStation server({"--gap", "20"});
+    RecordingTrace trace(server, {"--record", path});
+    QList<Outcome> outcomes;
+    for (const QStringList& request : requests)
+        outcomes.append(run(QStringList{"call", trace.endpoint, "--"} + request));
+    EXPECT_EQ(trace.end(), 0);
+    server.end();
+
+    RunningStation replay({"--replay", path, "--gap", "20"});
+    for (int i = 0; i < requests.size(); ++i) {
+        const Outcome outcome = run(QStringList{"call", replay.endpoint, "--"} + requests[i]);
+        EXPECT_EQ(outcome.exitCode, outcomes[i].exitCode);
+        EXPECT_EQ(outcome.output.toStdString(), outcomes[i].output.toStdString());
+        EXPECT_EQ(outcome.errors, outcomes[i].errors);
+    }
+}
+
+TEST(GqtoolReplay, answersDatagramsFromARecordingOfDatagrams)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("recording.json");
+    RunningStation server({"--udp"});
+    RecordingTrace trace(server, {"--udp", "--record", path});
+    EXPECT_EQ(run({"call", "--udp", trace.endpoint, "setState", "7"}).output, "7\n");
+    EXPECT_EQ(trace.end(), 0);
+    server.end();
+    RunningStation replay({"--udp", "--replay", path});
+    EXPECT_EQ(replay.callByUdp({"setState", "7"}).output, "7\n");
+    EXPECT_EQ(replay.callByUdp({"setState", "8"}).exitCode, 1);
+}
+
+TEST(GqtoolReplay, recordsWholePayloads)
+{
+    const ScriptFile payload(QByteArray(100000, 'x'), "payload");
+    const ScriptFile commands(
+        R"({"commands": [{"command": 64, "reply": {"file": ")" + payload.path.toUtf8() + R"("}}]})", "commands.json");
+    RunningStation server({"--commands", commands.path});
+    RecordingTrace trace(server, {"--record", payload.folder.filePath("recording.json")});
+    run({"call", "--command", "64", trace.endpoint, "1"});
+    EXPECT_EQ(trace.end(), 0);
+    QFile recording(payload.folder.filePath("recording.json"));
+    ASSERT_TRUE(recording.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(recording.readAll().contains(QByteArray(100000, 'x').toHex()));
+}
+
+TEST(GqtoolReplay, reportsARecordingThatCannotBeWritten)
+{
+    const Outcome outcome = run({"trace", "--listen", "0", "--record", "/missing/file", "127.0.0.1:1"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to /missing/file: No such file or directory\n");
+}

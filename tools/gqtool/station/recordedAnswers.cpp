@@ -1,0 +1,256 @@
+#include "recordedAnswers.h"
+
+#include "gqtool/records/jsonText.h"
+#include "shared/stationProtocol.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <socketApi.h>
+
+using gqdb::CByte2Val;
+using gqdb::CSocketAPI;
+
+static const int sequenceOffset = 5; // in a frame
+
+// The payload of three ready-made requests is the client's clock.
+static QByteArray keyOf(int command, const QByteArray& payload)
+{
+    const bool hasClock = command == CSocketAPI::systemStateCommand || command == CSocketAPI::systemTimeCommand ||
+                          command == CSocketAPI::clearCommand;
+    if (hasClock)
+        return QByteArray(1, static_cast<char>(command));
+    return QByteArray(1, static_cast<char>(command)) + payload;
+}
+
+// --- Reading ------------------------------------------------------------------------------------------------------
+
+class RecordingReader {
+public:
+    explicit RecordingReader(RecordedAnswers& recording) : answers(recording) {}
+
+    // Returns false with the reason in `error`.
+    bool readLine(const QByteArray& line);
+
+    QString error;
+
+private:
+    bool isWhole();
+    int takeInteger(const char* name, int most);
+    QByteArray takeHex(const char* name, int size);
+    QByteArray takeBytes();
+    size_t addExchange(RecordedAnswers::Sequel& sequel, int command, int sequence);
+    size_t exchangeOf(const std::vector<size_t>& candidates) const;
+
+    RecordedAnswers& answers;
+    QJsonObject item; // of the line
+    long long time = 0;
+    std::map<int, std::vector<size_t>> connections; // the exchanges of each, the greeting first
+};
+
+bool RecordingReader::readLine(const QByteArray& line)
+{
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(line, &parseError);
+    error.clear();
+    if (!document.isObject()) {
+        error = "must be a JSON object of 'gqtool trace --record'";
+        return false;
+    }
+    item = document.object();
+    const QDateTime moment = QDateTime::fromString(item.value("time").toString(), Qt::ISODateWithMs);
+    time = moment.toMSecsSinceEpoch();
+    if (answers.isTimed && !moment.isValid())
+        error = "time must be a moment such as 2026-01-31T23:59:59.000000Z" + gotText(item.value("time"));
+    if (!error.isEmpty() || (item.contains("event") && item.value("event") != "connected") || !isWhole())
+        return error.isEmpty();
+    std::vector<size_t>& exchanges = connections[item.value("connection").toInt(1)];
+    if (exchanges.empty())
+        exchanges.push_back(addExchange(answers.greetings, -1, 0));
+    if (item.contains("event"))
+        return true;
+    const QString from = item.value("from").toString();
+    if (from != "client" && from != "station") {
+        error = "from must be client or station" + gotText(item.value("from"));
+        return false;
+    }
+    const QByteArray bytes = takeBytes();
+    if (!error.isEmpty())
+        return false;
+    if (from == "client") {
+        if (item.value("command").isUndefined() || item.contains("fault"))
+            return true; // not a request
+        const int command = item.value("command").toInt();
+        const QByteArray payload = QByteArray::fromHex(item.value("payload").toString().toLatin1());
+        exchanges.push_back(
+            addExchange(answers.replies[keyOf(command, payload)], command, item.value("sequence").toInt()));
+        return true;
+    }
+    RecordedAnswers::Exchange& exchange = answers.exchanges[exchangeOf(exchanges)];
+    const bool returnsSequence =
+        item.value("sequence").isDouble() && item.value("sequence").toInt() == exchange.sequence;
+    exchange.frames.push_back({bytes, time, returnsSequence});
+    return true;
+}
+
+size_t RecordingReader::addExchange(RecordedAnswers::Sequel& sequel, int command, int sequence)
+{
+    sequel.exchanges.push_back(answers.exchanges.size());
+    answers.exchanges.push_back({time, command, sequence, {}});
+    return answers.exchanges.size() - 1;
+}
+
+// A frame from the server belongs to the last request with its command and sequence, else to the first one without an
+// answer, else to the last one.
+size_t RecordingReader::exchangeOf(const std::vector<size_t>& candidates) const
+{
+    const int command = item.value("command").toInt(-1);
+    const int sequence = item.value("sequence").toInt(-1);
+    const auto belongs = [&](size_t index) {
+        const RecordedAnswers::Exchange& exchange = answers.exchanges[index];
+        return exchange.sequence == sequence && exchange.command >= 0 &&
+               (exchange.command == command || command == CSocketAPI::errorCommand);
+    };
+    const auto last = std::find_if(candidates.rbegin(), candidates.rend(), belongs);
+    if (last != candidates.rend())
+        return *last;
+    const auto open = std::find_if(candidates.begin() + 1, candidates.end(),
+                                   [&](size_t index) { return answers.exchanges[index].frames.empty(); });
+    return open != candidates.end() ? *open : candidates.back();
+}
+
+// --- Members of a line --------------------------------------------------------------------------------------------
+
+bool RecordingReader::isWhole()
+{
+    const int payloadSize = item.value("payload").toString().size() / 2;
+    if (item.value("fault") == "cut")
+        error = "the frame is incomplete and cannot be replayed; remove the line";
+    else if (item.value("payload").isString() && item.value("length").isDouble() &&
+             item.value("length").toDouble() > payloadSize)
+        error = QString("the payload is cut: it has %1 of %2 bytes; record with 'gqtool trace --record'")
+                    .arg(payloadSize)
+                    .arg(item.value("length").toDouble(), 0, 'f', 0);
+    return error.isEmpty();
+}
+
+int RecordingReader::takeInteger(const char* name, int most)
+{
+    const QJsonValue value = item.value(QLatin1String(name));
+    const double number = value.toDouble(0);
+    if ((!value.isUndefined() && !value.isDouble()) || number < 0 || number > most || std::floor(number) != number)
+        error = QString("%1 must be an integer from 0 to %2").arg(name).arg(most) + gotText(value);
+    return error.isEmpty() ? static_cast<int>(number) : 0;
+}
+
+// Of so many bytes; -1 means any number.
+QByteArray RecordingReader::takeHex(const char* name, int size)
+{
+    const QJsonValue value = item.value(QLatin1String(name));
+    const QByteArray digits = value.toString().toLatin1();
+    QByteArray bytes = QByteArray::fromHex(digits);
+    if (!value.isString() || bytes.toHex() != digits.toLower() || (size >= 0 && bytes.size() != size))
+        error = QString("%1 must be hex digits, two for each of %2")
+                    .arg(name, size < 0 ? QString("its bytes") : QString("%1 bytes").arg(size)) +
+                gotText(value);
+    return bytes;
+}
+
+// Returns the bytes of the line, with check and end as usual if they are not given.
+QByteArray RecordingReader::takeBytes()
+{
+    if (item.contains("garbage"))
+        return takeHex("garbage", -1);
+    if (item.contains("length") && !item.contains("command"))
+        return QByteArray(1, CSocketAPI::frameStart); // it began no frame
+    if (!item.contains("command"))
+        error = "command is missing";
+    QByteArray frame;
+    CSocketAPI::addHeader(static_cast<unsigned char>(takeInteger("command", UCHAR_MAX)),
+                          static_cast<unsigned char>(takeInteger("arg1", UCHAR_MAX)),
+                          static_cast<unsigned char>(takeInteger("arg2", UCHAR_MAX)),
+                          takeInteger("sequence", USHRT_MAX), 0, frame);
+    frame += takeHex("payload", -1);
+    const int payloadEnd = frame.size();
+    CSocketAPI::addEnd(frame);
+    if (item.contains("check"))
+        frame.replace(payloadEnd, 2, takeHex("check", 2));
+    if (item.contains("end"))
+        frame.replace(payloadEnd + 2, 1, takeHex("end", 1));
+    return frame;
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+bool RecordedAnswers::read(const QString& path, QString& error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QString("cannot read %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    RecordingReader reader(*this);
+    for (int number = 1; !file.atEnd(); ++number) {
+        const QByteArray line = file.readLine().trimmed();
+        if (!line.isEmpty() && !reader.readLine(line)) {
+            error = QString("%1: line %2: %3").arg(path).arg(number).arg(reader.error);
+            return false;
+        }
+    }
+    if (file.error() != QFileDevice::NoError) {
+        error = QString("cannot read %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    const auto isEmpty = [this](size_t index) {
+        return exchanges[index].frames.empty();
+    }; // such as of a failed connect
+    std::vector<size_t>& sent = greetings.exchanges;
+    sent.erase(std::remove_if(sent.begin(), sent.end(), isEmpty), sent.end());
+    if (replies.isEmpty())
+        error = path + ": contains no request";
+    return error.isEmpty();
+}
+
+const RecordedAnswers::Exchange* RecordedAnswers::nextOf(Sequel& sequel) const
+{
+    if (sequel.exchanges.empty())
+        return nullptr;
+    const Exchange* exchange = &exchanges[sequel.exchanges[sequel.next]];
+    sequel.next = std::min(sequel.next + 1, sequel.exchanges.size() - 1);
+    return exchange;
+}
+
+std::vector<TimedFrame> RecordedAnswers::framesOf(const Exchange& exchange, int sequence) const
+{
+    std::vector<TimedFrame> frames;
+    long long before = exchange.time;
+    for (const RecordedFrame& recorded : exchange.frames) {
+        TimedFrame frame = {recorded.bytes, frames.empty() ? 0 : gap};
+        if (recorded.returnsSequence)
+            CByte2Val::short2Byte(sequence, frame.bytes.data() + sequenceOffset);
+        if (isTimed)
+            frame.pauseMs = static_cast<int>(std::clamp<long long>(recorded.time - before, 0, INT_MAX));
+        before = recorded.time;
+        frames.push_back(frame);
+    }
+    return frames;
+}
+
+std::vector<TimedFrame> RecordedAnswers::greeting()
+{
+    const Exchange* exchange = nextOf(greetings);
+    return exchange == nullptr ? std::vector<TimedFrame>() : framesOf(*exchange, exchange->sequence);
+}
+
+std::vector<TimedFrame> RecordedAnswers::answer(const StationRequest& request)
+{
+    const auto found = replies.find(keyOf(request.frame.command, request.frame.payload));
+    if (found == replies.end())
+        return {{errorFrame(request, errorUnknownCommand)}};
+    return framesOf(*nextOf(*found), request.frame.sequence);
+}
