@@ -3,13 +3,13 @@
 // scripts/load.
 
 #include "shared/console.h"
+#include "shared/processFigures.h"
 #include "shared/progress.h"
 #include "shared/stationProcess.h"
 #include "shared/stationProtocol.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QFile>
 
 #include <unistd.h>
 
@@ -116,31 +116,6 @@ private:
     int sequenceWraps = 0;
 };
 
-// --- Memory -------------------------------------------------------------------------------------------------------
-
-// Returns the resident memory of a process in kB; 0 if it is gone.
-static int residentMemory(pid_t process)
-{
-    QFile file(QString("/proc/%1/status").arg(process));
-    file.open(QIODevice::ReadOnly);
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).replace("kB", "").trimmed().toInt();
-    }
-    return 0;
-}
-
-// In kB: once the clients have received replies of every size, and at the end; 0 before that.
-struct Memory {
-    int warm = 0;
-    int last = 0;
-
-    // The heaps of many threads settle slowly. A leak per request would exceed this by far.
-    bool hasGrown() const { return warm > 0 && last > warm + warm / 10 + 1024; }
-
-    QString verdict() const { return warm == 0 ? "  TOO SHORT TO COMPARE" : hasGrown() ? "  GROWN" : ""; }
-};
-
 // --- The run ------------------------------------------------------------------------------------------------------
 
 struct Plan {
@@ -172,12 +147,6 @@ static void runClient(LoadClient& client, int most, Run& run, const std::shared_
 static double secondsSince(Clock::time_point begin)
 {
     return std::chrono::duration<double>(Clock::now() - begin).count();
-}
-
-static void printMemory(const char* side, const Memory& memory)
-{
-    printLine(
-        QString("%1 %2 kB %3 kB%4").arg(side, -10).arg(memory.warm, 13).arg(memory.last, 10).arg(memory.verdict()));
 }
 
 // Returns true if each reply was right and no memory has grown.

@@ -209,6 +209,7 @@ std::vector<CommandAnswers::Part> CommandFileReader::readReply(const QJsonValue&
     const QJsonArray array = value.toArray();
     if (array.isEmpty())
         fail(place, " must have at least one frame");
+    parts.reserve(static_cast<size_t>(array.size()));
     for (int i = 0; i < array.size(); ++i)
         parts.push_back(readPart(array[i], QString("%1[%2]").arg(place).arg(i)));
     return parts;

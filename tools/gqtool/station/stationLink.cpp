@@ -167,7 +167,7 @@ void StationLink::sendPiece()
 
 void StationLink::finish()
 {
-    const Exchange& ended = *current;
+    const LinkExchange& ended = *current;
     const bool closes = ended.faults.closeAfter >= 0 && !ended.faults.silent && !isOfDatagrams;
     const bool isEnd = (ended.isLost || closes) && !isOfDatagrams;
     const int downMs = ended.faults.downMs;

@@ -14,6 +14,18 @@
 
 class Station;
 
+// What a link sends: its greeting or the reply to a request.
+struct LinkExchange {
+    std::optional<StationRequest> request; // none for the greeting
+    int number = 0;                        // of the reply
+    SendFaults faults;
+    bool isAnswered = false; // `pieces` has what is still to be sent
+    std::deque<TimedFrame> pieces;
+    int done = 0; // bytes of the first piece that are sent
+    int sent = 0; // bytes of all
+    bool isLost = false;
+};
+
 // A connection to a station, or an address that has sent it datagrams. Requests are answered one after the other; a
 // pause delays this link only.
 class StationLink : public std::enable_shared_from_this<StationLink> {
@@ -36,18 +48,6 @@ public:
     const sockaddr_in address;
 
 private:
-    // What is being sent: the greeting or the reply to a request.
-    struct Exchange {
-        std::optional<StationRequest> request; // none for the greeting
-        int number = 0;                        // of the reply
-        SendFaults faults;
-        bool isAnswered = false; // `pieces` has what is still to be sent
-        std::deque<TimedFrame> pieces;
-        int done = 0; // bytes of the first piece that are sent
-        int sent = 0; // bytes of all
-        bool isLost = false;
-    };
-
     void proceed();
     void startNext();
     void receive();
@@ -67,5 +67,5 @@ private:
     bool isOver = false;    // nothing more will be received
     FrameStream stream;
     std::deque<StationRequest> requests;
-    std::optional<Exchange> current;
+    std::optional<LinkExchange> current;
 };
