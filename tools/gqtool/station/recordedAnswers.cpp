@@ -83,7 +83,8 @@ bool RecordingReader::readLine(const QByteArray& line)
     if (!error.isEmpty())
         return false;
     if (from == "client") {
-        if (item.value("command").isUndefined() || item.contains("fault"))
+        const QString fault = item.value("fault").toString(); // "form" if only the payload is not as expected
+        if (item.value("command").isUndefined() || (!fault.isEmpty() && fault != "form"))
             return true; // not a request
         const int command = item.value("command").toInt();
         const QByteArray payload = QByteArray::fromHex(item.value("payload").toString().toLatin1());
