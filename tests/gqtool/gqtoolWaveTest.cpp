@@ -7,6 +7,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QXmlStreamReader>
 
 #include <gtest/gtest.h>
 
@@ -268,7 +270,7 @@ TEST(GqtoolWaveRefused, stillPrintsTheHead)
 
 // --- The picture --------------------------------------------------------------------------------------------------
 
-// The upper ends of the strokes: 5 is the largest sample, 295 the smallest.
+// The upper ends of the strokes: the plot is from 40, its highest value, to 320, its lowest.
 static std::vector<double> upperEnds(const QByteArray& svg)
 {
     std::vector<double> ends;
@@ -276,6 +278,28 @@ static std::vector<double> upperEnds(const QByteArray& svg)
     while (found.hasNext())
         ends.push_back(found.next().captured(1).toDouble());
     return ends;
+}
+
+// The labels at the left (value axis), below (samples) or above the plot (marks), as "TEXT@PLACE".
+static QString labels(const QByteArray& svg, const QString& where)
+{
+    QStringList found;
+    QXmlStreamReader xml(svg);
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement || xml.name() != "text")
+            continue;
+        const QString x = xml.attributes().value("x").toString();
+        const QString y = xml.attributes().value("y").toString();
+        const QString text = xml.readElementText();
+        if (where == "left" && x == "79")
+            found.append(text + "@" + y);
+        if (where == "below" && y == "339")
+            found.append(text + "@" + x);
+        if (where == "above" && y == "36")
+            found.append(text + "@" + x);
+    }
+    EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
+    return found.join(' ');
 }
 
 TEST(WaveSvg, showsASpikeOfOneSampleInAMillion)
@@ -287,8 +311,8 @@ TEST(WaveSvg, showsASpikeOfOneSampleInAMillion)
         const QByteArray svg = waveSvg(samples);
         const std::vector<double> ends = upperEnds(svg);
         ASSERT_EQ(ends.size(), 1000u);
-        EXPECT_EQ(ends[place / 1000], 5);
-        EXPECT_EQ(std::count(ends.begin(), ends.end(), 295), 999);
+        EXPECT_EQ(ends[place / 1000], 40);
+        EXPECT_EQ(std::count(ends.begin(), ends.end(), 320), 999);
         EXPECT_LT(svg.size(), 30000);
     }
 }
@@ -301,16 +325,17 @@ TEST(WaveSvg, drawsASpikeOfAStoredWave)
     const QString path = folder.filePath("wave.svg");
     EXPECT_EQ(waveOf(headOf(0, "40420f00"_hex, none) + imageOf(samples), {"--svg", path}).exitCode, 0);
     const QByteArray svg = contentOf(path);
-    EXPECT_EQ(svg.count(" 295.0V5.0"), 1); // down to -7 in its column, and back to 0
-    EXPECT_EQ(svg.count(" 5.0V5.0"), 999);
+    EXPECT_EQ(labels(svg, "left"), "-8@320.0 -6@250.0 -4@180.0 -2@110.0 0@40.0");
+    EXPECT_EQ(svg.count(" 285.0V40.0"), 1); // down to -7 in its column, and back to 0
+    EXPECT_EQ(svg.count(" 40.0V40.0"), 999);
     EXPECT_LT(svg.size(), 30000);
 }
 
 TEST(WaveSvg, drawsFewSamplesOneByOne)
 {
-    const std::vector<double> expected = {295, 150, 5};
+    const std::vector<double> expected = {320, 180, 40};
     EXPECT_EQ(upperEnds(waveSvg({-1, 0, 1})), expected);
-    EXPECT_EQ(upperEnds(waveSvg({2})), std::vector<double>{150});
+    EXPECT_EQ(upperEnds(waveSvg({2})), std::vector<double>{180});
     EXPECT_TRUE(upperEnds(waveSvg({})).empty());
 }
 
@@ -319,8 +344,113 @@ TEST(WaveSvg, hasAGapWithoutFiniteSamples)
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinity = std::numeric_limits<float>::infinity();
     const QByteArray svg = waveSvg({1, nan, 2, infinity, -infinity, 3, 3});
-    EXPECT_EQ(upperEnds(svg), (std::vector<double>{295, 150, 5, 5}));
-    EXPECT_EQ(svg.count("\"M") + svg.count("V295.0M") + svg.count("V150.0M"), 3);
+    EXPECT_EQ(upperEnds(svg), (std::vector<double>{320, 180, 40, 40}));
+    EXPECT_EQ(svg.count("\"M") + svg.count("V320.0M") + svg.count("V180.0M"), 3);
     EXPECT_TRUE(upperEnds(waveSvg({nan})).empty());
     EXPECT_FALSE(waveSvg({nan}).contains("nan"));
+    EXPECT_TRUE(waveSvg({nan}).contains(">no finite samples<"));
+    EXPECT_TRUE(waveSvg({}).contains(">no samples<"));
+}
+
+TEST(WaveSvg, hasAValueAxisBetweenRoundNumbers)
+{
+    EXPECT_EQ(labels(waveSvg({-1, 1}), "left"), "-1@320.0 -0.5@250.0 0@180.0 0.5@110.0 1@40.0");
+    EXPECT_EQ(labels(waveSvg({3, 97}), "left"), "0@320.0 20@264.0 40@208.0 60@152.0 80@96.0 100@40.0");
+    EXPECT_EQ(labels(waveSvg({0, 0.6F}), "left"),
+              "0@320.0 0.2@250.0 0.4@180.0 0.6@110.0 0.8@40.0"); // a float above 0.6
+    EXPECT_EQ(labels(waveSvg({1000000, 1000001}), "left"),
+              "1000000@320.0 1000000.2@264.0 1000000.4@208.0 1000000.6@152.0 1000000.8@96.0 1000001@40.0");
+    EXPECT_EQ(labels(waveSvg({-3e38F, 3e38F}), "left"), "-4e+38@320.0 -2e+38@250.0 0@180.0 2e+38@110.0 4e+38@40.0");
+}
+
+TEST(WaveSvg, labelsEqualSamplesOnce)
+{
+    EXPECT_EQ(labels(waveSvg({0.1F, 0.1F, 0.1F}), "left"), "0.1@180.0");
+    EXPECT_EQ(labels(waveSvg({-2}), "left"), "-2@180.0");
+}
+
+TEST(WaveSvg, hasASampleAxisWithRoundNumbers)
+{
+    EXPECT_EQ(labels(waveSvg({7}), "below"), "0@585.0");
+    EXPECT_EQ(labels(waveSvg({1, 2, 3, 4}), "below"), "0@210.0 1@460.0 2@710.0 3@960.0");
+    EXPECT_EQ(labels(waveSvg(std::vector<float>(40, 1)), "below"),
+              "0@97.5 5@222.5 10@347.5 15@472.5 20@597.5 25@722.5 30@847.5 35@972.5");
+    WaveCaptions captions;
+    captions.first = 93;
+    EXPECT_EQ(labels(waveSvg(std::vector<float>(20, 1), captions), "below"),
+              "94@160.0 96@260.0 98@360.0 100@460.0 102@560.0 104@660.0 106@760.0 108@860.0 110@960.0 112@1060.0");
+}
+
+TEST(WaveSvg, drawsMarksThatAreNumbersOfSamples)
+{
+    WaveCaptions captions;
+    captions.first = 100;
+    captions.marks = {103, 100, 99, 104, -1, 103};
+    const QByteArray svg = waveSvg({1, 2, 3, 4}, captions);
+    EXPECT_EQ(labels(svg, "above"), "100@210.0 103@960.0");
+    EXPECT_EQ(svg.count("stroke-dasharray"), 2);
+}
+
+TEST(WaveSvg, leavesOutLabelsOfMarksThatWouldOverlap)
+{
+    WaveCaptions captions;
+    for (int mark = 0; mark < 100000; ++mark)
+        captions.marks.push_back(mark);
+    const QByteArray svg = waveSvg(std::vector<float>(100000, 1), captions);
+    EXPECT_LE(svg.count("stroke-dasharray"), 1000);
+    EXPECT_LE(labels(svg, "above").count('@'), 25);
+    EXPECT_GE(labels(svg, "above").count('@'), 20);
+}
+
+TEST(WaveSvg, hasATitle)
+{
+    WaveCaptions captions;
+    captions.title = QString("a<b & \"c\"\x01");
+    const QByteArray svg = waveSvg({1}, captions);
+    EXPECT_TRUE(svg.contains("<title>a&lt;b &amp; &quot;c&quot;?</title>"));
+    EXPECT_TRUE(svg.contains(">a&lt;b &amp; &quot;c&quot;?</text>"));
+    EXPECT_FALSE(waveSvg({1}).contains("<title>"));
+}
+
+TEST(WaveSvg, scalesInADocument)
+{
+    EXPECT_TRUE(waveSvg({1}).startsWith("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"1100\" height=\"380\" "
+                                        "viewBox=\"0 0 1100 380\" "));
+}
+
+// --- A part of the wave -------------------------------------------------------------------------------------------
+
+static const QByteArray fourSamples =
+    headOf(0, "04000000"_hex, none) + "0000803f 00000040 00004040 00008040"_hex; // 1 to 4
+
+TEST(GqtoolWavePart, isWrittenAndDrawn)
+{
+    EXPECT_EQ(waveOf(fourSamples, {"--csv", "-", "--from", "1", "--to", "2"}).output, "sample,value\n1,2\n2,3\n");
+    EXPECT_EQ(waveOf(fourSamples, {"--csv", "-", "--from", "3"}).output, "sample,value\n3,4\n");
+    EXPECT_EQ(waveOf(fourSamples, {"--csv", "-", "--to", "0"}).output, "sample,value\n0,1\n");
+    const QByteArray svg = waveOf(fourSamples, {"--svg", "-", "--from", "1", "--to", "2"}).output.toUtf8();
+    EXPECT_EQ(labels(svg, "below"), "1@335.0 2@835.0");
+    EXPECT_EQ(labels(svg, "left"), "2@320.0 2.2@264.0 2.4@208.0 2.6@152.0 2.8@96.0 3@40.0");
+    EXPECT_TRUE(svg.contains(": samples 1 to 2 of 4</title>"));
+    EXPECT_TRUE(waveOf(fourSamples, {"--svg", "-"}).output.contains(": 4 samples</title>"));
+}
+
+TEST(GqtoolWavePart, mustBeInTheWave)
+{
+    Outcome outcome = waveOf(fourSamples, {"--csv", "-", "--from", "4"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors, "gqtool: --from must be at most 3, the last sample, got 4\n");
+    outcome = waveOf(fourSamples, {"--csv", "-", "--to", "4"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: --to must be at most 3, the last sample, got 4\n");
+    outcome = waveOf(headOf(0, none, none), {"--csv", "-", "--from", "0"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: --from and --to require samples, the wave has none\n");
+    outcome = waveOf(fourSamples, {"--csv", "-", "--from", "2", "--to", "1"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: --from must be at most --to, got 2 and 1\n"));
+    outcome = waveOf(fourSamples, {"--from", "2"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: --from and --to require --csv or --svg\n"));
 }

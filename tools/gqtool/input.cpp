@@ -61,18 +61,26 @@ bool readAll(const QString& path, QByteArray& content, QString& error)
     return error.isEmpty();
 }
 
+QString Input::path() const
+{
+    return bytesArgument.texts() == QStringList{"-"} ? "-" : fileOption.text();
+}
+
+QString Input::source() const
+{
+    return path().isEmpty() ? "BYTES" : path() == "-" ? "standard input" : path();
+}
+
 bool Input::read(QByteArray& bytes, int& exitCode, HexReader::Content content) const
 {
     const QStringList words = bytesArgument.texts();
-    const bool isStandardInput = words == QStringList{"-"};
-    const QString path = isStandardInput ? "-" : fileOption.text();
     const bool isRaw = rawOption.isSet();
     QString mistake;
     if (fileOption.isSet() && !words.isEmpty())
         mistake = "BYTES and --file exclude each other";
-    else if (path.isEmpty() && words.isEmpty())
+    else if (path().isEmpty() && words.isEmpty())
         mistake = "BYTES, --file FILE or - is required";
-    else if (path.isEmpty() && isRaw)
+    else if (path().isEmpty() && isRaw)
         mistake = "--raw requires --file or -; BYTES on the command line are hex text";
     if (!mistake.isEmpty()) {
         exitCode = usageError(mistake);
@@ -80,10 +88,9 @@ bool Input::read(QByteArray& bytes, int& exitCode, HexReader::Content content) c
     }
 
     exitCode = exitFailed;
-    const QString source = path.isEmpty() ? "BYTES" : path == "-" ? "standard input" : path;
     std::optional<InputPieces> file;
-    if (!path.isEmpty())
-        file.emplace(path);
+    if (!path().isEmpty())
+        file.emplace(path());
     QByteArray text = words.join(' ').toUtf8();
     const auto nextPiece = [&file, &text] { return file ? file->next() : std::exchange(text, QByteArray()); };
     HexReader reader(nextPiece, content);
@@ -93,11 +100,11 @@ bool Input::read(QByteArray& bytes, int& exitCode, HexReader::Content content) c
     if (fits && file)
         error = file->error();
     if (!error.isEmpty()) {
-        printError(QString("cannot read %1: %2").arg(source, error));
+        printError(QString("cannot read %1: %2").arg(source(), error));
         return false;
     }
     if (reader.error().isSet()) {
-        printError(source + ": " + reader.error().message());
+        printError(source() + ": " + reader.error().message());
         return false;
     }
     exitCode = exitGood;

@@ -16,10 +16,15 @@ public:
     // Adds --file, --raw and the argument BYTES to `line`.
     explicit Input(CommandLine& line);
 
+    // Returns the name of the file, or what there is instead.
+    QString source() const;
+
     // Reads the source that the command line names. On an error, prints it and returns false with the exit code.
     bool read(QByteArray& bytes, int& exitCode, HexReader::Content content = HexReader::everyByte) const;
 
 private:
+    QString path() const; // of the file, - or empty
+
     Option fileOption;
     Option rawOption;
     Option bytesArgument;

@@ -8,6 +8,7 @@
 #include "shared/waveDrawing.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -17,6 +18,7 @@
 #include <array>
 #include <byte2Rdb.h>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -247,13 +249,14 @@ private:
     bool isGood;
 };
 
-static bool writeTable(const QString& path, const std::vector<float>& samples)
+// `first` is the number of the first sample.
+static bool writeTable(const QString& path, const std::vector<float>& samples, int first)
 {
     Output output(path);
     Progress progress;
     QByteArray lines = "sample,value\n";
     for (size_t i = 0; i < samples.size(); ++i) {
-        lines += QByteArray::number(static_cast<qint64>(i)) + ',' + floatText(samples[i]) + '\n';
+        lines += QByteArray::number(first + static_cast<qint64>(i)) + ',' + floatText(samples[i]) + '\n';
         if (lines.size() > 65536) {
             output.add(lines);
             lines.clear();
@@ -265,10 +268,10 @@ static bool writeTable(const QString& path, const std::vector<float>& samples)
     return output.end();
 }
 
-static bool writePicture(const QString& path, const std::vector<float>& samples)
+static bool writePicture(const QString& path, const std::vector<float>& samples, const WaveCaptions& captions)
 {
     Output output(path);
-    output.add(waveSvg(samples));
+    output.add(waveSvg(samples, captions));
     return output.end();
 }
 
@@ -279,7 +282,35 @@ static const char* const description =
     "infinite samples are only counted. If the library's reader refuses the wave, the head and the reason are\n"
     "printed, and the exit code is 1.\n"
     "\n"
-    "  gqtool wave --raw --file WAVE --svg wave.svg";
+    "  gqtool wave --raw --file WAVE --svg wave.svg\n"
+    "  gqtool wave --raw --file WAVE --svg part.svg --from 5000 --to 5999\n"
+    "\n"
+    "In the picture, dashed lines show the marks that are numbers of samples.";
+
+// The samples that --from and --to choose.
+struct Part {
+    int from;
+    int to; // the last one; from - 1 in a wave without samples
+};
+
+// Chooses the part of a wave of `count` samples. Returns false and prints the error if the wave lacks a chosen sample.
+static bool choosePart(const Option& from, const Option& to, size_t count, Part& part)
+{
+    const int last = static_cast<int>(count) - 1;
+    part = {from.number(), to.isSet() ? to.number() : last};
+    if (last < 0 && (from.isSet() || to.isSet())) {
+        printError("--from and --to require samples, the wave has none");
+        return false;
+    }
+    const bool isFrom = part.from > last;
+    if (last < 0 || (!isFrom && part.to <= last))
+        return true;
+    printError(QString("--%1 must be at most %2, the last sample, got %3")
+                   .arg(isFrom ? "from" : "to")
+                   .arg(last)
+                   .arg(isFrom ? part.from : part.to));
+    return false;
+}
 
 int runWave(const QStringList& arguments)
 {
@@ -288,6 +319,10 @@ int runWave(const QStringList& arguments)
     const Option csv =
         line.text("csv", "write the samples to FILE, one 'number,value' per line; - means standard output", "FILE");
     const Option svg = line.text("svg", "draw the samples to FILE, with every spike; - means standard output", "FILE");
+    const Option from =
+        line.integer("from", "write and draw the samples from NUMBER on (default: 0, the first)", "NUMBER", 0, INT_MAX);
+    const Option to =
+        line.integer("to", "write and draw the samples up to NUMBER (default: the last)", "NUMBER", 0, INT_MAX);
     const Option json = line.flag("json", "print a JSON object");
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
@@ -296,6 +331,10 @@ int runWave(const QStringList& arguments)
     const bool svgOutput = svg.text() == "-";
     if (csvOutput + svgOutput + json.isSet() > 1)
         return usageError("--json, --csv - and --svg - exclude each other: each prints to standard output");
+    if ((from.isSet() || to.isSet()) && !csv.isSet() && !svg.isSet())
+        return usageError("--from and --to require --csv or --svg");
+    if (to.isSet() && from.number() > to.number())
+        return usageError(QString("--from must be at most --to, got %1 and %2").arg(from.number()).arg(to.number()));
     QByteArray bytes;
     if (!input.read(bytes, exitCode))
         return exitCode;
@@ -309,7 +348,17 @@ int runWave(const QStringList& arguments)
         printError("refused: " + wave.refusal);
         return exitFailed;
     }
-    const bool isWritten = (!csv.isSet() || writeTable(csv.text(), wave.samples)) &&
-                           (!svg.isSet() || writePicture(svg.text(), wave.samples));
+    Part part;
+    if (!choosePart(from, to, wave.samples.size(), part))
+        return exitFailed;
+    const std::vector<float> samples(wave.samples.begin() + part.from, wave.samples.begin() + part.to + 1);
+    const bool isWhole = samples.size() == wave.samples.size();
+    const QString size = isWhole
+                             ? QString("%1 samples").arg(samples.size())
+                             : QString("samples %1 to %2 of %3").arg(part.from).arg(part.to).arg(wave.samples.size());
+    const bool isWritten =
+        (!csv.isSet() || writeTable(csv.text(), samples, part.from)) &&
+        (!svg.isSet() || writePicture(svg.text(), samples,
+                                      {QFileInfo(input.source()).fileName() + ": " + size, part.from, wave.marks}));
     return isWritten ? exitGood : exitFailed;
 }

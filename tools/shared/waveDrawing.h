@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 #include <vector>
 
@@ -13,6 +14,13 @@ struct WaveColumn {
 
 std::vector<WaveColumn> waveColumns(const std::vector<float>& samples, int count);
 
-// A picture of any number of samples in some ten thousand bytes. It is scaled to the smallest and the largest sample and
-// labelled with them. Columns without a finite sample are gaps. A line marks 0 if it is in range.
-QByteArray waveSvg(const std::vector<float>& samples);
+// What the picture of a wave shows besides its samples.
+struct WaveCaptions {
+    QString title;
+    long long first = 0;    // number of the first sample
+    std::vector<int> marks; // numbers of samples; others are not drawn
+};
+
+// A picture, as SVG, of any number of samples in some ten thousand bytes. Its axes have round numbers; that of the values
+// includes the smallest and the largest sample. Equal samples have one label. Columns without a finite sample are gaps.
+QByteArray waveSvg(const std::vector<float>& samples, const WaveCaptions& captions = {});
