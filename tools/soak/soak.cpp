@@ -1,5 +1,5 @@
 // Runs returning clients against a simulated station whose replies fail at random, and checks that each recovers and
-// that no reply is taken for that to another request. The exit code is 0 only if every value was right and neither
+// that no reply is taken for the reply to another request. The exit code is 0 only if every value was right and neither
 // descriptors nor memory have grown. Run by scripts/soak.
 
 #include "shared/console.h"
