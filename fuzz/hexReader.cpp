@@ -205,7 +205,7 @@ static void readAnyText(Reading& reading)
             require(inPieces.bytes == whole.bytes, "the pieces must not change the number of bytes");
     }
     require(whole.error.line <= text.count('\n') + 1, "the line of an error must exist");
-    readText(text, std::max(reading.size, 1), HexReader::payloads); // ends
+    readText(text, std::max(reading.size, 1), HexReader::payloads); // must return
     QByteArray plain;
     if (readPlainText(text, plain))
         require(whole.bytes == plain && !whole.error.isSet(), "plain hex text must have the bytes of its digits");

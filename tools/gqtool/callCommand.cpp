@@ -96,7 +96,7 @@ static QString unknownCommand(const QString& name, const CommandMap& map)
     return QString("unknown COMMAND '%1'").arg(name) + didYouMean(closestName(name, names));
 }
 
-// Reads one of the commands above and its integers. Returns false and the reason in `error`.
+// Makes the request of one of the commands above; `words` are its integers. Returns false and the reason in `error`.
 static bool readNamed(const CallCommand* command, const QStringList& words, bool byUdp, CallRequest& request,
                       QString& error)
 {
@@ -217,10 +217,9 @@ static const char* const description =
     "  gqtool call 127.0.0.1:5000 --command 0x20 --reply ints 5\n"
     "  gqtool call 127.0.0.1:5000 --command 6 --hex 'ff ff ff ff'\n"
     "\n"
-    "A map of commands is a text file with a line COMMAND NAME REQUEST REPLY for each command of a server, for "
-    "example\n"
-    "'0x35 currentValues int bytes:pointRealDatas'. REQUEST is -, int, intPair, ints or hex; REPLY is int, ints,\n"
-    "bytes, strings or bytes:FORM, with a FORM of 'gqtool decode --list', whose records are then printed:\n"
+    "A map of commands is a text file with a line COMMAND NAME REQUEST REPLY for each command of a server, such as\n"
+    "'0x35 currentValues int bytes:pointRealDatas'. REQUEST is -, int, intPair, ints or hex. REPLY is int, ints,\n"
+    "bytes, strings, or bytes:FORM for bytes that are records; 'gqtool decode --list' prints the forms.\n"
     "  gqtool call --map plant.map 127.0.0.1:5000 currentValues 0\n"
     "\n"
     "Forms:\n"
@@ -261,8 +260,8 @@ int runCall(const QStringList& arguments)
         return usageError("--count requires --command or --map");
     if (map.isSet() && raw.isAsked())
         return usageError("--map and --command exclude each other");
-    CommandMap plant;
-    if (map.isSet() && !plant.read(map.text(), error)) {
+    CommandMap serverCommands;
+    if (map.isSet() && !serverCommands.read(map.text(), error)) {
         printError(error);
         return exitFailed;
     }
@@ -272,7 +271,7 @@ int runCall(const QStringList& arguments)
         if (!raw.read(words, run.request, error))
             return usageError(error);
         run.name = "command " + commandText(run.request.command);
-    } else if (!readCommand(words, plant, udp.isSet(), run, error)) {
+    } else if (!readCommand(words, serverCommands, udp.isSet(), run, error)) {
         return usageError(error);
     }
     if (count.isSet())

@@ -152,7 +152,7 @@ Option CommandLine::argumentList(const char* name, const char* meaning)
 {
     Option argument = optionalArgument(name, meaning);
     const int most = CLI::detail::expected_max_vector_size;
-    argument.parsed->expected(most, most); // as a minimum it is not checked; allow_extra_args() would split "[1,2]"
+    argument.parsed->expected(most, most); // CLI11 ignores so large a minimum; allow_extra_args() would split "[1,2]"
     return argument;
 }
 

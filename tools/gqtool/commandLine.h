@@ -18,7 +18,7 @@ public:
     QStringList texts() const; // all values given
     int number() const;        // of CommandLine::integer
 
-    // Makes it an error to give this option without the other one, or with it.
+    // Make it an error to give this option without the other one (needs) or together with it (excludes).
     void needs(const Option& other) const;
     void excludes(const Option& other) const;
 

@@ -6,7 +6,7 @@
 
 // Non-blocking IPv4 sockets for servers.
 
-// The address of a dotted host and a port, which must be valid.
+// Returns the address of a dotted host and a port, which must be valid.
 sockaddr_in addressOf(const QString& host, int port);
 
 // "127.0.0.1:5000"
@@ -16,5 +16,5 @@ QString endpointText(const sockaddr_in& address);
 // `address` is replaced by the one that the system chose. A stream socket does not listen yet.
 int openBound(int type, sockaddr_in& address);
 
-// Returns true if accept(2) failed because something that the system may have again later is used up.
+// Returns true if accept(2) failed for lack of descriptors or memory, which may be available later.
 bool isOutOfResources(int error);

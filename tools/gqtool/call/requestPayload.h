@@ -5,12 +5,13 @@
 
 #include <QStringList>
 
-// Payloads of requests from the words of the command line. Those that return bool return false and the reason in `error`.
+// Payloads of requests, made from words of the command line. A function that fails returns false and the reason in
+// `error`.
 
 bool readInts(const QStringList& words, std::vector<int>& values, QString& error);
 
-// 4 bytes each, without a count.
+// Returns the integers as 4 bytes each, without a count.
 QByteArray intsPayload(const std::vector<int>& values);
 
-// Reads the payload that the map gives the command, and sets command and form of the reply.
+// Makes the request of a command of the map: its number, the payload, and the form of the reply.
 bool readMapped(const MappedCommand& command, const QStringList& words, CallRequest& request, QString& error);

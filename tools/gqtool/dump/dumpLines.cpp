@@ -65,7 +65,7 @@ DumpLines::Verdict DumpLines::recognise(const QByteArray& first, const QByteArra
         return isNoDump; // also the field of a file with comments: 01000000  # count
     if (offset.mark == '|' || (offset.mark == ':' && offset.hasPrefix))
         return isDump;
-    // Hex text may have groups such as these. It is a dump only if nothing else is possible or likely.
+    // Hex text can begin like any of these dumps. The text is a dump only if hex text is impossible or unlikely.
     if (offset.mark == ':') {
         const bool hasBlank = isBlank(first[offset.end - 1]);
         return hasBlank || (offset.value == 0 && first.indexOf(':', offset.end) < 0) ? isDump : isNoDump;

@@ -16,14 +16,14 @@ public:
     // Returns whether a text that begins with this line is a dump. If that depends on the next line, pass it too.
     static Verdict recognise(const QByteArray& first, const QByteArray* next = nullptr);
 
-    // Returns true if the line has an offset 0 as tcpdump prints it.
+    // Returns true if the line begins with offset 0 as tcpdump prints it.
     static bool beginsPacketOfTcpdump(const QByteArray& line);
 
     struct Line {
         bool beginsPacket = false;
         bool isSummarised = false; // the packet has a summary
-        qint64 repeated = 0;       // bytes to repeat before `bytes`
-        QByteArray pattern;        // that they repeat
+        qint64 repeated = 0;       // number of bytes to add before `bytes` by repeating `pattern`
+        QByteArray pattern;
         QByteArray bytes;
     };
 

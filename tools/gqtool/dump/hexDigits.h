@@ -20,7 +20,7 @@ int digitValue(char character);
 
 bool isBlank(char character); // and not the end of a line
 
-// Says that a character is not a hex digit.
+// Returns the error text for a character that is not a hex digit.
 QString badDigit(char character);
 
 // Appends the bytes of an even number of hex digits.

@@ -29,7 +29,7 @@ void HexReader::readPiece(QByteArray& bytes)
     isAtEnd = piece.isEmpty();
     unread += piece;
     if (form == unknown && (isAtEnd || piece.contains('\n') || unread.size() > longestLine)) {
-        next = unread.startsWith("\xef\xbb\xbf") ? 3 : 0; // UTF-8, as editors of Windows mark it
+        next = unread.startsWith("\xef\xbb\xbf") ? 3 : 0; // byte order mark of UTF-8
         form = formOfUnread();
     }
     if (form == text) {

@@ -52,9 +52,9 @@ private:
 
     HexText hexText;
     DumpLines lines;
-    DumpLines::Line line; // that is read
+    DumpLines::Line line; // the current one
     PacketPayloads packets;
-    qint64 packetLine = 1; // the first of the packet
+    qint64 packetLine = 1; // number of the packet's first line
 };
 
 // Reads a whole text. Returns false and an `error` with its place.

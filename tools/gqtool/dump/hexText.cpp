@@ -222,7 +222,7 @@ bool HexText::takeInGroup(char character, QByteArray& bytes)
     return endGroup(bytes) && takeBetween(character);
 }
 
-// A byte of an array or an escape.
+// Ends a group that is one byte: an item of an array, or an escape.
 bool HexText::endSmallGroup(int least)
 {
     if (groupSize < least || groupSize > 2)

@@ -3,8 +3,8 @@
 #include "hexDigits.h"
 
 // Reads hex text without offsets: two digits per byte, in groups of any length. Skips white space, the separators
-// : - and ,, 0x before digits, comments (# and // to the end of the line, /* to */), quotes, braces and declarations of
-// C arrays. \x68 is a byte too; a text of this form has no other.
+// ':', '-' and ',', 0x before digits, comments (# and // to the end of the line, /* to */), quotes, braces and
+// declarations of C arrays. A byte can also be an escape, \x68; then all bytes must be escapes.
 class HexText {
 public:
     // Appends the bytes of groups that this piece completes. Returns false after an error.
@@ -38,7 +38,7 @@ private:
     bool beginGroup(char character, Prefix groupPrefix);
     bool takeInGroup(char character, QByteArray& bytes);
     bool endGroup(QByteArray& bytes);
-    bool endSmallGroup(int most);
+    bool endSmallGroup(int least);
     bool takeAfterBackslash(char character);
     bool takeDeclaration(char character);
     bool beginArray(char character);
@@ -69,6 +69,6 @@ private:
     bool isStatement = true; // a declaration may begin
     bool isDeclared = false; // the braces belong to a declaration
     QByteArray declared;
-    HexError notDeclared; // the error if it turns out to be no declaration
+    HexError notDeclared; // the error if what looks like a declaration is none
     qint64 arrayBytes = 0;
 };

@@ -8,9 +8,9 @@
 // directions and of retransmissions included.
 class PacketPayloads {
 public:
-    // Begins a packet. If it is known to be one, a packet without such headers has no payload; otherwise its bytes are
+    // Begins a packet. Bytes without such headers have no payload if they are known to be a packet; otherwise they are
     // passed on unchanged.
-    void begin(bool isKnown);
+    void begin(bool isKnownPacket);
 
     // Adds bytes of the packet. Appends to `payload` what is known not to be a header. Returns false after an error.
     bool add(const QByteArray& bytes, QByteArray& payload);
@@ -22,7 +22,7 @@ public:
 
 private:
     bool isKnown = false;
-    bool isPassing = false; // it is no packet
+    bool isPassing = false; // all bytes are passed on: they are no packet
     QByteArray packet;
     QString fault;
 };

@@ -14,7 +14,7 @@ struct MappedCommand {
     QString request;               // "-", "int", "intPair", "ints" or "hex"
     QString reply;                 // "int", "ints", "bytes" or "strings"
     const Form* records = nullptr; // of the bytes of the reply; null if they have no form
-    int line = 0;                  // of the map
+    int line = 0;                  // number of its line in the map
 };
 
 // A server's commands, read from a text table with one command per line.

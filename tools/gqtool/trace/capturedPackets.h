@@ -18,11 +18,11 @@ public:
 
     CapturedConnection(CaptureFile& captureFile, int number, const sockaddr_in& client, const sockaddr_in& station);
 
-    void begun();    // the client asks for the connection
-    void accepted(); // by the station
-    void refused();
+    void begun();                                   // the client requests the connection
+    void accepted();                                // the station accepts it
+    void refused();                                 // the station refuses it
     void piece(Side from, const QByteArray& bytes); // of at most largestPiece bytes
-    void ended(Side from);                          // the stream from that side
+    void ended(Side from);                          // that side ends its stream
     void broken(Side by);
 
 private:
