@@ -102,7 +102,7 @@ TEST_F(GqtoolTraceCapture, showsAConnectionAsIfTheClientHadTalkedToTheStation)
     EXPECT_EQ(fields({"ip.src", "ip.dst", "ip.checksum.status", "tcp.checksum.status", "tcp.analysis.flags"}), lines);
 }
 
-TEST_F(GqtoolTraceCapture, hasTheTimesAtWhichThingsHappened)
+TEST_F(GqtoolTraceCapture, hasTheTimeOfEachEvent)
 {
     const qint64 before = QDateTime::currentMSecsSinceEpoch();
     Listener station(5);

@@ -14,7 +14,7 @@
 
 // A simulated station with a file, and clients of it on plain system calls.
 
-// A file in a folder of its own, until its end.
+// A file in a temporary folder, which the destructor removes.
 struct ScriptFile {
     explicit ScriptFile(const QByteArray& text, const QString& name = "faults.txt") : path(folder.filePath(name))
     {
@@ -61,7 +61,7 @@ struct PlainClient {
 
 #define EXPECT_NEXT(client, expected) EXPECT_EQ((client).next(expected), hex(expected))
 
-// The same by datagrams.
+// A client that sends and receives datagrams.
 struct DatagramClient {
     explicit DatagramClient(const RunningStation& station) : socket(::socket(AF_INET, SOCK_DGRAM, 0))
     {

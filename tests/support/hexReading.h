@@ -10,7 +10,7 @@ struct HexReading {
     HexError error;
 };
 
-// Reads a text that comes in pieces of this size. Stops after `mostBytes`, as * may mean any number of them.
+// Reads a text in pieces of this size. Stops after `mostBytes`, because * can mean any number of bytes.
 inline HexReading readInPieces(const QByteArray& text, int pieceSize, HexReader::Content content,
                                int mostBytes = INT_MAX)
 {

@@ -35,12 +35,12 @@ static const char* const description =
     "  gqtool trace --listen 5001 127.0.0.1:5000\n"
     "\n"
     "Clients then connect to port 5001. --pcap writes a capture of all connections, as if the clients had talked to\n"
-    "the station directly. Wireshark opens it, also while it is being written:\n"
+    "the station directly. Wireshark can open it while it is being written:\n"
     "\n"
     "  gqtool trace --listen 5001 --pcap FILE 127.0.0.1:5000\n"
     "  tshark -r FILE -d tcp.port==5000,gqframe\n"
     "\n"
-    "'gqtool station --replay' answers like the station, from a file of --record.";
+    "--record writes a file from which 'gqtool station --replay' answers as the station did.";
 
 int runTrace(const QStringList& arguments)
 {

@@ -21,6 +21,7 @@ struct WaveCaptions {
     std::vector<int> marks; // numbers of samples; others are not drawn
 };
 
-// A picture, as SVG, of any number of samples in some ten thousand bytes. Its axes have round numbers; that of the values
-// includes the smallest and the largest sample. Equal samples have one label. Columns without a finite sample are gaps.
+// A picture, as SVG, of any number of samples in some ten thousand bytes. The axes have round numbers; the value
+// axis includes the smallest and the largest sample. If all samples are equal, it has one label. Columns without a finite
+// sample are gaps.
 QByteArray waveSvg(const std::vector<float>& samples, const WaveCaptions& captions = {});
