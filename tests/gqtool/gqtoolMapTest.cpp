@@ -20,10 +20,7 @@ protected:
         file.write(text);
     }
 
-    Outcome call(const QStringList& words)
-    {
-        return run(QStringList{"call", "--map", path, station.endpoint} + words);
-    }
+    Outcome call(const QStringList& words) { return run(QStringList{"call", "--map", path, station.endpoint} + words); }
 
     const QTemporaryDir folder;
     const QString path = folder.filePath("plant.map");

@@ -124,8 +124,7 @@ TEST(Gqtool, takesTheLastOfSeveralValues)
 TEST(Gqtool, takesWordsAfterTwoDashesAsArguments)
 {
     EXPECT_EQ(run({"sum", "--", "01"}).exitCode, 0);
-    EXPECT_TRUE(
-        run({"sum", "--", "--raw"}).errors.startsWith("gqtool: BYTES: line 1, column 3: "));
+    EXPECT_TRUE(run({"sum", "--", "--raw"}).errors.startsWith("gqtool: BYTES: line 1, column 3: "));
 }
 
 TEST(Gqtool, takesWordsInBracketsUnchanged)
