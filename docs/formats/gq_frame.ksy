@@ -23,7 +23,7 @@ seq:
 instances:
   is_error:
     value: command == 0xff
-    doc: In a reply, the payload is a code.
+    doc: In a reply, true means that the payload is an error code.
 types:
   frames:
     seq:

@@ -22,6 +22,6 @@ struct WaveCaptions {
 };
 
 // A picture, as SVG, of any number of samples in some ten thousand bytes. The axes have round numbers; the value
-// axis includes the smallest and the largest sample. If all samples are equal, it has one label. Columns without a finite
-// sample are gaps.
+// axis includes the smallest and the largest sample. If all samples are equal, it has one label. Columns without a
+// finite sample are gaps.
 QByteArray waveSvg(const std::vector<float>& samples, const WaveCaptions& captions = {});
