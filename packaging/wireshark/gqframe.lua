@@ -15,7 +15,7 @@ gqframe.prefs.request_forms = Pref.string("Forms of requests", "",
     "Forms by command, such as 0x20=int, 33=ints, *=int for all others. Forms: int, intPair, ints, bytes, strings")
 gqframe.prefs.reply_forms = Pref.string("Forms of replies", "", "Forms by command, such as 0x20=ints, 0x21=bytes")
 gqframe.prefs.map = Pref.string("Map of commands", "",
-    "A file with a line COMMAND NAME REQUEST REPLY for each command, as for gqtool call --map")
+    "A file with a line COMMAND NAME REQUEST REPLY for each command, as gqtool call --map and trace --map read it")
 gqframe.prefs.largest_payload = Pref.uint("Largest payload", 16777216,
     "In bytes. If a frame announces more, its start byte is taken for a false one")
 
@@ -319,7 +319,7 @@ local types = {
 
 local function typeOf(name)
     if types[name] or not tonumber(name) then return types[name] end
-    local size = tonumber(name) -- so many bytes
+    local size = tonumber(name) -- of the bytes
     return { make = ProtoField.bytes, size = function() return size end }
 end
 
@@ -596,7 +596,7 @@ local latestRequest = {} -- by conversation: packet number and time
 local requestOf = {}     -- by packet with a reply: the request's packet number and time
 local replyOf = {}       -- by packet with a request: packet number of its first reply
 local isUnasked = {}     -- by packet: frames from the server before any request
-local unanswered = {}    -- by packet with a request: number of the packet with the one before, if that got no reply
+local unanswered = {}    -- by packet with a request: packet number of the preceding request, if that got no reply
 
 local tcpCompleteness = Field.new("tcp.completeness")
 

@@ -227,7 +227,7 @@ function fieldNames(cell) {
     return Array.from({ length: last - first + 1 }, (_, i) => quoted[0].replace(/\d+$/, first + i));
 }
 
-// Returns what a column says: of each field its name, offset, size and words on its kind; and the sizes of the record.
+// Returns what a column contains: name, offset, size and kind of each field, and the sizes of the record.
 function readColumn({ titles, rows }, title) {
     const offset = titles.indexOf(title);
     const bytes = titles[offset + 1] === "bytes" ? offset + 1 : titles.indexOf("bytes");
