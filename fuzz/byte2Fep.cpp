@@ -100,15 +100,15 @@ static const Layout commItem = {{4, textField, textField, textField, 2, textFiel
 
 static int commItemResult(const char* buf, int size)
 {
-    const int behindText3 = recordSize({{4, textField, textField, textField}}, buf, size);
-    if (size < 25 || behindText3 == 0)
+    const int afterText3 = recordSize({{4, textField, textField, textField}}, buf, size);
+    if (size < 25 || afterText3 == 0)
         return 0;
-    const int text3 = behindText3 - recordSize({{4, textField, textField}}, buf, size);
+    const int text3 = afterText3 - recordSize({{4, textField, textField}}, buf, size);
     const int wanted = text3 - 2; // bytes after the record
     const int used = recordSize(commItem, buf, size - wanted);
     if (used == 0)
         return 0;
-    const int text4 = 2 + static_cast<int>(numberOf2(buf + behindText3 + 2));
+    const int text4 = 2 + static_cast<int>(numberOf2(buf + afterText3 + 2));
     return used + text4 - 4;
 }
 

@@ -799,7 +799,7 @@ local function addCutHeader(header, root)
     tree:add(field.header, header):add_proto_expert_info(note.cut)
 end
 
--- --- Frames that a close cuts off -------------------------------------------------------------------------------------
+-- --- Frames that a close cuts off -----------------------------------------------------------------------------------
 
 -- While a frame is incomplete, Wireshark keeps its bytes until further segments complete it. If a connection ends
 -- first, they are shown at the packet that ends it, which has no payload of its own as a rule.
