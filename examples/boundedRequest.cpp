@@ -42,7 +42,8 @@ public:
             close();
             return 0;
         }
-        len = std::min(len, recvFrame.size() - headerSize); // the length field may exceed the frame
+        // The length field may exceed the frame.
+        len = std::min(len, static_cast<int>(recvFrame.size()) - headerSize);
         const int result = parseInt(recvFrame.constData() + headerSize, len, value);
         const bool isError = static_cast<unsigned char>(recvFrame.at(9)) == errorCommand;
         return result == 1 && isError ? value : result;

@@ -34,7 +34,8 @@ public:
 private:
     int readInt(int len, int& value)
     {
-        len = std::min(len, recvFrame.size() - headerSize); // -10 after an error frame with code 1, which leaves none
+        // -10 after an error frame with code 1, which leaves none.
+        len = std::min(len, static_cast<int>(recvFrame.size()) - headerSize);
         return len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
     }
 };

@@ -268,7 +268,7 @@ public:
             if (next == reads.size())
                 return -1;
             stream += reads[next++]; // bytes after the frame in the same read are lost
-            frame = frameBehind({stream.constData(), stream.size(), false}, 0);
+            frame = frameBehind({stream.constData(), static_cast<int>(stream.size()), false}, 0);
         }
         const QByteArray bytes = stream.mid(frame.begin, frame.size);
         if (frame.announced != frame.size || bytes.back() != CSocketAPI::frameEnd)

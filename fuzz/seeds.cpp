@@ -31,7 +31,7 @@ std::vector<QByteArray> allSeeds()
         seeds.push_back(bytes.mid(10));
         seeds.push_back(QByteArray::fromHex("01000000") + bytes);
         seeds.push_back(QByteArray::fromHex("02000000") + bytes + bytes);
-        const char size = static_cast<char>(std::min(bytes.size(), 255));
+        const char size = static_cast<char>(std::min(static_cast<int>(bytes.size()), 255));
         seeds.push_back(size + bytes + size + bytes);
     }
     for (const auto& entry : std::filesystem::directory_iterator(GQLIB_GOLDEN "/dumps"))

@@ -26,7 +26,7 @@ static int wholeSize(const char* header)
 // frame can arrive in many small reads.
 [[gnu::always_inline]] inline void CReplyFrame::take(const char* buf, int size, int& pos, int wantedSize)
 {
-    const int count = std::min(std::max(wantedSize - frame.size(), 1), size - pos);
+    const int count = std::min(std::max(wantedSize - static_cast<int>(frame.size()), 1), size - pos);
     copyText(buf + pos, static_cast<size_t>(count), grow(frame, count));
     pos += count;
 }
@@ -98,7 +98,7 @@ bool CReplyFrame::isError() const
 
 int CReplyFrame::errorCode(int len) const
 {
-    return std::min(len, frame.size() - headerSize) < 4 ? -2 : static_cast<int>(load32(frame.constData() + headerSize));
+    return std::min(len, static_cast<int>(frame.size()) - headerSize) < 4 ? -2 : static_cast<int>(load32(frame.constData() + headerSize));
 }
 
 int CReplyFrame::result(int& len)
@@ -115,8 +115,9 @@ int CReplyFrame::result(int& len)
 
 const char* CReplyFrame::payload(int& len) const
 {
-    const int start = std::min(headerSize, frame.size());
-    len = std::min(len, frame.size() - start); // isOk accepts a length near 2^31, whose sum has wrapped
+    const int size = static_cast<int>(frame.size());
+    const int start = std::min(headerSize, size);
+    len = std::min(len, size - start); // isOk accepts a length near 2^31, whose sum has wrapped
     return frame.constData() + start;
 }
 

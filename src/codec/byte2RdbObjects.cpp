@@ -4,6 +4,7 @@
 #include "byteText.h"
 
 #include <QDateTime>
+#include <QLocale>
 
 namespace gqdb {
 
@@ -254,7 +255,8 @@ static std::string valueText(const PropertyData& property)
         const QDateTime time = QDateTime::fromSecsSinceEpoch(static_cast<unsigned int>(value.intValue));
         // A format that begins with a zero byte is not empty: its C string is, so that the text is empty.
         const char* format = property.formatText.empty() ? "yyyy-MM-dd hh:mm:ss" : property.formatText.c_str();
-        return time.toString(QString::fromUtf8(format)).toStdString();
+        // QDateTime::toString() of Qt 6 prints English names.
+        return QLocale::system().toString(time, QString::fromUtf8(format)).toStdString();
     }
     case kindDouble:
         return std::to_string(value.doubleValue);

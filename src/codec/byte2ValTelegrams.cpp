@@ -65,7 +65,10 @@ QString CByte2Val::buf2str(const char* buf, int len)
     QString text;
     if (len < 1)
         return text;
-    text.resize(static_cast<int>(std::min(3LL * len - 1, static_cast<long long>(INT_MAX)))); // fails if too long
+    const long long size = 3LL * len - 1;
+    if (size > INT_MAX)
+        qBadAlloc(); // with Qt 6 too, whose texts can be longer
+    text.resize(static_cast<int>(size));
     QChar* at = text.data();
     for (int i = 0; i < len; ++i) {
         if (i > 0)
@@ -78,7 +81,7 @@ QString CByte2Val::buf2str(const char* buf, int len)
 
 QString CByte2Val::buf2str(const QByteArray& data)
 {
-    return buf2str(data.constData(), data.size());
+    return buf2str(data.constData(), static_cast<int>(data.size()));
 }
 
 } // namespace gqdb

@@ -2,25 +2,26 @@
 
 #include "byteOrder.h"
 
-#include <climits>
-
 namespace gqdb {
 
 char* growByResize(QByteArray& data, long long count)
 {
-    const int size = data.size();
-    data.resize(count <= INT_MAX - size ? size + static_cast<int>(count) : INT_MAX);
+    const int size = static_cast<int>(data.size());
+    if (count > largestArray - size)
+        qBadAlloc();
+    data.resize(size + static_cast<int>(count));
     return data.data() + size;
 }
 
 void reserveMore(QByteArray& data, long long more)
 {
-    const long long largest = INT_MAX - static_cast<int>(sizeof(QArrayData)) - 1;
+#if QT_VERSION_MAJOR == 5
     // If the room is already reserved, do not call reserve(): it would store the flag capacityReserved again, and the
     // next read of the capacity would wait for that store.
     if (data.isDetached() && data.data_ptr()->capacityReserved && data.size() + more <= data.capacity())
         return;
-    if (data.size() + more <= largest)
+#endif
+    if (data.size() + more <= largestArray)
         data.reserve(static_cast<int>(data.size() + more));
 }
 

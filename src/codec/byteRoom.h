@@ -2,10 +2,14 @@
 
 #include "quickGrow.h"
 
+#include <climits>
 #include <cstddef>
 
 // Room at the end of a byte array for what a writer adds. Internal.
 namespace gqdb {
+
+// Size of the largest array of Qt 5. It is the limit with Qt 6 too, since sizes in frames and records have 32 bits.
+inline constexpr int largestArray = INT_MAX - static_cast<int>(sizeof(QArrayData)) - 1;
 
 // Reserves `more` bytes after the current ones. Does nothing if an array cannot have so many: `more` is an estimate,
 // and the bytes that follow may still fit.

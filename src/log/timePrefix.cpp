@@ -22,7 +22,7 @@ void TimePrefix::setClock(unsigned int seconds)
     const std::time_t time = static_cast<std::time_t>(seconds);
     std::tm clock;
     if (isFirst || seconds >= qtRules || localtime_r(&time, &clock) == nullptr || clock.tm_sec > 59) {
-        const QTime local = QDateTime::fromTime_t(seconds).time();
+        const QTime local = QDateTime::fromSecsSinceEpoch(seconds).time();
         clock.tm_hour = local.hour();
         clock.tm_min = local.minute();
         clock.tm_sec = local.second();

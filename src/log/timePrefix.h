@@ -6,7 +6,7 @@ namespace gqdb {
 
 // The times at the start of the lines of one batch. The plain form of append() is
 //
-//     const QTime clock = QDateTime::fromTime_t(seconds).time();
+//     const QTime clock = QDateTime::fromSecsSinceEpoch(seconds).time();
 //     line += QString::asprintf("<%02d:%02d:%02d.%03d> ", clock.hour(), clock.minute(), clock.second(),
 //                               int(milliseconds)).toUtf8();
 //

@@ -15,28 +15,42 @@ static const unsigned int day = 86400;
 struct Base {
     unsigned int seconds;
 
-    QDateTime local() const { return QDateTime::fromTime_t(seconds); }
+    QDateTime local() const { return QDateTime::fromSecsSinceEpoch(seconds); }
     QDate date() const { return local().date(); }
 };
 
-// Returns the start of a day. If a clock change skips midnight, Qt's constructor from a date finds the first moment of
-// the day; the one from a date and 00:00 does not.
+// Returns the start of a day. If a clock change skips midnight, these calls find the first moment of the day; the
+// constructor from a date and 00:00 does not.
 static QDateTime firstMoment(const QDate& date)
 {
+#if QT_VERSION_MAJOR == 5
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
     return QDateTime(date);
     QT_WARNING_POP
+#else
+    return date.startOfDay();
+#endif
+}
+
+// Returns the seconds since 1970, or all ones if the moment is invalid or 32 bits cannot hold it.
+static unsigned int secondsOf(const QDateTime& moment)
+{
+    const qint64 seconds = moment.isValid() ? moment.toSecsSinceEpoch() : -1;
+    return seconds < 0 || seconds > UINT_MAX ? UINT_MAX : static_cast<unsigned int>(seconds);
 }
 
 static unsigned int startSeconds(const QDate& date)
 {
-    return firstMoment(date).toTime_t();
+    return secondsOf(firstMoment(date));
 }
 
+// Returns all ones for a time that a clock change skips.
 static unsigned int clockTime(const QDate& date, int hours, int minutes, int seconds)
 {
-    return QDateTime(date, QTime(hours, minutes, seconds, 0), Qt::LocalTime).toTime_t();
+    const QTime time(hours, minutes, seconds);
+    const QDateTime moment(date, time);
+    return moment.time() == time ? secondsOf(moment) : UINT_MAX; // Qt 6.7 and later replace the time by a valid one
 }
 
 // Returns `number` units, wrapped at 32 bits like all sums here.
@@ -64,7 +78,7 @@ static unsigned int dayClockEnd(const Base& base, int)
 
 static unsigned int sameTimeDaysBack(const Base& base, int daysBack)
 {
-    return base.local().addDays(-daysBack).toTime_t();
+    return secondsOf(base.local().addDays(-daysBack));
 }
 
 // Returns a day of the base month: the 1st for numbers below 1, null if the month lacks it.
@@ -156,7 +170,7 @@ static unsigned int monthStart(const Base& base, int)
 static unsigned int monthEnd(const Base& base, int)
 {
     const QDate today = base.date();
-    return firstMoment(QDate(today.year(), today.month(), 1)).addMonths(1).toTime_t() - 1;
+    return secondsOf(firstMoment(QDate(today.year(), today.month(), 1)).addMonths(1)) - 1;
 }
 
 static unsigned int yearsMonthStart(const Base& base, int month)
@@ -166,7 +180,7 @@ static unsigned int yearsMonthStart(const Base& base, int month)
 
 static unsigned int yearsMonthEnd(const Base& base, int month) // invalid below 1: 0xFFFFFFFE
 {
-    return firstMoment(QDate(base.date().year(), month, 1)).addMonths(1).toTime_t() - 1;
+    return secondsOf(firstMoment(QDate(base.date().year(), month, 1)).addMonths(1)) - 1;
 }
 
 static unsigned int lastYearsMonthStart(const Base& base, int month)
@@ -192,17 +206,17 @@ static unsigned int yearClockEnd(const Base& base, int)
 
 static unsigned int yearStartBack(const Base& base, int yearsBack)
 {
-    return firstMoment(QDate(base.date().year(), 1, 1)).addYears(-yearsBack).toTime_t();
+    return secondsOf(firstMoment(QDate(base.date().year(), 1, 1)).addYears(-yearsBack));
 }
 
 static unsigned int yearEndBack(const Base& base, int yearsBack)
 {
-    return firstMoment(QDate(base.date().year(), 12, 31)).addYears(-yearsBack).toTime_t() + day - 1;
+    return secondsOf(firstMoment(QDate(base.date().year(), 12, 31)).addYears(-yearsBack)) + day - 1;
 }
 
 static unsigned int sameTimeYearsLater(const Base& base, int years)
 {
-    return base.local().addYears(years).toTime_t();
+    return secondsOf(base.local().addYears(years));
 }
 
 // --- The number line of moments

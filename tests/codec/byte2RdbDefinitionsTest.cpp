@@ -1,6 +1,7 @@
 #include "byte2Rdb.h"
 #include "support/hex.h"
 #include "support/recordChecks.h"
+#include "support/reservation.h"
 
 #include <gtest/gtest.h>
 
@@ -1171,9 +1172,9 @@ TYPED_TEST(Definitions2Byte, marksExistingCapacityAsReserved)
 {
     QByteArray data(3 * TypeParam::bytesPerItem, 'a');
     data.resize(100);
-    EXPECT_FALSE(data.data_ptr()->capacityReserved);
+    EXPECT_FALSE(isReserved(data));
     TypeParam::writeList({TypeParam::shortest(), TypeParam::shortest()}, data);
-    EXPECT_TRUE(data.data_ptr()->capacityReserved);
+    EXPECT_TRUE(isReserved(data));
 }
 
 TYPED_TEST(Definitions2Byte, writesItemsLargerThanTheReservation)

@@ -1251,12 +1251,12 @@ TEST(Blob2Object, acceptsTextsOf256BytesAndRefusesLongerOnes)
         int at;
         std::string ObjectData::*text;
     };
-    const Slot slots[] = {{17, &ObjectData::text1}, {275, &ObjectData::text2}, {533, &ObjectData::text3}};
+    const Slot places[] = {{17, &ObjectData::text1}, {275, &ObjectData::text2}, {533, &ObjectData::text3}};
     const QByteArray whole = objectHeadBlob + "0000"_hex;
 
     ObjectData readSoFar = objectWithoutProperties();
     readSoFar.text1 = readSoFar.text2 = readSoFar.text3 = "";
-    for (const Slot& slot : slots) {
+    for (const Slot& slot : places) {
         for (int length : {0, 1, 255, 256}) {
             SCOPED_TRACE(testing::Message() << "slot at " << slot.at << ", length " << length);
             const QByteArray blob = withLength(whole, slot.at, length);

@@ -52,7 +52,7 @@ static Seconds around(const Seconds& moments)
 
 static QByteArray plainPrefix(unsigned int seconds, unsigned int milliseconds)
 {
-    const QTime clock = QDateTime::fromTime_t(seconds).time();
+    const QTime clock = QDateTime::fromSecsSinceEpoch(seconds).time();
     return QString::asprintf("<%02d:%02d:%02d.%03d> ", clock.hour(), clock.minute(), clock.second(),
                              static_cast<int>(milliseconds))
         .toUtf8();

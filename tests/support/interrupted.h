@@ -19,9 +19,9 @@ inline int interrupted(const std::function<int()>& call, int flags = 0)
     action.sa_flags = flags;
     ::sigaction(SIGUSR1, &action, nullptr); // kept, as a signal may still be pending
 
-    sigset_t signals;
-    ::sigemptyset(&signals);
-    ::sigaddset(&signals, SIGUSR1);
+    sigset_t signalSet;
+    ::sigemptyset(&signalSet);
+    ::sigaddset(&signalSet, SIGUSR1);
 
     std::atomic<bool> ended{false};
     const pthread_t caller = ::pthread_self();
@@ -33,13 +33,13 @@ inline int interrupted(const std::function<int()>& call, int flags = 0)
     });
     const int result = call();
     const int error = errno;
-    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    ::pthread_sigmask(SIG_BLOCK, &signalSet, nullptr);
     ended = true;
     signaller.join();
 
     const timespec now = {0, 0};
-    ::sigtimedwait(&signals, nullptr, &now); // the last signal must not interrupt the rest of the test
-    ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    ::sigtimedwait(&signalSet, nullptr, &now); // the last signal must not interrupt the rest of the test
+    ::pthread_sigmask(SIG_UNBLOCK, &signalSet, nullptr);
     errno = error;
     return result;
 }

@@ -313,11 +313,11 @@ TEST(RelTimeTranslation, isComplete)
     while (!xml.atEnd()) {
         if (xml.readNext() != QXmlStreamReader::StartElement)
             continue;
-        if (xml.name() == "name")
+        if (xml.name() == QLatin1String("name"))
             contexts.append(xml.readElementText());
-        else if (xml.name() == "source")
+        else if (xml.name() == QLatin1String("source"))
             sources.append(xml.readElementText());
-        else if (xml.name() == "translation") {
+        else if (xml.name() == QLatin1String("translation")) {
             ++translations;
             EXPECT_TRUE(xml.attributes().isEmpty()) << "unfinished: " << sources.last().toStdString();
             EXPECT_FALSE(xml.readElementText().trimmed().isEmpty()) << sources.last().toStdString();

@@ -203,7 +203,7 @@ protected:
         if (result != 1)
             return result;
         // An error frame with code 1 leaves recvFrame empty, and a wrapped length is larger than it.
-        len = std::min(len, recvFrame.size() - headerSize);
+        len = std::min(len, static_cast<int>(recvFrame.size()) - headerSize);
         int value = 0;
         result = len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
         if (result == 1)
