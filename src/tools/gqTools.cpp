@@ -19,9 +19,20 @@ struct Base {
     QDate date() const { return local().date(); }
 };
 
+// If a clock time exists twice, Qt 5 returns the moment with the base's offset from UTC. Returns that one with Qt 6 too.
+static QDateTime withOffsetOf([[maybe_unused]] const Base& base, const QDateTime& moment)
+{
+#if QT_VERSION_MAJOR != 5
+    const QDateTime other = moment.addSecs(moment.offsetFromUtc() - base.local().offsetFromUtc());
+    if (other.date() == moment.date() && other.time() == moment.time())
+        return other;
+#endif
+    return moment;
+}
+
 // Returns the start of a day. If a clock change skips midnight, these calls find the first moment of the day; the
 // constructor from a date and 00:00 does not.
-static QDateTime firstMoment(const QDate& date)
+static QDateTime firstMoment([[maybe_unused]] const Base& base, const QDate& date)
 {
 #if QT_VERSION_MAJOR == 5
     QT_WARNING_PUSH
@@ -29,7 +40,7 @@ static QDateTime firstMoment(const QDate& date)
     return QDateTime(date);
     QT_WARNING_POP
 #else
-    return date.startOfDay();
+    return withOffsetOf(base, date.startOfDay());
 #endif
 }
 
@@ -40,17 +51,19 @@ static unsigned int secondsOf(const QDateTime& moment)
     return seconds < 0 || seconds > UINT_MAX ? UINT_MAX : static_cast<unsigned int>(seconds);
 }
 
-static unsigned int startSeconds(const QDate& date)
+static unsigned int startSeconds(const Base& base, const QDate& date)
 {
-    return secondsOf(firstMoment(date));
+    return secondsOf(firstMoment(base, date));
 }
 
 // Returns all ones for a time that a clock change skips.
-static unsigned int clockTime(const QDate& date, int hours, int minutes, int seconds)
+static unsigned int clockTime(const Base& base, const QDate& date, int hours, int minutes, int seconds)
 {
     const QTime time(hours, minutes, seconds);
     const QDateTime moment(date, time);
-    return moment.time() == time ? secondsOf(moment) : UINT_MAX; // Qt 6.7 and later replace the time by a valid one
+    if (moment.time() != time) // Qt 6.7 and later replace the skipped time
+        return UINT_MAX;
+    return secondsOf(withOffsetOf(base, moment));
 }
 
 // Returns `number` units, wrapped at 32 bits like all sums here.
@@ -63,7 +76,7 @@ static unsigned int times(int number, unsigned int unit)
 
 static unsigned int dayStart(const Base& base, int daysBack)
 {
-    return startSeconds(base.date().addDays(-daysBack));
+    return startSeconds(base, base.date().addDays(-daysBack));
 }
 
 static unsigned int dayEnd(const Base& base, int daysBack)
@@ -73,7 +86,7 @@ static unsigned int dayEnd(const Base& base, int daysBack)
 
 static unsigned int dayClockEnd(const Base& base, int)
 {
-    return clockTime(base.date(), 23, 59, 59);
+    return clockTime(base, base.date(), 23, 59, 59);
 }
 
 static unsigned int sameTimeDaysBack(const Base& base, int daysBack)
@@ -95,13 +108,13 @@ static QDate dayOfMonth(const Base& base, int daysAfterFirst)
 static unsigned int monthDayStart(const Base& base, int daysAfterFirst)
 {
     const QDate date = dayOfMonth(base, daysAfterFirst);
-    return date.isNull() ? 0 : startSeconds(date);
+    return date.isNull() ? 0 : startSeconds(base, date);
 }
 
 static unsigned int monthDayEnd(const Base& base, int daysAfterFirst)
 {
     const QDate date = dayOfMonth(base, daysAfterFirst);
-    return date.isNull() ? 0 : startSeconds(date) + day - 1;
+    return date.isNull() ? 0 : startSeconds(base, date) + day - 1;
 }
 
 // --- Rules of hours and minutes
@@ -109,13 +122,13 @@ static unsigned int monthDayEnd(const Base& base, int daysAfterFirst)
 static unsigned int hourStart(const Base& base, int hoursBack)
 {
     const QDateTime local = base.local();
-    return clockTime(local.date(), local.time().hour(), 0, 0) - times(hoursBack, hour);
+    return clockTime(base, local.date(), local.time().hour(), 0, 0) - times(hoursBack, hour);
 }
 
 static unsigned int hourEnd(const Base& base, int hoursBack)
 {
     const QDateTime local = base.local();
-    return clockTime(local.date(), local.time().hour(), 59, 59) - times(hoursBack, hour);
+    return clockTime(base, local.date(), local.time().hour(), 59, 59) - times(hoursBack, hour);
 }
 
 static unsigned int sameTimeHoursBack(const Base& base, int hoursBack)
@@ -164,54 +177,54 @@ static unsigned int minuteOfDay(const Base& base, int minutes)
 static unsigned int monthStart(const Base& base, int)
 {
     const QDate today = base.date();
-    return startSeconds(QDate(today.year(), today.month(), 1));
+    return startSeconds(base, QDate(today.year(), today.month(), 1));
 }
 
 static unsigned int monthEnd(const Base& base, int)
 {
     const QDate today = base.date();
-    return secondsOf(firstMoment(QDate(today.year(), today.month(), 1)).addMonths(1)) - 1;
+    return secondsOf(firstMoment(base, QDate(today.year(), today.month(), 1)).addMonths(1)) - 1;
 }
 
 static unsigned int yearsMonthStart(const Base& base, int month)
 {
-    return startSeconds(QDate(base.date().year(), month, 1));
+    return startSeconds(base, QDate(base.date().year(), month, 1));
 }
 
 static unsigned int yearsMonthEnd(const Base& base, int month) // invalid below 1: 0xFFFFFFFE
 {
-    return secondsOf(firstMoment(QDate(base.date().year(), month, 1)).addMonths(1)) - 1;
+    return secondsOf(firstMoment(base, QDate(base.date().year(), month, 1)).addMonths(1)) - 1;
 }
 
 static unsigned int lastYearsMonthStart(const Base& base, int month)
 {
-    return startSeconds(QDate(base.date().year() - 1, month, 1));
+    return startSeconds(base, QDate(base.date().year() - 1, month, 1));
 }
 
 static unsigned int lastYearsMonthEnd(const Base& base, int month)
 {
     const int year = base.date().year();
-    return startSeconds(month == 12 ? QDate(year, 1, 1) : QDate(year - 1, month + 1, 1)) - 1;
+    return startSeconds(base, month == 12 ? QDate(year, 1, 1) : QDate(year - 1, month + 1, 1)) - 1;
 }
 
 static unsigned int yearStart(const Base& base, int)
 {
-    return startSeconds(QDate(base.date().year(), 1, 1));
+    return startSeconds(base, QDate(base.date().year(), 1, 1));
 }
 
 static unsigned int yearClockEnd(const Base& base, int)
 {
-    return clockTime(QDate(base.date().year(), 12, 31), 23, 59, 59);
+    return clockTime(base, QDate(base.date().year(), 12, 31), 23, 59, 59);
 }
 
 static unsigned int yearStartBack(const Base& base, int yearsBack)
 {
-    return secondsOf(firstMoment(QDate(base.date().year(), 1, 1)).addYears(-yearsBack));
+    return secondsOf(firstMoment(base, QDate(base.date().year(), 1, 1)).addYears(-yearsBack));
 }
 
 static unsigned int yearEndBack(const Base& base, int yearsBack)
 {
-    return secondsOf(firstMoment(QDate(base.date().year(), 12, 31)).addYears(-yearsBack)) + day - 1;
+    return secondsOf(firstMoment(base, QDate(base.date().year(), 12, 31)).addYears(-yearsBack)) + day - 1;
 }
 
 static unsigned int sameTimeYearsLater(const Base& base, int years)
