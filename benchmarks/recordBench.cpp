@@ -191,8 +191,14 @@ static void compareFlatBuffers()
 {
     static const int count = 10000;
     const std::vector<FloatRealData> list = someValues(count);
-    const auto toFlat = [](const FloatRealData& record) {
-        return FlatRecord{record.pointId, record.stamp1, record.stamp2, record.value, record.flag1, record.flag2, {}};
+    // Field by field: building a struct and copying it takes nine times as long (g++ 12).
+    const auto fill = [](FlatRecord& flat, const FloatRealData& record) {
+        flat.pointId = record.pointId;
+        flat.stamp1 = record.stamp1;
+        flat.stamp2 = record.stamp2;
+        flat.value = record.value;
+        flat.flag1 = record.flag1;
+        flat.flag2 = record.flag2;
     };
     const auto pack = [=](benchmark::State& state) {
         flatbuffers::FlatBufferBuilder builder(1 << 19);
@@ -201,7 +207,7 @@ static void compareFlatBuffers()
             FlatRecord* room = nullptr;
             builder.CreateUninitializedVectorOfStructs<FlatRecord>(list.size(), &room);
             for (const FloatRealData& record : list)
-                *room++ = toFlat(record);
+                fill(*room++, record);
             benchmark::ClobberMemory();
         }
     };
@@ -210,7 +216,7 @@ static void compareFlatBuffers()
         FlatRecord* room = nullptr;
         const auto offset = builder.CreateUninitializedVectorOfStructs<FlatRecord>(list.size(), &room);
         for (const FloatRealData& record : list)
-            *room++ = toFlat(record);
+            fill(*room++, record);
         builder.Finish(offset);
         std::vector<FloatRealData> back;
         for (auto _ : state) {

@@ -12,8 +12,8 @@ namespace gqdb {
 
 #ifndef GQLIB_PLAIN_FORMS
 
-// Copies `size` bytes; up to 16 of them in two parts that overlap.
-inline void copyText(const char* text, size_t size, char* to)
+// Copies `size` bytes; up to 16 of them in two parts that overlap. clang would call it for each text.
+[[gnu::always_inline]] inline void copyText(const char* text, size_t size, char* to)
 {
     if (size > 16) {
         std::memcpy(to, text, size);
