@@ -138,8 +138,8 @@ TEST(GqtoolEncode, reportsErrorsWithThePathOfTheField)
             Wrong{R"({"as": "float", "value": 1})", "as must be a form of 'gqtool decode --list', got \"float\"\n"},
             Wrong{R"({"as": "wave"})", "value is missing\n"},
             Wrong{R"({"as": "variant", "value": {"kind": 1}, "rest": 1})",
-                  "rest is unknown; the members are as, behind, direction, faults, fields, form, library, transport, "
-                  "value\n"},
+                  "rest is unknown; the members are as, behind, direction, faults, fields, form, library, "
+                  "moreFaults, transport, value\n"},
             Wrong{R"({"as": "frames", "value": [{"command": 1, "arg1": 0, "arg2": 0, "payload": "0", "content": 1}]})",
                   "value[0].sequence is missing\n"
                   "value[0].payload must be a string of hex digits, two per byte, got \"0\"\n"},

@@ -1,5 +1,5 @@
-// gqtool as the writer of a pipe whose reader goes away, as in 'gqtool ... | head -n 1': it ends quietly. And gqtool with
-// full or closed standard streams: no data is lost silently.
+// gqtool as the writer of a pipe whose reader goes away, as in 'gqtool ... | head -n 1', and with full or closed standard
+// streams: no data is lost silently.
 
 #include "support/gqtoolProgram.h"
 
@@ -23,12 +23,12 @@ public:
         return head.readAllStandardOutput();
     }
 
-    void expectQuietEnd()
+    void expectEnd()
     {
         EXPECT_TRUE(tool.waitForFinished(waitMs));
         EXPECT_EQ(tool.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(tool.exitCode(), 0);
-        EXPECT_EQ(tool.readAllStandardError(), "");
+        EXPECT_EQ(tool.exitCode(), 1);
+        EXPECT_EQ(tool.readAllStandardError(), "gqtool: cannot write to standard output: Broken pipe\n");
     }
 
 private:
@@ -42,7 +42,7 @@ TEST(GqtoolPipe, endsAStationAtItsNextLine)
         Pipeline station(QStringList{"station"} + options);
         const QString endpoint = QRegularExpression("127[.0-9]+:\\d+").match(station.line()).captured();
         run({"call", endpoint, "systemState"});
-        station.expectQuietEnd();
+        station.expectEnd();
     }
 }
 
@@ -51,14 +51,21 @@ TEST(GqtoolPipe, endsARunOfCalls)
     RunningStation station;
     Pipeline calls({"call", "--repeat", "1000000", "--json", station.endpoint, "systemState"});
     EXPECT_TRUE(calls.line().startsWith("{"));
-    calls.expectQuietEnd();
+    calls.expectEnd();
+}
+
+TEST(GqtoolPipe, endsADecoding)
+{
+    Pipeline frames({"decode", "--as", "frames", "--raw", "--file", "/dev/zero"});
+    EXPECT_TRUE(frames.line().startsWith("     0  00"));
+    frames.expectEnd();
 }
 
 TEST(GqtoolPipe, endsAList)
 {
     Pipeline list({"time", "--list", "--json"});
     EXPECT_TRUE(list.line().startsWith("{"));
-    list.expectQuietEnd();
+    list.expectEnd();
 }
 
 // A command line of the shell's, in which $gqtool is the program.

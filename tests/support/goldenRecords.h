@@ -9,13 +9,14 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 // A pair of files in tests/golden/records or tests/golden/waves.
 struct GoldenRecord {
     const Form* form;
     QByteArray bytes; // of the record alone
     QByteArray behind;
-    QJsonValue value;
+    Json value;
 
     // The record described by the JSON.
     std::unique_ptr<Content> content() const
@@ -34,9 +35,10 @@ inline void forEachGoldenRecord(const char* folder, int least, const std::functi
         const std::string path = folder + ('/' + name.chopped(5).toStdString());
         SCOPED_TRACE(path);
         const QJsonObject json = goldenJson(path + ".json");
-        GoldenRecord golden{findForm(json["as"].toString()), goldenFile(path + ".hex"), QByteArray(), json["value"]};
+        GoldenRecord golden{findForm(json["as"].toString()), goldenFile(path + ".hex"), QByteArray(),
+                            Json::parse(jsonText(json["value"]))};
         ASSERT_NE(golden.form, nullptr);
-        ASSERT_TRUE(!json.contains("behind") || takeBytes(json["behind"], golden.behind));
+        ASSERT_TRUE(!json.contains("behind") || takeBytes(Json::parse(jsonText(json["behind"])), golden.behind));
         golden.bytes.chop(golden.behind.size());
         test(golden);
     }

@@ -1,17 +1,17 @@
 #include "command.h"
 #include "commandLine.h"
+#include "decode/decodeCsv.h"
+#include "decode/decodeJson.h"
+#include "decode/decodeTable.h"
 #include "gqtool/frames/frameCodec.h"
-#include "gqtool/records/jsonText.h"
 #include "gqtool/records/recordDecoding.h"
 #include "input.h"
 #include "shared/console.h"
+#include "shared/progress.h"
 
-#include <algorithm>
+#include <climits>
 
-static const int shownBytes = 8;  // of a field, in the table
-static const int shownText = 100; // characters of a value, in the table
-
-// --- Text and JSON ------------------------------------------------------------------------------------------------
+// --- Forms --------------------------------------------------------------------------------------------------------
 
 static const char* const framesContent = "frames of one direction, as a client or server receives them";
 
@@ -30,80 +30,53 @@ static void printFormsAsJson()
     printJson({{"form", "frames"}, {"content", framesContent}});
 }
 
-static QString bytesText(const QByteArray& bytes)
+// --- Decoding -----------------------------------------------------------------------------------------------------
+
+static const long long largestRest =
+    1 << 30; // bytes after a record; otherwise a source without an end is read for ever
+
+struct DecodeRun {
+    const Form* form; // null for frames
+    FrameSource source;
+    size_t mostFaults;
+};
+
+static void printFaults(const FaultList& faults)
 {
-    return QString(bytes.left(shownBytes).toHex(' ')) + (bytes.size() > shownBytes ? " ..." : "");
+    for (const Fault& fault : faults.listed())
+        printError(QString("byte %1: %2").arg(fault.offset).arg(fault.text));
+    if (faults.others() > 0)
+        printError(moreErrorsText(faults.others()));
 }
 
-static QString valueText(const QString& value)
+static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, DecodeOutput& output)
 {
-    return value.size() > shownText ? value.left(shownText) + "..." : value;
-}
-
-static QString offsetText(int offset)
-{
-    return offset < 0 ? QString() : QString::number(offset);
-}
-
-static void printTable(const Decoded& decoded)
-{
-    int width = 0;
-    for (const DecodedField& field : decoded.fields)
-        width = std::max(width, field.name.size());
-    for (const DecodedField& field : decoded.fields)
-        printLine(QString("%1  %2  %3  %4")
-                      .arg(offsetText(field.offset), 6)
-                      .arg(bytesText(field.bytes), -3 * shownBytes - 3)
-                      .arg(field.name, -width)
-                      .arg(valueText(field.value)));
-    if (!decoded.rest.isEmpty())
-        printLine(QString("%1  %2  %3, %4 bytes")
-                      .arg(decoded.restOffset, 6)
-                      .arg(bytesText(decoded.rest), -3 * shownBytes - 3)
-                      .arg(decoded.faults.empty() ? "(rest)" : "(not read)")
-                      .arg(decoded.rest.size()));
-    printLine(decoded.readerCalled ? QString("library: %1, %2").arg(decoded.result).arg(decoded.meaning)
-                                   : "library: " + decoded.meaning);
-}
-
-static void printJson(const QString& form, const FrameSource* source, const Decoded& decoded)
-{
-    JsonBuilder json;
-    json.begin(nullptr, '{');
-    json.add("as", jsonText(form));
-    if (source != nullptr) {
-        json.add("transport", jsonText(QString(source->isUdp ? "udp" : "tcp")));
-        json.add("direction", jsonText(QString(source->isRequest ? "request" : "reply")));
-        if (!source->form.isEmpty())
-            json.add("form", jsonText(source->form));
+    Progress progress;
+    source.beforeRead = [&](bool isReady) {
+        if (!isReady)
+            output.flush();
+        progress.show(progressText(source));
+    };
+    Decoding decoding = run.form == nullptr ? decodeFrames(bytes, run.source, output, run.mostFaults)
+                                            : decode(*run.form, bytes, output, run.mostFaults);
+    const long long restStart = bytes.offset();
+    while (bytes.holds(1) && bytes.offset() - restStart <= largestRest) {
+        if (decoding.faults.others() == 0)
+            output.rest(QByteArray(bytes.at(), bytes.left()));
+        bytes.skip(bytes.left());
     }
-    json.add("value", decoded.value.isEmpty() ? QString("null") : decoded.value);
-    if (!decoded.rest.isEmpty())
-        json.add("behind", jsonText(decoded.rest));
-    json.begin("fields", '[');
-    for (const DecodedField& field : decoded.fields) {
-        json.begin(nullptr, '{');
-        json.add("offset", field.offset < 0 ? QString("null") : QString::number(field.offset));
-        json.add("bytes", jsonText(QString(field.bytes.toHex())));
-        json.add("name", jsonText(field.name));
-        json.add("value", field.value.isEmpty() ? QString("null") : field.value);
-        json.end('}');
+    const QString error = bytes.isEnded()
+                              ? bytes.error()
+                              : QString("byte %1: more than %2 bytes after the record").arg(restStart).arg(largestRest);
+    if (!error.isEmpty()) {
+        printError(error);
+        return exitFailed;
     }
-    json.end(']');
-    json.begin("faults", '[');
-    for (const Fault& fault : decoded.faults) {
-        json.begin(nullptr, '{');
-        json.add("offset", QString::number(fault.offset));
-        json.add("fault", jsonText(fault.text));
-        json.end('}');
-    }
-    json.end(']');
-    json.begin("library", '{');
-    json.add("result", decoded.readerCalled ? QString::number(decoded.result) : QString("null"));
-    json.add("meaning", jsonText(decoded.meaning));
-    json.end('}');
-    json.end('}');
-    printLine(json.text);
+    if (run.form != nullptr)
+        callReader(*run.form, bytes, decoding);
+    const bool isPrinted = output.end(decoding);
+    printFaults(decoding.faults);
+    return isPrinted && decoding.faults.listed().empty() ? exitGood : exitFailed;
 }
 
 // ------------------------------------------------------------------------------------------------------------------
@@ -129,6 +102,14 @@ int runDecode(const QStringList& arguments)
     const Option payload =
         line.text("payload",
                   "decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings", "KIND");
+    const Option csv = line.text(
+        "csv", "write a list as a table to FILE, field names in its first line; - means standard output", "FILE");
+    const Option fields = line.flag("fields", "with --json: print the fields of more than 1 MiB too");
+    const Option library =
+        line.flag("library", "call the library's reader for more than 1 MiB too; takes memory for all of it");
+    const Option maxErrors = line.integer("max-errors", "list at most N errors, and leave out what follows them", "N",
+                                          1, INT_MAX, FaultList::usualLimit);
+    csv.excludes(json);
     const Input input(line);
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
@@ -149,17 +130,23 @@ int runDecode(const QStringList& arguments)
         return usageError("--udp, --request and --payload require --as frames");
     if (form == nullptr && !isFrames)
         return usageError(QString("--as must be a form of --list, got '%1'").arg(as.text()));
-    QByteArray bytes;
-    const HexReader::Content content = isFrames ? HexReader::payloads : HexReader::everyByte;
-    if (!input.read(bytes, exitCode, content))
-        return exitCode;
+    if (csv.isSet() && (isFrames || !isList(*form)))
+        return usageError(QString("--csv requires a list, and --as %1 is none").arg(as.text()));
+    const std::unique_ptr<ByteSource> opened = input.open(isFrames ? HexReader::payloads : HexReader::everyByte);
+    if (opened == nullptr)
+        return exitUsage;
 
-    const Decoded decoded = isFrames ? decodeFrames(bytes, source) : decode(*form, bytes);
-    if (json.isSet())
-        printJson(as.text(), isFrames ? &source : nullptr, decoded);
+    ByteWindow bytes(*opened, library.isSet());
+    OutputFile csvFile(csv.text());
+    std::unique_ptr<DecodeOutput> output;
+    if (csv.isSet())
+        output = std::make_unique<DecodeCsv>(*form, bytes, csvFile);
+    else if (json.isSet())
+        output = std::make_unique<DecodeJson>(as.text(), isFrames ? &source : nullptr, bytes,
+                                              DecodeJson::Members{fields.isSet(), library.isSet()});
     else
-        printTable(decoded);
-    for (const Fault& fault : decoded.faults)
-        printError(QString("byte %1: %2").arg(fault.offset).arg(fault.text));
-    return decoded.faults.empty() ? exitGood : exitFailed;
+        output = std::make_unique<DecodeTable>(bytes);
+    if (csv.isSet() && !csvFile.open())
+        return exitFailed;
+    return decode({form, source, static_cast<size_t>(maxErrors.number())}, *opened, bytes, *output);
 }

@@ -1,84 +1,61 @@
 #include "command.h"
 #include "commandLine.h"
-#include "gqtool/frames/frameCodec.h"
-#include "gqtool/records/jsonText.h"
-#include "gqtool/records/recordDecoding.h"
-#include "gqtool/records/recordJson.h"
+#include "encode/documentEncoder.h"
+#include "gqtool/records/decoding.h"
 #include "input.h"
 #include "shared/console.h"
+#include "shared/progress.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-
-#include <algorithm>
+#include <climits>
 
 static const int bytesInALine = 32;
 
-// --- The document -------------------------------------------------------------------------------------------------
-
-// The document is {"as": FORM, "value": ...} and the other members that decode --json prints.
-static QStringList memberErrors(const QJsonObject& document)
-{
-    const QStringList known = {"as",   "behind",  "direction", "faults", "fields",
-                               "form", "library", "transport", "value"};
-    QStringList errors;
-    for (const QString& name : document.keys()) {
-        if (!known.contains(name))
-            errors.append(QString("%1 is unknown; the members are %2").arg(name, known.join(", ")));
+// Prints bytes as lines of hex text.
+class HexPrinter {
+public:
+    ~HexPrinter()
+    {
+        if (!line.isEmpty())
+            printLine(line.toHex());
     }
-    for (const char* name : {"as", "value"}) {
-        if (!document.contains(QLatin1String(name)))
-            errors.append(QString("%1 is missing").arg(name));
+
+    void add(const QByteArray& bytes)
+    {
+        line += bytes;
+        QByteArray text;
+        int at = 0;
+        for (; line.size() - at >= bytesInALine; at += bytesInALine)
+            text += line.mid(at, bytesInALine).toHex() + '\n';
+        line.remove(0, at);
+        printBytes(text);
     }
-    return errors;
-}
 
-static QStringList encodeRecord(const Form& form, const QJsonObject& document, QByteArray& bytes)
-{
-    const std::unique_ptr<Content> content = form.make();
-    QStringList errors = takeJson(document["value"], *content);
-    if (!errors.isEmpty())
-        return errors;
-    if (!content->write(bytes))
-        return {"value cannot be written: the samples do not pack into 5000000 bytes"};
-    return {};
-}
+private:
+    QByteArray line; // incomplete
+};
 
-static QStringList encode(const QJsonObject& document, QByteArray& bytes)
+// Reads the document. Prints the errors; returns false if there are any.
+static bool encode(FileSource& source, DocumentEncoder& encoder)
 {
-    QStringList errors = memberErrors(document);
-    if (!errors.isEmpty())
-        return errors;
-    const QString name = document["as"].toString();
-    const Form* form = findForm(name);
-    if (form == nullptr && name != "frames")
-        return {"as must be a form of 'gqtool decode --list'" + gotText(document["as"])};
-    errors = form == nullptr ? encodeFrames(document["value"], bytes) : encodeRecord(*form, document, bytes);
-    QByteArray behind;
-    if (document.contains("behind") && !takeBytes(document["behind"], behind))
-        errors.append("behind must be a string of valid Unicode or {\"hex\": DIGITS}" + gotText(document["behind"]));
-    bytes += behind;
-    return errors;
+    Progress progress;
+    source.beforeRead = [&](bool) { progress.show(progressText(source)); };
+    const QString syntaxError = readDocument(source, encoder);
+    if (!source.error().isEmpty()) {
+        printError(source.error());
+        return false;
+    }
+    if (syntaxError.isEmpty())
+        encoder.end();
+    else
+        encoder.fail({syntaxError});
+    for (const QString& line : encoder.errors())
+        printError(source.name() + ": " + line);
+    if (encoder.otherErrors() > 0)
+        printError(moreErrorsText(encoder.otherErrors()));
+    return encoder.errors().isEmpty();
 }
 
 // ------------------------------------------------------------------------------------------------------------------
-
-static bool parse(const QByteArray& text, QJsonObject& document, QString& error)
-{
-    error.clear();
-    QJsonParseError parseError;
-    const QJsonDocument json = QJsonDocument::fromJson(text, &parseError);
-    const QByteArray before = text.left(parseError.offset);
-    if (parseError.error != QJsonParseError::NoError)
-        error = QString("line %1, column %2: %3")
-                    .arg(before.count('\n') + 1)
-                    .arg(parseError.offset - before.lastIndexOf('\n'))
-                    .arg(parseError.errorString());
-    else if (!json.isObject())
-        error = "must be a JSON object";
-    document = json.object();
-    return error.isEmpty();
-}
 
 static const char* const description =
     "Converts JSON to the bytes of a record, list, wave or frames, with the library's writers. The JSON has the\n"
@@ -93,35 +70,22 @@ int runEncode(const QStringList& arguments)
 {
     CommandLine line(description);
     const Option raw = line.flag("raw", "print the bytes themselves, not hex text");
+    const Option maxErrors =
+        line.integer("max-errors", "list at most N errors", "N", 1, INT_MAX, FaultList::usualLimit);
     const Option file = line.optionalArgument("FILE", "JSON file; - or no FILE means standard input");
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
 
-    const QString path = file.isSet() ? file.text() : "-";
-    const QString source = path == "-" ? "standard input" : path;
-    QByteArray text;
+    FileSource source(file.isSet() ? file.text() : "-");
+    DocumentEncoder encoder(maxErrors.number());
+    if (!encode(source, encoder))
+        return exitFailed;
     QString error;
-    if (!readAll(path, text, error)) {
-        printError(QString("cannot read %1: %2").arg(source, error));
-        return exitFailed;
-    }
-    QJsonObject document;
-    if (!parse(text, document, error)) {
-        printError(source + ": " + error);
-        return exitFailed;
-    }
-    QByteArray bytes;
-    const QStringList errors = encode(document, bytes);
-    for (const QString& mistake : errors)
-        printError(source + ": " + mistake);
-    if (!errors.isEmpty())
-        return exitFailed;
-    if (raw.isSet()) {
-        printBytes(bytes);
-        return exitGood;
-    }
-    for (int at = 0; at < bytes.size(); at += bytesInALine)
-        printLine(bytes.mid(at, bytesInALine).toHex());
-    return exitGood;
+    HexPrinter hex;
+    const bool isPrinted = raw.isSet() ? encoder.printAll(printBytes, error)
+                                       : encoder.printAll([&hex](const QByteArray& bytes) { hex.add(bytes); }, error);
+    if (!isPrinted)
+        printError(error);
+    return isPrinted ? exitGood : exitFailed;
 }

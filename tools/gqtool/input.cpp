@@ -3,15 +3,78 @@
 #include "command.h"
 #include "shared/console.h"
 
-#include <QFile>
-
-#include <unistd.h>
-
-#include <functional>
-#include <optional>
 #include <utility>
 
 static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most twice as many
+
+QString progressText(const ByteSource& source)
+{
+    const QString done = QString("%1 bytes read").arg(source.done());
+    return source.total() > 0 ? done + QString(", of %1").arg(source.total()) : done;
+}
+
+QString moreErrorsText(long long count)
+{
+    return QString("%1 more %2; --max-errors N lists N").arg(count).arg(count == 1 ? "error" : "errors");
+}
+
+// --- Sources ------------------------------------------------------------------------------------------------------
+
+// The bytes of hex text or a hex dump.
+class HexSource : public ByteSource {
+public:
+    HexSource(std::unique_ptr<ByteSource> hexText, QString textName, HexReader::Content content)
+        : text(std::move(hexText)), name(std::move(textName)), reader([this] { return nextPiece(); }, content)
+    {
+        text->beforeRead = [this](bool isReady) { beforeRead(isReady); };
+    }
+
+    bool read(QByteArray& bytes) override
+    {
+        const QByteArray piece = reader.read();
+        bytes += piece;
+        return !piece.isEmpty();
+    }
+    QString error() const override
+    {
+        const QString reason = text->error();
+        return reason.isEmpty() && reader.error().isSet() ? name + ": " + reader.error().message() : reason;
+    }
+    long long done() const override { return text->done(); }
+    long long total() const override { return text->total(); }
+
+private:
+    QByteArray nextPiece()
+    {
+        QByteArray piece;
+        text->read(piece);
+        return piece;
+    }
+
+    std::unique_ptr<ByteSource> text;
+    QString name;
+    HexReader reader;
+};
+
+// Reads a source to its end. Returns false if it is too large.
+static bool collect(ByteSource& source, QByteArray& content)
+{
+    content.clear();
+    while (content.size() <= largestInput && source.read(content)) {
+    }
+    return content.size() <= largestInput;
+}
+
+static const QString tooLarge = QString("more than %1 bytes").arg(largestInput);
+
+bool readAll(const QString& path, QByteArray& content, QString& error)
+{
+    FileSource file(path);
+    error = collect(file, content) ? file.reason() : tooLarge;
+    return error.isEmpty();
+}
+
+// ------------------------------------------------------------------------------------------------------------------
 
 Input::Input(CommandLine& line)
     : fileOption(line.text("file", "read the bytes from FILE; - means standard input", "FILE")),
@@ -20,45 +83,6 @@ Input::Input(CommandLine& line)
           "BYTES", "hex text or a hex dump, or - for standard input; reads what xxd, hexdump -C, od -A x -t x1, "
                    "tcpdump -x and Wireshark print, C arrays, and digits in groups"))
 {
-}
-
-// A file, or standard input for "-".
-class InputPieces {
-public:
-    explicit InputPieces(const QString& path) : file(path)
-    {
-        isOpen = path == "-" ? file.open(STDIN_FILENO, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    }
-
-    // Returns the next piece; empty at the end or after an error.
-    QByteArray next() { return isOpen ? file.read(1 << 16) : QByteArray(); }
-
-    // Returns why it could not be read; empty on success.
-    QString error() const { return file.error() == QFileDevice::NoError ? QString() : file.errorString(); }
-
-private:
-    QFile file;
-    bool isOpen;
-};
-
-// Collects pieces until an empty one. Returns false if they are too large.
-static bool collect(const std::function<QByteArray()>& next, QByteArray& content, QString& error)
-{
-    content.clear();
-    for (QByteArray piece = next(); !piece.isEmpty() && content.size() <= largestInput; piece = next())
-        content += piece;
-    if (content.size() > largestInput)
-        error = QString("more than %1 bytes").arg(largestInput);
-    return content.size() <= largestInput;
-}
-
-bool readAll(const QString& path, QByteArray& content, QString& error)
-{
-    InputPieces pieces(path);
-    if (!collect([&pieces] { return pieces.next(); }, content, error))
-        return false;
-    error = pieces.error();
-    return error.isEmpty();
 }
 
 QString Input::path() const
@@ -71,42 +95,38 @@ QString Input::source() const
     return path().isEmpty() ? "BYTES" : path() == "-" ? "standard input" : path();
 }
 
-bool Input::read(QByteArray& bytes, int& exitCode, HexReader::Content content) const
+std::unique_ptr<ByteSource> Input::open(HexReader::Content content) const
 {
     const QStringList words = bytesArgument.texts();
-    const bool isRaw = rawOption.isSet();
     QString mistake;
     if (fileOption.isSet() && !words.isEmpty())
         mistake = "BYTES and --file exclude each other";
     else if (path().isEmpty() && words.isEmpty())
         mistake = "BYTES, --file FILE or - is required";
-    else if (path().isEmpty() && isRaw)
+    else if (path().isEmpty() && rawOption.isSet())
         mistake = "--raw requires --file or -; BYTES on the command line are hex text";
     if (!mistake.isEmpty()) {
-        exitCode = usageError(mistake);
-        return false;
+        usageError(mistake);
+        return nullptr;
     }
+    if (path().isEmpty())
+        return std::make_unique<HexSource>(std::make_unique<MemorySource>(words.join(' ').toUtf8()), source(), content);
+    auto opened = std::make_unique<FileSource>(path());
+    if (rawOption.isSet())
+        return opened;
+    return std::make_unique<HexSource>(std::move(opened), source(), content);
+}
 
-    exitCode = exitFailed;
-    std::optional<InputPieces> file;
-    if (!path().isEmpty())
-        file.emplace(path());
-    QByteArray text = words.join(' ').toUtf8();
-    const auto nextPiece = [&file, &text] { return file ? file->next() : std::exchange(text, QByteArray()); };
-    HexReader reader(nextPiece, content);
-    QString error;
-    const bool fits =
-        isRaw ? collect(nextPiece, bytes, error) : collect([&reader] { return reader.read(); }, bytes, error);
-    if (fits && file)
-        error = file->error();
-    if (!error.isEmpty()) {
-        printError(QString("cannot read %1: %2").arg(source(), error));
+bool Input::read(QByteArray& bytes, int& exitCode) const
+{
+    const std::unique_ptr<ByteSource> opened = open();
+    exitCode = opened == nullptr ? exitUsage : exitFailed;
+    if (opened == nullptr)
         return false;
-    }
-    if (reader.error().isSet()) {
-        printError(source() + ": " + reader.error().message());
-        return false;
-    }
-    exitCode = exitGood;
-    return true;
+    const QString error =
+        collect(*opened, bytes) ? opened->error() : QString("cannot read %1: %2").arg(source(), tooLarge);
+    if (!error.isEmpty())
+        printError(error);
+    exitCode = error.isEmpty() ? exitGood : exitFailed;
+    return error.isEmpty();
 }

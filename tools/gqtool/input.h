@@ -1,13 +1,22 @@
 #pragma once
 
+#include "bytes/byteSource.h"
 #include "commandLine.h"
 #include "gqtool/dump/hexReader.h"
 
 #include <QByteArray>
 #include <QString>
 
+#include <memory>
+
 // Reads a file, or standard input for "-". Returns false and the reason in `error`.
 bool readAll(const QString& path, QByteArray& content, QString& error);
+
+// "65536 bytes read, of 100000000", for the progress.
+QString progressText(const ByteSource& source);
+
+// The line after the first errors, whose number --max-errors limits.
+QString moreErrorsText(long long count);
 
 // The bytes that a sub-command works on: hex text or a hex dump on the command line, in a file or on standard input, or
 // the raw bytes of a file or of standard input.
@@ -19,8 +28,11 @@ public:
     // Returns the name of the file, or what there is instead.
     QString source() const;
 
-    // Reads the source that the command line names. On an error, prints it and returns false with the exit code.
-    bool read(QByteArray& bytes, int& exitCode, HexReader::Content content = HexReader::everyByte) const;
+    // Opens the source that the command line names. On wrong usage, prints an error and returns null.
+    std::unique_ptr<ByteSource> open(HexReader::Content content = HexReader::everyByte) const;
+
+    // Reads the whole source. On an error, prints it and returns false with the exit code.
+    bool read(QByteArray& bytes, int& exitCode) const;
 
 private:
     QString path() const; // of the file, - or empty

@@ -80,7 +80,7 @@ static int run(const QStringList& arguments)
 int main(int argc, char* argv[])
 {
     qInstallMessageHandler(printWarning);
-    signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends at the write that fails, without a message
+    signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends at the write that fails, with a message
     takeStandardOutput();
 
     try {

@@ -1,3 +1,4 @@
+#include "bytes/outputFile.h"
 #include "command.h"
 #include "commandLine.h"
 #include "gqtool/records/waveBlock.h"
@@ -7,7 +8,6 @@
 #include "shared/recordConstants.h"
 #include "shared/waveDrawing.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -219,40 +219,12 @@ static void printJson(const Wave& wave)
 
 // --- Files --------------------------------------------------------------------------------------------------------
 
-// A file to write, or standard output for "-".
-class Output {
-public:
-    explicit Output(const QString& path) : file(path)
-    {
-        isGood = path == "-" || file.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    }
-
-    void add(const QByteArray& lines) // complete lines
-    {
-        if (file.fileName() == "-")
-            printLine(QString::fromUtf8(lines.chopped(1)));
-        else
-            isGood = isGood && file.write(lines) == lines.size();
-    }
-
-    // Returns true if everything was written, else prints the error.
-    bool end()
-    {
-        isGood = isGood && (!file.isOpen() || file.flush());
-        if (!isGood)
-            printError(QString("cannot write to %1: %2").arg(file.fileName(), file.errorString()));
-        return isGood;
-    }
-
-private:
-    QFile file;
-    bool isGood;
-};
-
 // `first` is the number of the first sample.
 static bool writeTable(const QString& path, const std::vector<float>& samples, int first)
 {
-    Output output(path);
+    OutputFile output(path);
+    if (!output.open())
+        return false;
     Progress progress;
     QByteArray lines = "sample,value\n";
     for (size_t i = 0; i < samples.size(); ++i) {
@@ -270,8 +242,15 @@ static bool writeTable(const QString& path, const std::vector<float>& samples, i
 
 static bool writePicture(const QString& path, const std::vector<float>& samples, const WaveCaptions& captions)
 {
+<<<<<<< HEAD
     Output output(path);
     output.add(waveSvg(samples, captions));
+=======
+    OutputFile output(path);
+    if (!output.open())
+        return false;
+    output.add(waveSvg(samples));
+>>>>>>> 3f1cb79 (Decode and encode lists in parts, and print them as tables)
     return output.end();
 }
 

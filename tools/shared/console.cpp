@@ -49,8 +49,6 @@ void printBytes(const QByteArray& bytes)
         else if (errno != EINTR) {
             const int error = errno;
             clearProgress();
-            if (error == EPIPE)
-                _exit(EXIT_SUCCESS);
             printError(QString("cannot write to standard output: %1").arg(strerror(error)));
             _exit(EXIT_FAILURE);
         }

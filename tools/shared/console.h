@@ -10,7 +10,7 @@
 void takeStandardOutput();
 
 // Prints a line of data unbuffered, so that the reader of a pipe receives it immediately. Any thread may call it. If
-// the reader of the pipe is gone, the program ends with exit code 0; if writing fails, with a message and exit code 1.
+// writing fails, also because the reader of the pipe is gone, the program ends with a message and exit code 1.
 void printLine(const QString& line);
 
 // Prints bytes of data unchanged, in the same way.

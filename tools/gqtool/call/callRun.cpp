@@ -24,7 +24,8 @@ static QJsonValue valueOf(const CallRun& run, const CallReply& reply)
 {
     const ReplyForm form = run.request.form;
     if (run.records != nullptr && reply.result == 1) {
-        const QJsonDocument json = QJsonDocument::fromJson(recordTexts(*run.records, reply.bytes).json.toUtf8());
+        const QJsonDocument json =
+            QJsonDocument::fromJson(QByteArray::fromStdString(recordTexts(*run.records, reply.bytes).json));
         return json.isArray() ? QJsonValue(json.array()) : QJsonValue(json.object());
     }
     if (form == replyInt)

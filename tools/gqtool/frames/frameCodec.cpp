@@ -1,36 +1,49 @@
 #include "frameCodec.h"
 
 #include "frameMembers.h"
-#include "gqtool/records/jsonText.h"
-
-#include <QJsonArray>
-#include <QJsonObject>
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <socketApi.h>
+#include <utility>
 
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
+
+static const int largestGarbage = 1 << 20; // bytes of an item
 
 // --- Decoding -----------------------------------------------------------------------------------------------------
 
 class FrameDecoder {
 public:
-    FrameDecoder(const QByteArray& stream, const FrameSource& streamSource, Decoded& decoded)
-        : data(stream), source(streamSource), result(decoded)
+    FrameDecoder(ByteWindow& bytes, const FrameSource& streamSource, DecodeListener& receiver, Decoding& decoding)
+        : input(bytes), source(streamSource), listener(receiver), result(decoding)
     {
     }
 
     void decode();
 
 private:
-    void addRow(const char* name, int size, const QString& value)
+    void take(const std::vector<StreamItem>& items);
+    void endGarbage();
+    void decodeItem(const StreamItem& item);
+    void decodePayload(const StreamItem& item, const Payload& payload);
+    void addFault(const StreamItem& item);
+
+    void addRow(const char* name, const QByteArray& bytes, const FieldValue& value)
     {
-        result.fields.push_back({pos, data.mid(pos, size), QString("[%1].%2").arg(index).arg(name), value});
-        pos += size;
+        if (!isCounting)
+            listener.row({pos, {bytes.constData(), static_cast<size_t>(bytes.size())}, path, name, value});
+        pos += bytes.size();
     }
+    void addMember(const char* name, const FieldValue& value)
+    {
+        if (!isCounting)
+            listener.member(name, value);
+    }
+    void fault(long long offset, const QString& text) { isCounting = !result.faults.add(offset, text) || isCounting; }
     void reject(int code, const QString& reason) // by the library; the first reason counts
     {
         if (result.result == 1) {
@@ -39,34 +52,31 @@ private:
         }
     }
 
-    void decodeItem(const StreamItem& item);
-    void decodePayload(const StreamItem& item);
-    void addFault(const StreamItem& item);
-
-    const QByteArray& data;
+    ByteWindow& input;
     const FrameSource& source;
-    Decoded& result;
-    JsonBuilder json;
-    int index = 0; // of the item
-    int pos = 0;
+    DecodeListener& listener;
+    Decoding& result;
+    StreamItem garbage;      // that may continue
+    bool hasFrames = false;  // or parts of them
+    bool isCounting = false; // faults alone, after too many of them
+    long long index = 0;     // of the item
+    std::string path;        // of the item
+    long long pos = 0;
 };
 
-void FrameDecoder::decodePayload(const StreamItem& item)
+void FrameDecoder::decodePayload(const StreamItem& item, const Payload& payload)
 {
-    const QByteArray& bytes = item.content.payload;
-    const Payload payload = payloadOf(item.content.command, bytes, source);
     if (payload.form.isEmpty())
         return;
-    json.add("form", jsonText(payload.form));
-    if (!payload.content.isEmpty()) {
-        json.add("content", payload.content);
-        result.fields.back().value = payload.content;
-    }
+    addMember("form", payload.form.toStdString());
+    if (!payload.content.empty())
+        addMember("content", JsonText{payload.content});
+    const QByteArray& bytes = item.content.payload;
     if (!payload.fault.isEmpty()) {
-        result.faults.push_back({static_cast<int>(item.offset) + CSocketAPI::headerSize, payload.fault});
-        json.add("fault", "\"form\"");
+        addMember("fault", "form");
+        fault(item.offset + CSocketAPI::headerSize, payload.fault);
     } else if (payload.used < bytes.size()) {
-        json.add("rest", QString::number(bytes.size() - payload.used));
+        addMember("rest", bytes.size() - payload.used);
     }
     const int answer = parserResult(payload.form, bytes);
     if (answer == 0)
@@ -77,29 +87,27 @@ void FrameDecoder::decodePayload(const StreamItem& item)
 
 void FrameDecoder::addFault(const StreamItem& item)
 {
-    const auto start = static_cast<int>(item.offset);
-    const auto end = static_cast<int>(item.offset + item.size);
+    const long long start = item.offset;
+    const long long end = start + item.size;
     const Frame& frame = item.content;
     switch (item.kind) {
     case StreamItem::cut:
-        result.faults.push_back({end, QString("the frame at byte %1 needs %2 bytes, got %3")
-                                          .arg(start)
-                                          .arg(static_cast<long long>(frame.length) + CSocketAPI::frameOverhead)
-                                          .arg(item.size)});
+        fault(end, QString("the frame at byte %1 needs %2 bytes, got %3")
+                       .arg(start)
+                       .arg(static_cast<long long>(frame.length) + CSocketAPI::frameOverhead)
+                       .arg(item.size));
         break;
     case StreamItem::cutHeader:
-        result.faults.push_back(
-            {end, QString("a header needs %1 bytes, got %2").arg(CSocketAPI::headerSize).arg(item.size)});
+        fault(end, QString("a header needs %1 bytes, got %2").arg(CSocketAPI::headerSize).arg(item.size));
         break;
     case StreamItem::badLength:
-        result.faults.push_back({start, QString("length must be at most %1, got %2; a client would wait for the rest")
-                                            .arg(INT_MAX - CSocketAPI::frameOverhead)
-                                            .arg(frame.length)});
+        fault(start, QString("length must be at most %1, got %2; a client would wait for the rest")
+                         .arg(INT_MAX - CSocketAPI::frameOverhead)
+                         .arg(frame.length));
         break;
     case StreamItem::wrongEnd:
-        result.faults.push_back(
-            {end - 1, QString("the last byte of a frame must be 16, got %1; a client drops this frame")
-                          .arg(frame.end, 2, 16, QChar('0'))});
+        fault(end - 1, QString("the last byte of a frame must be 16, got %1; a client drops this frame")
+                           .arg(frame.end, 2, 16, QChar('0')));
         break;
     case StreamItem::frame:
     case StreamItem::garbage:
@@ -111,49 +119,85 @@ void FrameDecoder::addFault(const StreamItem& item)
 
 void FrameDecoder::decodeItem(const StreamItem& item)
 {
-    pos = static_cast<int>(item.offset);
-    json.begin(nullptr, '{');
+    pos = item.offset;
+    path = '[' + std::to_string(index) + ']';
+    const bool isShown = !isCounting;
+    if (isShown)
+        listener.begin(nullptr, '{');
     if (item.kind != StreamItem::garbage && item.kind != StreamItem::cutHeader)
-        addRow("start", 1, QString());
+        addRow("start", QByteArray(1, CSocketAPI::frameStart), JsonText());
     for (const FrameMember& member : membersOf(item)) {
-        const QString value = jsonText(member.value);
-        json.add(member.name, value);
-        if (member.size >= 0)
-            addRow(member.name, member.size, value);
-        if (item.kind == StreamItem::frame && member.name == QLatin1String("payload"))
-            decodePayload(item);
+        const auto* text = std::get_if<std::string>(&member.value);
+        const FieldValue value =
+            text == nullptr ? FieldValue(std::get<long long>(member.value)) : std::string_view(*text);
+        addMember(member.name, value);
+        if (item.kind == StreamItem::frame && member.name == std::string_view("payload")) {
+            const Payload payload = payloadOf(item.content.command, member.bytes, source);
+            addRow(member.name, member.bytes, payload.content.empty() ? value : JsonText{payload.content});
+            decodePayload(item, payload);
+        } else if (!member.bytes.isNull()) {
+            addRow(member.name, member.bytes, value);
+        }
     }
     addFault(item);
-    json.end('}');
+    if (isShown)
+        listener.end('}');
+    ++index;
+}
+
+// Garbage is joined again that ends with a piece of the input.
+void FrameDecoder::take(const std::vector<StreamItem>& items)
+{
+    for (const StreamItem& item : items) {
+        if (item.kind != StreamItem::garbage) {
+            endGarbage();
+            hasFrames = true;
+            decodeItem(item);
+            continue;
+        }
+        for (int at = 0; at < item.bytes.size();) {
+            if (garbage.size == 0)
+                garbage.offset = item.offset + at;
+            garbage.bytes += item.bytes.mid(at, largestGarbage - garbage.bytes.size());
+            at += garbage.bytes.size() - static_cast<int>(garbage.size);
+            garbage.size = garbage.bytes.size();
+            if (garbage.size == largestGarbage)
+                endGarbage();
+        }
+    }
+}
+
+void FrameDecoder::endGarbage()
+{
+    if (garbage.size > 0)
+        decodeItem(std::exchange(garbage, StreamItem()));
 }
 
 void FrameDecoder::decode()
 {
-    FrameStream stream;
-    std::vector<StreamItem> items = stream.feed(data);
-    for (const StreamItem& item : stream.end())
-        items.push_back(item);
     result.readerCalled = true;
     result.result = 1;
     result.meaning = "good";
-    json.begin(nullptr, '[');
-    for (const StreamItem& item : items) {
-        decodeItem(item);
-        ++index;
+    listener.begin(nullptr, '[');
+    FrameStream stream;
+    while (input.holds(1)) {
+        const QByteArray piece(input.at(), input.left());
+        input.skip(piece.size());
+        take(stream.feed(piece));
     }
-    json.end(']');
-    result.value = json.text;
-    const bool hasFrames = std::any_of(items.begin(), items.end(),
-                                       [](const StreamItem& item) { return item.kind != StreamItem::garbage; });
+    take(stream.end());
+    endGarbage();
+    listener.end(']');
     if (!hasFrames)
-        result.faults.push_back({0, "no frame found"});
+        fault(0, "no frame found");
+    result.stopAt(input);
 }
 
-Decoded decodeFrames(const QByteArray& bytes, const FrameSource& source)
+Decoding decodeFrames(ByteWindow& bytes, const FrameSource& source, DecodeListener& listener, size_t mostFaults)
 {
-    Decoded decoded;
-    FrameDecoder(bytes, source, decoded).decode();
-    return decoded;
+    Decoding decoding(mostFaults);
+    FrameDecoder(bytes, source, listener, decoding).decode();
+    return decoding;
 }
 
 // --- Encoding -----------------------------------------------------------------------------------------------------
@@ -164,15 +208,16 @@ static const QStringList partMembers = {"offset",  "garbage", "header",  "length
 
 class FrameEncoder {
 public:
-    explicit FrameEncoder(QByteArray& encoded) : bytes(encoded) {}
-
-    void encode(const QJsonObject& partObject, const QString& partPath)
+    FrameEncoder(const Json& partObject, const QString& partPath, QByteArray& encoded)
+        : part(partObject), path(partPath), bytes(encoded)
     {
-        part = partObject;
-        path = partPath;
-        for (const QString& name : part.keys()) {
-            if (!partMembers.contains(name))
-                errors.append(QString("%1.%2 is unknown; the members are %3").arg(path, name, partMembers.join(", ")));
+    }
+
+    void encode()
+    {
+        for (const auto& [name, value] : part.items()) {
+            if (!partMembers.contains(QString::fromStdString(name)))
+                fail(name.c_str(), "is unknown; the members are " + partMembers.join(", "));
         }
         if (part.contains("garbage"))
             bytes += takeHex("garbage");
@@ -192,25 +237,24 @@ private:
     // Returns -1 on an error.
     int takeInteger(const char* name, int most)
     {
-        const QJsonValue value = part.value(QLatin1String(name));
-        const double number = value.toDouble(-1);
+        const auto value = part.find(name);
+        const double number = value != part.end() && value->is_number() ? value->get<double>() : -1;
         const bool isInside = number >= 0 && number <= most && number == std::floor(number);
-        if (value.isUndefined())
+        if (value == part.end())
             fail(name, "is missing");
         else if (!isInside)
-            fail(name, QString("must be an integer from 0 to %1").arg(most) + gotText(value));
+            fail(name, QString("must be an integer from 0 to %1").arg(most) + gotText(*value));
         return isInside ? static_cast<int>(number) : -1;
     }
 
     QByteArray takeHex(const char* name, int size = -1) // of so many bytes; -1: any number
     {
-        const QJsonValue value = part.value(QLatin1String(name));
-        const QByteArray digits = value.toString().toLatin1();
-        QByteArray taken = QByteArray::fromHex(digits);
-        if (value.isUndefined())
+        const auto value = part.find(name);
+        QByteArray taken;
+        if (value == part.end())
             fail(name, "is missing");
-        else if (!value.isString() || taken.toHex() != digits.toLower())
-            fail(name, "must be a string of hex digits, two per byte" + gotText(value));
+        else if (!::takeHex(*value, taken))
+            fail(name, "must be a string of hex digits, two per byte" + gotText(*value));
         else if (size >= 0 && taken.size() != size)
             fail(name,
                  QString("must have %1 %2, got %3").arg(size).arg(size == 1 ? "byte" : "bytes").arg(taken.size()));
@@ -227,7 +271,7 @@ private:
         frame += takeHex("payload");
         const int payloadEnd = frame.size();
         CSocketAPI::addEnd(frame);
-        const bool isCut = part.value("fault") == "cut";
+        const bool isCut = part.value("fault", Json()) == "cut";
         if (part.contains("length")) {
             const int length = takeInteger("length", INT_MAX - CSocketAPI::frameOverhead);
             const int size = payloadEnd - CSocketAPI::headerSize;
@@ -246,23 +290,16 @@ private:
         bytes += frame;
     }
 
+    const Json& part;
+    const QString& path;
     QByteArray& bytes;
-    QJsonObject part;
-    QString path;
 };
 
-QStringList encodeFrames(const QJsonValue& parts, QByteArray& bytes)
+QStringList encodeFrame(const Json& part, const QString& path, QByteArray& bytes)
 {
-    if (!parts.isArray())
-        return {"value must be an array"};
-    const QJsonArray array = parts.toArray();
-    FrameEncoder encoder(bytes);
-    for (int i = 0; i < array.size(); ++i) {
-        const QString path = QString("value[%1]").arg(i);
-        if (array[i].isObject())
-            encoder.encode(array[i].toObject(), path);
-        else
-            encoder.errors.append(path + " must be an object");
-    }
+    if (!part.is_object())
+        return {path + " must be an object" + gotText(part)};
+    FrameEncoder encoder(part, path, bytes);
+    encoder.encode();
     return encoder.errors;
 }

@@ -3,15 +3,17 @@
 #include "frameStream.h"
 
 #include <QJsonObject>
-#include <QJsonValue>
+
+#include <string>
+#include <variant>
 
 // What a stream contains as JSON; tests/golden/README.md describes the members.
 
 // A member of the JSON object of an item, in the order of the bytes.
 struct FrameMember {
     const char* name;
-    int size; // in bytes, in the item; -1 if it is derived from other members
-    QJsonValue value;
+    QByteArray bytes; // null if it is derived from other members
+    std::variant<long long, std::string> value;
 };
 
 // All members that are known without the form of the payload.

@@ -86,13 +86,15 @@ static void takeRecords(const Form& form, const QByteArray& bytes, Payload& payl
 static void takeTexts(const QByteArray& bytes, unsigned int count, Payload& payload)
 {
     const PayloadTexts list = readTexts(bytes, count);
-    QStringList texts;
+    JsonBuilder json;
+    json.begin(nullptr, '[');
     for (const QString& text : list.texts)
-        texts.append(jsonText(text));
-    payload.content = '[' + texts.join(", ") + ']';
+        json.add(nullptr, JsonText{jsonText(text)});
+    json.end(']');
+    payload.content = json.text;
     payload.used = list.used;
     if (!list.isWhole)
-        payload.fault = QString("text %1 of %2 runs past the end of the payload").arg(texts.size() + 1).arg(count);
+        payload.fault = QString("text %1 of %2 runs past the end of the payload").arg(list.texts.size() + 1).arg(count);
 }
 
 Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source)
@@ -126,7 +128,7 @@ Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSou
     else if (form == "intPair")
         payload.content = jsonText(readIntegers(first, 2));
     else
-        payload.content = QString::number(CByte2Val::byte2Int(first));
+        payload.content = std::to_string(CByte2Val::byte2Int(first));
     return payload;
 }
 

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <string>
 #include <vector>
 
 // What cannot be seen from the bytes of frames. tests/golden/README.md lists the forms of payloads.
@@ -21,8 +22,8 @@ struct FrameSource {
 
 // A payload read by its form, independently of the library's parsers.
 struct Payload {
-    QString form;    // "ints"; of records "bytes:pointRealDatas"; empty if it is not known
-    QString content; // as JSON; empty if there is none
+    QString form;        // "ints"; of records "bytes:pointRealDatas"; empty if it is not known
+    std::string content; // as JSON; empty if there is none
     long long used = 0;
     QString fault; // empty if the payload has its form
 };

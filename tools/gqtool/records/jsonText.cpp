@@ -2,134 +2,182 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <nlohmann/json.hpp>
 
 static const int shownText = 60; // characters of a value in a message
 
-QString jsonText(const QJsonValue& value)
+// --- Values -------------------------------------------------------------------------------------------------------
+
+std::string jsonText(const QJsonValue& value)
 {
     const QByteArray array =
         QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact); // a document must be an array or object
-    return QString::fromUtf8(array.mid(1, array.size() - 2));
+    return array.mid(1, array.size() - 2).toStdString();
 }
 
-QString jsonText(const QString& text)
+std::string jsonText(const QString& text)
 {
     return jsonText(QJsonValue(text));
 }
 
-QString gotText(const QJsonValue& value)
+std::string jsonText(const std::vector<int>& values)
 {
-    const QString text = jsonText(value);
-    return ", got " + (text.size() > shownText ? text.left(shownText) + "..." : text);
+    JsonBuilder json;
+    json.begin(nullptr, '[');
+    for (const int value : values)
+        json.add(nullptr, value);
+    json.end(']');
+    return json.text;
 }
 
-QString jsonText(const QByteArray& bytes)
+template <typename Number>
+static void appendNumber(std::string& json, Number value)
 {
-    const QString text = QString::fromUtf8(bytes);
-    bool isPlain = text.toUtf8() == bytes;
-    for (const QChar character : text)
-        isPlain = isPlain && character.category() != QChar::Other_Control;
-    return isPlain ? jsonText(text) : QString("{\"hex\": \"%1\"}").arg(QString(bytes.toHex()));
+    char digits[40];
+    json.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
-static QString imageText(unsigned long long image, int digits)
+static void appendImage(std::string& json, unsigned long long image, int digits)
 {
-    return QString("{\"nan\": \"%1\"}").arg(image, digits, 16, QChar('0'));
+    json += QString("{\"nan\": \"%1\"}").arg(image, digits, 16, QChar('0')).toStdString();
 }
 
-// Returns the text for an infinite value, which JSON numbers lack, and for -0, whose sign parsers lose; else nothing.
-static QString oddNumber(double value)
+static void append(std::string& json, long long value)
 {
-    if (std::isinf(value))
-        return value > 0 ? "\"inf\"" : "\"-inf\"";
-    return value == 0 && std::signbit(value) ? "\"-0\"" : "";
+    appendNumber(json, value);
 }
 
-QString jsonText(double value)
+static void append(std::string& json, double value)
 {
     if (std::isnan(value)) {
         unsigned long long image = 0;
         std::memcpy(&image, &value, sizeof value);
-        return imageText(image, 16);
+        appendImage(json, image, 16);
+    } else if (std::isinf(value)) { // JSON numbers lack it
+        json += value > 0 ? "\"inf\"" : "\"-inf\"";
+    } else if (value == 0 && std::signbit(value)) { // parsers lose the sign
+        json += "\"-0\"";
+    } else {
+        appendNumber(json, value);
     }
-    char digits[40];
-    const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits, value);
-    const QString odd = oddNumber(value);
-    return odd.isEmpty() ? QString::fromLatin1(digits, static_cast<int>(result.ptr - digits)) : odd;
 }
 
-QString jsonText(float value)
+static void append(std::string& json, float value)
 {
     if (std::isnan(value)) {
         unsigned int image = 0;
         std::memcpy(&image, &value, sizeof value);
-        return imageText(image, 8);
+        return appendImage(json, image, 8);
     }
-    char digits[40];
-    const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits - 1, value);
-    *result.ptr = '\0';
+    if (std::isinf(value) || value == 0)
+        return append(json, static_cast<double>(value));
+    const size_t start = json.size();
+    appendNumber(json, value);
     // Most programs read a JSON number as a double and then round that to float, which can give the adjacent float.
-    if (static_cast<float>(std::strtod(digits, nullptr)) != value)
-        return jsonText(static_cast<double>(value));
-    const QString odd = oddNumber(value);
-    return odd.isEmpty() ? QString(digits) : odd;
+    if (static_cast<float>(std::strtod(json.c_str() + start, nullptr)) != value) {
+        json.resize(start);
+        appendNumber(json, static_cast<double>(value));
+    }
 }
 
-QString jsonText(const std::vector<float>& values)
+static bool isPlainAscii(std::string_view bytes)
 {
-    QStringList texts;
-    for (const float value : values)
-        texts.append(jsonText(value));
-    return '[' + texts.join(", ") + ']';
+    return std::all_of(bytes.begin(), bytes.end(),
+                       [](char byte) { return byte >= ' ' && byte < 0x7f && byte != '"' && byte != '\\'; });
 }
 
-QString jsonText(const std::vector<int>& values)
+static void append(std::string& json, std::string_view view)
 {
-    QStringList texts;
-    for (const int value : values)
-        texts.append(QString::number(value));
-    return '[' + texts.join(", ") + ']';
+    if (isPlainAscii(view)) {
+        ((json += '"') += view) += '"';
+        return;
+    }
+    const auto bytes = QByteArray::fromRawData(view.data(), static_cast<int>(view.size()));
+    const QString text = QString::fromUtf8(bytes);
+    bool isPlain = text.toUtf8() == bytes;
+    for (const QChar character : text)
+        isPlain = isPlain && character.category() != QChar::Other_Control;
+    json += isPlain ? jsonText(text) : "{\"hex\": \"" + bytes.toHex().toStdString() + "\"}";
 }
+
+static void append(std::string& json, const JsonText& value)
+{
+    json += value.text;
+}
+
+void appendJson(std::string& json, const FieldValue& value)
+{
+    std::visit([&](const auto& known) { append(json, known); }, value);
+}
+
+// --- Objects and arrays -------------------------------------------------------------------------------------------
 
 void JsonBuilder::separate(const char* name)
 {
-    if (!text.isEmpty() && !text.endsWith('{') && !text.endsWith('['))
+    if (!isFirst)
         text += ", ";
+    isFirst = false;
     if (name != nullptr)
-        text += QString("\"%1\": ").arg(name);
+        ((text += '"') += name) += "\": ";
 }
 
 void JsonBuilder::begin(const char* name, char bracket)
 {
     separate(name);
     text += bracket;
+    isFirst = true;
 }
 
 void JsonBuilder::end(char bracket)
 {
     text += bracket;
+    isFirst = false;
 }
 
-void JsonBuilder::add(const char* name, const QString& value)
+void JsonBuilder::add(const char* name, const FieldValue& value)
 {
     separate(name);
-    text += value;
+    appendJson(text, value);
 }
 
-bool takeBytes(const QJsonValue& value, QByteArray& bytes)
+// --- Reading ------------------------------------------------------------------------------------------------------
+
+static QString gotText(const std::string& json)
 {
-    if (value.isString()) {
-        bytes = value.toString().toUtf8();
-        return QString::fromUtf8(bytes.constData(), bytes.size()) == value.toString(); // may contain zero bytes
-    }
-    const QJsonObject object = value.toObject();
-    const QByteArray digits = object["hex"].toString().toLatin1();
+    const QString text = QString::fromStdString(json);
+    return ", got " + (text.size() > shownText ? text.left(shownText) + "..." : text);
+}
+
+QString gotText(const Json& value)
+{
+    return gotText(value.dump());
+}
+
+QString gotText(const QJsonValue& value)
+{
+    return gotText(jsonText(value));
+}
+
+bool takeHex(const Json& value, QByteArray& bytes)
+{
+    if (!value.is_string())
+        return false;
+    const QByteArray digits = QByteArray::fromStdString(value.get_ref<const std::string&>());
     bytes = QByteArray::fromHex(digits);
-    return object.size() == 1 && object["hex"].isString() && bytes.toHex() == digits.toLower();
+    return bytes.toHex() == digits.toLower();
+}
+
+bool takeBytes(const Json& value, QByteArray& bytes)
+{
+    if (value.is_string()) {
+        bytes = QByteArray::fromStdString(value.get_ref<const std::string&>());
+        return true;
+    }
+    return value.is_object() && value.size() == 1 && value.contains("hex") && takeHex(value["hex"], bytes);
 }

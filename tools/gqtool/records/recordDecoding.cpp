@@ -1,13 +1,12 @@
 #include "recordDecoding.h"
 
-#include "jsonText.h"
 #include "waveBlock.h"
 
-#include <QHash>
-#include <QStringList>
-
 #include <algorithm>
+#include <charconv>
+#include <climits>
 #include <cstring>
+#include <map>
 
 using gqdb::CByte2Val;
 
@@ -32,50 +31,57 @@ static float sampleOf(const StoredWave& wave, int stored)
 
 class RecordDecoder : public Fields {
 public:
-    RecordDecoder(const QByteArray& bytes, Decoded& decoded) : data(bytes), result(decoded) {}
+    RecordDecoder(ByteWindow& input, DecodeListener& receiver, Decoding& decoding)
+        : bytesLeft(input), listener(receiver), result(decoding)
+    {
+    }
 
     using Fields::field;
     void field(const char* name, unsigned char& value) override
     {
         if (const char* at = take(name, 1)) {
             value = static_cast<unsigned char>(*at);
-            add(name, 1, QString::number(value));
+            add(name, 1, value);
         }
     }
     void field(const char* name, unsigned int& value) override
     {
         if (const char* at = take(name, 4)) {
             value = CByte2Val::byte2UInt(at);
-            add(name, 4, QString::number(value));
+            add(name, 4, value);
         }
     }
     void field(const char* name, int& value) override
     {
         if (const char* at = take(name, 4)) {
             value = CByte2Val::byte2Int(at);
-            add(name, 4, QString::number(value));
+            add(name, 4, value);
         }
     }
     void field(const char* name, float& value) override
     {
         if (const char* at = take(name, 4)) {
             value = CByte2Val::byte2Float(at);
-            add(name, 4, jsonText(value));
+            add(name, 4, value);
         }
     }
     void field(const char* name, double& value) override
     {
         if (const char* at = take(name, 8)) {
             value = CByte2Val::byte2Double(at);
-            add(name, 8, jsonText(value));
+            add(name, 8, value);
         }
     }
-    void field(const char* name, std::string& text) override { text = takeText(name).toStdString(); }
+    void field(const char* name, std::string& text) override { text = takeText(name); }
     void field(const char* name, QString& text) override
     {
-        text = QString::fromUtf8(takeText(name).constData()); // up to a zero byte, as in the library
+        text = QString::fromUtf8(takeText(name).c_str()); // up to a zero byte, as in the library
     }
-    int wireSize(const char* name) const override { return wireSizes.value(name); }
+    int wireSize(const char* name) const override
+    {
+        const auto found = wireSizes.find(name);
+        return found == wireSizes.end() ? 0 : found->second;
+    }
     void slot(const char* name, std::string& text) override
     {
         const char* at = take(name, slotSize);
@@ -87,15 +93,14 @@ public:
                       .arg(pathOf(name))
                       .arg(size)
                       .arg(longestSlotText));
-        const QByteArray content(at + 2, std::min(size, longestSlotText));
-        text = content.toStdString();
-        add(name, slotSize, jsonText(content));
+        text.assign(at + 2, static_cast<size_t>(std::min(size, longestSlotText)));
+        add(name, slotSize, text);
     }
     void bytes(const char* name, unsigned char* first, int size) override
     {
         if (const char* at = take(name, size)) {
             std::memcpy(first, at, static_cast<size_t>(size));
-            add(name, size, jsonText(QByteArray(at, size)));
+            add(name, size, std::string_view(at, static_cast<size_t>(size)));
         }
     }
     void bytes(const char* name, std::vector<unsigned char>& value) override
@@ -104,22 +109,24 @@ public:
         if (at == nullptr)
             return;
         const unsigned int size = CByte2Val::byte2UInt(at);
-        if (size > static_cast<unsigned int>(left() - 4)) {
-            fault(
-                QString("%1 has a length of %2, but only %3").arg(pathOf(name)).arg(size).arg(remainText(left() - 4)));
+        if (!bytesLeft.holds(4LL + size)) {
+            fault(QString("%1 has a length of %2, but only %3")
+                      .arg(pathOf(name))
+                      .arg(size)
+                      .arg(remainText(bytesLeft.left() - 4)));
             isStopped = true;
-            isRisky = isRisky || size > INT_MAX;
+            result.isRisky = result.isRisky || size > INT_MAX;
             return;
         }
-        const QByteArray content = data.mid(pos + 4, static_cast<int>(size));
-        value.assign(content.begin(), content.end());
-        add(name, 4 + content.size(), jsonText(content));
+        at = bytesLeft.at() + 4;
+        value.assign(at, at + size);
+        add(name, 4 + static_cast<int>(size), std::string_view(at, size));
     }
     void skip() override
     {
         if (take("first byte", 1) != nullptr) {
-            addRow("(any byte)", 1, QString());
-            pos += 1;
+            addRow("(any byte)", 1, JsonText());
+            bytesLeft.skip(1);
         }
     }
     void samples(StoredWave& wave) override;
@@ -127,7 +134,7 @@ public:
     void beginRecord(const char* name) override
     {
         if (name == nullptr)
-            recordStart = pos;
+            recordStart = bytesLeft.offset();
         begin(name, '{');
     }
     void endRecord() override { end('}'); }
@@ -139,122 +146,165 @@ public:
         if (resultOffset != 0) {
             fault(QString(
                       "the library's list reader continues at byte %1, because the previous text4 is not 2 bytes long")
-                      .arg(pos + resultOffset));
+                      .arg(bytesLeft.offset() + resultOffset));
             resultOffset = 0;
         }
-        paths.append(path);
-        path += QString("[%1]").arg(index);
+        paths.push_back(path.size());
+        char digits[12];
+        const std::to_chars_result index10 = std::to_chars(digits, digits + sizeof digits, index);
+        path += '[';
+        path.append(digits, index10.ptr);
+        path += ']';
         return true;
     }
-    void endItem() override { path = paths.takeLast(); }
+    void endItem() override { leave(); }
     void endList() override { end(']'); }
 
     void readerNeeds(int size) override { expectInAll(recordStart + size); }
-    void readerNeedsAfter(int size) override { expectInAll(pos + size); }
+    void readerNeedsAfter(int size) override { expectInAll(bytesLeft.offset() + size); }
     void resultIsOffBy(int size) override { resultOffset = size; }
 
     // The library's reader needs that many bytes in total.
-    void expectInAll(int size)
+    void expectInAll(long long size)
     {
-        if (!isStopped && size > data.size())
-            result.faults.push_back(
-                {data.size(), QString("the reader needs %1 bytes, got %2; the missing ones may have any value")
-                                  .arg(size)
-                                  .arg(data.size())});
+        if (!isStopped && !bytesLeft.holds(size - bytesLeft.offset()))
+            faultAt(bytesLeft.size(), QString("the reader needs %1 bytes, got %2; the missing ones may have any value")
+                                          .arg(size)
+                                          .arg(bytesLeft.size()));
     }
 
-    int pos = 0;
-    int resultOffset = 0;
-    bool isRisky = false; // a count or length would make the library's reader allocate too much memory
-    JsonBuilder json;
+    // Ends the decoding.
+    void finish();
 
 private:
-    int left() const { return data.size() - pos; }
-    static QString remainText(int count)
+    // A count, which is compared with the number of bytes after it once the end of the input is known.
+    struct Count {
+        size_t faultsBefore;
+        long long offset;
+        long long end;
+        unsigned int count;
+        QString name;
+    };
+
+    static QString remainText(long long count)
     {
         return count == 1 ? "1 byte remains" : QString("%1 bytes remain").arg(count);
     }
 
     QString pathOf(const char* name) const
     {
-        return path.isEmpty() || name == nullptr ? path + name : path + '.' + name;
+        const QString parent = QString::fromStdString(path);
+        return parent.isEmpty() || name == nullptr ? parent + name : parent + '.' + name;
     }
 
-    void fault(const QString& text) { result.faults.push_back({pos, text}); }
+    void fault(const QString& text) { faultAt(bytesLeft.offset(), text); }
+    void faultAt(long long offset, const QString& text)
+    {
+        if (!result.faults.add(offset, text) && !isCounting) {
+            result.stopAt(bytesLeft);
+            isCounting = true;
+        }
+    }
 
     // Returns the next bytes, or null if they are missing.
     const char* take(const char* name, int size)
     {
         if (isStopped)
             return nullptr;
-        if (size > left()) {
+        if (!bytesLeft.holds(size)) {
             fault(QString("%1 needs %2 %3, but only %4")
                       .arg(pathOf(name))
                       .arg(size)
                       .arg(size == 1 ? "byte" : "bytes")
-                      .arg(remainText(left())));
+                      .arg(remainText(bytesLeft.left())));
             isStopped = true;
             return nullptr;
         }
-        return data.constData() + pos;
+        return bytesLeft.at();
     }
 
-    QByteArray takeText(const char* name)
+    std::string takeText(const char* name)
     {
         wireSizes[name] = 0;
         const char* at = take(name, 2);
         if (at == nullptr)
-            return QByteArray();
+            return std::string();
         const int size = CByte2Val::byte2UShort(at);
-        if (size > left() - 2) {
-            fault(
-                QString("%1 has a length of %2, but only %3").arg(pathOf(name)).arg(size).arg(remainText(left() - 2)));
+        if (!bytesLeft.holds(2 + size)) {
+            fault(QString("%1 has a length of %2, but only %3")
+                      .arg(pathOf(name))
+                      .arg(size)
+                      .arg(remainText(bytesLeft.left() - 2)));
             isStopped = true;
-            return QByteArray();
+            return std::string();
         }
-        QByteArray content(at + 2, size);
-        add(name, 2 + size, jsonText(content));
+        std::string text(bytesLeft.at() + 2, static_cast<size_t>(size));
+        add(name, 2 + size, text);
         wireSizes[name] = 2 + size;
-        return content;
+        return text;
     }
 
-    void addRow(const QString& name, int size, const QString& value)
+    void addRow(const char* name, int size, const FieldValue& value)
     {
-        result.fields.push_back({pos, data.mid(pos, size), name, value});
+        if (!isCounting)
+            listener.row({bytesLeft.offset(), {bytesLeft.at(), static_cast<size_t>(size)}, path, name, value});
     }
 
-    // Ends a field: adds its row and its JSON, and steps over its bytes.
-    void add(const char* name, int size, const QString& value)
+    // Ends a field: passes it on, and steps over its bytes.
+    void add(const char* name, int size, const FieldValue& value)
     {
-        addRow(pathOf(name), size, value);
-        json.add(name, value);
-        pos += size;
+        addRow(name, size, value);
+        if (!isCounting)
+            listener.member(name, value);
+        bytesLeft.skip(size);
+    }
+
+    template <typename Item>
+    void addArray(const char* name, const std::vector<Item>& items)
+    {
+        if (isCounting)
+            return;
+        listener.begin(name, '[');
+        for (const Item& item : items)
+            listener.member(nullptr, item);
+        listener.end(']');
     }
 
     // Objects and arrays after a fault are left out.
     void begin(const char* name, char bracket)
     {
-        shown.push_back(!isStopped);
-        if (!isStopped)
-            json.begin(name, bracket);
-        paths.append(path);
-        path = pathOf(name);
+        shown.push_back(!isStopped && !isCounting);
+        if (shown.back())
+            listener.begin(name, bracket);
+        paths.push_back(path.size());
+        if (name != nullptr && !path.empty())
+            path += '.';
+        path += name == nullptr ? "" : name;
     }
     void end(char bracket)
     {
         if (shown.back())
-            json.end(bracket);
+            listener.end(bracket);
         shown.pop_back();
-        path = paths.takeLast();
+        leave();
+    }
+    void leave()
+    {
+        path.resize(paths.back());
+        paths.pop_back();
     }
 
-    const QByteArray& data;
-    Decoded& result;
-    bool isStopped = false;
-    int recordStart = 0;
-    QHash<QByteArray, int> wireSizes; // of texts by name
-    QString path;
-    QStringList paths; // of the enclosing records and lists
+    ByteWindow& bytesLeft;
+    DecodeListener& listener;
+    Decoding& result;
+    bool isStopped = false;  // at a field that is incomplete
+    bool isCounting = false; // faults alone, after too many of them
+    int resultOffset = 0;
+    long long recordStart = 0;
+    std::vector<Count> counts;
+    std::map<std::string_view, int> wireSizes; // of texts by name
+    std::string path;
+    std::vector<size_t> paths; // lengths of the paths of the enclosing records and lists
     std::vector<bool> shown;
 };
 
@@ -266,15 +316,10 @@ unsigned int RecordDecoder::beginList(const char* name, int countBytes, size_t s
         const char* at = take(countName, countBytes);
         count = at == nullptr ? 0 : countBytes == 2 ? CByte2Val::byte2UShort(at) : CByte2Val::byte2UInt(at);
         if (at != nullptr) {
-            if (count > static_cast<unsigned int>(left() - countBytes)) {
-                fault(QString("%1 is %2, but only %3")
-                          .arg(name == nullptr ? QString("count") : "the count of " + pathOf(name))
-                          .arg(count)
-                          .arg(remainText(left() - countBytes)));
-                isRisky = isRisky || count > safeCount;
-            }
-            addRow(name == nullptr ? QString("count") : pathOf(name), countBytes, QString::number(count));
-            pos += countBytes;
+            counts.push_back({result.faults.listed().size(), bytesLeft.offset(), bytesLeft.offset() + countBytes, count,
+                              name == nullptr ? QString("count") : "the count of " + pathOf(name)});
+            addRow(countName, countBytes, count);
+            bytesLeft.skip(countBytes);
         }
     }
     begin(name, '[');
@@ -285,50 +330,112 @@ void RecordDecoder::samples(StoredWave& wave)
 {
     if (isStopped)
         return;
+    bytesLeft.holds(LLONG_MAX); // all
     const unsigned int count = wave.head.markCount;
-    const QString tooFew = markFault(count, left());
+    const QString tooFew = markFault(count, bytesLeft.left());
     if (!tooFew.isEmpty())
         fault(tooFew);
     begin("marks", '[');
-    for (unsigned int i = 0; i < count && left() >= 4; ++i) {
+    for (unsigned int i = 0; i < count && bytesLeft.left() >= 4; ++i) {
         beginItem(i);
         field(nullptr, wave.marks.emplace_back());
         endItem();
     }
     end(']');
 
-    QByteArray block = data.mid(pos);
-    const int blockStart = pos;
+    QByteArray block = QByteArray::fromRawData(bytesLeft.at(), bytesLeft.left());
+    const long long blockStart = bytesLeft.offset();
     if (wave.isCompressed()) {
         const UnpackedBlock unpacked = unpackBlock(block);
         block = unpacked.bytes;
         if (!unpacked.fault.isEmpty())
             fault(unpacked.fault);
-        addRow("(zlib stream)", unpacked.used, QString("\"%1 bytes unpacked\"").arg(block.size()));
-        pos += unpacked.used;
+        const std::string unpackedText = std::to_string(block.size()) + " bytes unpacked";
+        addRow("(zlib stream)", unpacked.used, unpackedText);
+        bytesLeft.skip(unpacked.used);
     }
     const bool isStored = wave.isRaw() || wave.isQuantised();
     const int size = isStored ? 2 : 4;
     for (int at = 0; at + size <= block.size(); at += size) {
         const char* bytes = block.constData() + at;
-        QString value;
+        JsonBuilder json;
         if (isStored) {
             wave.stored.push_back(wave.isRaw() ? CByte2Val::byte2Short(bytes) : CByte2Val::byte2UShort(bytes));
             wave.samples.push_back(sampleOf(wave, wave.stored.back()));
-            value =
-                QString(R"({"stored": %1, "sample": %2})").arg(wave.stored.back()).arg(jsonText(wave.samples.back()));
+            json.begin(nullptr, '{');
+            json.add("stored", wave.stored.back());
+            json.add("sample", wave.samples.back());
+            json.end('}');
         } else {
             wave.samples.push_back(CByte2Val::byte2Float(bytes));
-            value = jsonText(wave.samples.back());
+            json.add(nullptr, wave.samples.back());
         }
-        result.fields.push_back({wave.isCompressed() ? -1 : blockStart + at, QByteArray(bytes, size),
-                                 QString("samples[%1]").arg(at / size), value});
+        const std::string name = "samples[" + std::to_string(at / size) + ']';
+        const long long offset = wave.isCompressed() ? -1 : blockStart + at;
+        if (!isCounting)
+            listener.row({offset, {bytes, static_cast<size_t>(size)}, name, nullptr, JsonText{json.text}});
     }
     if (!wave.isCompressed())
-        pos += block.size() / size * size;
+        bytesLeft.skip(block.size() / size * size);
     if (isStored)
-        json.add("stored", jsonText(wave.stored));
-    json.add("samples", jsonText(wave.samples));
+        addArray("stored", wave.stored);
+    addArray("samples", wave.samples);
+}
+
+void RecordDecoder::finish()
+{
+    for (const Count& count : counts) {
+        const long long after = bytesLeft.size() - count.end;
+        if (bytesLeft.isEnded() && count.count > after) {
+            result.faults.insert(
+                count.faultsBefore, count.offset,
+                QString("%1 is %2, but only %3").arg(count.name).arg(count.count).arg(remainText(after)));
+            result.isRisky = result.isRisky || count.count > safeCount;
+        }
+    }
+    if (!isCounting)
+        result.stopAt(bytesLeft);
+}
+
+static void walk(const Form& form, Fields& fields)
+{
+    const std::unique_ptr<Content> content = form.make();
+    if (!isList(form))
+        return content->walk(fields);
+    walkList(fields, 0, [&](size_t) { content->makeItem()->walk(fields); }); // no item is kept
+}
+
+Decoding decode(const Form& form, ByteWindow& bytes, DecodeListener& listener, size_t mostFaults)
+{
+    Decoding decoding(mostFaults);
+    RecordDecoder decoder(bytes, listener, decoding);
+    walk(form, decoder);
+    decoder.expectInAll(form.leastBytes);
+    decoder.finish();
+    return decoding;
+}
+
+// --- Names --------------------------------------------------------------------------------------------------------
+
+class NameListener : public DecodeListener {
+public:
+    void row(const DecodedRow& row) override { row.appendName(names.emplace_back()); }
+    void begin(const char*, char) override {}
+    void end(char) override {}
+    void member(const char*, const FieldValue&) override {}
+
+    std::vector<std::string> names;
+};
+
+std::vector<std::string> fieldNames(const Form& list)
+{
+    NameListener listener;
+    MemorySource zeros(QByteArray(1 << 16, '\0')); // an item with empty texts
+    ByteWindow bytes(zeros);
+    Decoding decoding(1);
+    RecordDecoder decoder(bytes, listener, decoding);
+    list.make()->makeItem()->walk(decoder);
+    return listener.names;
 }
 
 // --- The library's reader -----------------------------------------------------------------------------------------
@@ -342,29 +449,17 @@ static QString meaningOf(const Form& form, int result)
     return form.onSuccess == returnsBytes ? QString("good, %1 bytes").arg(result) : QString("good");
 }
 
-static void callReader(const Form& form, const QByteArray& bytes, bool isRisky, Decoded& decoded)
+void callReader(const Form& form, const ByteWindow& bytes, Decoding& decoding)
 {
     if (form.failures == nullptr) {
-        decoded.meaning = "not called: the library writes this form and has no reader for it";
-    } else if (isRisky) {
-        decoded.meaning = "not called: the reader trusts this number and would allocate that much memory";
+        decoding.meaning = "not called: the library writes this form and has no reader for it";
+    } else if (decoding.isRisky) {
+        decoding.meaning = "not called: the reader trusts this number and would allocate that much memory";
+    } else if (!bytes.areAllKept()) {
+        decoding.meaning = QString("not called: more than %1 bytes; --library calls it").arg(ByteWindow::smallInput);
     } else {
-        decoded.readerCalled = true;
-        decoded.result = form.make()->read(bytes);
-        decoded.meaning = meaningOf(form, decoded.result);
+        decoding.readerCalled = true;
+        decoding.result = form.make()->read(bytes.all());
+        decoding.meaning = meaningOf(form, decoding.result);
     }
-}
-
-Decoded decode(const Form& form, const QByteArray& bytes)
-{
-    Decoded decoded;
-    RecordDecoder decoder(bytes, decoded);
-    decoded.content = form.make();
-    decoded.content->walk(decoder);
-    decoder.expectInAll(form.leastBytes);
-    decoded.value = decoder.json.text;
-    decoded.rest = bytes.mid(decoder.pos);
-    decoded.restOffset = decoder.pos;
-    callReader(form, bytes, decoder.isRisky, decoded);
-    return decoded;
 }

@@ -1,35 +1,16 @@
 #pragma once
 
+#include "decodeListener.h"
+#include "decoding.h"
 #include "recordFields.h"
 
-#include <memory>
-#include <vector>
+// Decodes bytes field by field, independently of the library's reader. Lists are read item by item. Stops at the first
+// field that is incomplete; after more than `mostFaults` other faults, only counts them. Leaves `bytes` after the record
+// or list, or where it stopped.
+Decoding decode(const Form& form, ByteWindow& bytes, DecodeListener& listener, size_t mostFaults);
 
-// Decodes bytes field by field, independently of the library's reader, then calls that reader for its result.
+// Names of the fields of an item of a list. No list has items with a varying number of fields.
+std::vector<std::string> fieldNames(const Form& list);
 
-struct DecodedField {
-    int offset = 0;   // -1 for a sample that was unpacked
-    QByteArray bytes; // of the field
-    QString name;     // "[2].text1"
-    QString value;    // as JSON
-};
-
-struct Fault {
-    int offset = 0;
-    QString text;
-};
-
-struct Decoded {
-    std::vector<DecodedField> fields;
-    std::vector<Fault> faults;        // empty if the library's reader accepts the bytes
-    std::unique_ptr<Content> content; // with the fields before a fault; null for frames
-    QString value;                    // the content as JSON
-    QByteArray rest;                  // after the record or list; after a fault, what was not read
-    int restOffset = 0;
-
-    bool readerCalled = false;
-    int result = 0;  // of the library's reader
-    QString meaning; // of the result, or why the reader was not called
-};
-
-Decoded decode(const Form& form, const QByteArray& bytes);
+// Calls the library's reader, if `bytes` has kept all of the input, which must have ended. Adds its result.
+void callReader(const Form& form, const ByteWindow& bytes, Decoding& decoding);

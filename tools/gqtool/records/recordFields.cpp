@@ -273,22 +273,27 @@ private:
     Record record;
 };
 
+// The reader of a form that the library only writes.
+template <typename Content>
+static int noReader(const char*, int, Content&)
+{
+    return 0;
+}
+
+// `itemWriter` writes an item as the list contains it.
 template <typename Record, void (*walkFields)(Fields&, Record&), int (*reader)(const char*, int, std::vector<Record>&),
-          void (*writer)(const std::vector<Record>&, QByteArray&)>
+          void (*writer)(const std::vector<Record>&, QByteArray&), void (*itemWriter)(const Record&, QByteArray&)>
 class RecordList : public Content {
 public:
     void walk(Fields& fields) override
     {
-        const unsigned int count = fields.beginList(nullptr, 4, list.size());
-        for (unsigned int i = 0; i < count && fields.beginItem(i); ++i) {
+        walkList(fields, list.size(), [&](size_t i) {
             if (i == list.size())
                 list.emplace_back();
             fields.beginRecord(nullptr);
             walkFields(fields, list[i]);
             fields.endRecord();
-            fields.endItem();
-        }
-        fields.endList();
+        });
     }
     int read(const QByteArray& bytes) override { return reader(bytes.constData(), bytes.size(), list); }
     bool write(QByteArray& data) const override
@@ -296,18 +301,15 @@ public:
         writer(list, data);
         return true;
     }
+    std::unique_ptr<Content> makeItem() const override
+    {
+        return OneRecord<Record, walkFields, noReader, itemWriter>::make();
+    }
     static std::unique_ptr<Content> make() { return std::make_unique<RecordList>(); }
 
 private:
     std::vector<Record> list;
 };
-
-// The reader of a form that the library only writes.
-template <typename Content>
-static int noReader(const char*, int, Content&)
-{
-    return 0;
-}
 
 using Failures = std::vector<ResultMeaning>;
 
@@ -337,83 +339,90 @@ const std::vector<Form>& recordForms()
         {"pointInfo", "a point, short form", OneRecord<PointInfo, walk, Rdb::byte2PointInfo, Rdb::pointInfo2Byte>::make,
          &definitionFailures, returnsBytes},
         {"pointInfos", "a list of pointInfo",
-         RecordList<PointInfo, walk, Rdb::byte2PointInfos, Rdb::pointInfos2Byte>::make, &definitionListFailures,
-         returnsOne},
+         RecordList<PointInfo, walk, Rdb::byte2PointInfos, Rdb::pointInfos2Byte, Rdb::pointInfo2Byte>::make,
+         &definitionListFailures, returnsOne},
         {"floatPoint", "a point with a floating-point value",
          OneRecord<FloatPoint, walk, Rdb::byte2FloatPoint, Rdb::floatPoint2Byte>::make, &definitionFailures,
          returnsBytes},
         {"floatPoints", "a list of floatPoint",
-         RecordList<FloatPoint, walk, Rdb::byte2FloatPoints, Rdb::floatPoints2Byte>::make, &definitionListFailures,
-         returnsOne},
+         RecordList<FloatPoint, walk, Rdb::byte2FloatPoints, Rdb::floatPoints2Byte, Rdb::floatPoint2Byte>::make,
+         &definitionListFailures, returnsOne},
         {"intPoint", "a point with an integer value, as the library reads it",
          OneRecord<IntPoint, walk, Rdb::byte2IntPoint, writeReadForm>::make, &definitionFailures, returnsBytes},
-        {"intPoints", "a list of intPoint", RecordList<IntPoint, walk, Rdb::byte2IntPoints, writeReadable>::make,
-         &definitionListFailures, returnsOne},
+        {"intPoints", "a list of intPoint",
+         RecordList<IntPoint, walk, Rdb::byte2IntPoints, writeReadable, writeReadForm>::make, &definitionListFailures,
+         returnsOne},
         {"intPointWritten", "a point with an integer value, as the library writes it, with switch0",
          OneRecord<IntPoint, walkWritten, noReader, Rdb::intPoint2Byte>::make, nullptr, returnsBytes},
         {"intPointsWritten", "a list of intPointWritten",
-         RecordList<IntPoint, walkWritten, noReader, Rdb::intPoints2Byte>::make, nullptr, returnsOne},
+         RecordList<IntPoint, walkWritten, noReader, Rdb::intPoints2Byte, Rdb::intPoint2Byte>::make, nullptr,
+         returnsOne},
         {"boolPoint", "a two-state point", OneRecord<BoolPoint, walk, Rdb::byte2BoolPoint, Rdb::boolPoint2Byte>::make,
          &definitionFailures, returnsBytes},
         {"boolPoints", "a list of boolPoint",
-         RecordList<BoolPoint, walk, Rdb::byte2BoolPoints, Rdb::boolPoints2Byte>::make, &definitionListFailures,
-         returnsOne},
+         RecordList<BoolPoint, walk, Rdb::byte2BoolPoints, Rdb::boolPoints2Byte, Rdb::boolPoint2Byte>::make,
+         &definitionListFailures, returnsOne},
         {"blobPoint", "a point whose value is a blob",
          OneRecord<BlobPoint, walk, Rdb::byte2BlobPoint, Rdb::blobPoint2Byte>::make, &definitionFailures, returnsBytes},
         {"blobPoints", "a list of blobPoint",
-         RecordList<BlobPoint, walk, Rdb::byte2BlobPoints, Rdb::blobPoints2Byte>::make, &definitionListFailures,
-         returnsOne},
+         RecordList<BlobPoint, walk, Rdb::byte2BlobPoints, Rdb::blobPoints2Byte, Rdb::blobPoint2Byte>::make,
+         &definitionListFailures, returnsOne},
         {"floatRealData", "a float of a point",
          OneRecord<FloatRealData, walk, Rdb::byte2FloatRealData, Rdb::floatRealData2Byte>::make, &valueFailures,
          returnsBytes},
         {"floatRealDatas", "a list of floatRealData",
-         RecordList<FloatRealData, walk, Rdb::byte2FloatRealDatas, Rdb::floatRealDatas2Byte>::make, &valueListFailures,
-         returnsOne, 22},
+         RecordList<FloatRealData, walk, Rdb::byte2FloatRealDatas, Rdb::floatRealDatas2Byte,
+                    Rdb::floatRealData2Byte>::make,
+         &valueListFailures, returnsOne, 22},
         {"floatData", "a float without its point",
          OneRecord<FloatData, walk, Rdb::byte2FloatData, Rdb::floatData2Byte>::make, &valueFailures, returnsBytes},
         {"floatDatas", "a list of floatData",
-         RecordList<FloatData, walk, Rdb::byte2FloatDatas, Rdb::floatDatas2Byte>::make, &valueListFailures, returnsOne,
-         18},
+         RecordList<FloatData, walk, Rdb::byte2FloatDatas, Rdb::floatDatas2Byte, Rdb::floatData2Byte>::make,
+         &valueListFailures, returnsOne, 18},
         {"intRealData", "an integer of a point",
          OneRecord<IntRealData, walk, Rdb::byte2IntRealData, Rdb::intRealData2Byte>::make, &valueFailures,
          returnsBytes},
         {"intRealDatas", "a list of intRealData",
-         RecordList<IntRealData, walk, Rdb::byte2IntRealDatas, Rdb::intRealDatas2Byte>::make, &valueListFailures,
-         returnsOne, 22},
+         RecordList<IntRealData, walk, Rdb::byte2IntRealDatas, Rdb::intRealDatas2Byte, Rdb::intRealData2Byte>::make,
+         &valueListFailures, returnsOne, 22},
         {"intData", "an integer without its point",
          OneRecord<IntData, walk, Rdb::byte2IntData, Rdb::intData2Byte>::make, &valueFailures, returnsBytes},
-        {"intDatas", "a list of intData", RecordList<IntData, walk, Rdb::byte2IntDatas, Rdb::intDatas2Byte>::make,
-         &valueListFailures, returnsOne, 18},
+        {"intDatas", "a list of intData",
+         RecordList<IntData, walk, Rdb::byte2IntDatas, Rdb::intDatas2Byte, Rdb::intData2Byte>::make, &valueListFailures,
+         returnsOne, 18},
         {"boolRealData", "a bool of a point",
          OneRecord<BoolRealData, walk, Rdb::byte2BoolRealData, Rdb::boolRealData2Byte>::make, &valueFailures,
          returnsBytes},
         {"boolRealDatas", "a list of boolRealData",
-         RecordList<BoolRealData, walk, Rdb::byte2BoolRealDatas, Rdb::boolRealDatas2Byte>::make, &valueListFailures,
-         returnsOne, 18},
+         RecordList<BoolRealData, walk, Rdb::byte2BoolRealDatas, Rdb::boolRealDatas2Byte, Rdb::boolRealData2Byte>::make,
+         &valueListFailures, returnsOne, 18},
         {"boolData", "a bool without its point",
          OneRecord<BoolData, walk, Rdb::byte2BoolData, Rdb::boolData2Byte>::make, &valueFailures, returnsBytes},
-        {"boolDatas", "a list of boolData", RecordList<BoolData, walk, Rdb::byte2BoolDatas, Rdb::boolDatas2Byte>::make,
+        {"boolDatas", "a list of boolData",
+         RecordList<BoolData, walk, Rdb::byte2BoolDatas, Rdb::boolDatas2Byte, Rdb::boolData2Byte>::make,
          &valueListFailures, returnsOne, 18},
         {"pointRealData", "a value of any numeric point",
          OneRecord<PointRealData, walk, Rdb::byte2PointRealData, Rdb::pointRealData2Byte>::make, &valueFailures,
          returnsBytes},
         {"pointRealDatas", "a list of pointRealData",
-         RecordList<PointRealData, walk, Rdb::byte2PointRealDatas, Rdb::pointRealDatas2Byte>::make, &valueListFailures,
-         returnsOne},
+         RecordList<PointRealData, walk, Rdb::byte2PointRealDatas, Rdb::pointRealDatas2Byte,
+                    Rdb::pointRealData2Byte>::make,
+         &valueListFailures, returnsOne},
         {"blobDataInfo", "a blob of a point without its bytes",
          OneRecord<BlobDataInfo, walk, Rdb::byte2BlobDataInfo, Rdb::blobDataInfo2Byte>::make, &valueFailures,
          returnsBytes},
         {"blobDataInfos", "a list of blobDataInfo",
-         RecordList<BlobDataInfo, walk, Rdb::byte2BlobDataInfos, Rdb::blobDataInfos2Byte>::make, &valueListFailures,
-         returnsOne},
+         RecordList<BlobDataInfo, walk, Rdb::byte2BlobDataInfos, Rdb::blobDataInfos2Byte, Rdb::blobDataInfo2Byte>::make,
+         &valueListFailures, returnsOne},
         {"blobRealData", "a blob of a point",
          OneRecord<BlobRealData, walk, Rdb::byte2BlobRealData, Rdb::blobRealData2Byte>::make, &blobValueFailures,
          returnsBytes},
         {"blobRealDatas", "a list of blobRealData",
-         RecordList<BlobRealData, walk, Rdb::byte2BlobRealDatas, Rdb::blobRealDatas2Byte>::make, &blobValueListFailures,
-         returnsOne},
+         RecordList<BlobRealData, walk, Rdb::byte2BlobRealDatas, Rdb::blobRealDatas2Byte, Rdb::blobRealData2Byte>::make,
+         &blobValueListFailures, returnsOne},
         {"blobDatas", "a list of blobs without their point",
-         RecordList<BlobData, walk, Rdb::blob2List, writeReadForms>::make, &blobSamplesFailures, returnsBytes, 18},
+         RecordList<BlobData, walk, Rdb::blob2List, writeReadForms, writeReadForm>::make, &blobSamplesFailures,
+         returnsBytes, 18},
         {"hisQuery", "a query", OneRecord<HisQuery, walk, Rdb::byte2HisQuery, writeReadForm>::make, &hisQueryFailures,
          returnsOne},
         {"oneSecQuery", "a query with a text",
@@ -422,14 +431,14 @@ const std::vector<Form>& recordForms()
         {"eventInfo", "an event", OneRecord<EventInfo, walk, Rdb::byte2EventInfo, Rdb::eventInfo2Byte>::make,
          &definitionFailures, returnsBytes},
         {"eventInfos", "a list of eventInfo",
-         RecordList<EventInfo, walk, Rdb::byte2EventInfos, Rdb::eventInfos2Byte>::make, &definitionListFailures,
-         returnsOne},
+         RecordList<EventInfo, walk, Rdb::byte2EventInfos, Rdb::eventInfos2Byte, Rdb::eventInfo2Byte>::make,
+         &definitionListFailures, returnsOne},
         {"eventState", "the state of an event",
          OneRecord<EventState, walk, Rdb::byte2EventState, Rdb::eventState2Byte>::make, &definitionFailures,
          returnsBytes},
         {"eventStates", "a list of eventState",
-         RecordList<EventState, walk, Rdb::byte2EventStates, Rdb::eventStates2Byte>::make, &definitionListFailures,
-         returnsOne},
+         RecordList<EventState, walk, Rdb::byte2EventStates, Rdb::eventStates2Byte, Rdb::eventState2Byte>::make,
+         &definitionListFailures, returnsOne},
         {"variant", "a tagged value, byte form", OneRecord<Variant, walk, Rdb::byte2Variant, Rdb::variant2Byte>::make,
          &variantFailures, returnsBytes},
         {"variantBlob", "the same, blob form", OneRecord<Variant, walkBlob, Rdb::blob2Variant, Rdb::variant2Blob>::make,
@@ -445,32 +454,37 @@ const std::vector<Form>& recordForms()
          &objectBlobFailures, returnsBytes},
         {"nodeHead", "the head of a node", OneRecord<NodeHead, walk, Fep::byte2NodeHead, Fep::nodeHead2Byte>::make,
          &frontEndFailures, returnsBytes},
-        {"nodeHeads", "a list of nodeHead", RecordList<NodeHead, walk, Fep::byte2NodeHeads, Fep::nodeHeads2Byte>::make,
+        {"nodeHeads", "a list of nodeHead",
+         RecordList<NodeHead, walk, Fep::byte2NodeHeads, Fep::nodeHeads2Byte, Fep::nodeHead2Byte>::make,
          &frontEndListFailures, returnsOne},
         {"commItem", "a communication entry", OneRecord<CommItem, walk, Fep::byte2CommItem, Fep::commItem2Byte>::make,
          &frontEndFailures, returnsBytes},
-        {"commItems", "a list of commItem", RecordList<CommItem, walk, Fep::byte2CommItems, Fep::commItems2Byte>::make,
+        {"commItems", "a list of commItem",
+         RecordList<CommItem, walk, Fep::byte2CommItems, Fep::commItems2Byte, Fep::commItem2Byte>::make,
          &frontEndListFailures, returnsOne},
         {"ycItem", "a measurement with a floating-point value",
          OneRecord<YcItem, walk, Fep::byte2YcItem, Fep::ycItem2Byte>::make, &frontEndFailures, returnsBytes},
-        {"ycItems", "a list of ycItem", RecordList<YcItem, walk, Fep::byte2YcItems, Fep::ycItems2Byte>::make,
-         &frontEndListFailures, returnsOne},
+        {"ycItems", "a list of ycItem",
+         RecordList<YcItem, walk, Fep::byte2YcItems, Fep::ycItems2Byte, Fep::ycItem2Byte>::make, &frontEndListFailures,
+         returnsOne},
         {"yxItem", "a signal of a few states", OneRecord<YxItem, walk, Fep::byte2YxItem, Fep::yxItem2Byte>::make,
          &frontEndFailures, returnsBytes},
-        {"yxItems", "a list of yxItem", RecordList<YxItem, walk, Fep::byte2YxItems, Fep::yxItems2Byte>::make,
-         &frontEndListFailures, returnsOne},
+        {"yxItems", "a list of yxItem",
+         RecordList<YxItem, walk, Fep::byte2YxItems, Fep::yxItems2Byte, Fep::yxItem2Byte>::make, &frontEndListFailures,
+         returnsOne},
         {"ydItem", "an item without a reading of its own",
          OneRecord<YdItem, walk, Fep::byte2YdItem, Fep::ydItem2Byte>::make, &frontEndFailures, returnsBytes},
-        {"ydItems", "a list of ydItem", RecordList<YdItem, walk, Fep::byte2YdItems, Fep::ydItems2Byte>::make,
-         &frontEndListFailures, returnsOne},
+        {"ydItems", "a list of ydItem",
+         RecordList<YdItem, walk, Fep::byte2YdItems, Fep::ydItems2Byte, Fep::ydItem2Byte>::make, &frontEndListFailures,
+         returnsOne},
         {"ybItem", "a signal with an integer value, as the library reads it",
          OneRecord<YbItem, walk, Fep::byte2YbItem, writeReadForm>::make, &frontEndFailures, returnsBytes},
-        {"ybItems", "a list of ybItem", RecordList<YbItem, walk, Fep::byte2YbItems, writeReadable>::make,
+        {"ybItems", "a list of ybItem", RecordList<YbItem, walk, Fep::byte2YbItems, writeReadable, writeReadForm>::make,
          &frontEndListFailures, returnsOne},
         {"ybItemWritten", "a signal with an integer value, as the library writes it, with flag1",
          OneRecord<YbItem, walkWritten, noReader, Fep::ybItem2Byte>::make, nullptr, returnsBytes},
         {"ybItemsWritten", "a list of ybItemWritten",
-         RecordList<YbItem, walkWritten, noReader, Fep::ybItems2Byte>::make, nullptr, returnsOne},
+         RecordList<YbItem, walkWritten, noReader, Fep::ybItems2Byte, Fep::ybItem2Byte>::make, nullptr, returnsOne},
         {"wave", "a stored wave", makeWave, &waveFailures, returnsOne},
     };
     return forms;
@@ -483,4 +497,9 @@ const Form* findForm(const QString& name)
             return &form;
     }
     return nullptr;
+}
+
+bool isList(const Form& form)
+{
+    return form.make()->makeItem() != nullptr;
 }

@@ -87,6 +87,18 @@ private:
     }
 };
 
+// Visits a list: its count, and each item by `walkItem(index)`.
+template <typename WalkItem>
+void walkList(Fields& fields, size_t size, const WalkItem& walkItem)
+{
+    const unsigned int count = fields.beginList(nullptr, 4, size);
+    for (unsigned int i = 0; i < count && fields.beginItem(i); ++i) {
+        walkItem(static_cast<size_t>(i));
+        fields.endItem();
+    }
+    fields.endList();
+}
+
 // A record, a list or a wave as the library holds it.
 class Content {
 public:
@@ -94,6 +106,9 @@ public:
     virtual void walk(Fields& fields) = 0;
     virtual int read(const QByteArray& bytes) = 0;  // by the library's reader; returns its result
     virtual bool write(QByteArray& data) const = 0; // by its writer; returns false on failure
+
+    // Makes an item of a list, which on the wire is the count (4 bytes) and such items. Null for anything else.
+    virtual std::unique_ptr<Content> makeItem() const { return nullptr; }
 };
 
 struct ResultMeaning {
@@ -119,6 +134,7 @@ struct Form {
 
 const std::vector<Form>& recordForms();
 const Form* findForm(const QString& name);
+bool isList(const Form& form);
 
 // Append a list in the form that the library reads: without switch0, without flag1.
 void writeReadable(const std::vector<gqdb::IntPoint>& list, QByteArray& data);

@@ -1,19 +1,18 @@
 #include "recordJson.h"
 
-#include "jsonText.h"
-
-#include <QJsonArray>
-#include <QJsonObject>
-
+#include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <nlohmann/json.hpp>
 
 // --- Records to JSON ----------------------------------------------------------------------------------------------
 
-static QByteArray arrayOf(const std::vector<unsigned char>& bytes)
+template <typename Byte>
+static std::string_view viewOf(const Byte* bytes, size_t size)
 {
-    return {reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())};
+    return {reinterpret_cast<const char*>(bytes), size};
 }
 
 class RecordJsonWriter : public Fields {
@@ -21,32 +20,29 @@ public:
     explicit RecordJsonWriter(bool comparesOnly) : isComparable(comparesOnly) {}
 
     using Fields::field;
-    void field(const char* name, unsigned char& value) override { json.add(name, QString::number(value)); }
-    void field(const char* name, unsigned int& value) override { json.add(name, QString::number(value)); }
-    void field(const char* name, int& value) override { json.add(name, QString::number(value)); }
-    void field(const char* name, float& value) override { json.add(name, jsonText(value)); }
-    void field(const char* name, double& value) override { json.add(name, jsonText(value)); }
-    void field(const char* name, std::string& text) override
-    {
-        json.add(name, jsonText(QByteArray::fromStdString(text)));
-    }
-    void field(const char* name, QString& text) override { json.add(name, jsonText(text.toUtf8())); }
+    void field(const char* name, unsigned char& value) override { json.add(name, value); }
+    void field(const char* name, unsigned int& value) override { json.add(name, value); }
+    void field(const char* name, int& value) override { json.add(name, value); }
+    void field(const char* name, float& value) override { json.add(name, value); }
+    void field(const char* name, double& value) override { json.add(name, value); }
+    void field(const char* name, std::string& text) override { json.add(name, text); }
+    void field(const char* name, QString& text) override { json.add(name, text.toStdString()); }
     void slot(const char* name, std::string& text) override { field(name, text); }
     void bytes(const char* name, unsigned char* first, int size) override
     {
-        json.add(name, jsonText(QByteArray(reinterpret_cast<const char*>(first), size)));
+        json.add(name, viewOf(first, static_cast<size_t>(size)));
     }
     void bytes(const char* name, std::vector<unsigned char>& value) override
     {
-        json.add(name, jsonText(arrayOf(value)));
+        json.add(name, viewOf(value.data(), value.size()));
     }
     void skip() override {}
     void samples(StoredWave& wave) override
     {
-        json.add("marks", jsonText(wave.marks));
+        add("marks", wave.marks);
         if (!isComparable && (wave.isRaw() || wave.isQuantised()))
-            json.add("stored", jsonText(wave.stored));
-        json.add("samples", jsonText(wave.samples));
+            add("stored", wave.stored);
+        add("samples", wave.samples);
     }
     void lostText(const char* name, std::string& text) override
     {
@@ -69,17 +65,26 @@ public:
     JsonBuilder json;
 
 private:
+    template <typename Item>
+    void add(const char* name, const std::vector<Item>& items)
+    {
+        json.begin(name, '[');
+        for (const Item item : items)
+            json.add(nullptr, item);
+        json.end(']');
+    }
+
     bool isComparable;
 };
 
-QString jsonOf(Content& content)
+std::string jsonOf(Content& content)
 {
     RecordJsonWriter writer(false);
     content.walk(writer);
     return writer.json.text;
 }
 
-QString comparableJsonOf(Content& content)
+std::string comparableJsonOf(Content& content)
 {
     RecordJsonWriter writer(true);
     content.walk(writer);
@@ -93,7 +98,7 @@ static const int longestSlotText = 256;
 
 class RecordJsonReader : public Fields {
 public:
-    explicit RecordJsonReader(const QJsonValue& value) : path("value") { open.append({value, {}}); }
+    RecordJsonReader(const Json& value, const QString& valuePath) : path(valuePath) { open.push_back({&value, {}}); }
 
     using Fields::field;
     void field(const char* name, unsigned char& value) override
@@ -107,15 +112,13 @@ public:
     void field(const char* name, int& value) override { value = static_cast<int>(takeInteger(name, INT_MIN, INT_MAX)); }
     void field(const char* name, float& value) override
     {
-        const QJsonValue json = take(name);
-        if (!json.isUndefined())
-            readFloat(json, pathOf(name), value);
+        if (const Json* json = take(name))
+            readFloat(*json, name, value);
     }
     void field(const char* name, double& value) override
     {
-        const QJsonValue json = take(name);
-        if (!json.isUndefined())
-            readDouble(json, pathOf(name), value);
+        if (const Json* json = take(name))
+            readDouble(*json, name, value);
     }
     void field(const char* name, std::string& text) override { text = takeText(name, longestText).toStdString(); }
     void field(const char* name, QString& text) override
@@ -144,38 +147,37 @@ public:
 
     void beginRecord(const char* name) override
     {
-        const QJsonValue json = take(name);
-        if (!json.isUndefined() && !json.isObject())
-            fail(name, "must be an object" + gotText(json));
-        enter(name);
-        open.append({json, {}});
+        const Json* json = take(name);
+        if (json != nullptr && !json->is_object())
+            fail(name, "must be an object" + gotText(*json));
+        enter(name, json);
+        if (json != nullptr)
+            open.back().names.reserve(json->size());
     }
     void endRecord() override
     {
-        for (const QString& name : open.last().value.toObject().keys()) {
-            if (!open.last().taken.contains(name))
-                errors.append(
-                    QString("%1.%2 is unknown; the fields are %3").arg(path, name, open.last().taken.join(", ")));
-        }
+        const Open& record = open.back();
+        if (record.value != nullptr && record.value->is_object() && record.value->size() > record.found)
+            failUnknown(record);
         leave();
     }
     unsigned int beginList(const char* name, int countBytes, size_t size) override
     {
-        const QJsonValue json = take(name);
-        const auto count = static_cast<unsigned int>(json.toArray().size());
-        if (!json.isUndefined() && !json.isArray())
-            fail(name, "must be an array" + gotText(json));
-        else if (json.isArray() && countBytes == 0 && count != size)
+        const Json* json = take(name);
+        const bool isArray = json != nullptr && json->is_array();
+        const auto count = static_cast<unsigned int>(isArray ? json->size() : 0);
+        if (json != nullptr && !isArray)
+            fail(name, "must be an array" + gotText(*json));
+        else if (isArray && countBytes == 0 && count != size)
             fail(name, QString("must have %1 items, got %2").arg(size).arg(count));
         else if (countBytes == 2 && count > USHRT_MAX)
             fail(name, QString("must have at most %1 items, got %2").arg(USHRT_MAX).arg(count));
-        enter(name);
-        open.append({json, {}});
+        enter(name, json);
         return countBytes == 0 ? std::min(count, static_cast<unsigned int>(size)) : count;
     }
     bool beginItem(unsigned int index) override
     {
-        open.append({open.last().value.toArray().at(static_cast<int>(index)), {}});
+        open.push_back({&(*open.back().value)[index], {}});
         paths.append(path);
         path += QString("[%1]").arg(index);
         return true;
@@ -187,111 +189,127 @@ public:
 
 private:
     struct Open {
-        QJsonValue value;
-        QStringList taken; // names of its members
+        const Json* value;              // null if it is missing
+        std::vector<const char*> names; // of the fields
+        size_t found = 0;               // number of them that it has
     };
 
     QString pathOf(const char* name) const { return name == nullptr ? path : QString("%1.%2").arg(path, name); }
     void fail(const char* name, const QString& message) { errors.append(pathOf(name) + ' ' + message); }
-    void enter(const char* name)
+    void enter(const char* name, const Json* value)
     {
+        open.push_back({value, {}});
         paths.append(path);
-        path = pathOf(name);
+        if (name != nullptr)
+            path = pathOf(name);
     }
     void leave()
     {
-        open.removeLast();
+        open.pop_back();
         path = paths.takeLast();
     }
 
-    // Returns the value of a field, or the item itself; undefined and an error if it is missing.
-    QJsonValue take(const char* name)
+    // Returns the value of a field, or the item itself; null and an error if it is missing.
+    const Json* take(const char* name)
     {
-        if (name == nullptr)
-            return open.last().value;
-        open.last().taken.append(name);
-        QJsonValue value = open.last().value.toObject().value(QString(name));
-        if (value.isUndefined() && open.last().value.isObject())
+        Open& parent = open.back();
+        if (name == nullptr || parent.value == nullptr || !parent.value->is_object())
+            return name == nullptr ? parent.value : nullptr;
+        parent.names.push_back(name);
+        const auto found = parent.value->find(name);
+        if (found == parent.value->end()) {
             fail(name, "is missing");
-        return value;
+            return nullptr;
+        }
+        ++parent.found;
+        return &*found;
+    }
+
+    void failUnknown(const Open& record)
+    {
+        QStringList known;
+        for (const char* name : record.names)
+            known.append(name);
+        for (const auto& [name, value] : record.value->items()) {
+            if (!known.contains(QString::fromStdString(name)))
+                fail(name.c_str(), "is unknown; the fields are " + known.join(", "));
+        }
     }
 
     long long takeInteger(const char* name, long long least, long long most)
     {
-        const QJsonValue json = take(name);
-        const double number = json.toDouble();
-        const bool isInside = json.isDouble() && std::floor(number) == number && number >= static_cast<double>(least) &&
-                              number <= static_cast<double>(most);
-        if (!json.isUndefined() && !isInside)
-            fail(name, QString("must be an integer from %1 to %2").arg(least).arg(most) + gotText(json));
+        const Json* json = take(name);
+        const double number = json != nullptr && json->is_number() ? json->get<double>() : 0.5;
+        const bool isInside =
+            std::floor(number) == number && number >= static_cast<double>(least) && number <= static_cast<double>(most);
+        if (json != nullptr && !isInside)
+            fail(name, QString("must be an integer from %1 to %2").arg(least).arg(most) + gotText(*json));
         return isInside ? static_cast<long long>(number) : 0;
     }
 
     QByteArray takeText(const char* name, int most)
     {
-        const QJsonValue json = take(name);
+        const Json* json = take(name);
         QByteArray bytes;
-        if (!json.isUndefined() && !takeBytes(json, bytes))
-            fail(name, "must be a string of valid Unicode or {\"hex\": DIGITS}" + gotText(json));
+        if (json != nullptr && !takeBytes(*json, bytes))
+            fail(name, "must be a string of valid Unicode or {\"hex\": DIGITS}" + gotText(*json));
         else if (bytes.size() > most)
             fail(name, QString("must have at most %1 bytes, got %2").arg(most).arg(bytes.size()));
         return bytes;
     }
 
     // Reads the bits of a NaN, which must have that many digits.
-    static bool readNan(const QJsonValue& json, int digits, unsigned long long& image)
+    static bool readNan(const Json& json, int digits, unsigned long long& image)
     {
+        if (!json.is_object() || json.size() != 1 || !json.contains("nan") || !json["nan"].is_string())
+            return false;
         bool isHex = false;
-        const QString text = json.toObject()["nan"].toString();
+        const QString text = QString::fromStdString(json["nan"].get_ref<const std::string&>());
         image = text.toULongLong(&isHex, 16);
-        return isHex && text.size() == digits && json.toObject().size() == 1;
+        return isHex && text.size() == digits;
     }
 
     // Reads a number, or one of the texts for what is no number in JSON.
-    static bool readNumber(const QJsonValue& json, double& value)
+    static bool readNumber(const Json& json, double& value)
     {
-        const QString text = json.toString();
-        if (text == "inf" || text == "-inf")
-            value = (text == "inf" ? 1 : -1) * std::numeric_limits<double>::infinity();
-        else if (text == "-0")
+        if (json.is_number())
+            value = json.get<double>();
+        else if (json == "inf" || json == "-inf")
+            value = (json == "inf" ? 1 : -1) * std::numeric_limits<double>::infinity();
+        else if (json == "-0")
             value = -0.0;
-        else if (json.isDouble())
-            value = json.toDouble();
         else
             return false;
         return true;
     }
 
-    void readFloat(const QJsonValue& json, const QString& place, float& value)
+    void readFloat(const Json& json, const char* name, float& value)
     {
         unsigned long long image = 0;
         double number = 0;
         if (readNan(json, 8, image)) {
             const auto bits = static_cast<unsigned int>(image);
             std::memcpy(&value, &bits, sizeof value);
-            if (std::isnan(value))
-                return;
-            errors.append(place + ".nan must be the bits of a NaN" + gotText(json.toObject()["nan"]));
+            if (!std::isnan(value))
+                errors.append(pathOf(name) + ".nan must be the bits of a NaN" + gotText(json["nan"]));
         } else if (!readNumber(json, number)) {
-            errors.append(place + " must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 8 DIGITS}" +
-                          gotText(json));
+            fail(name, "must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 8 DIGITS}" + gotText(json));
         } else if (std::isfinite(number) && std::abs(number) >= 0x1.ffffffp127) { // which would round to infinity
-            errors.append(place + " must fit into a float" + gotText(json));
+            fail(name, "must fit into a float" + gotText(json));
         } else {
             value = static_cast<float>(number);
         }
     }
 
-    void readDouble(const QJsonValue& json, const QString& place, double& value)
+    void readDouble(const Json& json, const char* name, double& value)
     {
         unsigned long long image = 0;
         if (readNan(json, 16, image)) {
             std::memcpy(&value, &image, sizeof value);
             if (!std::isnan(value))
-                errors.append(place + ".nan must be the bits of a NaN" + gotText(json.toObject()["nan"]));
+                errors.append(pathOf(name) + ".nan must be the bits of a NaN" + gotText(json["nan"]));
         } else if (!readNumber(json, value)) {
-            errors.append(place + " must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 16 DIGITS}" +
-                          gotText(json));
+            fail(name, "must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 16 DIGITS}" + gotText(json));
         }
     }
 
@@ -305,7 +323,7 @@ private:
         endList();
     }
 
-    QList<Open> open;
+    std::vector<Open> open;
     QString path;
     QStringList paths; // of the enclosing records and lists
 };
@@ -320,7 +338,7 @@ void RecordJsonReader::samples(StoredWave& wave)
     else if (wave.isQuantised())
         takeIntegers("stored", 0, USHRT_MAX, wave.stored);
     const bool isNeeded = !wave.isRaw() && !wave.isQuantised();
-    if (!isNeeded && !open.last().value.toObject().contains("samples"))
+    if (!isNeeded && open.back().value != nullptr && !open.back().value->contains("samples"))
         return; // the stored integers determine them
     const unsigned int count = beginList("samples", 4, 0);
     for (unsigned int i = 0; i < count && beginItem(i); ++i) {
@@ -331,9 +349,9 @@ void RecordJsonReader::samples(StoredWave& wave)
     endList();
 }
 
-QStringList takeJson(const QJsonValue& value, Content& content)
+QStringList takeJson(const Json& value, Content& content, const QString& path)
 {
-    RecordJsonReader reader(value);
+    RecordJsonReader reader(value, path);
     content.walk(reader);
     return reader.errors;
 }

@@ -1,20 +1,20 @@
 #pragma once
 
+#include "jsonText.h"
 #include "recordFields.h"
 
-#include <QJsonValue>
 #include <QStringList>
 
 // Records as JSON, with the fields in the order of the bytes. tests/golden/README.md describes it.
 
 // --- Records to JSON ----------------------------------------------------------------------------------------------
 
-QString jsonOf(Content& content);
+std::string jsonOf(Content& content);
 
 // Without the texts that the library's readers do not return, for comparisons.
-QString comparableJsonOf(Content& content);
+std::string comparableJsonOf(Content& content);
 
 // --- JSON to records ----------------------------------------------------------------------------------------------
 
-// Fills `content`. Returns the errors, each with the path of its field; empty on success.
-QStringList takeJson(const QJsonValue& value, Content& content);
+// Fills `content`. Returns the errors, each with the path of its field, which begins with `path`; empty on success.
+QStringList takeJson(const Json& value, Content& content, const QString& path = "value");

@@ -11,28 +11,51 @@ static QString takeIndex(QString& name)
     return index;
 }
 
-RecordTexts recordTexts(const Form& form, const QByteArray& bytes)
-{
-    const Decoded decoded = decode(form, bytes);
-    RecordTexts result;
-    result.json = decoded.value;
-    result.isList = result.json.startsWith('[');
-    QString lastIndex;
-    for (const DecodedField& field : decoded.fields) {
-        QString name = field.name;
+class TextListener : public DecodeListener {
+public:
+    explicit TextListener(RecordTexts& texts) : result(texts) {}
+
+    void row(const DecodedRow& row) override
+    {
+        std::string path;
+        row.appendName(path);
+        QString name = QString::fromStdString(path);
         const QString index = result.isList ? takeIndex(name) : QString();
         if (result.isList && index.isEmpty())
-            continue; // the count
-        const QString text = field.value.isEmpty() ? name : name + ' ' + field.value;
+            return; // the count
+        std::string value;
+        appendJson(value, row.value);
+        const QString text = value.empty() ? name : name + ' ' + QString::fromStdString(value);
         if (result.isList && index == lastIndex)
             result.texts.last() += ", " + text;
         else
             result.texts.append(text);
         lastIndex = index;
     }
-    if (!decoded.faults.empty())
-        result.fault = QString("byte %1: %2").arg(decoded.faults[0].offset).arg(decoded.faults[0].text);
+    void begin(const char* name, char bracket) override { json.begin(name, bracket); }
+    void end(char bracket) override { json.end(bracket); }
+    void member(const char* name, const FieldValue& value) override { json.add(name, value); }
+
+    JsonBuilder json;
+
+private:
+    RecordTexts& result;
+    QString lastIndex;
+};
+
+RecordTexts recordTexts(const Form& form, const QByteArray& bytes)
+{
+    RecordTexts result;
+    result.isList = isList(form);
+    MemorySource source(bytes);
+    ByteWindow window(source);
+    TextListener listener(result);
+    const Decoding decoding = decode(form, window, listener, FaultList::usualLimit);
+    result.json = listener.json.text;
+    const std::vector<Fault>& faults = decoding.faults.listed();
+    if (!faults.empty())
+        result.fault = QString("byte %1: %2").arg(faults[0].offset).arg(faults[0].text);
     else
-        result.rest = decoded.rest.size();
+        result.rest = static_cast<int>(bytes.size() - decoding.restOffset);
     return result;
 }

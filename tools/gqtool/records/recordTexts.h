@@ -6,13 +6,15 @@
 #include <QString>
 #include <QStringList>
 
+#include <string>
+
 // Records in words: "pointId 1000, value 1.5".
 struct RecordTexts {
     QStringList texts; // of a list, one for each record; of a single record, one for each field
     bool isList = false;
-    QString json;  // the same as a JSON array or object
-    int rest = 0;  // bytes after the records
-    QString fault; // the first one, with its offset; empty if there is none
+    std::string json; // the same as a JSON array or object
+    int rest = 0;     // bytes after the records
+    QString fault;    // the first one, with its offset; empty if there is none
 };
 
 RecordTexts recordTexts(const Form& form, const QByteArray& bytes);

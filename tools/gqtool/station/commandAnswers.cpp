@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <socketApi.h>
 
 using gqdb::CByte2Val;
@@ -174,7 +175,7 @@ QByteArray CommandFileReader::readRecord(const QJsonObject& object, const QStrin
         return {};
     }
     const std::unique_ptr<Content> content = form->make();
-    const QStringList faults = takeJson(object["value"], *content);
+    const QStringList faults = takeJson(Json::parse(jsonText(object["value"])), *content);
     for (const QString& fault : faults) { // each begins with the path from value on
         const QString member = fault.section(' ', 0, 0);
         fail(QString("%1.%2").arg(place, member), fault.mid(member.size()));

@@ -84,8 +84,8 @@ void TraceOutput::addContent(const Frame& frame, const MappedCommand& command, Q
     if (payload.form.isEmpty() || static_cast<unsigned int>(frame.payload.size()) != frame.length) // not kept whole
         return;
     json["form"] = payload.form;
-    if (!payload.content.isEmpty()) // may be a bare number or text
-        json["content"] = QJsonDocument::fromJson('[' + payload.content.toUtf8() + ']').array().first();
+    if (!payload.content.empty()) // may be a bare number or text
+        json["content"] = QJsonDocument::fromJson('[' + QByteArray::fromStdString(payload.content) + ']').array().first();
     if (!payload.fault.isEmpty())
         json["fault"] = "form";
 }

@@ -1,0 +1,101 @@
+#include "decodeTable.h"
+
+#include "shared/console.h"
+
+#include <algorithm>
+#include <charconv>
+
+static const size_t shownBytes = 8; // of a field
+static const int shownText = 100;   // characters of a value
+static const size_t offsetWidth = 6;
+static const size_t bytesWidth = 3 * shownBytes + 3;
+static const size_t blockBytes = 1 << 16; // that are printed at a time
+
+// --- Columns ------------------------------------------------------------------------------------------------------
+
+static void appendOffset(std::string& text, long long offset)
+{
+    char digits[20];
+    const char* end = offset < 0 ? digits : std::to_chars(digits, digits + sizeof digits, offset).ptr;
+    const auto count = static_cast<size_t>(end - digits);
+    text.append(offsetWidth - std::min(count, offsetWidth), ' ');
+    text.append(digits, count);
+    text += "  ";
+}
+
+static void appendBytes(std::string& text, std::string_view bytes)
+{
+    const char* const digits = "0123456789abcdef";
+    const size_t start = text.size();
+    for (const char byte : bytes.substr(0, shownBytes)) {
+        if (text.size() > start)
+            text += ' ';
+        text += digits[static_cast<unsigned char>(byte) >> 4];
+        text += digits[byte & 0xf];
+    }
+    if (bytes.size() > shownBytes)
+        text += " ...";
+    text.append(bytesWidth - (text.size() - start), ' ');
+    text += "  ";
+}
+
+static void appendValue(std::string& text, const FieldValue& value)
+{
+    const size_t start = text.size();
+    appendJson(text, value);
+    if (text.size() - start <= shownText)
+        return;
+    const QString whole = QString::fromUtf8(text.data() + start, static_cast<int>(text.size() - start));
+    if (whole.size() > shownText)
+        text.replace(start, std::string::npos, (whole.left(shownText) + "...").toStdString());
+}
+
+// --- Lines --------------------------------------------------------------------------------------------------------
+
+void DecodeTable::row(const DecodedRow& row)
+{
+    appendOffset(text, row.offset);
+    appendBytes(text, row.bytes);
+    Line line = {text.size(), 0, 0};
+    row.appendName(text);
+    line.nameEnd = text.size();
+    appendValue(text, row.value);
+    line.valueEnd = text.size();
+    nameWidth = std::max(nameWidth, line.nameEnd - line.bytesEnd);
+    lines.push_back(line);
+    if (text.size() > blockBytes)
+        flush();
+}
+
+void DecodeTable::flush()
+{
+    QByteArray printed;
+    printed.reserve(static_cast<int>(text.size() + lines.size() * (nameWidth + 3)));
+    size_t start = 0;
+    for (const Line& line : lines) {
+        const size_t padding = nameWidth - (line.nameEnd - line.bytesEnd) + 2;
+        printed.append(text.data() + start, static_cast<int>(line.nameEnd - start));
+        printed.append(static_cast<int>(padding), ' ');
+        printed.append(text.data() + line.nameEnd, static_cast<int>(line.valueEnd - line.nameEnd));
+        printed.append('\n');
+        start = line.valueEnd;
+    }
+    text.clear();
+    lines.clear();
+    printBytes(printed);
+}
+
+bool DecodeTable::end(const Decoding& decoding)
+{
+    flush();
+    if (!decoding.restStart.isEmpty()) {
+        appendOffset(text, decoding.restOffset);
+        appendBytes(text, {decoding.restStart.constData(), static_cast<size_t>(decoding.restStart.size())});
+        printLine(QString::fromStdString(text) + QString("%1, %2 bytes")
+                                                     .arg(decoding.faults.listed().empty() ? "(rest)" : "(not read)")
+                                                     .arg(input.size() - decoding.restOffset));
+    }
+    printLine(decoding.readerCalled ? QString("library: %1, %2").arg(decoding.result).arg(decoding.meaning)
+                                    : "library: " + decoding.meaning);
+    return true;
+}
