@@ -61,13 +61,6 @@ TEST(GqtoolPipe, endsADecoding)
     frames.expectEnd();
 }
 
-TEST(GqtoolPipe, endsAList)
-{
-    Pipeline list({"time", "--list", "--json"});
-    EXPECT_TRUE(list.line().startsWith("{"));
-    list.expectEnd();
-}
-
 // A command line of the shell's, in which $gqtool is the program.
 static Outcome runInShell(const QString& line)
 {

@@ -83,10 +83,12 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
 
 static const char* const description =
     "Prints the fields of a record, list, wave or frames, and the result of the library's own reader. Errors are\n"
-    "listed with their byte offset, after the fields that could be read; the exit code is then 1.\n"
+    "listed with their byte offset, after the fields that could be read; the exit code is then 1. Lists and frames\n"
+    "are printed while their bytes arrive, so they can be of any length.\n"
     "\n"
     "  gqtool decode --as boolData 01 10270000 fa000000 02\n"
     "  gqtool decode --as floatRealDatas --file values.hex --json\n"
+    "  gqtool decode --as floatRealDatas --raw --file values.bin --csv values.csv\n"
     "  gqtool decode --as frames --payload ints 68 08000000 0700 00 00 20 01000000 64000000 0000 16\n"
     "\n"
     "%1";

@@ -242,15 +242,10 @@ static bool writeTable(const QString& path, const std::vector<float>& samples, i
 
 static bool writePicture(const QString& path, const std::vector<float>& samples, const WaveCaptions& captions)
 {
-<<<<<<< HEAD
-    Output output(path);
-    output.add(waveSvg(samples, captions));
-=======
     OutputFile output(path);
     if (!output.open())
         return false;
-    output.add(waveSvg(samples));
->>>>>>> 3f1cb79 (Decode and encode lists in parts, and print them as tables)
+    output.add(waveSvg(samples, captions));
     return output.end();
 }
 
