@@ -33,7 +33,7 @@ static void printFormsAsJson()
 // --- Decoding -----------------------------------------------------------------------------------------------------
 
 static const long long largestRest =
-    1 << 30; // bytes after a record; otherwise a source without an end is read for ever
+    1 << 30; // bytes after a record; without this limit an endless source would be read indefinitely
 
 struct DecodeRun {
     const Form* form; // null for frames

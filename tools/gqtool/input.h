@@ -15,7 +15,7 @@ bool readAll(const QString& path, QByteArray& content, QString& error);
 // "65536 bytes read, of 100000000", for the progress.
 QString progressText(const ByteSource& source);
 
-// The line after the first errors, whose number --max-errors limits.
+// The line that follows the listed errors if there are more than --max-errors.
 QString moreErrorsText(long long count);
 
 // The bytes that a sub-command works on: hex text or a hex dump on the command line, in a file or on standard input, or
@@ -25,7 +25,7 @@ public:
     // Adds --file, --raw and the argument BYTES to `line`.
     explicit Input(CommandLine& line);
 
-    // Returns the name of the file, or what there is instead.
+    // Returns the name of the source for messages: a file, "standard input" or "BYTES".
     QString source() const;
 
     // Opens the source that the command line names. On wrong usage, prints an error and returns null.
@@ -35,7 +35,7 @@ public:
     bool read(QByteArray& bytes, int& exitCode) const;
 
 private:
-    QString path() const; // of the file, - or empty
+    QString path() const; // of the file; "-" for standard input; empty without a file
 
     Option fileOption;
     Option rawOption;

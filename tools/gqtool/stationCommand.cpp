@@ -126,7 +126,7 @@ static const char* const description =
     "SIGHUP reads the file again. If it has errors, they are printed, and the commands stay as they were.\n"
     "\n"
     "--replay FILE gives each request the reply that a recorded server sent to the same command and payload, in the\n"
-    "recorded order; the last one is repeated. The payload of commands 1 to 3, the client's clock, does not count.\n"
+    "recorded order; the last one is repeated. The payload of commands 1 to 3, the client's clock, is ignored.\n"
     "Greetings are the recorded ones. A request that was not recorded is answered with error -10.\n"
     "\n"
     "A script defines which greetings and replies go wrong. It has one fault per line, and comments from #:\n"
@@ -157,8 +157,8 @@ int runStation(const QStringList& arguments)
     replay.excludes(greeting); // the greeting is the recorded one
     asTimed.needs(replay);
     const Option script = line.text("script", "read faults from FILE, see above", "FILE");
-    const Option seed =
-        line.integer("seed", "choose faults by chance from NUMBER (default: 1)", "NUMBER", 0, INT_MAX, 1);
+    const Option seed = line.integer("seed", "select faults by chance; the same NUMBER selects the same (default: 1)",
+                                     "NUMBER", 0, INT_MAX, 1);
     const Option json = line.flag("json", "print each line as a JSON object; the log stays text");
     const Option quiet = line.flag("quiet", "print only the first line; the log still gets all of them");
     const Option logFile = line.text("log", "also write the lines, with their time, to FILE", "FILE");

@@ -259,7 +259,7 @@ static const char* const description =
     "  gqtool wave --raw --file WAVE --svg wave.svg\n"
     "  gqtool wave --raw --file WAVE --svg part.svg --from 5000 --to 5999\n"
     "\n"
-    "In the picture, dashed lines show the marks that are numbers of samples.";
+    "In the picture, dashed lines show those marks that are valid sample numbers.";
 
 // The samples that --from and --to choose.
 struct Part {

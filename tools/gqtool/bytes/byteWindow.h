@@ -2,8 +2,8 @@
 
 #include "byteSource.h"
 
-// The bytes of a source from the current position on, read as they are needed. As long as the input is small, and if
-// wanted always, it also keeps the bytes before the position.
+// The bytes of a source from the current position on, read as they are needed. It also keeps the bytes before the
+// position while the input is small, or always if `isAllKept`.
 class ByteWindow {
 public:
     static constexpr int smallInput = 1 << 20; // bytes

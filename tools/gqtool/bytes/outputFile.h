@@ -19,7 +19,7 @@ public:
     // Puts the file in its place. Returns true if everything was written, else prints the error.
     bool end();
 
-    // Leaves the file as it was, and prints that. Returns false.
+    // Leaves the file as it was and prints an error. Returns false.
     bool discard();
 
 private:

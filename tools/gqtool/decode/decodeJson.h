@@ -35,10 +35,10 @@ private:
     const ByteWindow& input;
     Members wants;
     JsonBuilder json;
-    int depth = 0;            // of the value
+    int depth = 0; // of the value
     bool hasValue = false;
     QByteArray behind;        // the rest, until it is large
-    bool isBehindHex = false; // and printed as hex
+    bool isBehindHex = false; // large, and therefore printed as hex
     JsonBuilder field;
     Spool fields;
 };

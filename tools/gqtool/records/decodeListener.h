@@ -7,7 +7,7 @@ struct DecodedRow {
     long long offset;       // -1 for a sample that was unpacked
     std::string_view bytes; // of the field
     std::string_view path;  // of the record: "[2]"
-    const char* name;       // of the field: "text1"; null if the path says it all
+    const char* name;       // of the field: "text1"; null if the path is the whole name
     FieldValue value;
 
     // "[2].text1"

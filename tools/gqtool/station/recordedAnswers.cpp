@@ -207,9 +207,8 @@ bool RecordedAnswers::read(const QString& path, QString& error)
         error = QString("cannot read %1: %2").arg(path, file.errorString());
         return false;
     }
-    const auto isEmpty = [this](size_t index) {
-        return exchanges[index].frames.empty();
-    }; // such as of a failed connect
+    // A connection without a greeting, for example a failed connect.
+    const auto isEmpty = [this](size_t index) { return exchanges[index].frames.empty(); };
     std::vector<size_t>& sent = greetings.exchanges;
     sent.erase(std::remove_if(sent.begin(), sent.end(), isEmpty), sent.end());
     if (replies.isEmpty())

@@ -8,8 +8,8 @@
 #include <vector>
 
 // Answers as a recorded server did, from a file of 'gqtool trace --record': each request gets what the server sent to
-// the same command and payload, in the recorded order; the last reply is repeated. Greetings too are sent in their
-// order. A request that was not recorded is refused as an unknown command.
+// the same command and payload, in the recorded order; the last reply is repeated. Greetings are also sent in the
+// recorded order. A request that was not recorded is refused as an unknown command.
 class RecordedAnswers : public StationAnswers {
 public:
     // Frames are sent after the recorded delays if `withDelays`, otherwise `gapMs` apart.
@@ -28,10 +28,10 @@ private:
         bool returnsSequence = false; // has the sequence of its request
     };
 
-    // A request or the begin of a connection, and what the server sent then.
+    // A request or the start of a connection, and what the server sent then.
     struct Exchange {
         long long time = 0; // in ms
-        int command = 0;    // -1 for the begin of a connection
+        int command = 0;    // -1 for the start of a connection
         int sequence = 0;
         std::vector<RecordedFrame> frames;
     };

@@ -6,9 +6,8 @@
 #include <gqFileLog.h>
 #include <gqLibUnix.h>
 
-// The station's log file. The threads of the connections queue lines; a thread of the log saves them, for the last time
-// on SIGTERM or SIGINT. Open it before starting other threads, since it blocks both signals in them. Never destroy it
-// once it is open.
+// The station's log file. The station queues lines; a thread of the log saves them, for the last time on SIGTERM or SIGINT.
+// Open it before starting other threads, since it blocks both signals in them. Never destroy it once it is open.
 class StationLog {
 public:
     StationLog();
