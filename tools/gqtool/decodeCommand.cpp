@@ -74,7 +74,7 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
     }
     if (run.form != nullptr)
         callReader(*run.form, bytes, decoding);
-    const bool isPrinted = output.end(decoding);
+    const bool isPrinted = output.finish(decoding);
     printFaults(decoding.faults);
     return isPrinted && decoding.faults.listed().empty() ? exitGood : exitFailed;
 }

@@ -104,7 +104,7 @@ void DecodeCsv::flush()
     linesEnd = 0;
 }
 
-bool DecodeCsv::end(const Decoding& decoding)
+bool DecodeCsv::finish(const Decoding& decoding)
 {
     flush();
     const long long rest = input.size() - decoding.restOffset;

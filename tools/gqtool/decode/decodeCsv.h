@@ -16,7 +16,7 @@ public:
 
     void flush() override;
     void rest(const QByteArray&) override {}
-    bool end(const Decoding& decoding) override;
+    bool finish(const Decoding& decoding) override;
 
 private:
     void separate();

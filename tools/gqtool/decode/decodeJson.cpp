@@ -131,7 +131,7 @@ void DecodeJson::addFaults(const FaultList& faults)
         json.add("moreFaults", faults.others());
 }
 
-bool DecodeJson::end(const Decoding& decoding)
+bool DecodeJson::finish(const Decoding& decoding)
 {
     endValue();
     endRest();

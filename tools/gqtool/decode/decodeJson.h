@@ -23,7 +23,7 @@ public:
 
     void flush() override;
     void rest(const QByteArray& bytes) override;
-    bool end(const Decoding& decoding) override;
+    bool finish(const Decoding& decoding) override;
 
 private:
     void flushFull();

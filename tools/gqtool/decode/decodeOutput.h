@@ -13,5 +13,5 @@ public:
     virtual void rest(const QByteArray& bytes) = 0;
 
     // Ends the output, when the input has been read to its end. Returns false after it printed an error.
-    virtual bool end(const Decoding& decoding) = 0;
+    virtual bool finish(const Decoding& decoding) = 0;
 };

@@ -85,7 +85,7 @@ void DecodeTable::flush()
     printBytes(printed);
 }
 
-bool DecodeTable::end(const Decoding& decoding)
+bool DecodeTable::finish(const Decoding& decoding)
 {
     flush();
     if (!decoding.restStart.isEmpty()) {

@@ -15,7 +15,7 @@ public:
 
     void flush() override;
     void rest(const QByteArray&) override {}
-    bool end(const Decoding& decoding) override;
+    bool finish(const Decoding& decoding) override;
 
 private:
     // Ends of the parts of a line in `text`.
