@@ -1,5 +1,5 @@
-// Prints what jobs of the library allocate and keep, and what many links of one process take. Counts the calls of
-// malloc() and realloc(), through which the library, Qt and the C++ library get their memory.
+// Prints what jobs of the library allocate and keep, and the memory and time of many links of one process. Counts the
+// calls of malloc() and realloc(), through which the library, Qt and the C++ library get their memory.
 
 #include "byte2Rdb.h"
 #include "gqFileLog.h"
