@@ -131,8 +131,9 @@ static QByteArray wireshark(const QByteArray& bytes, int width)
 static QByteArray tcpdump(const QByteArray& bytes, int width)
 {
     QByteArray text;
-    for (int i = 0; i < bytes.size(); i += width) {
-        const QByteArray payload = bytes.mid(i, width);
+    const int most = 16 * width; // bytes of a payload
+    for (int i = 0; i < bytes.size(); i += most) {
+        const QByteArray payload = bytes.mid(i, most);
         const QByteArray size = padded(payload.size() + 28, 4);
         const QByteArray datagramSize = padded(payload.size() + 8, 4);
         const QByteArray packet = QByteArray::fromHex("4500" + size + "0000000040110000" + "7f0000017f000001" +

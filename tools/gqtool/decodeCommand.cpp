@@ -3,6 +3,7 @@
 #include "decode/decodeCsv.h"
 #include "decode/decodeJson.h"
 #include "decode/decodeTable.h"
+#include "encodingOption.h"
 #include "gqtool/frames/frameCodec.h"
 #include "gqtool/records/recordDecoding.h"
 #include "input.h"
@@ -112,6 +113,7 @@ int runDecode(const QStringList& arguments)
     const Option maxErrors = line.integer("max-errors", "list at most N errors, and leave out what follows them", "N",
                                           1, INT_MAX, FaultList::usualLimit);
     csv.excludes(json);
+    const EncodingOption encoding(line);
     const Input input(line);
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
@@ -134,6 +136,8 @@ int runDecode(const QStringList& arguments)
         return usageError(QString("--as must be a form of --list, got '%1'").arg(as.text()));
     if (csv.isSet() && (isFrames || !isList(*form)))
         return usageError(QString("--csv requires a list, and --as %1 is none").arg(as.text()));
+    if (!encoding.apply())
+        return exitUsage;
     const std::unique_ptr<ByteSource> opened = input.open(isFrames ? HexReader::payloads : HexReader::everyByte);
     if (opened == nullptr)
         return exitUsage;

@@ -1,6 +1,7 @@
 #include "command.h"
 #include "commandLine.h"
 #include "encode/documentEncoder.h"
+#include "encodingOption.h"
 #include "gqtool/records/decoding.h"
 #include "input.h"
 #include "shared/console.h"
@@ -72,11 +73,14 @@ int runEncode(const QStringList& arguments)
     const Option raw = line.flag("raw", "print the bytes themselves, not hex text");
     const Option maxErrors =
         line.integer("max-errors", "list at most N errors", "N", 1, INT_MAX, FaultList::usualLimit);
+    const EncodingOption encoding(line);
     const Option file = line.optionalArgument("FILE", "JSON file; - or no FILE means standard input");
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
 
+    if (!encoding.apply())
+        return exitUsage;
     FileSource source(file.isSet() ? file.text() : "-");
     DocumentEncoder encoder(maxErrors.number());
     if (!encode(source, encoder))

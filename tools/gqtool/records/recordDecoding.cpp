@@ -1,5 +1,6 @@
 #include "recordDecoding.h"
 
+#include "textEncoding.h"
 #include "waveBlock.h"
 
 #include <algorithm>
@@ -72,10 +73,18 @@ public:
             add(name, 8, value);
         }
     }
-    void field(const char* name, std::string& text) override { text = takeText(name); }
+    void field(const char* name, std::string& text) override
+    {
+        text = takeText(name);
+        if (wireSizes[name] > 0)
+            add(name, wireSizes[name], RecordText(text).value());
+    }
     void field(const char* name, QString& text) override
     {
-        text = QString::fromUtf8(takeText(name).c_str()); // up to a zero byte, as in the library
+        const std::string bytes = takeText(name);
+        if (wireSizes[name] > 0)
+            add(name, wireSizes[name], bytes);
+        text = QString::fromUtf8(bytes.c_str()); // up to a zero byte, as in the library
     }
     int wireSize(const char* name) const override
     {
@@ -94,7 +103,7 @@ public:
                       .arg(size)
                       .arg(longestSlotText));
         text.assign(at + 2, static_cast<size_t>(std::min(size, longestSlotText)));
-        add(name, slotSize, text);
+        add(name, slotSize, RecordText(text).value());
     }
     void bytes(const char* name, unsigned char* first, int size) override
     {
@@ -238,10 +247,8 @@ private:
             isStopped = true;
             return std::string();
         }
-        std::string text(bytesLeft.at() + 2, static_cast<size_t>(size));
-        add(name, 2 + size, text);
         wireSizes[name] = 2 + size;
-        return text;
+        return {bytesLeft.at() + 2, static_cast<size_t>(size)};
     }
 
     void addRow(const char* name, int size, const FieldValue& value)

@@ -1,5 +1,7 @@
 #include "recordJson.h"
 
+#include "textEncoding.h"
+
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -25,7 +27,7 @@ public:
     void field(const char* name, int& value) override { json.add(name, value); }
     void field(const char* name, float& value) override { json.add(name, value); }
     void field(const char* name, double& value) override { json.add(name, value); }
-    void field(const char* name, std::string& text) override { json.add(name, text); }
+    void field(const char* name, std::string& text) override { json.add(name, RecordText(text).value()); }
     void field(const char* name, QString& text) override { json.add(name, text.toStdString()); }
     void slot(const char* name, std::string& text) override { field(name, text); }
     void bytes(const char* name, unsigned char* first, int size) override
@@ -120,7 +122,10 @@ public:
         if (const Json* json = take(name))
             readDouble(*json, name, value);
     }
-    void field(const char* name, std::string& text) override { text = takeText(name, longestText).toStdString(); }
+    void field(const char* name, std::string& text) override
+    {
+        text = takeText(name, longestText, takeRecordText).toStdString();
+    }
     void field(const char* name, QString& text) override
     {
         const QByteArray bytes = takeText(name, longestText);
@@ -128,7 +133,10 @@ public:
         if (text.toUtf8() != bytes)
             fail(name, "must be UTF-8: the library writes this text as UTF-8");
     }
-    void slot(const char* name, std::string& text) override { text = takeText(name, longestSlotText).toStdString(); }
+    void slot(const char* name, std::string& text) override
+    {
+        text = takeText(name, longestSlotText, takeRecordText).toStdString();
+    }
     void bytes(const char* name, unsigned char* first, int size) override
     {
         const QByteArray bytes = takeText(name, INT_MAX);
@@ -247,12 +255,13 @@ private:
         return isInside ? static_cast<long long>(number) : 0;
     }
 
-    QByteArray takeText(const char* name, int most)
+    QByteArray takeText(const char* name, int most, QString (*read)(const Json&, QByteArray&) = takeUtf8)
     {
         const Json* json = take(name);
         QByteArray bytes;
-        if (json != nullptr && !takeBytes(*json, bytes))
-            fail(name, "must be a string of valid Unicode or {\"hex\": DIGITS}" + gotText(*json));
+        const QString fault = json == nullptr ? QString() : read(*json, bytes);
+        if (!fault.isEmpty())
+            fail(name, fault);
         else if (bytes.size() > most)
             fail(name, QString("must have at most %1 bytes, got %2").arg(most).arg(bytes.size()));
         return bytes;

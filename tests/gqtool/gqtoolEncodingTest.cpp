@@ -1,0 +1,98 @@
+// gqtool decode and encode with --encoding: texts of records that are not UTF-8.
+
+#include "support/gqtoolProgram.h"
+#include "support/hex.h"
+#include "support/inputFile.h"
+
+// A PointInfo: pointId 7, text1 of 4 bytes, code1 1, an empty text2, code2 2. "锅炉" is b9f8 c2af in GBK.
+static const QString boilerInGbk = "07000000 0400 b9f8c2af 01000000 0000 02000000";
+
+static QString jsonWith(const QString& text1)
+{
+    return QString(R"({"as": "pointInfo", "value": )"
+                   R"({"pointId": 7, "text1": %1, "code1": 1, "text2": "", "code2": 2}})")
+        .arg(text1);
+}
+
+static Outcome encode(const QString& text1, const QStringList& options)
+{
+    const InputFile json(jsonWith(text1).toUtf8());
+    Outcome outcome = run(QStringList{"encode"} + options + QStringList{json.path});
+    outcome.errors.remove(json.path);
+    return outcome;
+}
+
+static std::string encoded(const QString& text1, const QStringList& options)
+{
+    const Outcome outcome = encode(text1, options);
+    EXPECT_EQ(outcome.errors.toStdString(), "");
+    EXPECT_EQ(outcome.exitCode, 0);
+    return hex(QByteArray::fromHex(outcome.output.toLatin1()).mid(4, 6));
+}
+
+TEST(GqtoolEncoding, decodesTextsOfRecords)
+{
+    const Outcome table = run({"decode", "--as", "pointInfo", "--encoding", "GBK", boilerInGbk});
+    EXPECT_EQ(table.exitCode, 0);
+    EXPECT_TRUE(table.output.contains("text1    \"锅炉\"\n")) << table.output.toStdString();
+    const Outcome json = run({"decode", "--json", "--as", "pointInfo", "--encoding", "gbk", boilerInGbk});
+    EXPECT_TRUE(json.output.contains(R"("text1": "锅炉")")) << json.output.toStdString();
+    EXPECT_TRUE(json.output.contains(R"("name": "text1", "value": "锅炉")")) << json.output.toStdString();
+}
+
+TEST(GqtoolEncoding, isUtf8UnlessSet)
+{
+    EXPECT_TRUE(run({"decode", "--as", "pointInfo", boilerInGbk}).output.contains(R"({"hex": "b9f8c2af"})"));
+    EXPECT_EQ(encoded("\"Größ\"", {}), "06 00 47 72 c3 b6");
+    EXPECT_EQ(encoded("\"Größ\"", {"--encoding", "utf-8"}), "06 00 47 72 c3 b6");
+}
+
+TEST(GqtoolEncoding, encodesTextsOfRecords)
+{
+    EXPECT_EQ(encoded("\"锅炉\"", {"--encoding", "GBK"}), "04 00 b9 f8 c2 af");
+    EXPECT_EQ(encoded("\"é+++\"", {"--encoding", "ISO-8859-1"}), "04 00 e9 2b 2b 2b");
+    EXPECT_EQ(encoded("\"锅炉\"", {"--encoding", "UTF-16LE"}), "04 00 05 95 89 70") << "without a byte order mark";
+    EXPECT_EQ(encoded(R"({"hex": "ff00fe01"})", {"--encoding", "GBK"}), "04 00 ff 00 fe 01");
+}
+
+TEST(GqtoolEncoding, printsBytesThatAreNoTextInTheEncoding)
+{
+    for (const char* bytes : {"b9f8c2", "ffffff", "410a42"}) { // cut, unused, a control character
+        const QString record = QString("07000000 0300 %1 01000000 0000 02000000").arg(bytes);
+        const Outcome outcome = run({"decode", "--as", "pointInfo", "--encoding", "GBK", record});
+        EXPECT_TRUE(outcome.output.contains(QString(R"(text1    {"hex": "%1"})").arg(bytes)))
+            << outcome.output.toStdString();
+    }
+}
+
+TEST(GqtoolEncoding, refusesTextsThatTheEncodingLacks)
+{
+    const Outcome outcome = encode("\"😀\"", {"--encoding", "GBK"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors.toStdString(),
+              "gqtool: : value.text1 must be a text that can be written in GBK, or {\"hex\": DIGITS}, got \"😀\"\n");
+}
+
+// The library writes the texts of front-end records as UTF-8.
+TEST(GqtoolEncoding, leavesFrontEndRecordsInUtf8)
+{
+    const QString path = GQLIB_GOLDEN "/records/commItem";
+    const Outcome plain = run({"decode", "--json", "--as", "commItem", "--file", path + ".hex"});
+    const Outcome gbk = run({"decode", "--json", "--as", "commItem", "--encoding", "GBK", "--file", path + ".hex"});
+    EXPECT_EQ(plain.output.toStdString(), gbk.output.toStdString());
+    EXPECT_EQ(run({"encode", "--encoding", "GBK", path + ".json"}).output, run({"encode", path + ".json"}).output);
+}
+
+TEST(GqtoolEncoding, refusesAnUnknownEncoding)
+{
+    for (const QStringList& command :
+         {QStringList{"decode", "--as", "pointInfo", boilerInGbk}, QStringList{"encode"}}) {
+        const Outcome outcome = run(command + QStringList{"--encoding", "nonsense"});
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_TRUE(outcome.errors.startsWith("gqtool: --encoding must be an encoding that Qt knows, such as GBK, got "
+                                              "'nonsense'\n"))
+            << outcome.errors.toStdString();
+    }
+}

@@ -1,0 +1,11 @@
+#include "encodingOption.h"
+
+#include "gqtool/records/textEncoding.h"
+
+bool EncodingOption::apply() const
+{
+    if (setTextEncoding(option.text()))
+        return true;
+    usageError(QString("--encoding must be an encoding that Qt knows, such as GBK, got '%1'").arg(option.text()));
+    return false;
+}
