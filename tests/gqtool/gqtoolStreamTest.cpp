@@ -362,7 +362,7 @@ TEST(GqtoolEncodeStream, refusesDeepNesting)
     const QByteArray deep = QByteArray(1000000, '[');
     const Outcome outcome = encodeText("{\"as\": \"boolDatas\", \"value\": " + deep);
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(outcome.errors.endsWith(": value must have at most 1000 objects and arrays in each other\n"));
+    EXPECT_TRUE(outcome.errors.endsWith(": value must have at most 1000 nested objects and arrays\n"));
 }
 
 TEST(GqtoolEncodeStream, listsTheFirstErrors)

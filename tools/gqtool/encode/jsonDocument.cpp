@@ -5,7 +5,7 @@
 #include <streambuf>
 #include <utility>
 
-static const int deepest = 1000;       // objects and arrays in each other
+static const int deepest = 1000;       // nested objects and arrays
 static const size_t usualMembers = 16; // of an object
 
 // --- Text ---------------------------------------------------------------------------------------------------------
@@ -111,7 +111,7 @@ private:
         if (depth == 0 && !value.is_object())
             return fail("must be a JSON object, got an array");
         if (depth == deepest)
-            return fail(QString("%1 must have at most %2 objects and arrays in each other")
+            return fail(QString("%1 must have at most %2 nested objects and arrays")
                             .arg(QString::fromStdString(memberName))
                             .arg(deepest));
         ++depth;
