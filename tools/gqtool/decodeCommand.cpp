@@ -107,9 +107,9 @@ int runDecode(const QStringList& arguments)
                   "decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings", "KIND");
     const Option csv = line.text(
         "csv", "write a list as a table to FILE, field names in its first line; - means standard output", "FILE");
-    const Option fields = line.flag("fields", "with --json: print the fields of more than 1 MiB too");
+    const Option fields = line.flag("fields", "with --json, print the fields even if the input exceeds 1 MiB");
     const Option library =
-        line.flag("library", "call the library's reader for more than 1 MiB too; takes memory for all of it");
+        line.flag("library", "call the library's reader even if the input exceeds 1 MiB; takes memory for all of it");
     const Option maxErrors = line.integer("max-errors", "list at most N errors, and leave out what follows them", "N",
                                           1, INT_MAX, FaultList::usualLimit);
     csv.excludes(json);

@@ -7,8 +7,8 @@ class EncodingOption {
 public:
     explicit EncodingOption(CommandLine& line)
         : option(line.text("encoding",
-                           "encoding of texts in database records: GBK or any other that Qt knows; "
-                           "the default is UTF-8",
+                           "convert texts of database records in encoding NAME, such as GBK or another that Qt knows "
+                           "(default: UTF-8)",
                            "NAME", "UTF-8"))
     {
     }

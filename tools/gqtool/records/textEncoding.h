@@ -2,8 +2,8 @@
 
 #include "jsonText.h"
 
-// The encoding of the texts in database records, which the library passes on byte for byte. It is one for the whole
-// program: UTF-8 unless set. Texts of front-end records are always UTF-8, as the library converts them.
+// The encoding of the texts in database records, which the library passes on byte for byte. One encoding applies to
+// the whole program: UTF-8 unless set. Texts of front-end records are always UTF-8, as the library converts them.
 
 // Returns false if Qt does not know an encoding of that name.
 bool setTextEncoding(const QString& name);
