@@ -75,7 +75,7 @@ TEST(GqtoolDecode, printsFrames)
                                             "     6  07 00                        [1].sequence  7\n"
                                             "     8  00                           [1].arg2      0\n"
                                             "     9  00                           [1].arg1      0\n"
-                                            "    10  20                           [1].command   32\n"
+                                            "    10  20                           [1].command   0x20\n"
                                             "    11  01 00 00 00 64 00 00 00      [1].payload   [100]\n"
                                             "    19  00 00                        [1].check     \"0000\"\n"
                                             "    21  16                           [1].end       \"16\"\n"
@@ -217,7 +217,7 @@ TEST(GqtoolDecode, exitsWith2OnWrongUsage)
           Usage{{"01"}, "--as FORM is required; --list prints the forms"},
           Usage{{"--as", "float", "01"}, "--as must be a form of --list, got 'float'"},
           Usage{{"--as", "wave"}, "BYTES, --file FILE or - is required"},
-          Usage{{"--as", "wave", "--udp", "00"}, "--udp, --request and --payload require --as frames"},
+          Usage{{"--as", "wave", "--udp", "00"}, "--udp, --request, --payload and --map require --as frames"},
           Usage{{"--as", "frames", "--payload", "floats", "00"},
                 "--payload must be one of int, ints, bytes, strings, got 'floats'"},
           Usage{{"--nonsense"}, "unknown option '--nonsense'"}}) {

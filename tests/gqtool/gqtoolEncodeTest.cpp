@@ -152,7 +152,7 @@ TEST(GqtoolEncode, reportsErrorsWithThePathOfTheField)
             Wrong{
                 R"({"as": "frames", "value": [{"garbage": "00", "sequense": 0}]})",
                 "value[0].sequense is unknown; the members are offset, garbage, header, length, sequence, arg2, arg1, "
-                "command, payload, form, content, rest, check, end, fault\n"},
+                "command, name, payload, form, content, rest, check, end, fault\n"},
         }) {
         SCOPED_TRACE(wrong.json);
         const Outcome outcome = encode(wrong.json);

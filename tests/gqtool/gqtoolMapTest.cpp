@@ -101,6 +101,46 @@ TEST_F(GqtoolMap, reportsAReplyThatHasAnotherForm)
         << outcome.errors.toStdString();
 }
 
+TEST_F(GqtoolMap, decodesTheRecordsOfFrames)
+{
+    write("0x35 states int bytes:boolDatas\n0x36 state int bytes:boolData\n");
+    const QStringList decode = {"decode", "--as", "frames", "--map", path};
+    const QString list = "68 1c000000 0100 00 00 35 18000000 02000000 01 02000000 03000000 04 "
+                         "00 05000000 06000000 07 0000 16";
+    const QString single = "68 0e000000 0100 00 00 36 0a000000 01 02000000 03000000 04 0000 16";
+    Outcome outcome = run(decode + QStringList{list, single});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    QStringList rows; // without bytes
+    for (const QString& line : outcome.output.split('\n'))
+        rows.append(QRegularExpression("^ *(\\d+)  .{27}  (\\S+) *(.*)$").match(line).capturedTexts().mid(1).join(' '));
+    EXPECT_EQ(rows[5], "9 [0].command 0x35");
+    EXPECT_TRUE(rows[6].startsWith("10 [0].payload [{\"value\": 1, ")) << rows[6].toStdString();
+    const QStringList expected = {"14 [0].payload.count 2",     "18 [0].payload[0].value 1",
+                                  "19 [0].payload[0].stamp1 2", "23 [0].payload[0].stamp2 3",
+                                  "27 [0].payload[0].flag1 4",  "28 [0].payload[1].value 0"};
+    EXPECT_EQ(rows.mid(7, 6), expected) << outcome.output.toStdString();
+    EXPECT_TRUE(rows.contains("55 [1].payload.value 1")) << outcome.output.toStdString();
+
+    outcome = run(decode + QStringList{"--json", list});
+    const QJsonObject json = QJsonDocument::fromJson(outcome.output.toUtf8()).object();
+    const QJsonObject frame = json["value"].toArray()[0].toObject();
+    EXPECT_EQ(frame["command"], 53);
+    EXPECT_EQ(frame["name"], "states");
+    EXPECT_EQ(frame["form"], "bytes:boolDatas");
+    EXPECT_EQ(frame["content"].toArray()[0].toObject()["stamp2"], 3);
+    QFile file(folder.filePath("frames.json"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(outcome.output.toUtf8());
+    file.close();
+    EXPECT_EQ(run({"encode", file.fileName()}).output.remove(QRegularExpression("\\s")), QString(list).remove(' '));
+
+    outcome = run(decode + QStringList{"68 0d000000 0100 00 00 36 09000000 01 02000000 03000000 0000 16"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors.section('\n', 0, 0),
+              "gqtool: byte 10: in the records, byte 9: flag1 needs 1 byte, but only 0 bytes remain");
+    EXPECT_EQ(run({"decode", "--as", "boolData", "--map", path, "00"}).exitCode, 2);
+}
+
 TEST_F(GqtoolMap, reportsWrongArguments)
 {
     write(QByteArray(values) + "0x21 pair intPair int\n0x22 nothing - int\n0x23 bytes_ hex int\n");

@@ -105,6 +105,7 @@ int runDecode(const QStringList& arguments)
     const Option payload =
         line.text("payload",
                   "decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings", "KIND");
+    const Option map = line.text("map", "show commands and payloads of frames by the map of commands in FILE", "FILE");
     const Option csv = line.text(
         "csv", "write a list as a table to FILE, field names in its first line; - means standard output", "FILE");
     const Option fields = line.flag("fields", "with --json, print the fields even if the input exceeds 1 MiB");
@@ -126,18 +127,24 @@ int runDecode(const QStringList& arguments)
         return usageError("--as FORM is required; --list prints the forms");
     const Form* form = findForm(as.text());
     const bool isFrames = as.text() == "frames";
-    const FrameSource source{udp.isSet(), request.isSet(), payload.text()};
+    CommandMap commands;
+    const FrameSource source{udp.isSet(), request.isSet(), payload.text(), map.isSet() ? &commands : nullptr};
     const QStringList kinds = {"int", "ints", "bytes", "strings"};
     if (payload.isSet() && !kinds.contains(source.form))
         return usageError(QString("--payload must be one of %1, got '%2'").arg(kinds.join(", "), source.form));
-    if (!isFrames && (source.isUdp || source.isRequest || payload.isSet()))
-        return usageError("--udp, --request and --payload require --as frames");
+    if (!isFrames && (source.isUdp || source.isRequest || payload.isSet() || map.isSet()))
+        return usageError("--udp, --request, --payload and --map require --as frames");
     if (form == nullptr && !isFrames)
         return usageError(QString("--as must be a form of --list, got '%1'").arg(as.text()));
     if (csv.isSet() && (isFrames || !isList(*form)))
         return usageError(QString("--csv requires a list, and --as %1 is none").arg(as.text()));
     if (!encoding.apply())
         return exitUsage;
+    QString error;
+    if (map.isSet() && !commands.read(map.text(), error)) {
+        printError(error);
+        return exitFailed;
+    }
     const std::unique_ptr<ByteSource> opened = input.open(isFrames ? HexReader::payloads : HexReader::everyByte);
     if (opened == nullptr)
         return exitUsage;

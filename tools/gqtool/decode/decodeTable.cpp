@@ -1,5 +1,6 @@
 #include "decodeTable.h"
 
+#include "gqtool/map/commandMap.h"
 #include "shared/console.h"
 
 #include <algorithm>
@@ -39,10 +40,14 @@ static void appendBytes(std::string& text, std::string_view bytes)
     text += "  ";
 }
 
-static void appendValue(std::string& text, const FieldValue& value)
+static void appendValue(std::string& text, const DecodedRow& row)
 {
     const size_t start = text.size();
-    appendJson(text, value);
+    const bool isCommand = row.name != nullptr && row.name == std::string_view("command"); // of a frame
+    if (isCommand)
+        text += commandText(static_cast<unsigned char>(std::get<long long>(row.value))).toStdString();
+    else
+        appendJson(text, row.value);
     if (text.size() - start <= shownText)
         return;
     const QString whole = QString::fromUtf8(text.data() + start, static_cast<int>(text.size() - start));
@@ -59,7 +64,7 @@ void DecodeTable::row(const DecodedRow& row)
     Line line = {text.size(), 0, 0};
     row.appendName(text);
     line.nameEnd = text.size();
-    appendValue(text, row.value);
+    appendValue(text, row);
     line.valueEnd = text.size();
     nameWidth = std::max(nameWidth, line.nameEnd - line.bytesEnd);
     lines.push_back(line);

@@ -1,6 +1,7 @@
 #include "frameCodec.h"
 
 #include "frameMembers.h"
+#include "gqtool/records/recordDecoding.h"
 
 #include <algorithm>
 #include <climits>
@@ -16,6 +17,33 @@ static const int largestGarbage = 1 << 20; // bytes of an item
 
 // --- Decoding -----------------------------------------------------------------------------------------------------
 
+// Passes on the rows of records, as parts of the payload at `start` of the input.
+class RecordRows : public DecodeListener {
+public:
+    RecordRows(long long payloadStart, std::string payloadPath, DecodeListener& receiver)
+        : start(payloadStart), path(std::move(payloadPath)), listener(receiver)
+    {
+    }
+
+    void row(const DecodedRow& row) override
+    {
+        std::string whole = path;
+        if (!row.path.empty() && row.path[0] != '[')
+            whole += '.';
+        whole += row.path;
+        const long long offset = row.offset < 0 ? row.offset : start + row.offset;
+        listener.row({offset, row.bytes, whole, row.name, row.value});
+    }
+    void begin(const char*, char) override {}
+    void end(char) override {}
+    void member(const char*, const FieldValue&) override {}
+
+private:
+    const long long start;
+    const std::string path;
+    DecodeListener& listener;
+};
+
 class FrameDecoder {
 public:
     FrameDecoder(ByteWindow& bytes, const FrameSource& streamSource, DecodeListener& receiver, Decoding& decoding)
@@ -30,6 +58,7 @@ private:
     void endGarbage();
     void decodeItem(const StreamItem& item);
     void decodePayload(const StreamItem& item, const Payload& payload);
+    void decodeRecords(const Form& records, const QByteArray& payload);
     void addFault(const StreamItem& item);
 
     void addRow(const char* name, const QByteArray& bytes, const FieldValue& value)
@@ -85,6 +114,16 @@ void FrameDecoder::decodePayload(const StreamItem& item, const Payload& payload)
         reject(answer, "the payload of [%1] is shorter than its form");
 }
 
+// Adds a row for each field of the records. Their faults are those of the payload.
+void FrameDecoder::decodeRecords(const Form& records, const QByteArray& payload)
+{
+    const QByteArray bytes = bytesOf(payload);
+    MemorySource memory(bytes);
+    ByteWindow window(memory);
+    RecordRows rows(pos - payload.size() + 4, path + ".payload", listener);
+    ::decode(records, window, rows, FaultList::usualLimit);
+}
+
 void FrameDecoder::addFault(const StreamItem& item)
 {
     const long long start = item.offset;
@@ -131,9 +170,14 @@ void FrameDecoder::decodeItem(const StreamItem& item)
         const FieldValue value =
             text == nullptr ? FieldValue(std::get<long long>(member.value)) : std::string_view(*text);
         addMember(member.name, value);
+        const bool isCommand = member.name == std::string_view("command");
+        if (const MappedCommand* mapped = isCommand ? source.mapped(item.content.command) : nullptr)
+            addMember("name", mapped->name.toStdString());
         if (item.kind == StreamItem::frame && member.name == std::string_view("payload")) {
             const Payload payload = payloadOf(item.content.command, member.bytes, source);
             addRow(member.name, member.bytes, payload.content.empty() ? value : JsonText{payload.content});
+            if (payload.form.contains(':') && !isCounting)
+                decodeRecords(*recordsOf(item.content.command, source), member.bytes);
             decodePayload(item, payload);
         } else if (!member.bytes.isNull()) {
             addRow(member.name, member.bytes, value);
@@ -202,9 +246,9 @@ Decoding decodeFrames(ByteWindow& bytes, const FrameSource& source, DecodeListen
 
 // --- Encoding -----------------------------------------------------------------------------------------------------
 
-static const QStringList partMembers = {"offset",  "garbage", "header",  "length",  "sequence",
-                                        "arg2",    "arg1",    "command", "payload", "form",
-                                        "content", "rest",    "check",   "end",     "fault"};
+static const QStringList partMembers = {"offset", "garbage", "header", "length",  "sequence", "arg2",
+                                        "arg1",   "command", "name",   "payload", "form",     "content",
+                                        "rest",   "check",   "end",    "fault"};
 
 class FrameEncoder {
 public:

@@ -41,8 +41,7 @@ QByteArray bytesOf(const QByteArray& payload)
     return payload.mid(4, static_cast<int>(CByte2Val::byte2UInt(payload.constData())));
 }
 
-// Returns the form of the records in the bytes of the payload, or null.
-static const Form* recordsOf(unsigned char command, const FrameSource& source)
+const Form* recordsOf(unsigned char command, const FrameSource& source)
 {
     const MappedCommand* mapped = source.isRequest ? nullptr : source.mapped(command);
     return mapped == nullptr ? nullptr : mapped->records;

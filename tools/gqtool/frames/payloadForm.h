@@ -28,6 +28,9 @@ struct Payload {
     QString fault; // empty if the payload has its form
 };
 
+// Returns the form of the records in the bytes of a payload; null if it has none.
+const Form* recordsOf(unsigned char command, const FrameSource& source);
+
 Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source);
 
 // Returns the result of the library's parser of that form for these bytes: 1 on success.
