@@ -133,13 +133,10 @@ static int writtenSize(int size)
 
 static int writeText(const char* text, int size, QByteArray& data)
 {
-    if (size <= 0) { // empty, or 2 GiB and more, which is negative
-        CByte2Val::short2Byte(size, data);
+    CByte2Val::short2Byte(size, data); // keeps the low 16 bits; a longer text is written whole
+    if (size <= 0)                     // empty, or 2 GiB and more, which is negative
         return 2;
-    }
-    char* const at = grow(data, 2 + static_cast<long long>(size));
-    store16(static_cast<unsigned int>(size), at); // the low 16 bits; a longer text is written whole
-    copyText(text, static_cast<size_t>(size), at + 2);
+    copyText(text, static_cast<size_t>(size), grow(data, size)); // if it fails, the length stays in `data`
     return writtenSize(size);
 }
 
