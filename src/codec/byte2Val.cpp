@@ -133,8 +133,8 @@ static int writtenSize(int size)
 
 static int writeText(const char* text, int size, QByteArray& data)
 {
-    CByte2Val::short2Byte(size, data); // keeps the low 16 bits; a longer text is written whole
-    if (size <= 0)                     // empty, or 2 GiB and more, which is negative
+    store16(static_cast<unsigned int>(size), grow(data, 2)); // the low 16 bits; a longer text is written whole
+    if (size <= 0)                                           // empty, or 2 GiB and more, which is negative
         return 2;
     copyText(text, static_cast<size_t>(size), grow(data, size)); // if it fails, the length stays in `data`
     return writtenSize(size);
