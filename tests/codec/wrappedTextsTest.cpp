@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <utility>
 
 using gqdb::CByte2Rdb;
@@ -29,6 +30,16 @@ TEST(WrappedText, isTruncatedToItsWrappedSize)
     data.clear();
     EXPECT_EQ(CByte2Val::str2Byte(point.text1, data), 5);
     EXPECT_EQ(hex(data), "03 00 61 61 61");
+}
+
+TEST(WrappedText, leavesItsLengthIfNoArrayHoldsIt)
+{
+    const RepeatedMemory memory;
+    std::string text;
+    text.resize(0x7FFFFFF1, 'a');
+    QByteArray data = "ab";
+    EXPECT_THROW(CByte2Val::str2Byte(text, data), std::bad_alloc);
+    EXPECT_EQ(hex(data), "61 62 f1 ff");
 }
 
 TEST(WrappedText, isOmittedAfterItsLength)
