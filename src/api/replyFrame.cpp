@@ -98,7 +98,9 @@ bool CReplyFrame::isError() const
 
 int CReplyFrame::errorCode(int len) const
 {
-    return std::min(len, static_cast<int>(frame.size()) - headerSize) < 4 ? -2 : static_cast<int>(load32(frame.constData() + headerSize));
+    return std::min(len, static_cast<int>(frame.size()) - headerSize) < 4
+               ? -2
+               : static_cast<int>(load32(frame.constData() + headerSize));
 }
 
 int CReplyFrame::result(int& len)

@@ -85,7 +85,8 @@ void TraceOutput::addContent(const Frame& frame, const MappedCommand& command, Q
         return;
     json["form"] = payload.form;
     if (!payload.content.empty()) // may be a bare number or text
-        json["content"] = QJsonDocument::fromJson('[' + QByteArray::fromStdString(payload.content) + ']').array().first();
+        json["content"] =
+            QJsonDocument::fromJson('[' + QByteArray::fromStdString(payload.content) + ']').array().first();
     if (!payload.fault.isEmpty())
         json["fault"] = "form";
 }
