@@ -150,6 +150,13 @@ TEST(GqtoolCommands, refusesABadFileWithLineAndPathOfEachError)
             << lines[i].toStdString();
 }
 
+TEST(GqtoolCommands, refusesDeepNestingWithItsLine)
+{
+    const ScriptFile file("{\"commands\":\n" + QByteArray(100000, '['), "commands.json");
+    EXPECT_EQ(run({"station", "--commands", file.path}).errors,
+              "gqtool: " + file.path + ": line 2: must nest at most 1000 arrays and objects\n");
+}
+
 TEST(GqtoolCommands, refusesWhatIsNoJsonWithLineAndColumn)
 {
     const struct {
@@ -157,6 +164,8 @@ TEST(GqtoolCommands, refusesWhatIsNoJsonWithLineAndColumn)
         const char* message;
     } files[] = {{"{\"commands\": [\n1 2]}", ": line 2, column 3: syntax error while parsing array"},
                  {"{\"commands\": [],\n \"commands\": []}", ": line 2: commands is there already, in line 1"},
+                 {"{\"a\": {\"b\": 1},\n \"a.b\": 1}", ": line 1: a is unknown"}, // nothing is there twice
+                 {"{\"commands\":\n 1e999\n}", ": line 2: number overflow parsing '1e999'"},
                  {"[]", ": must be a JSON object, got []"},
                  {"{}", ": line 1: commands is missing"},
                  {"", ": line 1, column 1: "}};

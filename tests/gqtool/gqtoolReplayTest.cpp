@@ -105,6 +105,41 @@ TEST(GqtoolReplay, staysSilentWhereTheServerDid)
     EXPECT_NEXT(client, frame("00", "41", "01000000"));
 }
 
+TEST(GqtoolReplay, keepsRepliesOfAServerThatReturnsNoSequenceWithTheirRequests)
+{
+    const ReplayingStation station(
+        recordedGreeting + line(1, "client", 0, 64, "01000000") + line(2, "station", 0, 64, "0a000000") +
+        line(3, "client", 1, 65, "02000000") +                                         // without a reply
+        line(4, "client", 2, 64, "03000000") + line(5, "station", 0, 64, "0b000000") + // not to the first
+        line(6, "station", 0, 64, "0c000000") +                                        // a second frame
+        line(7, "client", 3, 64, "04000000") +                                         // without a reply
+        line(8, "client", 4, 64, "05000000") + line(9, "station", 0, 64, "0e000000") +
+        line(10, "client", 5, 64, "06000000") + line(11, "station", 4, 64, "0f000000")); // its own count
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting5);
+    const char* const requests[] = {"01000000", "03000000", "05000000", "06000000"};
+    const QByteArray replies[] = {frame("09", "40", "0a000000"),
+                                  frame("00", "40", "0b000000") + frame("00", "40", "0c000000"),
+                                  frame("00", "40", "0e000000"), frame("04", "40", "0f000000")};
+    for (int i = 0; i < 4; ++i) {
+        client.send(frame("09", "40", requests[i]));
+        EXPECT_NEXT(client, replies[i]) << "request " << i;
+    }
+}
+
+TEST(GqtoolReplay, keepsALateReplyWithTheRequestWhoseSequenceItReturns)
+{
+    const ReplayingStation station(recordedGreeting + line(1, "client", 1, 64, "01000000") +
+                                   line(2, "client", 2, 64, "02000000") + line(3, "station", 1, 64, "0a000000") +
+                                   line(4, "station", 2, 64, "0b000000"));
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting5);
+    client.send(frame("07", "40", "01000000"));
+    EXPECT_NEXT(client, frame("07", "40", "0a000000"));
+    client.send(frame("08", "40", "02000000"));
+    EXPECT_NEXT(client, frame("08", "40", "0b000000"));
+}
+
 TEST(GqtoolReplay, waitsAsLongAsTheServerOnlyIfAsked)
 {
     const QByteArray recording = recordedGreeting + line(10000, "client", 0, 64, "07000000") +

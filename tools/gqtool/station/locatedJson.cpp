@@ -12,6 +12,8 @@
 
 using nlohmann::json;
 
+static const size_t mostNested = 1000; // the paths of all members take memory in the square of it
+
 // --- The position -------------------------------------------------------------------------------------------------
 
 struct Position {
@@ -68,7 +70,7 @@ public:
     {
         open.back().name = QString::fromStdString(name);
         const QString path = pathOfNext();
-        if (lines.contains(path)) {
+        if (open.back().members.contains(open.back().name)) {
             error = QString("line %1: %2 is there already, in line %3").arg(position.line).arg(path).arg(lines[path]);
             return false;
         }
@@ -79,8 +81,8 @@ public:
     {
         const QString text = QString::fromStdString(exception.what());
         error = text.section("parse error at ", 1);
-        if (error.isEmpty())
-            error = text;
+        if (error.isEmpty()) // a number beyond the range of double
+            error = QString("line %1: %2").arg(lineOfNumber()).arg(text.section("] ", 1));
         return false;
     }
 
@@ -113,6 +115,10 @@ private:
     }
     bool begin(bool isArray, int line)
     {
+        if (open.size() == mostNested) {
+            error = QString("line %1: must nest at most %2 arrays and objects").arg(line).arg(mostNested);
+            return false;
+        }
         locate(line);
         open.push_back({pathOfNext(), isArray, {}, {}, {}});
         return true;
@@ -124,9 +130,10 @@ private:
         return store(ended.isArray ? QJsonValue(ended.items) : QJsonValue(ended.members));
     }
     // The parser has read the byte after a number.
+    int lineOfNumber() const { return position.line - (position.last == '\n' ? 1 : 0); }
     bool addNumber(const QJsonValue& value)
     {
-        locate(position.line - (position.last == '\n' ? 1 : 0));
+        locate(lineOfNumber());
         return store(value);
     }
     bool add(const QJsonValue& value)

@@ -106,23 +106,25 @@ size_t RecordingReader::addExchange(RecordedAnswers::Sequel& sequel, int command
     return answers.exchanges.size() - 1;
 }
 
-// A frame from the server belongs to the last request with its command and sequence, else to the first one without an
-// answer, else to the last one.
+// A frame from the server belongs to the unanswered request whose sequence it returns, else to the last request with
+// its command, else to the last request: clients wait for each reply, but a server may stay silent, and its sequence
+// may be its own count, or always 0.
 size_t RecordingReader::exchangeOf(const std::vector<size_t>& candidates) const
 {
     const int command = item.value("command").toInt(-1);
     const int sequence = item.value("sequence").toInt(-1);
-    const auto belongs = [&](size_t index) {
-        const RecordedAnswers::Exchange& exchange = answers.exchanges[index];
-        return exchange.sequence == sequence && exchange.command >= 0 &&
-               (exchange.command == command || command == CSocketAPI::errorCommand);
+    const auto hasCommand = [&](size_t index) {
+        return answers.exchanges[index].command >= 0 && answers.exchanges[index].command == command;
     };
-    const auto last = std::find_if(candidates.rbegin(), candidates.rend(), belongs);
-    if (last != candidates.rend())
-        return *last;
-    const auto open = std::find_if(candidates.begin() + 1, candidates.end(),
-                                   [&](size_t index) { return answers.exchanges[index].frames.empty(); });
-    return open != candidates.end() ? *open : candidates.back();
+    const auto hasSequence = [&](size_t index) {
+        const RecordedAnswers::Exchange& exchange = answers.exchanges[index];
+        return (hasCommand(index) || command == CSocketAPI::errorCommand) && exchange.frames.empty() && sequence != 0 &&
+               exchange.sequence == sequence;
+    };
+    auto last = std::find_if(candidates.rbegin(), candidates.rend(), hasSequence);
+    if (last == candidates.rend())
+        last = std::find_if(candidates.rbegin(), candidates.rend(), hasCommand);
+    return last != candidates.rend() ? *last : candidates.back();
 }
 
 // --- Members of a line --------------------------------------------------------------------------------------------
