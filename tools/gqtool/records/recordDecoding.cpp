@@ -383,7 +383,7 @@ void RecordDecoder::samples(StoredWave& wave)
             listener.row({offset, {bytes, static_cast<size_t>(size)}, name, nullptr, JsonText{json.text}});
     }
     if (!wave.isCompressed())
-        bytesLeft.skip(block.size() / size * size);
+        bytesLeft.skip(block.size() - block.size() % size);
     if (isStored)
         addArray("stored", wave.stored);
     addArray("samples", wave.samples);

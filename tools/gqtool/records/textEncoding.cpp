@@ -74,7 +74,7 @@ QString takeUtf8(const Json& value, QByteArray& bytes)
 
 QString takeRecordText(const Json& value, QByteArray& bytes)
 {
-    const QString fault = takeUtf8(value, bytes);
+    QString fault = takeUtf8(value, bytes);
     if (!fault.isEmpty())
         return fault;
     if (codec != nullptr && value.is_string() && !encodeText(QString::fromUtf8(bytes), bytes))
