@@ -68,8 +68,10 @@ void CReplyFrame::begin(const char* buf, int size, int& pos)
         frameSize = wholeSize(buf + pos);
         // A larger frame grows as its bytes arrive, so that a header alone cannot claim memory.
         frame.reserve(std::min(frameSize, std::max(left, largestRead)));
+        take(buf, size, pos, frameSize);
+    } else {
+        frame.append(buf[pos++]); // gives a null array more room than grow()
     }
-    take(buf, size, pos, std::max(frameSize, 1));
 }
 
 void CReplyFrame::drop()

@@ -365,6 +365,18 @@ TEST(TcpApiRecvData, reservesNoMoreThanOneReadForAHeader)
     }
 }
 
+TEST(TcpApiRecvData, growsLikeAppendWhileTheHeaderIsIncomplete)
+{
+    const QByteArray header = goodFrame.left(4);
+    FedClient client;
+    QByteArray appended;
+    for (const char byte : header) {
+        EXPECT_FALSE(client.feed(QByteArray(1, byte)));
+        appended.append(byte);
+        EXPECT_EQ(client.recvFrame.capacity(), appended.capacity()) << appended.size() << " bytes";
+    }
+}
+
 TEST(TcpApiRecvData, reservesAllOfASmallFrameAtItsHeader)
 {
     FedClient client;
