@@ -325,7 +325,7 @@ int runWave(const QStringList& arguments)
     Part part;
     if (!choosePart(from, to, wave.samples.size(), part))
         return exitFailed;
-    const std::vector<float> samples(wave.samples.begin() + part.from, wave.samples.begin() + part.to + 1);
+    const std::vector<float> samples(wave.samples.begin() + part.from, wave.samples.begin() + (part.to + 1));
     const bool isWhole = samples.size() == wave.samples.size();
     const QString size = isWhole
                              ? QString("%1 samples").arg(samples.size())
