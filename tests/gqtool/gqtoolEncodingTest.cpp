@@ -1,8 +1,9 @@
-// gqtool decode and encode with --encoding: texts of records that are not UTF-8.
+// gqtool with --encoding: texts of records that are not UTF-8.
 
 #include "support/gqtoolProgram.h"
 #include "support/hex.h"
 #include "support/inputFile.h"
+#include "support/runningTrace.h"
 
 // A PointInfo: pointId 7, text1 of 4 bytes, code1 1, an empty text2, code2 2. "锅炉" is b9f8 c2af in GBK.
 static const QString boilerInGbk = "07000000 0400 b9f8c2af 01000000 0000 02000000";
@@ -84,10 +85,32 @@ TEST(GqtoolEncoding, leavesFrontEndRecordsInUtf8)
     EXPECT_EQ(run({"encode", "--encoding", "GBK", path + ".json"}).output, run({"encode", path + ".json"}).output);
 }
 
+TEST(GqtoolEncoding, printsTextsOfRepliesByAMap)
+{
+    const InputFile answers(R"({"commands": [{"command": 64, "reply": {"bytes": ")" +
+                            QString(boilerInGbk).remove(' ').toLatin1() + R"("}}]})");
+    const InputFile map("64 boiler - bytes:pointInfo\n");
+    const QStringList options = {"--map", map.path, "--encoding", "GBK"};
+    RunningStation station({"--commands", answers.path, "--gap", "0"});
+    const Outcome records = station.call(QStringList{"boiler"} + options);
+    EXPECT_EQ(records.exitCode, 0) << records.errors.toStdString();
+    EXPECT_TRUE(records.output.contains("\ntext1 \"锅炉\"\n")) << records.output.toStdString();
+    const Outcome json = station.call(QStringList{"boiler", "--json"} + options);
+    EXPECT_TRUE(json.output.contains(R"("text1":"锅炉")")) << json.output.toStdString();
+
+    RunningTrace trace(station.port(), options);
+    run(QStringList{"call", QString("127.0.0.1:%1").arg(trace.port), "boiler"} + options);
+    QString line;
+    while (!line.contains("<- boiler") && line != "no line")
+        line = trace.nextLine();
+    EXPECT_TRUE(line.contains(R"(text1 "锅炉")")) << line.toStdString();
+}
+
 TEST(GqtoolEncoding, refusesAnUnknownEncoding)
 {
-    for (const QStringList& command :
-         {QStringList{"decode", "--as", "pointInfo", boilerInGbk}, QStringList{"encode"}}) {
+    const QStringList map = {"--map", "/dev/null", "127.0.0.1:5000"};
+    for (const QStringList& command : {QStringList{"decode", "--as", "pointInfo", boilerInGbk}, QStringList{"encode"},
+                                       QStringList{"call"} + map, QStringList{"trace", "--listen", "0"} + map}) {
         const Outcome outcome = run(command + QStringList{"--encoding", "nonsense"});
         EXPECT_EQ(outcome.exitCode, 2);
         EXPECT_EQ(outcome.output, "");

@@ -1,6 +1,7 @@
 #include "closestName.h"
 #include "command.h"
 #include "commandLine.h"
+#include "encodingOption.h"
 #include "endpoint.h"
 #include "gqtool/call/callClient.h"
 #include "gqtool/call/callRun.h"
@@ -236,6 +237,8 @@ int runCall(const QStringList& arguments)
         line.integer("count", "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)",
                      "NUMBER", 0, INT_MAX);
     const Option map = line.text("map", "take COMMAND from the map of commands in FILE", "FILE");
+    EncodingOption encoding(line);
+    encoding.needs(map);
     const Option timeout =
         line.integer("timeout", "wait up to MS for each read and write (default: 9000)", "MS", 1, INT_MAX, 9000);
     const Option udp = line.flag("udp", "send a datagram; a lost one times out");
@@ -260,6 +263,8 @@ int runCall(const QStringList& arguments)
         return usageError("--count requires --command or --map");
     if (map.isSet() && raw.isAsked())
         return usageError("--map and --command exclude each other");
+    if (!encoding.apply())
+        return exitUsage;
     CommandMap serverCommands;
     if (map.isSet() && !serverCommands.read(map.text(), error)) {
         printError(error);

@@ -13,6 +13,8 @@ public:
     {
     }
 
+    void needs(const Option& other) { option.needs(other); }
+
     // Sets the encoding of records. Returns false and prints an error if it is unknown.
     bool apply() const;
 

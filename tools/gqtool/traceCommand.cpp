@@ -1,5 +1,6 @@
 #include "command.h"
 #include "commandLine.h"
+#include "encodingOption.h"
 #include "endpoint.h"
 #include "gqtool/listener.h"
 #include "gqtool/trace/traceOutput.h"
@@ -51,6 +52,8 @@ int runTrace(const QStringList& arguments)
     const Option pcap = line.text("pcap", "also write all packets to FILE, for Wireshark", "FILE");
     const Option record = line.text("record", "also write the lines of --json to FILE, with whole payloads", "FILE");
     const Option map = line.text("map", "show commands and payloads by the map of commands in FILE", "FILE");
+    EncodingOption encoding(line);
+    encoding.needs(map);
     const Option json =
         line.flag("json", "print each line as a JSON object, with up to 65536 bytes of a payload in hex");
     const Option server =
@@ -67,6 +70,8 @@ int runTrace(const QStringList& arguments)
         return usageError(endpointError);
     if (!addressError(address.text()).isEmpty())
         return usageError(addressError(address.text()));
+    if (!encoding.apply())
+        return exitUsage;
 
     const bool isUdp = udp.isSet();
     QStringList stationAddresses;
