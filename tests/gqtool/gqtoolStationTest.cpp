@@ -41,7 +41,7 @@ TEST(GqtoolStation, servesAnyNumberOfConnectionsOneAfterTheOther)
 {
     RunningStation station({"--quiet"});
     limitDescriptors(station.pid(), 64);
-    int warm = 0;
+    [[maybe_unused]] int warm = 0;
     for (int i = 0; i < 5000; ++i) {
         const auto client = greeted(station);
         ASSERT_NE(client, nullptr) << i;
