@@ -9,6 +9,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <map>
 #include <socketApi.h>
@@ -67,6 +68,9 @@ bool RecordingReader::readLine(const QByteArray& line)
     time = moment.toMSecsSinceEpoch();
     if (answers.isTimed && !moment.isValid())
         error = "time must be a moment such as 2026-01-31T23:59:59.000000Z" + gotText(item.value("time"));
+    if (item.contains("event") && !item.value("event").isString())
+        error = "event must be a string" + gotText(item.value("event"));
+    takeInteger("connection", INT_MAX);
     if (!error.isEmpty() || (item.contains("event") && item.value("event") != "connected") || !isWhole())
         return error.isEmpty();
     std::vector<size_t>& exchanges = connections[item.value("connection").toInt(1)];
