@@ -104,7 +104,7 @@ static QString blockLine(const std::vector<float>& samples, int width, double ra
     QString line;
     for (const WaveColumn& column : waveColumns(samples, width)) {
         const int step = static_cast<int>((column.high - column.low) / range * blocks.size());
-        line += blocks[std::min(std::max(step, 0), blocks.size() - 1)];
+        line += blocks[std::min(std::max(step, 0), static_cast<int>(blocks.size()) - 1)];
     }
     return line;
 }

@@ -143,7 +143,7 @@ static QString markLines(std::vector<int> marks, const Span& span)
                 .arg(top)
                 .arg(bottom);
         const QString label = QString::number(mark);
-        const double needed = std::max(labelWidth, 8 * label.size());
+        const double needed = std::max(labelWidth, 8 * static_cast<int>(label.size()));
         if (x >= lastLabel + needed) {
             lastLabel = x;
             lines += QString("<text x=\"%1\" y=\"%2\" text-anchor=\"middle\" fill=\"firebrick\">%3</text>")
@@ -181,7 +181,7 @@ static QString xmlText(const QString& text)
 {
     QString shown;
     for (const QChar character : text)
-        shown += character < ' ' || character >= 0xfffe ? QChar('?') : character;
+        shown += character.unicode() < ' ' || character.unicode() >= 0xfffe ? QChar('?') : character;
     return shown.toHtmlEscaped();
 }
 

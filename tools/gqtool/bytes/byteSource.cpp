@@ -16,7 +16,7 @@ MemorySource::MemorySource(QByteArray bytes, int size) : content(std::move(bytes
 
 bool MemorySource::read(QByteArray& bytes)
 {
-    const int count = std::min(pieceSize, content.size() - pos);
+    const int count = std::min(pieceSize, static_cast<int>(content.size()) - pos);
     bytes.append(content.constData() + pos, count);
     pos += count;
     return count > 0;

@@ -162,7 +162,7 @@ private:
         bool isWhole = false;
         int count = 1;
         while (!isWhole && (count = socket->recv(recvBuffer, rawBufferSize)) > 0) {
-            received.append(recvBuffer, std::min(count, judgedBytes - received.size()));
+            received.append(recvBuffer, std::min(count, judgedBytes - static_cast<int>(received.size())));
             int pos = 0;
             isWhole = recvData(recvBuffer, count, pos);
         }

@@ -62,7 +62,7 @@ bool HexReader::takeLine(int& pos, QByteArray& found) const
         return false;
     end = end < 0 ? unread.size() : end;
     found = unread.mid(pos, end - pos);
-    pos = std::min(end + 1, unread.size());
+    pos = std::min(end + 1, static_cast<int>(unread.size()));
     return true;
 }
 

@@ -60,7 +60,8 @@ int FrameStream::take(const QByteArray& input, int pos)
     int count = 1;
     if (payloadLeft > 0) {
         count = static_cast<int>(std::min<long long>(payloadLeft, left));
-        frame.payload.append(input.constData() + pos, std::min(count, keptBytes - frame.payload.size()));
+        const int room = keptBytes - static_cast<int>(frame.payload.size());
+        frame.payload.append(input.constData() + pos, std::min(count, room));
     } else if (frame.check.size() < checkSize) {
         frame.check.append(input.at(pos));
     } else {

@@ -156,8 +156,9 @@ QByteArray CommandFileReader::readStrings(const QJsonValue& value, const QString
             fail(itemPlace, " must be a text" + gotText(array[i]));
         else if (text.size() > USHRT_MAX - 2)
             fail(itemPlace, QString(" must have at most %1 bytes, got %2").arg(USHRT_MAX - 2).arg(text.size()));
-        CByte2Val::short2Byte(text.size() + 2, payload); // each text has two length fields
-        CByte2Val::short2Byte(text.size(), payload);
+        const int size = static_cast<int>(text.size());
+        CByte2Val::short2Byte(size + 2, payload); // each text has two length fields
+        CByte2Val::short2Byte(size, payload);
         payload += text;
     }
     return payload;

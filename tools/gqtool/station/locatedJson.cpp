@@ -178,6 +178,6 @@ int LocatedJson::lineOf(const QString& path) const
 {
     QString known = path;
     while (!known.isEmpty() && !lines.contains(known))
-        known.truncate(std::max({known.lastIndexOf('.'), known.lastIndexOf('['), 0}));
+        known.truncate(static_cast<int>(std::max<qsizetype>({known.lastIndexOf('.'), known.lastIndexOf('['), 0})));
     return lines.value(known, 1);
 }

@@ -27,7 +27,7 @@ static void addString(int index, QByteArray& payload)
 {
     QByteArray text;
     CByte2Val::str2Byte(QString("unit %1 temperature %2").arg(index / 12 + 1).arg(index % 12 + 1), text);
-    CByte2Val::short2Byte(text.size(), payload); // each text has two length fields
+    CByte2Val::short2Byte(static_cast<int>(text.size()), payload); // each text has two length fields
     payload.append(text);
 }
 
