@@ -1,6 +1,7 @@
 #include "apiBench.h"
 #include "codecBench.h"
 #include "comparison.h"
+#include "definitionBench.h"
 #include "logBench.h"
 #include "recordBench.h"
 #include "toolsBench.h"
@@ -31,6 +32,7 @@ int main(int argc, char** argv)
     compareApi();
     compareCodec();
     compareRecords();
+    compareDefinitions();
     compareWaves();
     compareLog();
     compareTools();

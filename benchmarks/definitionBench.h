@@ -1,0 +1,4 @@
+#pragma once
+
+// Registers the comparisons of definitions: records with texts.
+void compareDefinitions();
