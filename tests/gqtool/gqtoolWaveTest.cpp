@@ -286,7 +286,7 @@ static QString labels(const QByteArray& svg, const QString& where)
     QStringList found;
     QXmlStreamReader xml(svg);
     while (!xml.atEnd()) {
-        if (xml.readNext() != QXmlStreamReader::StartElement || xml.name() != "text")
+        if (xml.readNext() != QXmlStreamReader::StartElement || xml.name() != QLatin1String("text"))
             continue;
         const QString x = xml.attributes().value("x").toString();
         const QString y = xml.attributes().value("y").toString();

@@ -22,7 +22,8 @@ int main()
     gqdb::BlobWaveHead head;
     unsigned char raw[4];
     std::vector<unsigned char> stored;
-    if (gqdb::CByte2Rdb::wave2Byte(head, std::vector<float>{1}, {}, raw, nullptr, stored) != 1 || stored.size() != 100) {
+    if (gqdb::CByte2Rdb::wave2Byte(head, std::vector<float>{1}, {}, raw, nullptr, stored) != 1 ||
+        stored.size() != 100) {
         std::fprintf(stderr, "a wave of one sample must have 100 bytes, got %zu\n", stored.size());
         return 1;
     }
