@@ -5,6 +5,8 @@
 #include "support/plainSockets.h"
 #include "support/scriptedServer.h"
 
+#include <chrono>
+#include <future>
 #include <memory>
 
 static QString example(const char* name)
@@ -134,6 +136,80 @@ TEST(WaveRoundTrip, readsEachSampleWithinAStep)
     EXPECT_TRUE(lines[0].endsWith(" bytes of 8096"));
     EXPECT_EQ(lines[1], "2000 samples and 2 marks read");
     EXPECT_EQ(lines[2], "from -1.000 to 1.000, each within a step");
+}
+
+// --- Programs with an event loop, names and texts -----------------------------------------------------------------
+
+TEST(QtClient, keepsItsEventLoopRunningDuringARequest)
+{
+    const QByteArray greeting = "68 04000000 0000 00 00 00 01000000 0000 16"_hex;
+    const QByteArray reply = "68 04000000 0000 00 00 01 2a000000 0000 16"_hex;
+    std::promise<void> seen; // set once the loop has run while the request was waiting
+    const auto awaitsSeen = [&seen](ScriptedServer::Connection&) {
+        return seen.get_future().wait_for(std::chrono::milliseconds(waitMs)) == std::future_status::ready;
+    };
+    ScriptedServer server{{sends(greeting), receives(17), awaitsSeen, sends(reply)}};
+    RunningProgram client(example("qtClient"), {"127.0.0.1", QString::number(server.port()), "1"});
+    server.received(0);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(nextWord(client), "clock");
+    seen.set_value();
+    QString line;
+    do
+        line = nextWord(client);
+    while (line == "clock");
+    EXPECT_EQ(line, "state 42");
+    EXPECT_EQ(client.outcome().exitCode, 0);
+}
+
+TEST(QtClient, reportsAServerThatIsGone)
+{
+    const ReservedPort nobody;
+    const Outcome outcome = runProgram(example("qtClient"), {"127.0.0.1", QString::number(nobody.number()), "1"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(linesOf(outcome.output).last(), "no answer, -1");
+}
+
+TEST(HostNames, connectsByName)
+{
+    RunningStation station;
+    const Outcome outcome = runProgram(example("hostNames"), {"localhost", QString::number(station.port())});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(linesOf(outcome.output).last(), "127.0.0.1: state 1");
+}
+
+TEST(HostNames, reportsAHostWithoutIpv4Address)
+{
+    const Outcome outcome = runProgram(example("hostNames"), {"::1", "5000"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "hostNames: cannot resolve ::1: Address family for hostname not supported\n");
+}
+
+TEST(HostNames, reportsAHostThatDoesNotAnswer)
+{
+    const ReservedPort nobody;
+    const Outcome outcome = runProgram(example("hostNames"), {"localhost", QString::number(nobody.number())});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "hostNames: no answer from localhost\n");
+}
+
+TEST(GbkTexts, areReadAsTheyWereWritten)
+{
+    const Outcome outcome = runProgram(example("gbkTexts"), {QString::fromUtf8("1号炉"), "ab"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, QString::fromUtf8("e8 03 00 00 05 00 31 ba c5 c2 af 00 00 00 00 00 00 00 00 00 00\n"
+                                                "record: 1号炉\n"
+                                                "e8 03 00 00 02 00 61 62 00 00 00 00 00 00 00 00 00 00\n"
+                                                "record: ab\n"
+                                                "list: 1号炉\n"
+                                                "list: ab\n"));
+}
+
+TEST(GbkTexts, mustBePossibleInGbk)
+{
+    const Outcome outcome = runProgram(example("gbkTexts"), {QString::fromUtf8("Größe")});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, QString::fromUtf8("gbkTexts: Größe is not possible in GBK\n"));
 }
 
 // --- Sockets ------------------------------------------------------------------------------------------------------
