@@ -14,7 +14,7 @@ version = re.search(r"^project\(gqLib VERSION ([0-9.]+)", (root / "CMakeLists.tx
 release = version
 language = "en"
 
-extensions = ["myst_parser", "breathe", "gqLibPages", "furoOfDebian"]
+extensions = ["myst_parser", "breathe", "gqLibPages", "siteSearch", "furoOfDebian"]
 exclude_patterns = ["pages.json"]
 myst_heading_anchors = 4
 
@@ -31,6 +31,7 @@ highlight_language = "text"
 smartquotes = False
 
 html_theme = "furo"
+templates_path = ["templates"]
 html_title = f"gqLib {version}"
 html_static_path = ["gqlib.css"]
 html_css_files = ["gqlib.css"]
@@ -39,7 +40,8 @@ html_show_sphinx = False
 html_show_copyright = False
 html_last_updated_fmt = None
 
-# The Chinese site: catalogues of the pages' texts, one for each page.
-locale_dirs = [str(root / "docs/site/locale")]
+# The Chinese site: catalogues of the pages' texts, one for each page, and sphinx.po for the texts around them. scripts/docs
+# copies them from docs/site/locale: Sphinx compiles them where they are.
+locale_dirs = [str(root / "build/docs/locale")]
 gettext_compact = False
 gettext_location = False

@@ -9,7 +9,7 @@ import shutil
 
 from docutils import nodes
 from sphinx import addnodes
-from sphinx.search.en import SearchEnglish
+from sphinx.locale import _
 from sphinx.transforms import SphinxTransform
 from sphinx.writers.html5 import HTML5Translator
 
@@ -34,12 +34,14 @@ class RepositoryLinks(SphinxTransform):
         for link in links:
             if link["reftype"] != "myst" or link["reftarget"].startswith("#"):
                 continue
-            path, _, anchor = link["reftarget"].partition("#")
+            path, mark, anchor = link["reftarget"].partition("#")
             file = os.path.normpath(os.path.join(os.path.dirname(here), path))
-            if file in pages:
+            if file == "README.zh-CN.md":
+                inner = nodes.reference("", "", internal=True, refuri=otherLanguage(self.app, self.env.docname, "README"))
+            elif file in pages:
                 target = os.path.relpath(pages[file], os.path.dirname(self.env.docname)) + ".md"
                 inner = addnodes.pending_xref("", refdoc=self.env.docname, reftype="myst", refdomain=None, refwarn=True,
-                                              refexplicit=True, reftarget=target + ("#" + anchor if anchor else ""))
+                                              refexplicit=True, reftarget=target + mark + anchor)
             elif (root / file).is_file():
                 copy = pathlib.Path(self.app.srcdir, "files", file)
                 copy.parent.mkdir(parents=True, exist_ok=True)
@@ -55,18 +57,26 @@ class RepositoryLinks(SphinxTransform):
             link.replace_self(inner)
 
 
+class SearchWords(SphinxTransform):
+    """Makes search find the words of the comments '<!-- search: WORD, WORD -->'. Runs before Sphinx translates."""
+
+    default_priority = 10
+
+    def apply(self, **kwargs):
+        for comment in list(self.document.findall(nodes.raw)):
+            words = re.match(r"<!-- search: (.*) -->$", comment.astext().strip(), re.S)
+            if words:
+                comment.replace_self(nodes.meta("", name="keywords", content=", ".join(re.findall(r"\w+", words[1]))))
+
+
 class Listings(SphinxTransform):
-    """Puts the name of its program under each listing, as a link, and makes search find the words of the comments
-    '<!-- search: WORD, WORD -->'."""
+    """Puts the name of its program under each listing, as a link."""
 
     default_priority = 210
 
     def apply(self, **kwargs):
         for comment in list(self.document.findall(nodes.raw)):
             listing = re.match(r"<!-- listing: (\S+)(?: \S+)? -->$", comment.astext().strip())
-            words = re.match(r"<!-- search: (.*) -->$", comment.astext().strip(), re.S)
-            if words:
-                comment.replace_self(nodes.meta("", name="keywords", content=", ".join(re.findall(r"\w+", words[1]))))
             if not listing:
                 continue
             file = listing[1]
@@ -124,13 +134,6 @@ class DeclarationPages(SphinxTransform):
                 signature["_toc_name"] = name
                 signature["_toc_parts"] = (name,)
                 listed.add(name)
-
-
-class Search(SearchEnglish):
-    """Finds 'time-out' as 'timeout' too."""
-
-    def split(self, text):
-        return super().split(text) + [word.replace("-", "") for word in re.findall(r"\w+(?:-\w+)+", text)]
 
 
 def linkTo(app, page, refid, contents):
@@ -200,15 +203,15 @@ def collectUses(app, env):
 
 def usedIn(app, page, key):
     """Returns a paragraph with links to the pages that use a declaration or show a program, or None."""
-    order = [user for user in app.gqLibPages.values() if not user.startswith(("reference/", "README.zh"))]
+    order = [user for user in app.gqLibPages.values() if not user.startswith("reference/")]
     users = [user for user in app.gqLibUses.get(key, []) if user != page and user in order]
     users.sort(key=lambda user: (user.startswith("examples/"), order.index(user)))
     if not users:
         return None
-    paragraph = nodes.paragraph("", "Used in: ", classes=["used-in"])
+    paragraph = nodes.paragraph("", _("Used in: "), classes=["used-in"])
     for user in users:
         if user is not users[0]:
-            paragraph += nodes.Text(", ")
+            paragraph += nodes.Text(_(", "))
         paragraph += nodes.reference("", app.env.titles[user].astext(), internal=True,
                                      refuri=app.builder.get_relative_uri(page, user))
     return paragraph
@@ -227,9 +230,19 @@ def linkPages(app, document, page):
             text.parent.replace(text, made)
 
 
+def noteLanguage(app, document, page):
+    """Notes on a page without a catalogue that it is not translated."""
+    translated = any(pathlib.Path(folder, app.config.language, "LC_MESSAGES", f"{page}.po").exists()
+                     for folder in app.config.locale_dirs)
+    if app.config.language != "en" and not translated and not page.startswith("man/"):
+        note = nodes.paragraph("", _("This page is in English only."), classes=["english-only"])
+        document[0].insert(1, note)
+
+
 def linkNames(app, document, page):
     if app.builder.format != "html":
         return
+    noteLanguage(app, document, page)
     if page.startswith("reference/"):
         linkPages(app, document, page)
     names, _ = namesIn(app, page, document)
@@ -287,17 +300,28 @@ class Translator(HTML5Translator):
         return re.sub(r'(<span class="n\w*">)(\w+)</span>', link, shown)
 
 
+def otherLanguage(app, page, target):
+    """Returns the address of a page on the site in the other language, relative to a page of this one."""
+    up = "../" * page.count("/")
+    return f"{up}zh/{target}.html" if app.config.language == "en" else f"{up}../{target}.html"
+
+
+def addLanguage(app, page, template, context, document):
+    context["other_language"] = ("zh-CN", "中文") if app.config.language == "en" else ("en", "English")
+    context["other_language_page"] = otherLanguage(app, page, page)
+
+
 def prepare(app):
     app.gqLibPages = json.loads(pathlib.Path(app.srcdir, "pages.json").read_text(encoding="utf-8"))
     app.gqLibDeclarations = Declarations(root / "build/docs/xml")
 
 
 def setup(app):
-    for transform in (RepositoryLinks, Listings, DeclarationPages):
+    for transform in (SearchWords, RepositoryLinks, Listings, DeclarationPages):
         app.add_transform(transform)
-    app.add_search_language(Search)
     app.set_translator("html", Translator)
     app.connect("builder-inited", prepare)
     app.connect("env-updated", collectUses)
     app.connect("doctree-resolved", linkNames)
+    app.connect("html-page-context", addLanguage)
     return {"parallel_read_safe": True, "parallel_write_safe": True}
