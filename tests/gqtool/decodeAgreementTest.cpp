@@ -230,7 +230,7 @@ static Decoded expectAgreement(const QByteArray& stream, const FrameSource& sour
     Decoded decoded = decodeFramePieces(stream, source, INT_MAX);
     expectSame(decodeFramePieces(stream, source, 1), decoded);
     const QJsonArray parts = partsOf(decoded);
-    FrameStream frames;
+    FrameStream frames(INT_MAX, largestPayload);
     std::vector<StreamItem> items = frames.feed(stream);
     for (const StreamItem& item : frames.end())
         items.push_back(item);

@@ -129,6 +129,18 @@ TEST(FrameStream, allowsLengthsWhoseFrameFitsBelow2GiB)
     EXPECT_EQ(kindOf("68 ffffffff 0000 00 00 20"_hex), StreamItem::badLength); // -1
 }
 
+TEST(FrameStream, continuesAfterAStartByteWhoseLengthExceedsTheLimit)
+{
+    const FrameStream limited(INT_MAX, 4);
+    const std::vector<StreamItem> items = itemsOf("68 05000000"_hex + intFrame, INT_MAX, limited);
+    ASSERT_EQ(items.size(), 3u);
+    EXPECT_EQ(items[0].kind, StreamItem::badLength);
+    EXPECT_EQ(items[0].content.length, 5u);
+    EXPECT_EQ(hex(items[1].bytes), "05 00 00 00");
+    EXPECT_EQ(items[2].kind, StreamItem::frame);
+    EXPECT_EQ(items[2].content.length, 4u);
+}
+
 TEST(FrameStream, reportsAFrameThatTheStreamCutsOff)
 {
     for (int size = 1; size < intFrame.size(); ++size) {

@@ -133,6 +133,39 @@ TEST(GqtoolStream, decodesAndEncodesALongListInLittleMemory)
     EXPECT_EQ(outcome.output, "");
 }
 
+// The first byte looks like the start of a frame of 1 GiB.
+TEST(GqtoolStream, findsAFrameAfterAFalseStartInLittleMemory)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "AddressSanitizer needs more address space than any limit leaves";
+#endif
+    const QByteArray frame = QByteArray::fromHex("68 04000000 0700 00 00 20 2a000000 0000 16");
+    const InputFile bytes(QByteArray::fromHex("6800000040") + QByteArray(60000000, 'z') + frame);
+    for (const char* options : {"", "--json"}) {
+        SCOPED_TRACE(options);
+        const QString line = QString("decode --as frames --payload int --raw %1 --file").arg(options);
+        const Outcome outcome =
+            runProgram("sh", {"-c", "ulimit -v 160000; \"$0\" " + line + " \"$1\" | tail -c 1000", GQTOOL, bytes.path});
+        EXPECT_EQ(outcome.errors,
+                  "gqtool: byte 0: length must be at most 4194304, got 1073741824; a client would wait for "
+                  "the rest\n");
+        EXPECT_TRUE(outcome.output.contains(options[0] == '\0' ? "2a 00 00 00" : "\"form\": \"int\", \"content\": 42"))
+            << outcome.output.toStdString();
+        EXPECT_TRUE(options[0] != '\0' || outcome.output.endsWith("library: 0, [0] is longer than gqtool decodes\n"))
+            << outcome.output.toStdString();
+    }
+}
+
+TEST(GqtoolStream, decodesAPayloadOf4MiB)
+{
+    const QByteArray header = QByteArray::fromHex("6800004000 0100 00 00 20"); // 1 length 4194304
+    const QByteArray payload = QByteArray::fromHex("fcff3f00") + QByteArray(4194300, 'z');
+    const Outcome outcome =
+        decodeFile(header + payload + QByteArray::fromHex("000016"), {"--as", "frames", "--payload", "bytes"});
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_TRUE(outcome.output.endsWith("library: 1, good\n")) << outcome.output.right(200).toStdString();
+}
+
 // --- JSON of large input ------------------------------------------------------------------------------------------
 
 TEST(GqtoolStream, leavesOutFieldsAndLibraryOfLargeInput)

@@ -10,6 +10,7 @@
 #include "shared/console.h"
 #include "shared/progress.h"
 
+#include <algorithm>
 #include <climits>
 
 // --- Forms --------------------------------------------------------------------------------------------------------
@@ -35,6 +36,7 @@ static void printFormsAsJson()
 
 static const long long largestRest =
     1 << 30; // bytes after a record; without this limit an endless source would be read indefinitely
+static const int largestPiece = 1 << 16; // of them
 
 struct DecodeRun {
     const Form* form; // null for frames
@@ -62,9 +64,10 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
                                             : decode(*run.form, bytes, output, run.mostFaults);
     const long long restStart = bytes.offset();
     while (bytes.holds(1) && bytes.offset() - restStart <= largestRest) {
+        const int size = std::min(bytes.left(), largestPiece);
         if (decoding.faults.others() == 0)
-            output.rest(QByteArray(bytes.at(), bytes.left()));
-        bytes.skip(bytes.left());
+            output.rest(QByteArray(bytes.at(), size));
+        bytes.skip(size);
     }
     const QString error = bytes.isEnded()
                               ? bytes.error()

@@ -50,9 +50,10 @@ static void appendValue(std::string& text, const DecodedRow& row)
         appendJson(text, row.value);
     if (text.size() - start <= shownText)
         return;
-    const QString whole = QString::fromUtf8(text.data() + start, static_cast<int>(text.size() - start));
-    if (whole.size() > shownText)
-        text.replace(start, std::string::npos, (whole.left(shownText) + "...").toStdString());
+    const size_t most = 4 * static_cast<size_t>(shownText + 1); // bytes of a character more than are shown
+    const QString first = QString::fromUtf8(text.data() + start, static_cast<int>(std::min(text.size() - start, most)));
+    if (first.size() > shownText)
+        text.replace(start, std::string::npos, (first.left(shownText) + "...").toStdString());
 }
 
 // --- Lines --------------------------------------------------------------------------------------------------------

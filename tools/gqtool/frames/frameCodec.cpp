@@ -141,7 +141,7 @@ void FrameDecoder::addFault(const StreamItem& item)
         break;
     case StreamItem::badLength:
         fault(start, QString("length must be at most %1, got %2; a client would wait for the rest")
-                         .arg(INT_MAX - CSocketAPI::frameOverhead)
+                         .arg(frame.length > FrameStream::clientLimit ? FrameStream::clientLimit : largestPayload)
                          .arg(frame.length));
         break;
     case StreamItem::wrongEnd:
@@ -154,6 +154,8 @@ void FrameDecoder::addFault(const StreamItem& item)
     }
     if (item.kind != StreamItem::badLength)
         reject(0, "a client does not accept [%1]");
+    else if (frame.length <= FrameStream::clientLimit)
+        reject(0, "[%1] is longer than gqtool decodes");
 }
 
 void FrameDecoder::decodeItem(const StreamItem& item)
@@ -223,7 +225,7 @@ void FrameDecoder::decode()
     result.result = 1;
     result.meaning = "good";
     listener.begin(nullptr, '[');
-    FrameStream stream;
+    FrameStream stream(INT_MAX, largestPayload);
     while (input.holds(1)) {
         const QByteArray piece(input.at(), input.left());
         input.skip(piece.size());

@@ -9,9 +9,8 @@ using gqdb::CSocketAPI;
 
 static const int lengthEnd = 5; // of the length field within a header
 static const int checkSize = 2;
-static const unsigned int largestLength = INT_MAX - CSocketAPI::frameOverhead;
 
-FrameStream::FrameStream(int kept) : keptBytes(kept) {}
+FrameStream::FrameStream(int kept, unsigned int largest) : keptBytes(kept), largestLength(largest) {}
 
 void FrameStream::add(StreamItem item)
 {
@@ -21,7 +20,7 @@ void FrameStream::add(StreamItem item)
 }
 
 // Reads the header at `pos` and returns the position after it. An incomplete header is kept for the next piece. If the
-// length is impossible, the byte at `pos` is not a start byte: a frame may begin at any byte after it.
+// length is too large, the byte at `pos` is not a start byte: a frame may begin at any byte after it.
 int FrameStream::begin(const QByteArray& input, int pos)
 {
     const char* start = input.constData() + pos;

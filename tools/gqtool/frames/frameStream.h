@@ -3,6 +3,7 @@
 #include <QByteArray>
 
 #include <climits>
+#include <socketApi.h>
 #include <vector>
 
 // A frame, or the part of it that has arrived. docs/formats/frame.md has its layout.
@@ -23,7 +24,7 @@ struct StreamItem {
         frame,
         garbage,   // bytes before a start byte
         wrongEnd,  // a whole frame that does not end in 0x16: a client drops it
-        badLength, // a start byte alone: its length means a frame of 2 GiB or more, which a client would wait for
+        badLength, // a start byte alone: its length exceeds the limit
         cut,       // a frame that the end of the stream cuts off
         cutHeader, // a frame that the end of the stream cuts off within its header
     };
@@ -39,7 +40,11 @@ struct StreamItem {
 // and right after a start byte with a bad length. Keeps only the frame that is incomplete.
 class FrameStream {
 public:
-    explicit FrameStream(int keptBytes = INT_MAX); // of each payload
+    // A client accepts payloads up to this length; with one more byte, the frame would have 2 GiB.
+    static constexpr unsigned int clientLimit = INT_MAX - gqdb::CSocketAPI::frameOverhead;
+
+    // Keeps the first `keptBytes` of each payload. A start byte with a length above `largestLength` begins no frame.
+    explicit FrameStream(int keptBytes = INT_MAX, unsigned int largestLength = clientLimit);
 
     // Returns the items that this piece completes. Garbage is complete at the end of each piece.
     std::vector<StreamItem> feed(const QByteArray& piece);
@@ -56,6 +61,7 @@ private:
     int take(const QByteArray& input, int pos);
 
     int keptBytes;
+    unsigned int largestLength;
     long long offset = 0; // of the incomplete item
     StreamItem current;   // the incomplete frame, once its header is complete; `size` counts the bytes so far
     QByteArray header;    // the bytes of an incomplete header

@@ -4,6 +4,7 @@
 #include "gqtool/records/recordTexts.h"
 
 #include <socketApi.h>
+#include <utility>
 
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
@@ -75,9 +76,9 @@ PayloadTexts readTexts(const QByteArray& payload, unsigned int count)
 
 static void takeRecords(const Form& form, const QByteArray& bytes, Payload& payload)
 {
-    const RecordTexts records = recordTexts(form, bytesOf(bytes));
+    RecordTexts records = recordTexts(form, bytesOf(bytes), false);
     payload.form += QString(":") + form.name;
-    payload.content = records.json;
+    payload.content = std::move(records.json);
     if (!records.fault.isEmpty())
         payload.fault = "in the records, " + records.fault;
 }
@@ -90,7 +91,7 @@ static void takeTexts(const QByteArray& bytes, unsigned int count, Payload& payl
     for (const QString& text : list.texts)
         json.add(nullptr, JsonText{jsonText(text)});
     json.end(']');
-    payload.content = json.text;
+    payload.content = std::move(json.text);
     payload.used = list.used;
     if (!list.isWhole)
         payload.fault = QString("text %1 of %2 runs past the end of the payload").arg(list.texts.size() + 1).arg(count);

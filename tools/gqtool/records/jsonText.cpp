@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 static const int shownText = 60; // characters of a value in a message
 
@@ -33,7 +34,7 @@ std::string jsonText(const std::vector<int>& values)
     for (const int value : values)
         json.add(nullptr, value);
     json.end(']');
-    return json.text;
+    return std::move(json.text);
 }
 
 template <typename Number>

@@ -2,6 +2,8 @@
 
 #include "recordDecoding.h"
 
+#include <utility>
+
 // Takes the index off a name: "[2].text1" becomes "text1". Returns "[2]", or nothing if the name has no index.
 static QString takeIndex(QString& name)
 {
@@ -13,10 +15,12 @@ static QString takeIndex(QString& name)
 
 class TextListener : public DecodeListener {
 public:
-    explicit TextListener(RecordTexts& texts) : result(texts) {}
+    TextListener(RecordTexts& texts, bool wantsTexts) : result(texts), wants(wantsTexts) {}
 
     void row(const DecodedRow& row) override
     {
+        if (!wants)
+            return;
         std::string path;
         row.appendName(path);
         QString name = QString::fromStdString(path);
@@ -40,18 +44,19 @@ public:
 
 private:
     RecordTexts& result;
+    const bool wants;
     QString lastIndex;
 };
 
-RecordTexts recordTexts(const Form& form, const QByteArray& bytes)
+RecordTexts recordTexts(const Form& form, const QByteArray& bytes, bool wantsTexts)
 {
     RecordTexts result;
     result.isList = isList(form);
     MemorySource source(bytes);
     ByteWindow window(source);
-    TextListener listener(result);
+    TextListener listener(result, wantsTexts);
     const Decoding decoding = decode(form, window, listener, FaultList::usualLimit);
-    result.json = listener.json.text;
+    result.json = std::move(listener.json.text);
     const std::vector<Fault>& faults = decoding.faults.listed();
     if (!faults.empty())
         result.fault = QString("byte %1: %2").arg(faults[0].offset).arg(faults[0].text);

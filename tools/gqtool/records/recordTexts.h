@@ -17,4 +17,5 @@ struct RecordTexts {
     QString fault;    // the first one, with its offset; empty if there is none
 };
 
-RecordTexts recordTexts(const Form& form, const QByteArray& bytes);
+// Without `wantsTexts`, `texts` stays empty, and large records take less memory.
+RecordTexts recordTexts(const Form& form, const QByteArray& bytes, bool wantsTexts = true);
