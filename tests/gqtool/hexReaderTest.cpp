@@ -239,6 +239,60 @@ TEST(HexReader, refusesWordsOfUnknownOrder)
               "unknown; use od -t x1 or hexdump -C");
 }
 
+// od pads the last word: "od -A x -t x2" of 7 bytes.
+TEST(HexReader, refusesWordsThatArePadded)
+{
+    const std::string rule = "' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C";
+    EXPECT_EQ(errorOf("000000 0468 0000 0700 0000\n000007\n"), "line 1: '0468" + rule);
+    EXPECT_EQ(errorOf("000000 00000468\n000002\n"), "line 1: '00000468" + rule);
+    EXPECT_EQ(bytesOf("000000 0468 0000 0700 0000\n000006\n"), "00 00 00 04 68 00 00 07 00 00 00 00 00 06");
+    EXPECT_EQ(bytesOf("0000 0468\n000001\n"), "00 00 04 68 00 00 01");
+}
+
+// "hexdump -x" and "od -A x -t u2" of 2 bytes.
+TEST(HexReader, refusesWordsAfterTheOffsetsOfOd)
+{
+    const std::string rule = "' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C";
+    EXPECT_EQ(errorOf("0000000    0468           \n0000002\n"), "line 1: '0468" + rule);
+    EXPECT_EQ(errorOf("000000  1128\n000002\n"), "line 1: '1128" + rule);
+    EXPECT_EQ(bytesOf("000000  68 04"), "68 04");
+}
+
+TEST(HexReader, refusesWordsWithTheLastByteFirst)
+{
+    EXPECT_EQ(errorOf("00000000: 00000468 00000700 002a2000 00000000  h........ *.....\n"),
+              "line 1: '00000468' has its bytes in reverse order, as the text column shows; use xxd without -e");
+    EXPECT_EQ(errorOf("00000000: 01010101  ....\n00000004: 0001     0468   ..h.\n"),
+              "line 2, column 20: the text column must have at most 2 characters, one per byte, got '0468   ..h.'; use "
+              "xxd without -e, od -t x1 or hexdump -C");
+    EXPECT_EQ(errorOf("00000000:   000468                             h..\n"),
+              "line 1: '000468' has its bytes in reverse order, as the text column shows; use xxd without -e");
+    EXPECT_EQ(errorOf("00000000: 0468 0000  h...\n"),
+              "line 1: '0468' has its bytes in reverse order, as the text column shows; use xxd without -e");
+    EXPECT_EQ(bytesOf("00000000: 68040000 20616220  h... ab \n00000008: 00010203  ....\n"),
+              "68 04 00 00 20 61 62 20 00 01 02 03");
+}
+
+// Nothing in the text column shows the order, so that large words may be of xxd -g 4 or of xxd -e.
+TEST(HexReader, refusesLargeWordsThatMayHaveTheLastByteFirst)
+{
+    EXPECT_EQ(errorOf("00000000: 01010101  ....\n00000004: 00000007 00000001  ........\n"),
+              "line 2: '00000007' may have its bytes in reverse order, as of xxd -e; use xxd -g 1");
+    EXPECT_EQ(bytesOf("00000000: 01010101 00000000  ........\n"), "01 01 01 01 00 00 00 00");
+    EXPECT_EQ(bytesOf("00000000: 0007 0001  ....\n"), "00 07 00 01");
+    EXPECT_EQ(bytesOf("00000000: 00000007\n"), "00 00 00 07");
+}
+
+TEST(HexReader, refusesBinaryDigits)
+{
+    EXPECT_EQ(errorOf("00000000: 01101000 00000100                                      h.\n"),
+              "line 1: '01101000' is binary; use xxd without -b");
+    EXPECT_EQ(errorOf("00000000: 00000001                                               .\n"),
+              "line 1: '00000001' is binary; use xxd without -b");
+    EXPECT_EQ(bytesOf("00000000: 01101000 00000101  ........\n00000008: 68040000  h..."),
+              "01 10 10 00 00 00 01 01 68 04 00 00");
+}
+
 TEST(HexReader, repeatsTheLineBeforeAStar)
 {
     EXPECT_EQ(bytesOf("00000000  68 04  |h.|\n*\n00000006  16  |.|\n00000007"), "68 04 68 04 68 04 16");

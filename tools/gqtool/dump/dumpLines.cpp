@@ -84,9 +84,19 @@ DumpLines::Verdict DumpLines::recognise(const QByteArray& first, const QByteArra
     Offset nextOffset;
     if (!readRow(first, offset, row, error))
         return isNoDump;
-    if (next->trimmed() == "*")
+    if (next->trimmed() == "*" || isEndOfOd(*next, offset, row))
         return isDump;
     return findOffset(*next, nextOffset) && nextOffset.value == row.bytes.size() ? isDump : isNoDump;
+}
+
+// Returns true if the line is the last one of a dump in words, whose offset may be less than the bytes of the words.
+bool DumpLines::isEndOfOd(const QByteArray& text, const Offset& first, const Row& row)
+{
+    Offset offset;
+    if (row.word.isEmpty() || !findOffset(text, offset) || offset.end < text.size())
+        return false;
+    const qint64 missing = row.bytes.size() - offset.value;
+    return offset.digits.size() == first.digits.size() && missing > 0 && missing < row.word.size() / 2;
 }
 
 // --- Bytes --------------------------------------------------------------------------------------------------------
@@ -122,6 +132,7 @@ bool DumpLines::readRow(const QByteArray& text, const Offset& offset, Row& row, 
         if (count % 2 != 0)
             return fail(pos, QString("'%1' must have an even number of hex digits").arg(group));
         appendDigits(text.constData() + pos, count, row.bytes);
+        row.order.addGroup(text.constData() + pos, count);
         if (count > 2 && row.word.isEmpty())
             row.word = group;
         pos = isSeparated ? end + 1 + blanksAt(text, end + 1) : end + blanks;
@@ -130,11 +141,13 @@ bool DumpLines::readRow(const QByteArray& text, const Offset& offset, Row& row, 
         if (!isMiddle && (blanks > 1 || next == '\t'))
             break;
     }
+    row.order.addText(text.mid(pos));
     if (isTextColumn(text.mid(pos), row.bytes.size()))
         return true;
-    return fail(pos, QString("the text column must have at most %1 characters, one per byte, got '%2'")
+    return fail(pos, QString("the text column must have at most %1 characters, one per byte, got '%2'%3")
                          .arg(row.bytes.size())
-                         .arg(QString::fromUtf8(text.mid(pos).trimmed().left(shownText))));
+                         .arg(QString::fromUtf8(text.mid(pos).trimmed().left(shownText)),
+                              row.word.isEmpty() ? "" : "; use xxd without -e, od -t x1 or hexdump -C"));
 }
 
 // --- Lines --------------------------------------------------------------------------------------------------------
@@ -184,13 +197,43 @@ bool DumpLines::readOffset(const QByteArray& text, const Offset& offset, Line& l
         firstError.line = number;
         return false;
     }
-    if (offset.mark == '\0' && !row.word.isEmpty())
-        return fail(
-            QString("'%1' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C")
-                .arg(row.word));
+    if (!checkWords(offset, row))
+        return false;
     size = offset.value + row.bytes.size();
     previous = row.bytes.isEmpty() ? previous : row.bytes;
     line.bytes = row.bytes;
+    return true;
+}
+
+// Checks that words have their bytes in the order in which they are read.
+bool DumpLines::checkWords(const Offset& offset, const Row& row)
+{
+    const int digits = offset.digits.size();
+    const bool isOfOd = offset.mark == '\0' || (offset.mark == ' ' && (digits == 6 || digits == octalDigits));
+    if (isOfOd && !row.word.isEmpty())
+        return fail(
+            QString("'%1' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C")
+                .arg(row.word));
+    if (offset.mark != ':')
+        return true;
+    if (row.order.isBinary())
+        return fail(QString("'%1' is binary; use xxd without -b").arg(row.word));
+    switch (row.order.found(row.bytes)) {
+    case WordOrder::reversed:
+        return fail(
+            QString("'%1' has its bytes in reverse order, as the text column shows; use xxd without -e").arg(row.word));
+    case WordOrder::asWritten:
+        isOrderKnown = true;
+        break;
+    case WordOrder::either:
+        if (!unknownOrder.isSet())
+            unknownOrder = {
+                number, 0,
+                QString("'%1' may have its bytes in reverse order, as of xxd -e; use xxd -g 1").arg(row.word)};
+        break;
+    case WordOrder::noMatter:
+        break;
+    }
     return true;
 }
 
@@ -233,5 +276,9 @@ bool DumpLines::checkOffset(const Offset& offset, Line& line)
 
 bool DumpLines::end()
 {
-    return !isRepeating || fail("* must be followed by an offset");
+    if (isRepeating)
+        return fail("* must be followed by an offset");
+    if (!isOrderKnown)
+        firstError = unknownOrder;
+    return !firstError.isSet();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hexDigits.h"
+#include "wordOrder.h"
 
 // Reads the lines of a hex dump: an offset, bytes, and a text column, which is not read. A line * repeats the preceding
 // line up to the next offset. Each packet of a dump begins with offset 0, after an empty line or, in a dump of tcpdump,
@@ -48,11 +48,14 @@ private:
     struct Row {
         QByteArray bytes;
         QString word; // the first group of more than one byte
+        WordOrder order;
     };
 
     static bool findOffset(const QByteArray& text, Offset& offset);
+    static bool isEndOfOd(const QByteArray& text, const Offset& first, const Row& row);
     static bool readRow(const QByteArray& text, const Offset& offset, Row& row, HexError& error);
     bool readOffset(const QByteArray& text, const Offset& offset, Line& line);
+    bool checkWords(const Offset& offset, const Row& row);
     bool checkOffset(const Offset& offset, Line& line);
     bool fail(const QString& text);
 
@@ -66,4 +69,7 @@ private:
     bool isRepeating = false; // after *
     qint64 size = 0;          // bytes of the packet so far
     QByteArray previous;      // the bytes of the preceding line
+
+    bool isOrderKnown = false; // a text column has shown the order of bytes in words
+    HexError unknownOrder;     // the first words that may have either order
 };
