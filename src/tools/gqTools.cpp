@@ -1,6 +1,7 @@
 #include "gqTools.h"
 
-#include <QDateTime>
+#include "baseMoment.h"
+
 #include <QObject>
 
 #include <climits>
@@ -11,61 +12,6 @@ static const unsigned int minute = 60;
 static const unsigned int hour = 3600;
 static const unsigned int day = 86400;
 
-// The base moment. Its local time is converted only on demand, since not every family needs it.
-struct Base {
-    unsigned int seconds;
-
-    QDateTime local() const { return QDateTime::fromSecsSinceEpoch(seconds); }
-    QDate date() const { return local().date(); }
-};
-
-// If a clock time exists twice, Qt 5 returns the moment with the base's offset from UTC. Returns that one with Qt 6 too.
-static QDateTime withOffsetOf([[maybe_unused]] const Base& base, const QDateTime& moment)
-{
-#if QT_VERSION_MAJOR != 5
-    const QDateTime other = moment.addSecs(moment.offsetFromUtc() - base.local().offsetFromUtc());
-    if (other.date() == moment.date() && other.time() == moment.time())
-        return other;
-#endif
-    return moment;
-}
-
-// Returns the start of a day. If a clock change skips midnight, these calls find the first moment of the day; the
-// constructor from a date and 00:00 does not.
-static QDateTime firstMoment([[maybe_unused]] const Base& base, const QDate& date)
-{
-#if QT_VERSION_MAJOR == 5
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
-    return QDateTime(date);
-    QT_WARNING_POP
-#else
-    return withOffsetOf(base, date.startOfDay());
-#endif
-}
-
-// Returns the seconds since 1970, or all ones if the moment is invalid or 32 bits cannot hold it.
-static unsigned int secondsOf(const QDateTime& moment)
-{
-    const qint64 seconds = moment.isValid() ? moment.toSecsSinceEpoch() : -1;
-    return seconds < 0 || seconds > UINT_MAX ? UINT_MAX : static_cast<unsigned int>(seconds);
-}
-
-static unsigned int startSeconds(const Base& base, const QDate& date)
-{
-    return secondsOf(firstMoment(base, date));
-}
-
-// Returns all ones for a time that a clock change skips.
-static unsigned int clockTime(const Base& base, const QDate& date, int hours, int minutes, int seconds)
-{
-    const QTime time(hours, minutes, seconds);
-    const QDateTime moment(date, time);
-    if (moment.time() != time) // Qt 6.7 and later replace the skipped time
-        return UINT_MAX;
-    return secondsOf(withOffsetOf(base, moment));
-}
-
 // Returns `number` units, wrapped at 32 bits like all sums here.
 static unsigned int times(int number, unsigned int unit)
 {
@@ -74,28 +20,28 @@ static unsigned int times(int number, unsigned int unit)
 
 // --- Rules of days
 
-static unsigned int dayStart(const Base& base, int daysBack)
+static unsigned int dayStart(const BaseMoment& base, int daysBack)
 {
-    return startSeconds(base, base.date().addDays(-daysBack));
+    return base.startOf(base.date().addDays(-daysBack));
 }
 
-static unsigned int dayEnd(const Base& base, int daysBack)
+static unsigned int dayEnd(const BaseMoment& base, int daysBack)
 {
     return dayStart(base, daysBack) + day - 1;
 }
 
-static unsigned int dayClockEnd(const Base& base, int)
+static unsigned int dayClockEnd(const BaseMoment& base, int)
 {
-    return clockTime(base, base.date(), 23, 59, 59);
+    return base.clockTime(base.date(), 23, 59, 59);
 }
 
-static unsigned int sameTimeDaysBack(const Base& base, int daysBack)
+static unsigned int sameTimeDaysBack(const BaseMoment& base, int daysBack)
 {
-    return secondsOf(base.local().addDays(-daysBack));
+    return base.secondsOf(base.local().addDays(-daysBack));
 }
 
 // Returns a day of the base month: the 1st for numbers below 1, null if the month lacks it.
-static QDate dayOfMonth(const Base& base, int daysAfterFirst)
+static QDate dayOfMonth(const BaseMoment& base, int daysAfterFirst)
 {
     const QDate today = base.date();
     const QDate first(today.year(), today.month(), 1);
@@ -105,131 +51,131 @@ static QDate dayOfMonth(const Base& base, int daysAfterFirst)
     return date.month() == first.month() ? date : QDate();
 }
 
-static unsigned int monthDayStart(const Base& base, int daysAfterFirst)
+static unsigned int monthDayStart(const BaseMoment& base, int daysAfterFirst)
 {
     const QDate date = dayOfMonth(base, daysAfterFirst);
-    return date.isNull() ? 0 : startSeconds(base, date);
+    return date.isNull() ? 0 : base.startOf(date);
 }
 
-static unsigned int monthDayEnd(const Base& base, int daysAfterFirst)
+static unsigned int monthDayEnd(const BaseMoment& base, int daysAfterFirst)
 {
     const QDate date = dayOfMonth(base, daysAfterFirst);
-    return date.isNull() ? 0 : startSeconds(base, date) + day - 1;
+    return date.isNull() ? 0 : base.startOf(date) + day - 1;
 }
 
 // --- Rules of hours and minutes
 
-static unsigned int hourStart(const Base& base, int hoursBack)
+static unsigned int hourStart(const BaseMoment& base, int hoursBack)
 {
     const QDateTime local = base.local();
-    return clockTime(base, local.date(), local.time().hour(), 0, 0) - times(hoursBack, hour);
+    return base.clockTime(local.date(), local.time().hour(), 0, 0) - times(hoursBack, hour);
 }
 
-static unsigned int hourEnd(const Base& base, int hoursBack)
+static unsigned int hourEnd(const BaseMoment& base, int hoursBack)
 {
     const QDateTime local = base.local();
-    return clockTime(base, local.date(), local.time().hour(), 59, 59) - times(hoursBack, hour);
+    return base.clockTime(local.date(), local.time().hour(), 59, 59) - times(hoursBack, hour);
 }
 
-static unsigned int sameTimeHoursBack(const Base& base, int hoursBack)
+static unsigned int sameTimeHoursBack(const BaseMoment& base, int hoursBack)
 {
     return base.seconds - times(hoursBack, hour);
 }
 
-static unsigned int sameTimeMinutesBack(const Base& base, int minutesBack)
+static unsigned int sameTimeMinutesBack(const BaseMoment& base, int minutesBack)
 {
     return base.seconds - times(minutesBack, minute);
 }
 
-static unsigned int hourOfDayStart(const Base& base, int hours)
+static unsigned int hourOfDayStart(const BaseMoment& base, int hours)
 {
     return dayStart(base, 0) + times(hours, hour) - (hours == 24 ? 1 : 0);
 }
 
-static unsigned int hourOfDayEnd(const Base& base, int hours)
+static unsigned int hourOfDayEnd(const BaseMoment& base, int hours)
 {
     return dayStart(base, 0) + times(hours, hour) + (hours == 24 ? hour : hour - 1); // deliberately 01:00:00 for 24
 }
 
 // Returns `today`, or the same a day earlier if it is after the base.
-static unsigned int latest(const Base& base, unsigned int today)
+static unsigned int latest(const BaseMoment& base, unsigned int today)
 {
     return base.seconds < today ? today - day : today;
 }
 
-static unsigned int latestHourStart(const Base& base, int hours)
+static unsigned int latestHourStart(const BaseMoment& base, int hours)
 {
     return latest(base, dayStart(base, 0) + times(hours, hour)) - (hours == 24 ? 1 : 0);
 }
 
-static unsigned int latestHourEnd(const Base& base, int hours)
+static unsigned int latestHourEnd(const BaseMoment& base, int hours)
 {
     return latest(base, dayStart(base, 0) + times(hours, hour) + hour - 1) + (hours == 24 ? 1 : 0); // 01:00:00 for 24
 }
 
-static unsigned int minuteOfDay(const Base& base, int minutes)
+static unsigned int minuteOfDay(const BaseMoment& base, int minutes)
 {
     return dayStart(base, 0) + times(minutes, minute) - (minutes == 1440 ? 1 : 0);
 }
 
 // --- Rules of months and years
 
-static unsigned int monthStart(const Base& base, int)
+static unsigned int monthStart(const BaseMoment& base, int)
 {
     const QDate today = base.date();
-    return startSeconds(base, QDate(today.year(), today.month(), 1));
+    return base.startOf(QDate(today.year(), today.month(), 1));
 }
 
-static unsigned int monthEnd(const Base& base, int)
+static unsigned int monthEnd(const BaseMoment& base, int)
 {
     const QDate today = base.date();
-    return secondsOf(firstMoment(base, QDate(today.year(), today.month(), 1)).addMonths(1)) - 1;
+    return base.secondsOf(base.firstMoment(QDate(today.year(), today.month(), 1)).addMonths(1)) - 1;
 }
 
-static unsigned int yearsMonthStart(const Base& base, int month)
+static unsigned int yearsMonthStart(const BaseMoment& base, int month)
 {
-    return startSeconds(base, QDate(base.date().year(), month, 1));
+    return base.startOf(QDate(base.date().year(), month, 1));
 }
 
-static unsigned int yearsMonthEnd(const Base& base, int month) // invalid below 1: 0xFFFFFFFE
+static unsigned int yearsMonthEnd(const BaseMoment& base, int month) // invalid below 1: 0xFFFFFFFE
 {
-    return secondsOf(firstMoment(base, QDate(base.date().year(), month, 1)).addMonths(1)) - 1;
+    return base.secondsOf(base.firstMoment(QDate(base.date().year(), month, 1)).addMonths(1)) - 1;
 }
 
-static unsigned int lastYearsMonthStart(const Base& base, int month)
+static unsigned int lastYearsMonthStart(const BaseMoment& base, int month)
 {
-    return startSeconds(base, QDate(base.date().year() - 1, month, 1));
+    return base.startOf(QDate(base.date().year() - 1, month, 1));
 }
 
-static unsigned int lastYearsMonthEnd(const Base& base, int month)
+static unsigned int lastYearsMonthEnd(const BaseMoment& base, int month)
 {
     const int year = base.date().year();
-    return startSeconds(base, month == 12 ? QDate(year, 1, 1) : QDate(year - 1, month + 1, 1)) - 1;
+    return base.startOf(month == 12 ? QDate(year, 1, 1) : QDate(year - 1, month + 1, 1)) - 1;
 }
 
-static unsigned int yearStart(const Base& base, int)
+static unsigned int yearStart(const BaseMoment& base, int)
 {
-    return startSeconds(base, QDate(base.date().year(), 1, 1));
+    return base.startOf(QDate(base.date().year(), 1, 1));
 }
 
-static unsigned int yearClockEnd(const Base& base, int)
+static unsigned int yearClockEnd(const BaseMoment& base, int)
 {
-    return clockTime(base, QDate(base.date().year(), 12, 31), 23, 59, 59);
+    return base.clockTime(QDate(base.date().year(), 12, 31), 23, 59, 59);
 }
 
-static unsigned int yearStartBack(const Base& base, int yearsBack)
+static unsigned int yearStartBack(const BaseMoment& base, int yearsBack)
 {
-    return secondsOf(firstMoment(base, QDate(base.date().year(), 1, 1)).addYears(-yearsBack));
+    return base.secondsOf(base.firstMoment(QDate(base.date().year(), 1, 1)).addYears(-yearsBack));
 }
 
-static unsigned int yearEndBack(const Base& base, int yearsBack)
+static unsigned int yearEndBack(const BaseMoment& base, int yearsBack)
 {
-    return secondsOf(firstMoment(base, QDate(base.date().year(), 12, 31)).addYears(-yearsBack)) + day - 1;
+    return base.secondsOf(base.firstMoment(QDate(base.date().year(), 12, 31)).addYears(-yearsBack)) + day - 1;
 }
 
-static unsigned int sameTimeYearsLater(const Base& base, int years)
+static unsigned int sameTimeYearsLater(const BaseMoment& base, int years)
 {
-    return secondsOf(base.local().addYears(years));
+    return base.secondsOf(base.local().addYears(years));
 }
 
 // --- The number line of moments
@@ -238,7 +184,7 @@ struct Family {
     int first;
     int last;
     int zero; // subtracted from the code to get the rule's number
-    unsigned int (*rule)(const Base& base, int number);
+    unsigned int (*rule)(const BaseMoment& base, int number);
 };
 
 // The first row that contains a code applies; a code in no row gives 0.
@@ -280,7 +226,7 @@ static const Family families[] = {
 
 unsigned int CGqTools::calcRelTime(int relTime, int baseTime)
 {
-    const Base base = {static_cast<unsigned int>(baseTime)};
+    const BaseMoment base(static_cast<unsigned int>(baseTime));
     for (const Family& family : families) {
         if (relTime >= family.first && relTime <= family.last)
             return family.rule(base, relTime - family.zero);

@@ -138,7 +138,7 @@ TEST(DecodeAgreement, holdsForFilesWithARandomByte)
         const QByteArray whole = golden.bytes + golden.behind;
         for (int round = 0; round < 8 && !whole.isEmpty(); ++round) {
             QByteArray changed = whole;
-            changed[chance.below(std::min(whole.size(), 120))] = static_cast<char>(chance.word());
+            changed[chance.below(std::min(static_cast<int>(whole.size()), 120))] = static_cast<char>(chance.word());
             SCOPED_TRACE(hex(changed));
             faulty += !expectAgreement(*golden.form, changed).faults.empty();
         }
@@ -155,7 +155,7 @@ TEST(DecodeAgreement, holdsForRandomBytes)
         for (int round = 0; round < 20; ++round) {
             const std::vector<unsigned char> made = chance.bytes(chance.below(120));
             QByteArray bytes(reinterpret_cast<const char*>(made.data()), static_cast<int>(made.size()));
-            for (int at = 1; at < std::min(4, bytes.size()); ++at)
+            for (int at = 1; at < std::min(4, static_cast<int>(bytes.size())); ++at)
                 bytes[at] = 0; // counts that a list may have
             SCOPED_TRACE(std::string(form.name) + ": " + hex(bytes));
             expectAgreement(form, bytes);

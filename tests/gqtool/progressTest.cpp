@@ -38,7 +38,7 @@ struct Terminal {
     Descriptor device;
 };
 
-static const std::string erase = "\r\033[K";
+static const std::string clearLine = "\r\033[K";
 
 TEST(Progress, showsALineAndClearsItAtItsEnd)
 {
@@ -47,9 +47,9 @@ TEST(Progress, showsALineAndClearsItAtItsEnd)
     {
         Progress progress;
         progress.show("1 of 2");
-        EXPECT_EQ(terminal.shown(), erase + "1 of 2");
+        EXPECT_EQ(terminal.shown(), clearLine + "1 of 2");
     }
-    EXPECT_EQ(terminal.shown(), erase);
+    EXPECT_EQ(terminal.shown(), clearLine);
 }
 
 TEST(Progress, overwritesItsLine)
@@ -60,7 +60,7 @@ TEST(Progress, overwritesItsLine)
     first.show("half");
     Progress second; // has not shown anything yet, and so does not skip
     second.show("whole");
-    EXPECT_EQ(terminal.shown(), erase + "half" + erase + "whole");
+    EXPECT_EQ(terminal.shown(), clearLine + "half" + clearLine + "whole");
 }
 
 TEST(Progress, skipsFastChanges)
@@ -70,7 +70,7 @@ TEST(Progress, skipsFastChanges)
     Progress progress;
     for (int i = 0; i < 100; ++i)
         progress.show(QString::number(i));
-    EXPECT_LT(terminal.shown().size(), 100 * erase.size());
+    EXPECT_LT(terminal.shown().size(), 100 * clearLine.size());
 }
 
 TEST(Progress, cutsALineThatWouldWrap)
@@ -80,7 +80,7 @@ TEST(Progress, cutsALineThatWouldWrap)
         const Replacement standardError(STDERR_FILENO, terminal.device);
         Progress progress;
         progress.show(QString(200, 'x'));
-        EXPECT_EQ(terminal.shown(), erase + std::string(width == 0 ? 79 : 19, 'x'));
+        EXPECT_EQ(terminal.shown(), clearLine + std::string(width == 0 ? 79 : 19, 'x'));
     }
 }
 
@@ -94,7 +94,7 @@ TEST(Progress, isClearedOnceBeforeOtherLines)
     progress.show("half");
     clearProgress();
     clearProgress();
-    EXPECT_EQ(terminal.shown(), erase + "half" + erase);
+    EXPECT_EQ(terminal.shown(), clearLine + "half" + clearLine);
 }
 
 TEST(Progress, isSilentIfStandardErrorIsNotATerminal)

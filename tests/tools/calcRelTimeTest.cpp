@@ -673,3 +673,19 @@ TEST(CalcRelTime, isInvalidForAnHourWithoutAStart)
     EXPECT_EQ(localText(moment(302, base)), "2021-10-03 02:59:59");
     EXPECT_EQ(localText(moment(330, base)), "2021-10-03 01:29:59");
 }
+
+// Ireland's standard time is that of summer.
+TEST(CalcRelTime, takesASkippedTimeReachedByDaysAsStandardTime)
+{
+    const TimeZone zone("Europe/Dublin"); // clocks went from 01:00:00 to 02:00:00 on 2024-03-31
+    EXPECT_EQ(localText(moment(89, at("2024-03-20 01:30:00"))), "2024-03-31 00:30:00");
+}
+
+TEST(CalcRelTime, usesTheClockChangesOf2037Later)
+{
+    const TimeZone zone("Europe/Berlin"); // 2037-03-29; would be 2040-03-25
+    const unsigned int noon = at("2040-03-27 12:00:00") + 3600;
+    EXPECT_EQ(moment(100, noon), noon);
+    EXPECT_EQ(moment(1, noon), noon - 12 * 3600);
+    EXPECT_EQ(moment(82, noon), noon + (18 * 24 - 1) * 3600);
+}
