@@ -31,7 +31,14 @@ class Chinese(SearchChinese):
     therefore a word too. A query is cut into the longest words that occur on the site; other characters are left out."""
 
     stopwords = SearchChinese.stopwords | set("什么 怎么 怎样 如何 为何 为什么 怎么办 是否".split())
+    # The script has the number of results in the text before it looks for its translation.
     js_splitter_code = """
+Documentation.TRANSLATIONS = new Proxy(Documentation.TRANSLATIONS, {
+    get: (texts, text) => {
+        const count = /^Search finished, found ([0-9]+) page/.exec(text);
+        return count ? `找到 ${count[1]} 页。` : texts[text];
+    },
+});
 var splitQuery = (query) => {
     const known = (word) => word in Search._index.terms || word in Search._index.titleterms;
     const cut = (text) => {
