@@ -31,12 +31,40 @@ def readTexts(folder):
     return [page for page in pages if translated.match(page)]
 
 
+def hasNoWords(entry):
+    """Returns true for a single code, a number, and in manual pages for dates and the names in lists."""
+    kind = entry.comment.removeprefix("type: ")
+    if kind in ("Dd", "Dt", "Os", "In"):
+        return True
+    if kind == "It":
+        return re.match(r"(Fl|Cm|Pa|Ev) |\\?-?\d+$", entry.msgid) is not None
+    return re.fullmatch(r"`[^`]+`|-?[\d.]+( [nµm]?s)?", entry.msgid) is not None
+
+
+def withNewNumbers(entry):
+    """Returns the translation of a fuzzy entry with the numbers of its text, or None if more than numbers changed."""
+    number = re.compile(r"\d+(?:\.\d+)?")
+    before = entry.previous_msgid or ""
+    old, new = number.findall(before), number.findall(entry.msgid)
+    if number.sub("", before) != number.sub("", entry.msgid) or sorted(number.findall(entry.msgstr)) != sorted(old):
+        return None
+    renamed = dict(zip(old, new))
+    if [renamed[text] for text in old] != new:
+        return None
+    return number.sub(lambda found: renamed[found[0]], entry.msgstr)
+
+
 def tidy(catalogue):
     """Leaves out of a catalogue what changes without a reason: dates, lines, and texts that no page has."""
     for entry in catalogue.obsolete_entries():
         catalogue.remove(entry)
     for entry in catalogue:
         entry.occurrences = []
+        text = entry.msgid if hasNoWords(entry) else withNewNumbers(entry)
+        if not entry.translated() and text:
+            entry.msgstr = text
+            entry.flags = [flag for flag in entry.flags if flag != "fuzzy"]
+            entry.previous_msgid = None
     catalogue.wrapwidth = 110
     catalogue.header = ""
     catalogue.metadata = head
@@ -68,19 +96,8 @@ def updateManuals(catalogueFolder, pageFolder):
     (catalogueFolder / "man.pot").unlink()
     target = catalogueFolder / "zh_CN.po"
     catalogue = polib.pofile(str(target))
-    for entry in catalogue:
-        if not entry.translated() and hasNoWords(entry):
-            entry.msgstr = entry.msgid
-            entry.flags = [flag for flag in entry.flags if flag != "fuzzy"]
-            entry.previous_msgid = None
     tidy(catalogue)
     catalogue.save()
-
-
-def hasNoWords(entry):
-    """Returns true for the date of a manual page and for the names of options, files and variables in its lists."""
-    kind = entry.comment.removeprefix("type: ")
-    return kind in ("Dd", "Dt", "Os", "In") or kind == "It" and re.match(r"(Fl|Cm|Pa|Ev) |\\?-?\d+$", entry.msgid)
 
 
 def literals(text):
