@@ -239,16 +239,6 @@ AT(ObjectData, text2, 48);
 AT(ObjectData, text3, 80);
 AT(ObjectData, properties, 112);
 
-static_assert(sizeof(BlobWaveHead) == 96);
-AT(BlobWaveHead, headByte, 0);
-AT(BlobWaveHead, waveFlags, 1);
-AT(BlobWaveHead, headFill1, 2);
-AT(BlobWaveHead, limitHigh, 32);
-AT(BlobWaveHead, limitLow, 40);
-AT(BlobWaveHead, sampleCount, 48);
-AT(BlobWaveHead, markCount, 52);
-AT(BlobWaveHead, headFill2, 56);
-
 // --- Records of the front-end processors ----------------------------------------------------------------------------
 
 static_assert(sizeof(NodeHead) == 88);

@@ -136,20 +136,6 @@ TEST(SocketApiSetSendOverTm, storesTheTimeAndNothingElse)
     EXPECT_EQ(client.sendOverTm, 0);
 }
 
-// Position of a virtual operation in the table, from its member pointer: offset in the table (plus 1 on some machines).
-static std::uintptr_t slotOf(int (CSocketAPI::*operation)(int))
-{
-    std::uintptr_t offset;
-    std::memcpy(&offset, &operation, sizeof offset);
-    return offset / sizeof(void*);
-}
-
-TEST(SocketApi, hasTheTwoTimeOutsAsItsFirstVirtualOperations)
-{
-    EXPECT_EQ(slotOf(&CSocketAPI::setRecvOverTm), 0u);
-    EXPECT_EQ(slotOf(&CSocketAPI::setSendOverTm), 1u);
-}
-
 TEST(SocketApi, callsTheTimeOutsOfADerivedClient)
 {
     class Recorder : public CSocketAPI {

@@ -32,15 +32,6 @@ static const int noDescriptors[] = {0, -1, INT_MIN};
 
 // --- The class ---
 
-// Position of a virtual operation in the table of its class: in the Itanium C++ ABI the pointer is 1 + 8 * position.
-template <typename Operation>
-static long placeInTable(Operation operation)
-{
-    long word = 0;
-    std::memcpy(&word, &operation, sizeof word);
-    return (word - 1) / 8;
-}
-
 static_assert(std::is_abstract_v<CAbstractSocket>);
 static_assert(!std::has_virtual_destructor_v<CAbstractSocket>);
 static_assert(std::is_same_v<decltype(&CAbstractSocket::setRecvOverTm), int (CAbstractSocket::*)(int)>);
@@ -60,28 +51,6 @@ static_assert(std::is_same_v<decltype(Open<PlainEndpoint>::handle), int*>);
 static_assert(std::is_same_v<decltype(Open<PlainEndpoint>::opened), bool>);
 static_assert(std::is_same_v<decltype(Open<PlainEndpoint>::address), std::string>);
 static_assert(std::is_same_v<decltype(Open<PlainEndpoint>::port), int>);
-
-TEST(SocketBaseClass, keepsTheOrderOfItsVirtualOperations)
-{
-    EXPECT_EQ(placeInTable(&CAbstractSocket::setRecvOverTm), 0);
-    EXPECT_EQ(placeInTable(&CAbstractSocket::setSendOverTm), 1);
-    EXPECT_EQ(placeInTable(&CAbstractSocket::close), 2);
-    EXPECT_EQ(placeInTable(&CTcpSocket::close), 2);
-    EXPECT_EQ(placeInTable(&CTcpServer::close), 2);
-}
-
-TEST(SocketBaseClass, keepsTheOrderOfItsFieldsAfterTheTable)
-{
-    const Open<PlainEndpoint> endpoint;
-    const auto offset = [&endpoint](const void* field) {
-        return static_cast<const char*>(field) - reinterpret_cast<const char*>(&endpoint);
-    };
-    EXPECT_EQ(offset(&endpoint.handle), 8);
-    EXPECT_EQ(offset(&endpoint.opened), 16);
-    EXPECT_EQ(offset(&endpoint.address), 24);
-    EXPECT_EQ(offset(&endpoint.port), 56); // after the 32 bytes of a std::string
-    EXPECT_EQ(sizeof(CAbstractSocket), 64u);
-}
 
 using SocketBaseConstruct = SocketBase;
 

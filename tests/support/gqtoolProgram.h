@@ -5,11 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 
 // Runs gqtool and other programs as separate processes.
 
-static const int waitMs = 20000;
+static const int waitMs = 20000 * std::max(1, qEnvironmentVariableIntValue("GQLIB_TEST_SLOWNESS")); // emulators
 
 struct Outcome {
     int exitCode;
@@ -44,7 +45,7 @@ public:
     // Ends it by a signal. Returns its exit code, or -1 if it has none.
     int end(int signal = SIGTERM)
     {
-        if (process.state() == QProcess::Running)
+        if (process.state() == QProcess::Running && process.processId() > 0) // -1 would signal every process
             ::kill(static_cast<pid_t>(process.processId()), signal);
         process.waitForFinished(waitMs);
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;

@@ -13,7 +13,7 @@ using gqdb::CSocketAPI;
 
 static bool isTlsRecord(const QByteArray& bytes)
 {
-    return bytes.size() >= 3 && bytes[0] >= 0x14 && bytes[0] <= 0x18 && bytes[1] == 3 && bytes[2] >= 0 && bytes[2] <= 4;
+    return bytes.size() >= 3 && bytes[0] >= 0x14 && bytes[0] <= 0x18 && bytes[1] == 3 && uchar(bytes[2]) <= 4;
 }
 
 // A server that takes the frame for an HTTP/0.9 request sends the page without a status line.
