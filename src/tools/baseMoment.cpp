@@ -1,5 +1,7 @@
 #include "baseMoment.h"
 
+#include <QTimeZone>
+
 #include <climits>
 
 // Returns all ones for what 32 bits cannot hold.
@@ -39,7 +41,7 @@ unsigned int BaseMoment::clockTime(const QDate& date, int hours, int minutes, in
 
 static QDateTime utc(qint64 seconds)
 {
-    return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC);
+    return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc());
 }
 
 // Returns the offset from UTC at a moment in seconds since 1970.
@@ -91,16 +93,16 @@ struct LocalTime {
 QDateTime BaseMoment::local() const
 {
     const qint64 offset = offsetAt(knownYear(seconds));
-    return QDateTime::fromSecsSinceEpoch(seconds, Qt::OffsetFromUTC, static_cast<int>(offset));
+    return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone(static_cast<int>(offset)));
 }
 
 QDateTime BaseMoment::firstMoment(const QDate& date) const
 {
-    QDateTime moment(date, QTime(0, 0), Qt::OffsetFromUTC, local().offsetFromUtc());
+    QDateTime moment(date, QTime(0, 0), QTimeZone(local().offsetFromUtc()));
     while (moment.isValid() && !LocalTime(moment).exists())
         moment = moment.addSecs(60);
     if (moment.isValid())
-        moment.setOffsetFromUtc(static_cast<int>(LocalTime(moment).offset(moment.offsetFromUtc())));
+        moment.setTimeZone(QTimeZone(static_cast<int>(LocalTime(moment).offset(moment.offsetFromUtc()))));
     return moment;
 }
 
@@ -113,7 +115,7 @@ unsigned int BaseMoment::secondsOf(const QDateTime& moment) const
 
 unsigned int BaseMoment::clockTime(const QDate& date, int hours, int minutes, int secondsOfMinute) const
 {
-    const QDateTime moment(date, QTime(hours, minutes, secondsOfMinute), Qt::OffsetFromUTC, local().offsetFromUtc());
+    const QDateTime moment(date, QTime(hours, minutes, secondsOfMinute), QTimeZone(local().offsetFromUtc()));
     return moment.isValid() && LocalTime(moment).exists() ? secondsOf(moment) : UINT_MAX;
 }
 
