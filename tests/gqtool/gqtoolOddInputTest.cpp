@@ -19,11 +19,17 @@ TEST(GqtoolCall, readsLeadingZerosOfAPortAsDecimal)
 
 TEST(GqtoolStation, refusesAnInvalidAddress)
 {
-    for (const char* address : {"nonsense", "localhost", "300.1.1.1", "127.1 nonsense", ""}) {
-        SCOPED_TRACE(address);
-        const Outcome outcome = run({"station", "--address", address});
-        EXPECT_EQ(outcome.exitCode, 2);
-        EXPECT_EQ(outcome.output, "");
+    for (const char* address : {"nonsense", "localhost", "300.1.1.1", "127.0.0.1 nonsense", "1.2.3", "127.0.0.010",
+                                "0x7f.0.0.1", "2130706433", ""}) {
+        for (const QStringList& command :
+             {QStringList{"station"}, QStringList{"trace", "--listen", "0", "127.0.0.1:5000"}}) {
+            SCOPED_TRACE((command[0] + ' ' + address).toStdString());
+            const Outcome outcome = run(command + QStringList{"--address", address});
+            EXPECT_EQ(outcome.exitCode, 2);
+            EXPECT_EQ(outcome.output, "");
+            const QString error = "ADDRESS must be dotted IPv4, four numbers from 0 to 255, got '%1'\n";
+            EXPECT_TRUE(outcome.errors.contains(error.arg(address))) << outcome.errors.toStdString();
+        }
     }
 }
 

@@ -434,6 +434,8 @@ TEST(GqtoolEndpoint, refusesWhatIsNoHostAndPort)
         {"localhost:-1", "PORT must be an integer from 1 to 65535, got '-1'"},
         {"localhost:http", "PORT must be an integer from 1 to 65535, got 'http'"},
         {"300.1.1.1:5000", "HOST must be a name or four numbers from 0 to 255, got '300.1.1.1'"},
+        {"1.2.3:5000", "HOST must be a name or four numbers from 0 to 255, got '1.2.3'"},
+        {"0x7f.1:5000", "HOST must be a name or four numbers from 0 to 255, got '0x7f.1'"},
         {"[::1]:5000", "HOST must be a name or a dotted IPv4 address, got '[::1]'"},
         {"http://host:5000", "HOST must be a name or a dotted IPv4 address, got 'http://host'"},
     };

@@ -18,11 +18,18 @@
 
 // --- Text ---------------------------------------------------------------------------------------------------------
 
-// Accepts the addresses that the library accepts. Blanks are refused, because inet_aton ignores all that follows one.
 static bool readAddress(const QString& text, in_addr& address)
 {
-    static const QRegularExpression blank("\\s");
-    return !text.contains(blank) && inet_aton(text.toLocal8Bit().constData(), &address) != 0;
+    return inet_pton(AF_INET, text.toLocal8Bit().constData(), &address) == 1;
+}
+
+// Returns true for the other addresses that the C library accepts in place of a name: 1.2.3 is 1.2.0.3, 010 is 8.
+static bool isOtherAddress(const QString& text)
+{
+    static const QRegularExpression digitsAndDots("^[0-9.]*$");
+    in_addr address;
+    return !readAddress(text, address) &&
+           (text.contains(digitsAndDots) || inet_aton(text.toLocal8Bit().constData(), &address) != 0);
 }
 
 QString addressError(const QString& text)
@@ -35,7 +42,6 @@ QString addressError(const QString& text)
 
 QString readEndpoint(const QString& text, Endpoint& endpoint)
 {
-    static const QRegularExpression digitsAndDots("^[0-9.]*$");
     static const QRegularExpression notInNames("[\\s:/\\[\\]]");
     const int colon = text.lastIndexOf(':');
     if (colon < 1)
@@ -43,7 +49,7 @@ QString readEndpoint(const QString& text, Endpoint& endpoint)
     endpoint.host = text.left(colon);
     if (endpoint.host.contains(notInNames))
         return QString("HOST must be a name or a dotted IPv4 address, got '%1'").arg(endpoint.host);
-    if (endpoint.host.contains(digitsAndDots) && !addressError(endpoint.host).isEmpty())
+    if (isOtherAddress(endpoint.host))
         return QString("HOST must be a name or four numbers from 0 to 255, got '%1'").arg(endpoint.host);
     if (!readInt(text.mid(colon + 1), 1, 65535, endpoint.port))
         return QString("PORT must be an integer from 1 to 65535, got '%1'").arg(text.mid(colon + 1));

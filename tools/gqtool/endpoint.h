@@ -14,7 +14,7 @@ struct Endpoint {
 // Reads HOST:PORT. Returns the error, or an empty text on success.
 QString readEndpoint(const QString& text, Endpoint& endpoint);
 
-// Returns the error in a dotted IPv4 address, or an empty text if it is valid. "127.1" is valid.
+// Returns the error in a dotted IPv4 address, or an empty text if it is valid.
 QString addressError(const QString& text);
 
 // Looks up the IPv4 addresses of a host, which the frame protocol needs, for at most `timeoutMs`. Returns true with at
