@@ -4,6 +4,7 @@
 #include "support/goldenFile.h"
 #include "support/gqtoolProgram.h"
 #include "support/hex.h"
+#include "support/inputFile.h"
 
 #include <QJsonDocument>
 
@@ -133,9 +134,18 @@ TEST(GqtoolDecode, reportsFaultsWithTheirOffset)
         SCOPED_TRACE(faulty.form);
         const Outcome outcome = run({"decode", "--as", faulty.form, faulty.bytes});
         EXPECT_EQ(outcome.exitCode, 1);
-        EXPECT_EQ(QString(outcome.errors).remove("gqtool: ").toStdString(), faulty.errors);
+        EXPECT_EQ(QString(outcome.errors).remove("gqtool: BYTES: ").toStdString(), faulty.errors);
         EXPECT_EQ(outcome.output.trimmed().section('\n', -1).toStdString(), faulty.reader);
     }
+}
+
+TEST(GqtoolDecode, namesTheFileOfAFault)
+{
+    const InputFile file("00 01");
+    EXPECT_EQ(run({"decode", "--as", "frames", "--file", file.path}).errors,
+              "gqtool: " + file.path + ": byte 0: no frame found\n");
+    EXPECT_EQ(runProgram("sh", {"-c", "echo 00 01 | \"$0\" decode --as frames -", GQTOOL}).errors,
+              "gqtool: standard input: byte 0: no frame found\n");
 }
 
 TEST(GqtoolDecode, continuesAfterATextThatIsTooLongForItsSlot)

@@ -137,7 +137,7 @@ TEST_F(GqtoolMap, decodesTheRecordsOfFrames)
     outcome = run(decode + QStringList{"68 0d000000 0100 00 00 36 09000000 01 02000000 03000000 0000 16"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors.section('\n', 0, 0),
-              "gqtool: byte 10: in the records, byte 9: flag1 needs 1 byte, but only 0 bytes remain");
+              "gqtool: BYTES: byte 10: in the records, byte 9: flag1 needs 1 byte, but only 0 bytes remain");
     EXPECT_EQ(run({"decode", "--as", "boolData", "--map", path, "00"}).exitCode, 2);
 }
 

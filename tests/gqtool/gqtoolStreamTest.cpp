@@ -147,8 +147,9 @@ TEST(GqtoolStream, findsAFrameAfterAFalseStartInLittleMemory)
         const Outcome outcome =
             runProgram("sh", {"-c", "ulimit -v 160000; \"$0\" " + line + " \"$1\" | tail -c 1000", GQTOOL, bytes.path});
         EXPECT_EQ(outcome.errors,
-                  "gqtool: byte 0: length must be at most 4194304, got 1073741824; a client would wait for "
-                  "the rest\n");
+                  "gqtool: " + bytes.path +
+                      ": byte 0: length must be at most 4194304, got 1073741824; a client would wait for "
+                      "the rest\n");
         EXPECT_TRUE(outcome.output.contains(options[0] == '\0' ? "2a 00 00 00" : "\"form\": \"int\", \"content\": 42"))
             << outcome.output.toStdString();
         EXPECT_TRUE(options[0] != '\0' || outcome.output.endsWith("library: 0, [0] is longer than gqtool decodes\n"))
@@ -315,7 +316,7 @@ TEST(GqtoolCsv, replacesTheFileOnlyIfTheListIsWhole)
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: " + path +
                                   " is not written\n"
-                                  "gqtool: byte 33: [2].flag1 needs 1 byte, but only 0 bytes remain\n");
+                                  "gqtool: BYTES: byte 33: [2].flag1 needs 1 byte, but only 0 bytes remain\n");
     EXPECT_EQ(contentOf(path), table);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"table.csv"});
 }
@@ -331,7 +332,7 @@ TEST(GqtoolCsv, mentionsBytesAfterTheList)
 {
     const Outcome outcome = run({"decode", "--as", "boolDatas", "--csv", "-", boolDatas(2).toHex() + "0a0b"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.errors, "gqtool: byte 24: 2 bytes after the list are not in the table\n");
+    EXPECT_EQ(outcome.errors, "gqtool: BYTES: byte 24: 2 bytes after the list are not in the table\n");
 }
 
 TEST(GqtoolCsv, reportsWhatCannotBeWritten)

@@ -42,12 +42,13 @@ struct DecodeRun {
     const Form* form; // null for frames
     FrameSource source;
     size_t mostFaults;
+    QString inputName;
 };
 
-static void printFaults(const FaultList& faults)
+static void printFaults(const QString& inputName, const FaultList& faults)
 {
     for (const Fault& fault : faults.listed())
-        printError(QString("byte %1: %2").arg(fault.offset).arg(fault.text));
+        printError(QString("%1: byte %2: %3").arg(inputName).arg(fault.offset).arg(fault.text));
     if (faults.others() > 0)
         printError(moreErrorsText(faults.others()));
 }
@@ -69,9 +70,11 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
             output.rest(QByteArray(bytes.at(), size));
         bytes.skip(size);
     }
-    const QString error = bytes.isEnded()
-                              ? bytes.error()
-                              : QString("byte %1: more than %2 bytes after the record").arg(restStart).arg(largestRest);
+    const QString error = bytes.isEnded() ? bytes.error()
+                                          : QString("%1: byte %2: more than %3 bytes after the record")
+                                                .arg(run.inputName)
+                                                .arg(restStart)
+                                                .arg(largestRest);
     if (!error.isEmpty()) {
         printError(error);
         return exitFailed;
@@ -79,7 +82,7 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
     if (run.form != nullptr)
         callReader(*run.form, bytes, decoding);
     const bool isPrinted = output.finish(decoding);
-    printFaults(decoding.faults);
+    printFaults(run.inputName, decoding.faults);
     return isPrinted && decoding.faults.listed().empty() ? exitGood : exitFailed;
 }
 
@@ -156,7 +159,7 @@ int runDecode(const QStringList& arguments)
     OutputFile csvFile(csv.text());
     std::unique_ptr<DecodeOutput> output;
     if (csv.isSet())
-        output = std::make_unique<DecodeCsv>(*form, bytes, csvFile);
+        output = std::make_unique<DecodeCsv>(*form, bytes, input.source(), csvFile);
     else if (json.isSet())
         output = std::make_unique<DecodeJson>(as.text(), isFrames ? &source : nullptr, bytes,
                                               DecodeJson::Members{fields.isSet(), library.isSet()});
@@ -164,5 +167,5 @@ int runDecode(const QStringList& arguments)
         output = std::make_unique<DecodeTable>(bytes);
     if (csv.isSet() && !csvFile.open())
         return exitFailed;
-    return decode({form, source, static_cast<size_t>(maxErrors.number())}, *opened, bytes, *output);
+    return decode({form, source, static_cast<size_t>(maxErrors.number()), input.source()}, *opened, bytes, *output);
 }

@@ -4,6 +4,7 @@
 #include "shared/console.h"
 
 #include <charconv>
+#include <utility>
 
 static const size_t blockBytes = 1 << 16; // that are printed at a time
 
@@ -51,7 +52,8 @@ static void append(std::string& text, const JsonText& value)
 
 // --- Lines --------------------------------------------------------------------------------------------------------
 
-DecodeCsv::DecodeCsv(const Form& list, const ByteWindow& bytes, OutputFile& output) : input(bytes), file(output)
+DecodeCsv::DecodeCsv(const Form& list, const ByteWindow& bytes, QString name, OutputFile& output)
+    : input(bytes), inputName(std::move(name)), file(output)
 {
     for (const std::string& name : fieldNames(list)) {
         separate();
@@ -110,6 +112,9 @@ bool DecodeCsv::finish(const Decoding& decoding)
     const long long rest = input.size() - decoding.restOffset;
     const bool isWhole = decoding.faults.listed().empty();
     if (isWhole && rest > 0)
-        printError(QString("byte %1: %2 bytes after the list are not in the table").arg(decoding.restOffset).arg(rest));
+        printError(QString("%1: byte %2: %3 bytes after the list are not in the table")
+                       .arg(inputName)
+                       .arg(decoding.restOffset)
+                       .arg(rest));
     return isWhole ? file.end() : file.discard();
 }

@@ -7,7 +7,7 @@
 // Writes a list as a table: field names in the first line, then a line per item, quoted as in RFC 4180.
 class DecodeCsv : public DecodeOutput {
 public:
-    DecodeCsv(const Form& list, const ByteWindow& bytes, OutputFile& output);
+    DecodeCsv(const Form& list, const ByteWindow& bytes, QString inputName, OutputFile& output);
 
     void row(const DecodedRow&) override {}
     void begin(const char* name, char bracket) override;
@@ -22,6 +22,7 @@ private:
     void separate();
 
     const ByteWindow& input;
+    const QString inputName;
     OutputFile& file;
     std::string text; // complete lines, and the one of the item that is incomplete
     size_t linesEnd = 0;
