@@ -86,6 +86,19 @@ TEST(GqtoolStreams, nameTheProgramInMessages)
     EXPECT_EQ(outcome.errors, "gqload: cannot write to standard output: No space left on device\n");
 }
 
+TEST(Gqload, refusesWrongArguments)
+{
+    const Outcome number = runProgram(GQLOAD, {"--clients", "0", GQTOOL});
+    EXPECT_EQ(number.exitCode, 2);
+    EXPECT_TRUE(number.errors.startsWith("gqload: --clients must be an integer from 1 to 2147483647, got '0'\n"))
+        << number.errors.toStdString();
+    const Outcome option = runProgram(GQLOAD, {"--client", "1", GQTOOL});
+    EXPECT_EQ(option.exitCode, 2);
+    EXPECT_TRUE(option.errors.startsWith("gqload: unknown option '--client'; did you mean '--clients'?\n"))
+        << option.errors.toStdString();
+    EXPECT_TRUE(runProgram(GQLOAD, {}).errors.startsWith("gqload: GQTOOL is required\n"));
+}
+
 TEST(GqtoolStreams, reportThatStandardOutputIsClosed)
 {
     const Outcome outcome = runInShell("$gqtool sum 01 >&-");

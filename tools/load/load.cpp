@@ -2,13 +2,13 @@
 // every reply. The exit code is 0 only if each reply was right and the memory of neither side has grown. Run by
 // scripts/load.
 
+#include "gqtool/commandLine.h"
 #include "shared/console.h"
 #include "shared/processFigures.h"
 #include "shared/progress.h"
 #include "shared/stationProcess.h"
 #include "shared/stationProtocol.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 
 #include <unistd.h>
@@ -119,9 +119,9 @@ private:
 // --- The run ------------------------------------------------------------------------------------------------------
 
 struct Plan {
-    int clients = 200;
-    int seconds = 60;
-    int requests = INT_MAX; // of each client
+    int clients;
+    int seconds;
+    int requests; // of each client
 };
 
 struct Run {
@@ -205,41 +205,25 @@ static bool load(const Plan& plan, const StationProcess& station)
     return run.errors == 0 && run.requests > 0 && !own.hasGrown() && !stations.hasGrown();
 }
 
-static bool readCount(const QCommandLineParser& parser, const QCommandLineOption& option, int& value)
-{
-    if (!parser.isSet(option))
-        return true;
-    bool isNumber = false;
-    value = parser.value(option).toInt(&isNumber);
-    return isNumber && value > 0;
-}
-
 int main(int argc, char* argv[])
 {
     const QCoreApplication application(argc, argv);
-    QCommandLineParser parser;
-    parser.setApplicationDescription("Loads a simulated station with clients and checks every reply.");
-    const QCommandLineOption clients("clients", "run NUMBER clients at the same time (default: 200)", "NUMBER");
-    const QCommandLineOption seconds("seconds", "stop after NUMBER seconds (default: 60)", "NUMBER");
-    const QCommandLineOption requests("requests", "stop after NUMBER requests per client (default: no limit)",
-                                      "NUMBER");
-    parser.addOptions({clients, seconds, requests});
-    parser.addPositionalArgument("GQTOOL", "The program gqtool, to run the station.");
-    parser.addHelpOption();
-    parser.process(application);
-
-    Plan plan;
-    if (parser.positionalArguments().size() != 1 || !readCount(parser, clients, plan.clients) ||
-        !readCount(parser, seconds, plan.seconds) || !readCount(parser, requests, plan.requests)) {
-        printError("GQTOOL is required, and numbers must be at least 1; see --help");
-        return 2;
-    }
+    CommandLine line("Loads a simulated station with clients and checks every reply.");
+    const Option clients =
+        line.integer("clients", "run NUMBER clients at the same time (default: 200)", "NUMBER", 1, INT_MAX, 200);
+    const Option seconds = line.integer("seconds", "stop after NUMBER seconds (default: 60)", "NUMBER", 1, INT_MAX, 60);
+    const Option requests = line.integer("requests", "stop after NUMBER requests per client (default: no limit)",
+                                         "NUMBER", 1, INT_MAX, INT_MAX);
+    const Option tool = line.requiredArgument("GQTOOL", "the program gqtool, to run the station");
+    int exitCode = 0;
+    if (!line.parse(QCoreApplication::arguments(), exitCode))
+        return exitCode;
 
     takeStandardOutput(); // the library prints a line for each client
-    StationProcess station(parser.positionalArguments().constFirst(), {"--quiet"});
+    StationProcess station(tool.text(), {"--quiet"});
     if (!station.start(0)) {
         printError("the station did not start");
         return 1;
     }
-    return load(plan, station) ? 0 : 1;
+    return load({clients.number(), seconds.number(), requests.number()}, station) ? 0 : 1;
 }

@@ -2,12 +2,12 @@
 // that no reply is taken for the reply to another request. The exit code is 0 only if every value was right and neither
 // descriptors nor memory have grown. Run by scripts/soak.
 
+#include "gqtool/commandLine.h"
 #include "shared/console.h"
 #include "shared/processFigures.h"
 #include "shared/progress.h"
 #include "shared/stationProcess.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTemporaryFile>
 
@@ -15,6 +15,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <deque>
 #include <functional>
 #include <gqLibUnix.h>
@@ -160,28 +161,24 @@ static bool soak(double minutes, const StationProcess& station)
 int main(int argc, char* argv[])
 {
     const QCoreApplication application(argc, argv);
-    QCommandLineParser parser;
-    parser.setApplicationDescription("Runs returning clients against a simulated station with random faults.");
-    const QCommandLineOption seed("seed", "choose the faults from NUMBER (default: 1)", "NUMBER", "1");
-    parser.addOption(seed);
-    parser.addPositionalArgument("GQTOOL", "The program gqtool, to run the station.");
-    parser.addPositionalArgument("MINUTES", "How long.");
-    parser.addHelpOption();
-    parser.process(application);
+    CommandLine line("Runs returning clients against a simulated station with random faults.");
+    const Option seed = line.integer("seed", "choose the faults from NUMBER (default: 1)", "NUMBER", 0, INT_MAX, 1);
+    const Option tool = line.requiredArgument("GQTOOL", "the program gqtool, to run the station");
+    const Option duration = line.requiredArgument("MINUTES", "how long");
+    int exitCode = 0;
+    if (!line.parse(QCoreApplication::arguments(), exitCode))
+        return exitCode;
+    const double minutes = duration.text().toDouble();
+    if (minutes <= 0)
+        return usageError(QString("MINUTES must be a number above 0, got '%1'").arg(duration.text()));
 
-    const QStringList words = parser.positionalArguments();
-    const double minutes = words.size() == 2 ? words[1].toDouble() : 0;
-    if (minutes <= 0) {
-        printError("GQTOOL and a number of MINUTES are required; see --help");
-        return 2;
-    }
     takeStandardOutput(); // the library prints a line for each connect
     QTemporaryFile faults;
     if (!faults.open() || faults.write(script) < 0 || !faults.flush()) {
         printError("cannot write the script of faults: " + faults.errorString());
         return 1;
     }
-    StationProcess station(words[0], {"--quiet", "--udp", "--script", faults.fileName(), "--seed", parser.value(seed)});
+    StationProcess station(tool.text(), {"--quiet", "--udp", "--script", faults.fileName(), "--seed", seed.text()});
     if (!station.start(0)) {
         printError("the station did not start");
         return 1;
