@@ -70,11 +70,15 @@ TEST(CommandMap, namesTheLineAndWhatItExpected)
                   std::string("1: NAME must be a letter followed by letters, digits, '_', '.' or '-', got '") + name +
                       "'");
     EXPECT_EQ(errorOf("0x20 levels bytes ints"), "1: REQUEST must be -, int, intPair, ints or hex, got 'bytes'");
-    for (const char* reply : {"floats", "Int", "ints:wave", "bytes_wave", "-"})
+    EXPECT_EQ(errorOf("0x20 levels intpair ints"),
+              "1: REQUEST must be -, int, intPair, ints or hex, got 'intpair'; did you mean 'intPair'?");
+    EXPECT_EQ(errorOf("0x20 levels int Int"),
+              "1: REPLY must be int, ints, bytes, strings or bytes:FORM, got 'Int'; did you mean 'int'?");
+    for (const char* reply : {"floats", "ints:wave", "bytes_wave", "-"})
         EXPECT_EQ(errorOf(QByteArray("0x20 levels int ") + reply),
                   std::string("1: REPLY must be int, ints, bytes, strings or bytes:FORM, got '") + reply + "'");
     EXPECT_EQ(errorOf("0x20 levels int bytes:waves"),
-              "1: REPLY has no form 'waves'; gqtool decode --list prints the forms");
+              "1: REPLY has no form 'waves'; gqtool decode --list prints the forms; did you mean 'wave'?");
     EXPECT_EQ(errorOf("0x20 levels int bytes:"), "1: REPLY has no form ''; gqtool decode --list prints the forms");
 }
 

@@ -299,7 +299,7 @@ TEST(GqtoolScript, isRefusedWithLineAndReasonBeforeTheStationListens)
         {"command 0x35 silent", "a line must be 'greeting|reply|command COMMAND SELECTOR FAULT [VALUE]'"},
         {"reply every down 0", "down must be an integer from 1 to 2147483647, got '0'"},
         {"reply every lat 5", "FAULT must be one of late, split, pieces, together, wrong-end, silent, close-after, "
-                              "error, down, none, got 'lat'"},
+                              "error, down, none, got 'lat'; did you mean 'late'?"},
         {"reply every late", "late takes one VALUE"},
         {"reply every late 5 6", "late takes one VALUE"},
         {"reply every silent 5", "silent takes no VALUE"},

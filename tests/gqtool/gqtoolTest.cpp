@@ -1,6 +1,7 @@
 // gqtool as a program: command lines, what it prints, exit codes. Station and call meet on loopback.
 
 #include "support/gqtoolProgram.h"
+#include "support/inputFile.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -86,6 +87,48 @@ TEST(Gqtool, suggestsACommand)
     EXPECT_EQ(usageMessage({"call", "127.0.0.1:1", "setStat", "-5"}),
               "gqtool: unknown COMMAND 'setStat'; did you mean 'setState'?\n"
               "gqtool: see 'gqtool call --help'\n");
+}
+
+TEST(Gqtool, describesACommandForHelp)
+{
+    EXPECT_EQ(run({"help"}).output, run({"--help"}).output);
+    EXPECT_EQ(run({"help", "sum"}).output, run({"sum", "--help"}).output);
+    EXPECT_EQ(run({"help", "sum"}).exitCode, 0);
+    EXPECT_EQ(usageMessage({"help", "staton"}), "gqtool: unknown command 'staton'; did you mean 'station'?\n"
+                                                "gqtool: see 'gqtool --help'\n");
+}
+
+TEST(Gqtool, suggestsAValueOfAnOption)
+{
+    const struct {
+        QStringList arguments;
+        const char* end;
+    } cases[] = {
+        {{"decode", "--as", "pointRealData_", "00"}, "got 'pointRealData_'; did you mean 'pointRealData'?\n"},
+        {{"decode", "--as", "frame", "00"}, "got 'frame'; did you mean 'frames'?\n"},
+        {{"decode", "--as", "frames", "--payload", "string", "00"}, "got 'string'; did you mean 'strings'?\n"},
+        {{"call", "127.0.0.1:1", "--command", "1", "--reply", "byte"}, "got 'byte'; did you mean 'bytes'?\n"},
+        {{"sum", "--check", "crc-high", "00"}, "got 'crc-high'\n"},
+        {{"sum", "--check", "crc-highfirst", "00"}, "got 'crc-highfirst'; did you mean 'crc-high-first'?\n"},
+        {{"decode", "--as", "boolData", "--encoding", "GBKK", "00"}, "got 'GBKK'; did you mean 'GBK'?\n"},
+        {{"time", "1", "--zone", "Asia/Shangai"}, "got 'Asia/Shangai'; did you mean 'Asia/Shanghai'?\n"},
+    };
+    for (const auto& example : cases) {
+        const std::string message = usageMessage(example.arguments);
+        EXPECT_NE(message.find(example.end), std::string::npos) << message;
+    }
+}
+
+TEST(Gqtool, suggestsAFormInAFile)
+{
+    const InputFile json(R"({"as": "boolDat", "value": {}})");
+    EXPECT_EQ(run({"encode", json.path}).errors,
+              "gqtool: " + json.path +
+                  ": as must be a form of 'gqtool decode --list', got \"boolDat\"; did you mean 'boolData'?\n");
+    const InputFile commands(R"({"commands": [{"command": 64, "reply": {"as": "boolDat", "value": {}}}]})");
+    EXPECT_TRUE(run({"station", "--commands", commands.path}).errors.contains("; did you mean 'boolData'?\n"));
+    const InputFile script("reply every silend\n");
+    EXPECT_TRUE(run({"station", "--script", script.path}).errors.contains("; did you mean 'silent'?\n"));
 }
 
 TEST(Gqtool, suggestsAnOption)

@@ -176,7 +176,8 @@ public:
         request.arg1 = static_cast<unsigned char>(arg1.number());
         request.arg2 = static_cast<unsigned char>(arg2.number());
         if (!readForm(reply.text(), request.form)) {
-            error = QString("--reply must be int, ints, bytes or strings, got '%1'").arg(reply.text());
+            error = QString("--reply must be int, ints, bytes or strings, got '%1'").arg(reply.text()) +
+                    didYouMean(closestName(reply.text(), {"int", "ints", "bytes", "strings"}));
             return false;
         }
         if (hex.isSet() && !words.isEmpty()) {

@@ -1,3 +1,4 @@
+#include "closestName.h"
 #include "command.h"
 #include "commandLine.h"
 #include "decode/decodeCsv.h"
@@ -137,11 +138,13 @@ int runDecode(const QStringList& arguments)
     const FrameSource source{udp.isSet(), request.isSet(), payload.text(), map.isSet() ? &commands : nullptr};
     const QStringList kinds = {"int", "ints", "bytes", "strings"};
     if (payload.isSet() && !kinds.contains(source.form))
-        return usageError(QString("--payload must be one of %1, got '%2'").arg(kinds.join(", "), source.form));
+        return usageError(QString("--payload must be one of %1, got '%2'").arg(kinds.join(", "), source.form) +
+                          didYouMean(closestName(source.form, kinds)));
     if (!isFrames && (source.isUdp || source.isRequest || payload.isSet() || map.isSet()))
         return usageError("--udp, --request, --payload and --map require --as frames");
     if (form == nullptr && !isFrames)
-        return usageError(QString("--as must be a form of --list, got '%1'").arg(as.text()));
+        return usageError(QString("--as must be a form of --list, got '%1'").arg(as.text()) +
+                          didYouMean(closestName(as.text(), formNames() + QStringList{"frames"})));
     if (csv.isSet() && (isFrames || !isList(*form)))
         return usageError(QString("--csv requires a list, and --as %1 is none").arg(as.text()));
     if (!encoding.apply())

@@ -1,11 +1,13 @@
 #include "encodingOption.h"
 
+#include "closestName.h"
 #include "gqtool/records/textEncoding.h"
 
 bool EncodingOption::apply() const
 {
     if (setTextEncoding(option.text()))
         return true;
-    usageError(QString("--encoding must be an encoding that Qt knows, such as GBK, got '%1'").arg(option.text()));
+    usageError(QString("--encoding must be an encoding that Qt knows, such as GBK, got '%1'").arg(option.text()) +
+               didYouMean(closestName(option.text(), textEncodings())));
     return false;
 }

@@ -88,6 +88,9 @@ int main(int argc, char* argv[])
         for (int i = 1; i < argc; ++i)
             arguments.append(QString::fromLocal8Bit(argv[i]));
 
+        if (arguments.value(0) == "help") // 'help COMMAND' is 'COMMAND --help'
+            arguments = arguments.mid(1, 1) + QStringList{"--help"};
+
         // Help texts and usage messages name the program by tool and command.
         QByteArray name = "gqtool";
         if (!arguments.isEmpty())

@@ -1,3 +1,4 @@
+#include "closestName.h"
 #include "command.h"
 #include "commandLine.h"
 #include "input.h"
@@ -115,7 +116,8 @@ int runSum(const QStringList& arguments)
             wanted = &tail;
     }
     if (checked.isSet() && wanted == nullptr)
-        return usageError(QString("--check must be crc, crc-high-first or sum, got '%1'").arg(checked.text()));
+        return usageError(QString("--check must be crc, crc-high-first or sum, got '%1'").arg(checked.text()) +
+                          didYouMean(closestName(checked.text(), {"crc", "crc-high-first", "sum"})));
     QByteArray bytes;
     if (!input.read(bytes, exitCode))
         return exitCode;

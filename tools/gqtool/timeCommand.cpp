@@ -1,3 +1,4 @@
+#include "closestName.h"
 #include "command.h"
 #include "commandLine.h"
 #include "shared/console.h"
@@ -196,8 +197,13 @@ int runTime(const QStringList& arguments)
         return usageError(QString("CODE must be a 4-byte integer, got '%1'").arg(code.text()));
     if (zone.isSet()) {
         const QByteArray name = zone.text().toLocal8Bit();
-        if (!QTimeZone::isTimeZoneIdAvailable(name))
-            return usageError(QString("--zone must be a known time zone, got '%1'").arg(zone.text()));
+        if (!QTimeZone::isTimeZoneIdAvailable(name)) {
+            QStringList names;
+            for (const QByteArray& known : QTimeZone::availableTimeZoneIds())
+                names.append(known);
+            return usageError(QString("--zone must be a known time zone, got '%1'").arg(zone.text()) +
+                              didYouMean(closestName(zone.text(), names)));
+        }
         qputenv("TZ", name);
         tzset();
     }

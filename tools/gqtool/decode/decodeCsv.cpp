@@ -52,8 +52,8 @@ static void append(std::string& text, const JsonText& value)
 
 // --- Lines --------------------------------------------------------------------------------------------------------
 
-DecodeCsv::DecodeCsv(const Form& list, const ByteWindow& bytes, QString name, OutputFile& output)
-    : input(bytes), inputName(std::move(name)), file(output)
+DecodeCsv::DecodeCsv(const Form& list, const ByteWindow& bytes, QString source, OutputFile& output)
+    : input(bytes), inputName(std::move(source)), file(output)
 {
     for (const std::string& name : fieldNames(list)) {
         separate();

@@ -1,5 +1,6 @@
 #include "documentEncoder.h"
 
+#include "gqtool/closestName.h"
 #include "gqtool/frames/frameCodec.h"
 #include "gqtool/records/recordJson.h"
 
@@ -39,6 +40,13 @@ void DocumentEncoder::member(const std::string& name, const Json& value)
         encodeValue(value);
 }
 
+static QString closestForm(const Json& name)
+{
+    return name.is_string() ? didYouMean(closestName(QString::fromStdString(name.get<std::string>()),
+                                                     formNames() + QStringList{"frames"}))
+                            : QString();
+}
+
 void DocumentEncoder::setForm(const Json& name)
 {
     isFrames = name == "frames";
@@ -47,7 +55,7 @@ void DocumentEncoder::setForm(const Json& name)
     if (form != nullptr)
         content = form->make();
     else if (!isFrames)
-        fail({"as must be a form of 'gqtool decode --list'" + gotText(name)});
+        fail({"as must be a form of 'gqtool decode --list'" + gotText(name) + closestForm(name)});
     if (seen.contains("value"))
         encodeValue(early);
 }

@@ -1,5 +1,6 @@
 #include "commandMap.h"
 
+#include "gqtool/closestName.h"
 #include "gqtool/records/recordFields.h"
 
 #include <QFile>
@@ -43,8 +44,10 @@ static QString readName(const QString& word, MappedCommand& command)
 
 static QString readRequest(const QString& word, MappedCommand& command)
 {
-    if (!QStringList({"-", "int", "intPair", "ints", "hex"}).contains(word))
-        return QString("REQUEST must be -, int, intPair, ints or hex, got '%1'").arg(word);
+    const QStringList kinds = {"-", "int", "intPair", "ints", "hex"};
+    if (!kinds.contains(word))
+        return QString("REQUEST must be -, int, intPair, ints or hex, got '%1'").arg(word) +
+               didYouMean(closestName(word, kinds));
     command.request = word;
     return {};
 }
@@ -53,13 +56,17 @@ static QString readReply(const QString& word, MappedCommand& command)
 {
     const QString records = "bytes:";
     command.reply = word.startsWith(records) ? QString("bytes") : word;
-    if (!QStringList({"int", "ints", "bytes", "strings"}).contains(command.reply))
-        return QString("REPLY must be int, ints, bytes, strings or bytes:FORM, got '%1'").arg(word);
+    const QStringList kinds = {"int", "ints", "bytes", "strings"};
+    if (!kinds.contains(command.reply))
+        return QString("REPLY must be int, ints, bytes, strings or bytes:FORM, got '%1'").arg(word) +
+               didYouMean(closestName(word, kinds));
     if (!word.startsWith(records))
         return {};
-    command.records = findForm(word.mid(records.size()));
+    const QString form = word.mid(records.size());
+    command.records = findForm(form);
     if (command.records == nullptr)
-        return QString("REPLY has no form '%1'; gqtool decode --list prints the forms").arg(word.mid(records.size()));
+        return QString("REPLY has no form '%1'; gqtool decode --list prints the forms").arg(form) +
+               didYouMean(closestName(form, formNames()));
     return {};
 }
 

@@ -490,6 +490,14 @@ const std::vector<Form>& recordForms()
     return forms;
 }
 
+QStringList formNames()
+{
+    QStringList names;
+    for (const Form& form : recordForms())
+        names.append(form.name);
+    return names;
+}
+
 const Form* findForm(const QString& name)
 {
     for (const Form& form : recordForms()) {

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <string>
@@ -134,6 +135,7 @@ struct Form {
 
 const std::vector<Form>& recordForms();
 const Form* findForm(const QString& name);
+QStringList formNames();
 bool isList(const Form& form);
 
 // Append a list in the form that the library reads: without switch0, without flag1.

@@ -14,6 +14,14 @@ bool setTextEncoding(const QString& name)
     return found != nullptr;
 }
 
+QStringList textEncodings()
+{
+    QStringList names;
+    for (const QByteArray& name : QTextCodec::availableCodecs())
+        names.append(name);
+    return names;
+}
+
 static bool convert(const QByteArray& bytes, QString& text)
 {
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);

@@ -2,11 +2,16 @@
 
 #include "jsonText.h"
 
+#include <QStringList>
+
 // The encoding of the texts in database records, which the library passes on byte for byte. One encoding applies to
 // the whole program: UTF-8 unless set. Texts of front-end records are always UTF-8, as the library converts them.
 
 // Returns false if Qt does not know an encoding of that name.
 bool setTextEncoding(const QString& name);
+
+// Returns the names of all encodings that Qt knows.
+QStringList textEncodings();
 
 // A text of a record as a value: a text, or {"hex": ...} if the bytes are not text in the encoding. Valid as long as
 // the bytes.

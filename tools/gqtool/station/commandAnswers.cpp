@@ -1,5 +1,6 @@
 #include "commandAnswers.h"
 
+#include "gqtool/closestName.h"
 #include "gqtool/dump/hexReader.h"
 #include "gqtool/input.h"
 #include "gqtool/records/jsonText.h"
@@ -168,7 +169,8 @@ QByteArray CommandFileReader::readRecord(const QJsonObject& object, const QStrin
 {
     const Form* form = findForm(object["as"].toString());
     if (form == nullptr) {
-        fail(place + ".as", " must be a form of 'gqtool decode --list'" + gotText(object["as"]));
+        fail(place + ".as", " must be a form of 'gqtool decode --list'" + gotText(object["as"]) +
+                                didYouMean(closestName(object["as"].toString(), formNames())));
         return {};
     }
     if (!object.contains("value")) {

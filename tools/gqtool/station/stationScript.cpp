@@ -1,5 +1,6 @@
 #include "stationScript.h"
 
+#include "gqtool/closestName.h"
 #include "gqtool/commandLine.h"
 
 #include <QFile>
@@ -83,7 +84,8 @@ bool StationScript::readFault(const QStringList& words, Step& step, QString& err
         QStringList names;
         for (const FaultWord& word : faultWords)
             names.append(word.name);
-        error = QString("FAULT must be one of %1, got '%2'").arg(names.join(", "), words[0]);
+        error = QString("FAULT must be one of %1, got '%2'").arg(names.join(", "), words[0]) +
+                didYouMean(closestName(words[0], names));
         return false;
     }
     const FaultWord& fault = *step.fault;
