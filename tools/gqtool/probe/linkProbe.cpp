@@ -252,7 +252,7 @@ bool LinkProbe::askSystemTime()
     ByteVerdict verdict;
     if (!ask(CSocketAPI::systemTimeCommand, verdict))
         return false;
-    stage.detail += ", " + QDateTime::fromSecsSinceEpoch(verdict.value, Qt::UTC).toString(Qt::ISODate);
+    stage.detail += ", " + QDateTime::fromSecsSinceEpoch(verdict.value).toUTC().toString(Qt::ISODate);
     return true;
 }
 

@@ -49,7 +49,7 @@ static long long microsecondsNow()
 // 2026-11-21T15:33:54.123456Z
 static QString isoTime(long long microseconds)
 {
-    return QDateTime::fromMSecsSinceEpoch(microseconds / 1000, Qt::UTC).toString("yyyy-MM-ddThh:mm:ss.zzz") +
+    return QDateTime::fromMSecsSinceEpoch(microseconds / 1000).toUTC().toString("yyyy-MM-ddThh:mm:ss.zzz") +
            QString("%1Z").arg(microseconds % 1000, 3, 10, QChar('0'));
 }
 
