@@ -22,8 +22,12 @@ namespace gqdb {
 //
 // Values are little-endian and packed. Offsets below are bytes from the start of a record. S1 is the encoded size of
 // text1, 2 plus the length of its UTF-8 form, S2 that of text2, and so on. A list is a count (4 bytes) and the items,
-// without gaps. If a count asks for more elements than memory holds, the vector's allocation fails and the exception
-// passes through.
+// without gaps.
+//
+// A failed allocation is passed on to the caller, also that of a list whose count asks for more elements than memory
+// holds. An array that was written to then keeps its previous bytes, possibly followed by bytes to discard. A record
+// keeps the fields read so far. A list that is appended to keeps its old elements; the new ones are missing, read, or
+// read in part.
 class GQLIB_EXPORT CByte2Fep : public CByte2Val {
 public:
     CByte2Fep();

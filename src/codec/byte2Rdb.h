@@ -13,8 +13,12 @@ namespace gqdb {
 //            the fields read so far keep their new values
 //
 // Values are little-endian and packed. Offsets below are bytes from the start of a record. S1 is the encoded size of
-// text1, 2 plus its length, S2 that of text2, and so on. A list is a count (4 bytes) and the items, without gaps. If a
-// count asks for more elements than memory holds, the vector's allocation fails and the exception passes through.
+// text1, 2 plus its length, S2 that of text2, and so on. A list is a count (4 bytes) and the items, without gaps.
+//
+// A failed allocation is passed on to the caller, also that of a list whose count asks for more elements than memory
+// holds. An array that was written to then keeps its previous bytes, possibly followed by bytes to discard. A record
+// keeps the fields read so far. A list that is appended to keeps its old elements; the new ones are missing, read, or
+// read in part.
 //
 // Result codes differ between the families; docs/guide/records.md compares them.
 class GQLIB_EXPORT CByte2Rdb : public CByte2Val {
@@ -282,7 +286,7 @@ public:
     //   0  fewer than 96 bytes: nothing changed
     //   0  the marks do not fit: `head` overwritten. If there are marks, the reader needs 96 bytes of samples after
     //      them: it refuses a wave with marks and fewer samples, although wave2Byte writes it
-    //   0  zlib refuses the stream, or it unpacks to more than waveBlockSize bytes, which wave2Byte does not check:
+    //   0  zlib refuses the stream or lacks memory, or it unpacks to more than waveBlockSize bytes, which wave2Byte does not check:
     //      `head` and `marks` overwritten
     static int byte2Wave(const std::vector<unsigned char>& stored, unsigned char* workBuffer, BlobWaveHead& head,
                          std::vector<float>& samples, std::vector<int>& marks);

@@ -20,6 +20,9 @@ namespace gqdb {
 //            and without advancing the pointer: the caller provides the room
 //   readers  take the first byte of the value and check nothing: the caller has made sure that the bytes are there
 //
+// A failed allocation is passed on to the caller. An array that was written to then keeps its previous bytes, possibly
+// followed by bytes to discard; what was to be read into is unchanged.
+//
 // All operations are static and stateless: any thread may call them on distinct targets.
 class GQLIB_EXPORT CByte2Val {
 public:

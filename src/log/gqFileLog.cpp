@@ -56,25 +56,45 @@ bool CGqFileLog::save()
 
 // --- File ---------------------------------------------------------------------------------------------------------
 
+// Closes a file that is opened in a scope at its end, also after a failed allocation: a file that stays open cannot be
+// opened again.
+class FileCloser {
+public:
+    explicit FileCloser(QFile& fileToOpen) : file(fileToOpen), wasOpen(fileToOpen.isOpen()) {}
+    ~FileCloser()
+    {
+        if (!wasOpen)
+            file.close();
+    }
+    FileCloser(const FileCloser&) = delete;
+    FileCloser& operator=(const FileCloser&) = delete;
+
+private:
+    QFile& file;
+    bool wasOpen;
+};
+
 bool CGqFileLog::saveDatas(const QList<LogData>& batch)
 {
     if (batch.isEmpty())
         return true;
-    if (!file.open(QIODevice::Append | QIODevice::Text))
-        return false;
-    TimePrefix prefix;
-    QByteArray line;
-    line.reserve(120); // so that resize(0) keeps the memory: without it a save takes 1.5 times as long
-    for (const LogData& record : batch) {
-        ++savedCount;
-        line.resize(0);
-        if (withTime)
-            prefix.append(record.seconds, record.milliseconds, line);
-        line += record.text.toUtf8();
-        line += '\n';
-        file.write(line.constData()); // up to a NUL
+    {
+        const FileCloser closer(file);
+        if (!file.open(QIODevice::Append | QIODevice::Text))
+            return false;
+        TimePrefix prefix;
+        QByteArray line;
+        line.reserve(120); // so that resize(0) keeps the memory: without it a save takes 1.5 times as long
+        for (const LogData& record : batch) {
+            ++savedCount;
+            line.resize(0);
+            if (withTime)
+                prefix.append(record.seconds, record.milliseconds, line);
+            line += record.text.toUtf8();
+            line += '\n';
+            file.write(line.constData()); // up to a NUL
+        }
     }
-    file.close();
     if (savedCount < fullFile)
         return true;
     const QString aside = file.fileName() + ".bak";

@@ -22,6 +22,10 @@
 // the order of their info() calls, but two concurrent save() calls may write in either order. init(), clear() and
 // saveDatas() take no lock: do not call them during save() or each other.
 //
+// A failed allocation is passed on to the caller. init() then keeps the former file, and info() queues nothing. save()
+// and saveDatas() close the file and lose the records that they have not written; if this happens while the file is
+// renamed, the next call tries again.
+//
 // The destructor discards queued records: call save() first.
 class GQLIB_EXPORT CGqFileLog {
 public:

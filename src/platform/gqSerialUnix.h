@@ -22,7 +22,7 @@ public:
 
     // Opens /dev/ttyS<portNumber> and sets its parameters; errors of setting them are not reported. Returns 1, or 0 if
     // it could not be opened or is not a terminal. If a descriptor is open, returns 1 without effect. Prints to
-    // qDebug().
+    // qDebug(), where Qt can end the program if memory is exhausted.
     int open(int portNumber, int baud, int dataBits, int stopBits, int parity, int flowControl);
 
     // Sets the parameters of an open line and discards queued bytes in both directions. Returns 1, or 0 if there is no

@@ -9,7 +9,10 @@
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // a virtual destructor would add slots to the vtables
 
 // Network endpoints over the POSIX socket calls, IPv4 only. No call is repeated, not even after EINTR: each wait and
-// each transfer is one blocking call. errno is left as the failed call set it. Only a failed allocation throws.
+// each transfer is one blocking call. errno is left as the failed call set it.
+//
+// Only a failed allocation throws. It leaves no descriptor open that the object does not close, and outputs unchanged.
+// If it happens while Qt prints a message to qDebug(), Qt can end the program.
 //
 // Times are in milliseconds, ports in host byte order. Addresses are dotted IPv4 text as inet_addr(3) accepts it; names
 // are not resolved. Other text means 255.255.255.255: connecting fails (except for a CUdpClient that may send

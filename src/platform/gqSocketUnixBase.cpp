@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <iostream>
 
 using namespace endpoint;
@@ -22,8 +23,9 @@ int CAbstractSocket::setRecvOverTm(int ms)
     const timeval time = toTimeval(ms);
     const int result = setsockopt(*handle, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
     const int error = errno;
-    const std::string line = "setRecvOverTm:" + std::to_string(result) + ", " + std::to_string(ms) + "\n";
-    std::cout.write(line.data(), static_cast<std::streamsize>(line.size())).flush(); // ignores its flags
+    char line[48]; // on the stack, as a constructor that calls this could not free its socket
+    const int size = std::snprintf(line, sizeof line, "setRecvOverTm:%d, %d\n", result, ms);
+    std::cout.write(line, size).flush(); // ignores its flags
     errno = error;
     return 1;
 }

@@ -2,8 +2,11 @@
 
 #include <arpa/inet.h>
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdint>
+#include <utility>
 
 namespace endpoint {
 
@@ -121,3 +124,16 @@ int selectOne(int descriptor, int ms, int& readable, int& writable, int& excepti
 }
 
 } // namespace endpoint
+
+// --- CHeldDescriptor ----------------------------------------------------------------------------------------------
+
+CHeldDescriptor::~CHeldDescriptor()
+{
+    if (descriptor >= 0)
+        ::close(descriptor);
+}
+
+int CHeldDescriptor::release()
+{
+    return std::exchange(descriptor, -1);
+}

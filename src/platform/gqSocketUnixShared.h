@@ -34,6 +34,20 @@ int selectOne(int descriptor, int ms, int& readable, int& writable, int& excepti
 
 } // namespace endpoint
 
+// A descriptor that is closed with the object unless released, so that a failed allocation does not leave it open.
+class CHeldDescriptor {
+public:
+    explicit CHeldDescriptor(int held) : descriptor(held) {}
+    ~CHeldDescriptor();
+    CHeldDescriptor(const CHeldDescriptor&) = delete;
+    CHeldDescriptor& operator=(const CHeldDescriptor&) = delete;
+
+    int release();
+
+private:
+    int descriptor; // -1 after releasing
+};
+
 // Descriptors for select(2), with room for any number: an fd_set ends at 1023, and hardened builds abort on -1. Up to
 // 1023 nothing is allocated. A negative descriptor gets a spare bit after those that select(2) examines, so that it
 // stays set.

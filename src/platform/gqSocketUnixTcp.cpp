@@ -137,9 +137,10 @@ CTcpSocket* CTcpServer::accept()
     const int descriptor = ::accept(*handle, reinterpret_cast<sockaddr*>(&peer), &length);
     if (descriptor < 0)
         return nullptr;
+    CHeldDescriptor accepted(descriptor);
     CTcpSocket* connection = new CTcpSocket;
     // The socket that its constructor opened is deliberately not closed: each connection uses two descriptors.
-    connection->setSocket({descriptor});
+    connection->setSocket({accepted.release()});
     return connection;
 }
 

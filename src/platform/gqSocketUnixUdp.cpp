@@ -83,6 +83,8 @@ int CUdpServer::openMulticast(const std::string& group, int localPort, const std
 {
     if (group.empty())
         return -1;
+    std::string joinedGroup = group; // copied while no socket can be left open
+    std::string joinedInterface = interfaceAddress;
     if (!makeDatagramSocket(*handle))
         return -2;
     if (setOption(*handle, SO_REUSEADDR, 1) != 0) {
@@ -100,8 +102,8 @@ int CUdpServer::openMulticast(const std::string& group, int localPort, const std
         ::close(*handle);
         return -5;
     }
-    multicastGroup = group;
-    multicastInterface = interfaceAddress;
+    multicastGroup.swap(joinedGroup);
+    multicastInterface.swap(joinedInterface);
     multicastJoined = true;
     opened = true;
     return 1;
@@ -182,6 +184,17 @@ int CUdpClient::openBroadcast()
     return 1;
 }
 
+// Prints errno and leaves it as it was.
+static void printAndClose(const char* text, int descriptor)
+{
+    const int error = errno;
+    {
+        const CHeldDescriptor closed(descriptor);
+        qDebug() << text << error;
+    }
+    errno = error;
+}
+
 int CUdpClient::openMulticast(const std::string& interfaceAddress)
 {
     if (!makeDatagramSocket(*handle))
@@ -189,19 +202,13 @@ int CUdpClient::openMulticast(const std::string& interfaceAddress)
     if (!interfaceAddress.empty()) {
         const in_addr_t interface = inet_addr(interfaceAddress.c_str());
         if (setsockopt(*handle, IPPROTO_IP, IP_MULTICAST_IF, &interface, sizeof interface) < 0) {
-            const int error = errno;
-            qDebug() << "2, error:" << error;
-            ::close(*handle);
-            errno = error;
+            printAndClose("2, error:", *handle);
             return -2;
         }
     }
     const char off = 0;
     if (setsockopt(*handle, IPPROTO_IP, IP_MULTICAST_LOOP, &off, sizeof off) != 0) {
-        const int error = errno;
-        qDebug() << "3, error:" << error;
-        ::close(*handle);
-        errno = error;
+        printAndClose("3, error:", *handle);
         return -3;
     }
     opened = true;

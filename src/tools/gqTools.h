@@ -10,7 +10,7 @@
 // Calendar fields are those of the local time zone of the process (environment variable TZ, see tzset(3)). Both
 // operations are static and may be called from any thread while none changes TZ. They keep no state, but the C library
 // does: for a clock time that occurs twice, local time conversions in other threads can make calcRelTime return the
-// other of the two moments.
+// other of the two moments. A failed allocation is passed on to the caller.
 class GQLIB_EXPORT CGqTools {
 public:
     // Returns the moment of a code relative to a base moment. Both are seconds since 1970-01-01 00:00 UTC as 32
