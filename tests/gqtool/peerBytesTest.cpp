@@ -124,7 +124,7 @@ TEST(JudgeBytes, showsForeignBytesAsText)
 {
     EXPECT_EQ(visibleText("a\"b\r\n\t\x01\xff").toStdString(), "\"a\"b\\r\\n\\t..\"");
     EXPECT_EQ(visibleText(QByteArray(65, 'x')).toStdString(), '"' + std::string(64, 'x') + "\"...");
-    EXPECT_TRUE(judgeBytes("220 mail\r\n", AwaitedBytes::greeting).detail.contains("\"220 mail\\r\\n\""));
+    EXPECT_TRUE(judgeBytes("220 mail\r\n", AwaitedBytes::greeting).detail.english().contains("\"220 mail\\r\\n\""));
 }
 
 // Bytes of which frames and signatures are made, at random.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QStringList>
 
 #include <gtest/gtest.h>
@@ -18,9 +19,19 @@ struct Outcome {
     QString errors;
 };
 
-inline Outcome runProgram(const QString& program, const QStringList& arguments)
+// The environment of programs: messages are compared in English.
+inline QProcessEnvironment englishEnvironment()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LC_ALL", "C");
+    return environment;
+}
+
+inline Outcome runProgram(const QString& program, const QStringList& arguments,
+                          const QProcessEnvironment& environment = englishEnvironment())
 {
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.start(program, arguments);
     if (!process.waitForFinished(waitMs))
         return {-1, QString(), "did not end"};
@@ -37,6 +48,7 @@ class RunningProgram {
 public:
     RunningProgram(const QString& program, const QStringList& arguments)
     {
+        process.setProcessEnvironment(englishEnvironment());
         process.start(program, arguments);
         process.waitForStarted(waitMs); // there is nothing to end before
     }

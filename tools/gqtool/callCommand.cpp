@@ -9,6 +9,7 @@
 #include "gqtool/dump/hexReader.h"
 #include "shared/console.h"
 #include "shared/stationProtocol.h"
+#include "shared/text.h"
 
 #include <QDateTime>
 
@@ -26,15 +27,17 @@ struct CallCommand {
 };
 
 static const CallCommand commands[] = {
-    {"systemState", "", "get the station's state", CSocketAPI::systemStateCommand, replyInt},
-    {"systemTime", "", "get its clock, in seconds since 1970", CSocketAPI::systemTimeCommand, replyInt},
-    {"clear", "", "reset it", CSocketAPI::clearCommand, replyInt},
-    {"setTime", "FIRST SECOND", "set its clock to FIRST; SECOND is not used", CSocketAPI::setTimeCommand, replyInt},
-    {"setState", "VALUE", "set its state", CSocketAPI::setStateCommand, replyInt},
-    {"ints", "COUNT", "get integers, one per line", commandInts, replyInts},
-    {"bytes", "COUNT", "get bytes, in hexadecimal", commandBytes, replyBytes},
-    {"strings", "COUNT", "get texts, one per line", commandStrings, replyStrings},
-    {"error", "CODE", "get an error frame", commandError, replyInt},
+    {"systemState", "", QT_TRANSLATE_NOOP("Text", "get the station's state"), CSocketAPI::systemStateCommand, replyInt},
+    {"systemTime", "", QT_TRANSLATE_NOOP("Text", "get its clock, in seconds since 1970"), CSocketAPI::systemTimeCommand,
+     replyInt},
+    {"clear", "", QT_TRANSLATE_NOOP("Text", "reset it"), CSocketAPI::clearCommand, replyInt},
+    {"setTime", "FIRST SECOND", QT_TRANSLATE_NOOP("Text", "set its clock to FIRST; SECOND is not used"),
+     CSocketAPI::setTimeCommand, replyInt},
+    {"setState", "VALUE", QT_TRANSLATE_NOOP("Text", "set its state"), CSocketAPI::setStateCommand, replyInt},
+    {"ints", "COUNT", QT_TRANSLATE_NOOP("Text", "get integers, one per line"), commandInts, replyInts},
+    {"bytes", "COUNT", QT_TRANSLATE_NOOP("Text", "get bytes, in hexadecimal"), commandBytes, replyBytes},
+    {"strings", "COUNT", QT_TRANSLATE_NOOP("Text", "get texts, one per line"), commandStrings, replyStrings},
+    {"error", "CODE", QT_TRANSLATE_NOOP("Text", "get an error frame"), commandError, replyInt},
 };
 
 struct FormName {
@@ -44,17 +47,17 @@ struct FormName {
 };
 
 static const FormName forms[] = {
-    {"int", "an integer", replyInt},
-    {"ints", "a list of integers", replyInts},
-    {"bytes", "a list of bytes", replyBytes},
-    {"strings", "a list of texts", replyStrings},
+    {"int", QT_TRANSLATE_NOOP("Text", "an integer"), replyInt},
+    {"ints", QT_TRANSLATE_NOOP("Text", "a list of integers"), replyInts},
+    {"bytes", QT_TRANSLATE_NOOP("Text", "a list of bytes"), replyBytes},
+    {"strings", QT_TRANSLATE_NOOP("Text", "a list of texts"), replyStrings},
 };
 
 static QString formList()
 {
     QString text;
     for (const FormName& form : forms)
-        text += QString("  %1  %2\n").arg(form.name, -7).arg(form.meaning);
+        text += QString("  %1  %2\n").arg(form.name, -7).arg(Text::tr(form.meaning));
     return text;
 }
 
@@ -73,8 +76,9 @@ static QString commandList()
 {
     QString text;
     for (const CallCommand& command : commands)
-        text +=
-            QString("  %1  %2\n").arg(QString("%1 %2").arg(command.name, command.arguments), -22).arg(command.meaning);
+        text += QString("  %1  %2\n")
+                    .arg(QString("%1 %2").arg(command.name, command.arguments), -22)
+                    .arg(Text::tr(command.meaning));
     return text;
 }
 
@@ -94,7 +98,7 @@ static QString unknownCommand(const QString& name, const CommandMap& map)
         names.append(command.name);
     for (const CallCommand& command : commands)
         names.append(command.name);
-    return QString("unknown COMMAND '%1'").arg(name) + didYouMean(closestName(name, names));
+    return Text::tr("unknown COMMAND '%1'").arg(name) + didYouMean(closestName(name, names));
 }
 
 // Makes the request of one of the commands above; `words` are its integers. Returns false and the reason in `error`.
@@ -103,8 +107,8 @@ static bool readNamed(const CallCommand* command, const QStringList& words, bool
 {
     const QStringList names = QString(command->arguments).split(' ', Qt::SkipEmptyParts);
     if (words.size() != names.size()) {
-        error = names.isEmpty() ? QString("%1 takes no arguments").arg(command->name)
-                                : QString("%1 requires %2").arg(command->name, command->arguments);
+        error = names.isEmpty() ? Text::tr("%1 takes no arguments").arg(command->name)
+                                : Text::tr("%1 requires %2").arg(command->name, command->arguments);
         return false;
     }
     std::vector<int> values;
@@ -137,7 +141,7 @@ static const MappedCommand* findMapped(const CommandMap& map, const QString& wor
 static bool readCommand(const QStringList& words, const CommandMap& map, bool byUdp, CallRun& run, QString& error)
 {
     if (words.isEmpty()) {
-        error = "COMMAND is required";
+        error = Text::tr("COMMAND is required");
         return false;
     }
     run.name = words[0];
@@ -158,11 +162,11 @@ static bool readCommand(const QStringList& words, const CommandMap& map, bool by
 class RawRequest {
 public:
     explicit RawRequest(CommandLine& line)
-        : command(line.integer("command", "send command NUMBER instead of COMMAND", "NUMBER", 0, 255)),
-          arg1(line.integer("arg1", "send NUMBER as arg1 of the header (default: 0)", "NUMBER", 0, 255)),
-          arg2(line.integer("arg2", "send NUMBER as arg2 of the header (default: 0)", "NUMBER", 0, 255)),
-          hex(line.text("hex", "send BYTES, hex text or a dump, as payload instead of integers", "BYTES")),
-          reply(line.text("reply", "expect a reply of FORM, see above (default: int)", "FORM", "int"))
+        : command(line.integer("command", Text::tr("send command NUMBER instead of COMMAND"), "NUMBER", 0, 255)),
+          arg1(line.integer("arg1", Text::tr("send NUMBER as arg1 of the header (default: 0)"), "NUMBER", 0, 255)),
+          arg2(line.integer("arg2", Text::tr("send NUMBER as arg2 of the header (default: 0)"), "NUMBER", 0, 255)),
+          hex(line.text("hex", Text::tr("send BYTES, hex text or a dump, as payload instead of integers"), "BYTES")),
+          reply(line.text("reply", Text::tr("expect a reply of FORM, see above (default: int)"), "FORM", "int"))
     {
         for (const Option& option : {arg1, arg2, hex, reply})
             option.needs(command);
@@ -176,12 +180,12 @@ public:
         request.arg1 = static_cast<unsigned char>(arg1.number());
         request.arg2 = static_cast<unsigned char>(arg2.number());
         if (!readForm(reply.text(), request.form)) {
-            error = QString("--reply must be int, ints, bytes or strings, got '%1'").arg(reply.text()) +
+            error = Text::tr("--reply must be int, ints, bytes or strings, got '%1'").arg(reply.text()) +
                     didYouMean(closestName(reply.text(), {"int", "ints", "bytes", "strings"}));
             return false;
         }
         if (hex.isSet() && !words.isEmpty()) {
-            error = "--hex and INTEGER exclude each other";
+            error = Text::tr("--hex and INTEGER exclude each other");
             return false;
         }
         if (hex.isSet())
@@ -208,7 +212,8 @@ private:
     Option reply;
 };
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Sends a request to a server and prints the reply.\n"
     "\n"
     "Commands:\n"
@@ -228,30 +233,32 @@ static const char* const description =
     "%2\n"
     "--repeat sends the request many times and prints the number of failures, the requests per second, and the\n"
     "least, median and largest time of a successful request. After each failure it connects again; that is not\n"
-    "timed. SIGINT and SIGTERM end it early; it then prints the results so far.";
+    "timed. SIGINT and SIGTERM end it early; it then prints the results so far.");
 
 int runCall(const QStringList& arguments)
 {
-    CommandLine line(QString(description).arg(commandList(), formList()));
+    CommandLine line(Text::tr(description).arg(commandList(), formList()));
     const RawRequest raw(line);
-    const Option count =
-        line.integer("count", "expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)",
-                     "NUMBER", 0, INT_MAX);
-    const Option map = line.text("map", "take COMMAND from the map of commands in FILE", "FILE");
+    const Option count = line.integer(
+        "count", Text::tr("expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)"),
+        "NUMBER", 0, INT_MAX);
+    const Option map = line.text("map", Text::tr("take COMMAND from the map of commands in FILE"), "FILE");
     EncodingOption encoding(line);
     encoding.needs(map);
-    const Option timeout =
-        line.integer("timeout", "wait up to MS for each read and write (default: 9000)", "MS", 1, INT_MAX, 9000);
-    const Option udp = line.flag("udp", "send a datagram; a lost one times out");
-    const Option repeat = line.integer("repeat", "send the request TIMES times", "TIMES", 1, largestRun, 1);
+    const Option timeout = line.integer("timeout", Text::tr("wait up to MS for each read and write (default: 9000)"),
+                                        "MS", 1, INT_MAX, 9000);
+    const Option udp = line.flag("udp", Text::tr("send a datagram; a lost one times out"));
+    const Option repeat = line.integer("repeat", Text::tr("send the request TIMES times"), "TIMES", 1, largestRun, 1);
     const Option interval =
-        line.integer("interval", "start a request every MS (default: 0, no pause)", "MS", 0, INT_MAX);
+        line.integer("interval", Text::tr("start a request every MS (default: 0, no pause)"), "MS", 0, INT_MAX);
     interval.needs(repeat);
-    const Option json = line.flag("json", "print each reply as a line of JSON; with --repeat, the totals too");
-    const Option server = line.requiredArgument("HOST:PORT", "the server: a name or a dotted IPv4 address, and a port");
-    const Option command =
-        line.optionalArgument("COMMAND", "one of the commands above or of the map, unless --command is given");
-    const Option integers = line.argumentList("INTEGER", "arguments of the command");
+    const Option json =
+        line.flag("json", Text::tr("print each reply as a line of JSON; with --repeat, the totals too"));
+    const Option server =
+        line.requiredArgument("HOST:PORT", Text::tr("the server: a name or a dotted IPv4 address, and a port"));
+    const Option command = line.optionalArgument(
+        "COMMAND", Text::tr("one of the commands above or of the map, unless --command is given"));
+    const Option integers = line.argumentList("INTEGER", Text::tr("arguments of the command"));
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
@@ -261,9 +268,9 @@ int runCall(const QStringList& arguments)
     if (!error.isEmpty())
         return usageError(error);
     if (count.isSet() && !raw.isAsked() && !map.isSet())
-        return usageError("--count requires --command or --map");
+        return usageError(Text::tr("--count requires --command or --map"));
     if (map.isSet() && raw.isAsked())
-        return usageError("--map and --command exclude each other");
+        return usageError(Text::tr("--map and --command exclude each other"));
     if (!encoding.apply())
         return exitUsage;
     CommandMap serverCommands;
@@ -276,7 +283,7 @@ int runCall(const QStringList& arguments)
     if (raw.isAsked()) {
         if (!raw.read(words, run.request, error))
             return usageError(error);
-        run.name = "command " + commandText(run.request.command);
+        run.name = Text::tr("command %1").arg(commandText(run.request.command));
     } else if (!readCommand(words, serverCommands, udp.isSet(), run, error)) {
         return usageError(error);
     }
@@ -288,8 +295,9 @@ int runCall(const QStringList& arguments)
 
     const auto makeClient = udp.isSet() ? makeUdpClient : makeTcpClient;
     QStringList addresses;
-    if (!resolveHost(endpoint.host, timeout.number(), addresses, error))
-        return failUnresolved(run, error);
+    Text unresolved;
+    if (!resolveHost(endpoint.host, timeout.number(), addresses, unresolved))
+        return failUnresolved(run, unresolved);
     const std::unique_ptr<CallClient> client = makeClient(addresses[0].toStdString(), endpoint.port, timeout.number());
     return repeat.isSet() ? callRepeatedly(*client, run) : callOnce(*client, run);
 }

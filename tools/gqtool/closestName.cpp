@@ -1,4 +1,5 @@
 #include "closestName.h"
+#include "shared/text.h"
 
 #include <algorithm>
 #include <vector>
@@ -45,5 +46,5 @@ QString closestName(const QString& word, const QStringList& names)
 
 QString didYouMean(const QString& name)
 {
-    return name.isEmpty() ? name : QString("; did you mean '%1'?").arg(name);
+    return name.isEmpty() ? QString() : Text::tr("; did you mean '%1'?").arg(name);
 }

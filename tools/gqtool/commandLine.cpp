@@ -2,17 +2,21 @@
 
 #include "closestName.h"
 #include "command.h"
+#include "language.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
 #include <QRegularExpression>
+#include <QTextBoundaryFinder>
 
 #include <algorithm>
 #include <climits>
+#include <utility>
 
-static const size_t helpWidth = 79;
-static const size_t nameWidth = 22; // of an option and its value in the help, with the blanks around them
+static const int helpWidth = 79;
+static const int nameWidth = 22; // of an option and its value in the help, with the blanks around them
 
 // --- Values -------------------------------------------------------------------------------------------------------
 
@@ -53,18 +57,62 @@ void Option::excludes(const Option& other) const
 
 // --- Help ---------------------------------------------------------------------------------------------------------
 
+// Returns true if a line can end before position `pos` of the text: after a blank or, in Chinese, between characters as
+// Unicode defines it.
+static bool canBreak(const QTextBoundaryFinder& finder, const QString& text, int pos)
+{
+    const char16_t lastLatin = 0x24f;
+    return finder.isAtBoundary() &&
+           (text[pos - 1] == ' ' || text[pos - 1].unicode() > lastLatin || text[pos].unicode() > lastLatin);
+}
+
+// Returns the text with line feeds, so that its lines fit next to the names.
+static QString wrapped(const QString& text)
+{
+    QString lines;
+    int start = 0;
+    int end = 0; // of the part that fits into the line
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
+    for (int pos = 1; pos <= text.size(); ++pos) {
+        finder.setPosition(pos);
+        if (pos < text.size() && !canBreak(finder, text, pos))
+            continue;
+        if (end > start && columnsOf(text.mid(start, pos - start).trimmed()) > helpWidth - nameWidth) {
+            lines += text.mid(start, end - start).trimmed() + '\n';
+            start = end;
+        }
+        end = pos;
+    }
+    return lines + text.mid(start);
+}
+
 // Prints the usage before the description, and wraps what options mean.
 class HelpFormatter : public CLI::Formatter {
 public:
     HelpFormatter()
     {
         column_width(nameWidth);
-        label("Positionals", "Arguments");
+        label("OPTIONS", Text::tr("OPTIONS").toStdString());
+        label("Positionals", Text::tr("Arguments").toStdString());
     }
 
     std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override
     {
         return make_usage(app, name) + '\n' + make_description(app) + make_positionals(app) + make_groups(app, mode);
+    }
+
+    std::string make_usage(const CLI::App* app, std::string name) const override
+    {
+        const QString usage = QString::fromStdString(Formatter::make_usage(app, std::move(name)));
+        return Text::tr("Usage: %1").arg(usage.section(' ', 1)).toStdString();
+    }
+
+    std::string make_group(std::string group, bool isPositional, std::vector<const CLI::Option*> options) const override
+    {
+        std::string text = '\n' + Text::tr("%1:").arg(QString::fromStdString(group)).toStdString() + '\n';
+        for (const CLI::Option* option : options)
+            text += make_option(option, isPositional);
+        return text;
     }
 
     std::string make_option_name(const CLI::Option* option, bool isPositional) const override
@@ -80,15 +128,7 @@ public:
 
     std::string make_option_desc(const CLI::Option* option) const override
     {
-        std::string text = option->get_description();
-        for (size_t start = 0; text.size() - start > helpWidth - nameWidth;) {
-            const size_t blank = text.rfind(' ', start + helpWidth - nameWidth);
-            if (blank == std::string::npos || blank < start)
-                break;
-            text[blank] = '\n';
-            start = blank + 1;
-        }
-        return text;
+        return wrapped(QString::fromStdString(option->get_description())).toStdString();
     }
 };
 
@@ -99,28 +139,29 @@ CommandLine::CommandLine(const QString& description)
                                      QCoreApplication::arguments().constFirst().toStdString()))
 {
     app->formatter(std::make_shared<HelpFormatter>());
+    app->option_defaults()->group(Text::tr("Options").toStdString());
     app->set_help_flag(); // parse adds it, as the last one
     app->option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
 }
 
 CommandLine::~CommandLine() = default;
 
-Option CommandLine::flag(const char* name, const char* meaning)
+Option CommandLine::flag(const char* name, const QString& meaning)
 {
-    const std::string description = meaning; // a pointer would be taken for a variable to set
+    const std::string description = meaning.toStdString(); // a temporary would be taken for a variable to set
     CLI::Option* option = app->add_flag(std::string("--") + name, description);
     option->disable_flag_override(); // --json=false would set it
     return {option, {}};
 }
 
-Option CommandLine::text(const char* name, const char* meaning, const char* valueName, const QString& standard)
+Option CommandLine::text(const char* name, const QString& meaning, const char* valueName, const QString& standard)
 {
-    CLI::Option* option = app->add_option(std::string("--") + name, CLI::callback_t(), meaning);
+    CLI::Option* option = app->add_option(std::string("--") + name, CLI::callback_t(), meaning.toStdString());
     option->type_name(valueName);
     return {option, standard};
 }
 
-Option CommandLine::integer(const char* name, const char* meaning, const char* valueName, int least, int most,
+Option CommandLine::integer(const char* name, const QString& meaning, const char* valueName, int least, int most,
                             int standard)
 {
     Option option = text(name, meaning, valueName, QString::number(standard));
@@ -128,27 +169,30 @@ Option CommandLine::integer(const char* name, const char* meaning, const char* v
         int number = 0;
         if (readInt(QString::fromStdString(value), least, most, number))
             return std::string();
-        return "must be an integer from " + std::to_string(least) + " to " + std::to_string(most) + ", got '" + value +
-               "'";
+        return Text::tr("must be an integer from %1 to %2, got '%3'")
+            .arg(least)
+            .arg(most)
+            .arg(QString::fromStdString(value))
+            .toStdString();
     });
     return option;
 }
 
-Option CommandLine::requiredArgument(const char* name, const char* meaning)
+Option CommandLine::requiredArgument(const char* name, const QString& meaning)
 {
     Option argument = optionalArgument(name, meaning);
     argument.parsed->required();
     return argument;
 }
 
-Option CommandLine::optionalArgument(const char* name, const char* meaning)
+Option CommandLine::optionalArgument(const char* name, const QString& meaning)
 {
-    CLI::Option* option = app->add_option(name, CLI::callback_t(), meaning);
+    CLI::Option* option = app->add_option(name, CLI::callback_t(), meaning.toStdString());
     option->type_name("");
     return {option, {}};
 }
 
-Option CommandLine::argumentList(const char* name, const char* meaning)
+Option CommandLine::argumentList(const char* name, const QString& meaning)
 {
     Option argument = optionalArgument(name, meaning);
     const int most = CLI::detail::expected_max_vector_size;
@@ -168,7 +212,7 @@ static QString unknownOption(const CLI::App& app, const QString& word)
     }
     const QString found = word.section('=', 0, 0);
     const QString meant = closestName(QString(found).remove(dashes), names);
-    return QString("unknown option '%1'").arg(found) + didYouMean(meant.isEmpty() ? meant : "--" + meant);
+    return Text::tr("unknown option '%1'").arg(found) + didYouMean(meant.isEmpty() ? meant : "--" + meant);
 }
 
 static QString errorText(const CLI::App& app, const QStringList& arguments, const CLI::ParseError& error)
@@ -185,13 +229,21 @@ static QString errorText(const CLI::App& app, const QStringList& arguments, cons
     if (kind == CLI::ExitCodes::ArgumentMismatch) {
         const CLI::Option* last = app.get_option_no_throw(arguments.constLast().toStdString());
         return last != nullptr && !last->get_type_name().empty()
-                   ? arguments.constLast() + " requires " + QString::fromStdString(last->get_type_name())
-                   : QString("--%1 takes no value").arg(text.section(' ', 0, 0));
+                   ? Text::tr("%1 requires %2")
+                         .arg(arguments.constLast(), QString::fromStdString(last->get_type_name()))
+                   : Text::tr("--%1 takes no value").arg(text.section(' ', 0, 0));
     }
     if (kind == CLI::ExitCodes::ExtrasError)
-        return QString("unexpected argument '%1'").arg(QString::fromStdString(extras.front()));
+        return Text::tr("unexpected argument '%1'").arg(QString::fromStdString(extras.front()));
     if (kind == CLI::ExitCodes::ValidationError)
         return text.remove(text.indexOf(':'), 1); // "--port: must be ..."
+    // What CLI11 says of other errors: "A requires B", "A excludes B", "A is required".
+    if (kind == CLI::ExitCodes::RequiresError)
+        return Text::tr("%1 requires %2").arg(text.section(' ', 0, 0), text.section(' ', 2));
+    if (kind == CLI::ExitCodes::ExcludesError)
+        return Text::tr("%1 excludes %2").arg(text.section(' ', 0, 0), text.section(' ', 2));
+    if (kind == CLI::ExitCodes::RequiredError)
+        return Text::tr("%1 is required").arg(text.section(' ', 0, 0));
     return text;
 }
 
@@ -213,7 +265,14 @@ static std::vector<std::string> parsedWords(const QStringList& words)
 
 bool CommandLine::parse(const QStringList& arguments, int& exitCode)
 {
-    app->set_help_flag("-h,--help", "show this help");
+    if (isLanguageChosen()) {
+        const Option language =
+            text("lang", Text::tr("print texts in LANG: en or zh (default: by the locale)"), "LANG");
+        language.parsed->check([](const std::string& value) {
+            return languageError(QString::fromStdString(value)).section(' ', 1).toStdString(); // CLI11 adds the name
+        });
+    }
+    app->set_help_flag("-h,--help", Text::tr("show this help").toStdString());
     try {
         app->parse(parsedWords(arguments.mid(1)));
         return true;
@@ -229,7 +288,7 @@ bool CommandLine::parse(const QStringList& arguments, int& exitCode)
 int usageError(const QString& message)
 {
     printError(message);
-    printError(QString("see '%1 --help'").arg(QCoreApplication::arguments().constFirst()));
+    printError(Text::tr("see '%1 --help'").arg(QCoreApplication::arguments().constFirst()));
     return exitUsage;
 }
 

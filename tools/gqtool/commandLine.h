@@ -39,14 +39,15 @@ public:
     CommandLine& operator=(const CommandLine&) = delete;
 
     // Add an option --NAME. `meaning` and `valueName` are for --help. If an option is given twice, the last one counts.
-    Option flag(const char* name, const char* meaning);
-    Option text(const char* name, const char* meaning, const char* valueName, const QString& standard = {});
-    Option integer(const char* name, const char* meaning, const char* valueName, int least, int most, int standard = 0);
+    Option flag(const char* name, const QString& meaning);
+    Option text(const char* name, const QString& meaning, const char* valueName, const QString& standard = {});
+    Option integer(const char* name, const QString& meaning, const char* valueName, int least, int most,
+                   int standard = 0);
 
     // Add an argument. The last one can be a list of any length.
-    Option requiredArgument(const char* name, const char* meaning);
-    Option optionalArgument(const char* name, const char* meaning);
-    Option argumentList(const char* name, const char* meaning);
+    Option requiredArgument(const char* name, const QString& meaning);
+    Option optionalArgument(const char* name, const QString& meaning);
+    Option argumentList(const char* name, const QString& meaning);
 
     // Parses `arguments`, which begin with the name of the sub-command. Negative numbers are arguments, other words that
     // begin with - are options, until --. Returns false with an exit code if the program should end: it has printed

@@ -10,20 +10,22 @@
 #include "input.h"
 #include "shared/console.h"
 #include "shared/progress.h"
+#include "shared/text.h"
 
 #include <algorithm>
 #include <climits>
 
 // --- Forms --------------------------------------------------------------------------------------------------------
 
-static const char* const framesContent = "frames of one direction, as a client or server receives them";
+static const char* const framesContent =
+    QT_TRANSLATE_NOOP("Text", "frames of one direction, as a client or server receives them");
 
 static QString formsText()
 {
-    QString text = "Forms:\n";
+    QString text = Text::tr("Forms:") + '\n';
     for (const Form& form : recordForms())
-        text += QString("  %1 %2\n").arg(form.name, -18).arg(form.content);
-    return text + QString("  %1 %2").arg("frames", -18).arg(framesContent);
+        text += QString("  %1 %2\n").arg(form.name, -18).arg(Text::tr(form.content));
+    return text + QString("  %1 %2").arg("frames", -18).arg(Text::tr(framesContent));
 }
 
 static void printFormsAsJson()
@@ -49,7 +51,7 @@ struct DecodeRun {
 static void printFaults(const QString& inputName, const FaultList& faults)
 {
     for (const Fault& fault : faults.listed())
-        printError(QString("%1: byte %2: %3").arg(inputName).arg(fault.offset).arg(fault.text));
+        printError(Text::tr("%1: byte %2: %3").arg(inputName).arg(fault.offset).arg(fault.text));
     if (faults.others() > 0)
         printError(moreErrorsText(faults.others()));
 }
@@ -72,7 +74,7 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
         bytes.skip(size);
     }
     const QString error = bytes.isEnded() ? bytes.error()
-                                          : QString("%1: byte %2: more than %3 bytes after the record")
+                                          : Text::tr("%1: byte %2: more than %3 bytes after the record")
                                                 .arg(run.inputName)
                                                 .arg(restStart)
                                                 .arg(largestRest);
@@ -89,7 +91,8 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
 
 // ------------------------------------------------------------------------------------------------------------------
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Prints the fields of a record, list, wave or frames, and the result of the library's own reader. Errors are\n"
     "listed with their byte offset, after the fields that could be read; the exit code is then 1. Lists and frames\n"
     "are printed while their bytes arrive, so they can be of any length.\n"
@@ -99,27 +102,32 @@ static const char* const description =
     "  gqtool decode --as floatRealDatas --raw --file values.bin --csv values.csv\n"
     "  gqtool decode --as frames --payload ints 68 08000000 0700 00 00 20 01000000 64000000 0000 16\n"
     "\n"
-    "%1";
+    "%1");
 
 int runDecode(const QStringList& arguments)
 {
-    CommandLine line(QString(description).arg(formsText()));
-    const Option as = line.text("as", "decode the bytes as FORM, one of the forms above", "FORM");
-    const Option json = line.flag("json", "print a JSON object, which gqtool encode accepts; with --list one per form");
-    const Option list = line.flag("list", "print the forms and exit");
-    const Option udp = line.flag("udp", "decode frames as datagrams, not as a TCP stream");
-    const Option request = line.flag("request", "decode frames as requests of a client, not as replies");
-    const Option payload =
-        line.text("payload",
-                  "decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings", "KIND");
-    const Option map = line.text("map", "show commands and payloads of frames by the map of commands in FILE", "FILE");
+    CommandLine line(Text::tr(description).arg(formsText()));
+    const Option as = line.text("as", Text::tr("decode the bytes as FORM, one of the forms above"), "FORM");
+    const Option json =
+        line.flag("json", Text::tr("print a JSON object, which gqtool encode accepts; with --list one per form"));
+    const Option list = line.flag("list", Text::tr("print the forms and exit"));
+    const Option udp = line.flag("udp", Text::tr("decode frames as datagrams, not as a TCP stream"));
+    const Option request = line.flag("request", Text::tr("decode frames as requests of a client, not as replies"));
+    const Option payload = line.text(
+        "payload",
+        Text::tr("decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings"), "KIND");
+    const Option map =
+        line.text("map", Text::tr("show commands and payloads of frames by the map of commands in FILE"), "FILE");
     const Option csv = line.text(
-        "csv", "write a list as a table to FILE, field names in its first line; - means standard output", "FILE");
-    const Option fields = line.flag("fields", "with --json, print the fields even if the input exceeds 1 MiB");
-    const Option library =
-        line.flag("library", "call the library's reader even if the input exceeds 1 MiB; takes memory for all of it");
-    const Option maxErrors = line.integer("max-errors", "list at most N errors, and leave out what follows them", "N",
-                                          1, INT_MAX, FaultList::usualLimit);
+        "csv", Text::tr("write a list as a table to FILE, field names in its first line; - means standard output"),
+        "FILE");
+    const Option fields =
+        line.flag("fields", Text::tr("with --json, print the fields even if the input exceeds 1 MiB"));
+    const Option library = line.flag(
+        "library", Text::tr("call the library's reader even if the input exceeds 1 MiB; takes memory for all of it"));
+    const Option maxErrors =
+        line.integer("max-errors", Text::tr("list at most N errors, and leave out what follows them"), "N", 1, INT_MAX,
+                     FaultList::usualLimit);
     csv.excludes(json);
     const EncodingOption encoding(line);
     const Input input(line);
@@ -131,22 +139,22 @@ int runDecode(const QStringList& arguments)
         return exitGood;
     }
     if (!as.isSet())
-        return usageError("--as FORM is required; --list prints the forms");
+        return usageError(Text::tr("--as FORM is required; --list prints the forms"));
     const Form* form = findForm(as.text());
     const bool isFrames = as.text() == "frames";
     CommandMap commands;
     const FrameSource source{udp.isSet(), request.isSet(), payload.text(), map.isSet() ? &commands : nullptr};
     const QStringList kinds = {"int", "ints", "bytes", "strings"};
     if (payload.isSet() && !kinds.contains(source.form))
-        return usageError(QString("--payload must be one of %1, got '%2'").arg(kinds.join(", "), source.form) +
+        return usageError(Text::tr("--payload must be one of %1, got '%2'").arg(kinds.join(", "), source.form) +
                           didYouMean(closestName(source.form, kinds)));
     if (!isFrames && (source.isUdp || source.isRequest || payload.isSet() || map.isSet()))
-        return usageError("--udp, --request, --payload and --map require --as frames");
+        return usageError(Text::tr("--udp, --request, --payload and --map require --as frames"));
     if (form == nullptr && !isFrames)
-        return usageError(QString("--as must be a form of --list, got '%1'").arg(as.text()) +
+        return usageError(Text::tr("--as must be a form of --list, got '%1'").arg(as.text()) +
                           didYouMean(closestName(as.text(), formNames() + QStringList{"frames"})));
     if (csv.isSet() && (isFrames || !isList(*form)))
-        return usageError(QString("--csv requires a list, and --as %1 is none").arg(as.text()));
+        return usageError(Text::tr("--csv requires a list, and --as %1 is none").arg(as.text()));
     if (!encoding.apply())
         return exitUsage;
     QString error;

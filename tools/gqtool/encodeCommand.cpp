@@ -6,6 +6,7 @@
 #include "input.h"
 #include "shared/console.h"
 #include "shared/progress.h"
+#include "shared/text.h"
 
 #include <climits>
 
@@ -58,23 +59,24 @@ static bool encode(FileSource& source, DocumentEncoder& encoder)
 
 // ------------------------------------------------------------------------------------------------------------------
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Converts JSON to the bytes of a record, list, wave or frames, with the library's writers. The JSON has the\n"
     "shape that 'gqtool decode --json' prints: {\"as\": FORM, \"value\": ...}; \"behind\" holds bytes after the\n"
     "record. Of a wave, \"stored\" takes precedence over \"samples\"; of frames, \"offset\", \"form\", \"content\"\n"
     "and \"rest\" are ignored. Errors are listed with the path of the field; then nothing is printed and the exit\n"
     "code is 1.\n"
     "\n"
-    "  gqtool decode --as intData --json 07000000 10270000 fa000000 01 02 | gqtool encode";
+    "  gqtool decode --as intData --json 07000000 10270000 fa000000 01 02 | gqtool encode");
 
 int runEncode(const QStringList& arguments)
 {
-    CommandLine line(description);
-    const Option raw = line.flag("raw", "print the bytes themselves, not hex text");
+    CommandLine line(Text::tr(description));
+    const Option raw = line.flag("raw", Text::tr("print the bytes themselves, not hex text"));
     const Option maxErrors =
-        line.integer("max-errors", "list at most N errors", "N", 1, INT_MAX, FaultList::usualLimit);
+        line.integer("max-errors", Text::tr("list at most N errors"), "N", 1, INT_MAX, FaultList::usualLimit);
     const EncodingOption encoding(line);
-    const Option file = line.optionalArgument("FILE", "JSON file; - or no FILE means standard input");
+    const Option file = line.optionalArgument("FILE", Text::tr("JSON file; - or no FILE means standard input"));
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;

@@ -1,15 +1,17 @@
 #pragma once
 
 #include "commandLine.h"
+#include "shared/text.h"
 
 // The option --encoding of the commands that show or make records.
 class EncodingOption {
 public:
     explicit EncodingOption(CommandLine& line)
-        : option(line.text("encoding",
-                           "convert texts of database records in encoding NAME, such as GBK or another that Qt knows "
-                           "(default: UTF-8)",
-                           "NAME", "UTF-8"))
+        : option(line.text(
+              "encoding",
+              Text::tr("convert texts of database records in encoding NAME, such as GBK or another that Qt knows "
+                       "(default: UTF-8)"),
+              "NAME", "UTF-8"))
     {
     }
 

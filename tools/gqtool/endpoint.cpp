@@ -1,6 +1,7 @@
 #include "endpoint.h"
 
 #include "commandLine.h"
+#include "shared/text.h"
 
 #include <QRegularExpression>
 
@@ -37,7 +38,7 @@ QString addressError(const QString& text)
     in_addr address;
     if (readAddress(text, address))
         return {};
-    return QString("ADDRESS must be dotted IPv4, four numbers from 0 to 255, got '%1'").arg(text);
+    return Text::tr("ADDRESS must be dotted IPv4, four numbers from 0 to 255, got '%1'").arg(text);
 }
 
 QString readEndpoint(const QString& text, Endpoint& endpoint)
@@ -45,14 +46,14 @@ QString readEndpoint(const QString& text, Endpoint& endpoint)
     static const QRegularExpression notInNames("[\\s:/\\[\\]]");
     const int colon = text.lastIndexOf(':');
     if (colon < 1)
-        return QString("HOST:PORT is required, got '%1'").arg(text);
+        return Text::tr("HOST:PORT is required, got '%1'").arg(text);
     endpoint.host = text.left(colon);
     if (endpoint.host.contains(notInNames))
-        return QString("HOST must be a name or a dotted IPv4 address, got '%1'").arg(endpoint.host);
+        return Text::tr("HOST must be a name or a dotted IPv4 address, got '%1'").arg(endpoint.host);
     if (isOtherAddress(endpoint.host))
-        return QString("HOST must be a name or four numbers from 0 to 255, got '%1'").arg(endpoint.host);
+        return Text::tr("HOST must be a name or four numbers from 0 to 255, got '%1'").arg(endpoint.host);
     if (!readInt(text.mid(colon + 1), 1, 65535, endpoint.port))
-        return QString("PORT must be an integer from 1 to 65535, got '%1'").arg(text.mid(colon + 1));
+        return Text::tr("PORT must be an integer from 1 to 65535, got '%1'").arg(text.mid(colon + 1));
     return {};
 }
 
@@ -60,7 +61,7 @@ QString readEndpoint(const QString& text, Endpoint& endpoint)
 
 struct NameAnswer {
     QStringList addresses;
-    QString error; // the resolver's reason if there are none
+    Text error; // the resolver's reason if there are none
 };
 
 static int lookUp(const QByteArray& name, int family, QStringList& addresses)
@@ -86,15 +87,15 @@ static NameAnswer askResolver(const QByteArray& name)
     const int result = lookUp(name, AF_INET, answer.addresses);
     if (!answer.addresses.isEmpty())
         return answer;
-    answer.error = result == EAI_SYSTEM ? strerror(errno) : gai_strerror(result);
+    answer.error = result == EAI_SYSTEM ? errorText(errno) : libraryText(gai_strerror(result));
     QStringList others;
     lookUp(name, AF_INET6, others);
     if (!others.isEmpty())
-        answer.error = QString("it has only IPv6 addresses (%1), and the frame protocol needs IPv4").arg(others[0]);
+        answer.error = Text::tr("it has only IPv6 addresses (%1), and the frame protocol needs IPv4").arg(others[0]);
     return answer;
 }
 
-bool resolveHost(const QString& host, int timeoutMs, QStringList& addresses, QString& error)
+bool resolveHost(const QString& host, int timeoutMs, QStringList& addresses, Text& error)
 {
     in_addr address;
     if (readAddress(host, address)) {
@@ -108,12 +109,12 @@ bool resolveHost(const QString& host, int timeoutMs, QStringList& addresses, QSt
     std::future<NameAnswer> future = promise->get_future();
     std::thread([promise, name = host.toLocal8Bit()] { promise->set_value(askResolver(name)); }).detach();
     if (future.wait_for(std::chrono::milliseconds(timeoutMs)) != std::future_status::ready) {
-        error = QString("cannot resolve '%1': no answer within %2 ms").arg(host).arg(timeoutMs);
+        error = Text::tr("cannot resolve '%1': no answer within %2 ms").arg(host).arg(timeoutMs);
         return false;
     }
     const NameAnswer answer = future.get();
     addresses = answer.addresses;
     if (addresses.isEmpty())
-        error = QString("cannot resolve '%1': %2").arg(host, answer.error);
+        error = Text::tr("cannot resolve '%1': %2").arg(host, answer.error);
     return !addresses.isEmpty();
 }

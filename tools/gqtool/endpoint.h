@@ -1,4 +1,5 @@
 #pragma once
+#include "shared/text.h"
 
 #include <QString>
 #include <QStringList>
@@ -19,4 +20,4 @@ QString addressError(const QString& text);
 
 // Looks up the IPv4 addresses of a host, which the frame protocol needs, for at most `timeoutMs`. Returns true with at
 // least one dotted address, or false with the reason in `error`.
-bool resolveHost(const QString& host, int timeoutMs, QStringList& addresses, QString& error);
+bool resolveHost(const QString& host, int timeoutMs, QStringList& addresses, Text& error);

@@ -2,6 +2,7 @@
 
 #include "command.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <utility>
 
@@ -9,13 +10,15 @@ static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most tw
 
 QString progressText(const ByteSource& source)
 {
-    const QString done = QString("%1 bytes read").arg(source.done());
-    return source.total() > 0 ? done + QString(", of %1").arg(source.total()) : done;
+    return source.total() > 0 ? Text::tr("%1 bytes read, of %2").arg(source.done()).arg(source.total())
+                              : Text::tr("%1 bytes read").arg(source.done());
 }
 
 QString moreErrorsText(long long count)
 {
-    return QString("%1 more %2; --max-errors N lists N").arg(count).arg(count == 1 ? "error" : "errors");
+    return (count == 1 ? Text::tr("%1 more error; --max-errors N lists N")
+                       : Text::tr("%1 more errors; --max-errors N lists N"))
+        .arg(count);
 }
 
 // --- Sources ------------------------------------------------------------------------------------------------------
@@ -65,23 +68,27 @@ static bool collect(ByteSource& source, QByteArray& content)
     return content.size() <= largestInput;
 }
 
-static const QString tooLarge = QString("more than %1 bytes").arg(largestInput);
+static QString tooLarge()
+{
+    return Text::tr("more than %1 bytes").arg(largestInput);
+}
 
 bool readAll(const QString& path, QByteArray& content, QString& error)
 {
     FileSource file(path);
-    error = collect(file, content) ? file.reason() : tooLarge;
+    error = collect(file, content) ? file.reason() : tooLarge();
     return error.isEmpty();
 }
 
 // ------------------------------------------------------------------------------------------------------------------
 
 Input::Input(CommandLine& line)
-    : fileOption(line.text("file", "read the bytes from FILE; - means standard input", "FILE")),
-      rawOption(line.flag("raw", "read the bytes themselves, not hex text or a dump")),
+    : fileOption(line.text("file", Text::tr("read the bytes from FILE; - means standard input"), "FILE")),
+      rawOption(line.flag("raw", Text::tr("read the bytes themselves, not hex text or a dump"))),
       bytesArgument(line.argumentList(
-          "BYTES", "hex text or a hex dump, or - for standard input; reads what xxd, hexdump -C, od -A x -t x1, "
-                   "tcpdump -x and Wireshark print, C arrays, and digits in groups"))
+          "BYTES",
+          Text::tr("hex text or a hex dump, or - for standard input; reads what xxd, hexdump -C, od -A x -t x1, "
+                   "tcpdump -x and Wireshark print, C arrays, and digits in groups")))
 {
 }
 
@@ -92,7 +99,7 @@ QString Input::path() const
 
 QString Input::source() const
 {
-    return path().isEmpty() ? "BYTES" : path() == "-" ? "standard input" : path();
+    return path().isEmpty() ? "BYTES" : path() == "-" ? QString(Text::tr("standard input")) : path();
 }
 
 std::unique_ptr<ByteSource> Input::open(HexReader::Content content) const
@@ -100,11 +107,11 @@ std::unique_ptr<ByteSource> Input::open(HexReader::Content content) const
     const QStringList words = bytesArgument.texts();
     QString mistake;
     if (fileOption.isSet() && !words.isEmpty())
-        mistake = "BYTES and --file exclude each other";
+        mistake = Text::tr("BYTES and --file exclude each other");
     else if (path().isEmpty() && words.isEmpty())
-        mistake = "BYTES, --file FILE or - is required";
+        mistake = Text::tr("BYTES, --file FILE or - is required");
     else if (path().isEmpty() && rawOption.isSet())
-        mistake = "--raw requires --file or -; BYTES on the command line are hex text";
+        mistake = Text::tr("--raw requires --file or -; BYTES on the command line are hex text");
     if (!mistake.isEmpty()) {
         usageError(mistake);
         return nullptr;
@@ -124,7 +131,7 @@ bool Input::read(QByteArray& bytes, int& exitCode) const
     if (opened == nullptr)
         return false;
     const QString error =
-        collect(*opened, bytes) ? opened->error() : QString("cannot read %1: %2").arg(source(), tooLarge);
+        collect(*opened, bytes) ? opened->error() : Text::tr("cannot read %1: %2").arg(source(), tooLarge());
     if (!error.isEmpty())
         printError(error);
     exitCode = error.isEmpty() ? exitGood : exitFailed;

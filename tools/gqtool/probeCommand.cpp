@@ -4,6 +4,7 @@
 #include "gqtool/probe/linkProbe.h"
 #include "gqtool/probe/peerBytes.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <QJsonArray>
 
@@ -14,9 +15,10 @@ static void printStage(const ProbeStage& stage)
     printLine(QString("%1 %2 ms  %3  %4")
                   .arg(stage.name, -11)
                   .arg(stage.milliseconds, 9, 'f', 1)
-                  .arg(stage.isGood ? "ok    " : "failed", stage.detail));
+                  .arg(padded(stage.isGood ? Text::tr("ok") : Text::tr("failed"), 6), stage.detail));
     if (!stage.isGood && !stage.bytes.isEmpty())
-        printLine(QString("bytes       %1  %2").arg(QString(stage.bytes.toHex(' ')), visibleText(stage.bytes)));
+        printLine(QString("%1 %2  %3")
+                      .arg(padded(Text::tr("bytes"), 11), QString(stage.bytes.toHex(' ')), visibleText(stage.bytes)));
 }
 
 static void printResult(const ProbeResult& result)
@@ -24,7 +26,7 @@ static void printResult(const ProbeResult& result)
     QString word = causeWord(result.cause);
     if (result.cause == LinkCause::foreign)
         word += QString(" (%1)").arg(result.protocol);
-    printLine(QString("%1: %2").arg(word, causeMeaning(result.cause)));
+    printLine(Text::tr("%1: %2").arg(word, causeMeaning(result.cause)));
     if (!causeAdvice(result.cause).isEmpty())
         printLine(causeAdvice(result.cause));
 }
@@ -34,7 +36,7 @@ static QJsonObject jsonOf(const ProbeStage& stage)
     return {{"stage", stage.name},
             {"ok", stage.isGood},
             {"ms", stage.milliseconds},
-            {"detail", stage.detail},
+            {"detail", stage.detail.english()},
             {"bytes", QString(stage.bytes.toHex())}};
 }
 
@@ -48,7 +50,8 @@ static QJsonObject jsonOf(const Endpoint& endpoint, const QJsonArray& stages, co
     return json;
 }
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Finds out why a server does not answer. It tries the stages of a link, prints each with its time, and then the\n"
     "cause and what to do about it:\n"
     "\n"
@@ -61,18 +64,19 @@ static const char* const description =
     "It stops at the first stage that fails. The causes are healthy, unresolved, refused, unreachable,\n"
     "connect-timeout, silent, closed, foreign, bad-frame, not-greeted, error-frame and no-reply. The exit code is 0\n"
     "only for healthy. If no greeting arrives, it sends one systemState request, to which servers of other\n"
-    "protocols react.";
+    "protocols react.");
 
 int runProbe(const QStringList& arguments)
 {
-    CommandLine line(description);
+    CommandLine line(Text::tr(description));
     const Option timeout =
-        line.integer("timeout", "wait up to MS for each stage, twice for a missing greeting (default: 3000)", "MS", 1,
-                     INT_MAX, 3000);
-    const Option udp = line.flag("udp", "send datagrams");
-    const Option greetingOnly = line.flag("greeting-only", "stop after the greeting");
-    const Option json = line.flag("json", "print a JSON object");
-    const Option server = line.requiredArgument("HOST:PORT", "the server: a name or a dotted IPv4 address, and a port");
+        line.integer("timeout", Text::tr("wait up to MS for each stage, twice for a missing greeting (default: 3000)"),
+                     "MS", 1, INT_MAX, 3000);
+    const Option udp = line.flag("udp", Text::tr("send datagrams"));
+    const Option greetingOnly = line.flag("greeting-only", Text::tr("stop after the greeting"));
+    const Option json = line.flag("json", Text::tr("print a JSON object"));
+    const Option server =
+        line.requiredArgument("HOST:PORT", Text::tr("the server: a name or a dotted IPv4 address, and a port"));
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
@@ -86,7 +90,7 @@ int runProbe(const QStringList& arguments)
     options.isUdp = udp.isSet();
     options.greetingOnly = greetingOnly.isSet();
     if (options.isUdp && options.greetingOnly)
-        return usageError("--greeting-only and --udp exclude each other: there is no greeting over UDP");
+        return usageError(Text::tr("--greeting-only and --udp exclude each other: there is no greeting over UDP"));
 
     QJsonArray stages;
     const bool printsJson = json.isSet();

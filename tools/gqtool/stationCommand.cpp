@@ -6,6 +6,7 @@
 #include "gqtool/station/simulatedAnswers.h"
 #include "gqtool/station/station.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -21,11 +22,12 @@
 class FaultOptions {
 public:
     explicit FaultOptions(CommandLine& line)
-        : noGreeting(line.flag("no-greeting", "do not greet")),
-          late(line.text("late", "delay each reply by MS (default: 0)", "MS", "0")),
-          pieces(line.text("pieces", "send replies in pieces of BYTES", "BYTES", "0")),
-          silent(line.flag("silent", "never reply")), wrongEnd(line.flag("wrong-end", "end replies with a wrong byte")),
-          closes(line.flag("close", "close the connection instead of replying"))
+        : noGreeting(line.flag("no-greeting", Text::tr("do not greet"))),
+          late(line.text("late", Text::tr("delay each reply by MS (default: 0)"), "MS", "0")),
+          pieces(line.text("pieces", Text::tr("send replies in pieces of BYTES"), "BYTES", "0")),
+          silent(line.flag("silent", Text::tr("never reply"))),
+          wrongEnd(line.flag("wrong-end", Text::tr("end replies with a wrong byte"))),
+          closes(line.flag("close", Text::tr("close the connection instead of replying")))
     {
     }
 
@@ -44,7 +46,7 @@ public:
             lines.append("reply every close-after 0");
         for (const QString& line : lines) {
             if (!script.add(line, error)) {
-                error = "--" + error;
+                error = "--" + error; // it begins with the name of the fault
                 return false;
             }
         }
@@ -88,7 +90,7 @@ static void awaitHangup(int hangups, Station& station, CommandAnswers& commands)
         signalfd_siginfo signal;
         if (read(hangups, &signal, sizeof signal) == sizeof signal) {
             const bool isRead = readCommands(commands);
-            station.report(QString(isRead ? "read %1 commands" : "kept %1 commands").arg(commands.count()),
+            station.report((isRead ? Text::tr("read %1 commands") : Text::tr("kept %1 commands")).arg(commands.count()),
                            {{"event", isRead ? "commandsRead" : "commandsKept"},
                             {"commands", static_cast<qint64>(commands.count())}});
         }
@@ -98,7 +100,8 @@ static void awaitHangup(int hangups, Station& station, CommandAnswers& commands)
 
 // ------------------------------------------------------------------------------------------------------------------
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Runs a simulated station: a frame server that greets clients, answers the ready-made commands and serves\n"
     "lists. It prints a line with its address, then a line per connection and request, until it is stopped.\n"
     "\n"
@@ -136,32 +139,38 @@ static const char* const description =
     "--seed repeats. Faults add up; if several lines set the same fault, the last one counts. Options apply before\n"
     "the script. The faults:\n"
     "%1"
-    "Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.\n";
+    "Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.\n");
 
 int runStation(const QStringList& arguments)
 {
-    CommandLine line(QString(description).arg(StationScript::faultList()));
-    const Option address = line.text("address", "listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)",
-                                     "ADDRESS", "127.0.0.1");
-    const Option port = line.integer("port", "listen on PORT (default: 0, a free port)", "PORT", 0, 65535);
-    const Option udp = line.flag("udp", "also answer datagrams on the same port, without a greeting");
-    const Option greeting = line.integer("greeting", "greet with NUMBER (default: 1)", "NUMBER", INT_MIN, INT_MAX, 1);
+    CommandLine line(Text::tr(description).arg(StationScript::faultList()));
+    const Option address =
+        line.text("address", Text::tr("listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)"),
+                  "ADDRESS", "127.0.0.1");
+    const Option port = line.integer("port", Text::tr("listen on PORT (default: 0, a free port)"), "PORT", 0, 65535);
+    const Option udp = line.flag("udp", Text::tr("also answer datagrams on the same port, without a greeting"));
+    const Option greeting =
+        line.integer("greeting", Text::tr("greet with NUMBER (default: 1)"), "NUMBER", INT_MIN, INT_MAX, 1);
     const Option gap = line.integer(
-        "gap", "wait MS between the frames of a reply, as clients lose frames that arrive together (default: 100)",
+        "gap",
+        Text::tr("wait MS between the frames of a reply, as clients lose frames that arrive together (default: 100)"),
         "MS", 0, INT_MAX, 100);
     const FaultOptions everyFault(line);
-    const Option commands = line.text("commands", "answer as FILE says, see above; SIGHUP reads it again", "FILE");
-    const Option replay = line.text("replay", "answer as the server did in FILE, which 'trace --record' wrote", "FILE");
-    const Option asTimed = line.flag("as-timed", "replay with the recorded delays");
+    const Option commands =
+        line.text("commands", Text::tr("answer as FILE says, see above; SIGHUP reads it again"), "FILE");
+    const Option replay =
+        line.text("replay", Text::tr("answer as the server did in FILE, which 'trace --record' wrote"), "FILE");
+    const Option asTimed = line.flag("as-timed", Text::tr("replay with the recorded delays"));
     replay.excludes(commands);
     replay.excludes(greeting); // the greeting is the recorded one
     asTimed.needs(replay);
-    const Option script = line.text("script", "read faults from FILE, see above", "FILE");
-    const Option seed = line.integer("seed", "select faults by chance; the same NUMBER selects the same (default: 1)",
-                                     "NUMBER", 0, INT_MAX, 1);
-    const Option json = line.flag("json", "print each line as a JSON object; the log stays text");
-    const Option quiet = line.flag("quiet", "print only the first line; the log still gets all of them");
-    const Option logFile = line.text("log", "also write the lines, with their time, to FILE", "FILE");
+    const Option script = line.text("script", Text::tr("read faults from FILE, see above"), "FILE");
+    const Option seed =
+        line.integer("seed", Text::tr("select faults by chance; the same NUMBER selects the same (default: 1)"),
+                     "NUMBER", 0, INT_MAX, 1);
+    const Option json = line.flag("json", Text::tr("print each line as a JSON object; the log stays text"));
+    const Option quiet = line.flag("quiet", Text::tr("print only the first line; the log still gets all of them"));
+    const Option logFile = line.text("log", Text::tr("also write the lines, with their time, to FILE"), "FILE");
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
@@ -182,7 +191,7 @@ int runStation(const QStringList& arguments)
     // Never destroyed: its thread runs until the process ends.
     static StationLog& log = *new StationLog;
     if (logFile.isSet() && !log.open(logFile.text(), error)) {
-        printError(QString("cannot write to %1: %2").arg(logFile.text(), error));
+        printError(Text::tr("cannot write to %1: %2").arg(logFile.text(), error));
         return exitFailed;
     }
     std::unique_ptr<StationAnswers> answers;
@@ -204,13 +213,13 @@ int runStation(const QStringList& arguments)
     }
     Station station(*answers, faults, log, {json.isSet(), quiet.isSet()});
     if (!station.bind(address.text(), port.number(), udp.isSet())) {
-        const QString reason = strerror(errno); // reading a number clears errno
-        printError(QString("cannot listen on %1:%2: %3").arg(address.text()).arg(port.number()).arg(reason));
+        const QString reason = errorText(errno); // reading a number clears errno
+        printError(Text::tr("cannot listen on %1:%2: %3").arg(address.text()).arg(port.number()).arg(reason));
         return exitFailed;
     }
     if (commandFile != nullptr)
         awaitHangup(hangups, station, *commandFile);
     station.serve();
-    printError(QString("cannot wait for clients: %1").arg(strerror(errno)));
+    printError(Text::tr("cannot wait for clients: %1").arg(errorText(errno)));
     return exitFailed;
 }

@@ -3,6 +3,7 @@
 #include "commandLine.h"
 #include "input.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <byte2Val.h>
 
@@ -39,11 +40,11 @@ struct Tail {
 };
 
 static const Tail tails[] = {
-    {"crc", "CRC-16, low byte first",
+    {"crc", QT_TRANSLATE_NOOP("Text", "CRC-16, low byte first"),
      [](const Sums& sums) -> QByteArray { return byteOf(sums.crcLow) + byteOf(sums.crcHigh); }},
-    {"crc-high-first", "CRC-16, high byte first",
+    {"crc-high-first", QT_TRANSLATE_NOOP("Text", "CRC-16, high byte first"),
      [](const Sums& sums) -> QByteArray { return byteOf(sums.crcHigh) + byteOf(sums.crcLow); }},
-    {"sum", "byte sum", [](const Sums& sums) { return byteOf(sums.byteSum); }},
+    {"sum", QT_TRANSLATE_NOOP("Text", "byte sum"), [](const Sums& sums) { return byteOf(sums.byteSum); }},
 };
 
 // --- Output -------------------------------------------------------------------------------------------------------
@@ -52,12 +53,11 @@ static void printSums(const QByteArray& bytes, bool asJson)
 {
     const Sums sums = sumsOf(bytes);
     if (!asJson) {
-        printLine(QString("%1 %2: %3%4")
-                      .arg(bytes.size())
-                      .arg(bytes.size() == 1 ? "byte" : "bytes", CByte2Val::buf2str(bytes.left(shownBytes)),
-                           bytes.size() > shownBytes ? " ..." : ""));
+        const QString shown = CByte2Val::buf2str(bytes.left(shownBytes)) + (bytes.size() > shownBytes ? " ..." : "");
+        printLine(
+            (bytes.size() == 1 ? Text::tr("%1 byte: %2") : Text::tr("%1 bytes: %2")).arg(bytes.size()).arg(shown));
         for (const Tail& tail : tails)
-            printLine(QString("%1 %2").arg(tail.meaning, -24).arg(CByte2Val::buf2str(tail.bytes(sums))));
+            printLine(padded(Text::tr(tail.meaning), 24) + ' ' + CByte2Val::buf2str(tail.bytes(sums)));
         return;
     }
     QJsonObject json{{"size", bytes.size()}, {"crc16", sums.crcHigh * 256 + sums.crcLow}, {"byteSum", sums.byteSum}};
@@ -74,7 +74,7 @@ static int check(const QByteArray& bytes, const Tail& tail, bool asJson)
     const int size = tail.bytes(Sums()).size();
     if (bytes.size() <= size) {
         printError(
-            QString("--check %1 needs at least %2 bytes, got %3").arg(tail.name).arg(size + 1).arg(bytes.size()));
+            Text::tr("--check %1 needs at least %2 bytes, got %3").arg(tail.name).arg(size + 1).arg(bytes.size()));
         return exitFailed;
     }
     const QString found = CByte2Val::buf2str(bytes.right(size));
@@ -82,30 +82,33 @@ static int check(const QByteArray& bytes, const Tail& tail, bool asJson)
     if (asJson)
         printJson({{"check", tail.name}, {"right", found == right}, {"found", found}, {"expected", right}});
     else
-        printLine(QString("%1: %2, %3").arg(found, found == right ? "right" : "wrong", tail.meaning) +
-                  (found == right ? QString() : QString(" of the preceding bytes is %1").arg(right)));
+        printLine(
+            found == right
+                ? Text::tr("%1: right, %2").arg(found, Text::tr(tail.meaning))
+                : Text::tr("%1: wrong, %2 of the preceding bytes is %3").arg(found, Text::tr(tail.meaning), right));
     return found == right ? exitGood : exitFailed;
 }
 
 // ------------------------------------------------------------------------------------------------------------------
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Prints the checksums that telegrams use: CRC-16 (polynomial 0x8005 reflected, initial value 0xffff, as in\n"
     "Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096 of the bytes as hex text.\n"
     "\n"
     "  gqtool sum 01 03 00 00 00 0a\n"
-    "  gqtool sum --check crc 01 03 00 00 00 0a c5 cd";
+    "  gqtool sum --check crc 01 03 00 00 00 0a c5 cd");
 
 int runSum(const QStringList& arguments)
 {
-    CommandLine line(description);
+    CommandLine line(Text::tr(description));
     const Input input(line);
-    const Option checked = line.text(
-        "check",
-        "check that the bytes end in SUM: crc (low byte first, as in Modbus RTU), crc-high-first or sum (one byte); if "
-        "not, the exit code is 1",
-        "SUM");
-    const Option json = line.flag("json", "print a JSON object");
+    const Option checked = line.text("check",
+                                     Text::tr("check that the bytes end in SUM: crc (low byte first, as in Modbus "
+                                              "RTU), crc-high-first or sum (one byte); if "
+                                              "not, the exit code is 1"),
+                                     "SUM");
+    const Option json = line.flag("json", Text::tr("print a JSON object"));
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
@@ -116,7 +119,7 @@ int runSum(const QStringList& arguments)
             wanted = &tail;
     }
     if (checked.isSet() && wanted == nullptr)
-        return usageError(QString("--check must be crc, crc-high-first or sum, got '%1'").arg(checked.text()) +
+        return usageError(Text::tr("--check must be crc, crc-high-first or sum, got '%1'").arg(checked.text()) +
                           didYouMean(closestName(checked.text(), {"crc", "crc-high-first", "sum"})));
     QByteArray bytes;
     if (!input.read(bytes, exitCode))
@@ -124,7 +127,7 @@ int runSum(const QStringList& arguments)
     if (wanted != nullptr)
         return check(bytes, *wanted, json.isSet());
     if (bytes.isEmpty()) {
-        printError("at least one byte is required");
+        printError(Text::tr("at least one byte is required"));
         return exitFailed;
     }
     printSums(bytes, json.isSet());

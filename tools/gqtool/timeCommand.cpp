@@ -2,6 +2,7 @@
 #include "command.h"
 #include "commandLine.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -21,47 +22,47 @@ struct Family {
 };
 
 static const Family families[] = {
-    {1, 1, "start of the day"},
-    {2, 2, "end of the day, 23:59:59"},
-    {3, 33, "start of the day N days before (code - 2)"},
-    {34, 81, "end of the day N days before (code - 50)"},
-    {82, 131, "same time N days before (code - 100)"},
-    {132, 150, "start of the 1st of the month"},
-    {151, 181, "start of day N of the month (code - 150)"},
-    {182, 200, "end of the 1st of the month"},
-    {201, 231, "end of day N of the month (code - 200)"},
-    {232, 300, "start of the hour N hours ahead (302 - code)"},
-    {301, 301, "start of the hour"},
-    {302, 302, "end of the hour"},
-    {303, 326, "start of the hour N hours before (code - 302)"},
-    {327, 353, "end of the hour N hours before (code - 329)"},
-    {354, 374, "N hours before (code - 360)"},
-    {375, 405, "start of hour N of the day (code - 381)"},
-    {406, 434, "end of hour N of the day (code - 410)"},
-    {435, 459, "latest start of hour N up to the base (code - 435)"},
-    {460, 484, "latest end of hour N up to the base (code - 460)"},
-    {485, 500, "same time N days ahead (1050 - code)"},
-    {501, 501, "1 minute before"},
-    {502, 502, "same time N days ahead (1050 - code)"},
-    {503, 503, "5 minutes before"},
-    {504, 504, "10 minutes before"},
-    {505, 505, "30 minutes before"},
-    {506, 1000, "same time N days ahead (1050 - code)"},
-    {1001, 1001, "start of the month"},
-    {1002, 1002, "end of the month"},
-    {1003, 1049, "same time N days ahead (1050 - code)"},
-    {1050, 1100, "same time N days before (code - 1050)"},
-    {1101, 1112, "start of month N of the year (code - 1100)"},
-    {1113, 1120, "none: the end of a month before January"},
-    {1121, 1132, "end of month N of the year (code - 1120)"},
-    {1141, 1152, "start of month N of the year before (code - 1140)"},
-    {1153, 1164, "end of month N of the year before (code - 1152)"},
-    {1301, 1301, "start of the year"},
-    {1302, 1302, "end of the year, 23:59:59"},
-    {1303, 1353, "start of the year N years before (code - 1302)"},
-    {1401, 1451, "end of the year N years before (code - 1400)"},
-    {1601, 1610, "same time N years ahead (code - 1600)"},
-    {2001, 3441, "minute N of the day (code - 2001)"},
+    {1, 1, QT_TRANSLATE_NOOP("Text", "start of the day")},
+    {2, 2, QT_TRANSLATE_NOOP("Text", "end of the day, 23:59:59")},
+    {3, 33, QT_TRANSLATE_NOOP("Text", "start of the day N days before (code - 2)")},
+    {34, 81, QT_TRANSLATE_NOOP("Text", "end of the day N days before (code - 50)")},
+    {82, 131, QT_TRANSLATE_NOOP("Text", "same time N days before (code - 100)")},
+    {132, 150, QT_TRANSLATE_NOOP("Text", "start of the 1st of the month")},
+    {151, 181, QT_TRANSLATE_NOOP("Text", "start of day N of the month (code - 150)")},
+    {182, 200, QT_TRANSLATE_NOOP("Text", "end of the 1st of the month")},
+    {201, 231, QT_TRANSLATE_NOOP("Text", "end of day N of the month (code - 200)")},
+    {232, 300, QT_TRANSLATE_NOOP("Text", "start of the hour N hours ahead (302 - code)")},
+    {301, 301, QT_TRANSLATE_NOOP("Text", "start of the hour")},
+    {302, 302, QT_TRANSLATE_NOOP("Text", "end of the hour")},
+    {303, 326, QT_TRANSLATE_NOOP("Text", "start of the hour N hours before (code - 302)")},
+    {327, 353, QT_TRANSLATE_NOOP("Text", "end of the hour N hours before (code - 329)")},
+    {354, 374, QT_TRANSLATE_NOOP("Text", "N hours before (code - 360)")},
+    {375, 405, QT_TRANSLATE_NOOP("Text", "start of hour N of the day (code - 381)")},
+    {406, 434, QT_TRANSLATE_NOOP("Text", "end of hour N of the day (code - 410)")},
+    {435, 459, QT_TRANSLATE_NOOP("Text", "latest start of hour N up to the base (code - 435)")},
+    {460, 484, QT_TRANSLATE_NOOP("Text", "latest end of hour N up to the base (code - 460)")},
+    {485, 500, QT_TRANSLATE_NOOP("Text", "same time N days ahead (1050 - code)")},
+    {501, 501, QT_TRANSLATE_NOOP("Text", "1 minute before")},
+    {502, 502, QT_TRANSLATE_NOOP("Text", "same time N days ahead (1050 - code)")},
+    {503, 503, QT_TRANSLATE_NOOP("Text", "5 minutes before")},
+    {504, 504, QT_TRANSLATE_NOOP("Text", "10 minutes before")},
+    {505, 505, QT_TRANSLATE_NOOP("Text", "30 minutes before")},
+    {506, 1000, QT_TRANSLATE_NOOP("Text", "same time N days ahead (1050 - code)")},
+    {1001, 1001, QT_TRANSLATE_NOOP("Text", "start of the month")},
+    {1002, 1002, QT_TRANSLATE_NOOP("Text", "end of the month")},
+    {1003, 1049, QT_TRANSLATE_NOOP("Text", "same time N days ahead (1050 - code)")},
+    {1050, 1100, QT_TRANSLATE_NOOP("Text", "same time N days before (code - 1050)")},
+    {1101, 1112, QT_TRANSLATE_NOOP("Text", "start of month N of the year (code - 1100)")},
+    {1113, 1120, QT_TRANSLATE_NOOP("Text", "none: the end of a month before January")},
+    {1121, 1132, QT_TRANSLATE_NOOP("Text", "end of month N of the year (code - 1120)")},
+    {1141, 1152, QT_TRANSLATE_NOOP("Text", "start of month N of the year before (code - 1140)")},
+    {1153, 1164, QT_TRANSLATE_NOOP("Text", "end of month N of the year before (code - 1152)")},
+    {1301, 1301, QT_TRANSLATE_NOOP("Text", "start of the year")},
+    {1302, 1302, QT_TRANSLATE_NOOP("Text", "end of the year, 23:59:59")},
+    {1303, 1353, QT_TRANSLATE_NOOP("Text", "start of the year N years before (code - 1302)")},
+    {1401, 1451, QT_TRANSLATE_NOOP("Text", "end of the year N years before (code - 1400)")},
+    {1601, 1610, QT_TRANSLATE_NOOP("Text", "same time N years ahead (code - 1600)")},
+    {2001, 3441, QT_TRANSLATE_NOOP("Text", "minute N of the day (code - 2001)")},
 };
 
 // --- Texts --------------------------------------------------------------------------------------------------------
@@ -88,44 +89,50 @@ static bool isNone(unsigned int moment)
 static QString codeText(int code, unsigned int base)
 {
     const unsigned int moment = CGqTools::calcRelTime(code, static_cast<int>(base));
-    return isNone(moment) ? QString("none (%1)").arg(moment) : momentText(moment);
+    return isNone(moment) ? Text::tr("none (%1)").arg(moment) : momentText(moment);
 }
 
-static QString englishText(int code)
+static Text englishText(int code)
 {
     QTranslator english;
     if (!english.load("gqLib_en", QCoreApplication::applicationDirPath() + "/" GQTOOL_TRANSLATIONS))
-        return "(gqLib_en.qm not found)";
+        return Text::tr("(gqLib_en.qm not found)");
     QCoreApplication::installTranslator(&english);
-    return CGqTools::relTime2Str(code);
+    return Text::untranslated(CGqTools::relTime2Str(code));
+}
+
+static void printField(const QString& name, const QString& value)
+{
+    printLine(padded(name, 9) + value);
 }
 
 static void printCode(int code, unsigned int base)
 {
-    printLine(QString("code     %1").arg(code));
-    printLine("base     " + momentText(base));
-    printLine("moment   " + codeText(code, base));
-    printLine("text     " + CGqTools::relTime2Str(code));
-    printLine("english  " + englishText(code));
+    printField(Text::tr("code"), QString::number(code));
+    printField(Text::tr("base"), momentText(base));
+    printField(Text::tr("moment"), codeText(code, base));
+    printField(Text::tr("text"), CGqTools::relTime2Str(code));
+    printField(Text::tr("english"), englishText(code));
 }
 
 static void printEnd(int code, unsigned int base)
 {
-    printLine(QString("  %1  %2  %3").arg(code, 4).arg(codeText(code, base), -38).arg(CGqTools::relTime2Str(code)));
+    printLine(QString("  %1  %2  %3").arg(code, 4).arg(padded(codeText(code, base), 38), CGqTools::relTime2Str(code)));
 }
 
 static void printNumberLine(unsigned int base)
 {
-    printLine("base  " + momentText(base));
+    printLine(padded(Text::tr("base"), 6) + momentText(base));
     for (const Family& family : families) {
         const bool isOneCode = family.first == family.last;
-        const QString codes = QString(isOneCode ? "%1" : "%1 to %2").arg(family.first);
-        printLine(QString("%1: %2").arg(isOneCode ? codes : codes.arg(family.last), family.meaning));
+        const Text meaning = Text::tr(family.meaning);
+        printLine(isOneCode ? Text::tr("%1: %2").arg(family.first).arg(meaning)
+                            : Text::tr("%1 to %2: %3").arg(family.first).arg(family.last).arg(meaning));
         printEnd(family.first, base);
         if (!isOneCode)
             printEnd(family.last, base);
     }
-    printLine("All other codes have no moment (0).");
+    printLine(Text::tr("All other codes have no moment (0)."));
 }
 
 // --- JSON ---------------------------------------------------------------------------------------------------------
@@ -143,7 +150,7 @@ static QJsonObject jsonOf(int code, unsigned int base)
 static void printCodeAsJson(int code, unsigned int base)
 {
     QJsonObject object = jsonOf(code, base);
-    object["english"] = englishText(code);
+    object["english"] = englishText(code).english();
     printJson(object);
 }
 
@@ -169,39 +176,42 @@ static bool readMoment(const QString& text, unsigned int& seconds)
     return since1970 >= 0 && since1970 <= UINT_MAX;
 }
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Prints the moment and the text of a relative time code.\n"
     "\n"
     "A moment is printed as local time and, in brackets, as seconds since 1970; \"none\" means that the code has no\n"
-    "moment. The ranges of codes for the texts differ in some places from those for the moments.";
+    "moment. The ranges of codes for the texts differ in some places from those for the moments.");
 
 int runTime(const QStringList& arguments)
 {
-    CommandLine line(description);
-    const Option code = line.optionalArgument("CODE", "the code");
-    const Option list = line.flag("list", "print all families of codes with their first and last moment and text");
+    CommandLine line(Text::tr(description));
+    const Option code = line.optionalArgument("CODE", Text::tr("the code"));
+    const Option list =
+        line.flag("list", Text::tr("print all families of codes with their first and last moment and text"));
     const Option base = line.text(
-        "base", "count from TIME, in seconds since 1970 or as \"2021-03-31 10:20:30\" in local time (default: now)",
+        "base",
+        Text::tr("count from TIME, in seconds since 1970 or as \"2021-03-31 10:20:30\" in local time (default: now)"),
         "TIME");
     const Option zone =
-        line.text("zone", "use time zone ZONE, for example Europe/Berlin (default: the system's)", "ZONE");
-    const Option json = line.flag("json", "print JSON: one object for the code, or one per family of codes");
+        line.text("zone", Text::tr("use time zone ZONE, for example Europe/Berlin (default: the system's)"), "ZONE");
+    const Option json = line.flag("json", Text::tr("print JSON: one object for the code, or one per family of codes"));
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
 
     if (code.isSet() == list.isSet())
-        return usageError("one CODE or --list is required");
+        return usageError(Text::tr("one CODE or --list is required"));
     int number = 0;
     if (code.isSet() && !readInt(code.text(), INT_MIN, INT_MAX, number))
-        return usageError(QString("CODE must be a 4-byte integer, got '%1'").arg(code.text()));
+        return usageError(Text::tr("CODE must be a 4-byte integer, got '%1'").arg(code.text()));
     if (zone.isSet()) {
         const QByteArray name = zone.text().toLocal8Bit();
         if (!QTimeZone::isTimeZoneIdAvailable(name)) {
             QStringList names;
             for (const QByteArray& known : QTimeZone::availableTimeZoneIds())
                 names.append(known);
-            return usageError(QString("--zone must be a known time zone, got '%1'").arg(zone.text()) +
+            return usageError(Text::tr("--zone must be a known time zone, got '%1'").arg(zone.text()) +
                               didYouMean(closestName(zone.text(), names)));
         }
         qputenv("TZ", name);
@@ -209,7 +219,7 @@ int runTime(const QStringList& arguments)
     }
     auto moment = static_cast<unsigned int>(QDateTime::currentSecsSinceEpoch());
     if (base.isSet() && !readMoment(base.text(), moment))
-        return usageError(QString("--base must be a moment from 1970 to 2106, got '%1'").arg(base.text()));
+        return usageError(Text::tr("--base must be a moment from 1970 to 2106, got '%1'").arg(base.text()));
 
     if (list.isSet())
         json.isSet() ? printNumberLineAsJson(moment) : printNumberLine(moment);

@@ -6,6 +6,7 @@
 #include "gqtool/trace/traceOutput.h"
 #include "gqtool/trace/traceRelay.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <sys/signalfd.h>
 #include <sys/socket.h>
@@ -28,7 +29,8 @@ static int openStopper()
     return signalfd(-1, &ends, SFD_NONBLOCK | SFD_CLOEXEC);
 }
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Relays between clients and a station and prints a line for each frame: time, number of the connection, -> for\n"
     "a frame from the client or <- for one from the station, and its contents. All bytes are passed on unchanged and\n"
     "immediately, even if they are not frames. SIGINT or SIGTERM ends it.\n"
@@ -41,29 +43,31 @@ static const char* const description =
     "  gqtool trace --listen 5001 --pcap FILE 127.0.0.1:5000\n"
     "  tshark -r FILE -d tcp.port==5000,gqframe\n"
     "\n"
-    "--record writes a file from which 'gqtool station --replay' answers as the station did.";
+    "--record writes a file from which 'gqtool station --replay' answers as the station did.");
 
 int runTrace(const QStringList& arguments)
 {
-    CommandLine line(description);
-    const Option listen = line.integer("listen", "listen on PORT; 0 means a free port", "PORT", 0, 65535);
-    const Option address = line.text("address", "listen on ADDRESS (default: 127.0.0.1)", "ADDRESS", "127.0.0.1");
-    const Option udp = line.flag("udp", "relay datagrams instead of connections");
-    const Option pcap = line.text("pcap", "also write all packets to FILE, for Wireshark", "FILE");
-    const Option record = line.text("record", "also write the lines of --json to FILE, with whole payloads", "FILE");
-    const Option map = line.text("map", "show commands and payloads by the map of commands in FILE", "FILE");
+    CommandLine line(Text::tr(description));
+    const Option listen = line.integer("listen", Text::tr("listen on PORT; 0 means a free port"), "PORT", 0, 65535);
+    const Option address =
+        line.text("address", Text::tr("listen on ADDRESS (default: 127.0.0.1)"), "ADDRESS", "127.0.0.1");
+    const Option udp = line.flag("udp", Text::tr("relay datagrams instead of connections"));
+    const Option pcap = line.text("pcap", Text::tr("also write all packets to FILE, for Wireshark"), "FILE");
+    const Option record =
+        line.text("record", Text::tr("also write the lines of --json to FILE, with whole payloads"), "FILE");
+    const Option map = line.text("map", Text::tr("show commands and payloads by the map of commands in FILE"), "FILE");
     EncodingOption encoding(line);
     encoding.needs(map);
     const Option json =
-        line.flag("json", "print each line as a JSON object, with up to 65536 bytes of a payload in hex");
+        line.flag("json", Text::tr("print each line as a JSON object, with up to 65536 bytes of a payload in hex"));
     const Option server =
-        line.optionalArgument("HOST:PORT", "the station: a name or a dotted IPv4 address, and a port");
+        line.optionalArgument("HOST:PORT", Text::tr("the station: a name or a dotted IPv4 address, and a port"));
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
 
     if (!server.isSet() || !listen.isSet())
-        return usageError("--listen PORT and one HOST:PORT are required");
+        return usageError(Text::tr("--listen PORT and one HOST:PORT are required"));
     Endpoint endpoint;
     const QString endpointError = readEndpoint(server.text(), endpoint);
     if (!endpointError.isEmpty())
@@ -81,25 +85,26 @@ int runTrace(const QStringList& arguments)
         printError(error);
         return exitFailed;
     }
-    if (!resolveHost(endpoint.host, resolveMs, stationAddresses, error)) {
-        printError(error);
+    Text unresolved;
+    if (!resolveHost(endpoint.host, resolveMs, stationAddresses, unresolved)) {
+        printError(unresolved);
         return exitFailed;
     }
     const sockaddr_in station = addressOf(stationAddresses[0], endpoint.port);
     sockaddr_in local = addressOf(address.text(), listen.number());
     const int listener = openBound(isUdp ? SOCK_DGRAM : SOCK_STREAM, local);
     if (listener < 0 || (!isUdp && ::listen(listener, SOMAXCONN) != 0)) {
-        printError(QString("cannot listen on %1: %2").arg(endpointText(local), strerror(errno)));
+        printError(Text::tr("cannot listen on %1: %2").arg(endpointText(local), errorText(errno)));
         return exitFailed;
     }
     CaptureFile capture;
     if (pcap.isSet() && !capture.open(pcap.text(), error)) {
-        printError(QString("cannot write to %1: %2").arg(pcap.text(), error));
+        printError(Text::tr("cannot write to %1: %2").arg(pcap.text(), error));
         return exitFailed;
     }
     TraceOutput output(json.isSet(), isUdp, map.isSet() ? &commands : nullptr);
     if (record.isSet() && !output.record(record.text(), error)) {
-        printError(QString("cannot write to %1: %2").arg(record.text(), error));
+        printError(Text::tr("cannot write to %1: %2").arg(record.text(), error));
         return exitFailed;
     }
     const int stopper = openStopper();
@@ -107,7 +112,7 @@ int runTrace(const QStringList& arguments)
     const auto relay = isUdp ? relayDatagrams : relayStreams;
     const bool isGood = relay(listener, station, stopper, output, capture);
     if (!isGood)
-        printError(QString("cannot relay: %1").arg(strerror(errno)));
+        printError(Text::tr("cannot relay: %1").arg(errorText(errno)));
     if (isatty(STDERR_FILENO) != 0)
         printError(output.summary());
     return isGood && capture.isGood() && output.isGood() ? exitGood : exitFailed;

@@ -6,6 +6,7 @@
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "shared/recordConstants.h"
+#include "shared/text.h"
 #include "shared/waveDrawing.h"
 
 #include <QFileInfo>
@@ -35,7 +36,7 @@ struct Wave {
     long long size = 0;
     bool hasHead = false;
     BlobWaveHead head;
-    QString refusal; // why the reader refuses it; empty if it accepts it
+    Text refusal; // why the reader refuses it; empty if it accepts it
     std::vector<float> samples;
     std::vector<int> marks;
 };
@@ -45,23 +46,23 @@ static bool isCompressed(const BlobWaveHead& head)
     return (head.waveFlags & compressedSamples) != 0;
 }
 
-static QString formText(const BlobWaveHead& head)
+static Text formText(const BlobWaveHead& head)
 {
     if (head.waveFlags & rawSamples)
-        return "raw";
-    return head.waveFlags & quantisedSamples ? "quantised" : "plain";
+        return Text::tr("raw");
+    return head.waveFlags & quantisedSamples ? Text::tr("quantised") : Text::tr("plain");
 }
 
 // Returns why the library's reader refuses a wave; docs/formats/wave.md lists the reasons.
-static QString refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
+static Text refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
 {
     if (bytes.size() < headSize)
-        return QString("the head needs %1 bytes, got %2").arg(headSize).arg(bytes.size());
-    QString tooFew = markFault(head.markCount, bytes.size() - headSize);
+        return Text::tr("the head needs %1 bytes, got %2").arg(headSize).arg(bytes.size());
+    const Text tooFew = markFault(head.markCount, bytes.size() - headSize);
     if (!tooFew.isEmpty())
         return tooFew;
     const QByteArray block = bytes.mid(headSize + 4 * static_cast<int>(head.markCount));
-    return QString("the compressed block of %1 bytes cannot be unpacked: %2")
+    return Text::tr("the compressed block of %1 bytes cannot be unpacked: %2")
         .arg(block.size())
         .arg(unpackBlock(block).fault);
 }
@@ -130,21 +131,23 @@ static QString fillText(const unsigned char* bytes, int size)
 
 // --- Text and JSON ------------------------------------------------------------------------------------------------
 
-static void printField(const char* name, const QString& value)
+static void printField(const QString& name, const QString& value)
 {
-    printLine(QString("%1 %2").arg(name, -12).arg(value));
+    printLine(padded(name, 12) + ' ' + value);
 }
 
 static void printHead(const BlobWaveHead& head)
 {
     const bool isRaw = (head.waveFlags & rawSamples) != 0;
     printField("headByte", QString("0x%1").arg(head.headByte, 2, 16, QChar('0')));
-    printField("waveFlags", QString("0x%1: %2%3")
+    printField("waveFlags", (isCompressed(head) ? Text::tr("0x%1: %2, compressed") : Text::tr("0x%1: %2"))
                                 .arg(head.waveFlags, 2, 16, QChar('0'))
-                                .arg(formText(head), isCompressed(head) ? ", compressed" : ""));
+                                .arg(formText(head)));
     printField("headFill1", fillText(head.headFill1, sizeof head.headFill1));
-    printField("limitHigh", doubleText(head.limitHigh) + (isRaw ? ", the scale" : ""));
-    printField("limitLow", doubleText(head.limitLow) + (isRaw ? ", the offset" : ""));
+    printField("limitHigh",
+               isRaw ? Text::tr("%1, the scale").arg(doubleText(head.limitHigh)) : doubleText(head.limitHigh));
+    printField("limitLow",
+               isRaw ? Text::tr("%1, the offset").arg(doubleText(head.limitLow)) : doubleText(head.limitLow));
     printField("sampleCount", QString::number(head.sampleCount));
     printField("markCount", QString::number(head.markCount));
     printField("headFill2", fillText(head.headFill2, sizeof head.headFill2));
@@ -152,7 +155,7 @@ static void printHead(const BlobWaveHead& head)
 
 static void printText(const Wave& wave)
 {
-    printField("size", QString("%1 bytes").arg(wave.size));
+    printField(Text::tr("size"), Text::tr("%1 bytes").arg(wave.size));
     if (wave.hasHead)
         printHead(wave.head);
     if (!wave.refusal.isEmpty())
@@ -161,19 +164,20 @@ static void printText(const Wave& wave)
         QStringList shown;
         for (size_t i = 0; i < std::min<size_t>(wave.marks.size(), shownMarks); ++i)
             shown.append(QString::number(wave.marks[i]));
-        printField("marks", shown.join(", ") + (wave.marks.size() > shownMarks ? ", ..." : ""));
+        printField(Text::tr("marks"), shown.join(", ") + (wave.marks.size() > shownMarks ? ", ..." : ""));
     }
     const Statistics statistics = statisticsOf(wave.samples);
     const QString count = QString::number(wave.samples.size());
     const bool isCounted = wave.samples.size() == wave.head.sampleCount;
-    printField("samples", isCounted ? count : count + QString(", but sampleCount is %1").arg(wave.head.sampleCount));
+    printField(Text::tr("samples"),
+               isCounted ? count : Text::tr("%1, but sampleCount is %2").arg(count).arg(wave.head.sampleCount));
     if (statistics.others > 0)
-        printField("not finite", QString("%1, NaN or infinite; not included below").arg(statistics.others));
+        printField(Text::tr("not finite"), Text::tr("%1, NaN or infinite; not included below").arg(statistics.others));
     if (statistics.finite == 0)
         return;
-    printField("minimum", floatText(statistics.minimum));
-    printField("maximum", floatText(statistics.maximum));
-    printField("mean", doubleText(statistics.mean));
+    printField(Text::tr("minimum"), floatText(statistics.minimum));
+    printField(Text::tr("maximum"), floatText(statistics.maximum));
+    printField(Text::tr("mean"), doubleText(statistics.mean));
 }
 
 // Returns a number that is printed with the fewest digits that identify the float.
@@ -189,7 +193,7 @@ static void printJson(const Wave& wave)
         const BlobWaveHead& head = wave.head;
         json["headByte"] = head.headByte;
         json["waveFlags"] = head.waveFlags;
-        json["form"] = formText(head);
+        json["form"] = formText(head).english();
         json["compressed"] = isCompressed(head);
         json["headFill1"] = fillText(head.headFill1, sizeof head.headFill1);
         json["limitHigh"] = head.limitHigh; // null if not finite
@@ -212,7 +216,7 @@ static void printJson(const Wave& wave)
             json["mean"] = statistics.mean;
         }
     } else {
-        json["refused"] = wave.refusal;
+        json["refused"] = wave.refusal.english();
     }
     printLine(QJsonDocument(json).toJson(QJsonDocument::Compact));
 }
@@ -232,7 +236,7 @@ static bool writeTable(const QString& path, const std::vector<float>& samples, i
         if (lines.size() > 65536) {
             output.add(lines);
             lines.clear();
-            progress.show(QString("%1: %2 of %3 samples").arg(path).arg(i + 1).arg(samples.size()));
+            progress.show(Text::tr("%1: %2 of %3 samples").arg(path).arg(i + 1).arg(samples.size()));
         }
     }
     if (!lines.isEmpty())
@@ -251,7 +255,8 @@ static bool writePicture(const QString& path, const std::vector<float>& samples,
 
 // ------------------------------------------------------------------------------------------------------------------
 
-static const char* const description =
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
     "Prints the head and marks of a stored wave, and the number, minimum, maximum and mean of its samples. NaN and\n"
     "infinite samples are only counted. If the library's reader refuses the wave, the head and the reason are\n"
     "printed, and the exit code is 1.\n"
@@ -259,7 +264,7 @@ static const char* const description =
     "  gqtool wave --raw --file WAVE --svg wave.svg\n"
     "  gqtool wave --raw --file WAVE --svg part.svg --from 5000 --to 5999\n"
     "\n"
-    "In the picture, dashed lines show those marks that are valid sample numbers.";
+    "In the picture, dashed lines show those marks that are valid sample numbers.");
 
 // The samples that --from and --to choose.
 struct Part {
@@ -273,13 +278,13 @@ static bool choosePart(const Option& from, const Option& to, size_t count, Part&
     const int last = static_cast<int>(count) - 1;
     part = {from.number(), to.isSet() ? to.number() : last};
     if (last < 0 && (from.isSet() || to.isSet())) {
-        printError("--from and --to require samples, the wave has none");
+        printError(Text::tr("--from and --to require samples, the wave has none"));
         return false;
     }
     const bool isFrom = part.from > last;
     if (last < 0 || (!isFrom && part.to <= last))
         return true;
-    printError(QString("--%1 must be at most %2, the last sample, got %3")
+    printError(Text::tr("--%1 must be at most %2, the last sample, got %3")
                    .arg(isFrom ? "from" : "to")
                    .arg(last)
                    .arg(isFrom ? part.from : part.to));
@@ -288,27 +293,28 @@ static bool choosePart(const Option& from, const Option& to, size_t count, Part&
 
 int runWave(const QStringList& arguments)
 {
-    CommandLine line(description);
+    CommandLine line(Text::tr(description));
     const Input input(line);
-    const Option csv =
-        line.text("csv", "write the samples to FILE, one 'number,value' per line; - means standard output", "FILE");
-    const Option svg = line.text("svg", "draw the samples to FILE, with every spike; - means standard output", "FILE");
-    const Option from =
-        line.integer("from", "write and draw the samples from NUMBER on (default: 0, the first)", "NUMBER", 0, INT_MAX);
-    const Option to =
-        line.integer("to", "write and draw the samples up to NUMBER (default: the last)", "NUMBER", 0, INT_MAX);
-    const Option json = line.flag("json", "print a JSON object");
+    const Option csv = line.text(
+        "csv", Text::tr("write the samples to FILE, one 'number,value' per line; - means standard output"), "FILE");
+    const Option svg =
+        line.text("svg", Text::tr("draw the samples to FILE, with every spike; - means standard output"), "FILE");
+    const Option from = line.integer(
+        "from", Text::tr("write and draw the samples from NUMBER on (default: 0, the first)"), "NUMBER", 0, INT_MAX);
+    const Option to = line.integer("to", Text::tr("write and draw the samples up to NUMBER (default: the last)"),
+                                   "NUMBER", 0, INT_MAX);
+    const Option json = line.flag("json", Text::tr("print a JSON object"));
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
     const bool csvOutput = csv.text() == "-";
     const bool svgOutput = svg.text() == "-";
     if (csvOutput + svgOutput + json.isSet() > 1)
-        return usageError("--json, --csv - and --svg - exclude each other: each prints to standard output");
+        return usageError(Text::tr("--json, --csv - and --svg - exclude each other: each prints to standard output"));
     if ((from.isSet() || to.isSet()) && !csv.isSet() && !svg.isSet())
-        return usageError("--from and --to require --csv or --svg");
+        return usageError(Text::tr("--from and --to require --csv or --svg"));
     if (to.isSet() && from.number() > to.number())
-        return usageError(QString("--from must be at most --to, got %1 and %2").arg(from.number()).arg(to.number()));
+        return usageError(Text::tr("--from must be at most --to, got %1 and %2").arg(from.number()).arg(to.number()));
     QByteArray bytes;
     if (!input.read(bytes, exitCode))
         return exitCode;
@@ -319,7 +325,7 @@ int runWave(const QStringList& arguments)
     else if (!csvOutput && !svgOutput)
         printText(wave);
     if (!wave.refusal.isEmpty()) {
-        printError("refused: " + wave.refusal);
+        printError(Text::tr("refused: %1").arg(wave.refusal));
         return exitFailed;
     }
     Part part;
@@ -328,8 +334,8 @@ int runWave(const QStringList& arguments)
     const std::vector<float> samples(wave.samples.begin() + part.from, wave.samples.begin() + (part.to + 1));
     const bool isWhole = samples.size() == wave.samples.size();
     const QString size = isWhole
-                             ? QString("%1 samples").arg(samples.size())
-                             : QString("samples %1 to %2 of %3").arg(part.from).arg(part.to).arg(wave.samples.size());
+                             ? Text::tr("%1 samples").arg(samples.size())
+                             : Text::tr("samples %1 to %2 of %3").arg(part.from).arg(part.to).arg(wave.samples.size());
     const bool isWritten =
         (!csv.isSet() || writeTable(csv.text(), samples, part.from)) &&
         (!svg.isSet() || writePicture(svg.text(), samples,

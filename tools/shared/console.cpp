@@ -1,6 +1,7 @@
 #include "console.h"
 
 #include "progress.h"
+#include "text.h"
 
 #include <QJsonDocument>
 
@@ -49,7 +50,7 @@ void printBytes(const QByteArray& bytes)
         else if (errno != EINTR) {
             const int error = errno;
             clearProgress();
-            printError(QString("cannot write to standard output: %1").arg(strerror(error)));
+            printError(Text::tr("cannot write to standard output: %1").arg(errorText(error)));
             _exit(EXIT_FAILURE);
         }
     }

@@ -10,7 +10,7 @@
 #include <vector>
 
 StationProcess::StationProcess(const QString& gqtool, const QStringList& options)
-    : command(QStringList{gqtool, "station"} + options)
+    : command(QStringList{gqtool, "station", "--lang", "en"} + options)
 {
 }
 

@@ -1,5 +1,7 @@
 #include "waveDrawing.h"
 
+#include "text.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -118,9 +120,10 @@ static QString sampleAxis(const Span& span)
                     .arg(bottom + 5)
                     .arg(bottom + 19)
                     .arg(number);
-    return axis + QString("<text x=\"%1\" y=\"%2\" text-anchor=\"middle\">sample</text>\n")
+    return axis + QString("<text x=\"%1\" y=\"%2\" text-anchor=\"middle\">%3</text>\n")
                       .arg((left + right) / 2)
-                      .arg(bottom + 40);
+                      .arg(bottom + 40)
+                      .arg(Text::tr("sample"));
 }
 
 // --- Marks and samples --------------------------------------------------------------------------------------------
@@ -212,7 +215,7 @@ QByteArray waveSvg(const std::vector<float>& samples, const WaveCaptions& captio
         picture += QString("<text x=\"%1\" y=\"%2\" text-anchor=\"middle\">%3</text>\n")
                        .arg((left + right) / 2)
                        .arg((top + bottom) / 2)
-                       .arg(samples.empty() ? "no samples" : "no finite samples");
+                       .arg(samples.empty() ? Text::tr("no samples") : Text::tr("no finite samples"));
     picture += QString("<rect x=\"%1\" y=\"%2\" width=\"%3\" height=\"%4\" fill=\"none\" stroke=\"gray\"/>\n")
                    .arg(left)
                    .arg(top)

@@ -1,4 +1,5 @@
 #include "byteSource.h"
+#include "shared/text.h"
 
 #include <QFile>
 
@@ -52,12 +53,12 @@ bool FileSource::read(QByteArray& bytes)
 
 QString FileSource::reason() const
 {
-    return failure == 0 ? QString() : QString::fromLocal8Bit(strerror(failure));
+    return failure == 0 ? QString() : errorText(failure);
 }
 
 QString FileSource::error() const
 {
-    return failure == 0 ? QString() : QString("cannot read %1: %2").arg(name(), reason());
+    return failure == 0 ? QString() : Text::tr("cannot read %1: %2").arg(name(), reason());
 }
 
 bool FileSource::isReady() const

@@ -1,4 +1,5 @@
 #pragma once
+#include "shared/text.h"
 
 #include <QByteArray>
 #include <QString>
@@ -44,7 +45,7 @@ public:
     explicit FileSource(QString file); // "-" is standard input
     ~FileSource() override;
 
-    QString name() const { return path == "-" ? "standard input" : path; }
+    QString name() const { return path == "-" ? QString(Text::tr("standard input")) : path; }
 
     bool read(QByteArray& bytes) override;
     QString error() const override;

@@ -1,4 +1,5 @@
 #include "byteWindow.h"
+#include "shared/text.h"
 
 static const int largestWindow = 1 << 30; // bytes; a QByteArray holds at most twice as many
 
@@ -26,5 +27,5 @@ bool ByteWindow::fill(long long count)
 
 QString ByteWindow::error() const
 {
-    return isTooLarge ? QString("a field or wave has more than %1 bytes").arg(largestWindow) : source.error();
+    return isTooLarge ? Text::tr("a field or wave has more than %1 bytes").arg(largestWindow) : source.error();
 }

@@ -1,6 +1,7 @@
 #include "outputFile.h"
 
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -41,7 +42,7 @@ bool OutputFile::end()
 bool OutputFile::discard()
 {
     if (file != nullptr)
-        printError(path + " is not written");
+        printError(Text::tr("%1 is not written").arg(path));
     return false;
 }
 
@@ -49,6 +50,6 @@ bool OutputFile::check(bool isDone)
 {
     isGood = isGood && isDone;
     if (!isGood)
-        printError(QString("cannot write to %1: %2").arg(path, file->errorString()));
+        printError(Text::tr("cannot write to %1: %2").arg(path, libraryText(file->errorString())));
     return isGood;
 }

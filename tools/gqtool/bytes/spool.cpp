@@ -1,4 +1,5 @@
 #include "spool.h"
+#include "shared/text.h"
 
 static const int mostInMemory = 1 << 24;
 static const int pieceBytes = 1 << 16;
@@ -30,7 +31,7 @@ bool Spool::printAll(const std::function<void(const QByteArray& bytes)>& print, 
         isBroken = isBroken || file.error() != QFileDevice::NoError;
     }
     if (isBroken)
-        error = QString("cannot keep %1 bytes in a temporary file: %2").arg(size).arg(file.errorString());
+        error = Text::tr("cannot keep %1 bytes in a temporary file: %2").arg(size).arg(libraryText(file.errorString()));
     else
         print(memory);
     return !isBroken;

@@ -1,6 +1,7 @@
 #include "callClient.h"
 
 #include "gqtool/probe/peerBytes.h"
+#include "shared/text.h"
 
 #include <QElapsedTimer>
 
@@ -13,26 +14,29 @@ using gqdb::CReturningTcpClient;
 using gqdb::CReturningUdpClient;
 
 // Describes a reply with result 0 that came in time.
-static QString badFrameText(const CallRequest& request)
+static Text badFrameText(const CallRequest& request)
 {
-    const QString text = "a bad frame: its last byte is not 0x16, or its length is wrong";
-    return request.form == replyStrings ? text + ", or a text runs past the end of the payload" : text;
+    return request.form == replyStrings
+               ? Text::tr(
+                     "a bad frame: its last byte is not 0x16, or its length is wrong, or a text runs past the end of "
+                     "the payload")
+               : Text::tr("a bad frame: its last byte is not 0x16, or its length is wrong");
 }
 
 // Describes a result that means the same over both transports.
-static QString resultText(int result)
+static Text resultText(int result)
 {
     switch (result) {
     case -2:
-        return "an error frame without a code";
+        return Text::tr("an error frame without a code");
     case -5:
-        return "a payload that is shorter than its form";
+        return Text::tr("a payload that is shorter than its form");
     default:
-        return "the server's own code, from an error frame";
+        return Text::tr("the server's own code, from an error frame");
     }
 }
 
-static void explain(CallReply& reply, LinkCause cause, const QString& meaning)
+static void explain(CallReply& reply, LinkCause cause, const Text& meaning)
 {
     reply.cause = cause;
     reply.meaning = meaning;
@@ -41,7 +45,7 @@ static void explain(CallReply& reply, LinkCause cause, const QString& meaning)
 static void explainError(CallReply& reply, int error)
 {
     const LinkCause cause = causeOfError(error);
-    explain(reply, cause, QString("%1: %2").arg(causeMeaning(cause), strerror(error)));
+    explain(reply, cause, Text::tr("%1: %2").arg(causeMeaning(cause), errorText(error)));
 }
 
 // Explains a reply that has arrived. The transports explain 0 and -1, which have further meanings.
@@ -60,7 +64,7 @@ CallReply CallClient::call(const CallRequest& request)
     timer.start();
     reply.result = exchange(request, reply);
     reply.milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-    explain(reply, LinkCause::healthy, "success");
+    explain(reply, LinkCause::healthy, Text::tr("success"));
     if (reply.result != 1)
         explainFailure(request, reply);
     return reply;
@@ -140,14 +144,14 @@ protected:
 
     void explainFailure(const CallRequest& request, CallReply& reply) const override
     {
-        const QString part = recvFrame.isEmpty() ? QString() : QString(", after %1 bytes of it").arg(recvFrame.size());
+        const bool hasPart = !recvFrame.isEmpty();
         const bool isClosed = !socket->isValid(); // also by a timeout
         if (isClosed && reply.result == -1)
-            explain(reply, part.isEmpty() ? LinkCause::closed : LinkCause::badFrame,
-                    "the server closed, or the connection broke" + part);
+            explain(reply, hasPart ? LinkCause::badFrame : LinkCause::closed,
+                    withPart(Text::tr("the server closed, or the connection broke")));
         else if (isClosed)
-            explain(reply, part.isEmpty() ? LinkCause::noReply : LinkCause::badFrame,
-                    "no complete reply in time" + part);
+            explain(reply, hasPart ? LinkCause::badFrame : LinkCause::noReply,
+                    withPart(Text::tr("no complete reply in time")));
         else if (reply.result == 0)
             explain(reply, LinkCause::badFrame, badFrameText(request));
         else
@@ -155,6 +159,12 @@ protected:
     }
 
 private:
+    // Adds how much of the reply has arrived.
+    Text withPart(const Text& text) const
+    {
+        return recvFrame.isEmpty() ? text : Text::tr("%1, after %2 bytes of it").arg(text).arg(recvFrame.size());
+    }
+
     bool receiveGreeting(CallReply& reply)
     {
         static const int judgedBytes = 65536; // of what arrives instead of a greeting
@@ -170,7 +180,7 @@ private:
         const bool isClosed = count < 0;
         if (received.isEmpty())
             explain(reply, isClosed ? LinkCause::closed : LinkCause::silent,
-                    isClosed ? "the server closed before its greeting" : "no greeting in time");
+                    isClosed ? Text::tr("the server closed before its greeting") : Text::tr("no greeting in time"));
         else
             explain(reply, verdict.cause, verdict.detail);
         // The library's client takes an error frame with such a code for a greeting.
@@ -219,9 +229,9 @@ protected:
             explainReply(reply);
         else if (!recvFrame.isEmpty())
             explain(reply, LinkCause::badFrame,
-                    QString("a datagram without a complete frame, with %1 bytes of one").arg(recvFrame.size()));
+                    Text::tr("a datagram without a complete frame, with %1 bytes of one").arg(recvFrame.size()));
         else if (reply.milliseconds >= recvOverTm)
-            explain(reply, LinkCause::noReply, "no reply in time");
+            explain(reply, LinkCause::noReply, Text::tr("no reply in time"));
         else
             explain(reply, LinkCause::badFrame, badFrameText(request));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gqtool/probe/linkCause.h"
+#include "shared/text.h"
 
 #include <QByteArray>
 #include <QStringList>
@@ -23,7 +24,7 @@ struct CallRequest {
 struct CallReply {
     int result = 0; // 1, or the code of the failure that the library's client returned
     LinkCause cause = LinkCause::healthy;
-    QString meaning;         // of the result, in words
+    Text meaning;            // of the result, in words
     double milliseconds = 0; // from the request to the end of its reply, without connecting
     std::vector<int> ints;   // for replyInt, one; a failed list holds the elements before the failure
     QByteArray bytes;

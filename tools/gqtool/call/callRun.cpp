@@ -4,6 +4,7 @@
 #include "gqtool/records/recordTexts.h"
 #include "shared/console.h"
 #include "shared/progress.h"
+#include "shared/text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -44,7 +45,7 @@ static QJsonObject jsonOf(const CallRun& run, const CallReply& reply)
 {
     QJsonObject json = {{"result", reply.result == 1 ? "good" : "failed"},
                         {"code", reply.result},
-                        {"meaning", reply.meaning},
+                        {"meaning", reply.meaning.english()},
                         {"value", valueOf(run, reply)},
                         {"ms", reply.milliseconds}};
     if (reply.result != 1)
@@ -64,7 +65,7 @@ static void printReply(const CallReply& reply)
 
 static QString failureText(const CallReply& reply)
 {
-    return QString("failed with %1: %2: %3").arg(reply.result).arg(causeWord(reply.cause), reply.meaning);
+    return Text::tr("failed with %1: %2: %3").arg(reply.result).arg(causeWord(reply.cause), reply.meaning);
 }
 
 // Prints the records of a good reply. Returns an exit code.
@@ -77,10 +78,10 @@ static int finishRecords(const CallRun& run, const CallReply& reply)
         for (const QString& text : records.texts)
             printLine(text);
         if (records.rest > 0)
-            printLine(QString("(%1 bytes after the records)").arg(records.rest));
+            printLine(Text::tr("(%1 bytes after the records)").arg(records.rest));
     }
     if (!records.fault.isEmpty())
-        printError(QString("%1: the reply is no %2: %3").arg(run.name, run.records->name, records.fault));
+        printError(Text::tr("%1: the reply is no %2: %3").arg(run.name, run.records->name, records.fault));
     return records.fault.isEmpty() ? exitGood : exitFailed;
 }
 
@@ -103,7 +104,7 @@ int callOnce(CallClient& client, const CallRun& run)
     return finish(run, client.call(run.request));
 }
 
-int failUnresolved(const CallRun& run, const QString& error)
+int failUnresolved(const CallRun& run, const Text& error)
 {
     CallReply reply;
     reply.result = -1;
@@ -130,18 +131,23 @@ struct Tally {
     }
 };
 
+static void printFigure(const QString& name, const QString& value)
+{
+    printLine(padded(name, 12) + value);
+}
+
 static void printTally(const Tally& tally)
 {
-    printLine(QString("requests    %1").arg(tally.requests));
-    printLine(QString("failures    %1").arg(tally.failed()));
+    printFigure(Text::tr("requests"), QString::number(tally.requests));
+    printFigure(Text::tr("failures"), QString::number(tally.failed()));
     for (auto failure = tally.failures.cbegin(); failure != tally.failures.cend(); ++failure)
         printLine(QString("            %1 %2").arg(failure.value()).arg(failure.key()));
-    printLine(QString("per second  %1").arg(tally.perSecond(), 0, 'f', 1));
+    printFigure(Text::tr("per second"), QString::number(tally.perSecond(), 'f', 1));
     if (tally.times.empty())
         return;
-    printLine(QString("least       %1 ms").arg(tally.times.front(), 0, 'f', 3));
-    printLine(QString("median      %1 ms").arg(tally.median(), 0, 'f', 3));
-    printLine(QString("largest     %1 ms").arg(tally.times.back(), 0, 'f', 3));
+    printFigure(Text::tr("least"), QString("%1 ms").arg(tally.times.front(), 0, 'f', 3));
+    printFigure(Text::tr("median"), QString("%1 ms").arg(tally.median(), 0, 'f', 3));
+    printFigure(Text::tr("largest"), QString("%1 ms").arg(tally.times.back(), 0, 'f', 3));
 }
 
 static QJsonObject jsonOf(const Tally& tally)
@@ -209,7 +215,7 @@ int callRepeatedly(CallClient& client, const CallRun& run)
             line["request"] = tally.requests;
             printJson(line);
         }
-        progress.show(QString("%1 of %2, %3 failed").arg(tally.requests).arg(run.times).arg(tally.failed()));
+        progress.show(Text::tr("%1 of %2, %3 failed").arg(tally.requests).arg(run.times).arg(tally.failed()));
     }
     clearProgress();
     tally.seconds = std::chrono::duration<double>(Clock::now() - begin).count();

@@ -23,4 +23,4 @@ int callOnce(CallClient& client, const CallRun& run);
 int callRepeatedly(CallClient& client, const CallRun& run);
 
 // Prints why the server's name could not be resolved, instead of a reply. Returns an exit code.
-int failUnresolved(const CallRun& run, const QString& error);
+int failUnresolved(const CallRun& run, const Text& error);

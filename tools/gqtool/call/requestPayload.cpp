@@ -2,6 +2,7 @@
 
 #include "gqtool/commandLine.h"
 #include "gqtool/dump/hexReader.h"
+#include "shared/text.h"
 
 #include <climits>
 #include <socketApi.h>
@@ -11,7 +12,7 @@ bool readInts(const QStringList& words, std::vector<int>& values, QString& error
     for (const QString& word : words) {
         int value = 0;
         if (!readInt(word, INT_MIN, INT_MAX, value)) {
-            error = QString("INTEGER must be a 4-byte integer, got '%1'").arg(word);
+            error = Text::tr("INTEGER must be a 4-byte integer, got '%1'").arg(word);
             return false;
         }
         values.push_back(value);
@@ -48,8 +49,8 @@ bool readMapped(const MappedCommand& command, const QStringList& words, CallRequ
     }
     const int wanted = command.request == "-" ? 0 : command.request == "int" ? 1 : 2;
     if (command.request != "ints" && words.size() != wanted) {
-        error = wanted == 0 ? QString("%1 takes no arguments").arg(command.name)
-                            : QString("%1 requires %2").arg(command.name, wanted == 1 ? "INTEGER" : "INTEGER INTEGER");
+        error = wanted == 0 ? Text::tr("%1 takes no arguments").arg(command.name)
+                            : Text::tr("%1 requires %2").arg(command.name, wanted == 1 ? "INTEGER" : "INTEGER INTEGER");
         return false;
     }
     std::vector<int> values;

@@ -2,6 +2,7 @@
 
 #include "gqtool/records/recordDecoding.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <charconv>
 #include <utility>
@@ -112,7 +113,7 @@ bool DecodeCsv::finish(const Decoding& decoding)
     const long long rest = input.size() - decoding.restOffset;
     const bool isWhole = decoding.faults.listed().empty();
     if (isWhole && rest > 0)
-        printError(QString("%1: byte %2: %3 bytes after the list are not in the table")
+        printError(Text::tr("%1: byte %2: %3 bytes after the list are not in the table")
                        .arg(inputName)
                        .arg(decoding.restOffset)
                        .arg(rest));

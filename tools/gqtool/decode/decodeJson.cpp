@@ -123,7 +123,7 @@ void DecodeJson::addFaults(const FaultList& faults)
     for (const Fault& fault : faults.listed()) {
         json.begin(nullptr, '{');
         json.add("offset", fault.offset);
-        json.add("fault", JsonText{jsonText(fault.text)});
+        json.add("fault", JsonText{jsonText(fault.text.english())});
         json.end('}');
     }
     json.end(']');
@@ -141,7 +141,7 @@ bool DecodeJson::finish(const Decoding& decoding)
     if (wants.library || !input.isLarge()) {
         json.begin("library", '{');
         json.add("result", decoding.readerCalled ? FieldValue(decoding.result) : JsonText{"null"});
-        json.add("meaning", JsonText{jsonText(decoding.meaning)});
+        json.add("meaning", JsonText{jsonText(decoding.meaning.english())});
         json.end('}');
     }
     json.end('}');

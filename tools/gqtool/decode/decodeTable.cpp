@@ -2,6 +2,7 @@
 
 #include "gqtool/map/commandMap.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -44,10 +45,11 @@ static void appendValue(std::string& text, const DecodedRow& row)
 {
     const size_t start = text.size();
     const bool isCommand = row.name != nullptr && row.name == std::string_view("command"); // of a frame
+    const std::string remark = row.remark == nullptr ? std::string() : row.remark->toStdString();
     if (isCommand)
         text += commandText(static_cast<unsigned char>(std::get<long long>(row.value))).toStdString();
     else
-        appendJson(text, row.value);
+        appendJson(text, row.remark == nullptr ? row.value : FieldValue(remark));
     if (text.size() - start <= shownText)
         return;
     const size_t most = 4 * static_cast<size_t>(shownText + 1); // bytes of a character more than are shown
@@ -62,12 +64,15 @@ void DecodeTable::row(const DecodedRow& row)
 {
     appendOffset(text, row.offset);
     appendBytes(text, row.bytes);
-    Line line = {text.size(), 0, 0};
-    row.appendName(text);
+    Line line = {text.size(), 0, 0, 0};
+    row.appendLabel(text);
     line.nameEnd = text.size();
+    line.nameWidth = line.nameEnd - line.bytesEnd;
+    if (row.name != nullptr && *row.name == '(') // a label, which may be Chinese
+        line.nameWidth = static_cast<size_t>(columnsOf(QString::fromStdString(text.substr(line.bytesEnd))));
     appendValue(text, row);
     line.valueEnd = text.size();
-    nameWidth = std::max(nameWidth, line.nameEnd - line.bytesEnd);
+    nameWidth = std::max(nameWidth, line.nameWidth);
     lines.push_back(line);
     if (text.size() > blockBytes)
         flush();
@@ -79,7 +84,7 @@ void DecodeTable::flush()
     printed.reserve(static_cast<int>(text.size() + lines.size() * (nameWidth + 3)));
     size_t start = 0;
     for (const Line& line : lines) {
-        const size_t padding = nameWidth - (line.nameEnd - line.bytesEnd) + 2;
+        const size_t padding = nameWidth - line.nameWidth + 2;
         printed.append(text.data() + start, static_cast<int>(line.nameEnd - start));
         printed.append(static_cast<int>(padding), ' ');
         printed.append(text.data() + line.nameEnd, static_cast<int>(line.valueEnd - line.nameEnd));
@@ -97,11 +102,11 @@ bool DecodeTable::finish(const Decoding& decoding)
     if (!decoding.restStart.isEmpty()) {
         appendOffset(text, decoding.restOffset);
         appendBytes(text, {decoding.restStart.constData(), static_cast<size_t>(decoding.restStart.size())});
-        printLine(QString::fromStdString(text) + QString("%1, %2 bytes")
-                                                     .arg(decoding.faults.listed().empty() ? "(rest)" : "(not read)")
-                                                     .arg(input.size() - decoding.restOffset));
+        printLine(QString::fromStdString(text) +
+                  (decoding.faults.listed().empty() ? Text::tr("(rest), %1 bytes") : Text::tr("(not read), %1 bytes"))
+                      .arg(input.size() - decoding.restOffset));
     }
-    printLine(decoding.readerCalled ? QString("library: %1, %2").arg(decoding.result).arg(decoding.meaning)
-                                    : "library: " + decoding.meaning);
+    printLine(decoding.readerCalled ? Text::tr("library: %1, %2").arg(decoding.result).arg(decoding.meaning)
+                                    : Text::tr("library: %1").arg(decoding.meaning));
     return true;
 }

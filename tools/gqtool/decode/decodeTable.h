@@ -22,6 +22,7 @@ private:
     struct Line {
         size_t bytesEnd;
         size_t nameEnd;
+        size_t nameWidth; // columns
         size_t valueEnd;
     };
 

@@ -1,4 +1,5 @@
 #include "dumpLines.h"
+#include "shared/text.h"
 
 #include <algorithm>
 
@@ -130,7 +131,7 @@ bool DumpLines::readRow(const QByteArray& text, const Offset& offset, Row& row, 
             return fail(end, badDigit(text[end]));
         const QString group = QString::fromLatin1(text.mid(pos, std::min(count, shownText)));
         if (count % 2 != 0)
-            return fail(pos, QString("'%1' must have an even number of hex digits").arg(group));
+            return fail(pos, Text::tr("'%1' must have an even number of hex digits").arg(group));
         appendDigits(text.constData() + pos, count, row.bytes);
         row.order.addGroup(text.constData() + pos, count);
         if (count > 2 && row.word.isEmpty())
@@ -144,10 +145,11 @@ bool DumpLines::readRow(const QByteArray& text, const Offset& offset, Row& row, 
     row.order.addText(text.mid(pos));
     if (isTextColumn(text.mid(pos), row.bytes.size()))
         return true;
-    return fail(pos, QString("the text column must have at most %1 characters, one per byte, got '%2'%3")
-                         .arg(row.bytes.size())
-                         .arg(QString::fromUtf8(text.mid(pos).trimmed().left(shownText)),
-                              row.word.isEmpty() ? "" : "; use xxd without -e, od -t x1 or hexdump -C"));
+    return fail(pos,
+                Text::tr("the text column must have at most %1 characters, one per byte, got '%2'%3")
+                    .arg(row.bytes.size())
+                    .arg(QString::fromUtf8(text.mid(pos).trimmed().left(shownText)),
+                         row.word.isEmpty() ? QString() : Text::tr("; use xxd without -e, od -t x1 or hexdump -C")));
 }
 
 // --- Lines --------------------------------------------------------------------------------------------------------
@@ -168,7 +170,7 @@ bool DumpLines::read(const QByteArray& text, Line& line)
     }
     if (content == "*") {
         if (previous.isEmpty() || isRepeating)
-            return fail("* must come after a line of bytes");
+            return fail(Text::tr("* must come after a line of bytes"));
         isRepeating = true;
         return true;
     }
@@ -180,7 +182,7 @@ bool DumpLines::read(const QByteArray& text, Line& line)
         mayRestart = isSummarised = true;
         return true;
     }
-    return fail(QString("a line of a dump must begin with an offset, got '%1'")
+    return fail(Text::tr("a line of a dump must begin with an offset, got '%1'")
                     .arg(QString::fromUtf8(content.left(shownText))));
 }
 
@@ -212,16 +214,16 @@ bool DumpLines::checkWords(const Offset& offset, const Row& row)
     const bool isOfOd = offset.mark == '\0' || (offset.mark == ' ' && (digits == 6 || digits == octalDigits));
     if (isOfOd && !row.word.isEmpty())
         return fail(
-            QString("'%1' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C")
+            Text::tr("'%1' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C")
                 .arg(row.word));
     if (offset.mark != ':')
         return true;
     if (row.order.isBinary())
-        return fail(QString("'%1' is binary; use xxd without -b").arg(row.word));
+        return fail(Text::tr("'%1' is binary; use xxd without -b").arg(row.word));
     switch (row.order.found(row.bytes)) {
     case WordOrder::reversed:
-        return fail(
-            QString("'%1' has its bytes in reverse order, as the text column shows; use xxd without -e").arg(row.word));
+        return fail(Text::tr("'%1' has its bytes in reverse order, as the text column shows; use xxd without -e")
+                        .arg(row.word));
     case WordOrder::asWritten:
         isOrderKnown = true;
         break;
@@ -229,7 +231,7 @@ bool DumpLines::checkWords(const Offset& offset, const Row& row)
         if (!unknownOrder.isSet())
             unknownOrder = {
                 number, 0,
-                QString("'%1' may have its bytes in reverse order, as of xxd -e; use xxd -g 1").arg(row.word)};
+                Text::tr("'%1' may have its bytes in reverse order, as of xxd -e; use xxd -g 1").arg(row.word)};
         break;
     case WordOrder::noMatter:
         break;
@@ -250,7 +252,7 @@ bool DumpLines::checkOffset(const Offset& offset, Line& line)
     const qint64 expected = isSummarised ? 0 : size;
     const qint64 missing = offset.value - expected;
     if (isRepeating && offset.mark == '\0' && offset.digits.size() == octalDigits)
-        return fail(QString("offset %1 may be octal or decimal; use od -A x").arg(QString(offset.digits)));
+        return fail(Text::tr("offset %1 may be octal or decimal; use od -A x").arg(QString(offset.digits)));
     if (isRepeating && missing > 0 && missing % previous.size() == 0) {
         line.repeated = missing;
         line.pattern = previous;
@@ -262,22 +264,22 @@ bool DumpLines::checkOffset(const Offset& offset, Line& line)
     const QString found = QString::fromLatin1(offset.digits);
     const QString right = QString("%1").arg(expected, digits, 16, QChar('0'));
     if (isRepeating)
-        return fail(QString("offset after * must be %1 and a multiple of %2 bytes, got %3")
+        return fail(Text::tr("offset after * must be %1 and a multiple of %2 bytes, got %3")
                         .arg(right)
                         .arg(previous.size())
                         .arg(found));
     QString hint;
     if (offset.digits.toLongLong(nullptr, 8) == expected || offset.digits.toLongLong(nullptr, 10) == expected)
-        hint = "; offsets must be hexadecimal, as of od -A x";
+        hint = Text::tr("; offsets must be hexadecimal, as of od -A x");
     else if (missing > 0)
-        hint = QString("; %1 %2 missing").arg(missing).arg(missing == 1 ? "byte is" : "bytes are");
-    return fail(QString("offset must be %1, got %2%3").arg(right, found, hint));
+        hint = missing == 1 ? Text::tr("; 1 byte is missing") : Text::tr("; %1 bytes are missing").arg(missing);
+    return fail(Text::tr("offset must be %1, got %2%3").arg(right, found, hint));
 }
 
 bool DumpLines::end()
 {
     if (isRepeating)
-        return fail("* must be followed by an offset");
+        return fail(Text::tr("* must be followed by an offset"));
     if (!isOrderKnown)
         firstError = unknownOrder;
     return !firstError.isSet();

@@ -1,9 +1,10 @@
 #include "hexDigits.h"
+#include "shared/text.h"
 
 QString HexError::message() const
 {
-    const QString place = QString("line %1").arg(line);
-    return (column > 0 ? place + QString(", column %1").arg(column) : place) + ": " + text;
+    return column > 0 ? Text::tr("line %1, column %2: %3").arg(line).arg(column).arg(text)
+                      : Text::tr("line %1: %2").arg(line).arg(text);
 }
 
 int digitValue(char character)
@@ -24,8 +25,8 @@ QString badDigit(char character)
 {
     const auto code = static_cast<unsigned char>(character);
     if (code >= ' ' && code < 0x7f)
-        return QString("'%1' is not a hex digit").arg(QChar(code));
-    return QString("byte 0x%1 is not a hex digit; use --raw for raw bytes").arg(code, 2, 16, QChar('0'));
+        return Text::tr("'%1' is not a hex digit").arg(QChar(code));
+    return Text::tr("byte 0x%1 is not a hex digit; use --raw for raw bytes").arg(code, 2, 16, QChar('0'));
 }
 
 void appendDigits(const char* digits, int count, QByteArray& bytes)

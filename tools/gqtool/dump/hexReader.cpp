@@ -1,4 +1,5 @@
 #include "hexReader.h"
+#include "shared/text.h"
 
 #include <algorithm>
 #include <utility>
@@ -120,7 +121,7 @@ void HexReader::readLines(QByteArray& bytes)
         if (!takeLine(next, found)) {
             if (unread.size() - next > longestLine)
                 firstError = {lines.lineNumber() + 1, 0,
-                              QString("a line of a dump must have at most %1 characters").arg(longestLine)};
+                              Text::tr("a line of a dump must have at most %1 characters").arg(longestLine)};
             return;
         }
         line = DumpLines::Line();

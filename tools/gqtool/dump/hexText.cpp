@@ -1,4 +1,5 @@
 #include "hexText.h"
+#include "shared/text.h"
 
 #include <cstring>
 
@@ -59,11 +60,11 @@ bool HexText::end(QByteArray& bytes)
     if (state == slash)
         return fail(line, column - 1, badDigit('/'));
     if (state == blockComment || state == starInComment)
-        return fail(openLine, 0, "/* must be closed by */");
+        return fail(openLine, 0, Text::tr("/* must be closed by */"));
     if (quote != 0)
-        return fail(openLine, 0, QString("%1 must be closed").arg(quote));
+        return fail(openLine, 0, Text::tr("%1 must be closed").arg(quote));
     if (depth > 0)
-        return fail(openLine, 0, "{ must be closed by }");
+        return fail(openLine, 0, Text::tr("{ must be closed by }"));
     return true;
 }
 
@@ -129,14 +130,14 @@ bool HexText::takeBetween(char character)
         return true;
     case ';':
         isStatement = depth == 0;
-        return depth == 0 || fail("';' must come after the closing }");
+        return depth == 0 || fail(Text::tr("';' must come after the closing }"));
     case '{':
         openLine = depth == 0 ? line : openLine;
         ++depth;
         return true;
     case '}':
         if (depth == 0)
-            return fail("} closes nothing");
+            return fail(Text::tr("} closes nothing"));
         --depth;
         isStatement = depth == 0;
         isDeclared = isDeclared && depth > 0;
@@ -226,8 +227,10 @@ bool HexText::takeInGroup(char character, QByteArray& bytes)
 bool HexText::endSmallGroup(int least)
 {
     if (groupSize < least || groupSize > 2)
-        return fail(line, groupColumn,
-                    QString("'%1' must have %2 hex digits").arg(groupText(), least == 2 ? "2" : "1 or 2"));
+        return fail(
+            line, groupColumn,
+            (least == 2 ? Text::tr("'%1' must have 2 hex digits") : Text::tr("'%1' must have 1 or 2 hex digits"))
+                .arg(groupText()));
     if (groupSize == 1)
         digits.prepend('0');
     return true;
@@ -238,21 +241,23 @@ bool HexText::endGroup(QByteArray& bytes)
     state = between;
     isStatement = false;
     if (hasGroups && hasEscapes != (prefix == escape))
-        return fail(
-            line, groupColumn,
-            QString("'%1' must%2 begin with \\x, as the bytes before it").arg(groupText(), hasEscapes ? "" : " not"));
+        return fail(line, groupColumn,
+                    (hasEscapes ? Text::tr("'%1' must begin with \\x, as the bytes before it")
+                                : Text::tr("'%1' must not begin with \\x, as the bytes before it"))
+                        .arg(groupText()));
     hasGroups = true;
     hasEscapes = prefix == escape;
     if (depth > 0 && isDeclared && prefix == none && quote == 0)
-        return fail(line, groupColumn, QString("'%1' must begin with 0x in an array").arg(groupText()));
+        return fail(line, groupColumn, Text::tr("'%1' must begin with 0x in an array").arg(groupText()));
     if (prefix == escape && !endSmallGroup(2))
         return false;
     if (prefix == zeroX && depth > 0 && !endSmallGroup(1))
         return false;
     if (groupSize == 0 || digits.size() % 2 != 0)
-        return fail(
-            line, groupColumn,
-            QString("'%1' must have %2 digits").arg(groupText(), groupSize == 0 ? "hex" : "an even number of hex"));
+        return fail(line, groupColumn,
+                    (groupSize == 0 ? Text::tr("'%1' must have hex digits")
+                                    : Text::tr("'%1' must have an even number of hex digits"))
+                        .arg(groupText()));
     appendDigits(digits.constData(), digits.size(), bytes);
     arrayBytes += digits.size() / 2;
     return true;
@@ -323,7 +328,7 @@ bool HexText::takeArraySize(char character)
     }
     const QByteArray name = declared.trimmed();
     if (name.endsWith("_len") && size != arrayBytes)
-        return fail(line, 0, QString("the array has %1 bytes, but its size is %2").arg(arrayBytes).arg(size));
+        return fail(line, 0, Text::tr("the array has %1 bytes, but its size is %2").arg(arrayBytes).arg(size));
     state = between;
     return true;
 }

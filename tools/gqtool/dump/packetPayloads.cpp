@@ -1,4 +1,5 @@
 #include "packetPayloads.h"
+#include "shared/text.h"
 
 #include <algorithm>
 
@@ -63,12 +64,12 @@ static PacketParts findPayload(const QByteArray& packet, int ip)
     parts.size = ip + total - parts.start;
     parts.excess = packet.size() - ip - total;
     if ((wordAt(packet, ip + 6) & 0x3fff) != 0)
-        parts.fault = "a packet is a fragment; gqtool does not reassemble it";
+        parts.fault = Text::tr("a packet is a fragment; gqtool does not reassemble it");
     else if (parts.excess < 0)
         parts.fault =
-            QString("a packet needs %1 bytes, got %2; capture with tcpdump -s 0").arg(total).arg(packet.size() - ip);
+            Text::tr("a packet needs %1 bytes, got %2; capture with tcpdump -s 0").arg(total).arg(packet.size() - ip);
     else if (parts.size < 0 || (isTcp && headerSize < 20))
-        parts.fault = QString("the %1 header of a packet is malformed").arg(isTcp ? "TCP" : "UDP");
+        parts.fault = Text::tr("the %1 header of a packet is malformed").arg(isTcp ? "TCP" : "UDP");
     return parts;
 }
 
@@ -88,7 +89,7 @@ bool PacketPayloads::add(const QByteArray& bytes, QByteArray& payload)
     packet += bytes;
     const bool isTooLong = packet.size() > largestLink + largestPacket + largestPadding;
     if (isKnown) {
-        fault = isTooLong ? QString("a packet must have at most %1 bytes").arg(largestPacket) : QString();
+        fault = isTooLong ? Text::tr("a packet must have at most %1 bytes").arg(largestPacket) : QString();
         return !isTooLong;
     }
     const bool hasHeader = packet.size() < largestLink + 4 * 15 || findIpHeader(packet) >= 0;

@@ -3,6 +3,7 @@
 #include "gqtool/closestName.h"
 #include "gqtool/frames/frameCodec.h"
 #include "gqtool/records/recordJson.h"
+#include "shared/text.h"
 
 static const QStringList usedMembers = {"as", "value", "behind"};
 static const QStringList knownMembers = {"as",   "behind",  "direction",  "faults",    "fields",
@@ -20,9 +21,9 @@ bool DocumentEncoder::wants(const std::string& name)
 {
     const QString text = QString::fromStdString(name);
     if (!knownMembers.contains(text))
-        fail({QString("%1 is unknown; the members are %2").arg(text, knownMembers.join(", "))});
+        fail({Text::tr("%1 is unknown; the members are %2").arg(text, knownMembers.join(", "))});
     else if (seen.contains(text))
-        fail({text + " occurs twice"});
+        fail({Text::tr("%1 occurs twice").arg(text)});
     const bool isUsed = usedMembers.contains(text) && !seen.contains(text);
     seen.append(text);
     return isUsed;
@@ -33,7 +34,7 @@ void DocumentEncoder::member(const std::string& name, const Json& value)
     if (name == "as")
         setForm(value);
     else if (name == "behind" && !takeBytes(value, behind))
-        fail({"behind must be a string of valid Unicode or {\"hex\": DIGITS}" + gotText(value)});
+        fail({Text::tr("behind must be a string of valid Unicode or {\"hex\": DIGITS}") + gotText(value)});
     else if (name == "value" && !seen.contains("as"))
         early = value;
     else if (name == "value")
@@ -55,7 +56,7 @@ void DocumentEncoder::setForm(const Json& name)
     if (form != nullptr)
         content = form->make();
     else if (!isFrames)
-        fail({"as must be a form of 'gqtool decode --list'" + gotText(name) + closestForm(name)});
+        fail({Text::tr("as must be a form of 'gqtool decode --list'") + gotText(name) + closestForm(name)});
     if (seen.contains("value"))
         encodeValue(early);
 }
@@ -70,7 +71,7 @@ void DocumentEncoder::encodeValue(const Json& value)
         return;
     }
     if (isFrames)
-        fail({"value must be an array" + gotText(value)});
+        fail({Text::tr("value must be an array") + gotText(value)});
     if (form == nullptr)
         return;
     QByteArray bytes;
@@ -78,7 +79,7 @@ void DocumentEncoder::encodeValue(const Json& value)
     if (!errors.isEmpty())
         fail(errors);
     else if (!content->write(bytes))
-        fail({"value cannot be written: the samples do not pack into 5000000 bytes"});
+        fail({Text::tr("value cannot be written: the samples do not pack into 5000000 bytes")});
     encoded.add({bytes.constData(), static_cast<size_t>(bytes.size())});
 }
 
@@ -110,7 +111,7 @@ void DocumentEncoder::end()
 {
     for (const char* name : {"as", "value"}) {
         if (!seen.contains(name))
-            fail({QString("%1 is missing").arg(name)});
+            fail({Text::tr("%1 is missing").arg(name)});
     }
 }
 

@@ -1,4 +1,5 @@
 #include "jsonDocument.h"
+#include "shared/text.h"
 
 #include <istream>
 #include <nlohmann/json.hpp>
@@ -96,7 +97,7 @@ private:
     bool take(Json value)
     {
         if (depth == 0)
-            return fail("must be a JSON object" + gotText(value));
+            return fail(Text::tr("must be a JSON object") + gotText(value));
         if (isSkipped)
             return true;
         if (open.empty())
@@ -109,9 +110,9 @@ private:
     bool begin(Json value)
     {
         if (depth == 0 && !value.is_object())
-            return fail("must be a JSON object, got an array");
+            return fail(Text::tr("must be a JSON object, got an array"));
         if (depth == deepest)
-            return fail(QString("%1 must have at most %2 nested objects and arrays")
+            return fail(Text::tr("%1 must have at most %2 nested objects and arrays")
                             .arg(QString::fromStdString(memberName))
                             .arg(deepest));
         ++depth;

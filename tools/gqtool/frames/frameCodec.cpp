@@ -2,6 +2,7 @@
 
 #include "frameMembers.h"
 #include "gqtool/records/recordDecoding.h"
+#include "shared/text.h"
 
 #include <algorithm>
 #include <climits>
@@ -72,8 +73,8 @@ private:
         if (!isCounting)
             listener.member(name, value);
     }
-    void fault(long long offset, const QString& text) { isCounting = !result.faults.add(offset, text) || isCounting; }
-    void reject(int code, const QString& reason) // by the library; the first reason counts
+    void fault(long long offset, const Text& text) { isCounting = !result.faults.add(offset, text) || isCounting; }
+    void reject(int code, const Text& reason) // by the library; the first reason counts
     {
         if (result.result == 1) {
             result.result = code;
@@ -109,9 +110,9 @@ void FrameDecoder::decodePayload(const StreamItem& item, const Payload& payload)
     }
     const int answer = parserResult(payload.form, bytes);
     if (answer == 0)
-        reject(answer, "a text of [%1] runs past the end of its payload");
+        reject(answer, Text::tr("a text of [%1] runs past the end of its payload"));
     else if (answer != 1)
-        reject(answer, "the payload of [%1] is shorter than its form");
+        reject(answer, Text::tr("the payload of [%1] is shorter than its form"));
 }
 
 // Adds a row for each field of the records. Their faults are those of the payload.
@@ -131,21 +132,21 @@ void FrameDecoder::addFault(const StreamItem& item)
     const Frame& frame = item.content;
     switch (item.kind) {
     case StreamItem::cut:
-        fault(end, QString("the frame at byte %1 needs %2 bytes, got %3")
+        fault(end, Text::tr("the frame at byte %1 needs %2 bytes, got %3")
                        .arg(start)
                        .arg(static_cast<long long>(frame.length) + CSocketAPI::frameOverhead)
                        .arg(item.size));
         break;
     case StreamItem::cutHeader:
-        fault(end, QString("a header needs %1 bytes, got %2").arg(CSocketAPI::headerSize).arg(item.size));
+        fault(end, Text::tr("a header needs %1 bytes, got %2").arg(CSocketAPI::headerSize).arg(item.size));
         break;
     case StreamItem::badLength:
-        fault(start, QString("length must be at most %1, got %2; a client would wait for the rest")
+        fault(start, Text::tr("length must be at most %1, got %2; a client would wait for the rest")
                          .arg(frame.length > FrameStream::clientLimit ? FrameStream::clientLimit : largestPayload)
                          .arg(frame.length));
         break;
     case StreamItem::wrongEnd:
-        fault(end - 1, QString("the last byte of a frame must be 16, got %1; a client drops this frame")
+        fault(end - 1, Text::tr("the last byte of a frame must be 16, got %1; a client drops this frame")
                            .arg(frame.end, 2, 16, QChar('0')));
         break;
     case StreamItem::frame:
@@ -153,9 +154,9 @@ void FrameDecoder::addFault(const StreamItem& item)
         return;
     }
     if (item.kind != StreamItem::badLength)
-        reject(0, "a client does not accept [%1]");
+        reject(0, Text::tr("a client does not accept [%1]"));
     else if (frame.length <= FrameStream::clientLimit)
-        reject(0, "[%1] is longer than gqtool decodes");
+        reject(0, Text::tr("[%1] is longer than gqtool decodes"));
 }
 
 void FrameDecoder::decodeItem(const StreamItem& item)
@@ -223,7 +224,7 @@ void FrameDecoder::decode()
 {
     result.readerCalled = true;
     result.result = 1;
-    result.meaning = "good";
+    result.meaning = Text::tr("good");
     listener.begin(nullptr, '[');
     FrameStream stream(INT_MAX, largestPayload);
     while (input.holds(1)) {
@@ -235,7 +236,7 @@ void FrameDecoder::decode()
     endGarbage();
     listener.end(']');
     if (!hasFrames)
-        fault(0, "no frame found");
+        fault(0, Text::tr("no frame found"));
     result.stopAt(input);
 }
 
@@ -263,7 +264,7 @@ public:
     {
         for (const auto& [name, value] : part.items()) {
             if (!partMembers.contains(QString::fromStdString(name)))
-                fail(name.c_str(), "is unknown; the members are " + partMembers.join(", "));
+                fail(name.c_str(), Text::tr("is unknown; the members are %1").arg(partMembers.join(", ")));
         }
         if (part.contains("garbage"))
             bytes += takeHex("garbage");
@@ -287,9 +288,9 @@ private:
         const double number = value != part.end() && value->is_number() ? value->get<double>() : -1;
         const bool isInside = number >= 0 && number <= most && number == std::floor(number);
         if (value == part.end())
-            fail(name, "is missing");
+            fail(name, Text::tr("is missing"));
         else if (!isInside)
-            fail(name, QString("must be an integer from 0 to %1").arg(most) + gotText(*value));
+            fail(name, Text::tr("must be an integer from 0 to %1").arg(most) + gotText(*value));
         return isInside ? static_cast<int>(number) : -1;
     }
 
@@ -298,12 +299,13 @@ private:
         const auto value = part.find(name);
         QByteArray taken;
         if (value == part.end())
-            fail(name, "is missing");
+            fail(name, Text::tr("is missing"));
         else if (!::takeHex(*value, taken))
-            fail(name, "must be a string of hex digits, two per byte" + gotText(*value));
+            fail(name, Text::tr("must be a string of hex digits, two per byte") + gotText(*value));
         else if (size >= 0 && taken.size() != size)
-            fail(name,
-                 QString("must have %1 %2, got %3").arg(size).arg(size == 1 ? "byte" : "bytes").arg(taken.size()));
+            fail(name, (size == 1 ? Text::tr("must have %1 byte, got %2") : Text::tr("must have %1 bytes, got %2"))
+                           .arg(size)
+                           .arg(taken.size()));
         return taken;
     }
 
@@ -322,7 +324,7 @@ private:
             const int length = takeInteger("length", INT_MAX - CSocketAPI::frameOverhead);
             const int size = payloadEnd - CSocketAPI::headerSize;
             if (length >= 0 && (length < size || (length > size && !isCut)))
-                fail("length", QString("must be the size of the payload, %1, got %2").arg(size).arg(length));
+                fail("length", Text::tr("must be the size of the payload, %1, got %2").arg(size).arg(length));
             CByte2Val::int2Byte(length, frame.data() + 1);
         }
         if (part.contains("end"))
@@ -344,7 +346,7 @@ private:
 QStringList encodeFrame(const Json& part, const QString& path, QByteArray& bytes)
 {
     if (!part.is_object())
-        return {path + " must be an object" + gotText(part)};
+        return {QString("%1 %2").arg(path, Text::tr("must be an object")) + gotText(part)};
     FrameEncoder encoder(part, path, bytes);
     encoder.encode();
     return encoder.errors;

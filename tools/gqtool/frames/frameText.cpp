@@ -1,6 +1,7 @@
 #include "frameText.h"
 
 #include "gqtool/records/recordTexts.h"
+#include "shared/text.h"
 
 #include <QStringList>
 
@@ -54,11 +55,6 @@ static bool fits(const Frame& frame, long long size)
            frame.payload.mid(static_cast<int>(size)).count('\0') == leastDatagram - size;
 }
 
-static QString countText(unsigned int count, const char* noun)
-{
-    return QString("%1 %2%3: ").arg(count).arg(noun, count == 1 ? "" : "s");
-}
-
 static QString listText(const QStringList& shown, unsigned int count)
 {
     return shown.join(", ") + (count > static_cast<unsigned int>(shown.size()) ? ", ..." : "");
@@ -106,24 +102,28 @@ static QString fittingForm(const Frame& frame)
 }
 
 // The payload must have this form.
-static QString formText(const QString& form, const QByteArray& payload)
+static Text formText(const QString& form, const QByteArray& payload)
 {
     const unsigned int count = CByte2Val::byte2UInt(payload.constData());
     if (form == "int")
-        return intsText(payload, 0, 1);
+        return Text::untranslated(intsText(payload, 0, 1));
     if (form == "intPair")
-        return intsText(payload, 0, 2);
+        return Text::untranslated(intsText(payload, 0, 2));
     if (form == "bytes")
-        return countText(count, "byte") + hexText(bytesOf(payload));
+        return (count == 1 ? Text::tr("%1 byte: %2") : Text::tr("%1 bytes: %2"))
+            .arg(count)
+            .arg(hexText(bytesOf(payload)));
     if (form == "ints")
-        return countText(count, "integer") + intsText(payload, 4, count);
+        return (count == 1 ? Text::tr("%1 integer: %2") : Text::tr("%1 integers: %2"))
+            .arg(count)
+            .arg(intsText(payload, 4, count));
     QStringList shown;
     for (const QString& text : readTexts(payload, count).texts.mid(0, shownItems))
         shown.append(quoted(text));
-    return countText(count, "text") + listText(shown, count);
+    return (count == 1 ? Text::tr("%1 text: %2") : Text::tr("%1 texts: %2")).arg(count).arg(listText(shown, count));
 }
 
-static QString recordsText(const Form& form, const QByteArray& bytes)
+static Text recordsText(const Form& form, const QByteArray& bytes)
 {
     const RecordTexts records = recordTexts(form, bytes);
     const QStringList shown = records.texts.mid(0, shownItems);
@@ -135,69 +135,74 @@ static QString recordsText(const Form& form, const QByteArray& bytes)
         text += ": " + shown.join(", ");
     if (isCut)
         text += ", ...";
-    return records.fault.isEmpty() ? text : QString("%1; %2").arg(text, records.fault);
+    const Text whole = Text::untranslated(text);
+    return records.fault.isEmpty() ? whole : Text::tr("%1; %2").arg(whole, records.fault);
 }
 
-static QString payloadText(const Frame& frame, const FrameSource& source)
+static Text payloadText(const Frame& frame, const FrameSource& source)
 {
     const QByteArray& payload = frame.payload;
     const bool isWhole = static_cast<unsigned int>(payload.size()) == frame.length;
+    const Text hex = Text::untranslated(hexText(payload));
     if (!isWhole)
-        return hexText(payload);
+        return hex;
     const MappedCommand* mapped = source.mapped(frame.command);
     if (mapped == nullptr) {
         const QString form = fittingForm(frame);
-        return form.isEmpty() ? hexText(payload) : formText(form, payload);
+        return form.isEmpty() ? hex : formText(form, payload);
     }
     const Payload read = payloadOf(frame.command, payload, source);
     if (read.form.isEmpty())
-        return hexText(payload);
+        return hex;
     if (read.form.contains(':'))
         return recordsText(*mapped->records, bytesOf(payload));
-    return read.fault.isEmpty() ? formText(read.form, payload)
-                                : QString("%1 (not %2)").arg(hexText(payload), read.form);
+    return read.fault.isEmpty() ? formText(read.form, payload) : Text::tr("%1 (not %2)").arg(hex, read.form);
 }
 
 // --- Items of a stream ----------------------------------------------------------------------
 
-QString frameText(const Frame& frame, const FrameSource& source)
+Text frameText(const Frame& frame, const FrameSource& source)
 {
     const MappedCommand* mapped = source.mapped(frame.command);
     const QString name = mapped == nullptr ? commandName(frame.command) : mapped->name;
-    const QString text = QString("%1, sequence %2, %3 %4")
-                             .arg(name.isEmpty() ? "command " + commandText(frame.command) : name)
-                             .arg(frame.sequence)
-                             .arg(frame.length)
-                             .arg(frame.length == 1 ? "byte" : "bytes");
+    const Text text =
+        (frame.length == 1 ? Text::tr("%1, sequence %2, %3 byte") : Text::tr("%1, sequence %2, %3 bytes"))
+            .arg(name.isEmpty() ? Text::tr("command %1").arg(commandText(frame.command)) : Text::untranslated(name))
+            .arg(frame.sequence)
+            .arg(frame.length);
+    if (frame.command == CSocketAPI::errorCommand && frame.payload.size() < 4)
+        return Text::tr("%1: no code").arg(text);
     if (frame.command == CSocketAPI::errorCommand)
-        return text + (frame.payload.size() < 4 ? QString(": no code") : ": code " + intsText(frame.payload, 0, 1));
-    return frame.payload.isEmpty() ? text : text + ": " + payloadText(frame, source);
+        return Text::tr("%1: code %2").arg(text, intsText(frame.payload, 0, 1));
+    return frame.payload.isEmpty() ? text : Text::tr("%1: %2").arg(text, payloadText(frame, source));
 }
 
-QString itemText(const StreamItem& item, const FrameSource& source)
+Text itemText(const StreamItem& item, const FrameSource& source)
 {
     const Frame& frame = item.content;
     switch (item.kind) {
     case StreamItem::frame:
         return frameText(frame, source);
     case StreamItem::garbage:
-        return QString("garbage, %1 %2: %3").arg(item.size).arg(item.size == 1 ? "byte" : "bytes", hexText(item.bytes));
+        return (item.size == 1 ? Text::tr("garbage, %1 byte: %2") : Text::tr("garbage, %1 bytes: %2"))
+            .arg(item.size)
+            .arg(hexText(item.bytes));
     case StreamItem::wrongEnd:
-        return QString("wrong end 0x%1 instead of 0x16: %2")
+        return Text::tr("wrong end 0x%1 instead of 0x16: %2")
             .arg(frame.end, 2, 16, QChar('0'))
             .arg(frameText(frame, source));
     case StreamItem::badLength:
-        return QString("bad length %1; a client would wait for the rest of it").arg(frame.length);
+        return Text::tr("bad length %1; a client would wait for the rest of it").arg(frame.length);
     case StreamItem::cut:
-        return QString("cut, %1 of %2 bytes: %3")
+        return Text::tr("cut, %1 of %2 bytes: %3")
             .arg(item.size)
             .arg(static_cast<long long>(frame.length) + CSocketAPI::frameOverhead)
             .arg(frameText(frame, source));
     case StreamItem::cutHeader:
-        return QString("cut, %1 of the %2 bytes of a header: %3")
+        return Text::tr("cut, %1 of the %2 bytes of a header: %3")
             .arg(item.size)
             .arg(CSocketAPI::headerSize)
             .arg(hexText(item.bytes));
     }
-    return QString();
+    return {};
 }

@@ -2,13 +2,14 @@
 
 #include "frameStream.h"
 #include "payloadForm.h"
+#include "shared/text.h"
 
 #include <QString>
 
 // "systemTime, sequence 4, 4 bytes: 1700000000": name or number of the command, and the payload. A frame does not
 // state the form of its payload, which is therefore shown in the form that the map of `source` gives it, otherwise in the
 // standard form that its bytes fit.
-QString frameText(const Frame& frame, const FrameSource& source = {});
+Text frameText(const Frame& frame, const FrameSource& source = {});
 
 // Any item of a stream on one line: a frame as above, garbage as hex, faults in words.
-QString itemText(const StreamItem& item, const FrameSource& source = {});
+Text itemText(const StreamItem& item, const FrameSource& source = {});

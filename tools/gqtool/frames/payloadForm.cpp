@@ -2,6 +2,7 @@
 
 #include "gqtool/records/jsonText.h"
 #include "gqtool/records/recordTexts.h"
+#include "shared/text.h"
 
 #include <socketApi.h>
 #include <utility>
@@ -80,7 +81,7 @@ static void takeRecords(const Form& form, const QByteArray& bytes, Payload& payl
     payload.form += QString(":") + form.name;
     payload.content = std::move(records.json);
     if (!records.fault.isEmpty())
-        payload.fault = "in the records, " + records.fault;
+        payload.fault = Text::tr("in the records, %1").arg(records.fault);
 }
 
 static void takeTexts(const QByteArray& bytes, unsigned int count, Payload& payload)
@@ -94,7 +95,8 @@ static void takeTexts(const QByteArray& bytes, unsigned int count, Payload& payl
     payload.content = std::move(json.text);
     payload.used = list.used;
     if (!list.isWhole)
-        payload.fault = QString("text %1 of %2 runs past the end of the payload").arg(list.texts.size() + 1).arg(count);
+        payload.fault =
+            Text::tr("text %1 of %2 runs past the end of the payload").arg(list.texts.size() + 1).arg(count);
 }
 
 Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source)
@@ -113,7 +115,7 @@ Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSou
     else if (form == "strings")
         payload.used += 2LL * count;
     if (bytes.size() < payload.used)
-        payload.fault = QString("the payload has %1 bytes, but its form (%2) needs %3")
+        payload.fault = Text::tr("the payload has %1 bytes, but its form (%2) needs %3")
                             .arg(bytes.size())
                             .arg(form)
                             .arg(payload.used);

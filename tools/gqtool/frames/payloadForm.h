@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gqtool/map/commandMap.h"
+#include "shared/text.h"
 
 #include <QByteArray>
 #include <QString>
@@ -25,7 +26,7 @@ struct Payload {
     QString form;        // "ints"; of records "bytes:pointRealDatas"; empty if it is not known
     std::string content; // as JSON; empty if there is none
     long long used = 0;
-    QString fault; // empty if the payload has its form
+    Text fault; // empty if the payload has its form
 };
 
 // Returns the form of the records in the bytes of a payload; null if it has none.

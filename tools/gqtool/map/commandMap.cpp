@@ -2,6 +2,7 @@
 
 #include "gqtool/closestName.h"
 #include "gqtool/records/recordFields.h"
+#include "shared/text.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -28,7 +29,7 @@ static QString readNumber(const QString& word, MappedCommand& command)
     bool fits = false;
     const uint value = word.toUInt(&fits, isHex ? 16 : 10); // leading zeros do not mean octal
     if (!fits || value > largestCommand || !number.match(word).hasMatch())
-        return QString("COMMAND must be an integer from 0 to %1, got '%2'").arg(largestCommand).arg(word);
+        return Text::tr("COMMAND must be an integer from 0 to %1, got '%2'").arg(largestCommand).arg(word);
     command.number = static_cast<unsigned char>(value);
     return {};
 }
@@ -37,7 +38,7 @@ static QString readName(const QString& word, MappedCommand& command)
 {
     static const QRegularExpression name("^[A-Za-z][A-Za-z0-9_.-]*$");
     if (!name.match(word).hasMatch())
-        return QString("NAME must be a letter followed by letters, digits, '_', '.' or '-', got '%1'").arg(word);
+        return Text::tr("NAME must be a letter followed by letters, digits, '_', '.' or '-', got '%1'").arg(word);
     command.name = word;
     return {};
 }
@@ -46,7 +47,7 @@ static QString readRequest(const QString& word, MappedCommand& command)
 {
     const QStringList kinds = {"-", "int", "intPair", "ints", "hex"};
     if (!kinds.contains(word))
-        return QString("REQUEST must be -, int, intPair, ints or hex, got '%1'").arg(word) +
+        return Text::tr("REQUEST must be -, int, intPair, ints or hex, got '%1'").arg(word) +
                didYouMean(closestName(word, kinds));
     command.request = word;
     return {};
@@ -58,14 +59,14 @@ static QString readReply(const QString& word, MappedCommand& command)
     command.reply = word.startsWith(records) ? QString("bytes") : word;
     const QStringList kinds = {"int", "ints", "bytes", "strings"};
     if (!kinds.contains(command.reply))
-        return QString("REPLY must be int, ints, bytes, strings or bytes:FORM, got '%1'").arg(word) +
+        return Text::tr("REPLY must be int, ints, bytes, strings or bytes:FORM, got '%1'").arg(word) +
                didYouMean(closestName(word, kinds));
     if (!word.startsWith(records))
         return {};
     const QString form = word.mid(records.size());
     command.records = findForm(form);
     if (command.records == nullptr)
-        return QString("REPLY has no form '%1'; gqtool decode --list prints the forms").arg(form) +
+        return Text::tr("REPLY has no form '%1'; gqtool decode --list prints the forms").arg(form) +
                didYouMean(closestName(form, formNames()));
     return {};
 }
@@ -79,7 +80,7 @@ QString CommandMap::addLine(const QString& line, int number)
     if (words.isEmpty())
         return {};
     if (words.size() != 4)
-        return QString("must be COMMAND NAME REQUEST REPLY, got %1 words").arg(words.size());
+        return Text::tr("must be COMMAND NAME REQUEST REPLY, got %1 words").arg(words.size());
     MappedCommand command;
     command.line = number;
     QString (*const readers[])(const QString&, MappedCommand&) = {readNumber, readName, readRequest, readReply};
@@ -89,9 +90,9 @@ QString CommandMap::addLine(const QString& line, int number)
             return error;
     }
     if (const MappedCommand* other = find(command.number))
-        return QString("COMMAND %1 is also in line %2").arg(commandText(command.number)).arg(other->line);
+        return Text::tr("COMMAND %1 is also in line %2").arg(commandText(command.number)).arg(other->line);
     if (const MappedCommand* other = find(command.name))
-        return QString("NAME %1 is also in line %2").arg(command.name).arg(other->line);
+        return Text::tr("NAME %1 is also in line %2").arg(command.name).arg(other->line);
     commands.push_back(command);
     return {};
 }
@@ -117,9 +118,9 @@ bool CommandMap::read(const QString& path, QString& error)
     const bool isOpen = file.open(QIODevice::ReadOnly);
     const QByteArray text = isOpen ? file.read(largestFile + 1) : QByteArray();
     if (!isOpen || file.error() != QFileDevice::NoError)
-        error = QString("cannot read %1: %2").arg(path, file.errorString());
+        error = Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString()));
     else if (text.size() > largestFile)
-        error = QString("%1: a map must have at most %2 bytes").arg(path).arg(largestFile);
+        error = Text::tr("%1: a map must have at most %2 bytes").arg(path).arg(largestFile);
     if (!error.isEmpty())
         return false;
     const QString wrong = add(text);

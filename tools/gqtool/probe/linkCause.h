@@ -1,4 +1,5 @@
 #pragma once
+#include "shared/text.h"
 
 #include <QString>
 
@@ -22,7 +23,7 @@ enum class LinkCause {
 QString causeWord(LinkCause cause);
 
 // Return what a cause means, and what to do about it.
-QString causeMeaning(LinkCause cause);
+Text causeMeaning(LinkCause cause);
 QString causeAdvice(LinkCause cause);
 
 // Returns the cause of a connect, or of a request over UDP, that failed with this errno.

@@ -1,6 +1,7 @@
 #include "linkProbe.h"
 
 #include "peerBytes.h"
+#include "shared/text.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
@@ -38,8 +39,8 @@ public:
     ProbeResult result;
 
 private:
-    bool fail(LinkCause cause, const QString& detail);
-    bool failWithError(const QString& what, int error);
+    bool fail(LinkCause cause, const Text& detail);
+    bool failWithError(const Text& what, int error);
     bool finish(const ByteVerdict& verdict);
     bool waitFor(short events, qint64 ms);
     bool send(unsigned char command);
@@ -62,16 +63,16 @@ LinkProbe::~LinkProbe()
         close(descriptor);
 }
 
-bool LinkProbe::fail(LinkCause cause, const QString& detail)
+bool LinkProbe::fail(LinkCause cause, const Text& detail)
 {
     result.cause = cause;
     stage.detail = detail;
     return false;
 }
 
-bool LinkProbe::failWithError(const QString& what, int error)
+bool LinkProbe::failWithError(const Text& what, int error)
 {
-    return fail(causeOfError(error), what + ": " + strerror(error));
+    return fail(causeOfError(error), Text::tr("%1: %2").arg(what, errorText(error)));
 }
 
 bool LinkProbe::finish(const ByteVerdict& verdict)
@@ -86,12 +87,12 @@ bool LinkProbe::finish(const ByteVerdict& verdict)
 bool LinkProbe::resolve()
 {
     QStringList addresses;
-    QString error;
+    Text error;
     if (!resolveHost(endpoint.host, options.timeoutMs, addresses, error))
         return fail(LinkCause::unresolved, error);
-    stage.detail = addresses[0];
+    stage.detail = Text::untranslated(addresses[0]);
     if (addresses.size() > 1)
-        stage.detail += QString(", the first of %1 addresses").arg(addresses.size());
+        stage.detail = Text::tr("%1, the first of %2 addresses").arg(addresses[0]).arg(addresses.size());
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<unsigned short>(endpoint.port));
     inet_aton(addresses[0].toLatin1().constData(), &address.sin_addr);
@@ -131,15 +132,15 @@ bool LinkProbe::connect()
         error = errno;
     if (error == EINPROGRESS) {
         if (!waitFor(POLLOUT, options.timeoutMs))
-            return fail(LinkCause::connectTimeout, QString("no answer within %1 ms").arg(options.timeoutMs));
+            return fail(LinkCause::connectTimeout, Text::tr("no answer within %1 ms").arg(options.timeoutMs));
         socklen_t size = sizeof error;
         getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size);
     }
     if (error != 0 && error != ECONNRESET) // ECONNRESET: connected, then reset
-        return failWithError("cannot connect", error);
-    stage.detail = "from " + portText(descriptor);
+        return failWithError(Text::tr("cannot connect"), error);
+    stage.detail = Text::tr("from %1").arg(portText(descriptor));
     if (options.isUdp)
-        stage.detail += ", nothing is sent yet";
+        stage.detail = Text::tr("%1, nothing is sent yet").arg(stage.detail);
     return true;
 }
 
@@ -154,7 +155,7 @@ bool LinkProbe::send(unsigned char command)
     options.isUdp ? CUdpAPI::addEnd(frame) : CSocketAPI::addEnd(frame);
     if (::send(descriptor, frame.constData(), static_cast<size_t>(frame.size()), MSG_NOSIGNAL) == frame.size())
         return true;
-    return failWithError("cannot send the request", errno);
+    return failWithError(Text::tr("cannot send the request"), errno);
 }
 
 // Appends the next bytes to `came`. Returns false if receiving failed, with errno; or at the end of the stream, with
@@ -179,7 +180,7 @@ bool LinkProbe::receive(AwaitedBytes awaited, ByteVerdict& verdict)
     QElapsedTimer timer;
     timer.start();
     QByteArray came;
-    QString end = QString("nothing came within %1 ms").arg(options.timeoutMs);
+    Text end = Text::tr("nothing came within %1 ms").arg(options.timeoutMs);
     verdict = judgeBytes(came, awaited);
     while (came.size() < mostBytes && waitFor(POLLIN, options.timeoutMs - timer.elapsed())) {
         if (receivePiece(came)) {
@@ -189,18 +190,19 @@ bool LinkProbe::receive(AwaitedBytes awaited, ByteVerdict& verdict)
             if (options.isUdp)
                 break; // a client examines only one datagram
         } else if (errno == 0 && options.isUdp) {
-            return fail(LinkCause::badFrame, "an empty datagram");
+            return fail(LinkCause::badFrame, Text::tr("an empty datagram"));
         } else if (errno == 0 || errno == ECONNRESET) {
-            end = errno == 0 ? "the server closed the connection" : "the server reset the connection";
+            end =
+                errno == 0 ? Text::tr("the server closed the connection") : Text::tr("the server reset the connection");
             if (came.isEmpty())
                 verdict.cause = LinkCause::closed;
             break;
         } else if (errno != EAGAIN && errno != EINTR) {
-            return failWithError("cannot receive", errno);
+            return failWithError(Text::tr("cannot receive"), errno);
         }
     }
     if (!options.isUdp || came.isEmpty())
-        verdict.detail = came.isEmpty() ? end : verdict.detail + "; then " + end;
+        verdict.detail = came.isEmpty() ? end : Text::tr("%1; then %2").arg(verdict.detail, end);
     return true;
 }
 
@@ -219,18 +221,20 @@ bool LinkProbe::awaitGreeting()
 // that wait for the end of a line do so at the end of the stream.
 bool LinkProbe::failAsSilent()
 {
-    const QString silence = QString("no greeting within %1 ms").arg(options.timeoutMs);
+    const Text silence = Text::tr("no greeting within %1 ms").arg(options.timeoutMs);
     ByteVerdict verdict;
     if (!send(CSocketAPI::systemStateCommand))
-        return fail(LinkCause::silent, silence + "; then the server closed the connection");
+        return fail(LinkCause::silent,
+                    Text::tr("%1; then %2").arg(silence, Text::tr("the server closed the connection")));
     shutdown(descriptor, SHUT_WR);
     if (!receive(AwaitedBytes::firstReply, verdict))
-        return fail(LinkCause::silent, silence + "; then " + stage.detail);
+        return fail(LinkCause::silent, Text::tr("%1; then %2").arg(silence, stage.detail));
     if (verdict.cause == LinkCause::foreign)
         return finish(verdict);
     const bool isAnswer = verdict.cause == LinkCause::healthy;
     return fail(LinkCause::silent,
-                silence + (isAnswer ? "; it answers a request with " : "; after a request: ") + verdict.detail);
+                (isAnswer ? Text::tr("%1; it answers a request with %2") : Text::tr("%1; after a request: %2"))
+                    .arg(silence, verdict.detail));
 }
 
 bool LinkProbe::ask(unsigned char command, ByteVerdict& verdict)
@@ -252,7 +256,8 @@ bool LinkProbe::askSystemTime()
     ByteVerdict verdict;
     if (!ask(CSocketAPI::systemTimeCommand, verdict))
         return false;
-    stage.detail += ", " + QDateTime::fromSecsSinceEpoch(verdict.value).toUTC().toString(Qt::ISODate);
+    stage.detail = Text::tr("%1, %2").arg(
+        stage.detail, QDateTime::fromSecsSinceEpoch(verdict.value).toUTC().toString(Qt::ISODate));
     return true;
 }
 

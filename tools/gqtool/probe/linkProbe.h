@@ -19,7 +19,7 @@ struct ProbeStage {
     QString name;
     bool isGood = false;
     double milliseconds = 0;
-    QString detail;
+    Text detail;
     QByteArray bytes; // the first bytes that were received
 };
 

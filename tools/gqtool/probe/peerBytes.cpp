@@ -2,6 +2,7 @@
 
 #include "gqtool/frames/frameStream.h"
 #include "gqtool/frames/frameText.h"
+#include "shared/text.h"
 
 #include <algorithm>
 #include <socketApi.h>
@@ -85,24 +86,25 @@ static ByteVerdict judgeFrame(const Frame& frame, AwaitedBytes awaited)
         verdict.value = CByte2Val::byte2Int(frame.payload.constData());
     if (frame.command == CSocketAPI::errorCommand) {
         verdict.cause = LinkCause::errorFrame;
-        verdict.detail = QString("an error frame with code %1").arg(verdict.value);
+        verdict.detail = Text::tr("an error frame with code %1").arg(verdict.value);
         if (!hasInteger) {
             verdict.value = -2; // as the clients report it
-            verdict.detail = "an error frame without a code";
+            verdict.detail = Text::tr("an error frame without a code");
         }
     } else if (!hasInteger) {
         verdict.cause = LinkCause::badFrame;
-        verdict.detail = QString("a frame with a payload of %1 bytes, at least 4 are needed").arg(frame.payload.size());
+        verdict.detail =
+            Text::tr("a frame with a payload of %1 bytes, at least 4 are needed").arg(frame.payload.size());
     } else if (awaited == AwaitedBytes::greeting) {
         verdict.cause = verdict.value > 0 ? LinkCause::healthy : LinkCause::notGreeted;
-        verdict.detail = QString("a greeting of %1").arg(verdict.value);
+        verdict.detail = Text::tr("a greeting of %1").arg(verdict.value);
     } else {
-        verdict.detail = QString::number(verdict.value);
+        verdict.detail = Text::untranslated(QString::number(verdict.value));
     }
     return verdict;
 }
 
-static ByteVerdict verdictOf(LinkCause cause, bool isFinal, const QString& detail)
+static ByteVerdict verdictOf(LinkCause cause, bool isFinal, const Text& detail)
 {
     ByteVerdict verdict;
     verdict.cause = cause;
@@ -113,7 +115,7 @@ static ByteVerdict verdictOf(LinkCause cause, bool isFinal, const QString& detai
 
 static ByteVerdict foreignVerdict(const QString& protocol, bool isFinal, const QByteArray& bytes)
 {
-    ByteVerdict verdict = verdictOf(LinkCause::foreign, isFinal, "no frame, but " + visibleText(bytes));
+    ByteVerdict verdict = verdictOf(LinkCause::foreign, isFinal, Text::tr("no frame, but %1").arg(visibleText(bytes)));
     verdict.protocol = protocol;
     return verdict;
 }
@@ -121,7 +123,7 @@ static ByteVerdict foreignVerdict(const QString& protocol, bool isFinal, const Q
 ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
 {
     if (bytes.isEmpty())
-        return verdictOf(awaited == AwaitedBytes::greeting ? LinkCause::silent : LinkCause::noReply, false, "");
+        return verdictOf(awaited == AwaitedBytes::greeting ? LinkCause::silent : LinkCause::noReply, false, {});
     const bool mayBeForeign = awaited != AwaitedBytes::reply;
     const QString protocol = knownProtocol(bytes);
     if (mayBeForeign && !protocol.isEmpty())
@@ -133,7 +135,7 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
         if (item.kind == StreamItem::frame) {
             ByteVerdict verdict = judgeFrame(item.content, awaited);
             if (item.offset > 0)
-                verdict.detail += QString(", after %1 bytes that are no frame").arg(item.offset);
+                verdict.detail = Text::tr("%1, after %2 bytes that are no frame").arg(verdict.detail).arg(item.offset);
             return verdict;
         }
         if (item.kind == StreamItem::wrongEnd)
@@ -147,5 +149,5 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
         return foreignVerdict("ssh", false, bytes);
     if (mayBeForeign && !isPartOfFrame(bytes, items))
         return foreignVerdict("unknown", false, bytes);
-    return verdictOf(LinkCause::badFrame, false, "no complete frame: " + itemText(items.back()));
+    return verdictOf(LinkCause::badFrame, false, Text::tr("no complete frame: %1").arg(itemText(items.back())));
 }

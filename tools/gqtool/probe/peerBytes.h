@@ -10,7 +10,7 @@ struct ByteVerdict {
     bool isFinal = false;                 // no further bytes can change it
     int value = 0;                        // integer of a valid frame, or code of an error frame
     QString protocol;                     // if foreign: "ssh", "http", "tls" or "unknown"
-    QString detail;
+    Text detail;
 };
 
 enum class AwaitedBytes {

@@ -2,23 +2,39 @@
 
 #include "jsonText.h"
 
+#include "shared/text.h"
+
 // Bytes of the input and what they mean.
-struct DecodedRow {
+class DecodedRow {
+public:
     long long offset;       // -1 for a sample that was unpacked
     std::string_view bytes; // of the field
     std::string_view path;  // of the record: "[2]"
     const char* name;       // of the field: "text1"; null if the path is the whole name
     FieldValue value;
+    const Text* remark = nullptr; // for people, instead of the value
 
     // "[2].text1"
-    void appendName(std::string& text) const
+    void appendName(std::string& text) const { appendName(text, name); }
+
+    // The same for people: "(zlib stream)" in their language.
+    void appendLabel(std::string& text) const
+    {
+        if (name != nullptr && *name == '(')
+            appendName(text, Text::tr(name).toStdString().c_str());
+        else
+            appendName(text);
+    }
+
+private:
+    void appendName(std::string& text, const char* last) const
     {
         text += path;
-        if (name == nullptr)
+        if (last == nullptr)
             return;
         if (!path.empty())
             text += '.';
-        text += name;
+        text += last;
     }
 };
 

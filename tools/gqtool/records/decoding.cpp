@@ -5,7 +5,7 @@
 
 static const int startBytes = 9;
 
-bool FaultList::insert(size_t index, long long offset, const QString& text)
+bool FaultList::insert(size_t index, long long offset, const Text& text)
 {
     if (index < limit)
         all.insert(all.begin() + static_cast<std::ptrdiff_t>(index), {offset, text});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gqtool/bytes/byteWindow.h"
+#include "shared/text.h"
 
 #include <QByteArray>
 #include <QString>
@@ -9,7 +10,7 @@
 
 struct Fault {
     long long offset = 0;
-    QString text;
+    Text text;
 };
 
 // The first faults, up to a limit, and the number of the others.
@@ -20,8 +21,8 @@ public:
     explicit FaultList(size_t most) : limit(most) {}
 
     // Returns false if the limit is exceeded.
-    bool add(long long offset, const QString& text) { return insert(all.size(), offset, text); }
-    bool insert(size_t index, long long offset, const QString& text);
+    bool add(long long offset, const Text& text) { return insert(all.size(), offset, text); }
+    bool insert(size_t index, long long offset, const Text& text);
 
     const std::vector<Fault>& listed() const { return all; }
     long long others() const { return more; }
@@ -42,8 +43,8 @@ struct Decoding {
     bool isRisky = false; // a count or length would make the library's reader allocate too much memory
 
     bool readerCalled = false;
-    int result = 0;  // of the library's reader
-    QString meaning; // of the result, or why the reader was not called
+    int result = 0; // of the library's reader
+    Text meaning;   // of the result, or why the reader was not called
 
     // Ends the fields at the position of `bytes`.
     void stopAt(ByteWindow& bytes);

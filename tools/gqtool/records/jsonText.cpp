@@ -1,4 +1,5 @@
 #include "jsonText.h"
+#include "shared/text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -152,7 +153,7 @@ void JsonBuilder::add(const char* name, const FieldValue& value)
 static QString gotText(const std::string& json)
 {
     const QString text = QString::fromStdString(json);
-    return ", got " + (text.size() > shownText ? text.left(shownText) + "..." : text);
+    return Text::tr(", got %1").arg(text.size() > shownText ? text.left(shownText) + "..." : text);
 }
 
 QString gotText(const Json& value)

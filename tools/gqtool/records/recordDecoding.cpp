@@ -1,5 +1,6 @@
 #include "recordDecoding.h"
 
+#include "shared/text.h"
 #include "textEncoding.h"
 #include "waveBlock.h"
 
@@ -98,7 +99,7 @@ public:
             return;
         const int size = CByte2Val::byte2UShort(at);
         if (size > longestSlotText)
-            fault(QString("%1 has a length of %2, but its slot holds at most %3 bytes")
+            fault(Text::tr("%1 has a length of %2, but its slot holds at most %3 bytes")
                       .arg(pathOf(name))
                       .arg(size)
                       .arg(longestSlotText));
@@ -119,7 +120,7 @@ public:
             return;
         const unsigned int size = CByte2Val::byte2UInt(at);
         if (!bytesLeft.holds(4LL + size)) {
-            fault(QString("%1 has a length of %2, but only %3")
+            fault(Text::tr("%1 has a length of %2, but only %3")
                       .arg(pathOf(name))
                       .arg(size)
                       .arg(remainText(bytesLeft.left() - 4)));
@@ -133,10 +134,14 @@ public:
     }
     void skip() override
     {
-        if (take("first byte", 1) != nullptr) {
-            addRow("(any byte)", 1, JsonText());
-            bytesLeft.skip(1);
+        if (isStopped)
+            return;
+        if (!bytesLeft.holds(1)) {
+            stopAtMissing(Text::tr("first byte"), 1);
+            return;
         }
+        addRow(QT_TRANSLATE_NOOP("Text", "(any byte)"), 1, JsonText());
+        bytesLeft.skip(1);
     }
     void samples(StoredWave& wave) override;
 
@@ -153,7 +158,7 @@ public:
         if (isStopped)
             return false;
         if (resultOffset != 0) {
-            fault(QString(
+            fault(Text::tr(
                       "the library's list reader continues at byte %1, because the previous text4 is not 2 bytes long")
                       .arg(bytesLeft.offset() + resultOffset));
             resultOffset = 0;
@@ -177,7 +182,7 @@ public:
     void expectInAll(long long size)
     {
         if (!isStopped && !bytesLeft.holds(size - bytesLeft.offset()))
-            faultAt(bytesLeft.size(), QString("the reader needs %1 bytes, got %2; the missing ones may have any value")
+            faultAt(bytesLeft.size(), Text::tr("the reader needs %1 bytes, got %2; the missing ones may have any value")
                                           .arg(size)
                                           .arg(bytesLeft.size()));
     }
@@ -192,12 +197,12 @@ private:
         long long offset;
         long long end;
         unsigned int count;
-        QString name;
+        Text name;
     };
 
-    static QString remainText(long long count)
+    static Text remainText(long long count)
     {
-        return count == 1 ? "1 byte remains" : QString("%1 bytes remain").arg(count);
+        return count == 1 ? Text::tr("1 byte remains") : Text::tr("%1 bytes remain").arg(count);
     }
 
     QString pathOf(const char* name) const
@@ -206,8 +211,8 @@ private:
         return parent.isEmpty() || name == nullptr ? parent + name : parent + '.' + name;
     }
 
-    void fault(const QString& text) { faultAt(bytesLeft.offset(), text); }
-    void faultAt(long long offset, const QString& text)
+    void fault(const Text& text) { faultAt(bytesLeft.offset(), text); }
+    void faultAt(long long offset, const Text& text)
     {
         if (!result.faults.add(offset, text) && !isCounting) {
             result.stopAt(bytesLeft);
@@ -220,16 +225,19 @@ private:
     {
         if (isStopped)
             return nullptr;
-        if (!bytesLeft.holds(size)) {
-            fault(QString("%1 needs %2 %3, but only %4")
-                      .arg(pathOf(name))
-                      .arg(size)
-                      .arg(size == 1 ? "byte" : "bytes")
-                      .arg(remainText(bytesLeft.left())));
-            isStopped = true;
-            return nullptr;
-        }
-        return bytesLeft.at();
+        if (bytesLeft.holds(size))
+            return bytesLeft.at();
+        stopAtMissing(Text::untranslated(pathOf(name)), size);
+        return nullptr;
+    }
+
+    void stopAtMissing(const Text& name, int size)
+    {
+        fault((size == 1 ? Text::tr("%1 needs %2 byte, but only %3") : Text::tr("%1 needs %2 bytes, but only %3"))
+                  .arg(name)
+                  .arg(size)
+                  .arg(remainText(bytesLeft.left())));
+        isStopped = true;
     }
 
     std::string takeText(const char* name)
@@ -240,7 +248,7 @@ private:
             return std::string();
         const int size = CByte2Val::byte2UShort(at);
         if (!bytesLeft.holds(2 + size)) {
-            fault(QString("%1 has a length of %2, but only %3")
+            fault(Text::tr("%1 has a length of %2, but only %3")
                       .arg(pathOf(name))
                       .arg(size)
                       .arg(remainText(bytesLeft.left() - 2)));
@@ -251,10 +259,10 @@ private:
         return {bytesLeft.at() + 2, static_cast<size_t>(size)};
     }
 
-    void addRow(const char* name, int size, const FieldValue& value)
+    void addRow(const char* name, int size, const FieldValue& value, const Text* remark = nullptr)
     {
         if (!isCounting)
-            listener.row({bytesLeft.offset(), {bytesLeft.at(), static_cast<size_t>(size)}, path, name, value});
+            listener.row({bytesLeft.offset(), {bytesLeft.at(), static_cast<size_t>(size)}, path, name, value, remark});
     }
 
     // Ends a field: passes it on, and steps over its bytes.
@@ -324,7 +332,7 @@ unsigned int RecordDecoder::beginList(const char* name, int countBytes, size_t s
         count = at == nullptr ? 0 : countBytes == 2 ? CByte2Val::byte2UShort(at) : CByte2Val::byte2UInt(at);
         if (at != nullptr) {
             counts.push_back({result.faults.listed().size(), bytesLeft.offset(), bytesLeft.offset() + countBytes, count,
-                              name == nullptr ? QString("count") : "the count of " + pathOf(name)});
+                              name == nullptr ? Text::tr("count") : Text::tr("the count of %1").arg(pathOf(name))});
             addRow(countName, countBytes, count);
             bytesLeft.skip(countBytes);
         }
@@ -339,7 +347,7 @@ void RecordDecoder::samples(StoredWave& wave)
         return;
     bytesLeft.holds(LLONG_MAX); // all
     const unsigned int count = wave.head.markCount;
-    const QString tooFew = markFault(count, bytesLeft.left());
+    const Text tooFew = markFault(count, bytesLeft.left());
     if (!tooFew.isEmpty())
         fault(tooFew);
     begin("marks", '[');
@@ -357,8 +365,8 @@ void RecordDecoder::samples(StoredWave& wave)
         block = unpacked.bytes;
         if (!unpacked.fault.isEmpty())
             fault(unpacked.fault);
-        const std::string unpackedText = std::to_string(block.size()) + " bytes unpacked";
-        addRow("(zlib stream)", unpacked.used, unpackedText);
+        const Text remark = Text::tr("%1 bytes unpacked").arg(block.size());
+        addRow(QT_TRANSLATE_NOOP("Text", "(zlib stream)"), unpacked.used, remark.english().toStdString(), &remark);
         bytesLeft.skip(unpacked.used);
     }
     const bool isStored = wave.isRaw() || wave.isQuantised();
@@ -396,7 +404,7 @@ void RecordDecoder::finish()
         if (bytesLeft.isEnded() && count.count > after) {
             result.faults.insert(
                 count.faultsBefore, count.offset,
-                QString("%1 is %2, but only %3").arg(count.name).arg(count.count).arg(remainText(after)));
+                Text::tr("%1 is %2, but only %3").arg(count.name).arg(count.count).arg(remainText(after)));
             result.isRisky = result.isRisky || count.count > safeCount;
         }
     }
@@ -447,23 +455,23 @@ std::vector<std::string> fieldNames(const Form& list)
 
 // --- The library's reader -----------------------------------------------------------------------------------------
 
-static QString meaningOf(const Form& form, int result)
+static Text meaningOf(const Form& form, int result)
 {
     for (const ResultMeaning& failure : *form.failures) {
         if (failure.result == result)
-            return failure.meaning;
+            return Text::tr(failure.meaning);
     }
-    return form.onSuccess == returnsBytes ? QString("good, %1 bytes").arg(result) : QString("good");
+    return form.onSuccess == returnsBytes ? Text::tr("good, %1 bytes").arg(result) : Text::tr("good");
 }
 
 void callReader(const Form& form, const ByteWindow& bytes, Decoding& decoding)
 {
     if (form.failures == nullptr) {
-        decoding.meaning = "not called: the library writes this form and has no reader for it";
+        decoding.meaning = Text::tr("not called: the library writes this form and has no reader for it");
     } else if (decoding.isRisky) {
-        decoding.meaning = "not called: the reader trusts this number and would allocate that much memory";
+        decoding.meaning = Text::tr("not called: the reader trusts this number and would allocate that much memory");
     } else if (!bytes.areAllKept()) {
-        decoding.meaning = QString("not called: more than %1 bytes; --library calls it").arg(ByteWindow::smallInput);
+        decoding.meaning = Text::tr("not called: more than %1 bytes; --library calls it").arg(ByteWindow::smallInput);
     } else {
         decoding.readerCalled = true;
         decoding.result = form.make()->read(bytes.all());

@@ -1,4 +1,5 @@
 #include "recordFields.h"
+#include "shared/text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -313,22 +314,36 @@ private:
 
 using Failures = std::vector<ResultMeaning>;
 
-static const Failures definitionFailures = {{0, "too short, or a text is incomplete"}};
-static const Failures definitionListFailures = {{-2, "no count"}, {-3, "an item failed, and the list is empty again"}};
-static const Failures valueFailures = {{-5, "too short"}};
-static const Failures valueListFailures = {{-5, "fewer bytes than a list must have or than its count needs"}};
-static const Failures blobValueFailures = {{-5, "too short, or the bytes are incomplete"}};
-static const Failures blobValueListFailures = {{-5, "no count, or fewer bytes than it needs"}, {-3, "an item failed"}};
-static const Failures blobSamplesFailures = {{-1, "fewer than 18 bytes, or an item is incomplete"}};
-static const Failures hisQueryFailures = {{-2, "too short"}};
-static const Failures oneSecQueryFailures = {{-2, "too short"}, {0, "the text is incomplete, or no byte follows it"}};
-static const Failures variantFailures = {{-2, "no bytes"}, {-1, "the value is incomplete"}};
-static const Failures propertyFailures = {{-2, "too short"}, {-3, "a text is incomplete"}, {-4, "the value failed"}};
-static const Failures objectFailures = {{-2, "too short"}, {-3, "a text is incomplete"}, {-4, "a property failed"}};
-static const Failures objectBlobFailures = {{-2, "too short, or a text is incomplete"}, {-4, "a property failed"}};
-static const Failures frontEndFailures = {{0, "too short, or a text is incomplete"}};
-static const Failures frontEndListFailures = {{0, "no count, or an item failed"}};
-static const Failures waveFailures = {{0, "refused: head, marks or samples are incomplete"}};
+static const Failures definitionFailures = {{0, QT_TRANSLATE_NOOP("Text", "too short, or a text is incomplete")}};
+static const Failures definitionListFailures = {
+    {-2, QT_TRANSLATE_NOOP("Text", "no count")},
+    {-3, QT_TRANSLATE_NOOP("Text", "an item failed, and the list is empty again")}};
+static const Failures valueFailures = {{-5, QT_TRANSLATE_NOOP("Text", "too short")}};
+static const Failures valueListFailures = {
+    {-5, QT_TRANSLATE_NOOP("Text", "fewer bytes than a list must have or than its count needs")}};
+static const Failures blobValueFailures = {{-5, QT_TRANSLATE_NOOP("Text", "too short, or the bytes are incomplete")}};
+static const Failures blobValueListFailures = {
+    {-5, QT_TRANSLATE_NOOP("Text", "no count, or fewer bytes than it needs")},
+    {-3, QT_TRANSLATE_NOOP("Text", "an item failed")}};
+static const Failures blobSamplesFailures = {
+    {-1, QT_TRANSLATE_NOOP("Text", "fewer than 18 bytes, or an item is incomplete")}};
+static const Failures hisQueryFailures = {{-2, QT_TRANSLATE_NOOP("Text", "too short")}};
+static const Failures oneSecQueryFailures = {
+    {-2, QT_TRANSLATE_NOOP("Text", "too short")},
+    {0, QT_TRANSLATE_NOOP("Text", "the text is incomplete, or no byte follows it")}};
+static const Failures variantFailures = {{-2, QT_TRANSLATE_NOOP("Text", "no bytes")},
+                                         {-1, QT_TRANSLATE_NOOP("Text", "the value is incomplete")}};
+static const Failures propertyFailures = {{-2, QT_TRANSLATE_NOOP("Text", "too short")},
+                                          {-3, QT_TRANSLATE_NOOP("Text", "a text is incomplete")},
+                                          {-4, QT_TRANSLATE_NOOP("Text", "the value failed")}};
+static const Failures objectFailures = {{-2, QT_TRANSLATE_NOOP("Text", "too short")},
+                                        {-3, QT_TRANSLATE_NOOP("Text", "a text is incomplete")},
+                                        {-4, QT_TRANSLATE_NOOP("Text", "a property failed")}};
+static const Failures objectBlobFailures = {{-2, QT_TRANSLATE_NOOP("Text", "too short, or a text is incomplete")},
+                                            {-4, QT_TRANSLATE_NOOP("Text", "a property failed")}};
+static const Failures frontEndFailures = {{0, QT_TRANSLATE_NOOP("Text", "too short, or a text is incomplete")}};
+static const Failures frontEndListFailures = {{0, QT_TRANSLATE_NOOP("Text", "no count, or an item failed")}};
+static const Failures waveFailures = {{0, QT_TRANSLATE_NOOP("Text", "refused: head, marks or samples are incomplete")}};
 
 const std::vector<Form>& recordForms()
 {
@@ -336,156 +351,159 @@ const std::vector<Form>& recordForms()
     using Rdb = CByte2Rdb;
     using Fep = CByte2Fep;
     static const std::vector<Form> forms = {
-        {"pointInfo", "a point, short form", OneRecord<PointInfo, walk, Rdb::byte2PointInfo, Rdb::pointInfo2Byte>::make,
-         &definitionFailures, returnsBytes},
-        {"pointInfos", "a list of pointInfo",
+        {"pointInfo", QT_TRANSLATE_NOOP("Text", "a point, short form"),
+         OneRecord<PointInfo, walk, Rdb::byte2PointInfo, Rdb::pointInfo2Byte>::make, &definitionFailures, returnsBytes},
+        {"pointInfos", QT_TRANSLATE_NOOP("Text", "a list of pointInfo"),
          RecordList<PointInfo, walk, Rdb::byte2PointInfos, Rdb::pointInfos2Byte, Rdb::pointInfo2Byte>::make,
          &definitionListFailures, returnsOne},
-        {"floatPoint", "a point with a floating-point value",
+        {"floatPoint", QT_TRANSLATE_NOOP("Text", "a point with a floating-point value"),
          OneRecord<FloatPoint, walk, Rdb::byte2FloatPoint, Rdb::floatPoint2Byte>::make, &definitionFailures,
          returnsBytes},
-        {"floatPoints", "a list of floatPoint",
+        {"floatPoints", QT_TRANSLATE_NOOP("Text", "a list of floatPoint"),
          RecordList<FloatPoint, walk, Rdb::byte2FloatPoints, Rdb::floatPoints2Byte, Rdb::floatPoint2Byte>::make,
          &definitionListFailures, returnsOne},
-        {"intPoint", "a point with an integer value, as the library reads it",
+        {"intPoint", QT_TRANSLATE_NOOP("Text", "a point with an integer value, as the library reads it"),
          OneRecord<IntPoint, walk, Rdb::byte2IntPoint, writeReadForm>::make, &definitionFailures, returnsBytes},
-        {"intPoints", "a list of intPoint",
+        {"intPoints", QT_TRANSLATE_NOOP("Text", "a list of intPoint"),
          RecordList<IntPoint, walk, Rdb::byte2IntPoints, writeReadable, writeReadForm>::make, &definitionListFailures,
          returnsOne},
-        {"intPointWritten", "a point with an integer value, as the library writes it, with switch0",
+        {"intPointWritten",
+         QT_TRANSLATE_NOOP("Text", "a point with an integer value, as the library writes it, with switch0"),
          OneRecord<IntPoint, walkWritten, noReader, Rdb::intPoint2Byte>::make, nullptr, returnsBytes},
-        {"intPointsWritten", "a list of intPointWritten",
+        {"intPointsWritten", QT_TRANSLATE_NOOP("Text", "a list of intPointWritten"),
          RecordList<IntPoint, walkWritten, noReader, Rdb::intPoints2Byte, Rdb::intPoint2Byte>::make, nullptr,
          returnsOne},
-        {"boolPoint", "a two-state point", OneRecord<BoolPoint, walk, Rdb::byte2BoolPoint, Rdb::boolPoint2Byte>::make,
-         &definitionFailures, returnsBytes},
-        {"boolPoints", "a list of boolPoint",
+        {"boolPoint", QT_TRANSLATE_NOOP("Text", "a two-state point"),
+         OneRecord<BoolPoint, walk, Rdb::byte2BoolPoint, Rdb::boolPoint2Byte>::make, &definitionFailures, returnsBytes},
+        {"boolPoints", QT_TRANSLATE_NOOP("Text", "a list of boolPoint"),
          RecordList<BoolPoint, walk, Rdb::byte2BoolPoints, Rdb::boolPoints2Byte, Rdb::boolPoint2Byte>::make,
          &definitionListFailures, returnsOne},
-        {"blobPoint", "a point whose value is a blob",
+        {"blobPoint", QT_TRANSLATE_NOOP("Text", "a point whose value is a blob"),
          OneRecord<BlobPoint, walk, Rdb::byte2BlobPoint, Rdb::blobPoint2Byte>::make, &definitionFailures, returnsBytes},
-        {"blobPoints", "a list of blobPoint",
+        {"blobPoints", QT_TRANSLATE_NOOP("Text", "a list of blobPoint"),
          RecordList<BlobPoint, walk, Rdb::byte2BlobPoints, Rdb::blobPoints2Byte, Rdb::blobPoint2Byte>::make,
          &definitionListFailures, returnsOne},
-        {"floatRealData", "a float of a point",
+        {"floatRealData", QT_TRANSLATE_NOOP("Text", "a float of a point"),
          OneRecord<FloatRealData, walk, Rdb::byte2FloatRealData, Rdb::floatRealData2Byte>::make, &valueFailures,
          returnsBytes},
-        {"floatRealDatas", "a list of floatRealData",
+        {"floatRealDatas", QT_TRANSLATE_NOOP("Text", "a list of floatRealData"),
          RecordList<FloatRealData, walk, Rdb::byte2FloatRealDatas, Rdb::floatRealDatas2Byte,
                     Rdb::floatRealData2Byte>::make,
          &valueListFailures, returnsOne, 22},
-        {"floatData", "a float without its point",
+        {"floatData", QT_TRANSLATE_NOOP("Text", "a float without its point"),
          OneRecord<FloatData, walk, Rdb::byte2FloatData, Rdb::floatData2Byte>::make, &valueFailures, returnsBytes},
-        {"floatDatas", "a list of floatData",
+        {"floatDatas", QT_TRANSLATE_NOOP("Text", "a list of floatData"),
          RecordList<FloatData, walk, Rdb::byte2FloatDatas, Rdb::floatDatas2Byte, Rdb::floatData2Byte>::make,
          &valueListFailures, returnsOne, 18},
-        {"intRealData", "an integer of a point",
+        {"intRealData", QT_TRANSLATE_NOOP("Text", "an integer of a point"),
          OneRecord<IntRealData, walk, Rdb::byte2IntRealData, Rdb::intRealData2Byte>::make, &valueFailures,
          returnsBytes},
-        {"intRealDatas", "a list of intRealData",
+        {"intRealDatas", QT_TRANSLATE_NOOP("Text", "a list of intRealData"),
          RecordList<IntRealData, walk, Rdb::byte2IntRealDatas, Rdb::intRealDatas2Byte, Rdb::intRealData2Byte>::make,
          &valueListFailures, returnsOne, 22},
-        {"intData", "an integer without its point",
+        {"intData", QT_TRANSLATE_NOOP("Text", "an integer without its point"),
          OneRecord<IntData, walk, Rdb::byte2IntData, Rdb::intData2Byte>::make, &valueFailures, returnsBytes},
-        {"intDatas", "a list of intData",
+        {"intDatas", QT_TRANSLATE_NOOP("Text", "a list of intData"),
          RecordList<IntData, walk, Rdb::byte2IntDatas, Rdb::intDatas2Byte, Rdb::intData2Byte>::make, &valueListFailures,
          returnsOne, 18},
-        {"boolRealData", "a bool of a point",
+        {"boolRealData", QT_TRANSLATE_NOOP("Text", "a bool of a point"),
          OneRecord<BoolRealData, walk, Rdb::byte2BoolRealData, Rdb::boolRealData2Byte>::make, &valueFailures,
          returnsBytes},
-        {"boolRealDatas", "a list of boolRealData",
+        {"boolRealDatas", QT_TRANSLATE_NOOP("Text", "a list of boolRealData"),
          RecordList<BoolRealData, walk, Rdb::byte2BoolRealDatas, Rdb::boolRealDatas2Byte, Rdb::boolRealData2Byte>::make,
          &valueListFailures, returnsOne, 18},
-        {"boolData", "a bool without its point",
+        {"boolData", QT_TRANSLATE_NOOP("Text", "a bool without its point"),
          OneRecord<BoolData, walk, Rdb::byte2BoolData, Rdb::boolData2Byte>::make, &valueFailures, returnsBytes},
-        {"boolDatas", "a list of boolData",
+        {"boolDatas", QT_TRANSLATE_NOOP("Text", "a list of boolData"),
          RecordList<BoolData, walk, Rdb::byte2BoolDatas, Rdb::boolDatas2Byte, Rdb::boolData2Byte>::make,
          &valueListFailures, returnsOne, 18},
-        {"pointRealData", "a value of any numeric point",
+        {"pointRealData", QT_TRANSLATE_NOOP("Text", "a value of any numeric point"),
          OneRecord<PointRealData, walk, Rdb::byte2PointRealData, Rdb::pointRealData2Byte>::make, &valueFailures,
          returnsBytes},
-        {"pointRealDatas", "a list of pointRealData",
+        {"pointRealDatas", QT_TRANSLATE_NOOP("Text", "a list of pointRealData"),
          RecordList<PointRealData, walk, Rdb::byte2PointRealDatas, Rdb::pointRealDatas2Byte,
                     Rdb::pointRealData2Byte>::make,
          &valueListFailures, returnsOne},
-        {"blobDataInfo", "a blob of a point without its bytes",
+        {"blobDataInfo", QT_TRANSLATE_NOOP("Text", "a blob of a point without its bytes"),
          OneRecord<BlobDataInfo, walk, Rdb::byte2BlobDataInfo, Rdb::blobDataInfo2Byte>::make, &valueFailures,
          returnsBytes},
-        {"blobDataInfos", "a list of blobDataInfo",
+        {"blobDataInfos", QT_TRANSLATE_NOOP("Text", "a list of blobDataInfo"),
          RecordList<BlobDataInfo, walk, Rdb::byte2BlobDataInfos, Rdb::blobDataInfos2Byte, Rdb::blobDataInfo2Byte>::make,
          &valueListFailures, returnsOne},
-        {"blobRealData", "a blob of a point",
+        {"blobRealData", QT_TRANSLATE_NOOP("Text", "a blob of a point"),
          OneRecord<BlobRealData, walk, Rdb::byte2BlobRealData, Rdb::blobRealData2Byte>::make, &blobValueFailures,
          returnsBytes},
-        {"blobRealDatas", "a list of blobRealData",
+        {"blobRealDatas", QT_TRANSLATE_NOOP("Text", "a list of blobRealData"),
          RecordList<BlobRealData, walk, Rdb::byte2BlobRealDatas, Rdb::blobRealDatas2Byte, Rdb::blobRealData2Byte>::make,
          &blobValueListFailures, returnsOne},
-        {"blobDatas", "a list of blobs without their point",
+        {"blobDatas", QT_TRANSLATE_NOOP("Text", "a list of blobs without their point"),
          RecordList<BlobData, walk, Rdb::blob2List, writeReadForms, writeReadForm>::make, &blobSamplesFailures,
          returnsBytes, 18},
-        {"hisQuery", "a query", OneRecord<HisQuery, walk, Rdb::byte2HisQuery, writeReadForm>::make, &hisQueryFailures,
-         returnsOne},
-        {"oneSecQuery", "a query with a text",
+        {"hisQuery", QT_TRANSLATE_NOOP("Text", "a query"),
+         OneRecord<HisQuery, walk, Rdb::byte2HisQuery, writeReadForm>::make, &hisQueryFailures, returnsOne},
+        {"oneSecQuery", QT_TRANSLATE_NOOP("Text", "a query with a text"),
          OneRecord<OneSecQuery, walk, Rdb::byte2OneSecQuery, Rdb::oneSecQuery2Byte>::make, &oneSecQueryFailures,
          returnsBytes},
-        {"eventInfo", "an event", OneRecord<EventInfo, walk, Rdb::byte2EventInfo, Rdb::eventInfo2Byte>::make,
-         &definitionFailures, returnsBytes},
-        {"eventInfos", "a list of eventInfo",
+        {"eventInfo", QT_TRANSLATE_NOOP("Text", "an event"),
+         OneRecord<EventInfo, walk, Rdb::byte2EventInfo, Rdb::eventInfo2Byte>::make, &definitionFailures, returnsBytes},
+        {"eventInfos", QT_TRANSLATE_NOOP("Text", "a list of eventInfo"),
          RecordList<EventInfo, walk, Rdb::byte2EventInfos, Rdb::eventInfos2Byte, Rdb::eventInfo2Byte>::make,
          &definitionListFailures, returnsOne},
-        {"eventState", "the state of an event",
+        {"eventState", QT_TRANSLATE_NOOP("Text", "the state of an event"),
          OneRecord<EventState, walk, Rdb::byte2EventState, Rdb::eventState2Byte>::make, &definitionFailures,
          returnsBytes},
-        {"eventStates", "a list of eventState",
+        {"eventStates", QT_TRANSLATE_NOOP("Text", "a list of eventState"),
          RecordList<EventState, walk, Rdb::byte2EventStates, Rdb::eventStates2Byte, Rdb::eventState2Byte>::make,
          &definitionListFailures, returnsOne},
-        {"variant", "a tagged value, byte form", OneRecord<Variant, walk, Rdb::byte2Variant, Rdb::variant2Byte>::make,
-         &variantFailures, returnsBytes},
-        {"variantBlob", "the same, blob form", OneRecord<Variant, walkBlob, Rdb::blob2Variant, Rdb::variant2Blob>::make,
-         &variantFailures, returnsBytes},
-        {"property", "a property of an object, byte form",
+        {"variant", QT_TRANSLATE_NOOP("Text", "a tagged value, byte form"),
+         OneRecord<Variant, walk, Rdb::byte2Variant, Rdb::variant2Byte>::make, &variantFailures, returnsBytes},
+        {"variantBlob", QT_TRANSLATE_NOOP("Text", "the same, blob form"),
+         OneRecord<Variant, walkBlob, Rdb::blob2Variant, Rdb::variant2Blob>::make, &variantFailures, returnsBytes},
+        {"property", QT_TRANSLATE_NOOP("Text", "a property of an object, byte form"),
          OneRecord<PropertyData, walk, Rdb::byte2Property, Rdb::property2Byte>::make, &propertyFailures, returnsBytes},
-        {"propertyBlob", "the same, blob form",
+        {"propertyBlob", QT_TRANSLATE_NOOP("Text", "the same, blob form"),
          OneRecord<PropertyData, walkBlob, Rdb::blob2Property, Rdb::property2Blob>::make, &propertyFailures,
          returnsBytes},
-        {"object", "an object with its properties, byte form",
+        {"object", QT_TRANSLATE_NOOP("Text", "an object with its properties, byte form"),
          OneRecord<ObjectData, walk, Rdb::byte2Object, Rdb::object2Byte>::make, &objectFailures, returnsBytes},
-        {"objectBlob", "the same, blob form", OneRecord<ObjectData, walkBlob, Rdb::blob2Object, Rdb::object2Blob>::make,
-         &objectBlobFailures, returnsBytes},
-        {"nodeHead", "the head of a node", OneRecord<NodeHead, walk, Fep::byte2NodeHead, Fep::nodeHead2Byte>::make,
-         &frontEndFailures, returnsBytes},
-        {"nodeHeads", "a list of nodeHead",
+        {"objectBlob", QT_TRANSLATE_NOOP("Text", "the same, blob form"),
+         OneRecord<ObjectData, walkBlob, Rdb::blob2Object, Rdb::object2Blob>::make, &objectBlobFailures, returnsBytes},
+        {"nodeHead", QT_TRANSLATE_NOOP("Text", "the head of a node"),
+         OneRecord<NodeHead, walk, Fep::byte2NodeHead, Fep::nodeHead2Byte>::make, &frontEndFailures, returnsBytes},
+        {"nodeHeads", QT_TRANSLATE_NOOP("Text", "a list of nodeHead"),
          RecordList<NodeHead, walk, Fep::byte2NodeHeads, Fep::nodeHeads2Byte, Fep::nodeHead2Byte>::make,
          &frontEndListFailures, returnsOne},
-        {"commItem", "a communication entry", OneRecord<CommItem, walk, Fep::byte2CommItem, Fep::commItem2Byte>::make,
-         &frontEndFailures, returnsBytes},
-        {"commItems", "a list of commItem",
+        {"commItem", QT_TRANSLATE_NOOP("Text", "a communication entry"),
+         OneRecord<CommItem, walk, Fep::byte2CommItem, Fep::commItem2Byte>::make, &frontEndFailures, returnsBytes},
+        {"commItems", QT_TRANSLATE_NOOP("Text", "a list of commItem"),
          RecordList<CommItem, walk, Fep::byte2CommItems, Fep::commItems2Byte, Fep::commItem2Byte>::make,
          &frontEndListFailures, returnsOne},
-        {"ycItem", "a measurement with a floating-point value",
+        {"ycItem", QT_TRANSLATE_NOOP("Text", "a measurement with a floating-point value"),
          OneRecord<YcItem, walk, Fep::byte2YcItem, Fep::ycItem2Byte>::make, &frontEndFailures, returnsBytes},
-        {"ycItems", "a list of ycItem",
+        {"ycItems", QT_TRANSLATE_NOOP("Text", "a list of ycItem"),
          RecordList<YcItem, walk, Fep::byte2YcItems, Fep::ycItems2Byte, Fep::ycItem2Byte>::make, &frontEndListFailures,
          returnsOne},
-        {"yxItem", "a signal of a few states", OneRecord<YxItem, walk, Fep::byte2YxItem, Fep::yxItem2Byte>::make,
-         &frontEndFailures, returnsBytes},
-        {"yxItems", "a list of yxItem",
+        {"yxItem", QT_TRANSLATE_NOOP("Text", "a signal of a few states"),
+         OneRecord<YxItem, walk, Fep::byte2YxItem, Fep::yxItem2Byte>::make, &frontEndFailures, returnsBytes},
+        {"yxItems", QT_TRANSLATE_NOOP("Text", "a list of yxItem"),
          RecordList<YxItem, walk, Fep::byte2YxItems, Fep::yxItems2Byte, Fep::yxItem2Byte>::make, &frontEndListFailures,
          returnsOne},
-        {"ydItem", "an item without a reading of its own",
+        {"ydItem", QT_TRANSLATE_NOOP("Text", "an item without a reading of its own"),
          OneRecord<YdItem, walk, Fep::byte2YdItem, Fep::ydItem2Byte>::make, &frontEndFailures, returnsBytes},
-        {"ydItems", "a list of ydItem",
+        {"ydItems", QT_TRANSLATE_NOOP("Text", "a list of ydItem"),
          RecordList<YdItem, walk, Fep::byte2YdItems, Fep::ydItems2Byte, Fep::ydItem2Byte>::make, &frontEndListFailures,
          returnsOne},
-        {"ybItem", "a signal with an integer value, as the library reads it",
+        {"ybItem", QT_TRANSLATE_NOOP("Text", "a signal with an integer value, as the library reads it"),
          OneRecord<YbItem, walk, Fep::byte2YbItem, writeReadForm>::make, &frontEndFailures, returnsBytes},
-        {"ybItems", "a list of ybItem", RecordList<YbItem, walk, Fep::byte2YbItems, writeReadable, writeReadForm>::make,
-         &frontEndListFailures, returnsOne},
-        {"ybItemWritten", "a signal with an integer value, as the library writes it, with flag1",
+        {"ybItems", QT_TRANSLATE_NOOP("Text", "a list of ybItem"),
+         RecordList<YbItem, walk, Fep::byte2YbItems, writeReadable, writeReadForm>::make, &frontEndListFailures,
+         returnsOne},
+        {"ybItemWritten",
+         QT_TRANSLATE_NOOP("Text", "a signal with an integer value, as the library writes it, with flag1"),
          OneRecord<YbItem, walkWritten, noReader, Fep::ybItem2Byte>::make, nullptr, returnsBytes},
-        {"ybItemsWritten", "a list of ybItemWritten",
+        {"ybItemsWritten", QT_TRANSLATE_NOOP("Text", "a list of ybItemWritten"),
          RecordList<YbItem, walkWritten, noReader, Fep::ybItems2Byte, Fep::ybItem2Byte>::make, nullptr, returnsOne},
-        {"wave", "a stored wave", makeWave, &waveFailures, returnsOne},
+        {"wave", QT_TRANSLATE_NOOP("Text", "a stored wave"), makeWave, &waveFailures, returnsOne},
     };
     return forms;
 }

@@ -1,5 +1,6 @@
 #include "recordJson.h"
 
+#include "shared/text.h"
 #include "textEncoding.h"
 
 #include <algorithm>
@@ -131,7 +132,7 @@ public:
         const QByteArray bytes = takeText(name, longestText);
         text = QString::fromUtf8(bytes);
         if (text.toUtf8() != bytes)
-            fail(name, "must be UTF-8: the library writes this text as UTF-8");
+            fail(name, Text::tr("must be UTF-8: the library writes this text as UTF-8"));
     }
     void slot(const char* name, std::string& text) override
     {
@@ -143,7 +144,7 @@ public:
         if (bytes.size() == size)
             std::memcpy(first, bytes.constData(), static_cast<size_t>(size));
         else
-            fail(name, QString("must have %1 bytes, got %2").arg(size).arg(bytes.size()));
+            fail(name, Text::tr("must have %1 bytes, got %2").arg(size).arg(bytes.size()));
     }
     void bytes(const char* name, std::vector<unsigned char>& value) override
     {
@@ -157,7 +158,7 @@ public:
     {
         const Json* json = take(name);
         if (json != nullptr && !json->is_object())
-            fail(name, "must be an object" + gotText(*json));
+            fail(name, Text::tr("must be an object") + gotText(*json));
         enter(name, json);
         if (json != nullptr)
             open.back().names.reserve(json->size());
@@ -175,11 +176,11 @@ public:
         const bool isArray = json != nullptr && json->is_array();
         const auto count = static_cast<unsigned int>(isArray ? json->size() : 0);
         if (json != nullptr && !isArray)
-            fail(name, "must be an array" + gotText(*json));
+            fail(name, Text::tr("must be an array") + gotText(*json));
         else if (isArray && countBytes == 0 && count != size)
-            fail(name, QString("must have %1 items, got %2").arg(size).arg(count));
+            fail(name, Text::tr("must have %1 items, got %2").arg(size).arg(count));
         else if (countBytes == 2 && count > USHRT_MAX)
-            fail(name, QString("must have at most %1 items, got %2").arg(USHRT_MAX).arg(count));
+            fail(name, Text::tr("must have at most %1 items, got %2").arg(USHRT_MAX).arg(count));
         enter(name, json);
         return countBytes == 0 ? std::min(count, static_cast<unsigned int>(size)) : count;
     }
@@ -226,7 +227,7 @@ private:
         parent.names.push_back(name);
         const auto found = parent.value->find(name);
         if (found == parent.value->end()) {
-            fail(name, "is missing");
+            fail(name, Text::tr("is missing"));
             return nullptr;
         }
         ++parent.found;
@@ -240,7 +241,7 @@ private:
             known.append(name);
         for (const auto& [name, value] : record.value->items()) {
             if (!known.contains(QString::fromStdString(name)))
-                fail(name.c_str(), "is unknown; the fields are " + known.join(", "));
+                fail(name.c_str(), Text::tr("is unknown; the fields are %1").arg(known.join(", ")));
         }
     }
 
@@ -251,7 +252,7 @@ private:
         const bool isInside =
             std::floor(number) == number && number >= static_cast<double>(least) && number <= static_cast<double>(most);
         if (json != nullptr && !isInside)
-            fail(name, QString("must be an integer from %1 to %2").arg(least).arg(most) + gotText(*json));
+            fail(name, Text::tr("must be an integer from %1 to %2").arg(least).arg(most) + gotText(*json));
         return isInside ? static_cast<long long>(number) : 0;
     }
 
@@ -263,7 +264,7 @@ private:
         if (!fault.isEmpty())
             fail(name, fault);
         else if (bytes.size() > most)
-            fail(name, QString("must have at most %1 bytes, got %2").arg(most).arg(bytes.size()));
+            fail(name, Text::tr("must have at most %1 bytes, got %2").arg(most).arg(bytes.size()));
         return bytes;
     }
 
@@ -300,11 +301,11 @@ private:
             const auto bits = static_cast<unsigned int>(image);
             std::memcpy(&value, &bits, sizeof value);
             if (!std::isnan(value))
-                errors.append(pathOf(name) + ".nan must be the bits of a NaN" + gotText(json["nan"]));
+                errors.append(pathOf(name) + ".nan " + Text::tr("must be the bits of a NaN") + gotText(json["nan"]));
         } else if (!readNumber(json, number)) {
-            fail(name, "must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 8 DIGITS}" + gotText(json));
+            fail(name, Text::tr("must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 8 DIGITS}") + gotText(json));
         } else if (std::isfinite(number) && std::abs(number) >= 0x1.ffffffp127) { // which would round to infinity
-            fail(name, "must fit into a float" + gotText(json));
+            fail(name, Text::tr("must fit into a float") + gotText(json));
         } else {
             value = static_cast<float>(number);
         }
@@ -316,9 +317,9 @@ private:
         if (readNan(json, 16, image)) {
             std::memcpy(&value, &image, sizeof value);
             if (!std::isnan(value))
-                errors.append(pathOf(name) + ".nan must be the bits of a NaN" + gotText(json["nan"]));
+                errors.append(pathOf(name) + ".nan " + Text::tr("must be the bits of a NaN") + gotText(json["nan"]));
         } else if (!readNumber(json, value)) {
-            fail(name, "must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 16 DIGITS}" + gotText(json));
+            fail(name, Text::tr("must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 16 DIGITS}") + gotText(json));
         }
     }
 
@@ -341,7 +342,8 @@ void RecordJsonReader::samples(StoredWave& wave)
 {
     takeIntegers("marks", INT_MIN, INT_MAX, wave.marks);
     if (wave.marks.size() != wave.head.markCount)
-        fail("marks", QString("must have markCount items, %1, got %2").arg(wave.head.markCount).arg(wave.marks.size()));
+        fail("marks",
+             Text::tr("must have markCount items, %1, got %2").arg(wave.head.markCount).arg(wave.marks.size()));
     if (wave.isRaw())
         takeIntegers("stored", SHRT_MIN, SHRT_MAX, wave.stored);
     else if (wave.isQuantised())

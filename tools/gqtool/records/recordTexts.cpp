@@ -1,6 +1,7 @@
 #include "recordTexts.h"
 
 #include "recordDecoding.h"
+#include "shared/text.h"
 
 #include <utility>
 
@@ -22,7 +23,7 @@ public:
         if (!wants)
             return;
         std::string path;
-        row.appendName(path);
+        row.appendLabel(path);
         QString name = QString::fromStdString(path);
         const QString index = result.isList ? takeIndex(name) : QString();
         if (result.isList && index.isEmpty())
@@ -59,7 +60,7 @@ RecordTexts recordTexts(const Form& form, const QByteArray& bytes, bool wantsTex
     result.json = std::move(listener.json.text);
     const std::vector<Fault>& faults = decoding.faults.listed();
     if (!faults.empty())
-        result.fault = QString("byte %1: %2").arg(faults[0].offset).arg(faults[0].text);
+        result.fault = Text::tr("byte %1: %2").arg(faults[0].offset).arg(faults[0].text);
     else
         result.rest = static_cast<int>(bytes.size() - decoding.restOffset);
     return result;

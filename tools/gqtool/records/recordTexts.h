@@ -1,6 +1,7 @@
 #pragma once
 
 #include "recordFields.h"
+#include "shared/text.h"
 
 #include <QByteArray>
 #include <QString>
@@ -14,7 +15,7 @@ struct RecordTexts {
     bool isList = false;
     std::string json; // the same as a JSON array or object
     int rest = 0;     // bytes after the records
-    QString fault;    // the first one, with its offset; empty if there is none
+    Text fault;       // the first one, with its offset; empty if there is none
 };
 
 // Without `wantsTexts`, `texts` stays empty, and large records take less memory.

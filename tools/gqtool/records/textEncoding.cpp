@@ -1,4 +1,5 @@
 #include "textEncoding.h"
+#include "shared/text.h"
 
 #include <QTextCodec>
 
@@ -76,8 +77,9 @@ FieldValue RecordText::value() const
 
 QString takeUtf8(const Json& value, QByteArray& bytes)
 {
-    return takeBytes(value, bytes) ? QString()
-                                   : "must be a string of valid Unicode or {\"hex\": DIGITS}" + gotText(value);
+    return takeBytes(value, bytes)
+               ? QString()
+               : Text::tr("must be a string of valid Unicode or {\"hex\": DIGITS}") + gotText(value);
 }
 
 QString takeRecordText(const Json& value, QByteArray& bytes)
@@ -86,7 +88,7 @@ QString takeRecordText(const Json& value, QByteArray& bytes)
     if (!fault.isEmpty())
         return fault;
     if (codec != nullptr && value.is_string() && !encodeText(QString::fromUtf8(bytes), bytes))
-        return QString("must be a text that can be written in %1, or {\"hex\": DIGITS}")
+        return Text::tr("must be a text that can be written in %1, or {\"hex\": DIGITS}")
                    .arg(QString::fromLatin1(codec->name())) +
                gotText(value);
     return {};

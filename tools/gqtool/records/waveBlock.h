@@ -1,4 +1,5 @@
 #pragma once
+#include "shared/text.h"
 
 #include <QByteArray>
 #include <QString>
@@ -8,12 +9,12 @@
 
 // Returns why `size` bytes after the head cannot hold the marks and the least block that goes with them; empty if they
 // can.
-QString markFault(unsigned int markCount, long long size);
+Text markFault(unsigned int markCount, long long size);
 
 struct UnpackedBlock {
     QByteArray bytes; // up to the fault, if there is one
     int used = 0;     // bytes of the zlib stream
-    QString fault;    // empty if the stream is whole
+    Text fault;       // empty if the stream is whole
 };
 
 // Inflates the zlib stream at the start of `packed`.

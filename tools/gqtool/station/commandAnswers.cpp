@@ -6,6 +6,7 @@
 #include "gqtool/records/jsonText.h"
 #include "gqtool/records/recordJson.h"
 #include "shared/stationProtocol.h"
+#include "shared/text.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -32,6 +33,7 @@ public:
 
 private:
     void fail(const QString& place, const QString& message);
+    void failIn(const QString& place, const QString& reason);
     void checkMembers(const QJsonObject& object, const QString& place, const QStringList& known);
     CommandAnswers::Entry readEntry(const QJsonObject& object, const QString& place);
     int readCommand(const QJsonValue& value, const QString& place);
@@ -50,7 +52,12 @@ private:
 
 void CommandFileReader::fail(const QString& place, const QString& message)
 {
-    errors.append(QString("%1: line %2: %3%4").arg(path).arg(json.lineOf(place)).arg(place, message));
+    errors.append(Text::tr("%1: line %2: %3 %4").arg(path).arg(json.lineOf(place)).arg(place, message));
+}
+
+void CommandFileReader::failIn(const QString& place, const QString& reason)
+{
+    errors.append(Text::tr("%1: line %2: %3: %4").arg(path).arg(json.lineOf(place)).arg(place, reason));
 }
 
 void CommandFileReader::checkMembers(const QJsonObject& object, const QString& place, const QStringList& known)
@@ -58,7 +65,7 @@ void CommandFileReader::checkMembers(const QJsonObject& object, const QString& p
     for (const QString& name : object.keys()) {
         if (!known.contains(name))
             fail(place.isEmpty() ? name : place + '.' + name,
-                 QString(" is unknown; the members are %1").arg(known.join(", ")));
+                 Text::tr("is unknown; the members are %1").arg(known.join(", ")));
     }
 }
 
@@ -68,7 +75,8 @@ std::vector<CommandAnswers::Entry> CommandFileReader::read()
     const QJsonValue commands = document["commands"];
     checkMembers(document, "", {"commands"});
     if (!commands.isArray())
-        fail("commands", commands.isUndefined() ? QString(" is missing") : " must be an array" + gotText(commands));
+        fail("commands", commands.isUndefined() ? QString(Text::tr("is missing"))
+                                                : Text::tr("must be an array") + gotText(commands));
     std::vector<CommandAnswers::Entry> entries;
     const QJsonArray array = commands.toArray();
     for (int i = 0; i < array.size(); ++i) {
@@ -76,7 +84,7 @@ std::vector<CommandAnswers::Entry> CommandFileReader::read()
         if (array[i].isObject())
             entries.push_back(readEntry(array[i].toObject(), place));
         else
-            fail(place, " must be an object" + gotText(array[i]));
+            fail(place, Text::tr("must be an object") + gotText(array[i]));
     }
     return entries;
 }
@@ -89,7 +97,7 @@ CommandAnswers::Entry CommandFileReader::readEntry(const QJsonObject& object, co
     if (object.contains("payload"))
         entry.payload = readHex(object["payload"], place + ".payload");
     if (object.contains("reply") == object.contains("error"))
-        fail(place, " must have either reply or error");
+        fail(place, Text::tr("must have either reply or error"));
     else if (object.contains("error"))
         entry.error = readInteger(object["error"], place + ".error");
     else
@@ -107,9 +115,9 @@ int CommandFileReader::readCommand(const QJsonValue& value, const QString& place
     if (isNumber && number >= 0 && number <= UCHAR_MAX && std::floor(number) == number)
         return static_cast<int>(number);
     if (value.isUndefined())
-        fail(place, " is missing");
+        fail(place, Text::tr("is missing"));
     else
-        fail(place, " must be an integer from 0 to 255 or a text such as \"0x35\"" + gotText(value));
+        fail(place, Text::tr("must be an integer from 0 to 255 or a text such as \"0x35\"") + gotText(value));
     return 0;
 }
 
@@ -118,7 +126,7 @@ int CommandFileReader::readInteger(const QJsonValue& value, const QString& place
     const double number = value.toDouble();
     if (value.isDouble() && number >= INT_MIN && number <= INT_MAX && std::floor(number) == number)
         return static_cast<int>(number);
-    fail(place, QString(" must be an integer from %1 to %2").arg(INT_MIN).arg(INT_MAX) + gotText(value));
+    fail(place, Text::tr("must be an integer from %1 to %2").arg(INT_MIN).arg(INT_MAX) + gotText(value));
     return 0;
 }
 
@@ -127,16 +135,16 @@ QByteArray CommandFileReader::readHex(const QJsonValue& value, const QString& pl
     QByteArray bytes;
     QString error;
     if (!value.isString())
-        fail(place, " must be a text of hex digits, two per byte" + gotText(value));
+        fail(place, Text::tr("must be a text of hex digits, two per byte") + gotText(value));
     else if (!::readHex(value.toString().toUtf8(), bytes, error))
-        fail(place, ": " + error);
+        failIn(place, error);
     return bytes;
 }
 
 QByteArray CommandFileReader::readInts(const QJsonValue& value, const QString& place)
 {
     if (!value.isArray())
-        fail(place, " must be an array of integers" + gotText(value));
+        fail(place, Text::tr("must be an array of integers") + gotText(value));
     const QJsonArray array = value.toArray();
     QByteArray payload = intPayload(array.size());
     for (int i = 0; i < array.size(); ++i)
@@ -147,16 +155,16 @@ QByteArray CommandFileReader::readInts(const QJsonValue& value, const QString& p
 QByteArray CommandFileReader::readStrings(const QJsonValue& value, const QString& place)
 {
     if (!value.isArray())
-        fail(place, " must be an array of texts" + gotText(value));
+        fail(place, Text::tr("must be an array of texts") + gotText(value));
     const QJsonArray array = value.toArray();
     QByteArray payload = intPayload(array.size());
     for (int i = 0; i < array.size(); ++i) {
         const QString itemPlace = QString("%1[%2]").arg(place).arg(i);
         QByteArray text = array[i].toString().toUtf8();
         if (!array[i].isString())
-            fail(itemPlace, " must be a text" + gotText(array[i]));
+            fail(itemPlace, Text::tr("must be a text") + gotText(array[i]));
         else if (text.size() > USHRT_MAX - 2)
-            fail(itemPlace, QString(" must have at most %1 bytes, got %2").arg(USHRT_MAX - 2).arg(text.size()));
+            fail(itemPlace, Text::tr("must have at most %1 bytes, got %2").arg(USHRT_MAX - 2).arg(text.size()));
         const int size = static_cast<int>(text.size());
         CByte2Val::short2Byte(size + 2, payload); // each text has two length fields
         CByte2Val::short2Byte(size, payload);
@@ -169,37 +177,37 @@ QByteArray CommandFileReader::readRecord(const QJsonObject& object, const QStrin
 {
     const Form* form = findForm(object["as"].toString());
     if (form == nullptr) {
-        fail(place + ".as", " must be a form of 'gqtool decode --list'" + gotText(object["as"]) +
+        fail(place + ".as", Text::tr("must be a form of 'gqtool decode --list'") + gotText(object["as"]) +
                                 didYouMean(closestName(object["as"].toString(), formNames())));
         return {};
     }
     if (!object.contains("value")) {
-        fail(place + ".value", " is missing");
+        fail(place + ".value", Text::tr("is missing"));
         return {};
     }
     const std::unique_ptr<Content> content = form->make();
     const QStringList faults = takeJson(Json::parse(jsonText(object["value"])), *content);
     for (const QString& fault : faults) { // each begins with the path from value on
         const QString member = fault.section(' ', 0, 0);
-        fail(QString("%1.%2").arg(place, member), fault.mid(member.size()));
+        fail(QString("%1.%2").arg(place, member), fault.mid(member.size() + 1));
     }
     QByteArray bytes;
     if (faults.isEmpty() && !content->write(bytes))
-        fail(place + ".value", " cannot be written: the samples do not pack into 5000000 bytes");
+        fail(place + ".value", Text::tr("cannot be written: the samples do not pack into 5000000 bytes"));
     return intPayload(bytes.size()) + bytes;
 }
 
 QByteArray CommandFileReader::readFile(const QJsonValue& value, const QString& place)
 {
     if (!value.isString()) {
-        fail(place, " must be the name of a file" + gotText(value));
+        fail(place, Text::tr("must be the name of a file") + gotText(value));
         return {};
     }
     const QString file = QFileInfo(path).dir().filePath(value.toString());
     QByteArray bytes;
     QString error;
     if (!readAll(file, bytes, error))
-        fail(place, QString(": cannot read %1: %2").arg(file, error));
+        failIn(place, Text::tr("cannot read %1: %2").arg(file, error));
     return bytes;
 }
 
@@ -212,7 +220,7 @@ std::vector<CommandAnswers::Part> CommandFileReader::readReply(const QJsonValue&
     std::vector<CommandAnswers::Part> parts;
     const QJsonArray array = value.toArray();
     if (array.isEmpty())
-        fail(place, " must have at least one frame");
+        fail(place, Text::tr("must have at least one frame"));
     parts.reserve(static_cast<size_t>(array.size()));
     for (int i = 0; i < array.size(); ++i)
         parts.push_back(readPart(array[i], QString("%1[%2]").arg(place).arg(i)));
@@ -232,7 +240,7 @@ CommandAnswers::Part CommandFileReader::readPart(const QJsonValue& value, const 
             found.append(form);
     }
     if (found.size() != 1 || (object.contains("value") && found[0] != "as")) {
-        fail(place, QString(" must be \"echo\" or an object with as and value, or with one of %1")
+        fail(place, Text::tr("must be \"echo\" or an object with as and value, or with one of %1")
                             .arg(forms.mid(1).join(", ")) +
                         gotText(value));
         return {};
@@ -265,7 +273,7 @@ bool CommandAnswers::read(QStringList& errors)
     QByteArray text;
     QString error;
     if (!readAll(path, text, error)) {
-        errors = QStringList{QString("cannot read %1: %2").arg(path, error)};
+        errors = QStringList{Text::tr("cannot read %1: %2").arg(path, error)};
         return false;
     }
     LocatedJson json;
@@ -274,7 +282,7 @@ bool CommandAnswers::read(QStringList& errors)
         return false;
     }
     if (!json.value().isObject()) {
-        errors = QStringList{path + ": must be a JSON object" + gotText(json.value())};
+        errors = QStringList{path + ": " + Text::tr("must be a JSON object") + gotText(json.value())};
         return false;
     }
     CommandFileReader reader(path, json);

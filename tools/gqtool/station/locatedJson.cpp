@@ -1,4 +1,5 @@
 #include "locatedJson.h"
+#include "shared/text.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -71,7 +72,7 @@ public:
         open.back().name = QString::fromStdString(name);
         const QString path = pathOfNext();
         if (open.back().members.contains(open.back().name)) {
-            error = QString("line %1: %2 is there already, in line %3").arg(position.line).arg(path).arg(lines[path]);
+            error = Text::tr("line %1: %2 is there already, in line %3").arg(position.line).arg(path).arg(lines[path]);
             return false;
         }
         lines[path] = position.line;
@@ -82,7 +83,7 @@ public:
         const QString text = QString::fromStdString(exception.what());
         error = text.section("parse error at ", 1);
         if (error.isEmpty()) // a number beyond the range of double
-            error = QString("line %1: %2").arg(lineOfNumber()).arg(text.section("] ", 1));
+            error = Text::tr("line %1: %2").arg(lineOfNumber()).arg(text.section("] ", 1));
         return false;
     }
 
@@ -116,7 +117,7 @@ private:
     bool begin(bool isArray, int line)
     {
         if (open.size() == mostNested) {
-            error = QString("line %1: must nest at most %2 arrays and objects").arg(line).arg(mostNested);
+            error = Text::tr("line %1: must nest at most %2 arrays and objects").arg(line).arg(mostNested);
             return false;
         }
         locate(line);

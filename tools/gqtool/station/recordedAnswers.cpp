@@ -2,6 +2,7 @@
 
 #include "gqtool/records/jsonText.h"
 #include "shared/stationProtocol.h"
+#include "shared/text.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -60,16 +61,16 @@ bool RecordingReader::readLine(const QByteArray& line)
     const QJsonDocument document = QJsonDocument::fromJson(line, &parseError);
     error.clear();
     if (!document.isObject()) {
-        error = "must be a JSON object of 'gqtool trace --record'";
+        error = Text::tr("must be a JSON object of 'gqtool trace --record'");
         return false;
     }
     item = document.object();
     const QDateTime moment = QDateTime::fromString(item.value("time").toString(), Qt::ISODateWithMs);
     time = moment.toMSecsSinceEpoch();
     if (answers.isTimed && !moment.isValid())
-        error = "time must be a moment such as 2026-01-31T23:59:59.000000Z" + gotText(item.value("time"));
+        error = Text::tr("time must be a moment such as 2026-01-31T23:59:59.000000Z") + gotText(item.value("time"));
     if (item.contains("event") && !item.value("event").isString())
-        error = "event must be a string" + gotText(item.value("event"));
+        error = Text::tr("event must be a string") + gotText(item.value("event"));
     takeInteger("connection", INT_MAX);
     if (!error.isEmpty() || (item.contains("event") && item.value("event") != "connected") || !isWhole())
         return error.isEmpty();
@@ -80,7 +81,7 @@ bool RecordingReader::readLine(const QByteArray& line)
         return true;
     const QString from = item.value("from").toString();
     if (from != "client" && from != "station") {
-        error = "from must be client or station" + gotText(item.value("from"));
+        error = Text::tr("from must be client or station") + gotText(item.value("from"));
         return false;
     }
     const QByteArray bytes = takeBytes();
@@ -137,10 +138,10 @@ bool RecordingReader::isWhole()
 {
     const int payloadSize = item.value("payload").toString().size() / 2;
     if (item.value("fault") == "cut")
-        error = "the frame is incomplete and cannot be replayed; remove the line";
+        error = Text::tr("the frame is incomplete and cannot be replayed; remove the line");
     else if (item.value("payload").isString() && item.value("length").isDouble() &&
              item.value("length").toDouble() > payloadSize)
-        error = QString("the payload is cut: it has %1 of %2 bytes; record with 'gqtool trace --record'")
+        error = Text::tr("the payload is cut: it has %1 of %2 bytes; record with 'gqtool trace --record'")
                     .arg(payloadSize)
                     .arg(item.value("length").toDouble(), 0, 'f', 0);
     return error.isEmpty();
@@ -151,7 +152,7 @@ int RecordingReader::takeInteger(const char* name, int most)
     const QJsonValue value = item.value(QLatin1String(name));
     const double number = value.toDouble(0);
     if ((!value.isUndefined() && !value.isDouble()) || number < 0 || number > most || std::floor(number) != number)
-        error = QString("%1 must be an integer from 0 to %2").arg(name).arg(most) + gotText(value);
+        error = Text::tr("%1 must be an integer from 0 to %2").arg(name).arg(most) + gotText(value);
     return error.isEmpty() ? static_cast<int>(number) : 0;
 }
 
@@ -162,8 +163,8 @@ QByteArray RecordingReader::takeHex(const char* name, int size)
     const QByteArray digits = value.toString().toLatin1();
     QByteArray bytes = QByteArray::fromHex(digits);
     if (!value.isString() || bytes.toHex() != digits.toLower() || (size >= 0 && bytes.size() != size))
-        error = QString("%1 must be hex digits, two for each of %2")
-                    .arg(name, size < 0 ? QString("its bytes") : QString("%1 bytes").arg(size)) +
+        error = (size < 0 ? Text::tr("%1 must be hex digits, two for each of its bytes").arg(name)
+                          : Text::tr("%1 must be hex digits, two for each of %2 bytes").arg(name).arg(size)) +
                 gotText(value);
     return bytes;
 }
@@ -176,7 +177,7 @@ QByteArray RecordingReader::takeBytes()
     if (item.contains("length") && !item.contains("command"))
         return QByteArray(1, CSocketAPI::frameStart); // it began no frame
     if (!item.contains("command"))
-        error = "command is missing";
+        error = Text::tr("command is missing");
     QByteArray frame;
     CSocketAPI::addHeader(static_cast<unsigned char>(takeInteger("command", UCHAR_MAX)),
                           static_cast<unsigned char>(takeInteger("arg1", UCHAR_MAX)),
@@ -198,19 +199,19 @@ bool RecordedAnswers::read(const QString& path, QString& error)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        error = QString("cannot read %1: %2").arg(path, file.errorString());
+        error = Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString()));
         return false;
     }
     RecordingReader reader(*this);
     for (int number = 1; !file.atEnd(); ++number) {
         const QByteArray line = file.readLine().trimmed();
         if (!line.isEmpty() && !reader.readLine(line)) {
-            error = QString("%1: line %2: %3").arg(path).arg(number).arg(reader.error);
+            error = Text::tr("%1: line %2: %3").arg(path).arg(number).arg(reader.error);
             return false;
         }
     }
     if (file.error() != QFileDevice::NoError) {
-        error = QString("cannot read %1: %2").arg(path, file.errorString());
+        error = Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString()));
         return false;
     }
     // A connection without a greeting, for example a failed connect.
@@ -218,7 +219,7 @@ bool RecordedAnswers::read(const QString& path, QString& error)
     std::vector<size_t>& sent = greetings.exchanges;
     sent.erase(std::remove_if(sent.begin(), sent.end(), isEmpty), sent.end());
     if (replies.isEmpty())
-        error = path + ": contains no request";
+        error = Text::tr("%1: contains no request").arg(path);
     return error.isEmpty();
 }
 

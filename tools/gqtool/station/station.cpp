@@ -2,6 +2,7 @@
 
 #include "gqtool/listener.h"
 #include "shared/console.h"
+#include "shared/text.h"
 #include "stationLink.h"
 
 #include <netinet/tcp.h>
@@ -38,7 +39,7 @@ bool Station::bind(const QString& host, int port, bool withDatagrams)
 void Station::serve()
 {
     const QString endpoint = endpointText(address);
-    report("listening on " + endpoint, {{"event", "listening"}, {"endpoint", endpoint}});
+    report(Text::tr("listening on %1").arg(endpoint), {{"event", "listening"}, {"endpoint", endpoint}});
     awaitConnection();
     if (datagrams >= 0)
         awaitDatagram();
@@ -76,7 +77,7 @@ void Station::accept()
             return;
         }
         if (!wasFull) {
-            const QString line = QString("cannot accept another client now: %1").arg(strerror(errno));
+            const QString line = Text::tr("cannot accept another client now: %1").arg(errorText(errno));
             printError(line);
             log.add(line);
         }
@@ -143,7 +144,7 @@ void Station::goDown(int ms)
     const auto closing = links; // links remove themselves
     for (const auto& [key, link] : closing)
         link->breakOff();
-    report(QString("down for %1 ms").arg(ms), {{"event", "down"}, {"ms", ms}});
+    report(Text::tr("down for %1 ms").arg(ms), {{"event", "down"}, {"ms", ms}});
     events.after(ms, [this] { comeBack(); });
 }
 
@@ -153,8 +154,8 @@ void Station::comeBack()
     if (listener < 0)
         listener = openBound(SOCK_STREAM, address);
     if (listener < 0 || listen(listener, SOMAXCONN) != 0)
-        printError(QString("cannot listen on %1 again: %2").arg(endpointText(address), strerror(errno)));
+        printError(Text::tr("cannot listen on %1 again: %2").arg(endpointText(address), errorText(errno)));
     else
         awaitConnection();
-    report("up again", {{"event", "up"}});
+    report(Text::tr("up again"), {{"event", "up"}});
 }

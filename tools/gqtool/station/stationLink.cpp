@@ -1,6 +1,7 @@
 #include "stationLink.h"
 
 #include "gqtool/listener.h"
+#include "shared/text.h"
 #include "station.h"
 
 #include <sys/socket.h>
@@ -23,7 +24,7 @@ StationLink::~StationLink() = default;
 
 void StationLink::begin()
 {
-    station.report(peer + " connected", {{"event", "connected"}, {"peer", peer}});
+    station.report(Text::tr("%1 connected").arg(peer), {{"event", "connected"}, {"peer", peer}});
     current.emplace();
     current->faults = station.script().nextGreeting();
     wait(current->faults.lateMs);
@@ -42,9 +43,10 @@ void StationLink::take(const StationRequest& request)
 void StationLink::breakOff()
 {
     if (current && current->request)
-        report("closed", "closed");
+        report("closed", Text::tr("closed"));
     else if (!isOfDatagrams)
-        station.report(peer + " closed", {{"event", "closed"}, {"peer", peer}, {"sent", current ? current->sent : 0}});
+        station.report(Text::tr("%1 closed").arg(peer),
+                       {{"event", "closed"}, {"peer", peer}, {"sent", current ? current->sent : 0}});
     close();
 }
 
@@ -94,7 +96,7 @@ void StationLink::startNext()
     } else if (isOfDatagrams) {
         close();
     } else if (isOver) {
-        station.report(peer + " gone", {{"event", "gone"}, {"peer", peer}});
+        station.report(Text::tr("%1 gone").arg(peer), {{"event", "gone"}, {"peer", peer}});
         close();
     } else {
         isWaiting = true;
@@ -172,15 +174,15 @@ void StationLink::finish()
     const bool isEnd = (ended.isLost || closes) && !isOfDatagrams;
     const int downMs = ended.faults.downMs;
     if (!ended.request && closes && !ended.isLost)
-        station.report(QString("%1 closed after %2 bytes of its greeting").arg(peer).arg(ended.sent),
+        station.report(Text::tr("%1 closed after %2 bytes of its greeting").arg(peer).arg(ended.sent),
                        {{"event", "closed"}, {"peer", peer}, {"sent", ended.sent}});
     else if (ended.request && ended.isLost)
-        report("gone before the answer", "gone before the answer");
+        report("gone before the answer", Text::tr("gone before the answer"));
     else if (ended.request && closes)
-        report("closed", ended.sent > 0 ? QString("closed after %1 bytes").arg(ended.sent) : "closed");
+        report("closed", ended.sent > 0 ? Text::tr("closed after %1 bytes").arg(ended.sent) : Text::tr("closed"));
     else if (ended.request && downMs == 0)
         report(ended.sent > 0 ? "answered" : "not answered",
-               ended.sent > 0 ? QString("answered with %1 bytes").arg(ended.sent) : "not answered");
+               ended.sent > 0 ? Text::tr("answered with %1 bytes").arg(ended.sent) : Text::tr("not answered"));
     if (downMs > 0) {
         station.goDown(downMs);
         return;
@@ -193,11 +195,9 @@ void StationLink::finish()
 void StationLink::report(const QString& outcome, const QString& words) const
 {
     const StationRequest& request = *current->request;
-    station.report(QString("%1%2 command 0x%3, %4 bytes: ")
-                           .arg(peer, isOfDatagrams ? " by UDP" : "")
-                           .arg(request.frame.command, 2, 16, QChar('0'))
-                           .arg(request.size) +
-                       words,
+    const Text line =
+        isOfDatagrams ? Text::tr("%1 by UDP command 0x%2, %3 bytes: %4") : Text::tr("%1 command 0x%2, %3 bytes: %4");
+    station.report(line.arg(peer).arg(request.frame.command, 2, 16, QChar('0')).arg(request.size).arg(words),
                    {{"event", "request"},
                     {"peer", peer},
                     {"transport", isOfDatagrams ? "UDP" : "TCP"},

@@ -1,4 +1,5 @@
 #include "stationLog.h"
+#include "shared/text.h"
 
 #include <QDateTime>
 
@@ -20,12 +21,12 @@ bool StationLog::open(const QString& path, QString& error)
     log.init(path);
     QFile file(path);
     isOpen = file.open(QIODevice::Append); // saving an empty queue would not open it
-    error = file.errorString();
+    error = libraryText(file.errorString());
     if (!isOpen)
         return false;
     const sigset_t endings = endSignals();
     pthread_sigmask(SIG_BLOCK, &endings, nullptr);
-    error = "cannot start a thread";
+    error = Text::tr("cannot start a thread");
     return saver.start();
 }
 

@@ -2,6 +2,7 @@
 
 #include "gqtool/closestName.h"
 #include "gqtool/commandLine.h"
+#include "shared/text.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -21,22 +22,26 @@ struct FaultWord {
 };
 
 static const FaultWord faultWords[] = {
-    {"late", "MS", 0, "wait MS before sending it", [](SendFaults& faults, int ms) { faults.lateMs = ms; }},
-    {"split", "BYTES", 1, "send BYTES bytes, and the rest after a pause",
+    {"late", "MS", 0, QT_TRANSLATE_NOOP("Text", "wait MS before sending it"),
+     [](SendFaults& faults, int ms) { faults.lateMs = ms; }},
+    {"split", "BYTES", 1, QT_TRANSLATE_NOOP("Text", "send BYTES bytes, and the rest after a pause"),
      [](SendFaults& faults, int bytes) { faults.splitAfter = bytes; }},
-    {"pieces", "BYTES", 0, "send pieces of BYTES bytes with pauses between; 0 sends all at once",
+    {"pieces", "BYTES", 0,
+     QT_TRANSLATE_NOOP("Text", "send pieces of BYTES bytes with pauses between; 0 sends all at once"),
      [](SendFaults& faults, int bytes) { faults.pieceSize = bytes; }},
-    {"together", "", 0, "send its frames in one write, a single frame twice",
+    {"together", "", 0, QT_TRANSLATE_NOOP("Text", "send its frames in one write, a single frame twice"),
      [](SendFaults& faults, int) { faults.together = true; }},
-    {"wrong-end", "", 0, "end its frames with a wrong byte", [](SendFaults& faults, int) { faults.wrongEnd = true; }},
-    {"silent", "", 0, "send nothing", [](SendFaults& faults, int) { faults.silent = true; }},
-    {"close-after", "BYTES", 0, "send at most BYTES bytes and close the connection",
+    {"wrong-end", "", 0, QT_TRANSLATE_NOOP("Text", "end its frames with a wrong byte"),
+     [](SendFaults& faults, int) { faults.wrongEnd = true; }},
+    {"silent", "", 0, QT_TRANSLATE_NOOP("Text", "send nothing"), [](SendFaults& faults, int) { faults.silent = true; }},
+    {"close-after", "BYTES", 0, QT_TRANSLATE_NOOP("Text", "send at most BYTES bytes and close the connection"),
      [](SendFaults& faults, int bytes) { faults.closeAfter = bytes; }},
-    {"error", "CODE", INT_MIN, "send an error frame with CODE instead",
+    {"error", "CODE", INT_MIN, QT_TRANSLATE_NOOP("Text", "send an error frame with CODE instead"),
      [](SendFaults& faults, int code) { faults.error = code; }},
-    {"down", "MS", 1, "close every link instead and refuse new ones for MS",
+    {"down", "MS", 1, QT_TRANSLATE_NOOP("Text", "close every link instead and refuse new ones for MS"),
      [](SendFaults& faults, int ms) { faults.downMs = ms; }},
-    {"none", "", 0, "cancel the faults of the lines above", [](SendFaults& faults, int) { faults = SendFaults(); }},
+    {"none", "", 0, QT_TRANSLATE_NOOP("Text", "cancel the faults of the lines above"),
+     [](SendFaults& faults, int) { faults = SendFaults(); }},
 };
 
 static const FaultWord* findFault(const QString& name)
@@ -50,13 +55,14 @@ QString StationScript::faultList()
 {
     QString text;
     for (const FaultWord& word : faultWords)
-        text += QString("  %1  %2\n").arg(QString("%1 %2").arg(word.name, word.value), -18).arg(word.meaning);
+        text += QString("  %1  %2\n").arg(QString("%1 %2").arg(word.name, word.value), -18).arg(Text::tr(word.meaning));
     return text;
 }
 
 // --- The lines ----------------------------------------------------------------------------------------------------
 
-static const char* const lineForm = "a line must be 'greeting|reply|command COMMAND SELECTOR FAULT [VALUE]'";
+static const char* const lineForm =
+    QT_TRANSLATE_NOOP("Text", "a line must be 'greeting|reply|command COMMAND SELECTOR FAULT [VALUE]'");
 
 // Reads and removes what is before the selector.
 bool StationScript::readAnswer(QStringList& words, Step& step, QString& error)
@@ -69,9 +75,9 @@ bool StationScript::readAnswer(QStringList& words, Step& step, QString& error)
     else if (first == "command")
         step.answer = Answer::command;
     else
-        error = QString("a line must begin with greeting, reply or command, got '%1'").arg(first);
+        error = Text::tr("a line must begin with greeting, reply or command, got '%1'").arg(first);
     if (first == "command" && !words.isEmpty() && !readInt(words[0], 0, UCHAR_MAX, step.command))
-        error = QString("COMMAND must be an integer from 0 to 255, got '%1'").arg(words[0]);
+        error = Text::tr("COMMAND must be an integer from 0 to 255, got '%1'").arg(words[0]);
     if (first == "command" && !words.isEmpty())
         words.removeFirst();
     return error.isEmpty();
@@ -84,17 +90,17 @@ bool StationScript::readFault(const QStringList& words, Step& step, QString& err
         QStringList names;
         for (const FaultWord& word : faultWords)
             names.append(word.name);
-        error = QString("FAULT must be one of %1, got '%2'").arg(names.join(", "), words[0]) +
+        error = Text::tr("FAULT must be one of %1, got '%2'").arg(names.join(", "), words[0]) +
                 didYouMean(closestName(words[0], names));
         return false;
     }
     const FaultWord& fault = *step.fault;
     const bool takesValue = *fault.value != '\0';
     if (words.size() != (takesValue ? 2 : 1))
-        error = QString("%1 takes %2").arg(fault.name, takesValue ? "one VALUE" : "no VALUE");
+        error = (takesValue ? Text::tr("%1 takes one VALUE") : Text::tr("%1 takes no VALUE")).arg(fault.name);
     else if (takesValue && !readInt(words[1], fault.least, INT_MAX, step.value))
-        error = fault.least == INT_MIN ? QString("%1 must be a 4-byte integer, got '%2'").arg(fault.name, words[1])
-                                       : QString("%1 must be an integer from %2 to %3, got '%4'")
+        error = fault.least == INT_MIN ? Text::tr("%1 must be a 4-byte integer, got '%2'").arg(fault.name, words[1])
+                                       : Text::tr("%1 must be an integer from %2 to %3, got '%4'")
                                              .arg(fault.name)
                                              .arg(fault.least)
                                              .arg(INT_MAX)
@@ -108,19 +114,19 @@ bool StationScript::add(const QString& line, QString& error)
     QStringList words = line.split(QRegularExpression("\\s+"), Qt::SkipEmptyParts);
     Step step;
     if (words.size() < 3) {
-        error = lineForm;
+        error = Text::tr(lineForm);
         return false;
     }
     if (!readAnswer(words, step, error))
         return false;
     if (words.size() < 2) {
-        error = lineForm;
+        error = Text::tr(lineForm);
         return false;
     }
     if (!step.selector.read(words[0], seed + static_cast<unsigned int>(steps.size()))) {
         error =
-            QString("SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance such as 2%, "
-                    "got '%1'")
+            Text::tr("SELECTOR must be a number from 1, a range such as 3-7, every, every/10 or a chance such as 2%, "
+                     "got '%1'")
                 .arg(words[0]);
         return false;
     }
@@ -135,7 +141,7 @@ bool StationScript::read(const QString& path, QString& error)
     QFile file(path);
     const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     if (file.error() != QFileDevice::NoError) {
-        error = QString("cannot read %1: %2").arg(path, file.errorString());
+        error = Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString()));
         return false;
     }
     const QStringList lines = QString::fromUtf8(content.constData(), content.size()).split('\n');
@@ -143,7 +149,7 @@ bool StationScript::read(const QString& path, QString& error)
         const QString line = lines[index].section('#', 0, 0).trimmed();
         QString reason;
         if (!line.isEmpty() && !add(line, reason)) {
-            error = QString("%1: line %2: %3").arg(path).arg(index + 1).arg(reason);
+            error = Text::tr("%1: line %2: %3").arg(path).arg(index + 1).arg(reason);
             return false;
         }
     }

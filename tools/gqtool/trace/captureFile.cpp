@@ -1,6 +1,7 @@
 #include "captureFile.h"
 
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -51,7 +52,7 @@ bool CaptureFile::open(const QString& path, QString& error)
         size = pcap_dump_ftell64(dumper);
         return true;
     }
-    error = strerror(errno);
+    error = errorText(errno);
     if (!isPipeOrDevice)
         unlink(begun.constData());
     return false;
@@ -78,5 +79,5 @@ void CaptureFile::fail(int error)
     dumper = nullptr;
     if (size > 0) // -1 for a pipe
         QFile::resize(name, size);
-    printError(QString("cannot write to %1, the trace continues without it: %2").arg(name, strerror(error)));
+    printError(Text::tr("cannot write to %1, the trace continues without it: %2").arg(name, errorText(error)));
 }

@@ -2,6 +2,7 @@
 #include "gqtool/listener.h"
 #include "shared/console.h"
 #include "shared/progress.h"
+#include "shared/text.h"
 #include "traceRelay.h"
 
 #include <poll.h>
@@ -88,7 +89,7 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
         forget();
     const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (socket < 0 || connect(socket, reinterpret_cast<const sockaddr*>(&station), sizeof station) != 0) {
-        printError(QString("datagram of %1 lost: %2").arg(endpointText(address), strerror(errno)));
+        printError(Text::tr("datagram of %1 lost: %2").arg(endpointText(address), errorText(errno)));
         close(socket);
         return nullptr;
     }
@@ -99,7 +100,7 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
 
 void DatagramRelay::lose(const DatagramClient& client, int size, int error)
 {
-    output.event(client.number, "lost", QString("datagram of %1 bytes lost: %2").arg(size).arg(strerror(error)));
+    output.event(client.number, "lost", Text::tr("datagram of %1 bytes lost: %2").arg(size).arg(errorText(error)));
 }
 
 void DatagramRelay::takeFromClients()
@@ -136,7 +137,7 @@ void DatagramRelay::takeFromStation(int socket)
     if (count < 0) {
         if (errno == ECONNREFUSED)
             output.event(client->number, "stationUnreachable",
-                         QString("the station is unreachable: %1").arg(strerror(errno)));
+                         Text::tr("the station is unreachable: %1").arg(errorText(errno)));
         return;
     }
     datagram.truncate(static_cast<int>(count));

@@ -3,6 +3,7 @@
 #include "gqtool/frames/frameMembers.h"
 #include "gqtool/frames/frameText.h"
 #include "shared/console.h"
+#include "shared/text.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -22,7 +23,7 @@ bool TraceOutput::record(const QString& path, QString& error)
 {
     recording.setFileName(path);
     const bool isOpen = recording.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered);
-    error = recording.errorString();
+    error = libraryText(recording.errorString());
     return isOpen;
 }
 
@@ -36,8 +37,8 @@ void TraceOutput::writeRecord(const QJsonObject& json)
     const QByteArray line = QJsonDocument(json).toJson(QJsonDocument::Compact) + '\n';
     hasFailed = recording.write(line) != line.size();
     if (hasFailed)
-        printError(QString("cannot write to %1, the trace continues without it: %2")
-                       .arg(recording.fileName(), recording.errorString()));
+        printError(Text::tr("cannot write to %1, the trace continues without it: %2")
+                       .arg(recording.fileName(), libraryText(recording.errorString())));
 }
 
 static long long microsecondsNow()
@@ -113,7 +114,7 @@ void TraceOutput::printItems(int connection, Side from, const std::vector<Stream
 void TraceOutput::listening(const QString& endpoint, const QString& station)
 {
     now = microsecondsNow();
-    print(0, QString("listening on %1 for %2").arg(endpoint, station),
+    print(0, Text::tr("listening on %1 for %2").arg(endpoint, station),
           {{"event", "listening"}, {"address", endpoint}, {"station", station}});
 }
 
@@ -121,7 +122,7 @@ void TraceOutput::connected(int connection, const QString& client)
 {
     now = microsecondsNow();
     ++connections;
-    print(connection, "connected from " + client, {{"event", "connected"}, {"client", client}});
+    print(connection, Text::tr("connected from %1").arg(client), {{"event", "connected"}, {"client", client}});
 }
 
 void TraceOutput::event(int connection, const QString& name, const QString& text)
@@ -152,7 +153,7 @@ void TraceOutput::datagram(int connection, Side from, const QByteArray& bytes)
 
 QString TraceOutput::summary() const
 {
-    return QString("%1 connections, %2 frames to the station, %3 back, %4 faults")
+    return Text::tr("%1 connections, %2 frames to the station, %3 back, %4 faults")
         .arg(connections)
         .arg(requests)
         .arg(replies)

@@ -9,7 +9,7 @@
 
 enum class Side { client, station };
 
-QString sideText(Side side); // "client" or "station"
+QString sideText(Side side); // "client" or "station", for JSON
 
 // The lines of a trace: one per frame and event, on standard output, and as JSON in a file.
 class TraceOutput {

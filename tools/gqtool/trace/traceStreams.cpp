@@ -2,6 +2,7 @@
 #include "gqtool/listener.h"
 #include "shared/console.h"
 #include "shared/progress.h"
+#include "shared/text.h"
 #include "traceRelay.h"
 
 #include <netinet/tcp.h>
@@ -168,7 +169,8 @@ void RelayedConnection::read(Flow& flow)
         captured.ended(flow.from);
         output.end(number, flow.from, flow.frames);
         output.event(number, sideText(flow.from) + "Ended",
-                     QString("the %1 ended its stream").arg(sideText(flow.from)));
+                     flow.from == Side::client ? Text::tr("the client ended its stream")
+                                               : Text::tr("the station ended its stream"));
     }
 }
 
@@ -206,9 +208,11 @@ void RelayedConnection::reportFailure()
         captured.broken(failedSide);
     else if (failure == ECONNREFUSED || failure == ECONNRESET)
         captured.refused();
+    const Text text = isUnreachable                ? Text::tr("the station is unreachable: %1")
+                      : failedSide == Side::client ? Text::tr("the client broke the connection: %1")
+                                                   : Text::tr("the station broke the connection: %1");
     output.event(number, sideText(failedSide) + (isUnreachable ? "Unreachable" : "Reset"),
-                 QString(isUnreachable ? "the %1 is unreachable: %2" : "the %1 broke the connection: %2")
-                     .arg(sideText(failedSide), strerror(failure)));
+                 text.arg(errorText(failure)));
 }
 
 // ------------------------------------------------------------------------------------------------------------------
@@ -247,7 +251,7 @@ bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOu
             accept4(listener, reinterpret_cast<sockaddr*>(&address), &size, SOCK_NONBLOCK | SOCK_CLOEXEC);
         isFull = client < 0 && isOutOfResources(errno);
         if (isFull)
-            printError(QString("cannot accept another client now: %1").arg(strerror(errno)));
+            printError(Text::tr("cannot accept another client now: %1").arg(errorText(errno)));
         if (client < 0)
             continue;
         ++accepted;
