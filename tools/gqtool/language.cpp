@@ -29,7 +29,7 @@ static QString languageOfLocale()
     if (locale.isEmpty() || locale == "POSIX" || locale.section('.', 0, 0) == "C")
         return "en"; // LANGUAGE has no effect
     for (const QString& preferred : qEnvironmentVariable("LANGUAGE").split(':', Qt::SkipEmptyParts)) {
-        const QString language = languageOf(preferred);
+        QString language = languageOf(preferred);
         if (!language.isEmpty())
             return language;
     }

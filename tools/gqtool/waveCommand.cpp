@@ -58,7 +58,7 @@ static Text refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
 {
     if (bytes.size() < headSize)
         return Text::tr("the head needs %1 bytes, got %2").arg(headSize).arg(bytes.size());
-    const Text tooFew = markFault(head.markCount, bytes.size() - headSize);
+    Text tooFew = markFault(head.markCount, bytes.size() - headSize);
     if (!tooFew.isEmpty())
         return tooFew;
     const QByteArray block = bytes.mid(headSize + 4 * static_cast<int>(head.markCount));

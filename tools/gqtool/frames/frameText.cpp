@@ -143,7 +143,7 @@ static Text payloadText(const Frame& frame, const FrameSource& source)
 {
     const QByteArray& payload = frame.payload;
     const bool isWhole = static_cast<unsigned int>(payload.size()) == frame.length;
-    const Text hex = Text::untranslated(hexText(payload));
+    Text hex = Text::untranslated(hexText(payload));
     if (!isWhole)
         return hex;
     const MappedCommand* mapped = source.mapped(frame.command);
