@@ -364,10 +364,6 @@ REPLY 为 int、ints、bytes、strings，记录的字节则为 bytes:FORM；&apo
         <translation>见 &apos;%1 --help&apos;</translation>
     </message>
     <message>
-        <source>byte %1: %2 bytes after the list are not in the table</source>
-        <translation>字节 %1：列表之后的 %2 字节不在表中</translation>
-    </message>
-    <message>
         <source>(rest), %1 bytes</source>
         <translation>（剩余），%1 字节</translation>
     </message>
@@ -394,10 +390,6 @@ REPLY 为 int、ints、bytes、strings，记录的字节则为 bytes:FORM；&apo
     <message>
         <source>byte %1: %2</source>
         <translation>字节 %1：%2</translation>
-    </message>
-    <message>
-        <source>byte %1: more than %2 bytes after the record</source>
-        <translation>字节 %1：记录之后超过 %2 字节</translation>
     </message>
     <message>
         <source>Prints the fields of a record, list, wave or frames, and the result of the library&apos;s own reader. Errors are
@@ -2953,6 +2945,18 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     <message>
         <source>[%1] is longer than gqtool decodes</source>
         <translation>[%1] 超出 gqtool 可解析的长度</translation>
+    </message>
+    <message>
+        <source>%1: byte %2: %3 bytes after the list are not in the table</source>
+        <translation>%1：字节 %2：列表之后的 %3 字节不在表中</translation>
+    </message>
+    <message>
+        <source>%1: byte %2: %3</source>
+        <translation>%1：字节 %2：%3</translation>
+    </message>
+    <message>
+        <source>%1: byte %2: more than %3 bytes after the record</source>
+        <translation>%1：字节 %2：记录之后超过 %3 字节</translation>
     </message>
 </context>
 </TS>
