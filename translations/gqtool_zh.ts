@@ -2958,5 +2958,9 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
         <source>%1: byte %2: more than %3 bytes after the record</source>
         <translation>%1：字节 %2：记录之后超过 %3 字节</translation>
     </message>
+    <message>
+        <source>%1, %2</source>
+        <translation>%1，%2</translation>
+    </message>
 </context>
 </TS>

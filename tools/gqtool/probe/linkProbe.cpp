@@ -256,8 +256,8 @@ bool LinkProbe::askSystemTime()
     ByteVerdict verdict;
     if (!ask(CSocketAPI::systemTimeCommand, verdict))
         return false;
-    stage.detail = Text::tr("%1, %2").arg(
-        stage.detail, QDateTime::fromSecsSinceEpoch(verdict.value).toUTC().toString(Qt::ISODate));
+    stage.detail = Text::tr("%1, %2").arg(stage.detail,
+                                          QDateTime::fromSecsSinceEpoch(verdict.value).toUTC().toString(Qt::ISODate));
     return true;
 }
 
