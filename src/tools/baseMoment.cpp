@@ -98,11 +98,12 @@ QDateTime BaseMoment::local() const
 
 QDateTime BaseMoment::firstMoment(const QDate& date) const
 {
+    if (!date.isValid())
+        return QDateTime(); // stays invalid in every step
     QDateTime moment(date, QTime(0, 0), QTimeZone(local().offsetFromUtc()));
-    while (moment.isValid() && !LocalTime(moment).exists())
+    while (!LocalTime(moment).exists())
         moment = moment.addSecs(60);
-    if (moment.isValid())
-        moment.setTimeZone(QTimeZone(static_cast<int>(LocalTime(moment).offset(moment.offsetFromUtc()))));
+    moment.setTimeZone(QTimeZone(static_cast<int>(LocalTime(moment).offset(moment.offsetFromUtc()))));
     return moment;
 }
 
