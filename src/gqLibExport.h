@@ -1,5 +1,9 @@
 #pragma once
 
+#if __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+#error "gqLib needs a little-endian machine: the heads of stored waves are copied as they are in memory."
+#endif
+
 #include <QtGlobal>
 
 // The major version of Qt for which the library was built. The CMake and pkg-config files of the library for Qt 6

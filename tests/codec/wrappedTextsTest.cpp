@@ -17,8 +17,6 @@ using gqdb::EventInfo;
 using gqdb::OneSecQuery;
 using gqdb::PointInfo;
 
-static_assert(sizeof(size_t) == 8);
-
 TEST(WrappedText, isTruncatedToItsWrappedSize)
 {
     const RepeatedMemory memory;

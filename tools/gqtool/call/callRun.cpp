@@ -186,7 +186,7 @@ static void waitUntil(Clock::time_point moment)
     const auto left = std::chrono::nanoseconds(moment - Clock::now()).count();
     if (left <= 0)
         return;
-    const timespec time = {left / 1000000000, left % 1000000000};
+    const timespec time = {static_cast<time_t>(left / 1000000000), static_cast<long>(left % 1000000000)};
     nanosleep(&time, nullptr);
 }
 
