@@ -2450,8 +2450,8 @@ Wireshark 打开：
         <translation>同时把所有数据包写入 FILE，供 Wireshark 使用</translation>
     </message>
     <message>
-        <source>also write the lines of --json to FILE, with whole payloads</source>
-        <translation>同时把 --json 的各行写入 FILE，净荷完整</translation>
+        <source>also write the lines of --json to FILE, with up to 4 MiB of each payload</source>
+        <translation>同时把 --json 的各行写入 FILE，每个净荷最多 4 MiB</translation>
     </message>
     <message>
         <source>show commands and payloads by the map of commands in FILE</source>

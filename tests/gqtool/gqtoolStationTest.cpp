@@ -1,34 +1,7 @@
 // gqtool station with many links, and with slow ones.
 
 #include "stationClients.h"
-
-#include <QDir>
-
-#include <sys/resource.h>
-
-static int descriptorsOf(pid_t process)
-{
-    return static_cast<int>(
-        QDir(QString("/proc/%1/fd").arg(process)).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size());
-}
-
-// Resident memory of a process in kB.
-static int memoryOf(pid_t process)
-{
-    QFile file(QString("/proc/%1/status").arg(process));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).replace("kB", "").trimmed().toInt();
-    }
-    return 0;
-}
-
-static void limitDescriptors(pid_t process, rlim_t most)
-{
-    const rlimit limit = {most, most};
-    EXPECT_EQ(prlimit(process, RLIMIT_NOFILE, &limit, nullptr), 0);
-}
+#include "support/processState.h"
 
 // A connection that was greeted, or none.
 static std::unique_ptr<PlainClient> greeted(const RunningStation& station)

@@ -46,9 +46,12 @@ inline Outcome run(const QStringList& arguments)
 // A program that runs in parallel with the test, until it ends or is terminated.
 class RunningProgram {
 public:
-    RunningProgram(const QString& program, const QStringList& arguments)
+    // With a name of a file, its output goes there, and nextLine() has none.
+    RunningProgram(const QString& program, const QStringList& arguments, const QString& outputFile = {})
     {
         process.setProcessEnvironment(englishEnvironment());
+        if (!outputFile.isEmpty())
+            process.setStandardOutputFile(outputFile);
         process.start(program, arguments);
         process.waitForStarted(waitMs); // there is nothing to end before
     }

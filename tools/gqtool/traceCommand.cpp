@@ -53,8 +53,8 @@ int runTrace(const QStringList& arguments)
         line.text("address", Text::tr("listen on ADDRESS (default: 127.0.0.1)"), "ADDRESS", "127.0.0.1");
     const Option udp = line.flag("udp", Text::tr("relay datagrams instead of connections"));
     const Option pcap = line.text("pcap", Text::tr("also write all packets to FILE, for Wireshark"), "FILE");
-    const Option record =
-        line.text("record", Text::tr("also write the lines of --json to FILE, with whole payloads"), "FILE");
+    const Option record = line.text(
+        "record", Text::tr("also write the lines of --json to FILE, with up to 4 MiB of each payload"), "FILE");
     const Option map = line.text("map", Text::tr("show commands and payloads by the map of commands in FILE"), "FILE");
     EncodingOption encoding(line);
     encoding.needs(map);

@@ -14,7 +14,10 @@
 #include <cstring>
 #include <utility>
 
-static const int retryMs = 100; // until the next attempt to accept a connection without a free descriptor
+static const int retryMs = 100;           // until the next attempt to accept a connection without a free descriptor
+static const int mostAccepted = 64;       // connections one after the other, before other links have their turn again
+static const size_t mostAddresses = 1000; // whose datagrams are being answered; those of others are lost
+static const long long mostWaiting = 16 << 20; // bytes of datagrams that wait until earlier ones are answered
 
 Station::Station(StationAnswers& stationAnswers, StationScript& script, StationLog& stationLog, Output stationOutput)
     : ownAnswers(stationAnswers), faults(script), log(stationLog), output(stationOutput)
@@ -63,7 +66,11 @@ void Station::awaitConnection()
 
 void Station::accept()
 {
-    while (!isDown) {
+    for (int count = 0; !isDown; ++count) {
+        if (count == mostAccepted) {
+            awaitConnection();
+            return;
+        }
         sockaddr_in peer = {};
         socklen_t size = sizeof peer;
         const int socket = accept4(listener, reinterpret_cast<sockaddr*>(&peer), &size, SOCK_NONBLOCK | SOCK_CLOEXEC);
@@ -122,14 +129,31 @@ void Station::takeDatagram()
     std::vector<StreamItem> items = FrameStream().feed(QByteArray(datagram, static_cast<int>(count)));
     if (items.empty() || items[0].kind != StreamItem::frame)
         return;
-    StationLink*& known = datagramLinks[{peer.sin_addr.s_addr, peer.sin_port}];
-    if (known == nullptr) {
-        const auto link = std::make_shared<StationLink>(*this, datagrams, true, peer);
-        known = link.get();
-        links[known] = link;
-    }
-    const std::shared_ptr<StationLink> link = links[known];
-    link->take({std::move(items[0].content), items[0].size, true});
+    const std::shared_ptr<StationLink> link = datagramLink(peer);
+    if (link != nullptr)
+        link->take({std::move(items[0].content), items[0].size, true});
+}
+
+// Returns the link of that address, a new one if necessary; null if there are too many.
+std::shared_ptr<StationLink> Station::datagramLink(const sockaddr_in& peer)
+{
+    const auto found = datagramLinks.find({peer.sin_addr.s_addr, peer.sin_port});
+    if (found != datagramLinks.end())
+        return links[found->second];
+    if (datagramLinks.size() == mostAddresses)
+        return nullptr;
+    auto link = std::make_shared<StationLink>(*this, datagrams, true, peer);
+    datagramLinks[{peer.sin_addr.s_addr, peer.sin_port}] = link.get();
+    links[link.get()] = link;
+    return link;
+}
+
+bool Station::hold(long long bytes)
+{
+    if (heldBytes + bytes > mostWaiting)
+        return false;
+    heldBytes += bytes;
+    return true;
 }
 
 // --- Being down ---------------------------------------------------------------------------------------------------

@@ -50,6 +50,10 @@ public:
     // Closes all links, refuses connections and drops datagrams for that time.
     void goDown(int ms);
 
+    // Account for the bytes of a datagram that waits. Returns false if too much is waiting already.
+    bool hold(long long bytes);
+    void release(long long bytes) { heldBytes -= bytes; }
+
     // Drops a link that is closed.
     void forget(StationLink& link);
 
@@ -60,6 +64,7 @@ private:
     void comeBack();
     void awaitDatagram();
     void takeDatagram();
+    std::shared_ptr<StationLink> datagramLink(const sockaddr_in& peer);
 
     EventLoop events;
     StationAnswers& ownAnswers;
@@ -73,4 +78,5 @@ private:
     bool isFull = false; // no connection can be accepted until something is free
     std::unordered_map<StationLink*, std::shared_ptr<StationLink>> links;
     std::map<std::pair<in_addr_t, in_port_t>, StationLink*> datagramLinks;
+    long long heldBytes = 0;
 };

@@ -34,8 +34,12 @@ void StationLink::begin()
 
 void StationLink::take(const StationRequest& request)
 {
-    if (requests.size() < mostWaiting)
-        requests.push_back(request);
+    if (isWaiting) {
+        if (requests.size() < mostWaiting && station.hold(request.size))
+            requests.push_back(request);
+        return;
+    }
+    start(request);
     if (!isWaiting)
         proceed();
 }
@@ -78,7 +82,11 @@ void StationLink::wait(int ms)
 void StationLink::close()
 {
     isOpen = false;
-    if (!isOfDatagrams) {
+    if (isOfDatagrams) {
+        for (const StationRequest& request : requests)
+            station.release(request.size);
+        requests.clear();
+    } else {
         station.loop().forget(socket);
         ::close(socket);
     }
@@ -88,11 +96,11 @@ void StationLink::close()
 void StationLink::startNext()
 {
     if (!requests.empty()) {
-        current.emplace();
-        current->request = std::move(requests.front());
+        StationRequest next = std::move(requests.front());
         requests.pop_front();
-        current->faults = station.script().nextReply(current->request->frame.command, current->number);
-        wait(current->faults.lateMs);
+        if (isOfDatagrams)
+            station.release(next.size);
+        start(std::move(next));
     } else if (isOfDatagrams) {
         close();
     } else if (isOver) {
@@ -105,6 +113,14 @@ void StationLink::startNext()
             self->proceed();
         });
     }
+}
+
+void StationLink::start(StationRequest request)
+{
+    current.emplace();
+    current->request = std::move(request);
+    current->faults = station.script().nextReply(current->request->frame.command, current->number);
+    wait(current->faults.lateMs);
 }
 
 void StationLink::receive()

@@ -50,6 +50,7 @@ public:
 private:
     void proceed();
     void startNext();
+    void start(StationRequest request);
     void receive();
     void answer();
     void sendPiece();

@@ -15,7 +15,8 @@
 #include <list>
 #include <vector>
 
-static const size_t mostClients = 256; // a new client then replaces the one that has been silent longest
+// A new client then replaces the one that has been silent longest, also if fewer descriptors are free.
+static const size_t mostClients = 256;
 
 // A client that has sent a datagram.
 struct DatagramClient {
@@ -87,7 +88,11 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
     }
     if (clients.size() == mostClients)
         forget();
-    const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (socket < 0 && isOutOfResources(errno) && !clients.empty()) {
+        forget();
+        socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    }
     if (socket < 0 || connect(socket, reinterpret_cast<const sockaddr*>(&station), sizeof station) != 0) {
         printError(Text::tr("datagram of %1 lost: %2").arg(endpointText(address), errorText(errno)));
         close(socket);

@@ -10,9 +10,9 @@
 #include <QJsonDocument>
 
 #include <chrono>
-#include <climits>
 
-static const int shownBytes = 65536; // of each payload, on standard output
+static const int shownBytes = 65536;      // of each payload, on standard output
+static const int recordedBytes = 4 << 20; // of each payload, in a recording: any peer can announce up to 2 GiB
 
 TraceOutput::TraceOutput(bool json, bool datagrams, const CommandMap* map)
     : isJson(json), source{datagrams, false, {}, map}
@@ -29,7 +29,7 @@ bool TraceOutput::record(const QString& path, QString& error)
 
 int TraceOutput::keptBytes() const
 {
-    return recording.isOpen() ? INT_MAX : shownBytes;
+    return recording.isOpen() ? recordedBytes : shownBytes;
 }
 
 void TraceOutput::writeRecord(const QJsonObject& json)
@@ -131,10 +131,12 @@ void TraceOutput::event(int connection, const QString& name, const QString& text
     print(connection, text, {{"event", name}});
 }
 
-void TraceOutput::piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream)
+size_t TraceOutput::piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream)
 {
     now = microsecondsNow();
-    printItems(connection, from, stream.feed(bytes));
+    const std::vector<StreamItem> items = stream.feed(bytes);
+    printItems(connection, from, items);
+    return items.size();
 }
 
 void TraceOutput::end(int connection, Side from, FrameStream& stream)

@@ -17,7 +17,7 @@ public:
     // Shows commands by the names of `map`, if it is not null, and their payloads in its forms.
     TraceOutput(bool json, bool datagrams, const CommandMap* map);
 
-    // Also writes each line to a file, with whole payloads. Returns false and the reason in `error` on failure.
+    // Also writes each line to a file, with payloads of up to 4 MiB. Returns false and the reason in `error` on failure.
     bool record(const QString& path, QString& error);
 
     // Number of bytes that a stream must keep of each payload.
@@ -32,8 +32,9 @@ public:
     // Prints any other event; `name` is for JSON, `text` for people.
     void event(int connection, const QString& name, const QString& text);
 
-    // Print the frames that a piece completes in `stream`, and the one that the end of the stream cuts off.
-    void piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream);
+    // Print the frames that a piece completes in `stream`, and the one that the end of the stream cuts off. piece
+    // returns the number of lines.
+    size_t piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream);
     void end(int connection, Side from, FrameStream& stream);
 
     // Prints the frames of a datagram, which is a stream of its own.

@@ -15,10 +15,16 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
-static const int pieceSize = CapturedConnection::largestPiece; // of one read
+static const int largestRead = CapturedConnection::largestPiece;
+// A direction that makes more than mostLines of a read reads less next time: printing must not keep others waiting.
+static const int smallestRead = 1024;
+static const size_t mostLines = 64;
 static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other has not yet accepted
+static const int mostAccepted = 64;        // clients one after the other, before the others have their turn again
+static const int retryMs = 100;            // until the next attempt to accept a client without free descriptors
 
 // One direction of a connection.
 struct Flow {
@@ -29,12 +35,13 @@ struct Flow {
     bool hasEnded = false; // the source has ended its stream
     bool isPassed = false; // the end was passed on to the sink
     FrameStream frames = FrameStream();
+    int readSize = 4 * smallestRead; // of the next read
 };
 
 class RelayedConnection {
 public:
-    // Takes ownership of the client's socket and starts to connect to the station.
-    RelayedConnection(int connectionNumber, int clientSocket, const sockaddr_in& stationAddress,
+    // Takes ownership of the sockets and starts to connect to the station.
+    RelayedConnection(int connectionNumber, int clientSocket, int stationSocket, const sockaddr_in& stationAddress,
                       TraceOutput& traceOutput, const CapturedConnection& capturedConnection);
     ~RelayedConnection();
     RelayedConnection(const RelayedConnection&) = delete;
@@ -65,10 +72,10 @@ private:
     int failure = 0;
 };
 
-RelayedConnection::RelayedConnection(int connectionNumber, int clientSocket, const sockaddr_in& stationAddress,
-                                     TraceOutput& traceOutput, const CapturedConnection& capturedConnection)
-    : number(connectionNumber), client(clientSocket),
-      station(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)), output(traceOutput),
+RelayedConnection::RelayedConnection(int connectionNumber, int clientSocket, int stationSocket,
+                                     const sockaddr_in& stationAddress, TraceOutput& traceOutput,
+                                     const CapturedConnection& capturedConnection)
+    : number(connectionNumber), client(clientSocket), station(stationSocket), output(traceOutput),
       captured(capturedConnection), flows{{{Side::client, client, station}, {Side::station, station, client}}}
 {
     captured.begun();
@@ -151,7 +158,7 @@ void RelayedConnection::finishConnect()
 
 void RelayedConnection::read(Flow& flow)
 {
-    QByteArray bytes(pieceSize, Qt::Uninitialized);
+    QByteArray bytes(flow.readSize, Qt::Uninitialized);
     const ssize_t count = recv(flow.source, bytes.data(), static_cast<size_t>(bytes.size()), 0);
     if (count < 0) {
         if (errno != EAGAIN && errno != EINTR)
@@ -164,7 +171,8 @@ void RelayedConnection::read(Flow& flow)
     passOn(flow);
     if (count > 0) {
         captured.piece(flow.from, bytes);
-        output.piece(number, flow.from, bytes, flow.frames);
+        const size_t lines = output.piece(number, flow.from, bytes, flow.frames);
+        flow.readSize = lines > mostLines ? smallestRead : std::min(2 * flow.readSize, largestRead);
     } else {
         captured.ended(flow.from);
         output.end(number, flow.from, flow.frames);
@@ -215,48 +223,101 @@ void RelayedConnection::reportFailure()
                  text.arg(errorText(failure)));
 }
 
-// ------------------------------------------------------------------------------------------------------------------
+// --- The relay ----------------------------------------------------------------------------------------------------
+
+class StreamRelay {
+public:
+    StreamRelay(int relayListener, const sockaddr_in& stationAddress, TraceOutput& traceOutput,
+                CaptureFile& captureFile)
+        : listener(relayListener), station(stationAddress), output(traceOutput), capture(captureFile)
+    {
+    }
+
+    std::vector<pollfd> entries(int stopper) const;
+    int msToRetry() const { return isFull ? retryMs : -1; }
+    void serve(const std::vector<pollfd>& entries);
+    void acceptClients();
+
+private:
+    bool acceptOne();
+
+    const int listener;
+    const sockaddr_in station;
+    TraceOutput& output;
+    CaptureFile& capture;
+    std::vector<std::unique_ptr<RelayedConnection>> connections;
+    int accepted = 0;
+    bool isFull = false; // clients wait for free descriptors; reported once
+};
+
+std::vector<pollfd> StreamRelay::entries(int stopper) const
+{
+    std::vector<pollfd> entries = {{stopper, POLLIN, 0}, {isFull ? -1 : listener, POLLIN, 0}};
+    for (const auto& connection : connections) {
+        entries.push_back(connection->pollEntry(Side::client));
+        entries.push_back(connection->pollEntry(Side::station));
+    }
+    return entries;
+}
+
+void StreamRelay::serve(const std::vector<pollfd>& entries)
+{
+    for (size_t i = 0; i < connections.size(); ++i)
+        connections[i]->serve(entries[2 * i + 2].revents, entries[2 * i + 3].revents);
+    connections.erase(std::remove_if(connections.begin(), connections.end(),
+                                     [](const auto& connection) { return connection->isOver(); }),
+                      connections.end());
+}
+
+void StreamRelay::acceptClients()
+{
+    for (int count = 0; count < mostAccepted && acceptOne(); ++count) {
+    }
+}
+
+// Accepts a client only with a socket for the station: without one, its connection would be lost. Returns false if
+// there is none to accept now.
+bool StreamRelay::acceptOne()
+{
+    sockaddr_in address = {};
+    socklen_t size = sizeof address;
+    const int toStation = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    const int client =
+        toStation < 0 ? -1
+                      : accept4(listener, reinterpret_cast<sockaddr*>(&address), &size, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    if (client < 0) {
+        const int error = errno;
+        if (toStation >= 0)
+            close(toStation);
+        const bool wasFull = std::exchange(isFull, isOutOfResources(error));
+        if (isFull && !wasFull)
+            printError(Text::tr("cannot accept another client now: %1").arg(errorText(error)));
+        return false;
+    }
+    ++accepted;
+    output.connected(accepted, endpointText(address));
+    connections.push_back(std::make_unique<RelayedConnection>(accepted, client, toStation, station, output,
+                                                              CapturedConnection(capture, accepted, address, station)));
+    return true;
+}
 
 bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOutput& output, CaptureFile& capture)
 {
-    std::vector<std::unique_ptr<RelayedConnection>> connections;
-    int accepted = 0;
+    StreamRelay relay(listener, station, output, capture);
     Progress progress;
-    for (bool isFull = false;;) {
-        std::vector<pollfd> entries = {{stopper, POLLIN, 0}, {isFull ? -1 : listener, POLLIN, 0}};
-        for (const auto& connection : connections) {
-            entries.push_back(connection->pollEntry(Side::client));
-            entries.push_back(connection->pollEntry(Side::station));
-        }
+    for (;;) {
+        std::vector<pollfd> entries = relay.entries(stopper);
         progress.show(output.summary());
-        if (poll(entries.data(), entries.size(), isFull ? 1000 : -1) < 0) {
+        const int count = poll(entries.data(), entries.size(), relay.msToRetry());
+        if (count < 0) {
             if (errno == EINTR)
                 continue;
             return false;
         }
         if (entries[0].revents != 0)
             return true;
-        for (size_t i = 0; i < connections.size(); ++i)
-            connections[i]->serve(entries[2 * i + 2].revents, entries[2 * i + 3].revents);
-        connections.erase(std::remove_if(connections.begin(), connections.end(),
-                                         [](const auto& connection) { return connection->isOver(); }),
-                          connections.end());
-
-        isFull = false;
-        if (entries[1].revents == 0)
-            continue;
-        sockaddr_in address = {};
-        socklen_t size = sizeof address;
-        const int client =
-            accept4(listener, reinterpret_cast<sockaddr*>(&address), &size, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        isFull = client < 0 && isOutOfResources(errno);
-        if (isFull)
-            printError(Text::tr("cannot accept another client now: %1").arg(errorText(errno)));
-        if (client < 0)
-            continue;
-        ++accepted;
-        output.connected(accepted, endpointText(address));
-        connections.push_back(std::make_unique<RelayedConnection>(
-            accepted, client, station, output, CapturedConnection(capture, accepted, address, station)));
+        relay.serve(entries);
+        if (entries[1].revents != 0 || relay.msToRetry() >= 0)
+            relay.acceptClients();
     }
 }

@@ -1,0 +1,360 @@
+// gqtool station and gqtool trace with peers that send anything, too much, too little or too slowly: others are served
+// meanwhile, and memory and descriptors stay bounded. docs/guide/security.md has the limits.
+
+#include "stationClients.h"
+#include "support/processState.h"
+#include "support/runningTrace.h"
+
+#include <list>
+#include <random>
+
+// --- Peers --------------------------------------------------------------------------------------------------------
+
+static const int manyLinks = 100;
+
+// A connection that nobody expects to be kept. It never waits, and ignores what the other side does with it.
+class HostilePeer {
+public:
+    explicit HostilePeer(int port) : connection(connected("127.0.0.1", port)) {}
+
+    // Sends as much of this as is accepted now. Returns the number of bytes.
+    ssize_t push(const QByteArray& bytes) const
+    {
+        return ::send(connection, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
+    }
+
+    bool isClosed() const { return becomes(connection, POLLRDHUP | POLLHUP | POLLERR); }
+
+private:
+    Descriptor connection;
+};
+
+static std::list<HostilePeer> peersOf(int port, int count)
+{
+    std::list<HostilePeer> peers;
+    for (int i = 0; i < count; ++i)
+        peers.emplace_back(port);
+    return peers;
+}
+
+static const QByteArray askBytes = "68 04000000 0000 00 00 21 a0860100 0000 16"_hex; // 100000 bytes, in 25 frames
+static const QByteArray hugeHeader = "68 f2ffff7f 0000 00 00 06"_hex;                // the longest frame of all
+
+// A station without a trace, or behind one. `port` is the one to attack.
+class Target {
+public:
+    Target(bool isTraced, const QStringList& traceOptions = {}, const QStringList& stationOptions = {})
+        : station(QStringList{"--quiet"} + stationOptions)
+    {
+        if (isTraced)
+            startTrace(traceOptions);
+        port = isTraced ? tracePort : station.port();
+        EXPECT_TRUE(serves());
+        first = descriptorsOf(attacked().pid());
+        firstMemory = memoryOf(attacked().pid());
+    }
+
+    RunningProgram& attacked() { return trace ? *trace : station; }
+
+    // A new client gets its greeting and its reply.
+    bool serves() const
+    {
+        const Descriptor client = connected("127.0.0.1", port);
+        give(client, setState7);
+        return taken(client, greeting.size() + state7.size()) == hex(greeting + state7);
+    }
+
+    // Resident memory since the start, in kB.
+    int growth() { return memoryOf(attacked().pid()) - firstMemory; }
+
+    bool hasItsDescriptorsBack()
+    {
+        return comesTrue([this] { return descriptorsOf(attacked().pid()) <= first; });
+    }
+
+    QString output() const
+    {
+        QFile file(folder.filePath("lines"));
+        return file.open(QIODevice::ReadOnly) ? QString(file.readAll()) : QString();
+    }
+
+    int port = 0;
+    QTemporaryDir folder;
+
+private:
+    // Its lines go to a file, since nobody would read a pipe meanwhile.
+    void startTrace(const QStringList& options)
+    {
+        trace = std::make_unique<RunningProgram>(
+            GQTOOL, QStringList{"trace", "--listen", "0"} + options + QStringList{station.endpoint},
+            folder.filePath("lines"));
+        const QRegularExpression pattern("listening on 127\\.0\\.0\\.1:(\\d+) for");
+        EXPECT_TRUE(comesTrue([&] { return pattern.match(output()).hasMatch(); }));
+        tracePort = pattern.match(output()).captured(1).toInt();
+    }
+
+    RunningStation station;
+    std::unique_ptr<RunningProgram> trace;
+    int tracePort = 0;
+    int first = 0;
+    int firstMemory = 0;
+};
+
+// AddressSanitizer keeps freed memory.
+#ifdef __SANITIZE_ADDRESS__
+#define EXPECT_GROWTH(target, most)
+#else
+#define EXPECT_GROWTH(target, most) EXPECT_LE((target).growth(), most)
+#endif
+
+// With a station alone, and with a trace between.
+class GqtoolHostile : public testing::TestWithParam<bool> {};
+
+INSTANTIATE_TEST_SUITE_P(Programs, GqtoolHostile, testing::Bool(),
+                         [](const auto& tested) { return tested.param ? "trace" : "station"; });
+
+// --- Bytes --------------------------------------------------------------------------------------------------------
+
+TEST_P(GqtoolHostile, servesOthersWhileRandomBytesArriveOnManyLinks)
+{
+    Target target(GetParam());
+    std::mt19937 chance(24);
+    for (int round = 0; round < 5; ++round) {
+        const std::list<HostilePeer> peers = peersOf(target.port, manyLinks);
+        for (const HostilePeer& peer : peers) {
+            QByteArray bytes(2000, '\0');
+            for (char& byte : bytes)
+                byte = char(chance() % 8 == 0 ? 0x68 : chance());
+            peer.push(bytes);
+        }
+        ASSERT_TRUE(target.serves());
+    }
+    EXPECT_TRUE(target.serves());
+    EXPECT_TRUE(target.hasItsDescriptorsBack());
+    EXPECT_GROWTH(target, 20000);
+}
+
+TEST_P(GqtoolHostile, servesOthersWhileAFrameOf2GiBArrives)
+{
+    Target target(GetParam());
+    const HostilePeer peer(target.port);
+    peer.push(hugeHeader);
+    const QByteArray bytes(1 << 16, 'x');
+    for (int i = 0; i < 1000 && peer.push(bytes) > 0; ++i) // the station closes the link at the header
+        ;
+    EXPECT_TRUE(target.serves());
+    EXPECT_TRUE(peer.isClosed());
+    EXPECT_TRUE(target.hasItsDescriptorsBack());
+    EXPECT_GROWTH(target, 4000);
+}
+
+// The header announces the largest request that the station takes, which never becomes complete.
+TEST_P(GqtoolHostile, keepsNoMoreThanAMebibyteOfARequest)
+{
+    Target target(GetParam());
+    {
+        const std::list<HostilePeer> peers = peersOf(target.port, 10);
+        for (const HostilePeer& peer : peers) {
+            QByteArray bytes = "68 00001000 0000 00 00 06"_hex + QByteArray(1 << 20, 'x');
+            for (ssize_t sent = 0; bytes.size() > 0; sent = peer.push(bytes)) {
+                bytes.remove(0, int(std::max<ssize_t>(sent, 0)));
+                ASSERT_TRUE(target.serves());
+            }
+        }
+        EXPECT_GROWTH(target, 2 * 10 * 1100);
+    }
+    EXPECT_TRUE(target.serves());
+    EXPECT_TRUE(target.hasItsDescriptorsBack());
+}
+
+// --- Rates --------------------------------------------------------------------------------------------------------
+
+TEST_P(GqtoolHostile, servesOthersWhilePeersFloodItAndNeverRead)
+{
+    Target target(GetParam(), {}, {"--gap", "0"});
+    {
+        const std::list<HostilePeer> peers = peersOf(target.port, 20);
+        const QByteArray requests = askBytes.repeated(300);
+        for (int round = 0; round < 5; ++round) {
+            for (const HostilePeer& peer : peers)
+                peer.push(requests);
+            ASSERT_TRUE(target.serves());
+        }
+        EXPECT_GROWTH(target, 20 * 900);
+    }
+    EXPECT_TRUE(target.serves());
+    EXPECT_TRUE(target.hasItsDescriptorsBack());
+}
+
+TEST_P(GqtoolHostile, servesOthersWhileManyLinksSendByteByByte)
+{
+    Target target(GetParam());
+    {
+        std::vector<Descriptor> links;
+        for (int i = 0; i < manyLinks; ++i)
+            links.push_back(connected("127.0.0.1", target.port));
+        for (const char byte : setState7) {
+            for (const Descriptor& link : links)
+                give(link, QByteArray(1, byte));
+            ASSERT_TRUE(target.serves());
+        }
+        for (const Descriptor& link : links)
+            EXPECT_EQ(taken(link, 34), hex(greeting + state7));
+    }
+    EXPECT_TRUE(target.hasItsDescriptorsBack());
+    EXPECT_GROWTH(target, 4000);
+}
+
+TEST_P(GqtoolHostile, reportsThousandsOfLinksOnceAndServesWhenTheyAreGone)
+{
+    rlimit own = {};
+    ::getrlimit(RLIMIT_NOFILE, &own);
+    own.rlim_cur = own.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &own);
+    Target target(GetParam());
+    limitDescriptors(target.attacked().pid(), 64);
+    {
+        const std::list<HostilePeer> peers = peersOf(target.port, 2000);
+        EXPECT_EQ(target.attacked().nextError(), "gqtool: cannot accept another client now: Too many open files");
+    }
+    EXPECT_TRUE(target.serves());
+    EXPECT_TRUE(target.hasItsDescriptorsBack());
+    EXPECT_GROWTH(target, 4000);
+    target.attacked().end();
+    EXPECT_EQ(target.attacked().outcome().errors, "");
+}
+
+// --- Datagrams ----------------------------------------------------------------------------------------------------
+
+static const QByteArray longRequest = "68 60ea0000 0000 00 00 06"_hex + QByteArray(60000, 'x') + "0000 16"_hex;
+
+TEST(GqtoolHostileUdp, theStationKeeps16MiBOfDatagramsThatWait)
+{
+    ScriptedStation station("command 6 every late 600000", {"--quiet"});
+    DatagramClient other(station);
+    other.send(askState);
+    EXPECT_EQ(other.next().substr(0, 2), "68");
+    [[maybe_unused]] const int before = memoryOf(station.pid());
+    DatagramClient hostile(station);
+    for (int i = 0; i < 800; ++i) { // 48 MB
+        hostile.send(longRequest);
+        other.send(askState);
+        ASSERT_EQ(other.next().substr(0, 2), "68") << i; // all before it have been taken
+    }
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_LE(memoryOf(station.pid()), before + 20000);
+#endif
+}
+
+TEST(GqtoolHostileUdp, theStationAnswersUpTo1000AddressesAtATime)
+{
+    ScriptedStation station("command 6 every late 1500", {"--quiet"});
+    std::list<DatagramClient> hostile;
+    for (int i = 0; i < 1000; ++i)
+        hostile.emplace_back(station);
+    DatagramClient other(station);
+    other.send(askState);
+    EXPECT_EQ(other.next().substr(0, 2), "68");
+    for (DatagramClient& one : hostile)
+        one.send(setState7);
+    other.send(askState);
+    EXPECT_FALSE(becomes(other.socket, POLLIN, 100));
+    EXPECT_TRUE(comesTrue([&] {
+        other.send(askState);
+        return becomes(other.socket, POLLIN, 100);
+    }));
+}
+
+TEST(GqtoolHostileUdp, servesOthersAmongRandomDatagrams)
+{
+    for (const bool isTraced : {false, true}) {
+        SCOPED_TRACE(isTraced);
+        RunningStation station({"--udp", "--quiet"});
+        QTemporaryDir folder;
+        const QString lines = folder.filePath("lines");
+        const Listener reserved;
+        RunningProgram trace(GQTOOL, {"trace", "--udp", "--listen", QString::number(reserved.port()), station.endpoint},
+                             lines);
+        EXPECT_TRUE(comesTrue([&] { return QFile(lines).size() > 0; }));
+        RunningProgram& attacked = isTraced ? trace : station;
+        const int port = isTraced ? reserved.port() : station.port();
+        limitDescriptors(attacked.pid(), 32); // fewer than there are addresses
+        [[maybe_unused]] const int before = memoryOf(attacked.pid());
+        std::mt19937 chance(24);
+        std::list<DatagramSocket> hostile(100);
+        for (int round = 0; round < 5; ++round) {
+            for (DatagramSocket& one : hostile) {
+                QByteArray bytes(int(chance() % 1000), '\0');
+                for (char& byte : bytes)
+                    byte = char(chance() % 8 == 0 ? 0x68 : chance());
+                one.sendTo(port, bytes);
+            }
+            DatagramSocket other;
+            EXPECT_TRUE(comesTrue([&] { // the queue of the socket may be full
+                other.sendTo(port, askState);
+                return other.take().substr(0, 2) == "68";
+            }));
+        }
+#ifndef __SANITIZE_ADDRESS__
+        EXPECT_LE(memoryOf(attacked.pid()), before + 8000);
+#endif
+        attacked.end();
+        EXPECT_EQ(attacked.outcome().errors, "");
+    }
+}
+
+// --- trace alone --------------------------------------------------------------------------------------------------
+
+// Passes 64 MiB of a frame that announces 2 GiB, and returns the growth of the trace's peak memory in kB.
+static int growthByALongFrame(const QStringList& options)
+{
+    Listener server(5);
+    QTemporaryDir folder;
+    const QString lines = folder.filePath("lines");
+    Listener reserved;
+    RunningProgram trace(GQTOOL,
+                         QStringList{"trace", "--listen", QString::number(reserved.port())} + options +
+                             QStringList{QString("127.0.0.1:%1").arg(server.port())},
+                         lines);
+    EXPECT_TRUE(comesTrue([&] { return QFile(lines).size() > 0; }));
+    const int before = memoryOf(trace.pid(), "VmHWM");
+    {
+        const Descriptor client = connected("127.0.0.1", reserved.port());
+        const Descriptor sink = server.accept();
+        give(client, hugeHeader);
+        EXPECT_EQ(taken(sink, 10), hex(hugeHeader));
+        const QByteArray piece(1 << 16, 'x');
+        for (int i = 0; i < 1024; ++i) {
+            give(client, piece);
+            EXPECT_EQ(received(sink, size_t(piece.size())).size(), size_t(piece.size()));
+        }
+        ::shutdown(client, SHUT_WR);
+        EXPECT_TRUE(isAtEnd(sink));
+    }
+    EXPECT_TRUE(comesTrue([&] {
+        QFile file(lines);
+        return file.open(QIODevice::ReadOnly) && file.readAll().contains("cut, 67108874 of 2147483647 bytes");
+    }));
+    return memoryOf(trace.pid(), "VmHWM") - before;
+}
+
+TEST(GqtoolHostileTrace, keeps64KiBOfAPayload)
+{
+    [[maybe_unused]] const int growth = growthByALongFrame({});
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_LE(growth, 4000);
+#endif
+}
+
+TEST(GqtoolHostileTrace, records4MiBOfAPayload)
+{
+    QTemporaryDir folder;
+    const QString recording = folder.filePath("recording");
+    [[maybe_unused]] const int growth = growthByALongFrame({"--record", recording});
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_LE(growth, 100000);
+#endif
+    QFile file(recording);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().contains('"' + QByteArray("78").repeated(4 << 20) + '"'));
+}
