@@ -199,7 +199,7 @@ TEST_F(HostileServer, makesAClientKeepAllElementsOfAFrame)
     }
     AskingClient client(server);
     QStringList texts;
-    const size_t before = allocated();
+    [[maybe_unused]] const size_t before = allocated();
     EXPECT_EQ(client.recvStrings(1, texts), 1);
     EXPECT_EQ(texts.size(), elements); // empty ones, of 4 bytes each
 #ifndef __SANITIZE_ADDRESS__
