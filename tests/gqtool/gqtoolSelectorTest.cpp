@@ -99,6 +99,32 @@ TEST(GqtoolSelector, closesEveryLinkAndRefusesNewOnesWhileDown)
     EXPECT_FALSE(becomes(datagrams.socket, POLLIN, 0));
 }
 
+// While the station is down, its port can be taken, since nothing listens on it.
+TEST(GqtoolSelector, staysDownWhileAnotherProgramHasThePort)
+{
+    ScriptedStation station("reply 1 down 1000");
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting);
+    client.send(setState7);
+    EXPECT_TRUE(lineWith(station, "down for").endsWith("down for 1000 ms"));
+    {
+        const Descriptor other(::socket(AF_INET, SOCK_STREAM, 0));
+        const int on = 1;
+        setsockopt(other, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<unsigned short>(station.port()));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        ASSERT_EQ(bind(other, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        ASSERT_EQ(listen(other, 1), 0);
+        EXPECT_EQ(station.nextError(),
+                  "gqtool: cannot listen on " + station.endpoint + " again: Address already in use");
+    }
+    EXPECT_EQ(lineWith(station, "up"), "up again");
+    PlainClient next(station);
+    EXPECT_NEXT(next, greeting);
+}
+
 TEST(GqtoolSelector, dropsALateReplyOfAnotherLinkWhenItGoesDown)
 {
     ScriptedStation station("reply 1 late 200\nreply 2 down 1");

@@ -14,7 +14,7 @@
 #include <cstring>
 #include <utility>
 
-static const int retryMs = 100;           // until the next attempt to accept a connection without a free descriptor
+static const int retryMs = 100;           // until the next attempt to accept without a free descriptor, or to listen
 static const int mostAccepted = 64;       // connections one after the other, before other links have their turn again
 static const size_t mostAddresses = 1000; // whose datagrams are being answered; those of others are lost
 static const long long mostWaiting = 16 << 20; // bytes of datagrams that wait until earlier ones are answered
@@ -172,14 +172,21 @@ void Station::goDown(int ms)
     events.after(ms, [this] { comeBack(); });
 }
 
+// Another program may have taken the port; then the station stays down until the port is free.
 void Station::comeBack()
 {
-    isDown = false;
     if (listener < 0)
         listener = openBound(SOCK_STREAM, address);
-    if (listener < 0 || listen(listener, SOMAXCONN) != 0)
-        printError(Text::tr("cannot listen on %1 again: %2").arg(endpointText(address), errorText(errno)));
-    else
-        awaitConnection();
+    if (listener < 0 || listen(listener, SOMAXCONN) != 0) {
+        const QString line = Text::tr("cannot listen on %1 again: %2").arg(endpointText(address), errorText(errno));
+        if (!std::exchange(isPortTaken, true)) {
+            printError(line);
+            log.add(line);
+        }
+        events.after(retryMs, [this] { comeBack(); });
+        return;
+    }
+    isDown = isPortTaken = false;
+    awaitConnection();
     report(Text::tr("up again"), {{"event", "up"}});
 }

@@ -75,7 +75,8 @@ private:
     int listener = -1;
     int datagrams = -1;
     bool isDown = false;
-    bool isFull = false; // no connection can be accepted until something is free
+    bool isPortTaken = false; // when the station comes back
+    bool isFull = false;      // no connection can be accepted until something is free
     std::unordered_map<StationLink*, std::shared_ptr<StationLink>> links;
     std::map<std::pair<in_addr_t, in_port_t>, StationLink*> datagramLinks;
     long long heldBytes = 0;
