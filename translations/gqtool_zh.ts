@@ -1024,8 +1024,8 @@ code is 1.
         <translation>没有到达该主机的路由</translation>
     </message>
     <message>
-        <source>Check the address, cable, netmask and gateway of this machine.</source>
-        <translation>请检查本机的地址、网线、子网掩码和网关。</translation>
+        <source>Check the address, that the host is on, and the cable, netmask and gateway of this machine.</source>
+        <translation>请检查地址、对方主机是否开机，以及本机的网线、子网掩码和网关。</translation>
     </message>
     <message>
         <source>the connection request was not answered</source>

@@ -299,6 +299,30 @@ TEST(GqtoolTraceUdp, reportsThatTheStationIsUnreachable)
     EXPECT_EQ(trace.nextText(), "1 the station is unreachable: Connection refused");
 }
 
+// A router on the way, in another namespace, prohibits the datagram.
+TEST(GqtoolTraceUdp, reportsThatARouterProhibitsTheWay)
+{
+    const QString network = "ip link set lo up && ip link add v0 type veth peer name v1 && "
+                            "ip addr add 192.0.2.1/24 dev v0 && ip link set v0 up && "
+                            "{ unshare -n sleep 10 & } && router=$! && "
+                            "until ! [ /proc/$router/ns/net -ef /proc/self/ns/net ]; do sleep 0.01; done && "
+                            "ip link set v1 netns $router && inRouter() { nsenter -t $router -n \"$@\"; } && "
+                            "inRouter ip addr add 192.0.2.2/24 dev v1 && inRouter ip link set v1 up && "
+                            "inRouter sysctl -qw net.ipv4.ip_forward=1 && "
+                            "inRouter ip route add prohibit 198.51.100.0/24 && ip route add default via 192.0.2.2";
+    if (runProgram("unshare", {"-n", "sh", "-c", network + "; result=$?; kill $router; exit $result"}).exitCode != 0)
+        GTEST_SKIP() << "needs the right to make network namespaces, and the programs ip and sysctl";
+    const QTemporaryDir folder;
+    const QString lines = folder.filePath("lines");
+    const QString commands = " && { \"$0\" trace --udp --listen 5000 198.51.100.9:5000 >\"$1\" & } && "
+                             "until grep -q listening \"$1\"; do sleep 0.01; done; "
+                             "\"$0\" call --udp --timeout 300 127.0.0.1:5000 systemState; "
+                             "until grep -q unreachable \"$1\"; do sleep 0.01; done; kill $! $router; cat \"$1\"";
+    const Outcome outcome = runProgram("unshare", {"-n", "sh", "-c", network + commands, GQTOOL, lines});
+    EXPECT_TRUE(outcome.output.contains(" 1 the station is unreachable: No route to host\n"))
+        << outcome.output.toStdString() << outcome.errors.toStdString();
+}
+
 // --- Usage --------------------------------------------------------------------------------------------------------
 
 TEST(GqtoolTrace, requiresAPortAndAStation)

@@ -18,7 +18,8 @@ static const CauseText texts[] = {
                                "firewall that rejects looks the "
                                "same.")},
     {LinkCause::unreachable, "unreachable", QT_TRANSLATE_NOOP("Text", "there is no way to the host"),
-     QT_TRANSLATE_NOOP("Text", "Check the address, cable, netmask and gateway of this machine.")},
+     QT_TRANSLATE_NOOP("Text",
+                       "Check the address, that the host is on, and the cable, netmask and gateway of this machine.")},
     {LinkCause::connectTimeout, "connect-timeout", QT_TRANSLATE_NOOP("Text", "the connection request was not answered"),
      QT_TRANSLATE_NOOP("Text", "The host is down, a firewall drops the packets, or the server has stopped accepting "
                                "connections. Try ping, then "

@@ -103,6 +103,12 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
     return &clients.front();
 }
 
+// Returns true for the errors that a message of the station or of a firewall can cause, for a datagram sent before.
+static bool isIcmpError(int error)
+{
+    return error == ECONNREFUSED || error == EHOSTUNREACH || error == ENETUNREACH;
+}
+
 void DatagramRelay::lose(const DatagramClient& client, int size, int error)
 {
     output.event(client.number, "lost", Text::tr("datagram of %1 bytes lost: %2").arg(size).arg(errorText(error)));
@@ -122,7 +128,7 @@ void DatagramRelay::takeFromClients()
     if (client == nullptr)
         return;
     ssize_t sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
-    if (sent < 0 && errno == ECONNREFUSED) // caused by an earlier one; this one was not sent
+    if (sent < 0 && isIcmpError(errno)) // caused by an earlier one; this one was not sent
         sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
     const int error = errno;
     captureDatagram(capture, client->address, station, datagram);
@@ -140,7 +146,7 @@ void DatagramRelay::takeFromStation(int socket)
     datagram.resize(65536);
     const ssize_t count = recv(socket, datagram.data(), static_cast<size_t>(datagram.size()), 0);
     if (count < 0) {
-        if (errno == ECONNREFUSED)
+        if (isIcmpError(errno))
             output.event(client->number, "stationUnreachable",
                          Text::tr("the station is unreachable: %1").arg(errorText(errno)));
         return;
