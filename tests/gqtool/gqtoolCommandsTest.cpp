@@ -135,7 +135,7 @@ TEST(GqtoolCommands, refusesABadFileWithLineAndPathOfEachError)
     const char* const beginnings[] = {
         "line 3: commands[0].reply.as must be a form of 'gqtool decode --list', got \"noForm\"",
         "line 4: commands[1].command must be an integer from 0 to 255",
-        "line 4: commands[1].payload: ",
+        "line 4: commands[1].payload: '7' must have an even number of hex digits",
         "line 4: commands[1].reply.int must be an integer from -2147483648 to 2147483647, got 1.5",
         "line 6: commands[2].reply[0].ints[1] must be an integer",
         "line 6: commands[2].reply[1].more is unknown; the members are ",
@@ -148,6 +148,17 @@ TEST(GqtoolCommands, refusesABadFileWithLineAndPathOfEachError)
     for (int i = 0; i < 10; ++i)
         EXPECT_TRUE(lines[i].startsWith(QString("gqtool: %1: %2").arg(file.path, beginnings[i])))
             << lines[i].toStdString();
+}
+
+TEST(GqtoolCommands, acceptsTheExample)
+{
+    RunningStation station({"--commands", GQLIB_EXAMPLES "/plantCommands.json"});
+    EXPECT_EQ(station.call({"ints", "3"}).output, "200\n210\n220\n");
+    EXPECT_TRUE(station.call({"ints", "4"}).errors.contains(" failed with -11: error-frame: "));
+    EXPECT_EQ(station.call({"--command", "66", "12"}).output, "12\n");
+    EXPECT_TRUE(station.call({"--command", "80"}).errors.contains(" failed with -7: error-frame: "));
+    const Outcome values = station.call({"--command", "0x35", "--reply", "bytes", "0"});
+    EXPECT_TRUE(values.output.startsWith("01 00 00 00")) << values.output.toStdString(); // the count
 }
 
 TEST(GqtoolCommands, refusesDeepNestingWithItsLine)

@@ -200,9 +200,11 @@ public:
 private:
     static bool readPayload(const QString& text, QByteArray& bytes, QString& error)
     {
-        const bool isGood = readHex(text.toUtf8(), bytes, error);
-        error = "--hex: " + error;
-        return isGood;
+        HexError wrong;
+        if (readHex(text.toUtf8(), bytes, wrong))
+            return true;
+        error = "--hex: " + wrong.message();
+        return false;
     }
 
     Option command;

@@ -42,9 +42,10 @@ bool readMapped(const MappedCommand& command, const QStringList& words, CallRequ
     request.command = command.number;
     request.form = replyFormOf(command);
     if (command.request == "hex") {
-        if (readHex(words.join(' ').toUtf8(), request.payload, error))
+        HexError wrong;
+        if (readHex(words.join(' ').toUtf8(), request.payload, wrong))
             return true;
-        error = command.name + ": " + error;
+        error = command.name + ": " + wrong.message();
         return false;
     }
     const int wanted = command.request == "-" ? 0 : command.request == "int" ? 1 : 2;

@@ -165,13 +165,13 @@ void HexReader::endPacket(QByteArray& bytes)
 
 // ------------------------------------------------------------------------------------------------------------------
 
-bool readHex(const QByteArray& text, QByteArray& bytes, QString& error)
+bool readHex(const QByteArray& text, QByteArray& bytes, HexError& error)
 {
     QByteArray left = text;
     HexReader reader([&left] { return std::exchange(left, QByteArray()); });
     bytes.clear();
     for (QByteArray piece = reader.read(); !piece.isEmpty(); piece = reader.read())
         bytes += piece;
-    error = reader.error().isSet() ? reader.error().message() : QString();
-    return error.isEmpty();
+    error = reader.error();
+    return !error.isSet();
 }

@@ -58,4 +58,4 @@ private:
 };
 
 // Reads a whole text. Returns false and an `error` with its place.
-bool readHex(const QByteArray& text, QByteArray& bytes, QString& error);
+bool readHex(const QByteArray& text, QByteArray& bytes, HexError& error);

@@ -133,11 +133,11 @@ int CommandFileReader::readInteger(const QJsonValue& value, const QString& place
 QByteArray CommandFileReader::readHex(const QJsonValue& value, const QString& place)
 {
     QByteArray bytes;
-    QString error;
+    HexError error; // its line is not that of the file
     if (!value.isString())
         fail(place, Text::tr("must be a text of hex digits, two per byte") + gotText(value));
     else if (!::readHex(value.toString().toUtf8(), bytes, error))
-        failIn(place, error);
+        failIn(place, error.text);
     return bytes;
 }
 
