@@ -5,6 +5,8 @@
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 
 struct ReplayingStation : ScriptFile, RunningStation {
     explicit ReplayingStation(const QByteArray& recording, const QStringList& options = {"--gap", "0"})
@@ -260,4 +262,31 @@ TEST(GqtoolReplay, reportsARecordingThatCannotBeWritten)
     const Outcome outcome = run({"trace", "--listen", "0", "--record", "/missing/file", "127.0.0.1:1"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot write to /missing/file: No such file or directory\n");
+}
+
+// --- The example --------------------------------------------------------------------------------------------------
+
+TEST(RecordingFromCapture, isReplayed)
+{
+    if (QStandardPaths::findExecutable("tshark").isEmpty())
+        GTEST_SKIP() << "no tshark";
+    const QTemporaryDir home; // tshark finds the dissector there
+    const QString recording = home.filePath("plant.json");
+    const Outcome outcome =
+        runProgram("sh", {"-c",
+                          "export HOME=\"$0\" && mkdir -p \"$0/.local/lib/wireshark/plugins\" && "
+                          "cp \"$1\" \"$0/.local/lib/wireshark/plugins\" && \"$2\" \"$3\" 5000 >\"$4\"",
+                          home.path(), GQFRAME, GQLIB_EXAMPLES "/recordingFromCapture",
+                          GQLIB_GOLDEN "/dumps/station.pcap", recording});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    RunningStation station({"--replay", recording});
+    EXPECT_EQ(station.call({"ints", "3"}).output, "200\n210\n220\n");
+    EXPECT_TRUE(station.call({"ints", "4"}).errors.contains(" failed with -10: "));
+}
+
+TEST(RecordingFromCapture, requiresACaptureAndAPort)
+{
+    const Outcome outcome = runProgram(GQLIB_EXAMPLES "/recordingFromCapture", {"plant.pcap"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.errors, "recordingFromCapture: CAPTURE and PORT are required\n");
 }
