@@ -18,8 +18,8 @@
 //         state = client.systemState();
 //
 // If ready() does not return 1, make no request; call ready() again later. It makes one attempt and does not pause. A
-// request that failed is not repeated: the server may have carried it out. A failed allocation is passed on to the caller:
-// call close() before the next ready().
+// request that failed is not repeated: the server may have carried it out. A failed allocation is passed on to the
+// caller: call close() before the next ready().
 //
 // `host` is dotted IPv4 text. Host names are not resolved and give -1; resolve them with getaddrinfo(3). `timeoutMs` is
 // the receive and the send time-out; setRecvOverTm and setSendOverTm change them. For TCP, 0 means no time-out.

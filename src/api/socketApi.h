@@ -42,11 +42,11 @@ namespace gqdb {
 //    -5  payload too short for its form
 //   any other  the code in an error frame of the server, which may also be one of the values above
 //
-// A failed allocation is passed on to the caller. A frame that was being built is not sent. If the request was sent, the
-// part of its reply that was read is lost, except elements in the caller's list. The socket and the connected flag are
-// unchanged, except that connect may leave the socket open and the flag clear. The rest of the reply can still arrive,
-// and a partial frame would swallow the greeting of the next connection: replace a CTcpAPI by a new object; for the
-// clients in returningClient.h, call close() before the next ready().
+// A failed allocation is passed on to the caller. A frame that was being built is not sent. If the request was sent,
+// the part of its reply that was read is lost, except elements in the caller's list. The socket and the connected flag
+// are unchanged, except that connect may leave the socket open and the flag clear. The rest of the reply can still
+// arrive, and a partial frame would swallow the greeting of the next connection: replace a CTcpAPI with a new object;
+// for the clients in returningClient.h, call close() before the next ready().
 //
 // Nothing is locked: one thread at a time may use an object. The destructors are not virtual: delete an object through
 // its own type.

@@ -286,8 +286,8 @@ public:
     //   0  fewer than 96 bytes: nothing changed
     //   0  the marks do not fit: `head` overwritten. If there are marks, the reader needs 96 bytes of samples after
     //      them: it refuses a wave with marks and fewer samples, although wave2Byte writes it
-    //   0  zlib refuses the stream or lacks memory, or it unpacks to more than waveBlockSize bytes, which wave2Byte does not check:
-    //      `head` and `marks` overwritten
+    //   0  zlib refuses the stream, lacks memory, or unpacks to more than waveBlockSize bytes, which wave2Byte does not
+    //      check: `head` and `marks` overwritten
     static int byte2Wave(const std::vector<unsigned char>& stored, unsigned char* workBuffer, BlobWaveHead& head,
                          std::vector<float>& samples, std::vector<int>& marks);
 };
