@@ -58,6 +58,16 @@ TEST(GqtoolReplay, sendsTheRecordedGreetingsAndRepliesInTheirOrder)
     EXPECT_NEXT(first, frame("04", "40", "02000000"));
 }
 
+TEST(GqtoolReplay, writesALogToo)
+{
+    const QTemporaryDir folder;
+    const QString log = folder.filePath("station.log");
+    const ReplayingStation station(recordedGreeting + line(1, "client", 0, 64, "07000000"),
+                                   {"--gap", "0", "--log", log});
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting5);
+}
+
 TEST(GqtoolReplay, refusesWhatWasNotRecorded)
 {
     const ReplayingStation station(recordedGreeting + line(1, "client", 0, 64, "07000000") +

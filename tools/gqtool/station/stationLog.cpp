@@ -21,13 +21,16 @@ bool StationLog::open(const QString& path, QString& error)
     log.init(path);
     QFile file(path);
     isOpen = file.open(QIODevice::Append); // saving an empty queue would not open it
-    error = libraryText(file.errorString());
-    if (!isOpen)
+    if (!isOpen) {
+        error = libraryText(file.errorString());
         return false;
+    }
     const sigset_t endings = endSignals();
     pthread_sigmask(SIG_BLOCK, &endings, nullptr);
+    if (saver.start())
+        return true;
     error = Text::tr("cannot start a thread");
-    return saver.start();
+    return false;
 }
 
 void StationLog::add(const QString& line)
