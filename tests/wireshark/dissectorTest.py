@@ -222,7 +222,7 @@ class Agreement(DissectorTest):
                     Connection(capture, port).segment(data, is_request)
                 else:
                     capture.datagram(data, is_request, port)
-            preferences = [*WHOLE_PIECES, *given_form(form), "-o", "gqframe.largest_payload:4294967295"]
+            preferences = [*WHOLE_PIECES, *given_form(form), "-o", "gqframe.largest_payload:4194304"]  # as gqtool decode
             packets = self.tshark.read(capture.close(), *preferences)
             for (piece, data), packet in zip(chosen, packets):
                 headers = 40 if piece["transport"] == "tcp" else 28
