@@ -65,7 +65,13 @@ def content(form, element):
     return numbers if form in ("ints", "intPair") else numbers[0]
 
 
-FAULTS = {"cut": "cut", "impossible_length": "length", "wrong_end": "end", "short_form": "form"}
+FAULTS = {
+    "cut": "cut",
+    "impossible_length": "length",
+    "large_length": "length",
+    "wrong_end": "end",
+    "short_form": "form",
+}
 
 
 def part(element):
@@ -222,7 +228,8 @@ class Agreement(DissectorTest):
                     Connection(capture, port).segment(data, is_request)
                 else:
                     capture.datagram(data, is_request, port)
-            preferences = [*WHOLE_PIECES, *given_form(form), "-o", "gqframe.largest_payload:4194304"]  # as gqtool decode
+            largest = "gqframe.largest_payload:4194304"  # as gqtool decode
+            preferences = [*WHOLE_PIECES, *given_form(form), "-o", largest]
             packets = self.tshark.read(capture.close(), *preferences)
             for (piece, data), packet in zip(chosen, packets):
                 headers = 40 if piece["transport"] == "tcp" else 28
