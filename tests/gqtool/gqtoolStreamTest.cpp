@@ -116,8 +116,8 @@ TEST(GqtoolStream, decodesAndEncodesALongListInLittleMemory)
     GTEST_SKIP() << "AddressSanitizer needs more address space than any limit leaves";
 #endif
     const QTemporaryDir folder;
-    const int count = 2000000;
-    const InputFile bytes(boolDatas(count)); // 20 MB
+    const int count = 1000000;
+    const InputFile bytes(boolDatas(count)); // 10 MB
     const QString json = folder.filePath("json");
     for (const char* options : {"", "--csv -", "--json"}) {
         SCOPED_TRACE(options);

@@ -11,7 +11,7 @@
 
 // Runs gqtool and other programs as separate processes.
 
-static const int waitMs = 20000 * std::max(1, qEnvironmentVariableIntValue("GQLIB_TEST_SLOWNESS")); // emulators
+static const int waitMs = 40000 * std::max(1, qEnvironmentVariableIntValue("GQLIB_TEST_SLOWNESS")); // emulators
 
 struct Outcome {
     int exitCode;
