@@ -40,7 +40,7 @@ static std::list<HostilePeer> peersOf(int port, int count)
 static const QByteArray askBytes = "68 04000000 0000 00 00 21 a0860100 0000 16"_hex; // 100000 bytes, in 25 frames
 static const QByteArray hugeHeader = "68 f2ffff7f 0000 00 00 06"_hex;                // the longest frame of all
 
-// A station without a trace, or behind one. `port` is the one to attack.
+// A station without a trace, or one that a trace forwards to. `port` is the one to attack.
 class Target {
 public:
     Target(bool isTraced, const QStringList& traceOptions = {}, const QStringList& stationOptions = {})
