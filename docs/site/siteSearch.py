@@ -1,5 +1,6 @@
 """Sphinx extension: what the site's search takes for words, in English and in Chinese."""
 import logging
+import pathlib
 import re
 
 import jieba
@@ -10,6 +11,17 @@ from sphinx.transforms import SphinxTransform
 
 jieba.setLogLevel(logging.WARNING)
 chinese = "\u4e00-\u9fff"
+glossary = pathlib.Path(__file__).resolve().parents[1] / "guide/glossary.md"
+
+
+def glossaryTerms():
+    """Returns the Chinese terms of the glossary."""
+    cells = re.findall(r"^\| [^|]+ \| ([^|]+) \|", glossary.read_text(encoding="utf-8"), re.M)
+    return [term for cell in cells for term in cell.split(", ") if re.fullmatch(f"[{chinese}]{{2,}}", term)]
+
+
+for word in glossaryTerms():
+    jieba.add_word(word)
 
 
 def joined(text):
@@ -27,8 +39,9 @@ class English(SearchEnglish):
 
 
 class Chinese(SearchChinese):
-    """Jieba cuts a text into words, but not every text with the same characters alike. Each pair of characters is
-    therefore a word too. A query is cut into the longest words that occur on the site; other characters are left out."""
+    """Jieba cuts a text into words, among them the terms of the glossary, but not every text with the same characters
+    alike. Each pair of characters is therefore a word too. A query is cut into the longest words that occur on the site;
+    other characters are left out."""
 
     stopwords = SearchChinese.stopwords | set("什么 怎么 怎样 如何 为何 为什么 怎么办 是否".split())
     # The script has the number of results in the text before it looks for its translation.
