@@ -37,7 +37,7 @@
     </message>
     <message>
         <source>a payload that is shorter than its form</source>
-        <translation>净荷短于其格式</translation>
+        <translation>净荷短于其格式的要求</translation>
     </message>
     <message>
         <source>the server&apos;s own code, from an error frame</source>
@@ -57,11 +57,11 @@
     </message>
     <message>
         <source>no complete reply in time</source>
-        <translation>未及时收到完整应答</translation>
+        <translation>超时，没有收到完整的应答</translation>
     </message>
     <message>
         <source>%1, after %2 bytes of it</source>
-        <translation>%1，此前已收到其中 %2 字节</translation>
+        <translation>%1，只收到其中 %2 字节</translation>
     </message>
     <message>
         <source>the server closed before its greeting</source>
@@ -69,19 +69,19 @@
     </message>
     <message>
         <source>no greeting in time</source>
-        <translation>未及时收到问候帧</translation>
+        <translation>超时，没有收到问候帧</translation>
     </message>
     <message>
         <source>a datagram without a complete frame, with %1 bytes of one</source>
-        <translation>数据报中没有完整的帧，仅有一帧中的 %1 字节</translation>
+        <translation>数据报中没有完整的帧，只有一帧中的 %1 字节</translation>
     </message>
     <message>
         <source>no reply in time</source>
-        <translation>未及时收到应答</translation>
+        <translation>超时，没有收到应答</translation>
     </message>
     <message>
         <source>failed with %1: %2: %3</source>
-        <translation>失败，结果 %1：%2：%3</translation>
+        <translation>失败，结果 %1（%2）：%3</translation>
     </message>
     <message>
         <source>(%1 bytes after the records)</source>
@@ -89,7 +89,7 @@
     </message>
     <message>
         <source>%1: the reply is no %2: %3</source>
-        <translation>%1：应答不是 %2：%3</translation>
+        <translation>%1：应答不是 %2 格式：%3</translation>
     </message>
     <message>
         <source>requests</source>
@@ -101,7 +101,7 @@
     </message>
     <message>
         <source>per second</source>
-        <translation>每秒请求</translation>
+        <translation>每秒请求数</translation>
     </message>
     <message>
         <source>least</source>
@@ -117,7 +117,7 @@
     </message>
     <message>
         <source>%1 of %2, %3 failed</source>
-        <translation>%1/%2，失败 %3</translation>
+        <translation>%1/%2，失败 %3 次</translation>
     </message>
     <message>
         <source>INTEGER must be a 4-byte integer, got &apos;%1&apos;</source>
@@ -133,11 +133,11 @@
     </message>
     <message>
         <source>get the station&apos;s state</source>
-        <translation>取站的状态</translation>
+        <translation>读取站的状态</translation>
     </message>
     <message>
         <source>get its clock, in seconds since 1970</source>
-        <translation>取站的时钟，自 1970 年起的秒数</translation>
+        <translation>读取站的时钟（1970 年以来的秒数）</translation>
     </message>
     <message>
         <source>reset it</source>
@@ -145,7 +145,7 @@
     </message>
     <message>
         <source>set its clock to FIRST; SECOND is not used</source>
-        <translation>把站的时钟设为 FIRST；SECOND 不使用</translation>
+        <translation>将站的时钟设为 FIRST；SECOND 不起作用</translation>
     </message>
     <message>
         <source>set its state</source>
@@ -153,19 +153,19 @@
     </message>
     <message>
         <source>get integers, one per line</source>
-        <translation>取整数，每行一个</translation>
+        <translation>读取整数，每行一个</translation>
     </message>
     <message>
         <source>get bytes, in hexadecimal</source>
-        <translation>取字节，十六进制</translation>
+        <translation>读取字节，以十六进制输出</translation>
     </message>
     <message>
         <source>get texts, one per line</source>
-        <translation>取文本，每行一个</translation>
+        <translation>读取文本，每行一个</translation>
     </message>
     <message>
         <source>get an error frame</source>
-        <translation>取错误帧</translation>
+        <translation>让站返回错误帧</translation>
     </message>
     <message>
         <source>an integer</source>
@@ -193,23 +193,23 @@
     </message>
     <message>
         <source>send command NUMBER instead of COMMAND</source>
-        <translation>发送 NUMBER 号命令，代替 COMMAND</translation>
+        <translation>发送编号为 NUMBER 的命令，而不是 COMMAND</translation>
     </message>
     <message>
         <source>send NUMBER as arg1 of the header (default: 0)</source>
-        <translation>帧头的 arg1 为 NUMBER（默认：0）</translation>
+        <translation>帧头中 arg1 的值（默认为 0）</translation>
     </message>
     <message>
         <source>send NUMBER as arg2 of the header (default: 0)</source>
-        <translation>帧头的 arg2 为 NUMBER（默认：0）</translation>
+        <translation>帧头中 arg2 的值（默认为 0）</translation>
     </message>
     <message>
         <source>send BYTES, hex text or a dump, as payload instead of integers</source>
-        <translation>以 BYTES（十六进制文本或转储）为净荷，代替整数</translation>
+        <translation>以 BYTES（十六进制文本或转储）作为净荷，不使用整数</translation>
     </message>
     <message>
         <source>expect a reply of FORM, see above (default: int)</source>
-        <translation>应答格式为 FORM，见上（默认：int）</translation>
+        <translation>应答的格式为 FORM，见上文（默认为 int）</translation>
     </message>
     <message>
         <source>--reply must be int, ints, bytes or strings, got &apos;%1&apos;</source>
@@ -240,60 +240,60 @@ Forms:
 --repeat sends the request many times and prints the number of failures, the requests per second, and the
 least, median and largest time of a successful request. After each failure it connects again; that is not
 timed. SIGINT and SIGTERM end it early; it then prints the results so far.</source>
-        <translation>向服务器发送请求并打印应答。
+        <translation>向服务器发送请求，并输出应答。
 
 命令：
 %1
-最后四个由模拟站定义。--command 发送任何其他命令，净荷为各 4 字节的整数或任意字节：
+最后四个命令由模拟站定义。用 --command 可发送任何其他命令，净荷为若干个 4 字节整数，或任意字节：
   gqtool call 127.0.0.1:5000 setState -1
   gqtool call 127.0.0.1:5000 --command 0x20 --reply ints 5
   gqtool call 127.0.0.1:5000 --command 6 --hex &apos;ff ff ff ff&apos;
 
-命令表是文本文件，服务器的每个命令一行 COMMAND NAME REQUEST REPLY，例如
-&apos;0x35 currentValues int bytes:pointRealDatas&apos;。REQUEST 为 -、int、intPair、ints 或 hex。
-REPLY 为 int、ints、bytes、strings，记录的字节则为 bytes:FORM；&apos;gqtool decode --list&apos; 打印各格式。
+命令表是文本文件，服务器的每个命令占一行，格式为 COMMAND NAME REQUEST REPLY，例如
+&apos;0x35 currentValues int bytes:pointRealDatas&apos;。REQUEST 为 -、int、intPair、ints 或 hex。REPLY 为 int、ints、
+bytes、strings；字节为记录时用 bytes:FORM，各种格式见 &apos;gqtool decode --list&apos;。
   gqtool call --map plant.map 127.0.0.1:5000 currentValues 0
 
 格式：
 %2
---repeat 多次发送请求，并打印失败数、每秒请求数，以及成功请求的最短、中位和最长时间。每次失败后
-重新连接，其时间不计。SIGINT 和 SIGTERM 提前结束，并打印已有的结果。</translation>
+--repeat 多次发送请求，并输出失败数、每秒请求数，以及成功请求的最短、中位和最长时间。每次失败后重新连接，
+重连的时间不计入。收到 SIGINT 或 SIGTERM 时提前结束，并输出已有的结果。</translation>
     </message>
     <message>
         <source>expect a list of NUMBER elements; 0 takes one frame as the whole reply (default: 0)</source>
-        <translation>列表应有 NUMBER 个元素；0 表示一帧即全部应答（默认：0）</translation>
+        <translation>列表应有 NUMBER 项；0 表示一帧就是整个应答（默认为 0）</translation>
     </message>
     <message>
         <source>take COMMAND from the map of commands in FILE</source>
-        <translation>COMMAND 取自 FILE 中的命令表</translation>
+        <translation>按 FILE 中的命令表解释 COMMAND</translation>
     </message>
     <message>
         <source>wait up to MS for each read and write (default: 9000)</source>
-        <translation>每次读写最多等待 MS 毫秒（默认：9000）</translation>
+        <translation>每次读写最多等待 MS 毫秒（默认为 9000）</translation>
     </message>
     <message>
         <source>send a datagram; a lost one times out</source>
-        <translation>发送数据报；丢失即超时</translation>
+        <translation>使用数据报；数据报丢失时超时</translation>
     </message>
     <message>
         <source>send the request TIMES times</source>
-        <translation>发送请求 TIMES 次</translation>
+        <translation>将请求发送 TIMES 次</translation>
     </message>
     <message>
         <source>start a request every MS (default: 0, no pause)</source>
-        <translation>每 MS 毫秒发起一个请求（默认：0，不停顿）</translation>
+        <translation>每隔 MS 毫秒发送一个请求（默认为 0，不停顿）</translation>
     </message>
     <message>
         <source>print each reply as a line of JSON; with --repeat, the totals too</source>
-        <translation>每个应答打印为一行 JSON；与 --repeat 同用时还打印汇总</translation>
+        <translation>每个应答输出一行 JSON；与 --repeat 同用时还输出汇总</translation>
     </message>
     <message>
         <source>the server: a name or a dotted IPv4 address, and a port</source>
-        <translation>服务器：主机名或点分 IPv4 地址，加端口</translation>
+        <translation>服务器：主机名或点分十进制 IPv4 地址，加端口</translation>
     </message>
     <message>
         <source>one of the commands above or of the map, unless --command is given</source>
-        <translation>上述命令或命令表中的命令；已用 --command 时省略</translation>
+        <translation>上述命令之一，或命令表中的命令；使用 --command 时省略</translation>
     </message>
     <message>
         <source>arguments of the command</source>
@@ -353,7 +353,7 @@ REPLY 为 int、ints、bytes、strings，记录的字节则为 bytes:FORM；&apo
     </message>
     <message>
         <source>print texts in LANG: en or zh (default: by the locale)</source>
-        <translation>以 LANG 打印文字：en 或 zh（默认：按区域设置）</translation>
+        <translation>消息的语言：en 或 zh（默认按区域设置）</translation>
     </message>
     <message>
         <source>show this help</source>
@@ -365,7 +365,7 @@ REPLY 为 int、ints、bytes、strings，记录的字节则为 bytes:FORM；&apo
     </message>
     <message>
         <source>(rest), %1 bytes</source>
-        <translation>（剩余），%1 字节</translation>
+        <translation>（剩余部分），%1 字节</translation>
     </message>
     <message>
         <source>(not read), %1 bytes</source>
@@ -373,15 +373,15 @@ REPLY 为 int、ints、bytes、strings，记录的字节则为 bytes:FORM；&apo
     </message>
     <message>
         <source>library: %1, %2</source>
-        <translation>库：%1，%2</translation>
+        <translation>库的读取结果：%1（%2）</translation>
     </message>
     <message>
         <source>library: %1</source>
-        <translation>库：%1</translation>
+        <translation>库的读取结果：%1</translation>
     </message>
     <message>
         <source>frames of one direction, as a client or server receives them</source>
-        <translation>同一方向的帧，如客户端或服务器所收到的</translation>
+        <translation>同一方向的帧，即客户端或服务器所收到的帧</translation>
     </message>
     <message>
         <source>Forms:</source>
@@ -402,8 +402,8 @@ are printed while their bytes arrive, so they can be of any length.
   gqtool decode --as frames --payload ints 68 08000000 0700 00 00 20 01000000 64000000 0000 16
 
 %1</source>
-        <translation>打印记录、列表、波形或帧的字段，以及库自身读取函数的结果。错误连同其字节偏移列在可读取的字段之后，
-此时退出码为 1。列表和帧在字节到达时即打印，因此长度不限。
+        <translation>输出记录、列表、波形或帧的各字段，以及库的读取函数的结果。先输出能够读出的字段，再列出各处错误及其字节偏移，
+此时退出码为 1。列表和帧边接收边输出，因此长度不限。
 
   gqtool decode --as boolData 01 10270000 fa000000 02
   gqtool decode --as floatRealDatas --file values.hex --json
@@ -414,27 +414,27 @@ are printed while their bytes arrive, so they can be of any length.
     </message>
     <message>
         <source>decode the bytes as FORM, one of the forms above</source>
-        <translation>按 FORM 解析字节，即上列格式之一</translation>
+        <translation>按上述格式之一 FORM 解析字节</translation>
     </message>
     <message>
         <source>print a JSON object, which gqtool encode accepts; with --list one per form</source>
-        <translation>打印 gqtool encode 可接受的 JSON 对象；与 --list 同用时每种格式一个</translation>
+        <translation>输出 JSON 对象，可作为 gqtool encode 的输入；与 --list 同用时每种格式一个对象</translation>
     </message>
     <message>
         <source>print the forms and exit</source>
-        <translation>打印各格式后退出</translation>
+        <translation>列出各种格式后退出</translation>
     </message>
     <message>
         <source>decode frames as datagrams, not as a TCP stream</source>
-        <translation>把帧作为数据报解析，而不是 TCP 流</translation>
+        <translation>帧来自数据报，而不是 TCP 流</translation>
     </message>
     <message>
         <source>decode frames as requests of a client, not as replies</source>
-        <translation>把帧作为客户端的请求解析，而不是应答</translation>
+        <translation>帧是客户端的请求，而不是应答</translation>
     </message>
     <message>
         <source>decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings</source>
-        <translation>非内置命令的净荷按 KIND 解析：int、ints、bytes 或 strings</translation>
+        <translation>非预置命令的净荷按 KIND 解析：int、ints、bytes 或 strings</translation>
     </message>
     <message>
         <source>show commands and payloads of frames by the map of commands in FILE</source>
@@ -442,23 +442,23 @@ are printed while their bytes arrive, so they can be of any length.
     </message>
     <message>
         <source>write a list as a table to FILE, field names in its first line; - means standard output</source>
-        <translation>把列表以表格形式写入 FILE，首行为字段名；- 表示标准输出</translation>
+        <translation>将列表以表格形式写入 FILE，首行为字段名；- 表示标准输出</translation>
     </message>
     <message>
         <source>with --json, print the fields even if the input exceeds 1 MiB</source>
-        <translation>与 --json 同用时，即使输入超过 1 MiB 也打印各字段</translation>
+        <translation>与 --json 同用时，即使输入超过 1 MiB 也输出各字段</translation>
     </message>
     <message>
         <source>call the library&apos;s reader even if the input exceeds 1 MiB; takes memory for all of it</source>
-        <translation>即使输入超过 1 MiB 也调用库的读取函数；需要能容纳全部输入的内存</translation>
+        <translation>即使输入超过 1 MiB 也调用库的读取函数；需要容纳全部输入的内存</translation>
     </message>
     <message>
         <source>list at most N errors, and leave out what follows them</source>
-        <translation>最多列出 N 个错误，其后的内容省略</translation>
+        <translation>最多列出 N 处错误，省略其后的内容</translation>
     </message>
     <message>
         <source>--as FORM is required; --list prints the forms</source>
-        <translation>必须给出 --as FORM；--list 打印各格式</translation>
+        <translation>必须给出 --as FORM；用 --list 列出各种格式</translation>
     </message>
     <message>
         <source>--payload must be one of %1, got &apos;%2&apos;</source>
@@ -502,7 +502,7 @@ are printed while their bytes arrive, so they can be of any length.
     </message>
     <message>
         <source>; offsets must be hexadecimal, as of od -A x</source>
-        <translation>；偏移必须是十六进制，如 od -A x 所打印</translation>
+        <translation>；偏移必须是十六进制，例如 od -A x 的输出</translation>
     </message>
     <message>
         <source>; 1 byte is missing</source>
@@ -626,7 +626,7 @@ are printed while their bytes arrive, so they can be of any length.
     </message>
     <message>
         <source>value cannot be written: the samples do not pack into 5000000 bytes</source>
-        <translation>value 无法写出：采样值压缩后超过 5000000 字节</translation>
+        <translation>value 无法写入：采样值压缩后超过 5000000 字节</translation>
     </message>
     <message>
         <source>%1 is missing</source>
@@ -652,20 +652,20 @@ and &quot;rest&quot; are ignored. Errors are listed with the path of the field; 
 code is 1.
 
   gqtool decode --as intData --json 07000000 10270000 fa000000 01 02 | gqtool encode</source>
-        <translation>用库的写出函数把 JSON 转换为记录、列表、波形或帧的字节。JSON 的形式与 &apos;gqtool decode --json&apos; 的
-输出相同：{&quot;as&quot;: FORM, &quot;value&quot;: ...}；&quot;behind&quot; 为记录之后的字节。对于波形，&quot;stored&quot; 优先于
-&quot;samples&quot;；对于帧，忽略 &quot;offset&quot;、&quot;form&quot;、&quot;content&quot; 和 &quot;rest&quot;。错误连同字段的路径列出，此时不打印
-任何字节，退出码为 1。
+        <translation>用库的写入函数将 JSON 转换为记录、列表、波形或帧的字节。JSON 的结构与 &apos;gqtool decode --json&apos; 的输出相同：
+{&quot;as&quot;: FORM, &quot;value&quot;: ...}；&quot;behind&quot; 为记录之后的字节。对于波形，&quot;stored&quot; 优先于 &quot;samples&quot;；对于帧，
+&quot;offset&quot;、&quot;form&quot;、&quot;content&quot; 和 &quot;rest&quot; 不起作用。如果有错误，则列出各处错误及字段的路径，不输出任何字节，
+退出码为 1。
 
   gqtool decode --as intData --json 07000000 10270000 fa000000 01 02 | gqtool encode</translation>
     </message>
     <message>
         <source>print the bytes themselves, not hex text</source>
-        <translation>打印字节本身，而不是十六进制文本</translation>
+        <translation>输出字节本身，而不是十六进制文本</translation>
     </message>
     <message>
         <source>list at most N errors</source>
-        <translation>最多列出 N 个错误</translation>
+        <translation>最多列出 N 处错误</translation>
     </message>
     <message>
         <source>JSON file; - or no FILE means standard input</source>
@@ -677,7 +677,7 @@ code is 1.
     </message>
     <message>
         <source>convert texts of database records in encoding NAME, such as GBK or another that Qt knows (default: UTF-8)</source>
-        <translation>数据库记录中的文本按编码 NAME 转换，如 GBK 或 Qt 支持的其他编码（默认：UTF-8）</translation>
+        <translation>数据库记录中文本的编码为 NAME：GBK 或 Qt 支持的其他编码（默认为 UTF-8）</translation>
     </message>
     <message>
         <source>ADDRESS must be dotted IPv4, four numbers from 0 to 255, got &apos;%1&apos;</source>
@@ -717,7 +717,7 @@ code is 1.
     </message>
     <message>
         <source>the payload of [%1] is shorter than its form</source>
-        <translation>[%1] 的净荷短于其格式</translation>
+        <translation>[%1] 的净荷短于其格式的要求</translation>
     </message>
     <message>
         <source>the frame at byte %1 needs %2 bytes, got %3</source>
@@ -837,7 +837,7 @@ code is 1.
     </message>
     <message>
         <source>wrong end 0x%1 instead of 0x16: %2</source>
-        <translation>末字节错误，是 0x%1 而不是 0x16：%2</translation>
+        <translation>末字节错误，应为 0x16，实际为 0x%1：%2</translation>
     </message>
     <message>
         <source>bad length %1; a client would wait for the rest of it</source>
@@ -873,11 +873,11 @@ code is 1.
     </message>
     <message>
         <source>%1 more error; --max-errors N lists N</source>
-        <translation>另有 %1 个错误；--max-errors N 可列出 N 个</translation>
+        <translation>另有 %1 处错误；用 --max-errors N 可列出 N 处</translation>
     </message>
     <message>
         <source>%1 more errors; --max-errors N lists N</source>
-        <translation>另有 %1 个错误；--max-errors N 可列出 N 个</translation>
+        <translation>另有 %1 处错误；用 --max-errors N 可列出 N 处</translation>
     </message>
     <message>
         <source>more than %1 bytes</source>
@@ -889,11 +889,11 @@ code is 1.
     </message>
     <message>
         <source>read the bytes themselves, not hex text or a dump</source>
-        <translation>读取字节本身，而不是十六进制文本或转储</translation>
+        <translation>输入是字节本身，而不是十六进制文本或转储</translation>
     </message>
     <message>
         <source>hex text or a hex dump, or - for standard input; reads what xxd, hexdump -C, od -A x -t x1, tcpdump -x and Wireshark print, C arrays, and digits in groups</source>
-        <translation>十六进制文本或转储，- 表示标准输入；可读取 xxd、hexdump -C、od -A x -t x1、tcpdump -x 和 Wireshark 的输出、C 数组以及分组的数字</translation>
+        <translation>十六进制文本或转储，- 表示标准输入；可以是 xxd、hexdump -C、od -A x -t x1、tcpdump -x 和 Wireshark 的输出、C 数组，以及分组的十六进制数字</translation>
     </message>
     <message>
         <source>standard input</source>
@@ -917,11 +917,11 @@ code is 1.
     </message>
     <message>
         <source>run a simulated station to test clients with</source>
-        <translation>运行模拟站，用于测试客户端</translation>
+        <translation>运行模拟站，供测试客户端</translation>
     </message>
     <message>
         <source>send a request and print the reply</source>
-        <translation>发送请求并打印应答</translation>
+        <translation>发送请求并输出应答</translation>
     </message>
     <message>
         <source>find out why a server does not answer</source>
@@ -929,27 +929,27 @@ code is 1.
     </message>
     <message>
         <source>print the fields of a record, list, wave or frames</source>
-        <translation>打印记录、列表、波形或帧的字段</translation>
+        <translation>输出记录、列表、波形或帧的字段</translation>
     </message>
     <message>
         <source>convert what decode --json prints to bytes</source>
-        <translation>把 decode --json 的输出转换为字节</translation>
+        <translation>将 decode --json 的输出转换为字节</translation>
     </message>
     <message>
         <source>print the checksums and the hex text of bytes</source>
-        <translation>打印校验和以及字节的十六进制文本</translation>
+        <translation>输出字节的校验和及十六进制文本</translation>
     </message>
     <message>
         <source>print the moment and the text of a relative time code</source>
-        <translation>打印相对时间码的时刻和文字</translation>
+        <translation>输出相对时间码对应的时刻和文本</translation>
     </message>
     <message>
         <source>print the frames between clients and a station</source>
-        <translation>打印客户端与站之间的帧</translation>
+        <translation>输出客户端与站之间的帧</translation>
     </message>
     <message>
         <source>print a stored wave as text, table or picture</source>
-        <translation>把存储的波形打印为文本、表格或图形</translation>
+        <translation>将存储的波形输出为文本、表格或图形</translation>
     </message>
     <message>
         <source>see &apos;gqtool --help&apos;</source>
@@ -981,7 +981,7 @@ code is 1.
     </message>
     <message>
         <source>REPLY has no form &apos;%1&apos;; gqtool decode --list prints the forms</source>
-        <translation>REPLY 没有格式 &apos;%1&apos;；gqtool decode --list 打印各格式</translation>
+        <translation>REPLY 中的格式 &apos;%1&apos; 不存在；用 gqtool decode --list 列出各种格式</translation>
     </message>
     <message>
         <source>must be COMMAND NAME REQUEST REPLY, got %1 words</source>
@@ -1049,7 +1049,7 @@ code is 1.
     </message>
     <message>
         <source>The server may refuse this address, be at its limit of connections, or have crashed. Read its log.</source>
-        <translation>服务器可能拒绝本地址、连接数已满或已崩溃。请查看服务器的日志。</translation>
+        <translation>服务器可能不接受本机地址、连接数已满，或已崩溃。请查看服务器的日志。</translation>
     </message>
     <message>
         <source>another kind of server listens on this port</source>
@@ -1069,11 +1069,11 @@ code is 1.
     </message>
     <message>
         <source>the server refuses this client by a greeting of 0 or below</source>
-        <translation>服务器以 0 或负数的问候帧拒绝本客户端</translation>
+        <translation>服务器发送了 0 或负数的问候帧，拒绝本客户端</translation>
     </message>
     <message>
         <source>The server may be starting up, on standby, or not accept this client. Read its log.</source>
-        <translation>服务器可能正在启动、处于备用状态或不接受本客户端。请查看服务器的日志。</translation>
+        <translation>服务器可能正在启动、处于备用状态，或不接受本客户端。请查看服务器的日志。</translation>
     </message>
     <message>
         <source>the server answers with an error code</source>
@@ -1081,7 +1081,7 @@ code is 1.
     </message>
     <message>
         <source>Look the code up in the server&apos;s documentation. If it is an unknown command, use --greeting-only.</source>
-        <translation>请在服务器的文档中查找该错误码。若为未知命令，请使用 --greeting-only。</translation>
+        <translation>请在服务器的文档中查找该错误码。如果是不支持的命令，请使用 --greeting-only。</translation>
     </message>
     <message>
         <source>the server does not answer the request</source>
@@ -1089,11 +1089,11 @@ code is 1.
     </message>
     <message>
         <source>The server may be busy: try a longer --timeout. Over UDP, a firewall may drop datagrams, or the server may not run. If it lacks this command, use --greeting-only over TCP.</source>
-        <translation>服务器可能繁忙：请增大 --timeout。经 UDP 时，防火墙可能丢弃数据报，或服务器可能未运行。若服务器没有此命令，请经 TCP 使用 --greeting-only。</translation>
+        <translation>服务器可能繁忙：请增大 --timeout。使用 UDP 时，数据报可能被防火墙丢弃，或服务器没有运行。如果服务器没有此命令，请改用 TCP 和 --greeting-only。</translation>
     </message>
     <message>
         <source>%1, the first of %2 addresses</source>
-        <translation>%1，共 %2 个地址中的第一个</translation>
+        <translation>%1，共 %2 个地址，取第一个</translation>
     </message>
     <message>
         <source>no answer within %1 ms</source>
@@ -1201,25 +1201,25 @@ It stops at the first stage that fails. The causes are healthy, unresolved, refu
 connect-timeout, silent, closed, foreign, bad-frame, not-greeted, error-frame and no-reply. The exit code is 0
 only for healthy. If no greeting arrives, it sends one systemState request, to which servers of other
 protocols react.</source>
-        <translation>查明服务器不应答的原因。依次尝试链路的各个阶段，打印每个阶段及其用时，最后打印原因和处理办法：
+        <translation>查明服务器不应答的原因。依次检查链路的各个阶段，输出每个阶段及其用时，最后给出原因和处理办法：
 
   resolve      解析主机名
   connect      建立连接
-  greeting     接收服务器的问候帧（--udp 时没有）
+  greeting     接收服务器的问候帧（使用 --udp 时没有）
   systemState  请求服务器的状态
   systemTime   请求服务器的时钟
 
-在第一个失败的阶段停止。原因有 healthy、unresolved、refused、unreachable、connect-timeout、silent、
-closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当原因为 healthy 时退出码为 0。
-若没有收到问候帧，则发送一个 systemState 请求，其他协议的服务器会对此作出反应。</translation>
+遇到第一个失败的阶段即停止。原因有 healthy、unresolved、refused、unreachable、connect-timeout、silent、
+closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有原因为 healthy 时退出码才为 0。如果
+没有收到问候帧，则发送一个 systemState 请求，使用其他协议的服务器会对此作出反应。</translation>
     </message>
     <message>
         <source>wait up to MS for each stage, twice for a missing greeting (default: 3000)</source>
-        <translation>每个阶段最多等待 MS 毫秒，没有问候帧时为两倍（默认：3000）</translation>
+        <translation>每个阶段最多等待 MS 毫秒，没有问候帧时加倍（默认为 3000）</translation>
     </message>
     <message>
         <source>send datagrams</source>
-        <translation>发送数据报</translation>
+        <translation>使用数据报</translation>
     </message>
     <message>
         <source>stop after the greeting</source>
@@ -1227,7 +1227,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>print a JSON object</source>
-        <translation>打印 JSON 对象</translation>
+        <translation>输出 JSON 对象</translation>
     </message>
     <message>
         <source>--greeting-only and --udp exclude each other: there is no greeting over UDP</source>
@@ -1271,11 +1271,11 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>count</source>
-        <translation>元素个数</translation>
+        <translation>项数</translation>
     </message>
     <message>
         <source>the count of %1</source>
-        <translation>%1 的元素个数</translation>
+        <translation>%1 的项数</translation>
     </message>
     <message>
         <source>%1 is %2, but only %3</source>
@@ -1287,51 +1287,51 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>not called: the library writes this form and has no reader for it</source>
-        <translation>未调用：库只写此格式，没有读取函数</translation>
+        <translation>未调用，库只写入此格式，没有对应的读取函数</translation>
     </message>
     <message>
         <source>not called: the reader trusts this number and would allocate that much memory</source>
-        <translation>未调用：读取函数信任此数值，会分配相应的内存</translation>
+        <translation>未调用，读取函数不核对此数值，会按它分配内存</translation>
     </message>
     <message>
         <source>not called: more than %1 bytes; --library calls it</source>
-        <translation>未调用：超过 %1 字节；用 --library 调用</translation>
+        <translation>未调用，输入超过 %1 字节；用 --library 强制调用</translation>
     </message>
     <message>
         <source>too short, or a text is incomplete</source>
-        <translation>过短，或文本不完整</translation>
+        <translation>字节数不足，或文本不完整</translation>
     </message>
     <message>
         <source>no count</source>
-        <translation>没有元素个数</translation>
+        <translation>没有项数</translation>
     </message>
     <message>
         <source>an item failed, and the list is empty again</source>
-        <translation>某一项失败，列表重新为空</translation>
+        <translation>某一项读取失败，列表已清空</translation>
     </message>
     <message>
         <source>too short</source>
-        <translation>过短</translation>
+        <translation>字节数不足</translation>
     </message>
     <message>
         <source>fewer bytes than a list must have or than its count needs</source>
-        <translation>字节少于列表的最小长度或其元素个数所需</translation>
+        <translation>字节数少于列表的最小长度，或少于其项数所需</translation>
     </message>
     <message>
         <source>too short, or the bytes are incomplete</source>
-        <translation>过短，或字节不完整</translation>
+        <translation>字节数不足，或字节内容不完整</translation>
     </message>
     <message>
         <source>no count, or fewer bytes than it needs</source>
-        <translation>没有元素个数，或字节少于所需</translation>
+        <translation>没有项数，或字节数少于项数所需</translation>
     </message>
     <message>
         <source>an item failed</source>
-        <translation>某一项失败</translation>
+        <translation>某一项读取失败</translation>
     </message>
     <message>
         <source>fewer than 18 bytes, or an item is incomplete</source>
-        <translation>少于 18 字节，或某一项不完整</translation>
+        <translation>不足 18 字节，或某一项不完整</translation>
     </message>
     <message>
         <source>the text is incomplete, or no byte follows it</source>
@@ -1351,23 +1351,23 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>the value failed</source>
-        <translation>值失败</translation>
+        <translation>值读取失败</translation>
     </message>
     <message>
         <source>a property failed</source>
-        <translation>属性失败</translation>
+        <translation>属性读取失败</translation>
     </message>
     <message>
         <source>no count, or an item failed</source>
-        <translation>没有元素个数，或某一项失败</translation>
+        <translation>没有项数，或某一项读取失败</translation>
     </message>
     <message>
         <source>refused: head, marks or samples are incomplete</source>
-        <translation>拒绝：波形头、标记或采样值不完整</translation>
+        <translation>拒绝，波形头、标记或采样值不完整</translation>
     </message>
     <message>
         <source>a point, short form</source>
-        <translation>测点，简要形式</translation>
+        <translation>测点，简要格式</translation>
     </message>
     <message>
         <source>a list of pointInfo</source>
@@ -1383,7 +1383,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a point with an integer value, as the library reads it</source>
-        <translation>整数值测点，按库的读取形式</translation>
+        <translation>整数值测点，库读取的格式</translation>
     </message>
     <message>
         <source>a list of intPoint</source>
@@ -1391,7 +1391,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a point with an integer value, as the library writes it, with switch0</source>
-        <translation>整数值测点，按库的写出形式，含 switch0</translation>
+        <translation>整数值测点，库写入的格式，含 switch0</translation>
     </message>
     <message>
         <source>a list of intPointWritten</source>
@@ -1407,7 +1407,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a point whose value is a blob</source>
-        <translation>二进制块值测点</translation>
+        <translation>blob 值测点</translation>
     </message>
     <message>
         <source>a list of blobPoint</source>
@@ -1471,7 +1471,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a blob of a point without its bytes</source>
-        <translation>测点的二进制块，不含其字节</translation>
+        <translation>测点的 blob，不含其字节</translation>
     </message>
     <message>
         <source>a list of blobDataInfo</source>
@@ -1479,7 +1479,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a blob of a point</source>
-        <translation>测点的二进制块</translation>
+        <translation>测点的 blob</translation>
     </message>
     <message>
         <source>a list of blobRealData</source>
@@ -1487,7 +1487,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a list of blobs without their point</source>
-        <translation>不含测点的二进制块的列表</translation>
+        <translation>不含测点的 blob 的列表</translation>
     </message>
     <message>
         <source>a query</source>
@@ -1515,19 +1515,19 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a tagged value, byte form</source>
-        <translation>带类型的值，字节形式</translation>
+        <translation>带类型的值，字节格式</translation>
     </message>
     <message>
         <source>the same, blob form</source>
-        <translation>同上，块形式</translation>
+        <translation>同上，blob 格式</translation>
     </message>
     <message>
         <source>a property of an object, byte form</source>
-        <translation>对象的属性，字节形式</translation>
+        <translation>对象的属性，字节格式</translation>
     </message>
     <message>
         <source>an object with its properties, byte form</source>
-        <translation>对象及其属性，字节形式</translation>
+        <translation>对象及其属性，字节格式</translation>
     </message>
     <message>
         <source>the head of a node</source>
@@ -1571,7 +1571,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a signal with an integer value, as the library reads it</source>
-        <translation>整数值信号，按库的读取形式</translation>
+        <translation>整数值信号，库读取的格式</translation>
     </message>
     <message>
         <source>a list of ybItem</source>
@@ -1579,7 +1579,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>a signal with an integer value, as the library writes it, with flag1</source>
-        <translation>整数值信号，按库的写出形式，含 flag1</translation>
+        <translation>整数值信号，库写入的格式，含 flag1</translation>
     </message>
     <message>
         <source>a list of ybItemWritten</source>
@@ -1591,7 +1591,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>must be UTF-8: the library writes this text as UTF-8</source>
-        <translation>必须是 UTF-8：库以 UTF-8 写此文本</translation>
+        <translation>必须是 UTF-8：库以 UTF-8 写入此文本</translation>
     </message>
     <message>
         <source>must be an array</source>
@@ -1663,7 +1663,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>the zlib stream is invalid at its byte %1: %2</source>
-        <translation>zlib 流在其字节 %1 处无效：%2</translation>
+        <translation>zlib 流在第 %1 字节处无效：%2</translation>
     </message>
     <message>
         <source>it needs a dictionary</source>
@@ -1679,7 +1679,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>must have either reply or error</source>
-        <translation>必须有 reply 或 error 之一</translation>
+        <translation>必须有且只有 reply 和 error 之一</translation>
     </message>
     <message>
         <source>must be an integer from 0 to 255 or a text such as &quot;0x35&quot;</source>
@@ -1707,7 +1707,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>cannot be written: the samples do not pack into 5000000 bytes</source>
-        <translation>无法写出：采样值压缩后超过 5000000 字节</translation>
+        <translation>无法写入：采样值压缩后超过 5000000 字节</translation>
     </message>
     <message>
         <source>must be the name of a file</source>
@@ -1747,7 +1747,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>the frame is incomplete and cannot be replayed; remove the line</source>
-        <translation>帧不完整，无法重放；请删除该行</translation>
+        <translation>帧不完整，无法回放；请删除该行</translation>
     </message>
     <message>
         <source>the payload is cut: it has %1 of %2 bytes; record with &apos;gqtool trace --record&apos;</source>
@@ -1779,7 +1779,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>cannot accept another client now: %1</source>
-        <translation>目前无法接受新的客户端：%1</translation>
+        <translation>暂时无法接受新的客户端：%1</translation>
     </message>
     <message>
         <source>down for %1 ms</source>
@@ -1799,7 +1799,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>closed</source>
-        <translation>已关闭</translation>
+        <translation>已关闭连接</translation>
     </message>
     <message>
         <source>%1 closed</source>
@@ -1807,19 +1807,19 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>%1 gone</source>
-        <translation>%1 已离开</translation>
+        <translation>%1 已断开</translation>
     </message>
     <message>
         <source>%1 closed after %2 bytes of its greeting</source>
-        <translation>%1 在问候帧的 %2 字节之后已关闭</translation>
+        <translation>%1 已关闭，问候帧只发送了 %2 字节</translation>
     </message>
     <message>
         <source>gone before the answer</source>
-        <translation>应答之前已离开</translation>
+        <translation>客户端在应答前已断开</translation>
     </message>
     <message>
         <source>closed after %1 bytes</source>
-        <translation>%1 字节之后关闭</translation>
+        <translation>发送 %1 字节后已关闭连接</translation>
     </message>
     <message>
         <source>answered with %1 bytes</source>
@@ -1843,27 +1843,27 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>wait MS before sending it</source>
-        <translation>等待 MS 毫秒后发送</translation>
+        <translation>发送前等待 MS 毫秒</translation>
     </message>
     <message>
         <source>send BYTES bytes, and the rest after a pause</source>
-        <translation>先发送 BYTES 字节，停顿后发送其余</translation>
+        <translation>先发送 BYTES 字节，停顿后再发送其余字节</translation>
     </message>
     <message>
         <source>send pieces of BYTES bytes with pauses between; 0 sends all at once</source>
-        <translation>分为每段 BYTES 字节发送，段间停顿；0 表示一次发完</translation>
+        <translation>每次发送 BYTES 字节，每次之间停顿；0 表示一次发完</translation>
     </message>
     <message>
         <source>send its frames in one write, a single frame twice</source>
-        <translation>把各帧一次写出；单帧则写两次</translation>
+        <translation>各帧在一次写操作中发送；只有一帧时发送两遍</translation>
     </message>
     <message>
         <source>end its frames with a wrong byte</source>
-        <translation>以错误的末字节结束各帧</translation>
+        <translation>各帧的末字节错误</translation>
     </message>
     <message>
         <source>send nothing</source>
-        <translation>不发送</translation>
+        <translation>什么也不发送</translation>
     </message>
     <message>
         <source>send at most BYTES bytes and close the connection</source>
@@ -1875,11 +1875,11 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>close every link instead and refuse new ones for MS</source>
-        <translation>改为关闭全部链路，并在 MS 毫秒内拒绝新链路</translation>
+        <translation>改为关闭所有链路，并在 MS 毫秒内拒绝新链路</translation>
     </message>
     <message>
         <source>cancel the faults of the lines above</source>
-        <translation>取消以上各行的故障</translation>
+        <translation>取消以上各行设置的故障</translation>
     </message>
     <message>
         <source>a line must be &apos;greeting|reply|command COMMAND SELECTOR FAULT [VALUE]&apos;</source>
@@ -1899,7 +1899,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>%1 takes one VALUE</source>
-        <translation>%1 带一个 VALUE</translation>
+        <translation>%1 需要一个 VALUE</translation>
     </message>
     <message>
         <source>%1 takes no VALUE</source>
@@ -1923,23 +1923,23 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>delay each reply by MS (default: 0)</source>
-        <translation>每个应答延迟 MS 毫秒（默认：0）</translation>
+        <translation>每个应答延迟 MS 毫秒（默认为 0）</translation>
     </message>
     <message>
         <source>send replies in pieces of BYTES</source>
-        <translation>应答分为每段 BYTES 字节发送</translation>
+        <translation>将应答按每块 BYTES 字节分块发送</translation>
     </message>
     <message>
         <source>never reply</source>
-        <translation>从不应答</translation>
+        <translation>不应答任何请求</translation>
     </message>
     <message>
         <source>end replies with a wrong byte</source>
-        <translation>以错误的末字节结束应答</translation>
+        <translation>应答的末字节错误</translation>
     </message>
     <message>
         <source>close the connection instead of replying</source>
-        <translation>关闭连接，而不应答</translation>
+        <translation>收到请求后关闭连接，不应答</translation>
     </message>
     <message>
         <source>read %1 commands</source>
@@ -1947,7 +1947,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。仅当�
     </message>
     <message>
         <source>kept %1 commands</source>
-        <translation>保留原有 %1 个命令</translation>
+        <translation>保留原有的 %1 个命令</translation>
     </message>
     <message>
         <source>Runs a simulated station: a frame server that greets clients, answers the ready-made commands and serves
@@ -1988,93 +1988,93 @@ SELECTOR is a number, a range such as 3-7, every, every/10 (the 10th, 20th ...) 
 the script. The faults:
 %1Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.
 </source>
-        <translation>运行模拟站：一个帧服务器，向客户端发送问候帧，应答内置命令，并提供列表。先打印一行自身地址，此后
-每个连接和请求打印一行，直到被停止。
+        <translation>运行模拟站，即一个帧服务器：向客户端发送问候帧，应答预置命令，并提供列表。先输出一行监听地址，此后每个连接和
+每个请求各输出一行，直到被终止。
 
-命令：1 systemState（setState 之前为 1），2 systemTime（站的时钟），3 clear（复位状态和时钟），
-5 setTime（把时钟设为第一个整数，即自 1970 年起的秒数），6 setState。
+命令：1 systemState（收到 setState 之前为 1）、2 systemTime（站的时钟）、3 clear（复位状态和时钟）、
+5 setTime（将时钟设为第一个整数，即 1970 年以来的秒数）、6 setState。
 
-由模拟站定义的命令，净荷均为一个整数。0x20 到 0x22 的净荷为个数：最多 1000 个整数、100000 字节或
-48 个文本。0x23 的净荷为错误码，以错误帧应答。0x30 到 0x38 提供小型测点数据库，应答为含有记录的
-字节列表：0x30 全部测点的简要形式，0x31 到 0x34 浮点、整数、布尔和二进制块测点，0x35 当前值，
-0x36 存储的波形，0x37 事件，0x38 对象。0x40 到 0x45 以同样方式提供前置机：0x40 节点头，
-0x41 通信项，0x42 YcItem，0x43 YxItem，0x44 YdItem，0x45 YbItem。
+模拟站自定义的命令，净荷均为一个整数。0x20 到 0x22 的净荷为项数：最多 1000 个整数、100000 字节或 48 个文本。
+0x23 的净荷为错误码，站返回含该错误码的错误帧。0x30 到 0x38 提供一个小型测点数据库，应答为含有记录的
+字节列表：0x30 所有测点的简要格式，0x31 到 0x34 浮点、整数、布尔和 blob 测点，0x35 当前值，0x36 存储的波形，
+0x37 事件，0x38 对象。0x40 到 0x45 同样提供前置机的数据：0x40 节点头，0x41 通信项，0x42 YcItem，
+0x43 YxItem，0x44 YdItem，0x45 YbItem。
 
-未知命令以错误 -10 应答，无效净荷以错误 -11 应答。
+对未知命令返回错误码 -10，对无效净荷返回错误码 -11。
 
---commands FILE 以 JSON 文件中的命令代替 1、2、3、5、6 之外的全部命令：
+--commands FILE 以 JSON 文件中的命令取代除 1、2、3、5、6 以外的所有命令：
   {&quot;commands&quot;: [{&quot;command&quot;: &quot;0x35&quot;, &quot;reply&quot;: {&quot;as&quot;: &quot;pointRealDatas&quot;, &quot;value&quot;: [...]}},
                 {&quot;command&quot;: 64, &quot;payload&quot;: &quot;07000000&quot;, &quot;reply&quot;: {&quot;int&quot;: 42}},
                 {&quot;command&quot;: 80, &quot;error&quot;: -7}]}
-由命令和净荷都与请求相符的第一项应答；没有 &quot;payload&quot; 的项与任何净荷相符。应答为 &quot;echo&quot;、下列形式
-之一，或由它们组成的数组，每项一帧：
-  &quot;as&quot; 和 &quot;value&quot;  记录或列表，与 &apos;gqtool encode&apos; 相同，作为字节列表发送
+请求由命令和净荷都相符的第一项应答；没有 &quot;payload&quot; 的项适用于任何净荷。应答为 &quot;echo&quot;、下列形式之一，或由它们
+组成的数组（每个元素一帧）：
+  &quot;as&quot; 和 &quot;value&quot;  记录或列表，写法与 &apos;gqtool encode&apos; 的输入相同，作为字节列表发送
   &quot;int&quot;、&quot;ints&quot;、&quot;strings&quot;、&quot;bytes&quot;（十六进制数字）
-  &quot;payload&quot;（十六进制数字）、&quot;file&quot;（文件名）  净荷的字节本身
-SIGHUP 使文件重新读取。若文件有错误，则打印错误，命令保持不变。
+  &quot;payload&quot;（十六进制数字）、&quot;file&quot;（文件名）  净荷的全部字节，原样发送
+收到 SIGHUP 时重新读取该文件。如果文件有错误，则输出错误，命令保持不变。
 
---replay FILE 以录制的服务器对相同命令和净荷的应答来应答每个请求，按录制的次序；最后一个应答会重复。
-命令 1 到 3 的净荷是客户端的时钟，予以忽略。问候帧为录制的问候帧。未录制的请求以错误 -10 应答。
+--replay FILE 用录制的应答来应答：命令和净荷相同的请求，依次得到录制时服务器的各个应答，用完后重复最后一个。
+命令 1 到 3 的净荷是客户端的时钟，不参与比较。问候帧也来自录制文件。对没有录制过的请求返回错误码 -10。
 
-脚本规定哪些问候帧和应答出错。每行一个故障，# 之后为注释：
+脚本规定哪些问候帧和应答出现故障。每行一个故障，# 之后为注释：
   greeting|reply|command COMMAND SELECTOR FAULT [VALUE]
-问候帧、应答以及对每个命令的应答分别从 1 起编号，跨所有连接和数据报。SELECTOR 为序号、3-7 这样的
-范围、every、every/10（第 10、20……个）或 2% 这样的概率，--seed 可使其重现。故障可以叠加；若多行
-设置同一故障，以最后一行为准。选项先于脚本生效。故障有：
-%1经 UDP 时没有问候帧，每段是一个数据报，close-after 只截断应答。
+问候帧、应答以及对每个命令的应答分别从 1 开始编号，所有连接和数据报统一计数。SELECTOR 可以是序号、范围（如
+3-7）、every、every/10（第 10、20……个）或概率（如 2%），概率的结果可用 --seed 重现。多行故障同时生效；多行
+设置同一种故障时，以最后一行为准。选项先于脚本生效。故障有：
+%1使用 UDP 时没有问候帧，每块是一个数据报，close-after 只截短应答。
 </translation>
     </message>
     <message>
         <source>listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)</source>
-        <translation>监听 ADDRESS；0.0.0.0 表示所有接口（默认：127.0.0.1）</translation>
+        <translation>监听地址；0.0.0.0 表示所有接口（默认为 127.0.0.1）</translation>
     </message>
     <message>
         <source>listen on PORT (default: 0, a free port)</source>
-        <translation>监听 PORT（默认：0，即任一空闲端口）</translation>
+        <translation>监听端口（默认为 0，由系统选择空闲端口）</translation>
     </message>
     <message>
         <source>also answer datagrams on the same port, without a greeting</source>
-        <translation>同时在该端口应答数据报，不发送问候帧</translation>
+        <translation>同一端口也应答数据报，但不发送问候帧</translation>
     </message>
     <message>
         <source>greet with NUMBER (default: 1)</source>
-        <translation>问候帧的值为 NUMBER（默认：1）</translation>
+        <translation>问候帧的值（默认为 1）</translation>
     </message>
     <message>
         <source>wait MS between the frames of a reply, as clients lose frames that arrive together (default: 100)</source>
-        <translation>应答的各帧之间等待 MS 毫秒，因为客户端会丢失同时到达的帧（默认：100）</translation>
+        <translation>同一应答的各帧间隔 MS 毫秒，因为客户端会丢失同时到达的帧（默认为 100）</translation>
     </message>
     <message>
         <source>answer as FILE says, see above; SIGHUP reads it again</source>
-        <translation>按 FILE 应答，见上；SIGHUP 使其重新读取</translation>
+        <translation>按 FILE 中的命令应答，见上文；收到 SIGHUP 时重新读取</translation>
     </message>
     <message>
         <source>answer as the server did in FILE, which &apos;trace --record&apos; wrote</source>
-        <translation>按 &apos;trace --record&apos; 写出的 FILE 中服务器的方式应答</translation>
+        <translation>用 FILE 中录制的应答来应答，FILE 由 &apos;trace --record&apos; 生成</translation>
     </message>
     <message>
         <source>replay with the recorded delays</source>
-        <translation>按录制的延迟重放</translation>
+        <translation>按录制的延迟回放</translation>
     </message>
     <message>
         <source>read faults from FILE, see above</source>
-        <translation>从 FILE 读取故障，见上</translation>
+        <translation>从脚本 FILE 读取故障，见上文</translation>
     </message>
     <message>
         <source>select faults by chance; the same NUMBER selects the same (default: 1)</source>
-        <translation>按概率选择故障；相同的 NUMBER 选择相同（默认：1）</translation>
+        <translation>随机数种子，用于按概率选择故障；种子相同则结果相同（默认为 1）</translation>
     </message>
     <message>
         <source>print each line as a JSON object; the log stays text</source>
-        <translation>每行打印为 JSON 对象；日志仍为文本</translation>
+        <translation>每行输出为一个 JSON 对象；日志仍为文本</translation>
     </message>
     <message>
         <source>print only the first line; the log still gets all of them</source>
-        <translation>只打印第一行；日志仍包含所有行</translation>
+        <translation>只输出第一行；日志仍包含所有行</translation>
     </message>
     <message>
         <source>also write the lines, with their time, to FILE</source>
-        <translation>同时把各行连同时间写入 FILE</translation>
+        <translation>各行同时写入日志 FILE，并带时间</translation>
     </message>
     <message>
         <source>cannot listen on %1:%2: %3</source>
@@ -2102,11 +2102,11 @@ SIGHUP 使文件重新读取。若文件有错误，则打印错误，命令保�
     </message>
     <message>
         <source>%1: right, %2</source>
-        <translation>%1：正确，%2</translation>
+        <translation>校验正确：%1（%2）</translation>
     </message>
     <message>
         <source>%1: wrong, %2 of the preceding bytes is %3</source>
-        <translation>%1：错误，之前各字节的 %2 为 %3</translation>
+        <translation>校验错误：末尾为 %1（%2），应为 %3</translation>
     </message>
     <message>
         <source>Prints the checksums that telegrams use: CRC-16 (polynomial 0x8005 reflected, initial value 0xffff, as in
@@ -2114,15 +2114,15 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
 
   gqtool sum 01 03 00 00 00 0a
   gqtool sum --check crc 01 03 00 00 00 0a c5 cd</source>
-        <translation>打印报文所用的校验和：两种字节次序的 CRC-16（多项式 0x8005，反射，初值 0xffff，与 Modbus 相同），
-各字节之和模 256，以及最多 4096 字节的十六进制文本。
+        <translation>输出报文常用的校验和：两种字节次序的 CRC-16（多项式 0x8005，反射，初值 0xffff，与 Modbus 相同），以及各字节
+之和模 256；并输出最多 4096 字节的十六进制文本。
 
   gqtool sum 01 03 00 00 00 0a
   gqtool sum --check crc 01 03 00 00 00 0a c5 cd</translation>
     </message>
     <message>
         <source>check that the bytes end in SUM: crc (low byte first, as in Modbus RTU), crc-high-first or sum (one byte); if not, the exit code is 1</source>
-        <translation>检查字节是否以 SUM 结束：crc（低字节在前，如 Modbus RTU）、crc-high-first 或 sum（一个字节）；若不是，退出码为 1</translation>
+        <translation>检查末尾的校验和，SUM 为 crc（低字节在前，如 Modbus RTU）、crc-high-first（高字节在前）或 sum（一个字节）；不符时退出码为 1</translation>
     </message>
     <message>
         <source>--check must be crc, crc-high-first or sum, got &apos;%1&apos;</source>
@@ -2134,155 +2134,155 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>start of the day</source>
-        <translation>当日开始</translation>
+        <translation>当日起点</translation>
     </message>
     <message>
         <source>end of the day, 23:59:59</source>
-        <translation>当日结束，23:59:59</translation>
+        <translation>当日终点，23:59:59</translation>
     </message>
     <message>
         <source>start of the day N days before (code - 2)</source>
-        <translation>N 天前当日开始（编码 - 2）</translation>
+        <translation>N 天之前当天的起点（N = 时间码 - 2）</translation>
     </message>
     <message>
         <source>end of the day N days before (code - 50)</source>
-        <translation>N 天前当日结束（编码 - 50）</translation>
+        <translation>N 天之前当天的终点（N = 时间码 - 50）</translation>
     </message>
     <message>
         <source>same time N days before (code - 100)</source>
-        <translation>N 天前同一时刻（编码 - 100）</translation>
+        <translation>N 天之前的同一时刻（N = 时间码 - 100）</translation>
     </message>
     <message>
         <source>start of the 1st of the month</source>
-        <translation>当月 1 日开始</translation>
+        <translation>当月 1 日起点</translation>
     </message>
     <message>
         <source>start of day N of the month (code - 150)</source>
-        <translation>当月 N 日开始（编码 - 150）</translation>
+        <translation>当月 N 日起点（N = 时间码 - 150）</translation>
     </message>
     <message>
         <source>end of the 1st of the month</source>
-        <translation>当月 1 日结束</translation>
+        <translation>当月 1 日终点</translation>
     </message>
     <message>
         <source>end of day N of the month (code - 200)</source>
-        <translation>当月 N 日结束（编码 - 200）</translation>
+        <translation>当月 N 日终点（N = 时间码 - 200）</translation>
     </message>
     <message>
         <source>start of the hour N hours ahead (302 - code)</source>
-        <translation>N 小时后该小时开始（302 - 编码）</translation>
+        <translation>N 小时之后该小时的起点（N = 302 - 时间码）</translation>
     </message>
     <message>
         <source>start of the hour</source>
-        <translation>当前小时开始</translation>
+        <translation>当前小时起点</translation>
     </message>
     <message>
         <source>end of the hour</source>
-        <translation>当前小时结束</translation>
+        <translation>当前小时终点</translation>
     </message>
     <message>
         <source>start of the hour N hours before (code - 302)</source>
-        <translation>N 小时前该小时开始（编码 - 302）</translation>
+        <translation>N 小时之前该小时的起点（N = 时间码 - 302）</translation>
     </message>
     <message>
         <source>end of the hour N hours before (code - 329)</source>
-        <translation>N 小时前该小时结束（编码 - 329）</translation>
+        <translation>N 小时之前该小时的终点（N = 时间码 - 329）</translation>
     </message>
     <message>
         <source>N hours before (code - 360)</source>
-        <translation>N 小时前（编码 - 360）</translation>
+        <translation>N 小时之前（N = 时间码 - 360）</translation>
     </message>
     <message>
         <source>start of hour N of the day (code - 381)</source>
-        <translation>当日 N 时开始（编码 - 381）</translation>
+        <translation>当日 N 点该小时的起点（N = 时间码 - 381）</translation>
     </message>
     <message>
         <source>end of hour N of the day (code - 410)</source>
-        <translation>当日 N 时结束（编码 - 410）</translation>
+        <translation>当日 N 点该小时的终点（N = 时间码 - 410）</translation>
     </message>
     <message>
         <source>latest start of hour N up to the base (code - 435)</source>
-        <translation>基准时间之前最近的 N 时开始（编码 - 435）</translation>
+        <translation>基准时间之前最近一个 N 点的起点（N = 时间码 - 435）</translation>
     </message>
     <message>
         <source>latest end of hour N up to the base (code - 460)</source>
-        <translation>基准时间之前最近的 N 时结束（编码 - 460）</translation>
+        <translation>基准时间之前最近一个 N 点的终点（N = 时间码 - 460）</translation>
     </message>
     <message>
         <source>same time N days ahead (1050 - code)</source>
-        <translation>N 天后同一时刻（1050 - 编码）</translation>
+        <translation>N 天之后的同一时刻（N = 1050 - 时间码）</translation>
     </message>
     <message>
         <source>1 minute before</source>
-        <translation>1 分钟前</translation>
+        <translation>1 分钟之前</translation>
     </message>
     <message>
         <source>5 minutes before</source>
-        <translation>5 分钟前</translation>
+        <translation>5 分钟之前</translation>
     </message>
     <message>
         <source>10 minutes before</source>
-        <translation>10 分钟前</translation>
+        <translation>10 分钟之前</translation>
     </message>
     <message>
         <source>30 minutes before</source>
-        <translation>30 分钟前</translation>
+        <translation>30 分钟之前</translation>
     </message>
     <message>
         <source>start of the month</source>
-        <translation>当月开始</translation>
+        <translation>当月起点</translation>
     </message>
     <message>
         <source>end of the month</source>
-        <translation>当月结束</translation>
+        <translation>当月终点</translation>
     </message>
     <message>
         <source>same time N days before (code - 1050)</source>
-        <translation>N 天前同一时刻（编码 - 1050）</translation>
+        <translation>N 天之前的同一时刻（N = 时间码 - 1050）</translation>
     </message>
     <message>
         <source>start of month N of the year (code - 1100)</source>
-        <translation>当年 N 月开始（编码 - 1100）</translation>
+        <translation>当年 N 月起点（N = 时间码 - 1100）</translation>
     </message>
     <message>
         <source>none: the end of a month before January</source>
-        <translation>无：1 月之前的月份结束</translation>
+        <translation>无：1 月之前的月份没有终点</translation>
     </message>
     <message>
         <source>end of month N of the year (code - 1120)</source>
-        <translation>当年 N 月结束（编码 - 1120）</translation>
+        <translation>当年 N 月终点（N = 时间码 - 1120）</translation>
     </message>
     <message>
         <source>start of month N of the year before (code - 1140)</source>
-        <translation>上一年 N 月开始（编码 - 1140）</translation>
+        <translation>去年 N 月起点（N = 时间码 - 1140）</translation>
     </message>
     <message>
         <source>end of month N of the year before (code - 1152)</source>
-        <translation>上一年 N 月结束（编码 - 1152）</translation>
+        <translation>去年 N 月终点（N = 时间码 - 1152）</translation>
     </message>
     <message>
         <source>start of the year</source>
-        <translation>当年开始</translation>
+        <translation>当年起点</translation>
     </message>
     <message>
         <source>end of the year, 23:59:59</source>
-        <translation>当年结束，23:59:59</translation>
+        <translation>当年终点，23:59:59</translation>
     </message>
     <message>
         <source>start of the year N years before (code - 1302)</source>
-        <translation>N 年前当年开始（编码 - 1302）</translation>
+        <translation>N 年之前该年的起点（N = 时间码 - 1302）</translation>
     </message>
     <message>
         <source>end of the year N years before (code - 1400)</source>
-        <translation>N 年前当年结束（编码 - 1400）</translation>
+        <translation>N 年之前该年的终点（N = 时间码 - 1400）</translation>
     </message>
     <message>
         <source>same time N years ahead (code - 1600)</source>
-        <translation>N 年后同一时刻（编码 - 1600）</translation>
+        <translation>N 年之后的同一时刻（N = 时间码 - 1600）</translation>
     </message>
     <message>
         <source>minute N of the day (code - 2001)</source>
-        <translation>当日第 N 分钟（编码 - 2001）</translation>
+        <translation>当日第 N 分钟（N = 时间码 - 2001）</translation>
     </message>
     <message>
         <source>none (%1)</source>
@@ -2290,11 +2290,11 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>code</source>
-        <translation>编码</translation>
+        <translation>时间码</translation>
     </message>
     <message>
         <source>base</source>
-        <translation>基准</translation>
+        <translation>基准时间</translation>
     </message>
     <message>
         <source>moment</source>
@@ -2302,7 +2302,7 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>text</source>
-        <translation>文字</translation>
+        <translation>文本</translation>
     </message>
     <message>
         <source>english</source>
@@ -2314,17 +2314,17 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>All other codes have no moment (0).</source>
-        <translation>其他编码没有时刻（0）。</translation>
+        <translation>其他时间码没有对应的时刻（0）。</translation>
     </message>
     <message>
         <source>Prints the moment and the text of a relative time code.
 
 A moment is printed as local time and, in brackets, as seconds since 1970; &quot;none&quot; means that the code has no
 moment. The ranges of codes for the texts differ in some places from those for the moments.</source>
-        <translation>打印相对时间码的时刻和文字。
+        <translation>输出相对时间码对应的时刻和文本。
 
-时刻以本地时间打印，括号中为自 1970 年起的秒数；“无”表示该编码没有时刻。文字的编码范围与时刻的
-编码范围在个别地方不同。</translation>
+时刻以本地时间输出，括号中是 1970 年以来的秒数；“无”表示该时间码没有对应的时刻。文本与时刻的时间码区间在个别
+地方不一致。</translation>
     </message>
     <message>
         <source>the code</source>
@@ -2332,19 +2332,19 @@ moment. The ranges of codes for the texts differ in some places from those for t
     </message>
     <message>
         <source>print all families of codes with their first and last moment and text</source>
-        <translation>打印各类编码及其首末两个编码的时刻和文字</translation>
+        <translation>列出所有类别的时间码，以及每类首末两个时间码的时刻和文本</translation>
     </message>
     <message>
         <source>count from TIME, in seconds since 1970 or as &quot;2021-03-31 10:20:30&quot; in local time (default: now)</source>
-        <translation>从 TIME 计算，为自 1970 年起的秒数，或本地时间如 &quot;2021-03-31 10:20:30&quot;（默认：当前时间）</translation>
+        <translation>以 TIME 为基准时间：1970 年以来的秒数，或 &quot;2021-03-31 10:20:30&quot; 这样的本地时间（默认为当前时间）</translation>
     </message>
     <message>
         <source>use time zone ZONE, for example Europe/Berlin (default: the system&apos;s)</source>
-        <translation>使用时区 ZONE，例如 Europe/Berlin（默认：系统时区）</translation>
+        <translation>使用时区 ZONE，例如 Asia/Shanghai（默认为系统时区）</translation>
     </message>
     <message>
         <source>print JSON: one object for the code, or one per family of codes</source>
-        <translation>打印 JSON：该编码一个对象，或每类编码一个对象</translation>
+        <translation>输出 JSON：该时间码的一个对象，或每类时间码各一个对象</translation>
     </message>
     <message>
         <source>one CODE or --list is required</source>
@@ -2364,11 +2364,11 @@ moment. The ranges of codes for the texts differ in some places from those for t
     </message>
     <message>
         <source>cannot write to %1, the trace continues without it: %2</source>
-        <translation>无法写入 %1，跟踪继续但不再写入：%2</translation>
+        <translation>无法写入 %1，继续跟踪但不再写入该文件：%2</translation>
     </message>
     <message>
         <source>datagram of %1 lost: %2</source>
-        <translation>%1 的数据报丢失：%2</translation>
+        <translation>来自 %1 的数据报丢失：%2</translation>
     </message>
     <message>
         <source>datagram of %1 bytes lost: %2</source>
@@ -2384,27 +2384,27 @@ moment. The ranges of codes for the texts differ in some places from those for t
     </message>
     <message>
         <source>connected from %1</source>
-        <translation>来自 %1 的连接</translation>
+        <translation>客户端 %1 已连接</translation>
     </message>
     <message>
         <source>%1 connections, %2 frames to the station, %3 back, %4 faults</source>
-        <translation>%1 个连接，发往站 %2 帧，返回 %3 帧，%4 个错误</translation>
+        <translation>%1 个连接，发往站 %2 帧，来自站 %3 帧，%4 处错误</translation>
     </message>
     <message>
         <source>the client ended its stream</source>
-        <translation>客户端结束了其数据流</translation>
+        <translation>客户端关闭了发送方向</translation>
     </message>
     <message>
         <source>the station ended its stream</source>
-        <translation>站结束了其数据流</translation>
+        <translation>站关闭了发送方向</translation>
     </message>
     <message>
         <source>the client broke the connection: %1</source>
-        <translation>客户端中断了连接：%1</translation>
+        <translation>客户端异常断开连接：%1</translation>
     </message>
     <message>
         <source>the station broke the connection: %1</source>
-        <translation>站中断了连接：%1</translation>
+        <translation>站异常断开连接：%1</translation>
     </message>
     <message>
         <source>Relays between clients and a station and prints a line for each frame: time, number of the connection, -&gt; for
@@ -2420,26 +2420,26 @@ the station directly. Wireshark can open it while it is being written:
   tshark -r FILE -d tcp.port==5000,gqframe
 
 --record writes a file from which &apos;gqtool station --replay&apos; answers as the station did.</source>
-        <translation>在客户端与站之间转发，每帧打印一行：时间、连接的序号、方向（-&gt; 为来自客户端的帧，&lt;- 为来自站的帧）
-和内容。所有字节原样立即转发，即使不是帧。以 SIGINT 或 SIGTERM 结束。
+        <translation>在客户端与站之间转发数据，每帧输出一行：时间、连接编号、方向（-&gt; 表示来自客户端，&lt;- 表示来自站）和内容。
+所有字节都原样、立即转发，即使它们不是帧。用 SIGINT 或 SIGTERM 结束。
 
   gqtool trace --listen 5001 127.0.0.1:5000
 
-随后客户端连接到端口 5001。--pcap 写出所有连接的抓包文件，如同客户端与站直接通信。写入期间即可用
+此时客户端应连接端口 5001。--pcap 将所有连接写成抓包文件，如同客户端与站直接通信；写入过程中即可用
 Wireshark 打开：
 
   gqtool trace --listen 5001 --pcap FILE 127.0.0.1:5000
   tshark -r FILE -d tcp.port==5000,gqframe
 
---record 写出录制文件，&apos;gqtool station --replay&apos; 据此按站的方式应答。</translation>
+--record 生成录制文件，供 &apos;gqtool station --replay&apos; 像原来的站一样应答。</translation>
     </message>
     <message>
         <source>listen on PORT; 0 means a free port</source>
-        <translation>监听 PORT；0 表示任一空闲端口</translation>
+        <translation>监听端口；0 表示由系统选择空闲端口</translation>
     </message>
     <message>
         <source>listen on ADDRESS (default: 127.0.0.1)</source>
-        <translation>监听 ADDRESS（默认：127.0.0.1）</translation>
+        <translation>监听地址（默认为 127.0.0.1）</translation>
     </message>
     <message>
         <source>relay datagrams instead of connections</source>
@@ -2447,11 +2447,11 @@ Wireshark 打开：
     </message>
     <message>
         <source>also write all packets to FILE, for Wireshark</source>
-        <translation>同时把所有数据包写入 FILE，供 Wireshark 使用</translation>
+        <translation>所有数据包同时写入抓包文件 FILE，供 Wireshark 使用</translation>
     </message>
     <message>
         <source>also write the lines of --json to FILE, with up to 4 MiB of each payload</source>
-        <translation>同时把 --json 的各行写入 FILE，每个净荷最多 4 MiB</translation>
+        <translation>--json 的各行同时写入录制文件 FILE，每个净荷最多 4 MiB</translation>
     </message>
     <message>
         <source>show commands and payloads by the map of commands in FILE</source>
@@ -2459,15 +2459,11 @@ Wireshark 打开：
     </message>
     <message>
         <source>print each line as a JSON object, with up to 65536 bytes of a payload in hex</source>
-        <translation>每行打印为 JSON 对象，净荷最多 65536 字节，十六进制</translation>
+        <translation>每行输出为一个 JSON 对象，净荷为十六进制，最多 65536 字节</translation>
     </message>
     <message>
         <source>the station: a name or a dotted IPv4 address, and a port</source>
-        <translation>站：主机名或点分 IPv4 地址，加端口</translation>
-    </message>
-    <message>
-        <source>--listen PORT and one HOST:PORT are required</source>
-        <translation>必须给出 --listen PORT 和一个 HOST:PORT</translation>
+        <translation>站：主机名或点分十进制 IPv4 地址，加端口</translation>
     </message>
     <message>
         <source>cannot listen on %1: %2</source>
@@ -2566,13 +2562,13 @@ printed, and the exit code is 1.
   gqtool wave --raw --file WAVE --svg part.svg --from 5000 --to 5999
 
 In the picture, dashed lines show those marks that are valid sample numbers.</source>
-        <translation>打印存储的波形的波形头和标记，以及采样值的个数、最小值、最大值和平均值。NaN 和无穷大只计个数。
-若库的读取函数拒绝该波形，则打印波形头和原因，退出码为 1。
+        <translation>输出存储的波形的波形头和标记，以及采样值的个数、最小值、最大值和平均值。NaN 和无穷大只计个数。如果库的
+读取函数拒绝该波形，则输出波形头和拒绝的原因，退出码为 1。
 
   gqtool wave --raw --file WAVE --svg wave.svg
   gqtool wave --raw --file WAVE --svg part.svg --from 5000 --to 5999
 
-图中的虚线表示作为采样序号有效的标记。</translation>
+图中的虚线表示值为有效采样序号的标记。</translation>
     </message>
     <message>
         <source>--from and --to require samples, the wave has none</source>
@@ -2583,24 +2579,20 @@ In the picture, dashed lines show those marks that are valid sample numbers.</so
         <translation>--%1 最大为 %2，即最后一个采样值，实际为 %3</translation>
     </message>
     <message>
-        <source>write the samples to FILE, one &apos;number,value&apos; per line; - means standard output</source>
-        <translation>把采样值写入 FILE，每行一个 &apos;number,value&apos;；- 表示标准输出</translation>
-    </message>
-    <message>
         <source>draw the samples to FILE, with every spike; - means standard output</source>
-        <translation>把采样值绘制到 FILE，保留每个尖峰；- 表示标准输出</translation>
+        <translation>将采样值绘制成 SVG 图，写入 FILE，保留每个尖峰；- 表示标准输出</translation>
     </message>
     <message>
         <source>write and draw the samples from NUMBER on (default: 0, the first)</source>
-        <translation>从序号 NUMBER 的采样值起写入和绘制（默认：0，第一个）</translation>
+        <translation>从序号 NUMBER 的采样值开始写入和绘制（默认为 0，即第一个）</translation>
     </message>
     <message>
         <source>write and draw the samples up to NUMBER (default: the last)</source>
-        <translation>写入和绘制到序号 NUMBER 的采样值为止（默认：最后一个）</translation>
+        <translation>到序号 NUMBER 的采样值为止（默认为最后一个）</translation>
     </message>
     <message>
         <source>--json, --csv - and --svg - exclude each other: each prints to standard output</source>
-        <translation>--json、--csv - 和 --svg - 不能同时使用：它们都打印到标准输出</translation>
+        <translation>--json、--csv - 和 --svg - 不能同时使用：它们都写到标准输出</translation>
     </message>
     <message>
         <source>--from and --to require --csv or --svg</source>
@@ -2612,7 +2604,7 @@ In the picture, dashed lines show those marks that are valid sample numbers.</so
     </message>
     <message>
         <source>refused: %1</source>
-        <translation>拒绝：%1</translation>
+        <translation>库拒绝该波形：%1</translation>
     </message>
     <message>
         <source>%1 samples</source>
@@ -2890,8 +2882,8 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
 
 命令：
 %1
-&apos;gqtool COMMAND --help&apos; 说明一个命令，&apos;gqtool --version&apos; 打印版本。
---lang LANG 以 LANG 打印文字：en 或 zh（默认：按区域设置）。
+用 &apos;gqtool COMMAND --help&apos; 查看命令的说明，用 &apos;gqtool --version&apos; 查看版本。
+--lang LANG 指定消息的语言：en 或 zh（默认按区域设置）。
 退出码：0 成功，1 请求失败或数据无效，2 用法错误。</translation>
     </message>
     <message>
@@ -2940,7 +2932,7 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     </message>
     <message>
         <source>&apos;%1&apos; may have its bytes in reverse order, as of xxd -e; use xxd -g 1</source>
-        <translation>&apos;%1&apos; 的字节次序可能相反，如 xxd -e 所打印；请用 xxd -g 1</translation>
+        <translation>&apos;%1&apos; 的字节次序可能相反，例如 xxd -e 的输出；请用 xxd -g 1</translation>
     </message>
     <message>
         <source>[%1] is longer than gqtool decodes</source>
@@ -2961,6 +2953,134 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     <message>
         <source>%1, %2</source>
         <translation>%1，%2</translation>
+    </message>
+    <message>
+        <source>%1 %2</source>
+        <translation>%1 次%2</translation>
+    </message>
+    <message>
+        <source>value</source>
+        <translation>值</translation>
+    </message>
+    <message>
+        <source>array</source>
+        <translation>数组</translation>
+    </message>
+    <message>
+        <source>object</source>
+        <translation>对象</translation>
+    </message>
+    <message>
+        <source>object key</source>
+        <translation>对象的键</translation>
+    </message>
+    <message>
+        <source>object separator</source>
+        <translation>键后的冒号</translation>
+    </message>
+    <message>
+        <source>true literal</source>
+        <translation>true</translation>
+    </message>
+    <message>
+        <source>false literal</source>
+        <translation>false</translation>
+    </message>
+    <message>
+        <source>null literal</source>
+        <translation>null</translation>
+    </message>
+    <message>
+        <source>string literal</source>
+        <translation>字符串</translation>
+    </message>
+    <message>
+        <source>number literal</source>
+        <translation>数值</translation>
+    </message>
+    <message>
+        <source>&apos;[&apos;, &apos;{&apos;, or a literal</source>
+        <translation>值</translation>
+    </message>
+    <message>
+        <source>end of input</source>
+        <translation>输入结束</translation>
+    </message>
+    <message>
+        <source>invalid BOM; must be 0xEF 0xBB 0xBF if given</source>
+        <translation>BOM 无效，只能是 0xEF 0xBB 0xBF</translation>
+    </message>
+    <message>
+        <source>invalid literal</source>
+        <translation>字面值无效</translation>
+    </message>
+    <message>
+        <source>invalid number; expected digit after &apos;-&apos;</source>
+        <translation>数值无效，&apos;-&apos; 之后应为数字</translation>
+    </message>
+    <message>
+        <source>invalid number; expected digit after &apos;.&apos;</source>
+        <translation>数值无效，&apos;.&apos; 之后应为数字</translation>
+    </message>
+    <message>
+        <source>invalid number; expected &apos;+&apos;, &apos;-&apos;, or digit after exponent</source>
+        <translation>数值无效，指数符号 e 之后应为 &apos;+&apos;、&apos;-&apos; 或数字</translation>
+    </message>
+    <message>
+        <source>invalid number; expected digit after exponent sign</source>
+        <translation>数值无效，指数的正负号之后应为数字</translation>
+    </message>
+    <message>
+        <source>invalid string: &apos;\u&apos; must be followed by 4 hex digits</source>
+        <translation>字符串无效，&apos;\u&apos; 之后应为 4 位十六进制数字</translation>
+    </message>
+    <message>
+        <source>invalid string: forbidden character after backslash</source>
+        <translation>字符串无效，反斜杠之后的字符不合法</translation>
+    </message>
+    <message>
+        <source>invalid string: ill-formed UTF-8 byte</source>
+        <translation>字符串无效，有不合法的 UTF-8 字节</translation>
+    </message>
+    <message>
+        <source>invalid string: missing closing quote</source>
+        <translation>字符串缺少结束引号</translation>
+    </message>
+    <message>
+        <source>invalid string: surrogate U+D800..U+DBFF must be followed by U+DC00..U+DFFF</source>
+        <translation>字符串无效，代理码元 U+D800..U+DBFF 之后应为 U+DC00..U+DFFF</translation>
+    </message>
+    <message>
+        <source>invalid string: surrogate U+DC00..U+DFFF must follow U+D800..U+DBFF</source>
+        <translation>字符串无效，代理码元 U+DC00..U+DFFF 之前应为 U+D800..U+DBFF</translation>
+    </message>
+    <message>
+        <source>invalid string: control character %1 must be escaped to %2</source>
+        <translation>字符串无效，控制字符 %1 应转义为 %2</translation>
+    </message>
+    <message>
+        <source>line %1, column %2: syntax error while parsing %3 - unexpected %4; expected %5</source>
+        <translation>第 %1 行第 %2 列：JSON 语法错误，正在解析%3，应为：%5，实际为：%4</translation>
+    </message>
+    <message>
+        <source>line %1, column %2: syntax error while parsing %3 - %4; last read: &apos;%5&apos;</source>
+        <translation>第 %1 行第 %2 列：JSON 语法错误，正在解析%3，%4，最后读到：&apos;%5&apos;</translation>
+    </message>
+    <message>
+        <source>line %1, column %2: syntax error while parsing %3 - %4; last read: &apos;%5&apos;; expected %6</source>
+        <translation>第 %1 行第 %2 列：JSON 语法错误，正在解析%3，%4，最后读到：&apos;%5&apos;，应为：%6</translation>
+    </message>
+    <message>
+        <source>number overflow parsing &apos;%1&apos;</source>
+        <translation>数值 &apos;%1&apos; 超出范围</translation>
+    </message>
+    <message>
+        <source>write the samples as a table to FILE, &apos;sample,value&apos; in its first line; - means standard output</source>
+        <translation>将采样值以表格形式写入 FILE，首行为 &apos;sample,value&apos;；- 表示标准输出</translation>
+    </message>
+    <message>
+        <source>%1 or %2</source>
+        <translation>%1 或 %2</translation>
     </message>
 </context>
 </TS>

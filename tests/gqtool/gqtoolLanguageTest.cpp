@@ -127,6 +127,23 @@ TEST(GqtoolLanguage, keepsTheColumnsOfOptions)
     }
 }
 
+// Neither a mark that ends a clause begins a line, nor is a line left for a character or two.
+TEST(GqtoolLanguage, breaksLinesOfHelpWhereReadersExpectIt)
+{
+    const QString closing = QString::fromUtf8("，。；：、）”！？");
+    const int leastColumns = 6; // the headings
+    for (const QString& command : QStringList{""} + subCommands) {
+        for (const QString& line :
+             runInChinese((command + " --help").split(' ', Qt::SkipEmptyParts)).output.split('\n')) {
+            const QString text = line.trimmed();
+            if (text.isEmpty())
+                continue;
+            EXPECT_FALSE(closing.contains(text[0])) << line.toStdString();
+            EXPECT_GE(columnsOf(text), leastColumns) << line.toStdString();
+        }
+    }
+}
+
 TEST(GqtoolLanguage, isThatOfErrors)
 {
     EXPECT_EQ(runInChinese({}).errors, "gqtool: 没有给出命令\ngqtool: 见 'gqtool --help'\n");
@@ -143,18 +160,92 @@ TEST(GqtoolLanguage, isThatOfErrors)
               "gqtool: --port 必须是 0 到 65535 的整数，实际为 '70000'\ngqtool: 见 'gqtool station --help'\n");
     EXPECT_EQ(runInChinese({"decode", "--as", "boolData", "--file", "/nowhere"}).errors,
               "gqtool: 无法读取 /nowhere：没有该文件或目录\n");
-    EXPECT_EQ(runInChinese({"sum", "0g"}).errors, "gqtool: BYTES: 第 1 行第 2 列：'g' 不是十六进制数字\n");
+    EXPECT_EQ(runInChinese({"sum", "0g"}).errors, "gqtool: BYTES：第 1 行第 2 列：'g' 不是十六进制数字\n");
     const InputFile wrong(R"({"as": "intRealDatas", "value": [{"pointId": -1}]})");
     EXPECT_TRUE(runInChinese({"encode", wrong.path})
-                    .errors.contains(": value[0].pointId 必须是 0 到 4294967295 的整数，实际为 -1\n"));
+                    .errors.contains("：value[0].pointId 必须是 0 到 4294967295 的整数，实际为 -1\n"));
+}
+
+// A place that programs read, FILE:LINE, is as in English.
+TEST(GqtoolLanguage, punctuatesErrorsInFullWidth)
+{
+    const QString empty = runProgram("sh", {"-c", "\"$0\" --lang zh encode </dev/null", GQTOOL}).errors;
+    EXPECT_TRUE(empty.startsWith("gqtool: 标准输入：第 1 行第 ")) << empty.toStdString();
+    const InputFile commands("[]");
+    EXPECT_EQ(runInChinese({"station", "--commands", commands.path}).errors,
+              "gqtool: " + commands.path + "：必须是 JSON 对象，实际为 []\n");
+    const InputFile map("0x35 9values int int\n");
+    EXPECT_EQ(runInChinese({"call", "--map", map.path, "127.0.0.1:1", "values"}).errors,
+              "gqtool: " + map.path + ":1: NAME 必须以字母开头，其后为字母、数字、'_'、'.' 或 '-'，实际为 '9values'\n");
+}
+
+TEST(GqtoolLanguage, isThatOfErrorsInJson)
+{
+    const struct {
+        const char* text;
+        const char* message;
+    } documents[] = {
+        {"{\"as\": \"intDatas\",\n 1}", "第 2 行第 2 列：JSON 语法错误，正在解析对象的键，应为：字符串，实际为：数值"},
+        {"{\"as\" 1", "第 1 行第 7 列：JSON 语法错误，正在解析键后的冒号，应为：':'，实际为：数值"},
+        {"{\"as\": \"intDatas\" true", "第 1 行第 22 列：JSON 语法错误，正在解析对象，应为：'}'，实际为：true"},
+        {"{\"as\": [1", "第 1 行第 10 列：JSON 语法错误，正在解析数组，应为：']'，实际为：输入结束"},
+        {"{\"as\": ]", "第 1 行第 8 列：JSON 语法错误，正在解析值，应为：值，实际为：']'"},
+        {"{\"as\": nul", "第 1 行第 11 列：JSON 语法错误，正在解析值，字面值无效，最后读到：'\"as\": nul'"},
+        {"{\"as\": \"intDatas\" x",
+         "第 1 行第 19 列：JSON 语法错误，正在解析对象，字面值无效，最后读到：'\"intDatas\" x'，应为：'}'"},
+        {"{\"as\": \"a\tb\"}", "第 1 行第 10 列：JSON 语法错误，正在解析值，字符串无效，控制字符 U+0009 (HT) "
+                               "应转义为 \\u0009 或 \\t，最后读到：'\"a<U+0009>'"},
+        {"{\"as\": 1e999}", "数值 '1e999' 超出范围"},
+    };
+    for (const auto& document : documents) {
+        const InputFile file(document.text);
+        const Outcome outcome = runInChinese({"encode", file.path});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.errors, "gqtool: " + file.path + "：" + document.message + '\n');
+    }
+    const InputFile commands("{\"commands\": [\n1 2]}");
+    EXPECT_EQ(runInChinese({"station", "--commands", commands.path}).errors,
+              "gqtool: " + commands.path + "：第 2 行第 3 列：JSON 语法错误，正在解析数组，应为：']'，实际为：数值\n");
+    const InputFile number("{\"commands\":\n 1e999\n}");
+    EXPECT_EQ(runInChinese({"station", "--commands", number.path}).errors,
+              "gqtool: " + number.path + "：第 2 行：数值 '1e999' 超出范围\n");
 }
 
 TEST(GqtoolLanguage, isThatOfADecoding)
 {
     const Outcome decoded = runInChinese({"decode", "--as", "boolData", "01 10270000 fa000000"});
     EXPECT_EQ(decoded.exitCode, 1);
-    EXPECT_TRUE(decoded.output.endsWith("库：-5，过短\n")) << decoded.output.toStdString();
+    EXPECT_TRUE(decoded.output.endsWith("库的读取结果：-5（字节数不足）\n")) << decoded.output.toStdString();
     EXPECT_TRUE(decoded.errors.contains("字节 9：flag1 需要 1 字节，但只剩 0 字节\n")) << decoded.errors.toStdString();
+}
+
+TEST(GqtoolLanguage, isThatOfACheckedSum)
+{
+    EXPECT_EQ(runInChinese({"sum", "--check", "crc", "01 03 00 00 00 0a c5 cd"}).output,
+              "校验正确：c5 cd（CRC-16，低字节在前）\n");
+    EXPECT_EQ(runInChinese({"sum", "--check", "sum", "01 02 04"}).output, "校验错误：末尾为 04（字节和），应为 03\n");
+}
+
+TEST(GqtoolLanguage, isThatOfTimeCodes)
+{
+    const QString list = runInChinese({"time", "--list", "--base", "0", "--zone", "UTC"}).output;
+    EXPECT_TRUE(list.startsWith("基准时间  1970-01-01 00:00:00+00:00 (0)\n1：当日起点\n")) << list.toStdString();
+    EXPECT_TRUE(list.contains("\n3 到 33：N 天之前当天的起点（N = 时间码 - 2）\n")) << list.toStdString();
+    const QString code = runInChinese({"time", "2", "--base", "0", "--zone", "UTC"}).output;
+    EXPECT_TRUE(code.startsWith("时间码   2\n基准时间 1970-01-01 00:00:00+00:00 (0)\n")) << code.toStdString();
+    EXPECT_TRUE(code.contains("\n文本     当日终点\n")) << code.toStdString();
+}
+
+TEST(GqtoolLanguage, isThatOfRepeatedCalls)
+{
+    const RunningStation station;
+    const Outcome outcome = runInChinese({"call", station.endpoint, "--repeat", "2", "error", "-7"});
+    EXPECT_TRUE(
+        outcome.output.startsWith("请求数      2\n"
+                                  "失败数      2\n"
+                                  "            2 次失败，结果 -7（error-frame）：服务器自身的错误码，来自错误帧\n"
+                                  "每秒请求数  "))
+        << outcome.output.toStdString();
 }
 
 TEST(GqtoolLanguage, isThatOfAProbe)

@@ -327,7 +327,12 @@ TEST(GqtoolTraceUdp, reportsThatARouterProhibitsTheWay)
 
 TEST(GqtoolTrace, requiresAPortAndAStation)
 {
+    EXPECT_TRUE(run({"trace", "--help"}).output.startsWith("Usage: gqtool trace [OPTIONS] HOST:PORT\n"));
+    EXPECT_EQ(run({"trace", "127.0.0.1:5000"}).errors,
+              "gqtool: --listen PORT is required\ngqtool: see 'gqtool trace --help'\n");
     EXPECT_EQ(run({"trace", "127.0.0.1:5000"}).exitCode, 2);
+    EXPECT_EQ(run({"trace", "--listen", "0"}).errors,
+              "gqtool: HOST:PORT is required\ngqtool: see 'gqtool trace --help'\n");
     EXPECT_EQ(run({"trace", "--listen", "0"}).exitCode, 2);
     EXPECT_EQ(run({"trace", "--listen", "65536", "127.0.0.1:5000"}).exitCode, 2);
     EXPECT_EQ(run({"trace", "--listen", "0", "local host:5000"}).exitCode, 2);

@@ -16,7 +16,8 @@
 #include <utility>
 
 static const int helpWidth = 79;
-static const int nameWidth = 22; // of an option and its value in the help, with the blanks around them
+static const int nameWidth = 22;    // of an option and its value in the help, with the blanks around them
+static const int leastColumns = 10; // of the last line of several, if that is possible
 
 // --- Values -------------------------------------------------------------------------------------------------------
 
@@ -66,10 +67,10 @@ static bool canBreak(const QTextBoundaryFinder& finder, const QString& text, int
            (text[pos - 1] == ' ' || text[pos - 1].unicode() > lastLatin || text[pos].unicode() > lastLatin);
 }
 
-// Returns the text with line feeds, so that its lines fit next to the names.
-static QString wrapped(const QString& text)
+// Returns the text in lines of at most that many columns.
+static QStringList wrapped(const QString& text, int columns)
 {
-    QString lines;
+    QStringList lines;
     int start = 0;
     int end = 0; // of the part that fits into the line
     QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
@@ -77,13 +78,26 @@ static QString wrapped(const QString& text)
         finder.setPosition(pos);
         if (pos < text.size() && !canBreak(finder, text, pos))
             continue;
-        if (end > start && columnsOf(text.mid(start, pos - start).trimmed()) > helpWidth - nameWidth) {
-            lines += text.mid(start, end - start).trimmed() + '\n';
+        if (end > start && columnsOf(text.mid(start, pos - start).trimmed()) > columns) {
+            lines += text.mid(start, end - start).trimmed();
             start = end;
         }
         end = pos;
     }
-    return lines + text.mid(start);
+    return lines << text.mid(start);
+}
+
+// Returns the text with line feeds, so that its lines fit next to the names. No line is left for a few characters.
+static QString wrapped(const QString& text)
+{
+    const int widest = helpWidth - nameWidth;
+    const QStringList lines = wrapped(text, widest);
+    for (int columns = widest; columns > widest - leastColumns; --columns) {
+        const QStringList narrower = wrapped(text, columns);
+        if (columnsOf(narrower.constLast()) >= leastColumns && narrower.size() == lines.size())
+            return narrower.join('\n');
+    }
+    return lines.join('\n');
 }
 
 // Prints the usage before the description, and wraps what options mean.

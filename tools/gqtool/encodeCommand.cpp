@@ -51,7 +51,7 @@ static bool encode(FileSource& source, DocumentEncoder& encoder)
     else
         encoder.fail({syntaxError});
     for (const QString& line : encoder.errors())
-        printError(source.name() + ": " + line);
+        printError(Text::tr("%1: %2").arg(source.name(), line));
     if (encoder.otherErrors() > 0)
         printError(moreErrorsText(encoder.otherErrors()));
     return encoder.errors().isEmpty();

@@ -41,7 +41,9 @@ public:
     QString error() const override
     {
         const QString reason = text->error();
-        return reason.isEmpty() && reader.error().isSet() ? name + ": " + reader.error().message() : reason;
+        return reason.isEmpty() && reader.error().isSet()
+                   ? QString(Text::tr("%1: %2").arg(name, reader.error().message()))
+                   : reason;
     }
     long long done() const override { return text->done(); }
     long long total() const override { return text->total(); }

@@ -122,7 +122,7 @@ static void printEnd(int code, unsigned int base)
 
 static void printNumberLine(unsigned int base)
 {
-    printLine(padded(Text::tr("base"), 6) + momentText(base));
+    printLine(Text::tr("base") + QString("  ") + momentText(base));
     for (const Family& family : families) {
         const bool isOneCode = family.first == family.last;
         const Text meaning = Text::tr(family.meaning);

@@ -61,13 +61,13 @@ int runTrace(const QStringList& arguments)
     const Option json =
         line.flag("json", Text::tr("print each line as a JSON object, with up to 65536 bytes of a payload in hex"));
     const Option server =
-        line.optionalArgument("HOST:PORT", Text::tr("the station: a name or a dotted IPv4 address, and a port"));
+        line.requiredArgument("HOST:PORT", Text::tr("the station: a name or a dotted IPv4 address, and a port"));
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
 
-    if (!server.isSet() || !listen.isSet())
-        return usageError(Text::tr("--listen PORT and one HOST:PORT are required"));
+    if (!listen.isSet())
+        return usageError(Text::tr("%1 is required").arg("--listen PORT"));
     Endpoint endpoint;
     const QString endpointError = readEndpoint(server.text(), endpoint);
     if (!endpointError.isEmpty())

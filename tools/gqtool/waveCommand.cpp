@@ -296,7 +296,9 @@ int runWave(const QStringList& arguments)
     CommandLine line(Text::tr(description));
     const Input input(line);
     const Option csv = line.text(
-        "csv", Text::tr("write the samples to FILE, one 'number,value' per line; - means standard output"), "FILE");
+        "csv",
+        Text::tr("write the samples as a table to FILE, 'sample,value' in its first line; - means standard output"),
+        "FILE");
     const Option svg =
         line.text("svg", Text::tr("draw the samples to FILE, with every spike; - means standard output"), "FILE");
     const Option from = line.integer(
@@ -338,7 +340,8 @@ int runWave(const QStringList& arguments)
                              : Text::tr("samples %1 to %2 of %3").arg(part.from).arg(part.to).arg(wave.samples.size());
     const bool isWritten =
         (!csv.isSet() || writeTable(csv.text(), samples, part.from)) &&
-        (!svg.isSet() || writePicture(svg.text(), samples,
-                                      {QFileInfo(input.source()).fileName() + ": " + size, part.from, wave.marks}));
+        (!svg.isSet() ||
+         writePicture(svg.text(), samples,
+                      {Text::tr("%1: %2").arg(QFileInfo(input.source()).fileName(), size), part.from, wave.marks}));
     return isWritten ? exitGood : exitFailed;
 }

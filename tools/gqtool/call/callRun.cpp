@@ -141,7 +141,7 @@ static void printTally(const Tally& tally)
     printFigure(Text::tr("requests"), QString::number(tally.requests));
     printFigure(Text::tr("failures"), QString::number(tally.failed()));
     for (auto failure = tally.failures.cbegin(); failure != tally.failures.cend(); ++failure)
-        printLine(QString("            %1 %2").arg(failure.value()).arg(failure.key()));
+        printLine("            " + Text::tr("%1 %2").arg(QString::number(failure.value()), failure.key()));
     printFigure(Text::tr("per second"), QString::number(tally.perSecond(), 'f', 1));
     if (tally.times.empty())
         return;

@@ -45,7 +45,7 @@ bool readMapped(const MappedCommand& command, const QStringList& words, CallRequ
         HexError wrong;
         if (readHex(words.join(' ').toUtf8(), request.payload, wrong))
             return true;
-        error = command.name + ": " + wrong.message();
+        error = Text::tr("%1: %2").arg(command.name, wrong.message());
         return false;
     }
     const int wanted = command.request == "-" ? 0 : command.request == "int" ? 1 : 2;

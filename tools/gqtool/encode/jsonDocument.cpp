@@ -1,4 +1,5 @@
 #include "jsonDocument.h"
+#include "gqtool/jsonError.h"
 #include "shared/text.h"
 
 #include <istream>
@@ -72,10 +73,7 @@ public:
     }
     bool parse_error(size_t, const std::string&, const std::exception& exception)
     {
-        // "[json.exception.parse_error.101] parse error at line 2, column 11: syntax error while ..."
-        QString text = exception.what();
-        text = text.mid(text.indexOf("] ") + 2);
-        error = text.startsWith("parse error at ") ? text.mid(15) : text;
+        error = jsonErrorText(exception.what());
         return false;
     }
     // NOLINTEND(readability-identifier-naming)

@@ -278,11 +278,11 @@ bool CommandAnswers::read(QStringList& errors)
     }
     LocatedJson json;
     if (!json.parse(text, error)) {
-        errors = QStringList{path + ": " + error};
+        errors = QStringList{Text::tr("%1: %2").arg(path, error)};
         return false;
     }
     if (!json.value().isObject()) {
-        errors = QStringList{path + ": " + Text::tr("must be a JSON object") + gotText(json.value())};
+        errors = QStringList{Text::tr("%1: %2").arg(path, Text::tr("must be a JSON object") + gotText(json.value()))};
         return false;
     }
     CommandFileReader reader(path, json);

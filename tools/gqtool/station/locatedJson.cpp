@@ -1,4 +1,5 @@
 #include "locatedJson.h"
+#include "gqtool/jsonError.h"
 #include "shared/text.h"
 
 #include <QJsonArray>
@@ -80,10 +81,10 @@ public:
     }
     bool parse_error(std::size_t /*at*/, const std::string& /*token*/, const json::exception& exception) override
     {
-        const QString text = QString::fromStdString(exception.what());
-        error = text.section("parse error at ", 1);
-        if (error.isEmpty()) // a number beyond the range of double
-            error = Text::tr("line %1: %2").arg(lineOfNumber()).arg(text.section("] ", 1));
+        const int syntaxError = 101; // the other one is a number beyond the range of double
+        error = jsonErrorText(exception.what());
+        if (exception.id != syntaxError)
+            error = Text::tr("line %1: %2").arg(lineOfNumber()).arg(error);
         return false;
     }
 
