@@ -160,6 +160,7 @@ inline int CReturningTcpClient::recvDatas(int& len)
 // among them are not recognised; use TCP for such lists.
 class CReturningUdpClient : public CUdpAPI {
 public:
+    // Opens no socket yet.
     CReturningUdpClient(const std::string& host, int port, int timeoutMs)
     {
         serverHost = host;
@@ -186,7 +187,8 @@ public:
     }
 
 protected:
-    using CUdpAPI::connect; // ready() replaces them
+    // ready() replaces these.
+    using CUdpAPI::connect;
     using CUdpAPI::connectServer;
 
 private:

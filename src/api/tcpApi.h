@@ -81,7 +81,7 @@ public:
 
     // Sends the frame unchanged, with one send(2). Returns -1 if it is empty.
     int sendDatas(const QByteArray& frame);
-    int sendDatas(unsigned char command); // no payload
+    int sendDatas(unsigned char command); // sends a frame without a payload
     // Send a frame with the standard payload.
     int sendInt(unsigned char command, int value);
     int sendInts(unsigned char command, const std::vector<int>& values);

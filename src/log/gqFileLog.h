@@ -10,8 +10,8 @@
 // A buffered text log. info() queues a record in memory; only save() writes to the disk, and only when the application
 // calls it.
 //
-// The file is UTF-8 text with one line for each record: the prefix "<hh:mm:ss.mmm> " (unless switched off; no date; in
-// the time zone that is set when save() runs), the message, and "\n". Once an object has saved 30000 records since
+// The file is UTF-8 text with one line for each record: the prefix `<hh:mm:ss.mmm>` and a blank (unless switched off; no
+// date; in the time zone that is set when save() runs), the message, and `\n`. Once an object has saved 30000 records since
 // init(), the file is renamed to its name with ".bak" appended, replacing an older one, and the next save() begins a
 // new file. Records that are already in the file, or that other objects save, are not counted: such a file grows
 // longer, and if programs restart before 30000 records it grows without limit. If the renaming fails, the older ".bak"
@@ -48,7 +48,7 @@ public:
     bool clear();
 
     // Queue a record with the current second and 0 milliseconds, or with the given time. If a message contains a NUL,
-    // the rest of it and the line end are not written: the next record follows on the same line. A "\n" in a message is
+    // the rest of it and the line end are not written: the next record follows on the same line. A `\n` in a message is
     // written unchanged.
     void info(const QString& text);
     void info(const QString& text, unsigned int seconds, unsigned int milliseconds);
