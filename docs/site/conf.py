@@ -36,6 +36,7 @@ html_title = f"gqLib {version}"
 html_static_path = ["gqlib.css"]
 html_css_files = ["gqlib.css"]
 html_copy_source = False
+html_search_scorer = str(root / "docs/site/searchScorer.js")
 html_show_sphinx = False
 html_show_copyright = False
 html_last_updated_fmt = None

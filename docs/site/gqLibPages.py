@@ -58,7 +58,7 @@ class RepositoryLinks(SphinxTransform):
 
 
 class SearchWords(SphinxTransform):
-    """Makes search find the words of the comments '<!-- search: WORD, WORD -->'. Runs before Sphinx translates."""
+    """Makes search find the words of the comments '<!-- search: TERM, TERM -->'. Runs before Sphinx translates."""
 
     default_priority = 10
 
@@ -66,7 +66,23 @@ class SearchWords(SphinxTransform):
         for comment in list(self.document.findall(nodes.raw)):
             words = re.match(r"<!-- search: (.*) -->$", comment.astext().strip(), re.S)
             if words:
-                comment.replace_self(nodes.meta("", name="keywords", content=", ".join(re.findall(r"\w+", words[1]))))
+                meta = nodes.meta("", name="keywords", content=", ".join(re.findall(r"\w+", words[1])))
+                meta["terms"] = re.split(r",\s*", words[1])
+                comment.replace_self(meta)
+
+
+class SearchTerms(SphinxTransform):
+    """Puts the terms of the comments into the index, which search ranks above the texts. Runs after the translation."""
+
+    default_priority = 25
+
+    def apply(self, **kwargs):
+        for meta in list(self.document.findall(nodes.meta)):
+            terms = meta.attributes.pop("terms", [])
+            if self.config.language != "en":
+                terms = [*terms, *re.split(r"\s*[,，、]\s*", meta["content"])]
+            entries = [("single", term, "", "", None) for term in dict.fromkeys(terms) if term]
+            meta.parent.insert(meta.parent.index(meta), addnodes.index(entries=entries))
 
 
 class Listings(SphinxTransform):
@@ -317,7 +333,7 @@ def prepare(app):
 
 
 def setup(app):
-    for transform in (SearchWords, RepositoryLinks, Listings, DeclarationPages):
+    for transform in (SearchWords, SearchTerms, RepositoryLinks, Listings, DeclarationPages):
         app.add_transform(transform)
     app.set_translator("html", Translator)
     app.connect("builder-inited", prepare)
