@@ -214,10 +214,10 @@ TEST(EnglishTexts, printsACodeInBothLanguages)
 TEST(Examples, printTheirUsage)
 {
     for (const char* name :
-         {"boundedRequest", "canListener",   "childProgram", "epollClient",  "framesByHand",      "framesByLibrary",
-          "gbkTexts",       "hostNames",     "manySockets",  "modbusPoll",   "multicastReceiver", "multicastSender",
-          "pointClient",    "promptSocket",  "qtClient",     "relativeTime", "returningClient",   "savedLog",
-          "sendAll",        "setServerTime", "silentClient", "udpClient"}) {
+         {"boundedRequest", "canListener",    "childProgram",  "epollClient",  "framesByHand",      "framesByLibrary",
+          "gbkTexts",       "hostNames",      "manySockets",   "modbusPoll",   "multicastReceiver", "multicastSender",
+          "pointClient",    "pollingService", "promptSocket",  "qtClient",     "relativeTime",      "returningClient",
+          "savedLog",       "sendAll",        "setServerTime", "silentClient", "udpClient"}) {
         const Outcome outcome = runProgram(example(name), {});
         EXPECT_EQ(outcome.exitCode, 2);
         EXPECT_TRUE(outcome.errors.startsWith(QString("usage: %1 ").arg(name))) << outcome.errors.toStdString();

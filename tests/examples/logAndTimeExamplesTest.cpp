@@ -4,6 +4,11 @@
 #include "support/logFolder.h"
 #include "support/timeZone.h"
 
+#include <QFile>
+#include <QThread>
+
+#include <memory>
+
 static QString example(const char* name)
 {
     return QString(EXAMPLES) + "/" + name;
@@ -33,6 +38,63 @@ TEST_F(SavedLog, reportsThatItCannotBeWritten)
     const Outcome outcome = runProgram(example("savedLog"), {file, "10"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "savedLog: cannot write " + file + "\n");
+}
+
+class PollingService : public LogFolder {
+protected:
+    // Starts the service against a station, and waits until it has asked for the values twice.
+    std::unique_ptr<RunningProgram> startAgainst(RunningStation& station, const QString& point) const
+    {
+        auto service = std::make_unique<RunningProgram>(example("pollingService"),
+                                                        station.endpoint.split(':') + QStringList{path("log"), point});
+        EXPECT_TRUE(station.nextLine().endsWith(" connected"));
+        EXPECT_TRUE(station.nextLine().contains("command 0x35"));
+        EXPECT_TRUE(station.nextLine().contains("command 0x35"));
+        return service;
+    }
+
+    QStringList lines() const { return QString::fromStdString(content("log")).split('\n', Qt::SkipEmptyParts); }
+};
+
+TEST_F(PollingService, savesEveryLineBeforeASignalEndsIt)
+{
+    for (const int signal : {SIGTERM, SIGINT}) {
+        RunningStation station;
+        const auto service = startAgainst(station, "3000"); // a breaker, which is closed
+        EXPECT_EQ(service->end(signal), 0);
+        QStringList texts;
+        for (const QString& line : lines())
+            texts += line.section(' ', 1);
+        ASSERT_GE(texts.size(), 3);
+        EXPECT_EQ(texts.takeLast(), "ended");
+        for (const QString& text : texts)
+            EXPECT_EQ(text, "point 3000: 1");
+        QFile::remove(path("log"));
+    }
+}
+
+TEST_F(PollingService, logsAPointThatTheServerLacks)
+{
+    RunningStation station;
+    EXPECT_EQ(startAgainst(station, "7")->end(), 0);
+    EXPECT_EQ(lines().value(0).section(' ', 1), "no point 7");
+}
+
+TEST_F(PollingService, logsThatThereIsNoServer)
+{
+    RunningProgram service(example("pollingService"), {"host", "5000", path("log"), "1"});
+    while (lines().isEmpty())
+        QThread::msleep(10);
+    EXPECT_EQ(service.end(), 0);
+    EXPECT_EQ(lines().value(0).section(' ', 1), "no values: -1");
+}
+
+TEST_F(PollingService, endsIfTheLogCannotBeWritten)
+{
+    const QString file = path("no folder") + "/log";
+    const Outcome outcome = runProgram(example("pollingService"), {"host", "5000", file, "1"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "pollingService: cannot write " + file + "\n");
 }
 
 TEST(RelativeTime, printsMomentAndText)
