@@ -24,20 +24,8 @@
         <translation>无法把 %1 字节存入临时文件：%2</translation>
     </message>
     <message>
-        <source>a bad frame: its last byte is not 0x16, or its length is wrong, or a text runs past the end of the payload</source>
-        <translation>错误的帧：末字节不是 0x16，或长度不对，或文本超出净荷末尾</translation>
-    </message>
-    <message>
-        <source>a bad frame: its last byte is not 0x16, or its length is wrong</source>
-        <translation>错误的帧：末字节不是 0x16，或长度不对</translation>
-    </message>
-    <message>
         <source>an error frame without a code</source>
         <translation>不含错误码的错误帧</translation>
-    </message>
-    <message>
-        <source>a payload that is shorter than its form</source>
-        <translation>净荷短于其格式的要求</translation>
     </message>
     <message>
         <source>the server&apos;s own code, from an error frame</source>
@@ -60,10 +48,6 @@
         <translation>超时，没有收到完整的应答</translation>
     </message>
     <message>
-        <source>%1, after %2 bytes of it</source>
-        <translation>%1，只收到其中 %2 字节</translation>
-    </message>
-    <message>
         <source>the server closed before its greeting</source>
         <translation>服务器在发送问候帧之前关闭了连接</translation>
     </message>
@@ -72,24 +56,12 @@
         <translation>超时，没有收到问候帧</translation>
     </message>
     <message>
-        <source>a datagram without a complete frame, with %1 bytes of one</source>
-        <translation>数据报中没有完整的帧，只有一帧中的 %1 字节</translation>
-    </message>
-    <message>
         <source>no reply in time</source>
         <translation>超时，没有收到应答</translation>
     </message>
     <message>
         <source>failed with %1: %2: %3</source>
         <translation>失败，结果 %1（%2）：%3</translation>
-    </message>
-    <message>
-        <source>(%1 bytes after the records)</source>
-        <translation>（记录之后还有 %1 字节）</translation>
-    </message>
-    <message>
-        <source>%1: the reply is no %2: %3</source>
-        <translation>%1：应答不是 %2 格式：%3</translation>
     </message>
     <message>
         <source>requests</source>
@@ -856,10 +828,6 @@ code is 1.
         <translation>在记录中，%1</translation>
     </message>
     <message>
-        <source>text %1 of %2 runs past the end of the payload</source>
-        <translation>%2 个文本中的第 %1 个超出净荷末尾</translation>
-    </message>
-    <message>
         <source>the payload has %1 bytes, but its form (%2) needs %3</source>
         <translation>净荷有 %1 字节，但其格式（%2）需要 %3 字节</translation>
     </message>
@@ -984,10 +952,6 @@ code is 1.
         <translation>REPLY 中的格式 &apos;%1&apos; 不存在；用 gqtool decode --list 列出各种格式</translation>
     </message>
     <message>
-        <source>must be COMMAND NAME REQUEST REPLY, got %1 words</source>
-        <translation>必须是 COMMAND NAME REQUEST REPLY，实际有 %1 个词</translation>
-    </message>
-    <message>
         <source>COMMAND %1 is also in line %2</source>
         <translation>COMMAND %1 在第 %2 行已有</translation>
     </message>
@@ -1040,16 +1004,8 @@ code is 1.
         <translation>服务器接受连接，但不发送问候帧</translation>
     </message>
     <message>
-        <source>The server may be hung, or serve one client at a time and have one already, or this is the port of another service.</source>
-        <translation>服务器可能已挂起，或一次只服务一个客户端且已有客户端，或该端口属于其他服务。</translation>
-    </message>
-    <message>
         <source>the server closes the connection</source>
         <translation>服务器关闭连接</translation>
-    </message>
-    <message>
-        <source>The server may refuse this address, be at its limit of connections, or have crashed. Read its log.</source>
-        <translation>服务器可能不接受本机地址、连接数已满，或已崩溃。请查看服务器的日志。</translation>
     </message>
     <message>
         <source>another kind of server listens on this port</source>
@@ -1058,10 +1014,6 @@ code is 1.
     <message>
         <source>Check the port number.</source>
         <translation>请检查端口号。</translation>
-    </message>
-    <message>
-        <source>what comes is not a whole, correct frame</source>
-        <translation>收到的不是完整、正确的帧</translation>
     </message>
     <message>
         <source>Watch the link with &apos;gqtool trace&apos; to see all bytes. A gateway or serial converter on the way may damage them.</source>
@@ -1080,16 +1032,8 @@ code is 1.
         <translation>服务器以错误码应答</translation>
     </message>
     <message>
-        <source>Look the code up in the server&apos;s documentation. If it is an unknown command, use --greeting-only.</source>
-        <translation>请在服务器的文档中查找该错误码。如果是不支持的命令，请使用 --greeting-only。</translation>
-    </message>
-    <message>
         <source>the server does not answer the request</source>
         <translation>服务器不应答请求</translation>
-    </message>
-    <message>
-        <source>The server may be busy: try a longer --timeout. Over UDP, a firewall may drop datagrams, or the server may not run. If it lacks this command, use --greeting-only over TCP.</source>
-        <translation>服务器可能繁忙：请增大 --timeout。使用 UDP 时，数据报可能被防火墙丢弃，或服务器没有运行。如果服务器没有此命令，请改用 TCP 和 --greeting-only。</translation>
     </message>
     <message>
         <source>%1, the first of %2 addresses</source>
@@ -3081,6 +3025,154 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     <message>
         <source>%1 or %2</source>
         <translation>%1 或 %2</translation>
+    </message>
+    <message>
+        <source>no complete frame</source>
+        <translation>没有完整的帧</translation>
+    </message>
+    <message>
+        <source>a frame that ends in 0x%1 instead of 0x16</source>
+        <translation>帧的末字节是 0x%1，而不是 0x16</translation>
+    </message>
+    <message>
+        <source>%1, after %2 of %3 elements</source>
+        <translation>%1，此前已收到 %3 个元素中的 %2 个</translation>
+    </message>
+    <message>
+        <source>%1, after %2 of the %3 bytes of a header</source>
+        <translation>%1，此前已收到帧头 %3 字节中的 %2 字节</translation>
+    </message>
+    <message>
+        <source>%1: the header has a length of %2, and a client takes at most %3</source>
+        <translation>%1：帧头中的长度为 %2，而客户端最多接受 %3</translation>
+    </message>
+    <message>
+        <source>%1, after %2 of the %3 bytes of the frame</source>
+        <translation>%1，此前已收到该帧 %3 字节中的 %2 字节</translation>
+    </message>
+    <message>
+        <source>the request itself came back, as from an echo server</source>
+        <translation>收到的是请求本身，对方像是回显服务器</translation>
+    </message>
+    <message>
+        <source>a datagram without a complete frame</source>
+        <translation>数据报中没有完整的帧</translation>
+    </message>
+    <message>
+        <source>%1 bytes that are no %2</source>
+        <translation>这 %1 字节不是 %2</translation>
+    </message>
+    <message>
+        <source>%1 of the %2 bytes are left over after the %3</source>
+        <translation>%3 之后，%2 字节中还剩 %1 字节</translation>
+    </message>
+    <message>
+        <source>request %1 to %2: warning: %3</source>
+        <translation>发往 %2 的请求 %1：警告：%3</translation>
+    </message>
+    <message>
+        <source>request %1 to %2 %3</source>
+        <translation>发往 %2 的请求 %1 %3</translation>
+    </message>
+    <message>
+        <source> (try gqtool probe %1)</source>
+        <translation>（请试 gqtool probe %1）</translation>
+    </message>
+    <message>
+        <source>warnings</source>
+        <translation>警告</translation>
+    </message>
+    <message>
+        <source>the first: %1</source>
+        <translation>第一个：%1</translation>
+    </message>
+    <message>
+        <source>got none</source>
+        <translation>实际没有给出</translation>
+    </message>
+    <message>
+        <source>got &apos;%1&apos;</source>
+        <translation>实际为 &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>%1, %2; line %3 of the map has the request form %4</source>
+        <translation>%1，%2；命令表第 %3 行的请求格式为 %4</translation>
+    </message>
+    <message>
+        <source>text %1 of %2 needs %3 bytes, but only %4 of the payload&apos;s %5 bytes remain</source>
+        <translation>%2 个文本中的第 %1 个需要 %3 字节，但净荷的 %5 字节只剩 %4 字节</translation>
+    </message>
+    <message>
+        <source>reply of command %1, expected %2</source>
+        <translation>应答的命令为 %1，应为 %2</translation>
+    </message>
+    <message>
+        <source>reply of sequence %1, expected %2</source>
+        <translation>应答的序号为 %1，应为 %2</translation>
+    </message>
+    <message>
+        <source>a line must be &apos;COMMAND NAME REQUEST REPLY&apos;, got &apos;%1&apos;</source>
+        <translation>一行必须是 &apos;COMMAND NAME REQUEST REPLY&apos;，实际为 &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>%1 more error</source>
+        <translation>另有 %1 处错误</translation>
+    </message>
+    <message>
+        <source>%1 more errors</source>
+        <translation>另有 %1 处错误</translation>
+    </message>
+    <message>
+        <source>The server may be hung, or serve one client at a time and have one already, or this is the port of another service. If it is only slow, use a longer --timeout.</source>
+        <translation>服务器可能已挂起，或一次只服务一个客户端且已有客户端，或该端口属于其他服务。若服务器只是缓慢，请增大 --timeout。</translation>
+    </message>
+    <message>
+        <source>The server may refuse this address, be at its limit of connections, or have crashed. Read its log. Or this is the port of another service, such as one with TLS.</source>
+        <translation>服务器可能拒绝本地址、连接数已满或已崩溃。请查看服务器的日志。也可能该端口属于其他服务，例如使用 TLS 的服务。</translation>
+    </message>
+    <message>
+        <source>what comes is not a whole, correct frame, or not the reply to the request</source>
+        <translation>收到的不是完整、正确的帧，或不是对该请求的应答</translation>
+    </message>
+    <message>
+        <source>Look the code up in the server&apos;s documentation.</source>
+        <translation>请在服务器的文档中查找该错误码。</translation>
+    </message>
+    <message>
+        <source>The server may be busy: try a longer --timeout.</source>
+        <translation>服务器可能繁忙：请增大 --timeout。</translation>
+    </message>
+    <message>
+        <source>The server may have crashed on this request, or not accept it. Read its log.</source>
+        <translation>服务器可能因该请求而崩溃，或不接受该请求。请查看服务器的日志。</translation>
+    </message>
+    <message>
+        <source>%1 If the server lacks this command, use --greeting-only.</source>
+        <translation>%1若服务器没有此命令，请使用 --greeting-only。</translation>
+    </message>
+    <message>
+        <source>%1 If it means an unknown command, the link itself works.</source>
+        <translation>%1若该码表示未知命令，则链路本身正常。</translation>
+    </message>
+    <message>
+        <source>%1 Or a firewall drops the datagrams, or the server does not run, or it lacks this command.</source>
+        <translation>%1也可能防火墙丢弃了数据报，或服务器未运行，或服务器没有此命令。</translation>
+    </message>
+    <message>
+        <source>The greeting comes late: use a --timeout of more than %1 ms.</source>
+        <translation>问候帧来得晚：请把 --timeout 设为大于 %1 毫秒。</translation>
+    </message>
+    <message>
+        <source>%1; a greeting of %2 came late, after %3 ms</source>
+        <translation>%1；值为 %2 的问候帧在 %3 毫秒后才到达</translation>
+    </message>
+    <message>
+        <source>The server answers another request, or sends more than one frame for one. A client takes such a frame for the reply.</source>
+        <translation>服务器应答的是另一个请求，或对一个请求发送了多个帧。客户端会把这样的帧当作应答。</translation>
+    </message>
+    <message>
+        <source>no frame: its header has a length of %1, and a client takes at most %2</source>
+        <translation>不是帧：帧头中的长度为 %1，而客户端最多接受 %2</translation>
     </message>
 </context>
 </TS>

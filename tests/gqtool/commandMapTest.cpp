@@ -6,20 +6,20 @@
 
 static std::string errorOf(const QByteArray& text)
 {
-    return CommandMap().add(text).toStdString();
+    return CommandMap().add(text).join('\n').toStdString();
 }
 
 TEST(CommandMap, findsCommandsByNumberAndName)
 {
     CommandMap map;
-    EXPECT_EQ(map.add("# the plant\n"
-                      "\n"
-                      "0x35 currentValues int bytes:pointRealDatas # of all tanks\n"
-                      "\t54\twave  hex bytes\r\n"
-                      "0 stop - int\n"
-                      "0XFE all.of-it_2 ints strings\n"
-                      "007 pair intPair ints"),
-              "");
+    EXPECT_TRUE(map.add("# the plant\n"
+                        "\n"
+                        "0x35 currentValues int bytes:pointRealDatas # of all tanks\n"
+                        "\t54\twave  hex bytes\r\n"
+                        "0 stop - int\n"
+                        "0XFE all.of-it_2 ints strings\n"
+                        "007 pair intPair ints")
+                    .isEmpty());
     ASSERT_EQ(map.all().size(), 5U);
     const MappedCommand* values = map.find(0x35);
     ASSERT_NE(values, nullptr);
@@ -43,47 +43,80 @@ TEST(CommandMap, findsCommandsByNumberAndName)
 TEST(CommandMap, isEmptyWithoutLines)
 {
     CommandMap map;
-    EXPECT_EQ(map.add(""), "");
-    EXPECT_EQ(map.add("# only this\n\n  \t\r\n"), "");
+    EXPECT_TRUE(map.add("").isEmpty());
+    EXPECT_TRUE(map.add("# only this\n\n  \t\r\n").isEmpty());
     EXPECT_TRUE(map.all().empty());
 }
 
 TEST(CommandMap, ignoresAByteOrderMark)
 {
     CommandMap map;
-    EXPECT_EQ(map.add("\xef\xbb\xbf"
-                      "0x20 levels int ints\n"),
-              "");
+    EXPECT_TRUE(map.add("\xef\xbb\xbf"
+                        "0x20 levels int ints\n")
+                    .isEmpty());
     EXPECT_NE(map.find("levels"), nullptr);
 }
 
 TEST(CommandMap, namesTheLineAndWhatItExpected)
 {
-    EXPECT_EQ(errorOf("0x20 levels int\n"), "1: must be COMMAND NAME REQUEST REPLY, got 3 words");
-    EXPECT_EQ(errorOf("0x20 levels int ints and more\n"), "1: must be COMMAND NAME REQUEST REPLY, got 6 words");
-    EXPECT_EQ(errorOf("# head\n255 levels int ints"), "2: COMMAND must be an integer from 0 to 254, got '255'");
+    EXPECT_EQ(errorOf("0x20 levels int\n"),
+              "line 1: a line must be 'COMMAND NAME REQUEST REPLY', got '0x20 levels int'");
+    EXPECT_EQ(errorOf("0x20 levels int ints and more\n"),
+              "line 1: a line must be 'COMMAND NAME REQUEST REPLY', got '0x20 levels int ints and more'");
+    EXPECT_EQ(errorOf("# head\n255 levels int ints"), "line 2: COMMAND must be an integer from 0 to 254, got '255'");
     for (const char* number : {"0xff", "-1", "+1", "x20", "0x", "1e1", "4294967296", "99999999999999999999", "0x1.0"})
         EXPECT_EQ(errorOf(QByteArray(number) + " levels int ints"),
-                  std::string("1: COMMAND must be an integer from 0 to 254, got '") + number + "'");
+                  std::string("line 1: COMMAND must be an integer from 0 to 254, got '") + number + "'");
     for (const char* name : {"2levels", "_levels", "levels!", "\xc3\xa9tat", "-"})
         EXPECT_EQ(errorOf(QByteArray("0x20 ") + name + " int ints"),
-                  std::string("1: NAME must be a letter followed by letters, digits, '_', '.' or '-', got '") + name +
-                      "'");
-    EXPECT_EQ(errorOf("0x20 levels bytes ints"), "1: REQUEST must be -, int, intPair, ints or hex, got 'bytes'");
+                  std::string("line 1: NAME must be a letter followed by letters, digits, '_', '.' or '-', got '") +
+                      name + "'");
+    EXPECT_EQ(errorOf("0x20 levels bytes ints"), "line 1: REQUEST must be -, int, intPair, ints or hex, got 'bytes'");
     EXPECT_EQ(errorOf("0x20 levels intpair ints"),
-              "1: REQUEST must be -, int, intPair, ints or hex, got 'intpair'; did you mean 'intPair'?");
+              "line 1: REQUEST must be -, int, intPair, ints or hex, got 'intpair'; did you mean 'intPair'?");
     EXPECT_EQ(errorOf("0x20 levels int Int"),
-              "1: REPLY must be int, ints, bytes, strings or bytes:FORM, got 'Int'; did you mean 'int'?");
+              "line 1: REPLY must be int, ints, bytes, strings or bytes:FORM, got 'Int'; did you mean 'int'?");
     for (const char* reply : {"floats", "ints:wave", "bytes_wave", "-"})
         EXPECT_EQ(errorOf(QByteArray("0x20 levels int ") + reply),
-                  std::string("1: REPLY must be int, ints, bytes, strings or bytes:FORM, got '") + reply + "'");
+                  std::string("line 1: REPLY must be int, ints, bytes, strings or bytes:FORM, got '") + reply + "'");
     EXPECT_EQ(errorOf("0x20 levels int bytes:waves"),
-              "1: REPLY has no form 'waves'; gqtool decode --list prints the forms; did you mean 'wave'?");
-    EXPECT_EQ(errorOf("0x20 levels int bytes:"), "1: REPLY has no form ''; gqtool decode --list prints the forms");
+              "line 1: REPLY has no form 'waves'; gqtool decode --list prints the forms; did you mean 'wave'?");
+    EXPECT_EQ(errorOf("0x20 levels int bytes:"), "line 1: REPLY has no form ''; gqtool decode --list prints the forms");
 }
 
 TEST(CommandMap, refusesANumberOrNameThatOccursTwice)
 {
-    EXPECT_EQ(errorOf("0x20 levels int ints\n\n32 others int ints"), "3: COMMAND 0x20 is also in line 1");
-    EXPECT_EQ(errorOf("#\n0x20 levels int ints\n0x21 levels int ints"), "3: NAME levels is also in line 2");
+    EXPECT_EQ(errorOf("0x20 levels int ints\n\n32 others int ints"), "line 3: COMMAND 0x20 is also in line 1");
+    EXPECT_EQ(errorOf("#\n0x20 levels int ints\n0x21 levels int ints"), "line 3: NAME levels is also in line 2");
+}
+
+TEST(CommandMap, listsTheErrorsOfAllLinesAndReadsTheOthers)
+{
+    CommandMap map;
+    const QStringList errors = map.add("0x20 levels int ints\n"
+                                       "levels\n"
+                                       "# comment\n"
+                                       "0x21 others ints\n"
+                                       "0x22 more int ints\n"
+                                       "0x20 again int ints\n");
+    EXPECT_EQ(errors.join('\n').toStdString(), "line 2: a line must be 'COMMAND NAME REQUEST REPLY', got 'levels'\n"
+                                               "line 4: a line must be 'COMMAND NAME REQUEST REPLY', got "
+                                               "'0x21 others ints'\n"
+                                               "line 6: COMMAND 0x20 is also in line 1");
+    EXPECT_EQ(map.all().size(), 2U);
+}
+
+TEST(CommandMap, listsTwentyErrorsAndCountsTheOthers)
+{
+    EXPECT_EQ(CommandMap().add(QByteArray("x\n").repeated(20)).size(), 20);
+    const QStringList all = CommandMap().add(QByteArray("x\n").repeated(21));
+    ASSERT_EQ(all.size(), 21);
+    EXPECT_EQ(all[20], "1 more error");
+    EXPECT_EQ(CommandMap().add(QByteArray("x\n").repeated(25)).last(), "5 more errors");
+}
+
+TEST(CommandMap, shortensALineThatIsLong)
+{
+    EXPECT_EQ(errorOf(QByteArray(100, 'x')),
+              "line 1: a line must be 'COMMAND NAME REQUEST REPLY', got '" + std::string(60, 'x') + "...'");
 }

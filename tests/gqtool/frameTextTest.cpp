@@ -147,14 +147,14 @@ class MappedFrameText : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(map.add("0x20 levels ints bytes\n"
-                          "0x21 pair intPair strings\n"
-                          "0x22 any hex int\n"
-                          "0x23 nothing - ints\n"
-                          "0x35 currentValues int bytes:boolDatas\n"
-                          "0x36 state int bytes:boolData\n"
-                          "1 stateOfAll int ints\n"),
-                  "");
+        ASSERT_TRUE(map.add("0x20 levels ints bytes\n"
+                            "0x21 pair intPair strings\n"
+                            "0x22 any hex int\n"
+                            "0x23 nothing - ints\n"
+                            "0x35 currentValues int bytes:boolDatas\n"
+                            "0x36 state int bytes:boolData\n"
+                            "1 stateOfAll int ints\n")
+                        .isEmpty());
     }
 
     std::string requestText(const QByteArray& stream) const

@@ -53,7 +53,7 @@ TEST(GqtoolJson, holdsTheReplyOfACall)
         EXPECT_EQ(outcome.exitCode, 0);
         EXPECT_EQ(outcome.errors, "");
         ASSERT_EQ(outcome.output.count('\n'), 1);
-        EXPECT_EQ(text(object(outcome.output), {"ms"}),
+        EXPECT_EQ(text(object(outcome.output), {"ms", "target"}),
                   std::string(R"({"code":1,"meaning":"success","result":"good","value":)") + call.value + "}");
     }
 }
@@ -65,7 +65,7 @@ TEST(GqtoolJson, holdsTheFailureOfACall)
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "");
     EXPECT_EQ(
-        text(object(outcome.output), {"ms"}),
+        text(object(outcome.output), {"ms", "target"}),
         R"({"cause":"error-frame","code":-7,"meaning":"the server's own code, from an error frame","result":"failed","value":null})");
 }
 
@@ -87,10 +87,12 @@ TEST(GqtoolJson, holdsEachReplyOfARunAndTheTotals)
     EXPECT_EQ(outcome.exitCode, 1);
     const QList<QJsonObject> lines = objects(outcome);
     ASSERT_EQ(lines.size(), 4);
-    EXPECT_EQ(text(lines[0], {"ms"}), R"({"code":1,"meaning":"success","request":1,"result":"good","value":1})");
-    EXPECT_EQ(text(lines[1], {"ms", "meaning"}),
+    EXPECT_EQ(text(lines[0], {"ms", "target"}),
+              R"({"code":1,"meaning":"success","request":1,"result":"good","value":1})");
+    EXPECT_EQ(text(lines[1], {"ms", "target", "meaning"}),
               R"({"cause":"error-frame","code":-7,"request":2,"result":"failed","value":null})");
-    EXPECT_EQ(text(lines[2], {"ms"}), R"({"code":1,"meaning":"success","request":3,"result":"good","value":1})");
+    EXPECT_EQ(text(lines[2], {"ms", "target"}),
+              R"({"code":1,"meaning":"success","request":3,"result":"good","value":1})");
     EXPECT_EQ(text(lines[3], {"perSecond", "leastMs", "medianMs", "largestMs"}), R"({"failures":1,"requests":3})");
     const double first = lines[0]["ms"].toDouble();
     const double third = lines[2]["ms"].toDouble();

@@ -176,7 +176,8 @@ TEST(GqtoolLanguage, punctuatesErrorsInFullWidth)
               "gqtool: " + commands.path + "：必须是 JSON 对象，实际为 []\n");
     const InputFile map("0x35 9values int int\n");
     EXPECT_EQ(runInChinese({"call", "--map", map.path, "127.0.0.1:1", "values"}).errors,
-              "gqtool: " + map.path + ":1: NAME 必须以字母开头，其后为字母、数字、'_'、'.' 或 '-'，实际为 '9values'\n");
+              "gqtool: " + map.path +
+                  "：第 1 行：NAME 必须以字母开头，其后为字母、数字、'_'、'.' 或 '-'，实际为 '9values'\n");
 }
 
 TEST(GqtoolLanguage, isThatOfErrorsInJson)

@@ -1,4 +1,6 @@
+#include "support/frames.h"
 #include "support/gqtoolProgram.h"
+#include "support/scriptedServer.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -81,7 +83,8 @@ TEST_F(GqtoolMap, makesTheRequestAndReadsTheReplyInTheirForms)
     EXPECT_EQ(outcome.output, "2\n"); // the count of the list
     outcome = call({"state"});        // the station wants an integer
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors.left(25), "gqtool: state failed with");
+    EXPECT_TRUE(outcome.errors.startsWith("gqtool: request 'state' to " + station.endpoint + " failed with -11: "))
+        << outcome.errors.toStdString();
 }
 
 TEST_F(GqtoolMap, readsFramesUntilTheListHasItsCount)
@@ -97,7 +100,51 @@ TEST_F(GqtoolMap, reportsAReplyThatHasAnotherForm)
     write("0x35 currentValues int bytes:pointInfos\n");
     const Outcome outcome = call({"currentValues", "0"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(outcome.errors.startsWith("gqtool: currentValues: the reply is no pointInfos: byte "))
+    EXPECT_TRUE(outcome.errors.contains(
+        QRegularExpression("^gqtool: request 'currentValues' to \\S+ failed with -5: bad-frame: 139 bytes that are no "
+                           "pointInfos: byte \\d+: \\[0\\]\\.")))
+        << outcome.errors.toStdString();
+
+    const Outcome json = run({"call", "--json", "--map", path, station.endpoint, "currentValues", "0"});
+    EXPECT_EQ(json.exitCode, 1);
+    const QJsonObject object = QJsonDocument::fromJson(json.output.toUtf8()).object();
+    EXPECT_EQ(object["result"], "failed");
+    EXPECT_EQ(object["code"], -5);
+    EXPECT_EQ(object["cause"], "bad-frame");
+    EXPECT_TRUE(object["meaning"].toString().startsWith("139 bytes that are no pointInfos: byte "));
+
+    const Outcome run3 = run({"call", "--repeat", "3", "--map", path, station.endpoint, "currentValues", "0"});
+    EXPECT_EQ(run3.exitCode, 1);
+    EXPECT_TRUE(run3.output.startsWith(
+        "requests    3\nfailures    3\n            3 failed with -5: bad-frame: 139 bytes that are no "
+        "pointInfos\n"))
+        << run3.output.toStdString();
+}
+
+TEST_F(GqtoolMap, warnsOfBytesAfterTheRecords)
+{
+    write("0x21 picture int bytes:boolData\n");
+    const Outcome outcome = call({"picture", "12"}); // a boolData has 10 bytes
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "value 0\nstamp1 67305985\nstamp2 134678021\nflag1 9\n");
+    EXPECT_TRUE(outcome.errors.endsWith(": warning: 2 of the 12 bytes are left over after the boolData\n"))
+        << outcome.errors.toStdString();
+    const Outcome runs = run({"call", "--repeat", "3", "--map", path, station.endpoint, "picture", "12"});
+    EXPECT_EQ(runs.exitCode, 0);
+    EXPECT_TRUE(
+        runs.output.startsWith("requests    3\nfailures    0\nwarnings    3\n            the first: 2 of the 12 "
+                               "bytes are left over after the boolData\n"))
+        << runs.output.toStdString();
+}
+
+TEST_F(GqtoolMap, failsIfTheListOfBytesIsEmpty)
+{
+    write("0x21 picture int bytes:boolData\n");
+    ScriptedServer server{{sends(greeting), receives(17), sends("68 04000000 0000 00 00 21 00000000 0000 16"_hex)}};
+    const Outcome outcome = run({"call", "--map", path, QString("127.0.0.1:%1").arg(server.port()), "picture", "0"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(outcome.errors.contains(" failed with -5: bad-frame: 0 bytes that are no boolData: byte 0: "))
         << outcome.errors.toStdString();
 }
 
@@ -149,9 +196,14 @@ TEST_F(GqtoolMap, reportsWrongArguments)
         EXPECT_EQ(outcome.exitCode, 2);
         return outcome.errors.section('\n', 0, 0).toStdString();
     };
-    EXPECT_EQ(errorOf({"currentValues"}), "gqtool: currentValues requires INTEGER");
-    EXPECT_EQ(errorOf({"pair", "1"}), "gqtool: pair requires INTEGER INTEGER");
-    EXPECT_EQ(errorOf({"nothing", "1"}), "gqtool: nothing takes no arguments");
+    EXPECT_EQ(errorOf({"currentValues"}),
+              "gqtool: currentValues requires INTEGER, got none; line 1 of the map has the request form int");
+    EXPECT_EQ(errorOf({"currentValues", "1", "2"}),
+              "gqtool: currentValues requires INTEGER, got '1 2'; line 1 of the map has the request form int");
+    EXPECT_EQ(errorOf({"pair", "1"}),
+              "gqtool: pair requires INTEGER INTEGER, got '1'; line 2 of the map has the request form intPair");
+    EXPECT_EQ(errorOf({"nothing", "1"}),
+              "gqtool: nothing takes no arguments, got '1'; line 3 of the map has the request form -");
     EXPECT_EQ(errorOf({"pair", "1", "x"}), "gqtool: INTEGER must be a 4-byte integer, got 'x'");
     EXPECT_TRUE(QString::fromStdString(errorOf({"bytes_", "0g"})).startsWith("gqtool: bytes_: line 1"));
     EXPECT_EQ(errorOf({"currentValue"}), "gqtool: unknown COMMAND 'currentValue'; did you mean 'currentValues'?");
@@ -165,7 +217,7 @@ TEST_F(GqtoolMap, reportsAWrongLineOrAMissingFile)
     Outcome outcome = call({"currentValues", "0"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors,
-              "gqtool: " + path + ":2: REPLY has no form 'values'; gqtool decode --list prints the forms\n");
+              "gqtool: " + path + ": line 2: REPLY has no form 'values'; gqtool decode --list prints the forms\n");
     outcome = run({"call", "--map", "/nowhere/plant.map", station.endpoint, "systemState"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot read /nowhere/plant.map: No such file or directory\n");

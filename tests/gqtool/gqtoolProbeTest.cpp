@@ -10,6 +10,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 #include <thread>
 
@@ -75,7 +76,7 @@ TEST(GqtoolProbe, asksForStateAndTimeInFramesAlone)
     // Sequence and command differ; the payload is the present time.
     EXPECT_EQ(hex(server.received(0).left(10)), hex("68 04000000 0000 00 00 01"_hex));
     EXPECT_EQ(hex(server.received(0).right(3)), hex("0000 16"_hex));
-    EXPECT_EQ(hex(server.received(1).left(10)), hex("68 04000000 0100 00 00 02"_hex));
+    EXPECT_EQ(hex(server.received(1).left(10)), hex("68 04000000 0200 00 00 02"_hex));
     EXPECT_EQ(hex(server.received(1).right(3)), hex("0000 16"_hex));
 }
 
@@ -242,11 +243,35 @@ TEST(GqtoolProbe, findsAServerThatIsSilent)
 
 TEST(GqtoolProbe, staysWithSilentIfTheServerAnswersWithoutAGreeting)
 {
-    ScriptedServer server{{receives(frameSize), sends(state7)}, {receives(frameSize), closes()}};
+    ScriptedServer server{{receives(frameSize), sends(state7)}};
     const Outcome outcome = run({"probe", "--json", "--timeout", "300", endpointOf(server.port())});
     EXPECT_EQ(summaryOf(outcome), "resolve connect greeting! silent");
     EXPECT_TRUE(outcome.output.contains("it answers a request with 7")) << outcome.output.toStdString();
-    EXPECT_EQ(probe(server.port()), "resolve connect greeting! silent");
+}
+
+// As a TLS server does that sends no alert.
+TEST(GqtoolProbe, findsAServerThatClosesUponTheRequest)
+{
+    ScriptedServer server{{receives(frameSize), closes()}};
+    const Outcome outcome = run({"probe", "--timeout", "300", endpointOf(server.port())});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.output.contains(
+        "failed  no greeting within 300 ms; after a request: the server closed the connection\nclosed: "))
+        << outcome.output.toStdString();
+    EXPECT_TRUE(outcome.output.contains("another service, such as one with TLS.\n")) << outcome.output.toStdString();
+}
+
+TEST(GqtoolProbe, saysThatTheGreetingComesLate)
+{
+    ScriptedServer server{{receives(frameSize), sends(greeting)}, {receives(frameSize), sends(greeting0)}};
+    const Outcome outcome = run({"probe", "--timeout", "300", endpointOf(server.port())});
+    const QRegularExpression late("failed  no greeting within 300 ms; a greeting of 1 came late, after (\\d+) ms\n");
+    const QRegularExpressionMatch found = late.match(outcome.output);
+    EXPECT_TRUE(found.hasMatch()) << outcome.output.toStdString();
+    EXPECT_GE(found.captured(1).toInt(), 300);
+    EXPECT_TRUE(outcome.output.contains("\nsilent: "));
+    EXPECT_TRUE(outcome.output.contains("use a --timeout of more than " + found.captured(1) + " ms."));
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! not-greeted");
 }
 
 TEST(GqtoolProbe, findsAServerThatCloses)
@@ -363,6 +388,69 @@ TEST(GqtoolProbe, findsWhatComesInPlaceOfAReply)
     }
 }
 
+static const QByteArray reply54 = "68 04000000 0000 00 00 36 07000000 0000 16"_hex;
+static const QByteArray state7Of9 = "68 04000000 0900 00 00 01 07000000 0000 16"_hex;
+
+static std::string detailOf(int port, const QStringList& options, int stage)
+{
+    const Outcome outcome =
+        run(QStringList{"probe", "--json", "--timeout", "300"} + options + QStringList{endpointOf(port)});
+    return objectOf(outcome)["stages"].toArray()[stage].toObject()["detail"].toString().toStdString();
+}
+
+TEST(GqtoolProbe, findsAReplyToAnotherRequest)
+{
+    const ScriptedServer::Script other = {sends(greeting), receives(frameSize), sends(reply54)};
+    const ScriptedServer::Script outOfTurn = {sends(greeting), receives(frameSize), sends(state7Of9)};
+    ScriptedServer server{other, other, outOfTurn, outOfTurn};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState! bad-frame");
+    EXPECT_EQ(detailOf(server.port(), {}, 3), "reply of command 0x36, expected 0x01");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState! bad-frame");
+    EXPECT_EQ(detailOf(server.port(), {}, 3), "reply of sequence 9, expected 0");
+}
+
+// As a server does that repeats the reply before.
+TEST(GqtoolProbe, findsAReplyToTheRequestBefore)
+{
+    ScriptedServer server{{sends(greeting), receives(frameSize), sends(state7), receives(frameSize), sends(state7)}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState systemTime! bad-frame");
+}
+
+TEST(GqtoolProbe, acceptsAServerThatReturnsNoSequenceOrCountsItsOwnFrames)
+{
+    const QByteArray state = "68 04000000 0600 00 00 01 07000000 0000 16"_hex;
+    const QByteArray time = "68 04000000 0700 00 00 02 00ca9a3b 0000 16"_hex;
+    const QByteArray greeting5 = "68 04000000 0500 00 00 00 01000000 0000 16"_hex;
+    const QByteArray timeOf0 = "68 04000000 0000 00 00 02 00ca9a3b 0000 16"_hex;
+    ScriptedServer server{{sends(greeting5), receives(frameSize), sends(state), receives(frameSize), sends(time)},
+                          {sends(greeting), receives(frameSize), sends(state7), receives(frameSize), sends(timeOf0)}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState systemTime healthy");
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState systemTime healthy");
+    ScriptedDatagramPeer peer{{state}, {time}};
+    EXPECT_EQ(probe(peer.port(), {"--udp"}), "resolve connect systemState systemTime healthy");
+}
+
+// It returns the sequence of the request and one more, which the first reply alone does not show.
+TEST(GqtoolProbe, findsAServerWhoseSequencesAreOffByOne)
+{
+    const QByteArray state = "68 04000000 0100 00 00 01 07000000 0000 16"_hex;
+    const QByteArray time = "68 04000000 0300 00 00 02 00ca9a3b 0000 16"_hex;
+    ScriptedServer server{{sends(greeting), receives(frameSize), sends(state), receives(frameSize), sends(time)}};
+    EXPECT_EQ(detailOf(server.port(), {}, 4), "reply of sequence 3, expected 2");
+}
+
+TEST(GqtoolProbe, takesAnEchoServerForAForeignOne)
+{
+    Listener listener(1);
+    std::thread echo([&] {
+        const Descriptor connection = listener.accept();
+        const std::string request = received(connection, frameSize);
+        EXPECT_EQ(::send(connection, request.data(), request.size(), MSG_NOSIGNAL), ssize_t(frameSize));
+    });
+    EXPECT_EQ(probe(listener.port()), "resolve connect greeting! foreign unknown");
+    echo.join();
+}
+
 TEST(GqtoolProbe, takesNoServerThatGreetsForAForeignOne)
 {
     ScriptedServer server{{sends(greeting), receives(frameSize), sends("HTTP/1.1 400 Bad Request\r\n")}};
@@ -385,7 +473,7 @@ TEST(GqtoolProbeUdp, asksInDatagramsAndAwaitsNoGreeting)
     ASSERT_EQ(received.size(), 2U);
     EXPECT_EQ(hex(received[0].left(10)), hex("68 33000000 0000 00 00 01"_hex)); // no datagram is below 64 bytes
     EXPECT_EQ(received[0].size(), 64);
-    EXPECT_EQ(hex(received[1].left(10)), hex("68 33000000 0100 00 00 02"_hex));
+    EXPECT_EQ(hex(received[1].left(10)), hex("68 33000000 0200 00 00 02"_hex));
 }
 
 TEST(GqtoolProbeUdp, findsAPortThatRefuses)
@@ -403,11 +491,41 @@ TEST(GqtoolProbeUdp, findsSilence)
     EXPECT_EQ(callCause(server.port(), {"--udp"}), "no-reply");
 }
 
+// Sends the next `count` datagrams back.
+static void echo(DatagramPeer& peer, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        const QByteArray request = peer.take();
+        peer.give(peer.senderPort(), request);
+    }
+}
+
+TEST(GqtoolProbeUdp, takesAnEchoServerForAForeignOne)
+{
+    DatagramPeer peer;
+    std::thread server([&] { echo(peer, 2); });
+    const Outcome outcome = run({"probe", "--udp", "--json", endpointOf(peer.port())});
+    EXPECT_EQ(summaryOf(outcome), "resolve connect systemState! foreign unknown");
+    EXPECT_TRUE(outcome.output.contains("the request itself came back, as from an echo server"));
+    EXPECT_EQ(call(peer.port(), {"--udp"})["warning"].toString(),
+              "the request itself came back, as from an echo server");
+    server.join();
+}
+
+// Without a greeting, the first sequence can be the server's own count. The second one cannot.
+TEST(GqtoolProbeUdp, findsAWrongSequence)
+{
+    const QByteArray timeOf9 = "68 04000000 0900 00 00 02 00ca9a3b 0000 16"_hex;
+    ScriptedDatagramPeer server{{state7Of9}, {timeOf9}};
+    EXPECT_EQ(detailOf(server.port(), {"--udp"}, 3), "reply of sequence 9, expected 2");
+}
+
 TEST(GqtoolProbeUdp, findsWhatComesInPlaceOfAReply)
 {
     ScriptedDatagramPeer server{{errorMinus7},     {wrongEnd},        {state7.left(12), state7.mid(12)},
                                 {QByteArray("")},  {"who is there?"}, {state7},
-                                {"who is there?"}, {errorMinus7},     {wrongEnd}};
+                                {"who is there?"}, {errorMinus7},     {wrongEnd},
+                                {QByteArray("")}};
     EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! error-frame -7");
     EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! bad-frame");
     EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState! bad-frame"); // a client takes one datagram
@@ -416,6 +534,59 @@ TEST(GqtoolProbeUdp, findsWhatComesInPlaceOfAReply)
     EXPECT_EQ(probe(server.port(), {"--udp"}), "resolve connect systemState systemTime! bad-frame");
     EXPECT_EQ(callCause(server.port(), {"--udp"}), "error-frame");
     EXPECT_EQ(callCause(server.port(), {"--udp"}), "bad-frame");
+    EXPECT_EQ(callCause(server.port(), {"--udp"}), "bad-frame"); // an empty datagram
+}
+
+// --- Advice -------------------------------------------------------------------------------------------------------
+
+static std::string adviceOf(int port, const QStringList& options = {})
+{
+    const Outcome outcome = run(QStringList{"probe", "--timeout", "300"} + options + QStringList{endpointOf(port)});
+    return outcome.output.split('\n', Qt::SkipEmptyParts).last().toStdString();
+}
+
+TEST(GqtoolProbe, advisesForTheStageAndTheTransport)
+{
+    const ScriptedServer::Step request = receives(frameSize);
+    ScriptedServer server{{sends(errorMinus7)},
+                          {sends(greeting), request, sends(errorMinus7)},
+                          {sends(greeting), request},
+                          {sends(greeting), request, closes()},
+                          {sends(greeting), request, sends(reply54)}};
+    EXPECT_EQ(adviceOf(server.port()), "Look the code up in the server's documentation.");
+    EXPECT_EQ(adviceOf(server.port()), "Look the code up in the server's documentation. If the server lacks this "
+                                       "command, use --greeting-only.");
+    EXPECT_EQ(adviceOf(server.port()), "The server may be busy: try a longer --timeout. If the server lacks this "
+                                       "command, use --greeting-only.");
+    EXPECT_EQ(adviceOf(server.port()), "The server may have crashed on this request, or not accept it. Read its log.");
+    EXPECT_EQ(adviceOf(server.port()), "The server answers another request, or sends more than one frame for one. A "
+                                       "client takes such a frame for the reply.");
+    ScriptedDatagramPeer peer{{errorMinus7}, {}};
+    EXPECT_EQ(adviceOf(peer.port(), {"--udp"}), "Look the code up in the server's documentation. If it means an "
+                                                "unknown command, the link itself works.");
+    EXPECT_EQ(adviceOf(peer.port(), {"--udp"}),
+              "The server may be busy: try a longer --timeout. Or a firewall drops the datagrams, or the server does "
+              "not run, or it lacks this command.");
+}
+
+// --- The same in call and probe -----------------------------------------------------------------------------------
+
+TEST(GqtoolProbe, hasTheCodeOfAnErrorFrameInCommonWithCall)
+{
+    const QByteArray errorMinus17 = "68 04000000 0000 00 00 ff efffffff 0000 16"_hex;
+    const ScriptedServer::Script inReply = {sends(greeting), receives(frameSize), sends(errorMinus17)};
+    ScriptedServer server{{sends(errorMinus17)}, {sends(errorMinus17)}, inReply, inReply,
+                          {sends(error1)},       {sends(error1)}};
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! error-frame -17");
+    const QJsonObject refused = call(server.port());
+    EXPECT_EQ(refused["code"].toInt(), -17);
+    EXPECT_EQ(refused["target"].toString(), endpointOf(server.port()));
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting systemState! error-frame -17");
+    EXPECT_EQ(call(server.port())["code"].toInt(), -17);
+    EXPECT_EQ(probe(server.port()), "resolve connect greeting! error-frame 1");
+    const QJsonObject one = call(server.port());
+    EXPECT_EQ(one["code"].toInt(), 1);
+    EXPECT_EQ(one["result"].toString(), "failed");
 }
 
 // --- Command lines ------------------------------------------------------------------------------------------------

@@ -3,6 +3,9 @@
 #include "support/frames.h"
 #include "support/gqtoolProgram.h"
 #include "support/plainSockets.h"
+#include "support/scriptedDatagramPeer.h"
+
+#include <QRegularExpression>
 
 #include <netinet/in.h>
 
@@ -107,10 +110,20 @@ TEST(GqtoolRawCall, readsOneFrameUnlessCountIsGiven)
 
 // --- Failures -----------------------------------------------------------------------------------------------------
 
-static void expectFailure(const Outcome& outcome, const char* message)
+// A failure after which probe has nothing to find, because the link works.
+static void expectFailure(const Outcome& outcome, const QString& message)
 {
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, QString("gqtool: command 0x50 failed with %1\n").arg(message));
+    const QRegularExpression expected("^gqtool: request 0x50 to 127\\.0\\.0\\.1:\\d+ failed with " +
+                                      QRegularExpression::escape(message) + "\n$");
+    EXPECT_TRUE(expected.match(outcome.errors).hasMatch()) << outcome.errors.toStdString();
+}
+
+static void expectLinkFailure(const Outcome& outcome, const QString& message, const QString& option = {})
+{
+    const QString target = outcome.errors.section(' ', 4, 4);
+    EXPECT_TRUE(target.startsWith("127.0.0.1:")) << outcome.errors.toStdString();
+    expectFailure(outcome, message + " (try gqtool probe " + option + target + ')');
 }
 
 TEST(GqtoolRawCall, reportsAnErrorFrame)
@@ -123,42 +136,81 @@ TEST(GqtoolRawCall, reportsAnErrorFrame)
     }
 }
 
-TEST(GqtoolRawCall, reportsAPayloadThatIsTooShort)
+// The library's client returns the same for these codes and for other failures, or for success.
+TEST(GqtoolRawCall, recognisesAnErrorFrameByItsCommand)
 {
     for (const char* form : {"int", "ints", "bytes", "strings"}) {
         SCOPED_TRACE(form);
-        expectFailure(answered({"--reply", form}, threeBytesOfPayload),
-                      "-5: bad-frame: a payload that is shorter than its form");
+        expectFailure(answered({"--reply", form}, error0),
+                      "0: error-frame: the server's own code, from an error frame");
+        expectFailure(answered({"--reply", form}, error1),
+                      "1: error-frame: the server's own code, from an error frame");
     }
+}
+
+TEST(GqtoolRawCall, reportsAPayloadThatIsTooShort)
+{
+    for (const char* form : {"int", "ints", "bytes", "strings"})
+        expectFailure(answered({"--reply", form}, threeBytesOfPayload),
+                      QString("-5: bad-frame: the payload has 3 bytes, but its form (%1) needs 4").arg(form));
+}
+
+TEST(GqtoolRawCall, givesTheSizesOfAPayloadOfAnotherForm)
+{
+    expectFailure(answered({"--reply", "ints"}, threeBytes),
+                  "-5: bad-frame: the payload has 7 bytes, but its form (ints) needs 16");
+    expectFailure(answered({"--reply", "bytes"}, reply7),
+                  "-5: bad-frame: the payload has 4 bytes, but its form (bytes) needs 11");
+    expectFailure(answered({"--reply", "strings"}, reply7),
+                  "-5: bad-frame: the payload has 4 bytes, but its form (strings) needs 18");
+    const Outcome outcome = answered({"--reply", "strings"}, overrunningText);
+    EXPECT_EQ(outcome.output, "abc\n"); // the texts before the failure
+    expectFailure(outcome, "0: bad-frame: text 2 of 2 needs 11 bytes, but only 2 of the payload's 13 bytes remain");
 }
 
 TEST(GqtoolRawCall, reportsABadFrame)
 {
-    const char* const message = "0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong";
-    for (const char* form : {"int", "ints", "bytes"}) {
-        SCOPED_TRACE(form);
-        expectFailure(answered({"--reply", form}, wrongEnd), message);
-    }
-    const Outcome outcome = answered({"--reply", "strings"}, overrunningText);
-    EXPECT_EQ(outcome.output, "abc\n"); // the texts before the failure
-    expectFailure(outcome,
-                  "0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong, or a text runs "
-                  "past the end of the payload");
+    for (const char* form : {"int", "ints", "bytes", "strings"})
+        expectLinkFailure(answered({"--reply", form}, wrongEnd),
+                          "0: bad-frame: a frame that ends in 0x17 instead of 0x16");
 }
 
 TEST(GqtoolRawCall, reportsATimeout)
 {
-    expectFailure(answered({"--timeout", "300"}, QByteArray()), "0: no-reply: no complete reply in time");
-    expectFailure(answered({"--timeout", "300"}, reply7.left(12)),
-                  "0: bad-frame: no complete reply in time, after 12 bytes of it");
+    expectLinkFailure(answered({"--timeout", "300"}, QByteArray()), "0: no-reply: no complete reply in time");
+    expectLinkFailure(answered({"--timeout", "300"}, reply7.left(12)),
+                      "0: bad-frame: no complete reply in time, after 12 of the 17 bytes of the frame");
+    expectLinkFailure(answered({"--timeout", "300"}, reply7.left(9)),
+                      "0: bad-frame: no complete reply in time, after 9 of the 10 bytes of a header");
+    expectLinkFailure(answered({"--timeout", "300"}, "no"),
+                      "0: bad-frame: no complete reply in time, after 2 bytes that are no frame");
+}
+
+TEST(GqtoolRawCall, namesALengthThatNoFrameHas)
+{
+    expectLinkFailure(answered({"--timeout", "300"}, "68 f3ffff7f 0000 00 00 30 07000000 0000 16"_hex),
+                      "0: bad-frame: no complete reply in time: the header has a length of 2147483635, and a client "
+                      "takes at most 2147483634");
+}
+
+TEST(GqtoolRawCall, saysHowManyElementsCame)
+{
+    const QByteArray two = "68 0c000000 0000 00 00 50 02000000 01000000 ffffffff 0000 16"_hex;
+    const Outcome outcome = answered({"--timeout", "300", "--reply", "ints", "--count", "5"}, two);
+    EXPECT_EQ(outcome.output, "1\n-1\n");
+    expectLinkFailure(outcome, "0: no-reply: no complete reply in time, after 2 of 5 elements");
+    expectLinkFailure(exchange({"--reply", "bytes", "--count", "5"}, 13, threeBytes, true).outcome,
+                      "-1: closed: the server closed, or the connection broke, after 3 of 5 elements");
+    EXPECT_EQ(answered({"--count", "5"}, reply7).output, "7\n"); // an integer is one
 }
 
 TEST(GqtoolRawCall, reportsAClosedConnection)
 {
-    expectFailure(exchange({}, 13, QByteArray(), true).outcome,
-                  "-1: closed: the server closed, or the connection broke");
-    expectFailure(exchange({}, 13, reply7.left(12), true).outcome,
-                  "-1: bad-frame: the server closed, or the connection broke, after 12 bytes of it");
+    expectLinkFailure(exchange({}, 13, QByteArray(), true).outcome,
+                      "-1: closed: the server closed, or the connection broke");
+    expectLinkFailure(
+        exchange({}, 13, reply7.left(12), true).outcome,
+        "-1: bad-frame: the server closed, or the connection broke, after 12 of the 17 bytes of the frame");
 }
 
 TEST(GqtoolRawCall, reportsThatNothingListens)
@@ -166,8 +218,8 @@ TEST(GqtoolRawCall, reportsThatNothingListens)
     const Listener deaf;
     const QString endpoint = QString("127.0.0.1:%1").arg(deaf.port());
     const char* const message = "-1: refused: the host is up, but nothing listens on this port: Connection refused";
-    expectFailure(run({"call", endpoint, "--command", "0x50"}), message);
-    expectFailure(run({"call", "--udp", endpoint, "--command", "0x50"}), message);
+    expectLinkFailure(run({"call", endpoint, "--command", "0x50"}), message);
+    expectLinkFailure(run({"call", "--udp", endpoint, "--command", "0x50"}), message, "--udp ");
 }
 
 TEST(GqtoolRawCall, reportsFailuresOfDatagrams)
@@ -176,16 +228,54 @@ TEST(GqtoolRawCall, reportsFailuresOfDatagrams)
         const char* option;
         const char* message;
     } failures[] = {
-        {"--wrong-end", "0: bad-frame: a bad frame: its last byte is not 0x16, or its length is wrong"},
+        {"--wrong-end", "0: bad-frame: a frame that ends in 0x17 instead of 0x16"},
         {"--silent", "0: no-reply: no reply in time"},
     };
     for (const auto& failure : failures) {
         SCOPED_TRACE(failure.option);
         RunningStation station({"--udp", failure.option});
-        expectFailure(run({"call", "--udp", "--timeout", failure.option[2] == 's' ? "200" : "20000", station.endpoint,
-                           "--command", "0x50", "1"}),
-                      failure.message);
+        expectLinkFailure(run({"call", "--udp", "--timeout", failure.option[2] == 's' ? "200" : "20000",
+                               station.endpoint, "--command", "0x50", "1"}),
+                          failure.message, "--udp ");
     }
+}
+
+TEST(GqtoolRawCall, reportsAnEmptyDatagram)
+{
+    ScriptedDatagramPeer server{{QByteArray("")}};
+    expectLinkFailure(run({"call", "--udp", QString("127.0.0.1:%1").arg(server.port()), "--command", "0x50"}),
+                      "-1: bad-frame: an empty datagram", "--udp ");
+}
+
+// --- Replies to something else ------------------------------------------------------------------------------------
+
+static const QByteArray ownReply = "68 04000000 0000 00 00 50 07000000 0000 16"_hex;
+
+static std::string warningOf(const Outcome& outcome)
+{
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "7\n");
+    return outcome.errors.section(": warning: ", 1).toStdString();
+}
+
+TEST(GqtoolRawCall, warnsOfAReplyThatDoesNotBelongToTheRequest)
+{
+    EXPECT_EQ(warningOf(answered({}, ownReply)), "");
+    EXPECT_EQ(warningOf(answered({}, reply7)), "reply of command 0x30, expected 0x50\n");
+    EXPECT_EQ(warningOf(answered({}, "68 04000000 0900 00 00 50 07000000 0000 16"_hex)),
+              "reply of sequence 9, expected 0\n");
+    // The greeting has 0: this server counts its own frames.
+    EXPECT_EQ(warningOf(answered({}, "68 04000000 0100 00 00 50 07000000 0000 16"_hex)), "");
+}
+
+TEST(GqtoolRawCall, warnsInJson)
+{
+    const Outcome outcome = answered({"--json"}, reply7);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_TRUE(outcome.output.contains("\"warning\":\"reply of command 0x30, expected 0x50\""))
+        << outcome.output.toStdString();
+    EXPECT_FALSE(answered({"--json"}, ownReply).output.contains("warning"));
 }
 
 // --- Usage --------------------------------------------------------------------------------------------------------

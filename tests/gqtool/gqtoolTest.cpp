@@ -262,8 +262,8 @@ TEST(GqtoolCall, printsTheCodeOfAnErrorFrame)
     const Outcome outcome = station.call({"error", "-7"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
-    EXPECT_EQ(outcome.errors,
-              "gqtool: error failed with -7: error-frame: the server's own code, from an error frame\n");
+    EXPECT_EQ(outcome.errors, "gqtool: request 'error' to " + station.endpoint +
+                                  " failed with -7: error-frame: the server's own code, from an error frame\n");
 }
 
 TEST(GqtoolCall, isRefusedACountThatIsTooLarge)
@@ -272,7 +272,7 @@ TEST(GqtoolCall, isRefusedACountThatIsTooLarge)
     for (const char* count : {"0", "-1", "1001"}) {
         const Outcome outcome = station.call({"ints", count});
         EXPECT_EQ(outcome.exitCode, 1);
-        EXPECT_TRUE(outcome.errors.startsWith("gqtool: ints failed with -11:")) << outcome.errors.toStdString();
+        EXPECT_TRUE(outcome.errors.contains(" failed with -11:")) << outcome.errors.toStdString();
     }
 }
 
@@ -285,7 +285,7 @@ TEST(GqtoolCall, failsWithoutAServer)
     }
     const Outcome outcome = run({"call", endpoint, "systemState"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(outcome.errors.startsWith("gqtool: systemState failed with -1:")) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.errors.contains(" failed with -1:")) << outcome.errors.toStdString();
 }
 
 // --- Stations that misbehave --------------------------------------------------------------------------------------
@@ -320,13 +320,13 @@ TEST(GqtoolStation, delaysReplies)
     RunningStation inTime({"--late", "10"});
     EXPECT_EQ(inTime.call({"systemState"}).exitCode, 0);
     RunningStation tooLate({"--late", "2000"});
-    EXPECT_TRUE(tooLate.callWithoutReply().errors.startsWith("gqtool: systemState failed with 0:"));
+    EXPECT_TRUE(tooLate.callWithoutReply().errors.contains(" failed with 0:"));
 }
 
 TEST(GqtoolStation, staysSilent)
 {
     RunningStation station({"--silent"});
-    EXPECT_TRUE(station.callWithoutReply().errors.startsWith("gqtool: systemState failed with 0:"));
+    EXPECT_TRUE(station.callWithoutReply().errors.contains(" failed with 0:"));
     station.nextLine();
     EXPECT_TRUE(station.nextLine().endsWith(": not answered"));
 }
@@ -334,13 +334,13 @@ TEST(GqtoolStation, staysSilent)
 TEST(GqtoolStation, endsFramesWithAWrongByte)
 {
     RunningStation station({"--wrong-end"});
-    EXPECT_TRUE(station.call({"systemState"}).errors.startsWith("gqtool: systemState failed with 0:"));
+    EXPECT_TRUE(station.call({"systemState"}).errors.contains(" failed with 0:"));
 }
 
 TEST(GqtoolStation, closesInsteadOfReplying)
 {
     RunningStation station({"--close"});
-    EXPECT_TRUE(station.call({"systemState"}).errors.startsWith("gqtool: systemState failed with -1:"));
+    EXPECT_TRUE(station.call({"systemState"}).errors.contains(" failed with -1:"));
 }
 
 TEST(GqtoolStation, greetsWithTheGivenNumber)
@@ -348,7 +348,7 @@ TEST(GqtoolStation, greetsWithTheGivenNumber)
     RunningStation other({"--greeting", "99"});
     EXPECT_EQ(other.call({"systemState"}).output, "1\n");
     RunningStation refused({"--greeting", "-1"});
-    EXPECT_TRUE(refused.call({"systemState"}).errors.startsWith("gqtool: systemState failed with 0:"));
+    EXPECT_TRUE(refused.call({"systemState"}).errors.contains(" failed with 0:"));
     RunningStation mute({"--no-greeting"});
-    EXPECT_TRUE(mute.callWithoutReply().errors.startsWith("gqtool: systemState failed with 0:"));
+    EXPECT_TRUE(mute.callWithoutReply().errors.contains(" failed with 0:"));
 }

@@ -223,7 +223,7 @@ TEST(GqtoolTrace, showsCommandsAndRecordsByAMap)
     writeTo(path, "6 mode int bytes:boolData\n6 state int int\n");
     const Outcome outcome = run({"trace", "--listen", "0", "--map", path, "127.0.0.1:5000"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: " + path + ":2: COMMAND 0x06 is also in line 1\n");
+    EXPECT_EQ(outcome.errors, "gqtool: " + path + ": line 2: COMMAND 0x06 is also in line 1\n");
 }
 
 TEST(GqtoolTrace, printsAJsonObjectPerLine)

@@ -93,6 +93,12 @@ TEST(JudgeBytes, waitsForTheRestOfALengthThatNoFrameHas)
     EXPECT_EQ(judged("68 ffffffff"_hex + greeting, AwaitedBytes::greeting), "bad-frame?");
 }
 
+TEST(JudgeBytes, namesALengthThatNoFrameHas)
+{
+    EXPECT_EQ(judgeBytes("68 f3ffff7f 0000 00 00 00 01000000 0000 16"_hex, AwaitedBytes::reply).detail.english(),
+              "no frame: its header has a length of 2147483635, and a client takes at most 2147483634");
+}
+
 TEST(JudgeBytes, recognisesOtherProtocolsByTheirFirstBytes)
 {
     const struct {

@@ -144,9 +144,9 @@ static bool readCommand(const QStringList& words, const CommandMap& map, bool by
         error = Text::tr("COMMAND is required");
         return false;
     }
-    run.name = words[0];
+    run.name = QString("'%1'").arg(words[0]);
     if (const MappedCommand* mapped = findMapped(map, words[0])) {
-        run.name = mapped->name;
+        run.name = QString("'%1'").arg(mapped->name);
         run.records = mapped->records;
         return readMapped(*mapped, words.mid(1), run.request, error);
     }
@@ -276,16 +276,14 @@ int runCall(const QStringList& arguments)
     if (!encoding.apply())
         return exitUsage;
     CommandMap serverCommands;
-    if (map.isSet() && !serverCommands.read(map.text(), error)) {
-        printError(error);
+    if (map.isSet() && !serverCommands.read(map.text()))
         return exitFailed;
-    }
     CallRun run;
     const QStringList words = command.texts() + integers.texts();
     if (raw.isAsked()) {
         if (!raw.read(words, run.request, error))
             return usageError(error);
-        run.name = Text::tr("command %1").arg(commandText(run.request.command));
+        run.name = commandText(run.request.command);
     } else if (!readCommand(words, serverCommands, udp.isSet(), run, error)) {
         return usageError(error);
     }
@@ -294,6 +292,8 @@ int runCall(const QStringList& arguments)
     run.times = repeat.number();
     run.intervalMs = interval.number();
     run.printsJson = json.isSet();
+    run.target = endpoint.text();
+    run.isUdp = udp.isSet();
 
     const auto makeClient = udp.isSet() ? makeUdpClient : makeTcpClient;
     QStringList addresses;

@@ -157,11 +157,8 @@ int runDecode(const QStringList& arguments)
         return usageError(Text::tr("--csv requires a list, and --as %1 is none").arg(as.text()));
     if (!encoding.apply())
         return exitUsage;
-    QString error;
-    if (map.isSet() && !commands.read(map.text(), error)) {
-        printError(error);
+    if (map.isSet() && !commands.read(map.text()))
         return exitFailed;
-    }
     const std::unique_ptr<ByteSource> opened = input.open(isFrames ? HexReader::payloads : HexReader::everyByte);
     if (opened == nullptr)
         return exitUsage;

@@ -27,8 +27,8 @@ static void printResult(const ProbeResult& result)
     if (result.cause == LinkCause::foreign)
         word += QString(" (%1)").arg(result.protocol);
     printLine(Text::tr("%1: %2").arg(word, causeMeaning(result.cause)));
-    if (!causeAdvice(result.cause).isEmpty())
-        printLine(causeAdvice(result.cause));
+    if (!result.advice.isEmpty())
+        printLine(result.advice);
 }
 
 static QJsonObject jsonOf(const ProbeStage& stage)

@@ -81,10 +81,8 @@ int runTrace(const QStringList& arguments)
     QStringList stationAddresses;
     QString error;
     CommandMap commands;
-    if (map.isSet() && !commands.read(map.text(), error)) {
-        printError(error);
+    if (map.isSet() && !commands.read(map.text()))
         return exitFailed;
-    }
     Text unresolved;
     if (!resolveHost(endpoint.host, resolveMs, stationAddresses, unresolved)) {
         printError(unresolved);

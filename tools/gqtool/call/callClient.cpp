@@ -1,5 +1,9 @@
 #include "callClient.h"
 
+#include "gqtool/frames/frameStream.h"
+#include "gqtool/frames/frameText.h"
+#include "gqtool/frames/payloadForm.h"
+#include "gqtool/frames/replyMatch.h"
 #include "gqtool/probe/peerBytes.h"
 #include "shared/text.h"
 
@@ -12,95 +16,197 @@
 
 using gqdb::CReturningTcpClient;
 using gqdb::CReturningUdpClient;
+using gqdb::CSocketAPI;
 
-// Describes a reply with result 0 that came in time.
-static Text badFrameText(const CallRequest& request)
-{
-    return request.form == replyStrings
-               ? Text::tr(
-                     "a bad frame: its last byte is not 0x16, or its length is wrong, or a text runs past the end of "
-                     "the payload")
-               : Text::tr("a bad frame: its last byte is not 0x16, or its length is wrong");
-}
+// --- Failures -----------------------------------------------------------------------------------------------------
 
-// Describes a result that means the same over both transports.
-static Text resultText(int result)
-{
-    switch (result) {
-    case -2:
-        return Text::tr("an error frame without a code");
-    case -5:
-        return Text::tr("a payload that is shorter than its form");
-    default:
-        return Text::tr("the server's own code, from an error frame");
-    }
-}
-
-static void explain(CallReply& reply, LinkCause cause, const Text& meaning)
-{
-    reply.cause = cause;
-    reply.meaning = meaning;
-}
-
-static void explainError(CallReply& reply, int error)
+static void failWithError(CallReply& reply, int result, int error)
 {
     const LinkCause cause = causeOfError(error);
-    explain(reply, cause, Text::tr("%1: %2").arg(causeMeaning(cause), errorText(error)));
+    reply.fail(result, cause, Text::tr("%1: %2").arg(causeMeaning(cause), errorText(error)));
 }
 
-// Explains a reply that has arrived. The transports explain 0 and -1, which have further meanings.
-static void explainReply(CallReply& reply)
+static QString formName(ReplyForm form)
 {
-    explain(reply, reply.result == -5 ? LinkCause::badFrame : LinkCause::errorFrame, resultText(reply.result));
+    switch (form) {
+    case replyInts:
+        return "ints";
+    case replyBytes:
+        return "bytes";
+    case replyStrings:
+        return "strings";
+    case replyInt:
+        break;
+    }
+    return "int";
+}
+
+// Without the content of the frame, so that --repeat can count equal failures.
+static Text badFrameText(const std::vector<StreamItem>& items)
+{
+    if (items.empty())
+        return Text::tr("no complete frame");
+    if (items[0].kind == StreamItem::wrongEnd)
+        return Text::tr("a frame that ends in 0x%1 instead of 0x16").arg(items[0].content.end, 2, 16, QChar('0'));
+    return itemText(items[0]);
+}
+
+static int elementsOf(const CallReply& reply)
+{
+    return static_cast<int>(reply.ints.size()) + reply.bytes.size() + reply.texts.size();
+}
+
+// Adds how many elements of a list arrived before the failure.
+static void addElements(const CallRequest& request, CallReply& reply)
+{
+    if (request.form != replyInt && elementsOf(reply) > 0 && elementsOf(reply) < request.count)
+        reply.meaning =
+            Text::tr("%1, after %2 of %3 elements").arg(reply.meaning).arg(elementsOf(reply)).arg(request.count);
 }
 
 CallReply CallClient::call(const CallRequest& request)
 {
     CallReply reply;
-    reply.result = makeReady(reply);
-    if (reply.result != 1)
+    if (!makeReady(reply))
         return reply;
+    reply.result = 1;
+    reply.meaning = Text::tr("success");
     QElapsedTimer timer;
     timer.start();
-    reply.result = exchange(request, reply);
+    exchange(request, reply);
     reply.milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-    explain(reply, LinkCause::healthy, Text::tr("success"));
-    if (reply.result != 1)
-        explainFailure(request, reply);
+    if (!reply.isGood())
+        addElements(request, reply);
     return reply;
 }
 
-// A request over either transport, with the library's client for it.
+// --- Either transport ---------------------------------------------------------------------------------------------
+
+// A request over either transport. The library's client sends, assembles and parses; here each frame is read by itself,
+// because the client returns the same result for several causes.
 template <class Client>
 class LibraryCallClient : public CallClient, protected Client {
 protected:
     using Client::Client;
 
-    int exchange(const CallRequest& request, CallReply& reply) override
+    void exchange(const CallRequest& request, CallReply& reply) override
     {
         QByteArray frame;
         Client::addHeader(request.command, request.arg1, request.arg2, frame);
         frame += request.payload;
         Client::addEnd(frame);
-        switch (request.form) {
+        const Frame sent = frameOf(frame);
+        errno = 0;
+        if (Client::sendDatas(frame) != 1) {
+            explainSendFailure(reply);
+            return;
+        }
+        do {
+            reply.hasFrame = false;
+            if (receiveFrame(reply))
+                takeFrame(request, sent, reply);
+        } while (reply.isGood() && request.form != replyInt && elementsOf(reply) < request.count);
+        Client::connected = Client::connected && reply.isGood();
+    }
+
+    virtual void explainSendFailure(CallReply& reply) = 0;
+
+    // Receives until recvFrame is complete. Returns false with the failure in `reply`.
+    virtual bool receiveFrame(CallReply& reply) = 0;
+
+    // Adds how much of a frame has arrived to the reason why no more of it does. `came` counts the bytes since the
+    // previous frame.
+    Text withPart(const Text& reason, long long came) const
+    {
+        const QByteArray& part = Client::recvFrame;
+        if (part.isEmpty())
+            return came == 0 ? reason : Text::tr("%1, after %2 bytes that are no frame").arg(reason).arg(came);
+        if (part.size() < CSocketAPI::headerSize)
+            return Text::tr("%1, after %2 of the %3 bytes of a header")
+                .arg(reason)
+                .arg(part.size())
+                .arg(CSocketAPI::headerSize);
+        const unsigned int length = CSocketAPI::byte2UInt(part.constData() + 1);
+        if (length > FrameStream::clientLimit)
+            return Text::tr("%1: the header has a length of %2, and a client takes at most %3")
+                .arg(reason)
+                .arg(length)
+                .arg(FrameStream::clientLimit);
+        return Text::tr("%1, after %2 of the %3 bytes of the frame")
+            .arg(reason)
+            .arg(part.size())
+            .arg(static_cast<long long>(length) + CSocketAPI::frameOverhead);
+    }
+
+private:
+    // Checks and parses recvFrame as the library's client does, and clears it.
+    void takeFrame(const CallRequest& request, const Frame& sent, CallReply& reply)
+    {
+        int length = 0;
+        const bool isOk = Client::isRecvOk(length);
+        FrameStream stream;
+        const std::vector<StreamItem> items = stream.feed(Client::recvFrame);
+        Client::recvFrame.clear();
+        Client::recvFrameSize = 0;
+        if (!isOk || items.empty() || items[0].kind != StreamItem::frame) {
+            reply.fail(0, LinkCause::badFrame, badFrameText(items));
+            return;
+        }
+        reply.hasFrame = true;
+        const Frame& frame = items[0].content;
+        if (frame.command == CSocketAPI::errorCommand)
+            takeError(frame, reply);
+        else
+            takePayload(request, frame, reply);
+        if (!reply.isGood() || !reply.warning.isEmpty())
+            return;
+        reply.warning = isEcho(frame, sent) ? Text::tr("the request itself came back, as from an echo server")
+                                            : mismatchText(frame, sent, lastSequence);
+        lastSequence = frame.sequence;
+    }
+
+    static void takeError(const Frame& frame, CallReply& reply)
+    {
+        if (frame.payload.size() < 4)
+            reply.fail(-2, LinkCause::errorFrame, Text::tr("an error frame without a code"));
+        else
+            reply.fail(CSocketAPI::byte2Int(frame.payload.constData()), LinkCause::errorFrame,
+                       Text::tr("the server's own code, from an error frame"));
+    }
+
+    void takePayload(const CallRequest& request, const Frame& frame, CallReply& reply)
+    {
+        const int result = parse(request.form, frame.payload, reply);
+        if (result != 1)
+            reply.fail(result, LinkCause::badFrame, formFault(formName(request.form), frame.payload));
+    }
+
+    int parse(ReplyForm form, const QByteArray& payload, CallReply& reply)
+    {
+        const char* buf = payload.constData();
+        switch (form) {
         case replyInts:
-            return Client::requestInts(frame, request.count, reply.ints);
+            return Client::parseInts(buf, payload.size(), reply.ints);
         case replyStrings:
-            return Client::requestStrings(frame, request.count, reply.texts);
+            return Client::parseStrings(buf, payload.size(), reply.texts);
         case replyBytes: {
             std::vector<unsigned char> bytes;
-            const int result = Client::requestBytes(frame, request.count, bytes);
-            reply.bytes = QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
+            const int result = Client::parseBytes(buf, payload.size(), bytes);
+            reply.bytes.append(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
             return result;
         }
         case replyInt:
             break;
         }
-        return requestValue(frame, reply.ints);
+        int value = 0;
+        const int result = Client::parseInt(buf, payload.size(), value);
+        if (result == 1)
+            reply.ints.push_back(value);
+        return result;
     }
 
-    // Appends the integer of the reply. Returns 1, or the code of the failure: the library's requestInt returns both.
-    virtual int requestValue(const QByteArray& frame, std::vector<int>& values) = 0;
+protected:
+    int lastSequence = -1; // of the latest frame of this connection
 };
 
 // --- TCP ----------------------------------------------------------------------------------------------------------
@@ -114,55 +220,62 @@ public:
 
 protected:
     // Like ready(), which has one result for several causes.
-    int makeReady(CallReply& reply) override
+    bool makeReady(CallReply& reply) override
     {
         if (isIdle())
-            return 1;
+            return true;
         if (!reopen()) {
-            explainError(reply, errno);
-            return -1;
+            failWithError(reply, -1, errno);
+            return false;
         }
         const int result = socket->connect(serverHost, serverPort, false);
         if (result != 1) {
-            explainError(reply, result == 0 ? ETIMEDOUT : errno); // 0: still in progress at the send timeout
-            return result;
+            failWithError(reply, result, result == 0 ? ETIMEDOUT : errno); // 0: still in progress at the send timeout
+            return false;
         }
         connected = receiveGreeting(reply);
         if (!connected)
             socket->close();
-        return connected ? 1 : 0;
+        return connected;
     }
 
-    int requestValue(const QByteArray& frame, std::vector<int>& values) override
+    void explainSendFailure(CallReply& reply) override
     {
-        const int value = requestInt(frame);
-        if (!isConnected()) // then it is a code
-            return value;
-        values.push_back(value);
-        return 1;
+        reply.fail(-1, LinkCause::closed, Text::tr("the server closed, or the connection broke"));
     }
 
-    void explainFailure(const CallRequest& request, CallReply& reply) const override
+    bool receiveFrame(CallReply& reply) override
     {
-        const bool hasPart = !recvFrame.isEmpty();
-        const bool isClosed = !socket->isValid(); // also by a timeout
-        if (isClosed && reply.result == -1)
-            explain(reply, hasPart ? LinkCause::badFrame : LinkCause::closed,
-                    withPart(Text::tr("the server closed, or the connection broke")));
-        else if (isClosed)
-            explain(reply, hasPart ? LinkCause::badFrame : LinkCause::noReply,
-                    withPart(Text::tr("no complete reply in time")));
-        else if (reply.result == 0)
-            explain(reply, LinkCause::badFrame, badFrameText(request));
-        else
-            explainReply(reply);
+        long long came = 0;
+        for (;;) {
+            const int count = socket->recv(recvBuffer, rawBufferSize);
+            if (count <= 0) {
+                connected = false;
+                socket->close(); // as the library does
+                explainEnd(count, came, reply);
+                return false;
+            }
+            came += count;
+            int pos = 0;
+            if (recvData(recvBuffer, count, pos))
+                return true;
+        }
     }
 
 private:
-    // Adds how much of the reply has arrived.
-    Text withPart(const Text& text) const
+    static void takeGreeting(const ByteVerdict& verdict, CallReply& reply)
     {
-        return recvFrame.isEmpty() ? text : Text::tr("%1, after %2 bytes of it").arg(text).arg(recvFrame.size());
+        reply.fail(verdict.cause == LinkCause::errorFrame ? verdict.value : 0, verdict.cause, verdict.detail);
+    }
+
+    void explainEnd(int count, long long came, CallReply& reply) const
+    {
+        const bool isClosed = count < 0;
+        const LinkCause without = isClosed ? LinkCause::closed : LinkCause::noReply;
+        reply.fail(count, came > 0 ? LinkCause::badFrame : without,
+                   withPart(isClosed ? Text::tr("the server closed, or the connection broke")
+                                     : Text::tr("no complete reply in time"),
+                            came));
     }
 
     bool receiveGreeting(CallReply& reply)
@@ -177,14 +290,20 @@ private:
             isWhole = recvData(recvBuffer, count, pos);
         }
         const ByteVerdict verdict = judgeBytes(isWhole ? recvFrame : received, AwaitedBytes::greeting);
+        recvFrame.clear();
+        recvFrameSize = 0;
+        lastSequence = verdict.frame ? verdict.frame->sequence : -1;
         const bool isClosed = count < 0;
         if (received.isEmpty())
-            explain(reply, isClosed ? LinkCause::closed : LinkCause::silent,
-                    isClosed ? Text::tr("the server closed before its greeting") : Text::tr("no greeting in time"));
-        else
-            explain(reply, verdict.cause, verdict.detail);
+            reply.fail(0, isClosed ? LinkCause::closed : LinkCause::silent,
+                       isClosed ? Text::tr("the server closed before its greeting") : Text::tr("no greeting in time"));
+        else if (verdict.cause != LinkCause::healthy)
+            takeGreeting(verdict, reply);
         // The library's client takes an error frame with such a code for a greeting.
-        return verdict.cause == LinkCause::healthy || (verdict.cause == LinkCause::errorFrame && verdict.value > 1);
+        const bool isConsent = verdict.cause == LinkCause::errorFrame && verdict.value > 1;
+        if (isConsent)
+            reply = CallReply();
+        return isConsent || verdict.cause == LinkCause::healthy;
     }
 };
 
@@ -195,45 +314,50 @@ public:
     UdpCallClient(const std::string& host, int port, int timeoutMs) : LibraryCallClient(host, port, timeoutMs) {}
 
 protected:
-    int makeReady(CallReply& reply) override
+    bool makeReady(CallReply& reply) override
     {
-        const int result = ready();
-        if (result != 1)
-            explainError(reply, errno);
-        return result;
+        lastSequence = -1;
+        recvFrame.clear();
+        recvFrameSize = 0;
+        if (ready() == 1)
+            return true;
+        failWithError(reply, -1, errno);
+        return false;
     }
 
-    // Not by requestInt, whose result can be an integer or a code: over UDP isConnected() does not distinguish them.
-    int requestValue(const QByteArray& frame, std::vector<int>& values) override
+    void explainSendFailure(CallReply& reply) override { failWithError(reply, -1, errno); }
+
+    bool receiveFrame(CallReply& reply) override
     {
-        int len = 0;
-        int result = sendDatas(frame);
-        if (result == 1)
-            result = recvDatas(len);
-        if (result != 1)
-            return result;
-        // An error frame with code 1 leaves recvFrame empty, and a wrapped length is larger than it.
-        len = std::min(len, static_cast<int>(recvFrame.size()) - headerSize);
-        int value = 0;
-        result = len < 4 ? -5 : parseInt(recvFrame.constData() + headerSize, len, value);
-        if (result == 1)
-            values.push_back(value);
-        return result;
+        const int readable = socket->isReadable(recvOverTm);
+        if (readable == 0)
+            reply.fail(0, LinkCause::noReply, Text::tr("no reply in time"));
+        if (readable < 0)
+            failWithError(reply, -1, errno);
+        if (readable != 1)
+            return false;
+        errno = 0;
+        const int count = socket->recv(recvBuffer, rawBufferSize);
+        if (count <= 0)
+            explainReadFailure(errno, reply);
+        int pos = 0;
+        if (count > 0 && recvData(recvBuffer, count, pos))
+            return true;
+        if (count > 0)
+            reply.fail(0, LinkCause::badFrame, withPart(Text::tr("a datagram without a complete frame"), count));
+        return false;
     }
 
-    void explainFailure(const CallRequest& request, CallReply& reply) const override
+private:
+    // The socket's recv returns -1 for an empty datagram too.
+    void explainReadFailure(int error, CallReply& reply)
     {
-        if (reply.result == -1 && !socket->isValid())
-            explainError(reply, errno);
-        else if (reply.result != 0)
-            explainReply(reply);
-        else if (!recvFrame.isEmpty())
-            explain(reply, LinkCause::badFrame,
-                    Text::tr("a datagram without a complete frame, with %1 bytes of one").arg(recvFrame.size()));
-        else if (reply.milliseconds >= recvOverTm)
-            explain(reply, LinkCause::noReply, Text::tr("no reply in time"));
+        connected = false;
+        socket->close();
+        if (error == 0)
+            reply.fail(-1, LinkCause::badFrame, Text::tr("an empty datagram"));
         else
-            explain(reply, LinkCause::badFrame, badFrameText(request));
+            failWithError(reply, -1, error);
     }
 };
 

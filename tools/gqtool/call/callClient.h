@@ -22,13 +22,23 @@ struct CallRequest {
 };
 
 struct CallReply {
-    int result = 0; // 1, or the code of the failure that the library's client returned
+    int result = 0; // what the library's client returns: 1 on success; an error frame can contain it, too
     LinkCause cause = LinkCause::healthy;
     Text meaning;            // of the result, in words
     double milliseconds = 0; // from the request to the end of its reply, without connecting
     std::vector<int> ints;   // for replyInt, one; a failed list holds the elements before the failure
     QByteArray bytes;
     QStringList texts;
+    bool hasFrame = false; // the last that came is a whole frame, so that the link works
+    Text warning;          // of a good reply that may not be what it seems; empty if there is none
+
+    bool isGood() const { return cause == LinkCause::healthy; }
+    void fail(int code, LinkCause why, const Text& text)
+    {
+        result = code;
+        cause = why;
+        meaning = text;
+    }
 };
 
 // The client of `call`, over either transport.
@@ -41,12 +51,11 @@ public:
     CallReply call(const CallRequest& request);
 
 protected:
-    // Connects if necessary. Returns 1, or the code of the failure with cause and meaning in `reply`.
-    virtual int makeReady(CallReply& reply) = 0;
+    // Connects if necessary. Returns false with the failure in `reply`.
+    virtual bool makeReady(CallReply& reply) = 0;
 
-    // Returns 1, or the code of the failure, which explainFailure then explains in `reply`.
-    virtual int exchange(const CallRequest& request, CallReply& reply) = 0;
-    virtual void explainFailure(const CallRequest& request, CallReply& reply) const = 0;
+    // Sends the request and receives its reply, or fails in `reply`.
+    virtual void exchange(const CallRequest& request, CallReply& reply) = 0;
 };
 
 std::unique_ptr<CallClient> makeTcpClient(const std::string& host, int port, int timeoutMs);

@@ -21,12 +21,45 @@ using Clock = std::chrono::steady_clock;
 
 // --- One reply ----------------------------------------------------------------------------------------------------
 
-static QJsonValue valueOf(const CallRun& run, const CallReply& reply)
+// A reply and its records, if it has the form of some.
+struct Answer {
+    CallReply reply;
+    RecordTexts records;
+    bool hasRecords = false;
+};
+
+static Answer ask(CallClient& client, const CallRun& run)
 {
+    Answer answer;
+    CallReply& reply = answer.reply;
+    reply = client.call(run.request);
+    answer.hasRecords = run.records != nullptr && reply.isGood();
+    if (!answer.hasRecords)
+        return answer;
+    const RecordTexts& records = answer.records = recordTexts(*run.records, reply.bytes);
+    if (!records.fault.isEmpty())
+        reply.fail(-5, LinkCause::badFrame,
+                   Text::tr("%1 bytes that are no %2").arg(reply.bytes.size()).arg(run.records->name));
+    else if (records.rest > 0 && reply.warning.isEmpty())
+        reply.warning = Text::tr("%1 of the %2 bytes are left over after the %3")
+                            .arg(records.rest)
+                            .arg(reply.bytes.size())
+                            .arg(run.records->name);
+    return answer;
+}
+
+static Text meaningOf(const Answer& answer)
+{
+    const Text& fault = answer.records.fault;
+    return fault.isEmpty() ? answer.reply.meaning : Text::tr("%1: %2").arg(answer.reply.meaning, fault);
+}
+
+static QJsonValue valueOf(const CallRun& run, const Answer& answer)
+{
+    const CallReply& reply = answer.reply;
     const ReplyForm form = run.request.form;
-    if (run.records != nullptr && reply.result == 1) {
-        const QJsonDocument json =
-            QJsonDocument::fromJson(QByteArray::fromStdString(recordTexts(*run.records, reply.bytes).json));
+    if (answer.hasRecords) {
+        const QJsonDocument json = QJsonDocument::fromJson(QByteArray::fromStdString(answer.records.json));
         return json.isArray() ? QJsonValue(json.array()) : QJsonValue(json.object());
     }
     if (form == replyInt)
@@ -41,20 +74,26 @@ static QJsonValue valueOf(const CallRun& run, const CallReply& reply)
     return values;
 }
 
-static QJsonObject jsonOf(const CallRun& run, const CallReply& reply)
+static QJsonObject jsonOf(const CallRun& run, const Answer& answer)
 {
-    QJsonObject json = {{"result", reply.result == 1 ? "good" : "failed"},
-                        {"code", reply.result},
-                        {"meaning", reply.meaning.english()},
-                        {"value", valueOf(run, reply)},
-                        {"ms", reply.milliseconds}};
-    if (reply.result != 1)
+    const CallReply& reply = answer.reply;
+    QJsonObject json = {{"target", run.target},          {"result", reply.isGood() ? "good" : "failed"},
+                        {"code", reply.result},          {"meaning", meaningOf(answer).english()},
+                        {"value", valueOf(run, answer)}, {"ms", reply.milliseconds}};
+    if (!reply.isGood())
         json["cause"] = causeWord(reply.cause);
+    else if (!reply.warning.isEmpty())
+        json["warning"] = reply.warning.english();
     return json;
 }
 
-static void printReply(const CallReply& reply)
+static void printValues(const Answer& answer)
 {
+    const CallReply& reply = answer.reply;
+    for (const QString& text : answer.records.texts)
+        printLine(text);
+    if (answer.hasRecords)
+        return;
     for (const int value : reply.ints)
         printLine(QString::number(value));
     for (int first = 0; first < reply.bytes.size(); first += 16)
@@ -63,54 +102,45 @@ static void printReply(const CallReply& reply)
         printLine(text);
 }
 
-static QString failureText(const CallReply& reply)
+static QString failureText(const CallReply& reply, const Text& meaning)
 {
-    return Text::tr("failed with %1: %2: %3").arg(reply.result).arg(causeWord(reply.cause), reply.meaning);
+    return Text::tr("failed with %1: %2: %3").arg(reply.result).arg(causeWord(reply.cause), meaning);
 }
 
-// Prints the records of a good reply. Returns an exit code.
-static int finishRecords(const CallRun& run, const CallReply& reply)
+static void printMessage(const CallRun& run, const Answer& answer)
 {
-    const RecordTexts records = recordTexts(*run.records, reply.bytes);
-    if (run.printsJson) {
-        printJson(jsonOf(run, reply));
-    } else {
-        for (const QString& text : records.texts)
-            printLine(text);
-        if (records.rest > 0)
-            printLine(Text::tr("(%1 bytes after the records)").arg(records.rest));
-    }
-    if (!records.fault.isEmpty())
-        printError(Text::tr("%1: the reply is no %2: %3").arg(run.name, run.records->name, records.fault));
-    return records.fault.isEmpty() ? exitGood : exitFailed;
+    const CallReply& reply = answer.reply;
+    if (reply.isGood() && !reply.warning.isEmpty())
+        printError(Text::tr("request %1 to %2: warning: %3").arg(run.name, run.target, reply.warning));
+    if (reply.isGood())
+        return;
+    QString message = Text::tr("request %1 to %2 %3").arg(run.name, run.target, failureText(reply, meaningOf(answer)));
+    if (!reply.hasFrame)
+        message += Text::tr(" (try gqtool probe %1)").arg((run.isUdp ? "--udp " : "") + run.target);
+    printError(message);
 }
 
-static int finish(const CallRun& run, const CallReply& reply)
+static int finish(const CallRun& run, const Answer& answer)
 {
-    if (reply.result == 1 && run.records != nullptr)
-        return finishRecords(run, reply);
     if (run.printsJson) {
-        printJson(jsonOf(run, reply));
+        printJson(jsonOf(run, answer));
     } else {
-        printReply(reply);
-        if (reply.result != 1)
-            printError(run.name + ' ' + failureText(reply));
+        printValues(answer);
+        printMessage(run, answer);
     }
-    return reply.result == 1 ? exitGood : exitFailed;
+    return answer.reply.isGood() ? exitGood : exitFailed;
 }
 
 int callOnce(CallClient& client, const CallRun& run)
 {
-    return finish(run, client.call(run.request));
+    return finish(run, ask(client, run));
 }
 
 int failUnresolved(const CallRun& run, const Text& error)
 {
-    CallReply reply;
-    reply.result = -1;
-    reply.cause = LinkCause::unresolved;
-    reply.meaning = error;
-    return finish(run, reply);
+    Answer answer;
+    answer.reply.fail(-1, LinkCause::unresolved, error);
+    return finish(run, answer);
 }
 
 // --- Many ---------------------------------------------------------------------------------------------------------
@@ -119,8 +149,10 @@ int failUnresolved(const CallRun& run, const Text& error)
 struct Tally {
     int requests = 0;
     QMap<QString, int> failures; // number of each text
-    std::vector<double> times;   // of the successful requests, in ms
-    double seconds = 0;          // of the whole run
+    int warnings = 0;            // of successful requests
+    QString firstWarning;
+    std::vector<double> times; // of the successful requests, in ms
+    double seconds = 0;        // of the whole run
 
     int failed() const { return requests - static_cast<int>(times.size()); }
     double perSecond() const { return seconds > 0 ? requests / seconds : 0; }
@@ -142,6 +174,10 @@ static void printTally(const Tally& tally)
     printFigure(Text::tr("failures"), QString::number(tally.failed()));
     for (auto failure = tally.failures.cbegin(); failure != tally.failures.cend(); ++failure)
         printLine("            " + Text::tr("%1 %2").arg(QString::number(failure.value()), failure.key()));
+    if (tally.warnings > 0) {
+        printFigure(Text::tr("warnings"), QString::number(tally.warnings));
+        printFigure({}, Text::tr("the first: %1").arg(tally.firstWarning));
+    }
     printFigure(Text::tr("per second"), QString::number(tally.perSecond(), 'f', 1));
     if (tally.times.empty())
         return;
@@ -153,6 +189,8 @@ static void printTally(const Tally& tally)
 static QJsonObject jsonOf(const Tally& tally)
 {
     QJsonObject sum = {{"requests", tally.requests}, {"failures", tally.failed()}, {"perSecond", tally.perSecond()}};
+    if (tally.warnings > 0)
+        sum["warnings"] = tally.warnings;
     if (!tally.times.empty()) {
         sum["leastMs"] = tally.times.front();
         sum["medianMs"] = tally.median();
@@ -202,16 +240,19 @@ int callRepeatedly(CallClient& client, const CallRun& run)
         if (isEnded)
             break;
         next = Clock::now() + std::chrono::milliseconds(run.intervalMs);
-        const CallReply reply = client.call(run.request);
-        if (isEnded && reply.result != 1)
+        const Answer answer = ask(client, run);
+        const CallReply& reply = answer.reply;
+        if (isEnded && !reply.isGood())
             break; // failed because of the signal
         ++tally.requests;
-        if (reply.result == 1)
+        if (reply.isGood())
             tally.times.push_back(reply.milliseconds);
         else
-            ++tally.failures[failureText(reply)];
+            ++tally.failures[failureText(reply, reply.meaning)];
+        if (reply.isGood() && !reply.warning.isEmpty() && ++tally.warnings == 1)
+            tally.firstWarning = reply.warning;
         if (run.printsJson) {
-            QJsonObject line = jsonOf(run, reply);
+            QJsonObject line = jsonOf(run, answer);
             line["request"] = tally.requests;
             printJson(line);
         }

@@ -11,7 +11,9 @@ static const int largestRun = 10000000; // requests; limited because the time of
 // The command line of `call`.
 struct CallRun {
     CallRequest request;
-    QString name;                  // of the request, in messages
+    QString name;   // of the request, in messages: 'systemState' or 0x50
+    QString target; // HOST:PORT
+    bool isUdp = false;
     const Form* records = nullptr; // of the bytes of the reply; null if they have no form
     int times = 1;
     int intervalMs = 0; // between the starts of two requests; a request that is late starts immediately

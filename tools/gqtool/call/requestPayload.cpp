@@ -28,6 +28,25 @@ QByteArray intsPayload(const std::vector<int>& values)
     return payload;
 }
 
+static QString argumentsOf(const MappedCommand& command)
+{
+    if (command.request == "int")
+        return "INTEGER";
+    return command.request == "-" ? QString() : QString("INTEGER INTEGER");
+}
+
+static QString wrongCount(const MappedCommand& command, const QStringList& words)
+{
+    const QString arguments = argumentsOf(command);
+    const Text wanted = arguments.isEmpty() ? Text::tr("%1 takes no arguments").arg(command.name)
+                                            : Text::tr("%1 requires %2").arg(command.name, arguments);
+    const Text given = words.isEmpty() ? Text::tr("got none") : Text::tr("got '%1'").arg(words.join(' '));
+    return Text::tr("%1, %2; line %3 of the map has the request form %4")
+        .arg(wanted, given)
+        .arg(command.line)
+        .arg(command.request);
+}
+
 static ReplyForm replyFormOf(const MappedCommand& command)
 {
     if (command.reply == "ints")
@@ -48,10 +67,8 @@ bool readMapped(const MappedCommand& command, const QStringList& words, CallRequ
         error = Text::tr("%1: %2").arg(command.name, wrong.message());
         return false;
     }
-    const int wanted = command.request == "-" ? 0 : command.request == "int" ? 1 : 2;
-    if (command.request != "ints" && words.size() != wanted) {
-        error = wanted == 0 ? Text::tr("%1 takes no arguments").arg(command.name)
-                            : Text::tr("%1 requires %2").arg(command.name, wanted == 1 ? "INTEGER" : "INTEGER INTEGER");
+    if (command.request != "ints" && words.size() != argumentsOf(command).split(' ', Qt::SkipEmptyParts).size()) {
+        error = wrongCount(command, words);
         return false;
     }
     std::vector<int> values;

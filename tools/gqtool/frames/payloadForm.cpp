@@ -94,15 +94,21 @@ static void takeTexts(const QByteArray& bytes, unsigned int count, Payload& payl
     json.end(']');
     payload.content = std::move(json.text);
     payload.used = list.used;
-    if (!list.isWhole)
-        payload.fault =
-            Text::tr("text %1 of %2 runs past the end of the payload").arg(list.texts.size() + 1).arg(count);
+    if (list.isWhole)
+        return;
+    const int left = bytes.size() - static_cast<int>(list.used);
+    payload.fault = Text::tr("text %1 of %2 needs %3 bytes, but only %4 of the payload's %5 bytes remain")
+                        .arg(list.texts.size() + 1)
+                        .arg(count)
+                        .arg(left < 2 ? 2 : 2 + CByte2Val::byte2UShort(bytes.constData() + list.used))
+                        .arg(left)
+                        .arg(bytes.size());
 }
 
-Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source)
+static Payload payloadOf(const QString& form, const QByteArray& bytes, const Form* records)
 {
     Payload payload;
-    const QString form = payload.form = formOf(command, source);
+    payload.form = form;
     if (form.isEmpty())
         return payload;
     const char* first = bytes.constData();
@@ -123,7 +129,7 @@ Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSou
         takeTexts(bytes, count, payload);
     else if (form == "ints")
         payload.content = jsonText(readIntegers(first + 4, count));
-    else if (const Form* records = recordsOf(command, source))
+    else if (records != nullptr)
         takeRecords(*records, bytes, payload);
     else if (form == "bytes")
         payload.content = jsonText(QString(bytesOf(bytes).toHex()));
@@ -132,6 +138,16 @@ Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSou
     else
         payload.content = std::to_string(CByte2Val::byte2Int(first));
     return payload;
+}
+
+Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source)
+{
+    return payloadOf(formOf(command, source), bytes, recordsOf(command, source));
+}
+
+Text formFault(const QString& form, const QByteArray& bytes)
+{
+    return payloadOf(form, bytes, nullptr).fault;
 }
 
 int parserResult(const QString& form, const QByteArray& bytes)

@@ -34,6 +34,9 @@ const Form* recordsOf(unsigned char command, const FrameSource& source);
 
 Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source);
 
+// Says why a payload does not have one of the forms "int", "ints", "bytes" and "strings", with the sizes; empty if it has.
+Text formFault(const QString& form, const QByteArray& bytes);
+
 // Returns the result of the library's parser of that form for these bytes: 1 on success.
 int parserResult(const QString& form, const QByteArray& bytes);
 

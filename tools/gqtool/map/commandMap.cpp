@@ -2,6 +2,7 @@
 
 #include "gqtool/closestName.h"
 #include "gqtool/records/recordFields.h"
+#include "shared/console.h"
 #include "shared/text.h"
 
 #include <QFile>
@@ -73,6 +74,12 @@ static QString readReply(const QString& word, MappedCommand& command)
 
 // --- Lines --------------------------------------------------------------------------------------------------------
 
+static QString shortened(const QString& text)
+{
+    static const int shownText = 60;
+    return text.size() > shownText ? text.left(shownText) + "..." : text;
+}
+
 QString CommandMap::addLine(const QString& line, int number)
 {
     static const QRegularExpression blanks("[ \\t\\r\\v\\f]+");
@@ -80,7 +87,7 @@ QString CommandMap::addLine(const QString& line, int number)
     if (words.isEmpty())
         return {};
     if (words.size() != 4)
-        return Text::tr("must be COMMAND NAME REQUEST REPLY, got %1 words").arg(words.size());
+        return Text::tr("a line must be 'COMMAND NAME REQUEST REPLY', got '%1'").arg(shortened(words.join(' ')));
     MappedCommand command;
     command.line = number;
     QString (*const readers[])(const QString&, MappedCommand&) = {readNumber, readName, readRequest, readReply};
@@ -97,36 +104,44 @@ QString CommandMap::addLine(const QString& line, int number)
     return {};
 }
 
-QString CommandMap::add(const QByteArray& text)
+QStringList CommandMap::add(const QByteArray& text)
 {
+    QStringList errors;
+    int others = 0;
     int number = 0;
     for (QByteArray line : text.split('\n')) {
         ++number;
         if (number == 1 && line.startsWith("\xef\xbb\xbf"))
             line.remove(0, 3); // byte order mark
         const QString error = addLine(QString::fromUtf8(line), number);
-        if (!error.isEmpty())
-            return QString("%1: %2").arg(number).arg(error);
+        if (error.isEmpty())
+            continue;
+        if (errors.size() < mostErrors)
+            errors.append(Text::tr("line %1: %2").arg(number).arg(error));
+        else
+            ++others;
     }
-    return {};
+    if (others > 0)
+        errors.append((others == 1 ? Text::tr("%1 more error") : Text::tr("%1 more errors")).arg(others));
+    return errors;
 }
 
-bool CommandMap::read(const QString& path, QString& error)
+bool CommandMap::read(const QString& path)
 {
     QFile file(path);
-    error.clear();
+    QStringList errors;
     const bool isOpen = file.open(QIODevice::ReadOnly);
     const QByteArray text = isOpen ? file.read(largestFile + 1) : QByteArray();
     if (!isOpen || file.error() != QFileDevice::NoError)
-        error = Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString()));
+        errors.append(Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString())));
     else if (text.size() > largestFile)
-        error = Text::tr("%1: a map must have at most %2 bytes").arg(path).arg(largestFile);
-    if (!error.isEmpty())
-        return false;
-    const QString wrong = add(text);
-    if (!wrong.isEmpty())
-        error = path + ':' + wrong;
-    return wrong.isEmpty();
+        errors.append(Text::tr("%1: a map must have at most %2 bytes").arg(path).arg(largestFile));
+    else
+        for (const QString& error : add(text))
+            errors.append(Text::tr("%1: %2").arg(path, error));
+    for (const QString& error : errors)
+        printError(error);
+    return errors.isEmpty();
 }
 
 const MappedCommand* CommandMap::find(const QString& name) const

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -20,13 +21,15 @@ struct MappedCommand {
 // A server's commands, read from a text table with one command per line.
 class CommandMap {
 public:
-    // Adds the commands of the file at `path`. Returns false and the reason in `error` if it cannot be read or has a wrong
-    // line: "plant.map:3: COMMAND must be ...".
-    bool read(const QString& path, QString& error);
+    static constexpr int mostErrors = 20; // that are listed
 
-    // Adds the commands of a text. Returns the error of the first wrong line, such as "3: COMMAND must be ...", and stops
-    // there; empty on success.
-    QString add(const QByteArray& text);
+    // Adds the commands of the file at `path`. Returns false and prints the errors if it cannot be read or has wrong lines:
+    // "plant.map: line 3: COMMAND must be ...".
+    bool read(const QString& path);
+
+    // Adds the commands of a text, except those of wrong lines. Returns the errors, such as "line 3: COMMAND must be ...",
+    // and if there are too many, the number of the others; nothing on success.
+    QStringList add(const QByteArray& text);
 
     // Return null if there is no such command.
     const MappedCommand* find(const QString& name) const;

@@ -28,25 +28,23 @@ static const CauseText texts[] = {
      QT_TRANSLATE_NOOP(
          "Text",
          "The server may be hung, or serve one client at a time and have one already, or this is the port of another "
-         "service.")},
+         "service. If it is only slow, use a longer --timeout.")},
     {LinkCause::closed, "closed", QT_TRANSLATE_NOOP("Text", "the server closes the connection"),
-     QT_TRANSLATE_NOOP(
-         "Text", "The server may refuse this address, be at its limit of connections, or have crashed. Read its log.")},
+     QT_TRANSLATE_NOOP("Text", "The server may refuse this address, be at its limit of connections, or have crashed. "
+                               "Read its log. Or this is the port of another service, such as one with TLS.")},
     {LinkCause::foreign, "foreign", QT_TRANSLATE_NOOP("Text", "another kind of server listens on this port"),
      QT_TRANSLATE_NOOP("Text", "Check the port number.")},
-    {LinkCause::badFrame, "bad-frame", QT_TRANSLATE_NOOP("Text", "what comes is not a whole, correct frame"),
+    {LinkCause::badFrame, "bad-frame",
+     QT_TRANSLATE_NOOP("Text", "what comes is not a whole, correct frame, or not the reply to the request"),
      QT_TRANSLATE_NOOP("Text", "Watch the link with 'gqtool trace' to see all bytes. A gateway or serial converter on "
                                "the way may damage them.")},
     {LinkCause::notGreeted, "not-greeted",
      QT_TRANSLATE_NOOP("Text", "the server refuses this client by a greeting of 0 or below"),
      QT_TRANSLATE_NOOP("Text", "The server may be starting up, on standby, or not accept this client. Read its log.")},
     {LinkCause::errorFrame, "error-frame", QT_TRANSLATE_NOOP("Text", "the server answers with an error code"),
-     QT_TRANSLATE_NOOP(
-         "Text", "Look the code up in the server's documentation. If it is an unknown command, use --greeting-only.")},
+     QT_TRANSLATE_NOOP("Text", "Look the code up in the server's documentation.")},
     {LinkCause::noReply, "no-reply", QT_TRANSLATE_NOOP("Text", "the server does not answer the request"),
-     QT_TRANSLATE_NOOP("Text", "The server may be busy: try a longer --timeout. Over UDP, a firewall may drop "
-                               "datagrams, or the server may not "
-                               "run. If it lacks this command, use --greeting-only over TCP.")},
+     QT_TRANSLATE_NOOP("Text", "The server may be busy: try a longer --timeout.")},
 };
 
 static const CauseText& textOf(LinkCause cause)
@@ -64,10 +62,22 @@ Text causeMeaning(LinkCause cause)
     return Text::tr(textOf(cause).meaning);
 }
 
-QString causeAdvice(LinkCause cause)
+QString causeAdvice(LinkCause cause, const CauseContext& context)
 {
     const char* advice = textOf(cause).advice;
-    return *advice == '\0' ? QString() : Text::tr(advice);
+    if (*advice == '\0')
+        return {};
+    if (cause == LinkCause::closed && context.isReply)
+        return Text::tr("The server may have crashed on this request, or not accept it. Read its log.");
+    const bool mayLackCommand = context.isReply && (cause == LinkCause::errorFrame || cause == LinkCause::noReply);
+    if (!mayLackCommand)
+        return Text::tr(advice);
+    if (!context.isUdp)
+        return Text::tr("%1 If the server lacks this command, use --greeting-only.").arg(Text::tr(advice));
+    if (cause == LinkCause::errorFrame)
+        return Text::tr("%1 If it means an unknown command, the link itself works.").arg(Text::tr(advice));
+    return Text::tr("%1 Or a firewall drops the datagrams, or the server does not run, or it lacks this command.")
+        .arg(Text::tr(advice));
 }
 
 LinkCause causeOfError(int error)

@@ -13,7 +13,7 @@ enum class LinkCause {
     silent,         // the connection was accepted, but no greeting came
     closed,         // the connection was closed or reset instead of a greeting or a reply
     foreign,        // the peer speaks another protocol
-    badFrame,       // a frame is incomplete or fails its check
+    badFrame,       // a frame is incomplete, fails its check, or is not the reply to the request
     notGreeted,     // the greeting was 0 or below
     errorFrame,     // an error frame came instead of a greeting or a reply
     noReply,        // a request was not answered
@@ -22,9 +22,15 @@ enum class LinkCause {
 // Returns the name of a cause for scripts, such as "connect-timeout".
 QString causeWord(LinkCause cause);
 
-// Return what a cause means, and what to do about it.
+// Where a cause was found.
+struct CauseContext {
+    bool isReply = false; // of a request; otherwise of an earlier stage
+    bool isUdp = false;
+};
+
+// Return what a cause means, and what to do about it; empty if there is nothing to do.
 Text causeMeaning(LinkCause cause);
-QString causeAdvice(LinkCause cause);
+QString causeAdvice(LinkCause cause, const CauseContext& context);
 
 // Returns the cause of a connect, or of a request over UDP, that failed with this errno.
 LinkCause causeOfError(int error);

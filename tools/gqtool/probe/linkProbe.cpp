@@ -1,5 +1,6 @@
 #include "linkProbe.h"
 
+#include "gqtool/frames/replyMatch.h"
 #include "peerBytes.h"
 #include "shared/text.h"
 
@@ -45,16 +46,20 @@ private:
     bool waitFor(short events, qint64 ms);
     bool send(unsigned char command);
     bool receivePiece(QByteArray& came);
-    bool receive(AwaitedBytes awaited, ByteVerdict& verdict);
+    bool receive(AwaitedBytes awaited, int ms, ByteVerdict& verdict);
     bool ask(unsigned char command, ByteVerdict& verdict);
-    bool failAsSilent();
+    bool failWithoutGreeting();
+    bool failWithLateGreeting(const ByteVerdict& verdict, const Text& silence);
+    bool failAsEcho();
 
     const Endpoint endpoint;
     const ProbeOptions options;
     sockaddr_in address = {};
     int descriptor = -1;
-    int sequence = 0;
-    bool hasPeerSentFrame = false;
+    QElapsedTimer greetingTimer;
+    Frame request;         // the latest
+    int sequence = 0;      // of the next request
+    int lastSequence = -1; // of the peer's latest frame; -1 if it has sent none
 };
 
 LinkProbe::~LinkProbe()
@@ -146,13 +151,18 @@ bool LinkProbe::connect()
 
 // --- Frames -------------------------------------------------------------------------------------------------------
 
+// From one request to the next: a server that counts its own frames does not make the same steps.
+static const int sequenceStep = 2;
+
 // Sends the request of a ready-made command as the library's clients do.
 bool LinkProbe::send(unsigned char command)
 {
     QByteArray frame;
-    CSocketAPI::addHeader(command, 0, 0, sequence++, 0, frame);
+    CSocketAPI::addHeader(command, 0, 0, sequence, 0, frame);
+    sequence += sequenceStep;
     CSocketAPI::int2Byte(static_cast<int>(QDateTime::currentSecsSinceEpoch()), frame);
     options.isUdp ? CUdpAPI::addEnd(frame) : CSocketAPI::addEnd(frame);
+    request = frameOf(frame);
     if (::send(descriptor, frame.constData(), static_cast<size_t>(frame.size()), MSG_NOSIGNAL) == frame.size())
         return true;
     return failWithError(Text::tr("cannot send the request"), errno);
@@ -174,7 +184,7 @@ bool LinkProbe::receivePiece(QByteArray& came)
 
 // Receives until further bytes cannot change the verdict, the peer ends the connection or the time is over. Returns
 // false with the cause if receiving fails.
-bool LinkProbe::receive(AwaitedBytes awaited, ByteVerdict& verdict)
+bool LinkProbe::receive(AwaitedBytes awaited, int ms, ByteVerdict& verdict)
 {
     static const int mostBytes = 1 << 20; // in case the peer never stops sending
     QElapsedTimer timer;
@@ -182,7 +192,7 @@ bool LinkProbe::receive(AwaitedBytes awaited, ByteVerdict& verdict)
     QByteArray came;
     Text end = Text::tr("nothing came within %1 ms").arg(options.timeoutMs);
     verdict = judgeBytes(came, awaited);
-    while (came.size() < mostBytes && waitFor(POLLIN, options.timeoutMs - timer.elapsed())) {
+    while (came.size() < mostBytes && waitFor(POLLIN, ms - timer.elapsed())) {
         if (receivePiece(came)) {
             verdict = judgeBytes(came, awaited);
             if (verdict.isFinal)
@@ -208,41 +218,81 @@ bool LinkProbe::receive(AwaitedBytes awaited, ByteVerdict& verdict)
 
 bool LinkProbe::awaitGreeting()
 {
+    greetingTimer.start();
     ByteVerdict verdict;
-    if (!receive(AwaitedBytes::greeting, verdict))
+    if (!receive(AwaitedBytes::greeting, options.timeoutMs, verdict))
         return false;
     if (verdict.cause == LinkCause::silent)
-        return failAsSilent();
-    hasPeerSentFrame = true;
+        return failWithoutGreeting();
+    if (verdict.frame)
+        lastSequence = verdict.frame->sequence;
     return finish(verdict);
 }
 
-// Most servers of other protocols wait for the client to send first. They reject a frame with an error message; those
-// that wait for the end of a line do so at the end of the stream.
-bool LinkProbe::failAsSilent()
+// Most servers of other protocols wait for the client to send first. They reject a frame with an error message, or
+// close; those that wait for the end of a line send their message at the end of the stream. `closed` is for a server that
+// closes although the stream has not ended.
+bool LinkProbe::failWithoutGreeting()
 {
     const Text silence = Text::tr("no greeting within %1 ms").arg(options.timeoutMs);
+    const int half = options.timeoutMs / 2;
     ByteVerdict verdict;
     if (!send(CSocketAPI::systemStateCommand))
-        return fail(LinkCause::silent,
-                    Text::tr("%1; then %2").arg(silence, Text::tr("the server closed the connection")));
-    shutdown(descriptor, SHUT_WR);
-    if (!receive(AwaitedBytes::firstReply, verdict))
+        return fail(result.cause, Text::tr("%1; then %2").arg(silence, stage.detail));
+    bool isReceived = receive(AwaitedBytes::firstReply, half, verdict);
+    const bool isClosed = isReceived && verdict.cause == LinkCause::closed;
+    if (isReceived && verdict.cause == LinkCause::noReply) {
+        shutdown(descriptor, SHUT_WR);
+        isReceived = receive(AwaitedBytes::firstReply, options.timeoutMs - half, verdict);
+    }
+    if (!isReceived)
         return fail(LinkCause::silent, Text::tr("%1; then %2").arg(silence, stage.detail));
+    if (verdict.frame && isEcho(*verdict.frame, request))
+        return failAsEcho();
     if (verdict.cause == LinkCause::foreign)
         return finish(verdict);
-    const bool isAnswer = verdict.cause == LinkCause::healthy;
-    return fail(LinkCause::silent,
-                (isAnswer ? Text::tr("%1; it answers a request with %2") : Text::tr("%1; after a request: %2"))
+    const bool isFrame = verdict.cause == LinkCause::healthy;
+    if (isFrame && verdict.frame->command != request.command)
+        return failWithLateGreeting(verdict, silence);
+    return fail(isClosed ? LinkCause::closed : LinkCause::silent,
+                (isFrame ? Text::tr("%1; it answers a request with %2") : Text::tr("%1; after a request: %2"))
                     .arg(silence, verdict.detail));
+}
+
+bool LinkProbe::failWithLateGreeting(const ByteVerdict& verdict, const Text& silence)
+{
+    const qint64 ms = greetingTimer.elapsed();
+    if (verdict.value > 0)
+        result.advice = Text::tr("The greeting comes late: use a --timeout of more than %1 ms.").arg(ms);
+    return fail(verdict.value > 0 ? LinkCause::silent : LinkCause::notGreeted,
+                Text::tr("%1; a greeting of %2 came late, after %3 ms").arg(silence).arg(verdict.value).arg(ms));
+}
+
+bool LinkProbe::failAsEcho()
+{
+    result.protocol = "unknown";
+    return fail(LinkCause::foreign, Text::tr("the request itself came back, as from an echo server"));
 }
 
 bool LinkProbe::ask(unsigned char command, ByteVerdict& verdict)
 {
-    if (!send(command) || !receive(hasPeerSentFrame ? AwaitedBytes::reply : AwaitedBytes::firstReply, verdict))
+    const bool isFirstFrame = lastSequence < 0;
+    if (!send(command) ||
+        !receive(isFirstFrame ? AwaitedBytes::firstReply : AwaitedBytes::reply, options.timeoutMs, verdict))
         return false;
-    hasPeerSentFrame = true;
-    return finish(verdict);
+    if (!finish(verdict))
+        return false;
+    if (isEcho(*verdict.frame, request))
+        return failAsEcho();
+    // Without a greeting, the sequence of the first frame may be the server's own count.
+    const int last = isFirstFrame ? verdict.frame->sequence - 1 : lastSequence;
+    lastSequence = verdict.frame->sequence;
+    const Text mismatch = mismatchText(*verdict.frame, request, last);
+    if (mismatch.isEmpty())
+        return true;
+    result.advice = Text::tr("The server answers another request, or sends more than one frame for one. A client takes "
+                             "such a frame for the reply.");
+    return fail(LinkCause::badFrame, mismatch);
 }
 
 bool LinkProbe::askSystemState()
@@ -290,8 +340,11 @@ ProbeResult probeLink(const Endpoint& endpoint, const ProbeOptions& options,
         probe.stage.isGood = (probe.*step.run)();
         probe.stage.milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
         finished(probe.stage);
-        if (!probe.stage.isGood)
-            break;
+        if (probe.stage.isGood)
+            continue;
+        if (probe.result.advice.isEmpty())
+            probe.result.advice = causeAdvice(probe.result.cause, {step.isAfterGreeting, options.isUdp});
+        break;
     }
     return probe.result;
 }

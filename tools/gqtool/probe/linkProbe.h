@@ -27,6 +27,7 @@ struct ProbeResult {
     LinkCause cause = LinkCause::healthy;
     QString protocol; // of a foreign server
     int code = 0;     // of an error frame
+    QString advice;   // what to do; empty if there is nothing
 };
 
 // Goes through the stages resolve, connect, greeting (TCP only), systemState and systemTime until one fails, and passes

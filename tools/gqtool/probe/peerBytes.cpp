@@ -80,6 +80,7 @@ static ByteVerdict judgeFrame(const Frame& frame, AwaitedBytes awaited)
 {
     ByteVerdict verdict;
     verdict.isFinal = true;
+    verdict.frame = frame;
     verdict.detail = frameText(frame);
     const bool hasInteger = frame.payload.size() >= 4;
     if (hasInteger)
@@ -120,6 +121,18 @@ static ByteVerdict foreignVerdict(const QString& protocol, bool isFinal, const Q
     return verdict;
 }
 
+// Describes the first item that a client takes for a frame, or that no frame can be: what follows it is lost.
+static Text incompleteText(const std::vector<StreamItem>& items)
+{
+    for (const StreamItem& item : items) {
+        if (item.kind == StreamItem::badLength)
+            return Text::tr("no frame: its header has a length of %1, and a client takes at most %2")
+                .arg(item.content.length)
+                .arg(FrameStream::clientLimit);
+    }
+    return Text::tr("no complete frame: %1").arg(itemText(items.back()));
+}
+
 ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
 {
     if (bytes.isEmpty())
@@ -149,5 +162,5 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
         return foreignVerdict("ssh", false, bytes);
     if (mayBeForeign && !isPartOfFrame(bytes, items))
         return foreignVerdict("unknown", false, bytes);
-    return verdictOf(LinkCause::badFrame, false, Text::tr("no complete frame: %1").arg(itemText(items.back())));
+    return verdictOf(LinkCause::badFrame, false, incompleteText(items));
 }

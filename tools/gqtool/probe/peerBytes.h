@@ -1,14 +1,18 @@
 #pragma once
 
+#include "gqtool/frames/frameStream.h"
 #include "linkCause.h"
 
 #include <QByteArray>
+
+#include <optional>
 
 // What the bytes of a peer reveal about the link.
 struct ByteVerdict {
     LinkCause cause = LinkCause::healthy; // `silent` or `noReply` if there are no bytes
     bool isFinal = false;                 // no further bytes can change it
-    int value = 0;                        // integer of a valid frame, or code of an error frame
+    std::optional<Frame> frame;           // the valid frame
+    int value = 0;                        // its integer, or the code of an error frame
     QString protocol;                     // if foreign: "ssh", "http", "tls" or "unknown"
     Text detail;
 };

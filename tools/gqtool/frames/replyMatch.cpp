@@ -1,0 +1,34 @@
+#include "replyMatch.h"
+
+#include "gqtool/map/commandMap.h"
+
+#include <socketApi.h>
+
+using gqdb::CSocketAPI;
+
+Frame frameOf(const QByteArray& bytes)
+{
+    FrameStream stream;
+    const std::vector<StreamItem> items = stream.feed(bytes);
+    return items.empty() ? Frame() : items[0].content;
+}
+
+Text mismatchText(const Frame& reply, const Frame& request, int lastSequence)
+{
+    if (reply.command != request.command)
+        return Text::tr("reply of command %1, expected %2")
+            .arg(commandText(reply.command), commandText(request.command));
+    const bool isCounted = lastSequence >= 0 && reply.sequence == ((lastSequence + 1) & 0xFFFF);
+    if (reply.sequence == request.sequence || reply.sequence == 0 || isCounted)
+        return {};
+    return Text::tr("reply of sequence %1, expected %2").arg(reply.sequence).arg(request.sequence);
+}
+
+// The requests of these two contain the client's time, and the replies do not.
+bool isEcho(const Frame& reply, const Frame& request)
+{
+    const bool wasTime =
+        request.command == CSocketAPI::systemStateCommand || request.command == CSocketAPI::clearCommand;
+    return wasTime && reply.command == request.command && reply.sequence == request.sequence &&
+           reply.payload == request.payload;
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "frameStream.h"
+#include "shared/text.h"
+
+// Reads a frame that was built here.
+Frame frameOf(const QByteArray& bytes);
+
+// Says why a frame cannot be the reply to the request; empty if it can. A client compares neither command nor sequence
+// and takes it. Servers return the sequence of the request, return 0, or count their own frames: `lastSequence` is that
+// of the server's previous frame, or -1 if there is none.
+Text mismatchText(const Frame& reply, const Frame& request, int lastSequence);
+
+// Returns true if the reply repeats the request, and a server that knows the command would not.
+bool isEcho(const Frame& reply, const Frame& request);
