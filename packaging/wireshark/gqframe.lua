@@ -16,6 +16,15 @@ gqframe.prefs.request_forms = Pref.string("Forms of requests", "",
 gqframe.prefs.reply_forms = Pref.string("Forms of replies", "", "Forms by command, such as 0x20=ints, 0x21=bytes")
 gqframe.prefs.map = Pref.string("Map of commands", "",
     "A file with a line COMMAND NAME REQUEST REPLY for each command, as gqtool call --map and trace --map read it")
+local encodings = { -- of those that Wireshark knows; its GB18030 includes GBK and GB2312
+    { "UTF-8", ENC_UTF_8 }, { "GB18030", ENC_GB18030 }, { "EUC-KR", ENC_EUC_KR }, { "ISO-8859-1", ENC_ISO_8859_1 },
+    { "ISO-8859-15", ENC_ISO_8859_15 }, { "Windows-1251", ENC_WINDOWS_1251 }, { "Windows-1252", ENC_WINDOWS_1252 },
+}
+local offered = {}
+for number, encoding in ipairs(encodings) do offered[number] = { number, encoding[1], number } end
+gqframe.prefs.encoding = Pref.enum("Encoding of texts", 1,
+    "Of the texts in database records, as gqtool decode --encoding. GB18030 includes GBK and GB2312", offered, false)
+local textEncoding = ENC_UTF_8
 gqframe.prefs.largest_payload = Pref.uint("Largest payload", 16777216,
     "In bytes. If a frame announces more, its start byte is taken for a false one")
 
@@ -78,6 +87,8 @@ local note = {
     lost = ProtoExpert.new("gqframe.lost", "Follows another frame in the same segment: a client ignores it",
         expert.group.SEQUENCE, expert.severity.WARN),
     unanswered = ProtoExpert.new("gqframe.unanswered_note", "A request has no reply",
+        expert.group.SEQUENCE, expert.severity.WARN),
+    mismatch = ProtoExpert.new("gqframe.mismatch", "Does not match its request: a client takes it for the reply",
         expert.group.SEQUENCE, expert.severity.WARN),
     padding = ProtoExpert.new("gqframe.padding_note", "Over UDP a frame is padded to 64 bytes",
         expert.group.PROTOCOL, expert.severity.CHAT),
@@ -280,7 +291,34 @@ local noLists = { hisQuery = true, oneSecQuery = true, variant = true, variantBl
     propertyBlob = true, object = true, objectBlob = true, wave = true }
 local onlyLists = { blobData = true }
 
+-- The library converts their texts itself, from UTF-8.
+local frontEndRecords = { nodeHead = true, commItem = true, ycItem = true, yxItem = true, ydItem = true,
+    ybItem = true, ybItemWritten = true }
+
 local slotSize = 258
+
+-- Adds a text that may be empty; `item` includes its length field. In another encoding than UTF-8, TvbRange:string would
+-- cut the text to as many bytes as it has on the wire.
+local function addText(tree, shown, item, text, encoding)
+    if not text then
+        tree:add(shown, item, "")
+    elseif encoding == ENC_UTF_8 then
+        tree:add(shown, item, text:string(ENC_UTF_8))
+    else
+        tree:add_packet_field(shown, text, encoding)
+    end
+end
+
+local function textType(encoding)
+    return {
+        make = ProtoField.string,
+        size = function(payload, offset) return 2 + payload:range(offset, 2):le_uint() end,
+        least = 2,
+        add = function(tree, shown, bytes)
+            addText(tree, shown, bytes, bytes:len() > 2 and bytes:range(2), encoding())
+        end,
+    }
+end
 
 -- size(payload, offset) returns the number of bytes of a value, which may be more than the payload has. Without `add`
 -- the value is a number.
@@ -290,21 +328,14 @@ local types = {
     i32 = { make = ProtoField.int32, size = function() return 4 end },
     float = { make = ProtoField.float, size = function() return 4 end },
     double = { make = ProtoField.double, size = function() return 8 end },
-    text = {
-        make = ProtoField.string,
-        size = function(payload, offset) return 2 + payload:range(offset, 2):le_uint() end,
-        least = 2,
-        add = function(tree, shown, bytes)
-            local text = bytes:len() > 2 and bytes:range(2):string(ENC_UTF_8) or ""
-            tree:add(shown, bytes, text)
-        end,
-    },
+    text = textType(function() return textEncoding end),
+    utf8 = textType(function() return ENC_UTF_8 end),
     slot = {
         make = ProtoField.string,
         size = function() return slotSize end,
         add = function(tree, shown, bytes)
             local size = math.min(bytes:range(0, 2):le_uint(), slotSize - 2)
-            tree:add(shown, bytes, size > 0 and bytes:range(2, size):string(ENC_UTF_8) or "")
+            addText(tree, shown, bytes, size > 0 and bytes:range(2, size), textEncoding)
         end,
     },
     blob = {
@@ -437,6 +468,7 @@ local function makeStep(record, name, typeName)
             return addRecords(inner, count, payload, offset + 2, tree)
         end
     end
+    if typeName == "text" and frontEndRecords[record] then typeName = "utf8" end
     local base, times = typeName:match("^(%w+)%*(%d+)$")
     local fieldType = typeOf(base or typeName)
     local shown = fieldType.make(prefix .. name, name)
@@ -592,8 +624,8 @@ end
 
 -- A client has one request at a time: all frames from the server belong to the reply to the latest request.
 -- These tables are filled in the first pass over the packets.
-local latestRequest = {} -- by conversation: packet number and time
-local requestOf = {}     -- by packet with a reply: the request's packet number and time
+local latestRequest = {} -- by conversation: packet number, time, command and sequence
+local requestOf = {}     -- by packet with a reply: the same of its request
 local replyOf = {}       -- by packet with a request: packet number of its first reply
 local isUnasked = {}     -- by packet: frames from the server before any request
 local unanswered = {}    -- by packet with a request: packet number of the preceding request, if that got no reply
@@ -615,14 +647,15 @@ local function missedReply(pinfo, conversation)
 end
 
 -- In the first pass only the fields of `pinfo` are available.
-local function pair(pinfo, direction, isDatagram)
+local function pair(pinfo, direction, isDatagram, command, sequence)
     if pinfo.visited or not direction then return end
     local client, server = ends(pinfo)
     if direction == "reply" then client, server = server, client end
     local conversation = conversationOf(client, server, isDatagram)
     if direction == "request" then
         unanswered[pinfo.number] = missedReply(pinfo, conversation)
-        latestRequest[conversation] = { number = pinfo.number, time = pinfo.rel_ts }
+        latestRequest[conversation] = { number = pinfo.number, time = pinfo.rel_ts, command = command,
+            sequence = sequence }
         return
     end
     local request = latestRequest[conversation]
@@ -645,7 +678,18 @@ local function addUnanswered(number, tree)
         :add_proto_expert_info(note.unanswered, string.format("The request in packet %d has no reply", number))
 end
 
-local function addPair(pinfo, direction, tree)
+-- A server may return 0 in place of the sequence.
+local function addMismatch(request, command, sequence, tree)
+    local isOther = command ~= request.command and command ~= errorCommand
+    if not isOther and (sequence == request.sequence or sequence == 0) then return end
+    tree:add_proto_expert_info(note.mismatch, string.format(
+        "Does not match its request, command 0x%02x with sequence %d: a client takes it for the reply",
+        request.command, request.sequence))
+    return true
+end
+
+-- Returns true if the frame is a reply that does not match its request.
+local function addPair(pinfo, direction, command, sequence, tree)
     local missed = direction == "request" and unanswered[pinfo.number]
     if missed then addUnanswered(missed, tree) end
     local request = direction == "reply" and requestOf[pinfo.number]
@@ -654,6 +698,7 @@ local function addPair(pinfo, direction, tree)
         local time = pinfo.rel_ts - request.time
         local seconds = math.floor(time)
         tree:add(field.replyTime, NSTime(seconds, math.floor((time - seconds) * 1e9 + 0.5))):set_generated()
+        return addMismatch(request, command, sequence, tree)
     elseif direction == "request" and replyOf[pinfo.number] then
         tree:add(field.replyIn, replyOf[pinfo.number]):set_generated()
     end
@@ -757,9 +802,12 @@ local function addFrame(tvb, offset, length, pinfo, direction, isDatagram, root)
             ending:add_proto_expert_info(note.wrongEnd)
             summary = "frame with a wrong end"
         else
-            pair(pinfo, direction, isDatagram)
+            local sequence = tvb:range(offset + 5, 2):le_uint()
+            pair(pinfo, direction, isDatagram, command, sequence)
             summary = addContent(pinfo, command, payload, direction, isDatagram, tree)
-            addPair(pinfo, direction, tree)
+            if addPair(pinfo, direction, command, sequence, tree) then
+                summary = summary .. " (does not match its request)"
+            end
         end
     end
     if isLost[frameKey(pinfo, tvb, offset)] then
@@ -874,6 +922,16 @@ function closing.dissector(_, pinfo, root)
     end
 end
 
+local firstPacket -- with frames
+
+-- Shows in the list of packets that a preference is wrong, in the first line.
+local function addPreferenceFault(pinfo)
+    firstPacket = firstPacket or pinfo.number
+    if #notUnderstood == 0 or pinfo.number ~= firstPacket then return end
+    local others = #notUnderstood > 1 and string.format(", and %d more", #notUnderstood - 1) or ""
+    pinfo.cols.info:append(string.format(" [preference not understood: %s%s]", notUnderstood[1], others))
+end
+
 function gqframe.dissector(tvb, pinfo, root)
     local isDatagram = pinfo.port_type == 3 -- UDP
     local direction = directionOf(pinfo)
@@ -913,12 +971,13 @@ function gqframe.dissector(tvb, pinfo, root)
         end
     end
     if #summaries > 0 then pinfo.cols.info = table.concat(summaries, ", ") end
+    addPreferenceFault(pinfo)
     return tvb:len()
 end
 
 function gqframe.init()
     latestRequest, requestOf, replyOf, isUnasked, unanswered = {}, {}, {}, {}, {}
-    flows, isLost, partOf, endings, lastSeen = {}, {}, {}, {}, 0
+    flows, isLost, partOf, endings, lastSeen, firstPacket = {}, {}, {}, {}, 0, nil
 end
 
 -- --- Registration ------------------------------------------------------------------------------------------------
@@ -932,6 +991,7 @@ for _, ports in ipairs(tables) do ports:add_for_decode_as(gqframe) end
 
 function gqframe.prefs_changed()
     notUnderstood = {}
+    textEncoding = encodings[gqframe.prefs.encoding][2]
     chooseForms("request", gqframe.prefs.request_forms)
     chooseForms("reply", gqframe.prefs.reply_forms)
     readMap(gqframe.prefs.map)

@@ -443,6 +443,39 @@ class CommandMap(DissectorTest):
                 text = element.find("./field[@name='_ws.expert']").get("showname")
                 self.assertTrue(text.endswith(f"plant.map:2: {message}"), text)
 
+    def test_reportsWrongLinesInTheFirstSummary(self):
+        plant = self.map("0x20 levels int\n0x21 other int ints\n0x22 third int\n")
+        capture = self.capture()
+        connection = Connection(capture, 40000)
+        connection.segment(golden_bytes("requestInt"), True)
+        connection.segment(golden_bytes("replyInts"), False)
+        path = capture.close()
+        for passes in ([], ["-2"]):
+            lines = self.tshark.text(path, *plant, *passes, "-T", "fields", "-e", "_ws.col.Info").splitlines()
+            wrong = f"{self.folder}/plant.map:1: must be COMMAND NAME REQUEST REPLY, got 3 words"
+            self.assertEqual(
+                lines,
+                [
+                    f"command 0x20 request [preference not understood: {wrong}, and 1 more]",
+                    "command 0x20 reply (does not match its request)",  # sequence 7, not 6
+                ],
+            )
+
+    def test_showsTextsInTheEncodingOfAPreference(self):
+        names = b"\xb9\xf8\xc2\xaf"  # in GBK: a boiler
+        point = bytes(4) + bytes([len(names), 0]) + names + bytes(4 + 2 + 4)
+        node = bytes(4) + bytes([3, 0]) + b"\xe9\x94\x85" + bytes(3 * 2 + 4 + 4 + 4 * 4 + 2 * 2)  # UTF-8
+        for form, record, other, texts in (
+            ("pointInfos", point, ["-o", "gqframe.encoding:GB18030"], ["\u9505\u7089", ""]),
+            ("nodeHeads", node, ["-o", "gqframe.encoding:GB18030"], ["\u9505"]),  # as the library reads it
+        ):
+            with self.subTest(form):
+                data = b"\1\0\0\0" + record
+                payload = len(data).to_bytes(4, "little") + data
+                frame = b"\x68" + len(payload).to_bytes(4, "little") + bytes([0, 0, 0, 0, 0x20]) + payload
+                element = self.reply_in(frame + b"\0\0\x16", *self.map(f"0x20 list - bytes:{form}"), *other)
+                self.assertEqual(shown(element, f"{form[:-1]}.text1"), texts[:1])
+
     def test_reportsAMissingFile(self):
         element = self.reply_in(golden_bytes("replyInts"), "-o", f"gqframe.map:{self.folder}/none")
         text = element.find("./field[@name='_ws.expert']").get("showname")
@@ -532,6 +565,42 @@ class Conversation(DissectorTest):
         ):
             with self.subTest(name, packet=packet):
                 self.assertEqual(shown(packets[packet], name), expected)
+
+    def test_marksAReplyThatDoesNotMatchItsRequest(self):
+        def frame(sequence, command):
+            return bytes([0x68, 0, 0, 0, 0, sequence, 0, 0, 0, command, 0, 0, 0x16])
+
+        capture = self.capture()
+        connection = Connection(capture, 40000)
+        connection.segment(frame(7, 0x20), False)  # not asked for
+        connection.segment(frame(7, 0x20), True)
+        expected = [[], []]  # by packet
+        differs = "Does not match its request, command 0x20 with sequence 7: a client takes it for the reply"
+        for sequence, command, marks in (
+            (7, 0x20, []),
+            (0, 0x20, []),  # the server returns no sequence
+            (7, 0xFF, []),  # an error frame
+            (8, 0x20, [differs]),
+            (7, 0x21, [differs]),
+            (0, 0x21, [differs]),
+            (8, 0xFF, [differs]),
+        ):
+            connection.segment(frame(sequence, command), False)
+            expected.append(marks)
+        capture.datagram(frame(7, 0x20), True, 40001)
+        capture.datagram(frame(7, 0x21), False, 40001)
+        expected += [[], [differs]]
+        path = capture.close()
+        for passes in ([], ["-2"]):
+            marked = [
+                [note.get("showname") for note in packet.iterfind(".//field[@name='_ws.expert.message']")]
+                for packet in self.tshark.read(path, *passes)
+            ]
+            found = [[each for each in notes if differs in each] for notes in marked]
+            self.assertEqual([len(each) for each in found], [len(each) for each in expected])
+        lines = self.tshark.text(path, "-Y", "gqframe.mismatch", "-T", "fields", "-e", "_ws.col.Info").splitlines()
+        self.assertEqual(lines[1], "command 0x21 reply (does not match its request)")
+        self.assertEqual(len(lines), 5)
 
     def test_findsRequestsWithoutAReplyInTwoPasses(self):
         capture = self.capture()
@@ -654,7 +723,13 @@ class Conversation(DissectorTest):
         lines = self.tshark.text(capture.close(), "-T", "fields", "-e", "_ws.col.Info").splitlines()
         self.assertEqual(
             lines,
-            ["setTime request", "systemState reply, systemTime reply (lost)", "error -7", "frame with a wrong end"],
+            [
+                "setTime request",
+                "systemState reply (does not match its request), "
+                "systemTime reply (does not match its request) (lost)",
+                "error -7 (does not match its request)",  # its sequence is 10, that of the request 3
+                "frame with a wrong end",
+            ],
         )
 
 
