@@ -134,7 +134,7 @@ TEST(GqtoolCommands, refusesABadFileWithLineAndPathOfEachError)
     EXPECT_EQ(outcome.output, "");
     const char* const beginnings[] = {
         "line 3: commands[0].reply.as must be a form of 'gqtool decode --list', got \"noForm\"",
-        "line 4: commands[1].command must be an integer from 0 to 255",
+        "line 4: commands[1].command must be an integer from 0 to 254",
         "line 4: commands[1].payload: '7' must have an even number of hex digits",
         "line 4: commands[1].reply.int must be an integer from -2147483648 to 2147483647, got 1.5",
         "line 6: commands[2].reply[0].ints[1] must be an integer",
@@ -148,6 +148,36 @@ TEST(GqtoolCommands, refusesABadFileWithLineAndPathOfEachError)
     for (int i = 0; i < 10; ++i)
         EXPECT_TRUE(lines[i].startsWith(QString("gqtool: %1: %2").arg(file.path, beginnings[i])))
             << lines[i].toStdString();
+}
+
+TEST(GqtoolCommands, refusesTheCommandOfErrorFrames)
+{
+    const ScriptFile file(R"({"commands": [{"command": 255, "reply": "echo"}]})", "commands.json");
+    EXPECT_EQ(
+        run({"station", "--commands", file.path}).errors,
+        "gqtool: " + file.path +
+            ": line 1: commands[0].command must be an integer from 0 to 254 or a text such as \"0x35\", got 255\n");
+}
+
+TEST(GqtoolCommands, limitsTheListOfErrors)
+{
+    const ScriptFile file("{\"commands\": [5" + QByteArray(", 5").repeated(20) + "]}", "commands.json");
+    const QStringList errors = run({"station", "--commands", file.path}).errors.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(errors.size(), 21);
+    EXPECT_EQ(errors[20], "gqtool: 1 more error");
+}
+
+TEST(GqtoolCommands, warnsOnceOfEachReadyMadeCommandThatItReplaces)
+{
+    CommandsStation station("{\"commands\": [{\"command\": 64, \"reply\": \"echo\"},\n"
+                            "{\"command\": 2, \"payload\": \"\", \"reply\": {\"int\": 5}},\n"
+                            "{\"command\": 2, \"reply\": {\"int\": 6}},\n"
+                            "{\"command\": 6, \"reply\": {\"int\": 7}}]}");
+    EXPECT_EQ(station.nextError(),
+              "gqtool: " + station.path + ": line 2: commands[1].command replaces the ready-made command systemTime");
+    EXPECT_EQ(station.nextError(),
+              "gqtool: " + station.path + ": line 4: commands[3].command replaces the ready-made command setState");
+    EXPECT_EQ(station.call({"systemTime"}).output, "6\n");
 }
 
 TEST(GqtoolCommands, acceptsTheExample)

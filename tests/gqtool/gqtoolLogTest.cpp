@@ -6,6 +6,8 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include <unistd.h>
+
 static QStringList linesOf(const QString& path)
 {
     QFile file(path);
@@ -53,6 +55,17 @@ TEST(GqtoolLog, appendsToTheFile)
         station.end();
         EXPECT_EQ(linesOf(path).size(), i);
     }
+}
+
+TEST(GqtoolLog, isGivenUpIfTheDiskIsFull)
+{
+    RunningStation station({"--log", "/dev/full"});
+    EXPECT_EQ(station.nextError(),
+              "gqtool: cannot write to /dev/full, the station continues without it: No space left on device");
+    EXPECT_EQ(station.call({"systemState"}).output, "1\n");
+    usleep(500000); // the log would be saved again
+    station.end();
+    EXPECT_EQ(station.outcome().errors, "");
 }
 
 TEST(GqtoolLog, exitsWith1IfTheFileCannotBeWritten)

@@ -317,12 +317,26 @@ TEST(GqtoolScript, isRefusedWithLineAndReasonBeforeTheStationListens)
     };
     for (const auto& bad : lines) {
         SCOPED_TRACE(bad.line);
-        const ScriptFile script(QByteArray("# first\nreply 1 silent\n") + bad.line + "\nreply 2 nonsense\n");
+        const ScriptFile script(QByteArray("# first\nreply 1 silent\n") + bad.line + "\nreply 2 silent\n");
         const Outcome outcome = run({"station", "--script", script.path});
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_EQ(outcome.output, "");
         EXPECT_EQ(outcome.errors, QString("gqtool: %1: line 3: %2\n").arg(script.path, bad.reason));
     }
+}
+
+TEST(GqtoolScript, isRefusedWithAllItsErrorsUpTo20)
+{
+    const ScriptFile two("reply 1 silent\nreply 2\nreply 3 silent\nanswer 4 silent\n");
+    EXPECT_EQ(run({"station", "--script", two.path}).errors,
+              QString("gqtool: %1: line 2: a line must be 'greeting|reply|command COMMAND SELECTOR FAULT [VALUE]'\n"
+                      "gqtool: %1: line 4: a line must begin with greeting, reply or command, got 'answer'\n")
+                  .arg(two.path));
+    const ScriptFile many(QByteArray("reply\n").repeated(22));
+    const QStringList errors = run({"station", "--script", many.path}).errors.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(errors.size(), 21);
+    EXPECT_TRUE(errors[19].contains(": line 20: "));
+    EXPECT_EQ(errors[20], "gqtool: 2 more errors");
 }
 
 TEST(GqtoolScript, isRefusedIfItCannotBeRead)

@@ -46,10 +46,11 @@ static QString overview()
         .arg(list);
 }
 
-// Prints Qt's warnings like the program's own messages.
+// Prints Qt's warnings like the program's own messages. A file that it appends to may be a pipe or a device.
 static void printWarning(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
 {
-    printError(message);
+    if (!message.contains("Cannot call seek on a sequential device"))
+        printError(message);
 }
 
 static int fail(const QString& message)

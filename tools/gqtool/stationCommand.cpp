@@ -1,6 +1,7 @@
 #include "command.h"
 #include "commandLine.h"
 #include "endpoint.h"
+#include "gqtool/records/decoding.h"
 #include "gqtool/station/commandAnswers.h"
 #include "gqtool/station/recordedAnswers.h"
 #include "gqtool/station/simulatedAnswers.h"
@@ -62,14 +63,30 @@ private:
     Option closes;
 };
 
-// --- The file of commands -----------------------------------------------------------------------------------------
+// --- Files --------------------------------------------------------------------------------------------------------
+
+static void printMessages(const QStringList& messages)
+{
+    for (const QString& message : messages.mid(0, FaultList::usualLimit))
+        printError(message);
+    const int others = messages.size() - FaultList::usualLimit;
+    if (others > 0)
+        printError((others == 1 ? Text::tr("%1 more error") : Text::tr("%1 more errors")).arg(others));
+}
+
+static bool readScript(StationScript& script, const QString& path)
+{
+    QStringList errors;
+    const bool isGood = script.read(path, errors);
+    printMessages(errors);
+    return isGood;
+}
 
 static bool readCommands(CommandAnswers& commands)
 {
-    QStringList errors;
-    const bool isGood = commands.read(errors);
-    for (const QString& error : errors)
-        printError(error);
+    QStringList messages;
+    const bool isGood = commands.read(messages);
+    printMessages(messages);
     return isGood;
 }
 
@@ -117,7 +134,7 @@ static const char* const description = QT_TRANSLATE_NOOP(
     "\n"
     "An unknown command is answered with error -10, an invalid payload with error -11.\n"
     "\n"
-    "--commands FILE replaces all commands except 1, 2, 3, 5 and 6 by those of a JSON file:\n"
+    "--commands FILE replaces all commands by those of a JSON file, except 1, 2, 3, 5 and 6 if it has none of them:\n"
     "  {\"commands\": [{\"command\": \"0x35\", \"reply\": {\"as\": \"pointRealDatas\", \"value\": [...]}},\n"
     "                {\"command\": 64, \"payload\": \"07000000\", \"reply\": {\"int\": 42}},\n"
     "                {\"command\": 80, \"error\": -7}]}\n"
@@ -182,10 +199,8 @@ int runStation(const QStringList& arguments)
     QString error;
     if (!everyFault.addTo(faults, error))
         return usageError(error);
-    if (script.isSet() && !faults.read(script.text(), error)) {
-        printError(error);
+    if (script.isSet() && !readScript(faults, script.text()))
         return exitFailed;
-    }
 
     const int hangups = commands.isSet() ? openHangups() : -1;
     // Never destroyed: its thread runs until the process ends.

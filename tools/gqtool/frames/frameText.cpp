@@ -161,15 +161,19 @@ static Text payloadText(const Frame& frame, const FrameSource& source)
 
 // --- Items of a stream ----------------------------------------------------------------------
 
+Text commandLabel(unsigned char command, const FrameSource& source)
+{
+    const MappedCommand* mapped = source.mapped(command);
+    const QString name = mapped == nullptr ? commandName(command) : mapped->name;
+    return name.isEmpty() ? Text::tr("command %1").arg(commandText(command)) : Text::untranslated(name);
+}
+
 Text frameText(const Frame& frame, const FrameSource& source)
 {
-    const MappedCommand* mapped = source.mapped(frame.command);
-    const QString name = mapped == nullptr ? commandName(frame.command) : mapped->name;
-    const Text text =
-        (frame.length == 1 ? Text::tr("%1, sequence %2, %3 byte") : Text::tr("%1, sequence %2, %3 bytes"))
-            .arg(name.isEmpty() ? Text::tr("command %1").arg(commandText(frame.command)) : Text::untranslated(name))
-            .arg(frame.sequence)
-            .arg(frame.length);
+    const Text text = (frame.length == 1 ? Text::tr("%1, sequence %2, %3 byte") : Text::tr("%1, sequence %2, %3 bytes"))
+                          .arg(commandLabel(frame.command, source))
+                          .arg(frame.sequence)
+                          .arg(frame.length);
     if (frame.command == CSocketAPI::errorCommand && frame.payload.size() < 4)
         return Text::tr("%1: no code").arg(text);
     if (frame.command == CSocketAPI::errorCommand)

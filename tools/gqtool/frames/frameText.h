@@ -11,5 +11,8 @@
 // standard form that its bytes fit.
 Text frameText(const Frame& frame, const FrameSource& source = {});
 
+// "systemTime", the name in the map of `source`, or "command 0x35".
+Text commandLabel(unsigned char command, const FrameSource& source);
+
 // Any item of a stream on one line: a frame as above, garbage as hex, faults in words.
 Text itemText(const StreamItem& item, const FrameSource& source = {});

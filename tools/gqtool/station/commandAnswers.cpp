@@ -2,6 +2,7 @@
 
 #include "gqtool/closestName.h"
 #include "gqtool/dump/hexReader.h"
+#include "gqtool/frames/frameText.h"
 #include "gqtool/input.h"
 #include "gqtool/records/jsonText.h"
 #include "gqtool/records/recordJson.h"
@@ -17,9 +18,11 @@
 #include <climits>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <socketApi.h>
 
 using gqdb::CByte2Val;
+using gqdb::CSocketAPI;
 
 // --- The file -----------------------------------------------------------------------------------------------------
 
@@ -30,8 +33,10 @@ public:
     std::vector<CommandAnswers::Entry> read();
 
     QStringList errors;
+    QStringList warnings;
 
 private:
+    void warn(int command, const QString& place);
     void fail(const QString& place, const QString& message);
     void failIn(const QString& place, const QString& reason);
     void checkMembers(const QJsonObject& object, const QString& place, const QStringList& known);
@@ -48,11 +53,25 @@ private:
 
     const QString path;
     const LocatedJson& json;
+    std::set<int> replaced; // ready-made commands
 };
 
 void CommandFileReader::fail(const QString& place, const QString& message)
 {
     errors.append(Text::tr("%1: line %2: %3 %4").arg(path).arg(json.lineOf(place)).arg(place, message));
+}
+
+// Reports the first entry for a ready-made command.
+void CommandFileReader::warn(int command, const QString& place)
+{
+    const bool isReadyMade = command == CSocketAPI::systemStateCommand || command == CSocketAPI::systemTimeCommand ||
+                             command == CSocketAPI::clearCommand || command == CSocketAPI::setTimeCommand ||
+                             command == CSocketAPI::setStateCommand;
+    if (isReadyMade && replaced.insert(command).second)
+        warnings.append(Text::tr("%1: line %2: %3 replaces the ready-made command %4")
+                            .arg(path)
+                            .arg(json.lineOf(place))
+                            .arg(place, commandLabel(static_cast<unsigned char>(command), FrameSource())));
 }
 
 void CommandFileReader::failIn(const QString& place, const QString& reason)
@@ -94,6 +113,7 @@ CommandAnswers::Entry CommandFileReader::readEntry(const QJsonObject& object, co
     checkMembers(object, place, {"command", "payload", "reply", "error"});
     CommandAnswers::Entry entry;
     entry.command = readCommand(object["command"], place + ".command");
+    warn(entry.command, place + ".command");
     if (object.contains("payload"))
         entry.payload = readHex(object["payload"], place + ".payload");
     if (object.contains("reply") == object.contains("error"))
@@ -112,12 +132,12 @@ int CommandFileReader::readCommand(const QJsonValue& value, const QString& place
 {
     bool isNumber = value.isDouble();
     const double number = isNumber ? value.toDouble() : value.toString().toInt(&isNumber, 0);
-    if (isNumber && number >= 0 && number <= UCHAR_MAX && std::floor(number) == number)
+    if (isNumber && number >= 0 && number < CSocketAPI::errorCommand && std::floor(number) == number)
         return static_cast<int>(number);
     if (value.isUndefined())
         fail(place, Text::tr("is missing"));
     else
-        fail(place, Text::tr("must be an integer from 0 to 255 or a text such as \"0x35\"") + gotText(value));
+        fail(place, Text::tr("must be an integer from 0 to 254 or a text such as \"0x35\"") + gotText(value));
     return 0;
 }
 
@@ -268,29 +288,30 @@ CommandAnswers::CommandAnswers(const QString& file, int greetingValue, int gapMs
 {
 }
 
-bool CommandAnswers::read(QStringList& errors)
+bool CommandAnswers::read(QStringList& messages)
 {
     QByteArray text;
     QString error;
     if (!readAll(path, text, error)) {
-        errors = QStringList{Text::tr("cannot read %1: %2").arg(path, error)};
+        messages = QStringList{Text::tr("cannot read %1: %2").arg(path, error)};
         return false;
     }
     LocatedJson json;
     if (!json.parse(text, error)) {
-        errors = QStringList{Text::tr("%1: %2").arg(path, error)};
+        messages = QStringList{Text::tr("%1: %2").arg(path, error)};
         return false;
     }
     if (!json.value().isObject()) {
-        errors = QStringList{Text::tr("%1: %2").arg(path, Text::tr("must be a JSON object") + gotText(json.value()))};
+        messages = QStringList{Text::tr("%1: %2").arg(path, Text::tr("must be a JSON object") + gotText(json.value()))};
         return false;
     }
     CommandFileReader reader(path, json);
     std::vector<Entry> read = reader.read();
-    errors = reader.errors;
-    if (errors.isEmpty())
+    const bool isGood = reader.errors.isEmpty();
+    messages = isGood ? reader.warnings : reader.errors;
+    if (isGood)
         entries = std::move(read);
-    return errors.isEmpty();
+    return isGood;
 }
 
 std::vector<TimedFrame> CommandAnswers::answer(const StationRequest& request)

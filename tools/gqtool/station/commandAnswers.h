@@ -16,8 +16,9 @@ public:
     // `gapMs` separates the frames of a reply.
     CommandAnswers(const QString& file, int greetingValue, int gapMs);
 
-    // Reads the file. On failure keeps what was there, and returns false with a message for each error in `errors`.
-    bool read(QStringList& errors);
+    // Reads the file. On failure keeps what was there, and returns false with a message for each error. On success there
+    // is a message for each ready-made command that the file replaces.
+    bool read(QStringList& messages);
 
     size_t count() const { return entries.size(); }
 

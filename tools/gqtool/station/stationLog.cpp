@@ -1,4 +1,6 @@
 #include "stationLog.h"
+
+#include "shared/console.h"
 #include "shared/text.h"
 
 #include <QDateTime>
@@ -14,7 +16,7 @@ static sigset_t endSignals()
     return endings;
 }
 
-StationLog::StationLog() : saver(log) {}
+StationLog::StationLog() : saver(*this) {}
 
 bool StationLog::open(const QString& path, QString& error)
 {
@@ -43,8 +45,14 @@ void StationLog::add(const QString& line)
 
 void StationLog::save()
 {
-    if (isOpen)
-        log.save();
+    if (!isOpen)
+        return;
+    log.save();
+    const QString failure = log.failure();
+    isOpen = failure.isEmpty();
+    if (!isOpen)
+        printError(
+            Text::tr("cannot write to %1, the station continues without it: %2").arg(log.path(), libraryText(failure)));
 }
 
 void StationLog::Saver::run()

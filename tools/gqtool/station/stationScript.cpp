@@ -136,24 +136,23 @@ bool StationScript::add(const QString& line, QString& error)
     return true;
 }
 
-bool StationScript::read(const QString& path, QString& error)
+bool StationScript::read(const QString& path, QStringList& errors)
 {
     QFile file(path);
     const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     if (file.error() != QFileDevice::NoError) {
-        error = Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString()));
+        errors = QStringList{Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString()))};
         return false;
     }
+    errors.clear();
     const QStringList lines = QString::fromUtf8(content.constData(), content.size()).split('\n');
     for (int index = 0; index < lines.size(); ++index) {
         const QString line = lines[index].section('#', 0, 0).trimmed();
         QString reason;
-        if (!line.isEmpty() && !add(line, reason)) {
-            error = Text::tr("%1: line %2: %3").arg(path).arg(index + 1).arg(reason);
-            return false;
-        }
+        if (!line.isEmpty() && !add(line, reason))
+            errors.append(Text::tr("%1: line %2: %3").arg(path).arg(index + 1).arg(reason));
     }
-    return true;
+    return errors.isEmpty();
 }
 
 SendFaults StationScript::nextGreeting()
