@@ -413,10 +413,6 @@ are printed while their bytes arrive, so they can be of any length.
         <translation>按 FILE 中的命令表显示帧的命令和净荷</translation>
     </message>
     <message>
-        <source>write a list as a table to FILE, field names in its first line; - means standard output</source>
-        <translation>将列表以表格形式写入 FILE，首行为字段名；- 表示标准输出</translation>
-    </message>
-    <message>
         <source>with --json, print the fields even if the input exceeds 1 MiB</source>
         <translation>与 --json 同用时，即使输入超过 1 MiB 也输出各字段</translation>
     </message>
@@ -435,10 +431,6 @@ are printed while their bytes arrive, so they can be of any length.
     <message>
         <source>--payload must be one of %1, got &apos;%2&apos;</source>
         <translation>--payload 必须是 %1 之一，实际为 &apos;%2&apos;</translation>
-    </message>
-    <message>
-        <source>--udp, --request, --payload and --map require --as frames</source>
-        <translation>--udp、--request、--payload 和 --map 需要 --as frames</translation>
     </message>
     <message>
         <source>--as must be a form of --list, got &apos;%1&apos;</source>
@@ -461,20 +453,8 @@ are printed while their bytes arrive, so they can be of any length.
         <translation>转储的每一行必须以偏移开头，实际为 &apos;%1&apos;</translation>
     </message>
     <message>
-        <source>&apos;%1&apos; must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C</source>
-        <translation>&apos;%1&apos; 必须是一个字节：字内的字节次序未知；请用 od -t x1 或 hexdump -C</translation>
-    </message>
-    <message>
-        <source>offset %1 may be octal or decimal; use od -A x</source>
-        <translation>偏移 %1 可能是八进制或十进制；请用 od -A x</translation>
-    </message>
-    <message>
         <source>offset after * must be %1 and a multiple of %2 bytes, got %3</source>
         <translation>* 之后的偏移必须是 %1 加 %2 字节的倍数，实际为 %3</translation>
-    </message>
-    <message>
-        <source>; offsets must be hexadecimal, as of od -A x</source>
-        <translation>；偏移必须是十六进制，例如 od -A x 的输出</translation>
     </message>
     <message>
         <source>; 1 byte is missing</source>
@@ -503,10 +483,6 @@ are printed while their bytes arrive, so they can be of any length.
     <message>
         <source>&apos;%1&apos; is not a hex digit</source>
         <translation>&apos;%1&apos; 不是十六进制数字</translation>
-    </message>
-    <message>
-        <source>byte 0x%1 is not a hex digit; use --raw for raw bytes</source>
-        <translation>字节 0x%1 不是十六进制数字；原始字节请用 --raw</translation>
     </message>
     <message>
         <source>a line of a dump must have at most %1 characters</source>
@@ -1626,10 +1602,6 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>必须有且只有 reply 和 error 之一</translation>
     </message>
     <message>
-        <source>must be an integer from 0 to 255 or a text such as &quot;0x35&quot;</source>
-        <translation>必须是 0 到 255 的整数或 &quot;0x35&quot; 这样的文本</translation>
-    </message>
-    <message>
         <source>must be a text of hex digits, two per byte</source>
         <translation>必须是十六进制数字文本，每字节两位</translation>
     </message>
@@ -1894,81 +1866,6 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>保留原有的 %1 个命令</translation>
     </message>
     <message>
-        <source>Runs a simulated station: a frame server that greets clients, answers the ready-made commands and serves
-lists. It prints a line with its address, then a line per connection and request, until it is stopped.
-
-Commands: 1 systemState (1 until setState), 2 systemTime (its clock), 3 clear (resets state and clock),
-5 setTime (sets its clock to the first integer, in seconds since 1970), 6 setState.
-
-Commands defined by the station, each with one integer as payload. 0x20 to 0x22 take a count: up to 1000
-integers, 100000 bytes or 48 strings. 0x23 takes a code and answers with an error frame. 0x30 to 0x38 serve a
-small point database, as byte lists that hold records: 0x30 all points in short form, 0x31 to 0x34 float, int,
-bool and blob points, 0x35 current values, 0x36 a stored wave, 0x37 events, 0x38 an object. 0x40 to 0x45 serve
-a front-end processor in the same way: 0x40 node heads, 0x41 communication entries, 0x42 YcItem, 0x43 YxItem,
-0x44 YdItem and 0x45 YbItem.
-
-An unknown command is answered with error -10, an invalid payload with error -11.
-
---commands FILE replaces all commands except 1, 2, 3, 5 and 6 by those of a JSON file:
-  {&quot;commands&quot;: [{&quot;command&quot;: &quot;0x35&quot;, &quot;reply&quot;: {&quot;as&quot;: &quot;pointRealDatas&quot;, &quot;value&quot;: [...]}},
-                {&quot;command&quot;: 64, &quot;payload&quot;: &quot;07000000&quot;, &quot;reply&quot;: {&quot;int&quot;: 42}},
-                {&quot;command&quot;: 80, &quot;error&quot;: -7}]}
-The first entry whose command and payload fit the request answers it; without &quot;payload&quot; any fits. A reply is
-&quot;echo&quot;, one of these forms, or an array of them, a frame each:
-  &quot;as&quot; and &quot;value&quot;  a record or list as for &apos;gqtool encode&apos;, sent as a byte list
-  &quot;int&quot;, &quot;ints&quot;, &quot;strings&quot;, &quot;bytes&quot; (hex digits)
-  &quot;payload&quot; (hex digits), &quot;file&quot; (its name)  the bytes of a payload as they are
-SIGHUP reads the file again. If it has errors, they are printed, and the commands stay as they were.
-
---replay FILE gives each request the reply that a recorded server sent to the same command and payload, in the
-recorded order; the last one is repeated. The payload of commands 1 to 3, the client&apos;s clock, is ignored.
-Greetings are the recorded ones. A request that was not recorded is answered with error -10.
-
-A script defines which greetings and replies go wrong. It has one fault per line, and comments from #:
-  greeting|reply|command COMMAND SELECTOR FAULT [VALUE]
-Greetings, replies, and the replies to each command are numbered from 1, over all connections and datagrams.
-SELECTOR is a number, a range such as 3-7, every, every/10 (the 10th, 20th ...) or a chance such as 2%, which
---seed repeats. Faults add up; if several lines set the same fault, the last one counts. Options apply before
-the script. The faults:
-%1Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.
-</source>
-        <translation>运行模拟站，即一个帧服务器：向客户端发送问候帧，应答预置命令，并提供列表。先输出一行监听地址，此后每个连接和
-每个请求各输出一行，直到被终止。
-
-命令：1 systemState（收到 setState 之前为 1）、2 systemTime（站的时钟）、3 clear（复位状态和时钟）、
-5 setTime（将时钟设为第一个整数，即 1970 年以来的秒数）、6 setState。
-
-模拟站自定义的命令，净荷均为一个整数。0x20 到 0x22 的净荷为项数：最多 1000 个整数、100000 字节或 48 个文本。
-0x23 的净荷为错误码，站返回含该错误码的错误帧。0x30 到 0x38 提供一个小型测点数据库，应答为含有记录的
-字节列表：0x30 所有测点的简要格式，0x31 到 0x34 浮点、整数、布尔和 blob 测点，0x35 当前值，0x36 存储的波形，
-0x37 事件，0x38 对象。0x40 到 0x45 同样提供前置机的数据：0x40 节点头，0x41 通信项，0x42 YcItem，
-0x43 YxItem，0x44 YdItem，0x45 YbItem。
-
-对未知命令返回错误码 -10，对无效净荷返回错误码 -11。
-
---commands FILE 以 JSON 文件中的命令取代除 1、2、3、5、6 以外的所有命令：
-  {&quot;commands&quot;: [{&quot;command&quot;: &quot;0x35&quot;, &quot;reply&quot;: {&quot;as&quot;: &quot;pointRealDatas&quot;, &quot;value&quot;: [...]}},
-                {&quot;command&quot;: 64, &quot;payload&quot;: &quot;07000000&quot;, &quot;reply&quot;: {&quot;int&quot;: 42}},
-                {&quot;command&quot;: 80, &quot;error&quot;: -7}]}
-请求由命令和净荷都相符的第一项应答；没有 &quot;payload&quot; 的项适用于任何净荷。应答为 &quot;echo&quot;、下列形式之一，或由它们
-组成的数组（每个元素一帧）：
-  &quot;as&quot; 和 &quot;value&quot;  记录或列表，写法与 &apos;gqtool encode&apos; 的输入相同，作为字节列表发送
-  &quot;int&quot;、&quot;ints&quot;、&quot;strings&quot;、&quot;bytes&quot;（十六进制数字）
-  &quot;payload&quot;（十六进制数字）、&quot;file&quot;（文件名）  净荷的全部字节，原样发送
-收到 SIGHUP 时重新读取该文件。如果文件有错误，则输出错误，命令保持不变。
-
---replay FILE 用录制的应答来应答：命令和净荷相同的请求，依次得到录制时服务器的各个应答，用完后重复最后一个。
-命令 1 到 3 的净荷是客户端的时钟，不参与比较。问候帧也来自录制文件。对没有录制过的请求返回错误码 -10。
-
-脚本规定哪些问候帧和应答出现故障。每行一个故障，# 之后为注释：
-  greeting|reply|command COMMAND SELECTOR FAULT [VALUE]
-问候帧、应答以及对每个命令的应答分别从 1 开始编号，所有连接和数据报统一计数。SELECTOR 可以是序号、范围（如
-3-7）、every、every/10（第 10、20……个）或概率（如 2%），概率的结果可用 --seed 重现。多行故障同时生效；多行
-设置同一种故障时，以最后一行为准。选项先于脚本生效。故障有：
-%1使用 UDP 时没有问候帧，每块是一个数据报，close-after 只截短应答。
-</translation>
-    </message>
-    <message>
         <source>listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)</source>
         <translation>监听地址；0.0.0.0 表示所有接口（默认为 127.0.0.1）</translation>
     </message>
@@ -2071,10 +1968,6 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     <message>
         <source>--check must be crc, crc-high-first or sum, got &apos;%1&apos;</source>
         <translation>--check 必须是 crc、crc-high-first 或 sum，实际为 &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>at least one byte is required</source>
-        <translation>至少需要一个字节</translation>
     </message>
     <message>
         <source>start of the day</source>
@@ -2863,10 +2756,6 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
         <translation>文本列最多 %1 个字符，每字节一个，实际为 &apos;%2&apos;%3</translation>
     </message>
     <message>
-        <source>; use xxd without -e, od -t x1 or hexdump -C</source>
-        <translation>；请用不带 -e 的 xxd、od -t x1 或 hexdump -C</translation>
-    </message>
-    <message>
         <source>&apos;%1&apos; is binary; use xxd without -b</source>
         <translation>&apos;%1&apos; 是二进制；请用不带 -b 的 xxd</translation>
     </message>
@@ -2877,10 +2766,6 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     <message>
         <source>&apos;%1&apos; may have its bytes in reverse order, as of xxd -e; use xxd -g 1</source>
         <translation>&apos;%1&apos; 的字节次序可能相反，例如 xxd -e 的输出；请用 xxd -g 1</translation>
-    </message>
-    <message>
-        <source>[%1] is longer than gqtool decodes</source>
-        <translation>[%1] 超出 gqtool 可解析的长度</translation>
     </message>
     <message>
         <source>%1: byte %2: %3 bytes after the list are not in the table</source>
@@ -3173,6 +3058,181 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     <message>
         <source>no frame: its header has a length of %1, and a client takes at most %2</source>
         <translation>不是帧：帧头中的长度为 %1，而客户端最多接受 %2</translation>
+    </message>
+    <message>
+        <source>%1: the input is empty</source>
+        <translation>%1：输入为空</translation>
+    </message>
+    <message>
+        <source>--command must be a name or number of the map, got &apos;%1&apos;</source>
+        <translation>--command 必须是命令表中的名称或编号，实际为 &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>--csv requires a list of records, and the replies to %1 are none</source>
+        <translation>--csv 需要记录的列表，而 %1 的应答不是</translation>
+    </message>
+    <message>
+        <source>write a list as a table to FILE, field names in its first line; - means standard output; of frames, the lists in the replies to --command</source>
+        <translation>将列表以表格形式写入 FILE，首行为字段名；- 表示标准输出；对于帧，写入 --command 的应答中的列表</translation>
+    </message>
+    <message>
+        <source>with --csv and frames, write the records of replies to COMMAND, a name or number of the map</source>
+        <translation>与 --csv 和帧一起使用：写入对 COMMAND 的应答中的记录，COMMAND 是命令表中的名称或编号</translation>
+    </message>
+    <message>
+        <source>decode frames with payloads of up to BYTES (default: 4194304), which takes memory</source>
+        <translation>解析净荷不超过 BYTES 字节的帧（默认：4194304），会占用内存</translation>
+    </message>
+    <message>
+        <source>--udp, --request, --payload, --map and --max-payload require --as frames</source>
+        <translation>--udp、--request、--payload、--map 和 --max-payload 需要 --as frames</translation>
+    </message>
+    <message>
+        <source>with --as frames, --csv requires --map FILE and --command COMMAND, and no --request</source>
+        <translation>与 --as frames 一起使用时，--csv 需要 --map FILE 和 --command COMMAND，且不能有 --request</translation>
+    </message>
+    <message>
+        <source>--command requires --as frames</source>
+        <translation>--command 需要 --as frames</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; must be a byte of two hex digits; use od -A x -t x1, hexdump -C or xxd</source>
+        <translation>&apos;%1&apos; 必须是两个十六进制数字表示的一个字节；请用 od -A x -t x1、hexdump -C 或 xxd</translation>
+    </message>
+    <message>
+        <source>; use xxd without -e</source>
+        <translation>；请用不带 -e 的 xxd</translation>
+    </message>
+    <message>
+        <source>offset %1 may be octal or decimal; use od -A x -t x1</source>
+        <translation>偏移 %1 可能是八进制或十进制；请用 od -A x -t x1</translation>
+    </message>
+    <message>
+        <source>; offsets must be hexadecimal, as of od -A x -t x1</source>
+        <translation>；偏移必须是十六进制，例如 od -A x -t x1 的输出</translation>
+    </message>
+    <message>
+        <source>byte 0x%1 is not a hex digit</source>
+        <translation>字节 0x%1 不是十六进制数字</translation>
+    </message>
+    <message>
+        <source>[%1] is longer than --max-payload</source>
+        <translation>[%1] 超出 --max-payload</translation>
+    </message>
+    <message>
+        <source>%1 is a %2 capture; convert it with &apos;tshark -r %3 -x -o tcp.desegment_tcp_streams:FALSE&apos;</source>
+        <translation>%1 是 %2 抓包文件；请用 &apos;tshark -r %3 -x -o tcp.desegment_tcp_streams:FALSE&apos; 转换</translation>
+    </message>
+    <message>
+        <source>%1 looks like hex text or a hex dump, which is read without --raw</source>
+        <translation>%1 看起来是十六进制文本或十六进制转储，读取时不要加 --raw</translation>
+    </message>
+    <message>
+        <source>; use --raw for raw bytes</source>
+        <translation>；原始字节请用 --raw</translation>
+    </message>
+    <message>
+        <source>some texts are not UTF-8; --encoding NAME, such as GBK, converts them</source>
+        <translation>有些文本不是 UTF-8；--encoding NAME（例如 GBK）可以转换</translation>
+    </message>
+    <message>
+        <source>%1: line %2: %3 replaces the ready-made command %4</source>
+        <translation>%1：第 %2 行：%3 取代预置命令 %4</translation>
+    </message>
+    <message>
+        <source>must be an integer from 0 to 254 or a text such as &quot;0x35&quot;</source>
+        <translation>必须是 0 到 254 的整数或 &quot;0x35&quot; 这样的文本</translation>
+    </message>
+    <message>
+        <source>cannot write to %1, the station continues without it: %2</source>
+        <translation>无法写入 %1，模拟站继续运行但不再写入：%2</translation>
+    </message>
+    <message>
+        <source>Runs a simulated station: a frame server that greets clients, answers the ready-made commands and serves
+lists. It prints a line with its address, then a line per connection and request, until it is stopped.
+
+Commands: 1 systemState (1 until setState), 2 systemTime (its clock), 3 clear (resets state and clock),
+5 setTime (sets its clock to the first integer, in seconds since 1970), 6 setState.
+
+Commands defined by the station, each with one integer as payload. 0x20 to 0x22 take a count: up to 1000
+integers, 100000 bytes or 48 strings. 0x23 takes a code and answers with an error frame. 0x30 to 0x38 serve a
+small point database, as byte lists that hold records: 0x30 all points in short form, 0x31 to 0x34 float, int,
+bool and blob points, 0x35 current values, 0x36 a stored wave, 0x37 events, 0x38 an object. 0x40 to 0x45 serve
+a front-end processor in the same way: 0x40 node heads, 0x41 communication entries, 0x42 YcItem, 0x43 YxItem,
+0x44 YdItem and 0x45 YbItem.
+
+An unknown command is answered with error -10, an invalid payload with error -11.
+
+--commands FILE replaces all commands by those of a JSON file, except 1, 2, 3, 5 and 6 if it has none of them:
+  {&quot;commands&quot;: [{&quot;command&quot;: &quot;0x35&quot;, &quot;reply&quot;: {&quot;as&quot;: &quot;pointRealDatas&quot;, &quot;value&quot;: [...]}},
+                {&quot;command&quot;: 64, &quot;payload&quot;: &quot;07000000&quot;, &quot;reply&quot;: {&quot;int&quot;: 42}},
+                {&quot;command&quot;: 80, &quot;error&quot;: -7}]}
+The first entry whose command and payload fit the request answers it; without &quot;payload&quot; any fits. A reply is
+&quot;echo&quot;, one of these forms, or an array of them, a frame each:
+  &quot;as&quot; and &quot;value&quot;  a record or list as for &apos;gqtool encode&apos;, sent as a byte list
+  &quot;int&quot;, &quot;ints&quot;, &quot;strings&quot;, &quot;bytes&quot; (hex digits)
+  &quot;payload&quot; (hex digits), &quot;file&quot; (its name)  the bytes of a payload as they are
+SIGHUP reads the file again. If it has errors, they are printed, and the commands stay as they were.
+
+--replay FILE gives each request the reply that a recorded server sent to the same command and payload, in the
+recorded order; the last one is repeated. The payload of commands 1 to 3, the client&apos;s clock, is ignored.
+Greetings are the recorded ones. A request that was not recorded is answered with error -10.
+
+A script defines which greetings and replies go wrong. It has one fault per line, and comments from #:
+  greeting|reply|command COMMAND SELECTOR FAULT [VALUE]
+Greetings, replies, and the replies to each command are numbered from 1, over all connections and datagrams.
+SELECTOR is a number, a range such as 3-7, every, every/10 (the 10th, 20th ...) or a chance such as 2%, which
+--seed repeats. Faults add up; if several lines set the same fault, the last one counts. Options apply before
+the script. The faults:
+%1Over UDP there is no greeting, each piece is a datagram, and close-after only cuts the reply.
+</source>
+        <translation>运行模拟站，即一个帧服务器：向客户端发送问候帧，应答预置命令，并提供列表。先输出一行监听地址，此后每个连接和
+每个请求各输出一行，直到被终止。
+
+命令：1 systemState（收到 setState 之前为 1）、2 systemTime（站的时钟）、3 clear（复位状态和时钟）、
+5 setTime（将时钟设为第一个整数，即 1970 年以来的秒数）、6 setState。
+
+模拟站自定义的命令，净荷均为一个整数。0x20 到 0x22 的净荷为项数：最多 1000 个整数、100000 字节或 48 个文本。
+0x23 的净荷为错误码，站返回含该错误码的错误帧。0x30 到 0x38 提供一个小型测点数据库，应答为含有记录的
+字节列表：0x30 所有测点的简要格式，0x31 到 0x34 浮点、整数、布尔和 blob 测点，0x35 当前值，0x36 存储的波形，
+0x37 事件，0x38 对象。0x40 到 0x45 同样提供前置机的数据：0x40 节点头，0x41 通信项，0x42 YcItem，
+0x43 YxItem，0x44 YdItem，0x45 YbItem。
+
+对未知命令返回错误码 -10，对无效净荷返回错误码 -11。
+
+--commands FILE 以 JSON 文件中的命令取代所有命令；文件中没有 1、2、3、5、6 时，它们保持不变：
+  {&quot;commands&quot;: [{&quot;command&quot;: &quot;0x35&quot;, &quot;reply&quot;: {&quot;as&quot;: &quot;pointRealDatas&quot;, &quot;value&quot;: [...]}},
+                {&quot;command&quot;: 64, &quot;payload&quot;: &quot;07000000&quot;, &quot;reply&quot;: {&quot;int&quot;: 42}},
+                {&quot;command&quot;: 80, &quot;error&quot;: -7}]}
+请求由命令和净荷都相符的第一项应答；没有 &quot;payload&quot; 的项适用于任何净荷。应答为 &quot;echo&quot;、下列形式之一，或由它们
+组成的数组（每个元素一帧）：
+  &quot;as&quot; 和 &quot;value&quot;  记录或列表，写法与 &apos;gqtool encode&apos; 的输入相同，作为字节列表发送
+  &quot;int&quot;、&quot;ints&quot;、&quot;strings&quot;、&quot;bytes&quot;（十六进制数字）
+  &quot;payload&quot;（十六进制数字）、&quot;file&quot;（文件名）  净荷的全部字节，原样发送
+收到 SIGHUP 时重新读取该文件。如果文件有错误，则输出错误，命令保持不变。
+
+--replay FILE 用录制的应答来应答：命令和净荷相同的请求，依次得到录制时服务器的各个应答，用完后重复最后一个。
+命令 1 到 3 的净荷是客户端的时钟，不参与比较。问候帧也来自录制文件。对没有录制过的请求返回错误码 -10。
+
+脚本规定哪些问候帧和应答出现故障。每行一个故障，# 之后为注释：
+  greeting|reply|command COMMAND SELECTOR FAULT [VALUE]
+问候帧、应答以及对每个命令的应答分别从 1 开始编号，所有连接和数据报统一计数。SELECTOR 可以是序号、范围（如
+3-7）、every、every/10（第 10、20……个）或概率（如 2%），概率的结果可用 --seed 重现。多行故障同时生效；多行
+设置同一种故障时，以最后一行为准。选项先于脚本生效。故障有：
+%1使用 UDP 时没有问候帧，每块是一个数据报，close-after 只截短应答。
+</translation>
+    </message>
+    <message>
+        <source> (does not match the request: %1, sequence %2)</source>
+        <translation>（与请求不符：%1，序号 %2）</translation>
+    </message>
+    <message>
+        <source>the client closed the connection (reset)</source>
+        <translation>客户端关闭了连接（复位）</translation>
+    </message>
+    <message>
+        <source>with --record, write up to BYTES of each payload (default: 4194304)</source>
+        <translation>与 --record 一起使用：每个净荷最多写入 BYTES 字节（默认：4194304）</translation>
     </message>
 </context>
 </TS>

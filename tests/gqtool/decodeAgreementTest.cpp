@@ -231,7 +231,7 @@ static Decoded expectAgreement(const QByteArray& stream, const FrameSource& sour
     Decoded decoded = decodeFramePieces(stream, source, INT_MAX);
     expectSame(decodeFramePieces(stream, source, 1), decoded);
     const QJsonArray parts = partsOf(decoded);
-    FrameStream frames(INT_MAX, largestPayload);
+    FrameStream frames(INT_MAX, FrameSource::usualPayload);
     std::vector<StreamItem> items = frames.feed(stream);
     for (const StreamItem& item : frames.end())
         items.push_back(item);

@@ -127,7 +127,7 @@ TEST(GqtoolDecode, reportsFaultsWithTheirOffset)
              Faulty{"frames", "68 02000000 0000 00 00 01 0700 0000 16",
                     "byte 10: the payload has 2 bytes, but its form (int) needs 4\n",
                     "library: -5, the payload of [0] is shorter than its form"},
-             Faulty{"frames", "00 01", "byte 0: no frame found\n", "library: 1, good"},
+             Faulty{"frames", "00 01", "byte 0: no frame found\n", "library: 0, no frame found"},
              Faulty{"wave", "00 04", "byte 2: headFill1 needs 30 bytes, but only 0 bytes remain\n",
                     "library: 0, refused: head, marks or samples are incomplete"},
          }) {
@@ -222,15 +222,15 @@ TEST(GqtoolDecode, exitsWith2OnWrongUsage)
         QStringList words;
         const char* message;
     };
-    for (const Usage& usage :
-         {Usage{{}, "--as FORM is required; --list prints the forms"},
-          Usage{{"01"}, "--as FORM is required; --list prints the forms"},
-          Usage{{"--as", "float", "01"}, "--as must be a form of --list, got 'float'"},
-          Usage{{"--as", "wave"}, "BYTES, --file FILE or - is required"},
-          Usage{{"--as", "wave", "--udp", "00"}, "--udp, --request, --payload and --map require --as frames"},
-          Usage{{"--as", "frames", "--payload", "floats", "00"},
-                "--payload must be one of int, ints, bytes, strings, got 'floats'"},
-          Usage{{"--nonsense"}, "unknown option '--nonsense'"}}) {
+    for (const Usage& usage : {Usage{{}, "--as FORM is required; --list prints the forms"},
+                               Usage{{"01"}, "--as FORM is required; --list prints the forms"},
+                               Usage{{"--as", "float", "01"}, "--as must be a form of --list, got 'float'"},
+                               Usage{{"--as", "wave"}, "BYTES, --file FILE or - is required"},
+                               Usage{{"--as", "wave", "--udp", "00"},
+                                     "--udp, --request, --payload, --map and --max-payload require --as frames"},
+                               Usage{{"--as", "frames", "--payload", "floats", "00"},
+                                     "--payload must be one of int, ints, bytes, strings, got 'floats'"},
+                               Usage{{"--nonsense"}, "unknown option '--nonsense'"}}) {
         SCOPED_TRACE(usage.words.join(' ').toStdString());
         const Outcome outcome = run(QStringList{"decode"} + usage.words);
         EXPECT_EQ(outcome.exitCode, 2);

@@ -48,6 +48,21 @@ TEST(GqtoolEncoding, isUtf8UnlessSet)
     EXPECT_EQ(encoded("\"Größ\"", {"--encoding", "utf-8"}), "06 00 47 72 c3 b6");
 }
 
+TEST(GqtoolEncoding, isSuggestedOnceForTextsThatAreNotUtf8)
+{
+    const QString hint = "gqtool: some texts are not UTF-8; --encoding NAME, such as GBK, converts them\n";
+    EXPECT_EQ(run({"decode", "--as", "pointInfo", boilerInGbk}).errors, hint);
+    EXPECT_EQ(run({"decode", "--json", "--as", "pointInfos", "02000000" + boilerInGbk + boilerInGbk}).errors, hint);
+    EXPECT_EQ(run({"decode", "--as", "pointInfo", "--encoding", "GBK", boilerInGbk}).errors, "");
+    const QString utf8 = "07000000 0300 e99485 01000000 0000 02000000";
+    EXPECT_EQ(run({"decode", "--as", "pointInfo", utf8}).errors, "");
+    const InputFile map("64 boiler - bytes:pointInfo\n");
+    EXPECT_EQ(run({"decode", "--as", "frames", "--map", map.path,
+                   "68 18000000 0000 00 00 40 14000000 07000000 0400 b9f8c2af 01000000 0000 02000000 0000 16"})
+                  .errors,
+              hint);
+}
+
 TEST(GqtoolEncoding, encodesTextsOfRecords)
 {
     EXPECT_EQ(encoded("\"锅炉\"", {"--encoding", "GBK"}), "04 00 b9 f8 c2 af");
@@ -73,6 +88,11 @@ TEST(GqtoolEncoding, refusesTextsThatTheEncodingLacks)
     EXPECT_EQ(outcome.output, "");
     EXPECT_EQ(outcome.errors.toStdString(),
               "gqtool: : value.text1 must be a text that can be written in GBK, or {\"hex\": DIGITS}, got \"😀\"\n");
+}
+
+TEST(GqtoolEncoding, isNamedAsTheUserDoes)
+{
+    EXPECT_TRUE(encode("\"😀\"", {"--encoding", "GB2312"}).errors.contains(" that can be written in GB2312, or "));
 }
 
 // The library writes the texts of front-end records as UTF-8.

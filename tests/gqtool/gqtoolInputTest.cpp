@@ -98,10 +98,86 @@ TEST(GqtoolInput, reportsWhereADigitIsInvalid)
 TEST(GqtoolInput, suggestsRawForRawBytes)
 {
     EXPECT_EQ(runWithInput({"sum", "-"}, QByteArray("\x68\x00", 2)).errors,
-              "gqtool: standard input: line 1, column 1: 'h' is not a hex digit\n");
+              "gqtool: standard input: line 1, column 1: 'h' is not a hex digit; use --raw for raw bytes\n");
+    EXPECT_EQ(runWithInput({"sum", "-"}, "\nhello").errors,
+              "gqtool: standard input: line 2, column 1: 'h' is not a hex digit; use --raw for raw bytes\n");
+    EXPECT_EQ(runWithInput({"sum", "-"}, QByteArray("12\x00", 3)).errors,
+              "gqtool: standard input: line 1, column 3: byte 0x00 is not a hex digit; use --raw for raw bytes\n");
+    EXPECT_EQ(runWithInput({"sum", "-"}, "12\n3g\n").errors, // a typing error
+              "gqtool: standard input: line 2, column 2: 'g' is not a hex digit\n");
+    EXPECT_EQ(run({"sum", "hello"}).errors, "gqtool: BYTES: line 1, column 1: 'h' is not a hex digit\n");
     EXPECT_EQ(runWithInput({"sum", "-"}, QByteArray("\x00\xff", 2)).errors,
               "gqtool: standard input: line 1, column 1: byte 0x00 is not a hex digit; use --raw for raw "
               "bytes\n");
+}
+
+TEST(GqtoolInput, namesCaptureFilesAndTheWayToReadThem)
+{
+    const struct {
+        const char* magic;
+        const char* format;
+    } captures[] = {
+        {"d4c3b2a1", "pcap"}, {"a1b2c3d4", "pcap"}, {"4d3cb2a1", "pcap"}, {"a1b23c4d", "pcap"}, {"0a0d0d0a", "pcapng"}};
+    for (const auto& capture : captures) {
+        SCOPED_TRACE(capture.magic);
+        const QByteArray content = QByteArray::fromHex(capture.magic) + QByteArray(24, '\0');
+        const InputFile file(content);
+        const QString advice = "gqtool: %1 is a %2 capture; convert it with 'tshark -r %3 -x -o "
+                               "tcp.desegment_tcp_streams:FALSE'\n";
+        const QString ofFile = advice.arg(file.path, capture.format, file.path);
+        for (const QStringList& command :
+             {QStringList{"decode", "--as", "frames"}, QStringList{"sum"}, QStringList{"wave"}}) {
+            const Outcome outcome = run(command + QStringList{"--file", file.path});
+            EXPECT_EQ(outcome.exitCode, 1);
+            EXPECT_EQ(outcome.errors, ofFile);
+            EXPECT_TRUE(run(command + QStringList{"--raw", "--file", file.path}).errors.contains(ofFile));
+        }
+        EXPECT_EQ(runWithInput({"sum", "-"}, content).errors, advice.arg("standard input", capture.format, "FILE"));
+    }
+}
+
+TEST(GqtoolInput, mentionsADumpThatIsReadAsRawBytes)
+{
+    const InputFile dump("00000000: 6804 0000  h...\n00000004: 16  .\n");
+    const QString hint = "gqtool: " + dump.path + " looks like hex text or a hex dump, which is read without --raw\n";
+    EXPECT_TRUE(run({"decode", "--as", "frames", "--raw", "--file", dump.path}).errors.endsWith(hint));
+    const Outcome sum = run({"sum", "--raw", "--file", dump.path});
+    EXPECT_EQ(sum.exitCode, 0); // the sum of the text may be wanted
+    EXPECT_EQ(sum.errors, hint);
+    const InputFile raw(QByteArray("\x31\x32\x00\x33", 4));
+    EXPECT_EQ(run({"sum", "--raw", "--file", raw.path}).errors, "");
+}
+
+// Each dump that the messages advise must be read.
+TEST(GqtoolInput, readsEveryDumpThatItAdvises)
+{
+    for (const char* program : {"od -A x -t x1", "hexdump -C", "xxd", "xxd -g 1"}) {
+        SCOPED_TRACE(program);
+        const QString pipe = QString("printf 123456789 | %1 | \"$0\" sum -").arg(program);
+        const Outcome outcome = runProgram(
+            "sh",
+            {"-c", "command -v " + QString(program).section(' ', 0, 0) + " >/dev/null || exit 9; " + pipe, GQTOOL});
+        if (outcome.exitCode != 9) { // it is installed
+            EXPECT_EQ(outcome.output, nineDigitsSums);
+        }
+    }
+}
+
+TEST(GqtoolInput, reportsThatItIsEmpty)
+{
+    for (const char* text : {"", "# no bytes\n"}) {
+        const InputFile empty(text);
+        for (const QStringList& command :
+             {QStringList{"sum"}, QStringList{"sum", "--check", "crc"}, QStringList{"decode", "--as", "frames"},
+              QStringList{"decode", "--as", "pointRealDatas"}, QStringList{"decode", "--as", "boolData"}}) {
+            SCOPED_TRACE(command.join(' ').toStdString());
+            const Outcome outcome = run(command + QStringList{"--file", empty.path});
+            EXPECT_EQ(outcome.exitCode, 1);
+            EXPECT_TRUE(outcome.errors.endsWith("gqtool: " + empty.path + ": the input is empty\n"));
+            EXPECT_FALSE(outcome.output.contains("good")) << outcome.output.toStdString();
+        }
+    }
+    EXPECT_FALSE(run({"decode", "--as", "boolDatas", "00000000"}).errors.contains("empty")); // a list of 0 items
 }
 
 TEST(GqtoolInput, reportsWhichFileCannotBeRead)

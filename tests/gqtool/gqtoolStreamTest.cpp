@@ -152,7 +152,7 @@ TEST(GqtoolStream, findsAFrameAfterAFalseStartInLittleMemory)
                       "the rest\n");
         EXPECT_TRUE(outcome.output.contains(options[0] == '\0' ? "2a 00 00 00" : "\"form\": \"int\", \"content\": 42"))
             << outcome.output.toStdString();
-        EXPECT_TRUE(options[0] != '\0' || outcome.output.endsWith("library: 0, [0] is longer than gqtool decodes\n"))
+        EXPECT_TRUE(options[0] != '\0' || outcome.output.endsWith("library: 0, [0] is longer than --max-payload\n"))
             << outcome.output.toStdString();
     }
 }
@@ -165,6 +165,25 @@ TEST(GqtoolStream, decodesAPayloadOf4MiB)
         decodeFile(header + payload + QByteArray::fromHex("000016"), {"--as", "frames", "--payload", "bytes"});
     EXPECT_EQ(outcome.errors, "");
     EXPECT_TRUE(outcome.output.endsWith("library: 1, good\n")) << outcome.output.right(200).toStdString();
+}
+
+TEST(GqtoolStream, decodesLongerPayloadsOnDemand)
+{
+    const QByteArray header = QByteArray::fromHex("6801004000 0100 00 00 20"); // 1 length 4194305
+    const QByteArray payload = QByteArray::fromHex("fdff3f00") + QByteArray(4194301, 'z');
+    const QByteArray frame = header + payload + QByteArray::fromHex("000016");
+    const QStringList options = {"--as", "frames", "--payload", "bytes"};
+    EXPECT_EQ(decodeFile(frame, options).exitCode, 1);
+    const Outcome outcome = decodeFile(frame, options + QStringList{"--max-payload", "4194305"});
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_TRUE(outcome.output.endsWith("library: 1, good\n")) << outcome.output.right(200).toStdString();
+
+    const QByteArray small = QByteArray::fromHex("68 04000000 0700 00 00 20 2a000000 0000 16");
+    EXPECT_TRUE(decodeFile(small, {"--as", "frames", "--max-payload", "3"})
+                    .errors.contains(": byte 0: length must be at most 3, got 4; a client would wait for the rest\n"));
+    for (const char* limit : {"0", "134217729"})
+        EXPECT_EQ(decodeFile(small, {"--as", "frames", "--max-payload", limit}).exitCode, 2);
+    EXPECT_EQ(decodeFile(small, {"--as", "boolData", "--max-payload", "3"}).exitCode, 2);
 }
 
 // --- JSON of large input ------------------------------------------------------------------------------------------
@@ -277,7 +296,7 @@ TEST(GqtoolCsv, quotesTexts)
                                  "08000000 0300 612c62 01000000 0400 22710d0a 02000000" // a,b and "q, new line
                                  "09000000 0200 b9f8 01000000 0200 c2b0 02000000"});    // no UTF-8, and a degree
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(outcome.errors, "gqtool: some texts are not UTF-8; --encoding NAME, such as GBK, converts them\n");
     EXPECT_EQ(outcome.output.toStdString(), "pointId,text1,code1,text2,code2\n"
                                             "7,pump,1,,2\n"
                                             "8,\"a,b\",1,\"\"\"q\r\n\",2\n"
@@ -333,6 +352,55 @@ TEST(GqtoolCsv, mentionsBytesAfterTheList)
     const Outcome outcome = run({"decode", "--as", "boolDatas", "--csv", "-", boolDatas(2).toHex() + "0a0b"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.errors, "gqtool: BYTES: byte 24: 2 bytes after the list are not in the table\n");
+}
+
+// A frame with a byte list as payload.
+static QByteArray replyOf(const QByteArray& command, const QByteArray& records)
+{
+    const auto lengthOf = [](int size) { return QByteArray(1, char(size)) + QByteArray(3, '\0'); };
+    return QByteArray::fromHex("68") + lengthOf(records.size() + 4) + QByteArray(4, '\0') +
+           QByteArray::fromHex(command) + lengthOf(records.size()) + records + QByteArray::fromHex("000016");
+}
+
+TEST(GqtoolCsv, takesTheListsOfOneCommandFromFrames)
+{
+    const InputFile map("0x20 values - bytes:boolDatas\n0x21 one - bytes:boolData\n0x22 texts - strings\n");
+    const QByteArray frames = replyOf("20", boolDatas(2)) + replyOf("21", QByteArray(10, '\0')) +
+                              replyOf("ff", QByteArray(4, '\1')) + replyOf("20", boolDatas(2));
+    const QStringList options = {"--as", "frames", "--map", map.path, "--csv", "-"};
+    const QString item = "1,10000,250,2\n";
+    for (const char* command : {"values", "0x20", "32"}) {
+        const Outcome outcome = decodeFile(frames, options + QStringList{"--command", command});
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_EQ(outcome.output, "value,stamp1,stamp2,flag1\n" + item.repeated(4));
+    }
+    const Outcome cut =
+        decodeFile(frames + replyOf("20", boolDatas(2).chopped(1)), options + QStringList{"--command", "values"});
+    EXPECT_EQ(cut.exitCode, 1);
+    EXPECT_EQ(cut.output, "value,stamp1,stamp2,flag1\n" + item.repeated(5));
+
+    const struct {
+        QStringList options;
+        const char* error;
+    } wrong[] = {
+        {options, "with --as frames, --csv requires --map FILE and --command COMMAND, and no --request"},
+        {options + QStringList{"--command", "values", "--request"},
+         "with --as frames, --csv requires --map FILE and --command COMMAND, and no --request"},
+        {options + QStringList{"--command", "value"},
+         "--command must be a name or number of the map, got 'value'; did you mean 'values'?"},
+        {options + QStringList{"--command", "0x24"}, "--command must be a name or number of the map, got '0x24'"},
+        {options + QStringList{"--command", "one"},
+         "--csv requires a list of records, and the replies to one are none"},
+        {options + QStringList{"--command", "texts"},
+         "--csv requires a list of records, and the replies to texts are none"},
+        {QStringList{"--as", "boolDatas", "--csv", "-", "--command", "values"}, "--command requires --as frames"},
+    };
+    for (const auto& each : wrong) {
+        const Outcome outcome = decodeFile(frames, each.options);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.errors.section('\n', 0, 0), QString("gqtool: ") + each.error);
+    }
 }
 
 TEST(GqtoolCsv, reportsWhatCannotBeWritten)

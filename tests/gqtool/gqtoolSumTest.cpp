@@ -61,7 +61,7 @@ TEST(GqtoolSum, requiresAtLeastOneByte)
 {
     const Outcome outcome = run({"sum", "# nothing"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: at least one byte is required\n");
+    EXPECT_EQ(outcome.errors, "gqtool: BYTES: the input is empty\n");
 }
 
 TEST(GqtoolSum, printsTheBeginningOfManyBytes)

@@ -122,7 +122,7 @@ TEST(GqtoolTrace, passesAResetToEitherSide)
         trace.nextLine();
         reset(link.client);
         EXPECT_TRUE(wasReset(link.server));
-        EXPECT_EQ(trace.nextText(), "2 the client broke the connection: Connection reset by peer");
+        EXPECT_EQ(trace.nextText(), "2 the client closed the connection (reset)");
     }
     {
         Link link(station, trace);
@@ -132,6 +132,8 @@ TEST(GqtoolTrace, passesAResetToEitherSide)
         reset(link.client);
         EXPECT_TRUE(becomes(link.server, POLLERR));
         EXPECT_EQ(option(link.server, SOL_SOCKET, SO_ERROR), EPIPE); // the result of a reset after an end
+        EXPECT_EQ(trace.nextText(), "3 the client ended its stream");
+        EXPECT_EQ(trace.nextText(), "3 the client closed the connection (reset)"); // as a client of the library does
     }
 }
 
@@ -143,6 +145,37 @@ TEST(GqtoolTrace, resetsAClientIfTheStationIsUnreachable)
     EXPECT_TRUE(wasReset(client));
     trace.nextLine();
     EXPECT_EQ(trace.nextText(), "1 the station is unreachable: Connection refused");
+}
+
+TEST(GqtoolTrace, hasTheReasonOfAnEventInItsJson)
+{
+    int port = 0;
+    {
+        const DatagramSocket gone;
+        port = gone.port();
+    }
+    const auto nextReason = [](RunningTrace& trace, const QString& event) {
+        QJsonObject line;
+        while (line["event"] != event && !line.contains("none"))
+            line = QJsonDocument::fromJson(trace.nextLine().replace("no line", "{\"none\": 0}").toUtf8()).object();
+        return line["reason"].toString().toStdString();
+    };
+    const Listener nobody; // refuses
+    RunningTrace streams(nobody.port(), {"--json"});
+    const Descriptor client = connected("127.0.0.1", streams.port);
+    EXPECT_EQ(nextReason(streams, "stationUnreachable"), "Connection refused");
+    RunningTrace datagrams(port, {"--json", "--udp"});
+    DatagramSocket sender;
+    sender.sendTo(datagrams.port, request);
+    EXPECT_EQ(nextReason(datagrams, "stationUnreachable"), "Connection refused");
+
+    Listener station(5);
+    RunningTrace trace(station.port(), {"--json"});
+    Link link(station, trace);
+    give(link.server, reply);
+    EXPECT_EQ(taken(link.client, reply.size()), hex(reply)); // the connection to the station is complete
+    reset(link.server);
+    EXPECT_EQ(nextReason(trace, "stationReset"), "Connection reset by peer");
 }
 
 TEST(GqtoolTrace, printsCutFramesAtItsEnd)
@@ -194,13 +227,82 @@ TEST(GqtoolTrace, printsFramesGarbageAndFaultsInOrder)
     EXPECT_EQ(trace.nextText(), "1 <- wrong end 0x17 instead of 0x16: command 0x20, sequence 1, 0 bytes");
 }
 
+// A reply has sequence 4 and command 6 like the request, or sequence 0, or is an error frame.
+TEST(GqtoolTrace, marksAReplyThatDoesNotMatchTheRequest)
+{
+    const QByteArray otherCommand = "68 00000000 0400 00 00 05 0000 16"_hex;
+    const QByteArray otherSequence = "68 00000000 0500 00 00 06 0000 16"_hex;
+    Listener station(5);
+    {
+        RunningTrace trace(station.port());
+        const Link link(station, trace);
+        trace.nextLine();
+        const auto expectReply = [&](const QByteArray& bytes, const std::string& text) {
+            give(link.server, bytes);
+            EXPECT_EQ(trace.nextText(), "1 <- " + text);
+        };
+        expectReply(otherCommand, "setTime, sequence 4, 0 bytes"); // before any request: a greeting
+        give(link.client, request);
+        EXPECT_EQ(trace.nextText(), "1 -> setState, sequence 4, 4 bytes: 7");
+        expectReply(reply, "setState, sequence 4, 4 bytes: -7");
+        expectReply("68 00000000 0000 00 00 06 0000 16"_hex, "setState, sequence 0, 0 bytes");
+        expectReply("68 04000000 0400 00 00 ff ffffffff 0000 16"_hex, "error, sequence 4, 4 bytes: code -1");
+        expectReply(otherCommand, "setTime, sequence 4, 0 bytes (does not match the request: setState, sequence 4)");
+        expectReply(otherSequence, "setState, sequence 5, 0 bytes (does not match the request: setState, sequence 4)");
+    }
+    RunningTrace trace(station.port(), {"--json"});
+    const Link link(station, trace);
+    trace.nextLine();
+    const auto nextObject = [&] { return QJsonDocument::fromJson(trace.nextLine().toUtf8()).object(); };
+    give(link.client, request);
+    nextObject();
+    const struct {
+        QByteArray frame;
+        QJsonValue command;
+        QJsonValue sequence;
+    } replies[] = {{reply, QJsonValue::Undefined, QJsonValue::Undefined},
+                   {otherCommand, 6, QJsonValue::Undefined},
+                   {otherSequence, QJsonValue::Undefined, 4}};
+    for (const auto& each : replies) {
+        give(link.server, each.frame);
+        const QJsonObject line = nextObject();
+        EXPECT_EQ(line["requestCommand"], each.command);
+        EXPECT_EQ(line["requestSequence"], each.sequence);
+    }
+}
+
+TEST(GqtoolTrace, recordsLongerPayloadsOnDemand)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("recording.json");
+    Listener station(5);
+    for (const int limit : {4194304, 4194305}) {
+        RunningTrace trace(station.port(), limit == 4194304
+                                               ? QStringList{"--record", path}
+                                               : QStringList{"--record", path, "--max-payload", "4194305"});
+        const Link link(station, trace);
+        trace.nextLine();
+        std::thread sender(
+            [&] { give(link.server, "68 01004000 0000 00 00 20"_hex + QByteArray(4194305, 'z') + "000016"_hex); });
+        received(link.client, 4194305 + 13);
+        sender.join();
+        trace.nextLine();
+        EXPECT_EQ(trace.end(SIGTERM), 0);
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray last = file.readAll().trimmed().split('\n').last();
+        EXPECT_EQ(QJsonDocument::fromJson(last).object()["payload"].toString().size(), 2 * limit);
+    }
+    EXPECT_EQ(run({"trace", "--listen", "0", "--max-payload", "5", "127.0.0.1:5000"}).exitCode, 2);
+}
+
 TEST(GqtoolTrace, showsCommandsAndRecordsByAMap)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath("plant.map");
     writeTo(path, "6 mode int bytes:boolData\n");
     Listener station(5);
-    const QByteArray records = "68 0e000000 0100 00 00 06 0a000000 01 02000000 03000000 04 0000 16"_hex;
+    const QByteArray records = "68 0e000000 0400 00 00 06 0a000000 01 02000000 03000000 04 0000 16"_hex;
     {
         RunningTrace trace(station.port(), {"--map", path});
         const Link link(station, trace);
@@ -208,7 +310,7 @@ TEST(GqtoolTrace, showsCommandsAndRecordsByAMap)
         give(link.client, request);
         EXPECT_EQ(trace.nextText(), "1 -> mode, sequence 4, 4 bytes: 7");
         give(link.server, records);
-        EXPECT_EQ(trace.nextText(), "1 <- mode, sequence 1, 14 bytes: boolData: value 1, stamp1 2, stamp2 3, flag1 4");
+        EXPECT_EQ(trace.nextText(), "1 <- mode, sequence 4, 14 bytes: boolData: value 1, stamp1 2, stamp2 3, flag1 4");
     }
     RunningTrace trace(station.port(), {"--map", path, "--json"});
     const Link link(station, trace);

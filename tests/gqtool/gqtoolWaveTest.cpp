@@ -210,6 +210,31 @@ TEST(GqtoolWaveRefused, withoutAHead)
     expectRefusal(headOf(0, none, none).chopped(1), "the head needs 96 bytes, got 95");
 }
 
+// The file has no blocks on the disk.
+TEST(GqtoolWaveRefused, aboveItsLimitInLittleMemory)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "AddressSanitizer needs more address space than any limit leaves";
+#endif
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("wave");
+    for (const long long size : {100000000LL, 48LL << 20}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("\0\1", 2) == 2); // raw samples
+        ASSERT_TRUE(file.resize(size));
+        file.close();
+        const Outcome outcome =
+            runProgram("sh", {"-c", "ulimit -v 400000; exec \"$0\" wave --raw --file \"$1\"", GQTOOL, path});
+        if (size > 48 << 20) {
+            EXPECT_EQ(outcome.exitCode, 1);
+            EXPECT_EQ(outcome.errors, "gqtool: cannot read " + path + ": more than 50331648 bytes\n");
+        } else {
+            EXPECT_EQ(outcome.errors, "");
+            EXPECT_TRUE(outcome.output.contains("samples      25165776, but sampleCount is 0\n"));
+        }
+    }
+}
+
 TEST(GqtoolWaveRefused, withMarksAndTooFewBytes)
 {
     const QByteArray oneMark = headOf(0, "17000000"_hex, "01000000"_hex) + "05000000"_hex;

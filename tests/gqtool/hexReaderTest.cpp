@@ -226,23 +226,23 @@ TEST(HexReader, refusesGapsAndContradictions)
 TEST(HexReader, explainsOffsetsInOctalOrDecimal)
 {
     EXPECT_EQ(errorOf("0000000 00 01 02 03 04 05 06 07\n0000010\n"),
-              "line 2: offset must be 0000008, got 0000010; offsets must be hexadecimal, as of od -A x");
+              "line 2: offset must be 0000008, got 0000010; offsets must be hexadecimal, as of od -A x -t x1");
     EXPECT_EQ(errorOf("0000000 00 01 02 03 04 05 06 07 08 09\n0000010\n"),
-              "line 2: offset must be 000000a, got 0000010; offsets must be hexadecimal, as of od -A x");
-    EXPECT_EQ(errorOf("0000000 00 01\n*\n0000400\n"), "line 3: offset 0000400 may be octal or decimal; use od -A x");
+              "line 2: offset must be 000000a, got 0000010; offsets must be hexadecimal, as of od -A x -t x1");
+    EXPECT_EQ(errorOf("0000000 00 01\n*\n0000400\n"),
+              "line 3: offset 0000400 may be octal or decimal; use od -A x -t x1");
 }
 
 TEST(HexReader, refusesWordsOfUnknownOrder)
 {
     EXPECT_EQ(errorOf("0000000 0468 0000\n0000004\n"),
-              "line 1: '0468' must be one byte: the order of bytes in a word is "
-              "unknown; use od -t x1 or hexdump -C");
+              "line 1: '0468' must be a byte of two hex digits; use od -A x -t x1, hexdump -C or xxd");
 }
 
 // od pads the last word: "od -A x -t x2" of 7 bytes.
 TEST(HexReader, refusesWordsThatArePadded)
 {
-    const std::string rule = "' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C";
+    const std::string rule = "' must be a byte of two hex digits; use od -A x -t x1, hexdump -C or xxd";
     EXPECT_EQ(errorOf("000000 0468 0000 0700 0000\n000007\n"), "line 1: '0468" + rule);
     EXPECT_EQ(errorOf("000000 00000468\n000002\n"), "line 1: '00000468" + rule);
     EXPECT_EQ(bytesOf("000000 0468 0000 0700 0000\n000006\n"), "00 00 00 04 68 00 00 07 00 00 00 00 00 06");
@@ -252,10 +252,33 @@ TEST(HexReader, refusesWordsThatArePadded)
 // "hexdump -x" and "od -A x -t u2" of 2 bytes.
 TEST(HexReader, refusesWordsAfterTheOffsetsOfOd)
 {
-    const std::string rule = "' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C";
+    const std::string rule = "' must be a byte of two hex digits; use od -A x -t x1, hexdump -C or xxd";
     EXPECT_EQ(errorOf("0000000    0468           \n0000002\n"), "line 1: '0468" + rule);
     EXPECT_EQ(errorOf("000000  1128\n000002\n"), "line 1: '1128" + rule);
     EXPECT_EQ(bytesOf("000000  68 04"), "68 04");
+}
+
+// The first two lines of od, od -A x, hexdump, od -c, hexdump -b, hexdump -d and hexdump -x for "abcdefghijklmnopqr".
+TEST(HexReader, advisesAnotherDumpInPlaceOfWordsCharactersAndOtherBases)
+{
+    const struct {
+        const char* dump;
+        const char* place;
+    } dumps[] = {
+        {"0000000 061141 062143 063145 064147 065151 066153 067155 070157\n0000020 071161\n0000022\n", "1: '061141"},
+        {"000000 061141 062143 063145 064147 065151 066153 067155 070157\n000010 071161\n000012\n", "1: '061141"},
+        {"0000000 6261 6463 6665 6867 6a69 6c6b 6e6d 706f\n0000010 7271\n0000012\n", "1: '6261"},
+        {"0000000   a   b   c   d\n0000004\n", "1, column 11: 'a"},
+        {"0000000   z   b   c   d\n0000004\n", "1, column 11: 'z"},
+        {"0000000 141 142 143 144\n0000004\n", "1, column 9: '141"},
+        {"0000000   25185   25699\n0000004\n", "1, column 11: '25185"},
+        {"0000000    6261    6463\n0000004\n", "1, column 12: '6261"},
+    };
+    for (const auto& each : dumps) {
+        SCOPED_TRACE(each.dump);
+        EXPECT_EQ(errorOf(each.dump), std::string("line ") + each.place +
+                                          "' must be a byte of two hex digits; use od -A x -t x1, hexdump -C or xxd");
+    }
 }
 
 TEST(HexReader, refusesWordsWithTheLastByteFirst)
@@ -264,7 +287,7 @@ TEST(HexReader, refusesWordsWithTheLastByteFirst)
               "line 1: '00000468' has its bytes in reverse order, as the text column shows; use xxd without -e");
     EXPECT_EQ(errorOf("00000000: 01010101  ....\n00000004: 0001     0468   ..h.\n"),
               "line 2, column 20: the text column must have at most 2 characters, one per byte, got '0468   ..h.'; use "
-              "xxd without -e, od -t x1 or hexdump -C");
+              "xxd without -e");
     EXPECT_EQ(errorOf("00000000:   000468                             h..\n"),
               "line 1: '000468' has its bytes in reverse order, as the text column shows; use xxd without -e");
     EXPECT_EQ(errorOf("00000000: 0468 0000  h...\n"),

@@ -7,6 +7,7 @@
 #include "encodingOption.h"
 #include "gqtool/frames/frameCodec.h"
 #include "gqtool/records/recordDecoding.h"
+#include "gqtool/records/textEncoding.h"
 #include "input.h"
 #include "shared/console.h"
 #include "shared/progress.h"
@@ -86,6 +87,12 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
         callReader(*run.form, bytes, decoding);
     const bool isPrinted = output.finish(decoding);
     printFaults(run.inputName, decoding.faults);
+    if (bytes.size() == 0)
+        printError(Text::tr("%1: the input is empty").arg(run.inputName));
+    for (const QString& hint : {source.hint(), QString(encodingHint())}) {
+        if (!hint.isEmpty())
+            printError(hint);
+    }
     return isPrinted && decoding.faults.listed().empty() ? exitGood : exitFailed;
 }
 
@@ -104,6 +111,26 @@ static const char* const description = QT_TRANSLATE_NOOP(
     "\n"
     "%1");
 
+// Finds the command of the map whose replies --csv writes. Returns null and prints the error if there is none.
+static const MappedCommand* findTable(const CommandMap& commands, const QString& word)
+{
+    int number = 0;
+    const MappedCommand* found = commands.find(word);
+    if (found == nullptr && readInt(word, 0, UCHAR_MAX, number))
+        found = commands.find(static_cast<unsigned char>(number));
+    QStringList names;
+    for (const MappedCommand& known : commands.all())
+        names.append(known.name);
+    if (found == nullptr)
+        usageError(Text::tr("--command must be a name or number of the map, got '%1'").arg(word) +
+                   didYouMean(closestName(word, names)));
+    else if (found->records == nullptr || !isList(*found->records))
+        usageError(Text::tr("--csv requires a list of records, and the replies to %1 are none").arg(found->name));
+    else
+        return found;
+    return nullptr;
+}
+
 int runDecode(const QStringList& arguments)
 {
     CommandLine line(Text::tr(description).arg(formsText()));
@@ -119,7 +146,9 @@ int runDecode(const QStringList& arguments)
     const Option map =
         line.text("map", Text::tr("show commands and payloads of frames by the map of commands in FILE"), "FILE");
     const Option csv = line.text(
-        "csv", Text::tr("write a list as a table to FILE, field names in its first line; - means standard output"),
+        "csv",
+        Text::tr("write a list as a table to FILE, field names in its first line; - means standard output; of "
+                 "frames, the lists in the replies to --command"),
         "FILE");
     const Option fields =
         line.flag("fields", Text::tr("with --json, print the fields even if the input exceeds 1 MiB"));
@@ -128,7 +157,15 @@ int runDecode(const QStringList& arguments)
     const Option maxErrors =
         line.integer("max-errors", Text::tr("list at most N errors, and leave out what follows them"), "N", 1, INT_MAX,
                      FaultList::usualLimit);
+    const Option command = line.text(
+        "command",
+        Text::tr("with --csv and frames, write the records of replies to COMMAND, a name or number of the map"),
+        "COMMAND");
+    const Option maxPayload = line.integer(
+        "max-payload", Text::tr("decode frames with payloads of up to BYTES (default: 4194304), which takes memory"),
+        "BYTES", 1, FrameSource::mostPayload, FrameSource::usualPayload);
     csv.excludes(json);
+    command.needs(csv);
     const EncodingOption encoding(line);
     const Input input(line);
     int exitCode = exitGood;
@@ -143,22 +180,33 @@ int runDecode(const QStringList& arguments)
     const Form* form = findForm(as.text());
     const bool isFrames = as.text() == "frames";
     CommandMap commands;
-    const FrameSource source{udp.isSet(), request.isSet(), payload.text(), map.isSet() ? &commands : nullptr};
+    FrameSource source{udp.isSet(), request.isSet(), payload.text(), map.isSet() ? &commands : nullptr,
+                       maxPayload.number()};
     const QStringList kinds = {"int", "ints", "bytes", "strings"};
     if (payload.isSet() && !kinds.contains(source.form))
         return usageError(Text::tr("--payload must be one of %1, got '%2'").arg(kinds.join(", "), source.form) +
                           didYouMean(closestName(source.form, kinds)));
-    if (!isFrames && (source.isUdp || source.isRequest || payload.isSet() || map.isSet()))
-        return usageError(Text::tr("--udp, --request, --payload and --map require --as frames"));
+    if (!isFrames && (source.isUdp || source.isRequest || payload.isSet() || map.isSet() || maxPayload.isSet()))
+        return usageError(Text::tr("--udp, --request, --payload, --map and --max-payload require --as frames"));
     if (form == nullptr && !isFrames)
         return usageError(Text::tr("--as must be a form of --list, got '%1'").arg(as.text()) +
                           didYouMean(closestName(as.text(), formNames() + QStringList{"frames"})));
-    if (csv.isSet() && (isFrames || !isList(*form)))
+    if (isFrames && csv.isSet() && (!map.isSet() || !command.isSet() || request.isSet()))
+        return usageError(
+            Text::tr("with --as frames, --csv requires --map FILE and --command COMMAND, and no --request"));
+    if (!isFrames && command.isSet())
+        return usageError(Text::tr("--command requires --as frames"));
+    if (!isFrames && csv.isSet() && !isList(*form))
         return usageError(Text::tr("--csv requires a list, and --as %1 is none").arg(as.text()));
     if (!encoding.apply())
         return exitUsage;
     if (map.isSet() && !commands.read(map.text()))
         return exitFailed;
+    if (command.isSet()) {
+        source.table = findTable(commands, command.text());
+        if (source.table == nullptr)
+            return exitUsage;
+    }
     const std::unique_ptr<ByteSource> opened = input.open(isFrames ? HexReader::payloads : HexReader::everyByte);
     if (opened == nullptr)
         return exitUsage;
@@ -167,7 +215,7 @@ int runDecode(const QStringList& arguments)
     OutputFile csvFile(csv.text());
     std::unique_ptr<DecodeOutput> output;
     if (csv.isSet())
-        output = std::make_unique<DecodeCsv>(*form, bytes, input.source(), csvFile);
+        output = std::make_unique<DecodeCsv>(isFrames ? *source.table->records : *form, bytes, input.source(), csvFile);
     else if (json.isSet())
         output = std::make_unique<DecodeJson>(as.text(), isFrames ? &source : nullptr, bytes,
                                               DecodeJson::Members{fields.isSet(), library.isSet()});

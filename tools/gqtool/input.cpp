@@ -1,12 +1,11 @@
 #include "input.h"
 
 #include "command.h"
+#include "gqtool/dump/inputKind.h"
 #include "shared/console.h"
 #include "shared/text.h"
 
 #include <utility>
-
-static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most twice as many
 
 QString progressText(const ByteSource& source)
 {
@@ -23,11 +22,56 @@ QString moreErrorsText(long long count)
 
 // --- Sources ------------------------------------------------------------------------------------------------------
 
+// Returns an advice if a file is a capture, else an empty text.
+static QString captureAdvice(const FileSource& file, const QByteArray& start)
+{
+    const QString format = captureFormat(start);
+    return format.isEmpty()
+               ? QString()
+               : QString(Text::tr(
+                             "%1 is a %2 capture; convert it with 'tshark -r %3 -x -o tcp.desegment_tcp_streams:FALSE'")
+                             .arg(file.name(), format, file.isStandardInput() ? "FILE" : file.name()));
+}
+
+// The bytes of a file.
+class RawSource : public ByteSource {
+public:
+    explicit RawSource(const QString& path) : file(path)
+    {
+        file.beforeRead = [this](bool isReady) { beforeRead(isReady); };
+    }
+
+    bool read(QByteArray& bytes) override
+    {
+        const int size = bytes.size();
+        const bool isRead = file.read(bytes);
+        start += bytes.mid(size, inputKindBytes - start.size());
+        return isRead;
+    }
+    QString error() const override { return file.error(); }
+    QString hint() const override
+    {
+        return isHexText(start)
+                   ? QString(
+                         Text::tr("%1 looks like hex text or a hex dump, which is read without --raw").arg(file.name()))
+                   : captureAdvice(file, start);
+    }
+    long long done() const override { return file.done(); }
+    long long total() const override { return file.total(); }
+
+private:
+    FileSource file;
+    QByteArray start;
+};
+
 // The bytes of hex text or a hex dump.
 class HexSource : public ByteSource {
 public:
-    HexSource(std::unique_ptr<ByteSource> hexText, QString textName, HexReader::Content content)
-        : text(std::move(hexText)), name(std::move(textName)), reader([this] { return nextPiece(); }, content)
+    // `hexFile` is `hexText` if that is a file, else null.
+    HexSource(std::unique_ptr<ByteSource> hexText, const FileSource* hexFile, QString textName,
+              HexReader::Content content)
+        : text(std::move(hexText)), file(hexFile), name(std::move(textName)),
+          reader([this] { return nextPiece(); }, content)
     {
         text->beforeRead = [this](bool isReady) { beforeRead(isReady); };
     }
@@ -36,14 +80,13 @@ public:
     {
         const QByteArray piece = reader.read();
         bytes += piece;
+        hasBytes = hasBytes || !piece.isEmpty();
         return !piece.isEmpty();
     }
     QString error() const override
     {
         const QString reason = text->error();
-        return reason.isEmpty() && reader.error().isSet()
-                   ? QString(Text::tr("%1: %2").arg(name, reader.error().message()))
-                   : reason;
+        return reason.isEmpty() && reader.error().isSet() ? hexError() : reason;
     }
     long long done() const override { return text->done(); }
     long long total() const override { return text->total(); }
@@ -53,32 +96,47 @@ private:
     {
         QByteArray piece;
         text->read(piece);
+        start += piece.left(inputKindBytes - start.size());
         return piece;
     }
 
+    QString hexError() const
+    {
+        QString advice = file == nullptr ? QString() : captureAdvice(*file, start);
+        if (!advice.isEmpty())
+            return advice;
+        const HexError& error = reader.error();
+        const bool isNoHex = !hasBytes && error.column == 1;
+        const bool isRaw = file != nullptr && (isNoHex || isBinary(start));
+        return Text::tr("%1: %2").arg(name, error.message()) + (isRaw ? Text::tr("; use --raw for raw bytes") : Text());
+    }
+
     std::unique_ptr<ByteSource> text;
+    const FileSource* file; // null for the command line
     QString name;
     HexReader reader;
+    QByteArray start; // of the text
+    bool hasBytes = false;
 };
 
 // Reads a source to its end. Returns false if it is too large.
-static bool collect(ByteSource& source, QByteArray& content)
+static bool collect(ByteSource& source, QByteArray& content, int most)
 {
     content.clear();
-    while (content.size() <= largestInput && source.read(content)) {
+    while (content.size() <= most && source.read(content)) {
     }
-    return content.size() <= largestInput;
+    return content.size() <= most;
 }
 
-static QString tooLarge()
+static QString tooLarge(int most)
 {
-    return Text::tr("more than %1 bytes").arg(largestInput);
+    return Text::tr("more than %1 bytes").arg(most);
 }
 
 bool readAll(const QString& path, QByteArray& content, QString& error)
 {
     FileSource file(path);
-    error = collect(file, content) ? file.reason() : tooLarge();
+    error = collect(file, content, largestInput) ? file.reason() : tooLarge(largestInput);
     return error.isEmpty();
 }
 
@@ -119,23 +177,27 @@ std::unique_ptr<ByteSource> Input::open(HexReader::Content content) const
         return nullptr;
     }
     if (path().isEmpty())
-        return std::make_unique<HexSource>(std::make_unique<MemorySource>(words.join(' ').toUtf8()), source(), content);
-    auto opened = std::make_unique<FileSource>(path());
+        return std::make_unique<HexSource>(std::make_unique<MemorySource>(words.join(' ').toUtf8()), nullptr, source(),
+                                           content);
     if (rawOption.isSet())
-        return opened;
-    return std::make_unique<HexSource>(std::move(opened), source(), content);
+        return std::make_unique<RawSource>(path());
+    auto opened = std::make_unique<FileSource>(path());
+    const FileSource* file = opened.get();
+    return std::make_unique<HexSource>(std::move(opened), file, source(), content);
 }
 
-bool Input::read(QByteArray& bytes, int& exitCode) const
+bool Input::read(QByteArray& bytes, int& exitCode, int most) const
 {
     const std::unique_ptr<ByteSource> opened = open();
     exitCode = opened == nullptr ? exitUsage : exitFailed;
     if (opened == nullptr)
         return false;
     const QString error =
-        collect(*opened, bytes) ? opened->error() : Text::tr("cannot read %1: %2").arg(source(), tooLarge());
+        collect(*opened, bytes, most) ? opened->error() : Text::tr("cannot read %1: %2").arg(source(), tooLarge(most));
     if (!error.isEmpty())
         printError(error);
+    else if (!opened->hint().isEmpty())
+        printError(opened->hint());
     exitCode = error.isEmpty() ? exitGood : exitFailed;
     return error.isEmpty();
 }

@@ -9,6 +9,8 @@
 
 #include <memory>
 
+static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most twice as many
+
 // Reads a file, or standard input for "-". Returns false and the reason in `error`.
 bool readAll(const QString& path, QByteArray& content, QString& error);
 
@@ -31,8 +33,9 @@ public:
     // Opens the source that the command line names. On wrong usage, prints an error and returns null.
     std::unique_ptr<ByteSource> open(HexReader::Content content = HexReader::everyByte) const;
 
-    // Reads the whole source. On an error, prints it and returns false with the exit code.
-    bool read(QByteArray& bytes, int& exitCode) const;
+    // Reads the whole source. On an error, also if it has more than `most` bytes, prints it and returns false with the
+    // exit code.
+    bool read(QByteArray& bytes, int& exitCode, int most = largestInput) const;
 
 private:
     QString path() const; // of the file; "-" for standard input; empty without a file

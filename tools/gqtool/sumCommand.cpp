@@ -124,12 +124,12 @@ int runSum(const QStringList& arguments)
     QByteArray bytes;
     if (!input.read(bytes, exitCode))
         return exitCode;
-    if (wanted != nullptr)
-        return check(bytes, *wanted, json.isSet());
     if (bytes.isEmpty()) {
-        printError(Text::tr("at least one byte is required"));
+        printError(Text::tr("%1: the input is empty").arg(input.source()));
         return exitFailed;
     }
+    if (wanted != nullptr)
+        return check(bytes, *wanted, json.isSet());
     printSums(bytes, json.isSet());
     return exitGood;
 }

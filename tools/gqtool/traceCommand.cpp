@@ -3,6 +3,7 @@
 #include "encodingOption.h"
 #include "endpoint.h"
 #include "gqtool/listener.h"
+#include "gqtool/records/textEncoding.h"
 #include "gqtool/trace/traceOutput.h"
 #include "gqtool/trace/traceRelay.h"
 #include "shared/console.h"
@@ -55,6 +56,10 @@ int runTrace(const QStringList& arguments)
     const Option pcap = line.text("pcap", Text::tr("also write all packets to FILE, for Wireshark"), "FILE");
     const Option record = line.text(
         "record", Text::tr("also write the lines of --json to FILE, with up to 4 MiB of each payload"), "FILE");
+    const Option maxPayload =
+        line.integer("max-payload", Text::tr("with --record, write up to BYTES of each payload (default: 4194304)"),
+                     "BYTES", 1, FrameSource::mostPayload, FrameSource::usualPayload);
+    maxPayload.needs(record);
     const Option map = line.text("map", Text::tr("show commands and payloads by the map of commands in FILE"), "FILE");
     EncodingOption encoding(line);
     encoding.needs(map);
@@ -101,7 +106,7 @@ int runTrace(const QStringList& arguments)
         return exitFailed;
     }
     TraceOutput output(json.isSet(), isUdp, map.isSet() ? &commands : nullptr);
-    if (record.isSet() && !output.record(record.text(), error)) {
+    if (record.isSet() && !output.record(record.text(), maxPayload.number(), error)) {
         printError(Text::tr("cannot write to %1: %2").arg(record.text(), error));
         return exitFailed;
     }
@@ -111,6 +116,8 @@ int runTrace(const QStringList& arguments)
     const bool isGood = relay(listener, station, stopper, output, capture);
     if (!isGood)
         printError(Text::tr("cannot relay: %1").arg(errorText(errno)));
+    if (!encodingHint().isEmpty())
+        printError(encodingHint());
     if (isatty(STDERR_FILENO) != 0)
         printError(output.summary());
     return isGood && capture.isGood() && output.isGood() ? exitGood : exitFailed;

@@ -27,6 +27,8 @@
 using gqdb::BlobWaveHead;
 using gqdb::CByte2Rdb;
 
+// Larger waves are refused: with the bytes and the samples in memory they take four times as much.
+static const int largestWave = 48 << 20; // bytes
 static const int headSize = sizeof(BlobWaveHead);
 static const int shownMarks = 16;
 
@@ -61,21 +63,25 @@ static Text refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
     Text tooFew = markFault(head.markCount, bytes.size() - headSize);
     if (!tooFew.isEmpty())
         return tooFew;
-    const QByteArray block = bytes.mid(headSize + 4 * static_cast<int>(head.markCount));
+    const int blockStart = headSize + 4 * static_cast<int>(head.markCount);
+    const QByteArray block = QByteArray::fromRawData(bytes.constData() + blockStart, bytes.size() - blockStart);
     return Text::tr("the compressed block of %1 bytes cannot be unpacked: %2")
         .arg(block.size())
         .arg(unpackBlock(block).fault);
 }
 
-static Wave readWave(const QByteArray& bytes)
+// Empties `bytes`.
+static Wave readWave(QByteArray& bytes)
 {
     Wave wave;
     wave.size = bytes.size();
     wave.hasHead = bytes.size() >= headSize;
     const std::vector<unsigned char> stored(bytes.begin(), bytes.end());
+    bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(stored.data()), static_cast<int>(stored.size()));
     std::vector<unsigned char> work(CByte2Rdb::waveBlockSize);
     if (CByte2Rdb::byte2Wave(stored, work.data(), wave.head, wave.samples, wave.marks) != 1)
         wave.refusal = refusalOf(bytes, wave.head);
+    bytes.clear();
     return wave;
 }
 
@@ -318,10 +324,10 @@ int runWave(const QStringList& arguments)
     if (to.isSet() && from.number() > to.number())
         return usageError(Text::tr("--from must be at most --to, got %1 and %2").arg(from.number()).arg(to.number()));
     QByteArray bytes;
-    if (!input.read(bytes, exitCode))
+    if (!input.read(bytes, exitCode, largestWave))
         return exitCode;
 
-    const Wave wave = readWave(bytes);
+    Wave wave = readWave(bytes);
     if (json.isSet())
         printJson(wave);
     else if (!csvOutput && !svgOutput)
@@ -333,11 +339,13 @@ int runWave(const QStringList& arguments)
     Part part;
     if (!choosePart(from, to, wave.samples.size(), part))
         return exitFailed;
-    const std::vector<float> samples(wave.samples.begin() + part.from, wave.samples.begin() + (part.to + 1));
-    const bool isWhole = samples.size() == wave.samples.size();
-    const QString size = isWhole
-                             ? Text::tr("%1 samples").arg(samples.size())
-                             : Text::tr("samples %1 to %2 of %3").arg(part.from).arg(part.to).arg(wave.samples.size());
+    std::vector<float>& samples = wave.samples;
+    const size_t count = samples.size();
+    samples.erase(samples.begin() + (part.to + 1), samples.end());
+    samples.erase(samples.begin(), samples.begin() + part.from);
+    const QString size = samples.size() == count
+                             ? Text::tr("%1 samples").arg(count)
+                             : Text::tr("samples %1 to %2 of %3").arg(part.from).arg(part.to).arg(count);
     const bool isWritten =
         (!csv.isSet() || writeTable(csv.text(), samples, part.from)) &&
         (!svg.isSet() ||

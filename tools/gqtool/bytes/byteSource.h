@@ -19,6 +19,9 @@ public:
     virtual bool read(QByteArray& bytes) = 0;
     virtual QString error() const { return QString(); }
 
+    // What the bytes may be in place of what the user says; empty if nothing is suspected.
+    virtual QString hint() const { return QString(); }
+
     // Called before each read of a file: `isReady` is false if it may have to wait.
     std::function<void(bool isReady)> beforeRead = [](bool) {};
 
@@ -45,6 +48,7 @@ public:
     explicit FileSource(QString file); // "-" is standard input
     ~FileSource() override;
 
+    bool isStandardInput() const { return path == "-"; }
     QString name() const { return path == "-" ? QString(Text::tr("standard input")) : path; }
 
     bool read(QByteArray& bytes) override;

@@ -62,8 +62,12 @@ bool DumpLines::beginsPacketOfTcpdump(const QByteArray& line)
 DumpLines::Verdict DumpLines::recognise(const QByteArray& first, const QByteArray* next)
 {
     Offset offset;
-    if (!findOffset(first, offset) || digitsAt(first, offset.end) == 0)
-        return isNoDump; // also the field of a file with comments: 01000000  # count
+    if (!findOffset(first, offset))
+        return isNoDump;
+    if (digitsAt(first, offset.end) == 0) { // od -c, or the field of a file with comments: 01000000  # count
+        const bool isOfOdC = isOfOd(offset) && offset.digits.size() == octalDigits && offset.end < first.size();
+        return isOfOdC ? isDump : isNoDump;
+    }
     if (offset.mark == '|' || (offset.mark == ':' && offset.hasPrefix))
         return isDump;
     // Hex text can begin like any of these dumps. The text is a dump only if hex text is impossible or unlikely.
@@ -87,7 +91,18 @@ DumpLines::Verdict DumpLines::recognise(const QByteArray& first, const QByteArra
         return isNoDump;
     if (next->trimmed() == "*" || isEndOfOd(*next, offset, row))
         return isDump;
-    return findOffset(*next, nextOffset) && nextOffset.value == row.bytes.size() ? isDump : isNoDump;
+    if (!findOffset(*next, nextOffset))
+        return isNoDump;
+    // od -A x prints words of 2 bytes in octal, 6 digits each
+    const bool isOctal = row.word.size() == 6 && 3 * nextOffset.value == 2LL * row.bytes.size();
+    return isOctal || nextOffset.value == row.bytes.size() ? isDump : isNoDump;
+}
+
+// Returns true if the line has the form of od's and hexdump's lines, whose groups can be words or other than hexadecimal.
+bool DumpLines::isOfOd(const Offset& offset)
+{
+    const int digits = offset.digits.size();
+    return offset.mark == '\0' || (offset.mark == ' ' && (digits == 6 || digits == octalDigits));
 }
 
 // Returns true if the line is the last one of a dump in words, whose offset may be less than the bytes of the words.
@@ -114,6 +129,12 @@ static bool isTextColumn(const QByteArray& text, int byteCount)
     return column.size() <= byteCount + 1;
 }
 
+// The error for a group of od or hexdump without the right options.
+static QString wordText(const QString& group)
+{
+    return Text::tr("'%1' must be a byte of two hex digits; use od -A x -t x1, hexdump -C or xxd").arg(group);
+}
+
 bool DumpLines::readRow(const QByteArray& text, const Offset& offset, Row& row, HexError& error)
 {
     const auto fail = [&error](int pos, const QString& found) {
@@ -128,10 +149,12 @@ bool DumpLines::readRow(const QByteArray& text, const Offset& offset, Row& row, 
         const int blanks = blanksAt(text, end);
         const bool isSeparated = next == ':' || next == '-' || next == ',';
         if (count == 0 || !(isBlank(next) || isSeparated || next == '|'))
-            return fail(end, badDigit(text[end]));
+            return fail(end, isOfOd(offset) && row.bytes.isEmpty() ? wordText(text.mid(pos).split(' ')[0])
+                                                                   : badDigit(text[end]));
         const QString group = QString::fromLatin1(text.mid(pos, std::min(count, shownText)));
         if (count % 2 != 0)
-            return fail(pos, Text::tr("'%1' must have an even number of hex digits").arg(group));
+            return fail(pos, isOfOd(offset) ? wordText(group)
+                                            : Text::tr("'%1' must have an even number of hex digits").arg(group));
         appendDigits(text.constData() + pos, count, row.bytes);
         row.order.addGroup(text.constData() + pos, count);
         if (count > 2 && row.word.isEmpty())
@@ -145,11 +168,12 @@ bool DumpLines::readRow(const QByteArray& text, const Offset& offset, Row& row, 
     row.order.addText(text.mid(pos));
     if (isTextColumn(text.mid(pos), row.bytes.size()))
         return true;
-    return fail(pos,
-                Text::tr("the text column must have at most %1 characters, one per byte, got '%2'%3")
-                    .arg(row.bytes.size())
-                    .arg(QString::fromUtf8(text.mid(pos).trimmed().left(shownText)),
-                         row.word.isEmpty() ? QString() : Text::tr("; use xxd without -e, od -t x1 or hexdump -C")));
+    if (isOfOd(offset) && !row.word.isEmpty())
+        return fail(offset.end, wordText(row.word));
+    return fail(pos, Text::tr("the text column must have at most %1 characters, one per byte, got '%2'%3")
+                         .arg(row.bytes.size())
+                         .arg(QString::fromUtf8(text.mid(pos).trimmed().left(shownText)),
+                              row.word.isEmpty() ? QString() : Text::tr("; use xxd without -e")));
 }
 
 // --- Lines --------------------------------------------------------------------------------------------------------
@@ -210,12 +234,8 @@ bool DumpLines::readOffset(const QByteArray& text, const Offset& offset, Line& l
 // Checks that words have their bytes in the order in which they are read.
 bool DumpLines::checkWords(const Offset& offset, const Row& row)
 {
-    const int digits = offset.digits.size();
-    const bool isOfOd = offset.mark == '\0' || (offset.mark == ' ' && (digits == 6 || digits == octalDigits));
-    if (isOfOd && !row.word.isEmpty())
-        return fail(
-            Text::tr("'%1' must be one byte: the order of bytes in a word is unknown; use od -t x1 or hexdump -C")
-                .arg(row.word));
+    if (isOfOd(offset) && !row.word.isEmpty())
+        return fail(wordText(row.word));
     if (offset.mark != ':')
         return true;
     if (row.order.isBinary())
@@ -252,7 +272,7 @@ bool DumpLines::checkOffset(const Offset& offset, Line& line)
     const qint64 expected = isSummarised ? 0 : size;
     const qint64 missing = offset.value - expected;
     if (isRepeating && offset.mark == '\0' && offset.digits.size() == octalDigits)
-        return fail(Text::tr("offset %1 may be octal or decimal; use od -A x").arg(QString(offset.digits)));
+        return fail(Text::tr("offset %1 may be octal or decimal; use od -A x -t x1").arg(QString(offset.digits)));
     if (isRepeating && missing > 0 && missing % previous.size() == 0) {
         line.repeated = missing;
         line.pattern = previous;
@@ -270,7 +290,7 @@ bool DumpLines::checkOffset(const Offset& offset, Line& line)
                         .arg(found));
     QString hint;
     if (offset.digits.toLongLong(nullptr, 8) == expected || offset.digits.toLongLong(nullptr, 10) == expected)
-        hint = Text::tr("; offsets must be hexadecimal, as of od -A x");
+        hint = Text::tr("; offsets must be hexadecimal, as of od -A x -t x1");
     else if (missing > 0)
         hint = missing == 1 ? Text::tr("; 1 byte is missing") : Text::tr("; %1 bytes are missing").arg(missing);
     return fail(Text::tr("offset must be %1, got %2%3").arg(right, found, hint));

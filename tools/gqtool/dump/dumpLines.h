@@ -52,6 +52,7 @@ private:
     };
 
     static bool findOffset(const QByteArray& text, Offset& offset);
+    static bool isOfOd(const Offset& offset);
     static bool isEndOfOd(const QByteArray& text, const Offset& first, const Row& row);
     static bool readRow(const QByteArray& text, const Offset& offset, Row& row, HexError& error);
     bool readOffset(const QByteArray& text, const Offset& offset, Line& line);

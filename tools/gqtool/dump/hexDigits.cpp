@@ -26,7 +26,7 @@ QString badDigit(char character)
     const auto code = static_cast<unsigned char>(character);
     if (code >= ' ' && code < 0x7f)
         return Text::tr("'%1' is not a hex digit").arg(QChar(code));
-    return Text::tr("byte 0x%1 is not a hex digit; use --raw for raw bytes").arg(code, 2, 16, QChar('0'));
+    return Text::tr("byte 0x%1 is not a hex digit").arg(code, 2, 16, QChar('0'));
 }
 
 void appendDigits(const char* digits, int count, QByteArray& bytes)

@@ -64,15 +64,16 @@ private:
 
     void addRow(const char* name, const QByteArray& bytes, const FieldValue& value)
     {
-        if (!isCounting)
+        if (!isHidden())
             listener.row({pos, {bytes.constData(), static_cast<size_t>(bytes.size())}, path, name, value});
         pos += bytes.size();
     }
     void addMember(const char* name, const FieldValue& value)
     {
-        if (!isCounting)
+        if (!isHidden())
             listener.member(name, value);
     }
+    bool isHidden() const { return isCounting || source.table != nullptr; } // all but records
     void fault(long long offset, const Text& text) { isCounting = !result.faults.add(offset, text) || isCounting; }
     void reject(int code, const Text& reason) // by the library; the first reason counts
     {
@@ -115,12 +116,16 @@ void FrameDecoder::decodePayload(const StreamItem& item, const Payload& payload)
         reject(answer, Text::tr("the payload of [%1] is shorter than its form"));
 }
 
-// Adds a row for each field of the records. Their faults are those of the payload.
+// Adds a row for each field of the records, or a list of them to a table. Their faults are those of the payload.
 void FrameDecoder::decodeRecords(const Form& records, const QByteArray& payload)
 {
     const QByteArray bytes = bytesOf(payload);
     MemorySource memory(bytes);
     ByteWindow window(memory);
+    if (source.table != nullptr) {
+        ::decode(records, window, listener, FaultList::usualLimit);
+        return;
+    }
     RecordRows rows(pos - payload.size() + 4, path + ".payload", listener);
     ::decode(records, window, rows, FaultList::usualLimit);
 }
@@ -141,9 +146,11 @@ void FrameDecoder::addFault(const StreamItem& item)
         fault(end, Text::tr("a header needs %1 bytes, got %2").arg(CSocketAPI::headerSize).arg(item.size));
         break;
     case StreamItem::badLength:
-        fault(start, Text::tr("length must be at most %1, got %2; a client would wait for the rest")
-                         .arg(frame.length > FrameStream::clientLimit ? FrameStream::clientLimit : largestPayload)
-                         .arg(frame.length));
+        fault(start,
+              Text::tr("length must be at most %1, got %2; a client would wait for the rest")
+                  .arg(frame.length > FrameStream::clientLimit ? FrameStream::clientLimit
+                                                               : static_cast<unsigned int>(source.largestPayload))
+                  .arg(frame.length));
         break;
     case StreamItem::wrongEnd:
         fault(end - 1, Text::tr("the last byte of a frame must be 16, got %1; a client drops this frame")
@@ -156,14 +163,14 @@ void FrameDecoder::addFault(const StreamItem& item)
     if (item.kind != StreamItem::badLength)
         reject(0, Text::tr("a client does not accept [%1]"));
     else if (frame.length <= FrameStream::clientLimit)
-        reject(0, Text::tr("[%1] is longer than gqtool decodes"));
+        reject(0, Text::tr("[%1] is longer than --max-payload"));
 }
 
 void FrameDecoder::decodeItem(const StreamItem& item)
 {
     pos = item.offset;
     path = '[' + std::to_string(index) + ']';
-    const bool isShown = !isCounting;
+    const bool isShown = !isHidden();
     if (isShown)
         listener.begin(nullptr, '{');
     if (item.kind != StreamItem::garbage && item.kind != StreamItem::cutHeader)
@@ -179,7 +186,8 @@ void FrameDecoder::decodeItem(const StreamItem& item)
         if (item.kind == StreamItem::frame && member.name == std::string_view("payload")) {
             const Payload payload = payloadOf(item.content.command, member.bytes, source);
             addRow(member.name, member.bytes, payload.content.empty() ? value : JsonText{payload.content});
-            if (payload.form.contains(':') && !isCounting)
+            const bool isWanted = source.table == nullptr || source.table == source.mapped(item.content.command);
+            if (payload.form.contains(':') && isWanted && !isCounting)
                 decodeRecords(*recordsOf(item.content.command, source), member.bytes);
             decodePayload(item, payload);
         } else if (!member.bytes.isNull()) {
@@ -225,8 +233,9 @@ void FrameDecoder::decode()
     result.readerCalled = true;
     result.result = 1;
     result.meaning = Text::tr("good");
-    listener.begin(nullptr, '[');
-    FrameStream stream(INT_MAX, largestPayload);
+    if (source.table == nullptr)
+        listener.begin(nullptr, '[');
+    FrameStream stream(INT_MAX, static_cast<unsigned int>(source.largestPayload));
     while (input.holds(1)) {
         const QByteArray piece(input.at(), input.left());
         input.skip(piece.size());
@@ -234,9 +243,14 @@ void FrameDecoder::decode()
     }
     take(stream.end());
     endGarbage();
-    listener.end(']');
-    if (!hasFrames)
-        fault(0, Text::tr("no frame found"));
+    if (source.table == nullptr)
+        listener.end(']');
+    if (!hasFrames) {
+        const Text missing = Text::tr("no frame found");
+        fault(0, missing);
+        result.result = 0;
+        result.meaning = missing;
+    }
     result.stopAt(input);
 }
 

@@ -6,10 +6,6 @@
 
 #include <QStringList>
 
-// Payloads that decodeFrames accepts. Clients accept more, but a larger length is most likely not that of a frame, and
-// memory for it is limited.
-static const int largestPayload = 4 << 20; // bytes
-
 // Decodes the bytes of one direction, like decode() for records. Continues after each fault. The result is that of a
 // client that reads the same bytes.
 Decoding decodeFrames(ByteWindow& bytes, const FrameSource& source, DecodeListener& listener, size_t mostFaults);

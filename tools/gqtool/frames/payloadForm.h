@@ -12,10 +12,17 @@
 
 // What cannot be seen from the bytes of frames. tests/golden/README.md lists the forms of payloads.
 struct FrameSource {
+    static constexpr int usualPayload = 4 << 20;  // bytes
+    static constexpr int mostPayload = 128 << 20; // its hex text must fit a QString
+
     bool isUdp = false;
     bool isRequest = false;
     QString form; // of the payloads of commands that neither the library nor the map defines; empty if unknown
     const CommandMap* map = nullptr; // takes precedence over the ready-made commands
+    // Payloads that are decoded. Clients accept more, but a larger length is most likely not that of a frame, and memory
+    // for it is limited.
+    int largestPayload = usualPayload;
+    const MappedCommand* table = nullptr; // of which the records alone are passed on, a list for each reply
 
     // Returns the command in the map, or null.
     const MappedCommand* mapped(unsigned char command) const { return map == nullptr ? nullptr : map->find(command); }

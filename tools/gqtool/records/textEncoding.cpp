@@ -7,11 +7,14 @@
 #include <nlohmann/json.hpp>
 
 static const QTextCodec* codec = nullptr; // null: UTF-8
+static QString codecName;                 // as the user gave it; Qt's may be another: GBK for GB2312
+static bool hasOtherTexts = false;        // texts that are not UTF-8, although no encoding was set
 
 bool setTextEncoding(const QString& name)
 {
     const QTextCodec* found = QTextCodec::codecForName(name.toLatin1());
     codec = found == QTextCodec::codecForName("UTF-8") ? nullptr : found;
+    codecName = name;
     return found != nullptr;
 }
 
@@ -56,10 +59,25 @@ static bool isPrintable(const QString& text)
                         [](QChar character) { return character.category() == QChar::Other_Control; });
 }
 
+static bool isUtf8(std::string_view bytes)
+{
+    if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }))
+        return true;
+    const auto raw = QByteArray::fromRawData(bytes.data(), static_cast<int>(bytes.size()));
+    return QString::fromUtf8(raw).toUtf8() == raw;
+}
+
+Text encodingHint()
+{
+    return hasOtherTexts ? Text::tr("some texts are not UTF-8; --encoding NAME, such as GBK, converts them") : Text();
+}
+
 RecordText::RecordText(std::string_view textBytes) : bytes(textBytes)
 {
-    if (codec == nullptr)
+    if (codec == nullptr) {
+        hasOtherTexts = hasOtherTexts || !isUtf8(bytes);
         return;
+    }
     const auto raw = QByteArray::fromRawData(bytes.data(), static_cast<int>(bytes.size()));
     QString text;
     if (decodeText(raw, text) && isPrintable(text))
@@ -88,8 +106,7 @@ QString takeRecordText(const Json& value, QByteArray& bytes)
     if (!fault.isEmpty())
         return fault;
     if (codec != nullptr && value.is_string() && !encodeText(QString::fromUtf8(bytes), bytes))
-        return Text::tr("must be a text that can be written in %1, or {\"hex\": DIGITS}")
-                   .arg(QString::fromLatin1(codec->name())) +
+        return Text::tr("must be a text that can be written in %1, or {\"hex\": DIGITS}").arg(codecName) +
                gotText(value);
     return {};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jsonText.h"
+#include "shared/text.h"
 
 #include <QStringList>
 
@@ -12,6 +13,9 @@ bool setTextEncoding(const QString& name);
 
 // Returns the names of all encodings that Qt knows.
 QStringList textEncodings();
+
+// Returns a hint at --encoding if a RecordText was not UTF-8 and no other encoding is set; else an empty text.
+Text encodingHint();
 
 // A text of a record as a value: a text, or {"hex": ...} if the bytes are not text in the encoding. Valid as long as
 // the bytes.

@@ -20,7 +20,7 @@ static const size_t mostClients = 256;
 
 // A client that has sent a datagram.
 struct DatagramClient {
-    int number;
+    TracedLink link;
     sockaddr_in address;
     int station; // a socket whose peer is the station
 };
@@ -98,7 +98,7 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
         close(socket);
         return nullptr;
     }
-    clients.push_front({++known, address, socket});
+    clients.push_front({{++known}, address, socket});
     output.connected(known, endpointText(address));
     return &clients.front();
 }
@@ -111,7 +111,7 @@ static bool isIcmpError(int error)
 
 void DatagramRelay::lose(const DatagramClient& client, int size, int error)
 {
-    output.event(client.number, "lost", Text::tr("datagram of %1 bytes lost: %2").arg(size).arg(errorText(error)));
+    output.event(client.link.number, "lost", Text::tr("datagram of %1 bytes lost: %2").arg(size), error);
 }
 
 void DatagramRelay::takeFromClients()
@@ -124,7 +124,7 @@ void DatagramRelay::takeFromClients()
     if (count < 0)
         return;
     datagram.truncate(static_cast<int>(count));
-    const DatagramClient* client = clientAt(address);
+    DatagramClient* client = clientAt(address);
     if (client == nullptr)
         return;
     ssize_t sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
@@ -132,7 +132,7 @@ void DatagramRelay::takeFromClients()
         sent = send(client->station, datagram.constData(), static_cast<size_t>(count), 0);
     const int error = errno;
     captureDatagram(capture, client->address, station, datagram);
-    output.datagram(client->number, Side::client, datagram);
+    output.datagram(client->link, Side::client, datagram);
     if (sent < 0)
         lose(*client, datagram.size(), error);
 }
@@ -146,9 +146,10 @@ void DatagramRelay::takeFromStation(int socket)
     datagram.resize(65536);
     const ssize_t count = recv(socket, datagram.data(), static_cast<size_t>(datagram.size()), 0);
     if (count < 0) {
-        if (isIcmpError(errno))
-            output.event(client->number, "stationUnreachable",
-                         Text::tr("the station is unreachable: %1").arg(errorText(errno)));
+        const int failure = errno;
+        if (isIcmpError(failure))
+            output.event(client->link.number, "stationUnreachable", Text::tr("the station is unreachable: %1"),
+                         failure);
         return;
     }
     datagram.truncate(static_cast<int>(count));
@@ -156,7 +157,7 @@ void DatagramRelay::takeFromStation(int socket)
                                 reinterpret_cast<const sockaddr*>(&client->address), sizeof client->address);
     const int error = errno;
     captureDatagram(capture, station, client->address, datagram);
-    output.datagram(client->number, Side::station, datagram);
+    output.datagram(client->link, Side::station, datagram);
     if (sent < 0)
         lose(*client, datagram.size(), error);
 }

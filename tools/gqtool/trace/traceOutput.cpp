@@ -9,18 +9,19 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <chrono>
 
-static const int shownBytes = 65536;      // of each payload, on standard output
-static const int recordedBytes = 4 << 20; // of each payload, in a recording: any peer can announce up to 2 GiB
+static const int shownBytes = 65536; // of each payload, on standard output
 
 TraceOutput::TraceOutput(bool json, bool datagrams, const CommandMap* map)
     : isJson(json), source{datagrams, false, {}, map}
 {
 }
 
-bool TraceOutput::record(const QString& path, QString& error)
+bool TraceOutput::record(const QString& path, int mostBytes, QString& error)
 {
+    recordedBytes = mostBytes;
     recording.setFileName(path);
     const bool isOpen = recording.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered);
     error = libraryText(recording.errorString());
@@ -29,7 +30,7 @@ bool TraceOutput::record(const QString& path, QString& error)
 
 int TraceOutput::keptBytes() const
 {
-    return recording.isOpen() ? recordedBytes : shownBytes;
+    return recording.isOpen() ? std::max(recordedBytes, shownBytes) : shownBytes;
 }
 
 void TraceOutput::writeRecord(const QJsonObject& json)
@@ -92,7 +93,26 @@ void TraceOutput::addContent(const Frame& frame, const MappedCommand& command, Q
         json["fault"] = "form";
 }
 
-void TraceOutput::printItems(int connection, Side from, const std::vector<StreamItem>& items)
+// Compares a reply with the request, and returns the remark for its line. A client compares neither command nor
+// sequence, so it takes such a reply for the right one.
+QString TraceOutput::addMismatch(const Frame& reply, const TracedLink& link, QJsonObject& json) const
+{
+    if (!link.request) // a greeting
+        return {};
+    const bool isOther = reply.command != link.request->command && reply.command != gqdb::CSocketAPI::errorCommand;
+    const bool isOutOfTurn = reply.sequence != link.request->sequence && reply.sequence != 0; // 0: not returned
+    if (isOther)
+        json["requestCommand"] = link.request->command;
+    if (isOutOfTurn)
+        json["requestSequence"] = link.request->sequence;
+    if (!isOther && !isOutOfTurn)
+        return {};
+    return Text::tr(" (does not match the request: %1, sequence %2)")
+        .arg(commandLabel(link.request->command, source))
+        .arg(link.request->sequence);
+}
+
+void TraceOutput::printItems(TracedLink& link, Side from, const std::vector<StreamItem>& items)
 {
     source.isRequest = from == Side::client;
     for (const StreamItem& item : items) {
@@ -101,13 +121,18 @@ void TraceOutput::printItems(int connection, Side from, const std::vector<Stream
         if (mapped != nullptr)
             addContent(item.content, *mapped, json);
         json["from"] = sideText(from);
-        print(connection, (from == Side::client ? "-> " : "<- ") + itemText(item, source), json);
-        if (item.kind != StreamItem::frame)
+        const bool isReply = item.kind == StreamItem::frame && from == Side::station;
+        const QString remark = isReply ? addMismatch(item.content, link, json) : QString();
+        print(link.number, (from == Side::client ? "-> " : "<- ") + itemText(item, source) + remark, json);
+        if (item.kind != StreamItem::frame) {
             ++faults;
-        else if (from == Side::client)
-            ++requests;
-        else
+        } else if (isReply) {
             ++replies;
+        } else {
+            ++requests;
+            link.request = item.content;
+            link.request->payload.clear();
+        }
     }
 }
 
@@ -125,32 +150,35 @@ void TraceOutput::connected(int connection, const QString& client)
     print(connection, Text::tr("connected from %1").arg(client), {{"event", "connected"}, {"client", client}});
 }
 
-void TraceOutput::event(int connection, const QString& name, const QString& text)
+void TraceOutput::event(int connection, const QString& name, const Text& text, int error)
 {
     now = microsecondsNow();
-    print(connection, text, {{"event", name}});
+    QJsonObject json{{"event", name}};
+    if (error != 0)
+        json["reason"] = errorText(error).english();
+    print(connection, error == 0 ? text : text.arg(errorText(error)), json);
 }
 
-size_t TraceOutput::piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream)
+size_t TraceOutput::piece(TracedLink& link, Side from, const QByteArray& bytes, FrameStream& stream)
 {
     now = microsecondsNow();
     const std::vector<StreamItem> items = stream.feed(bytes);
-    printItems(connection, from, items);
+    printItems(link, from, items);
     return items.size();
 }
 
-void TraceOutput::end(int connection, Side from, FrameStream& stream)
+void TraceOutput::end(TracedLink& link, Side from, FrameStream& stream)
 {
     now = microsecondsNow();
-    printItems(connection, from, stream.end());
+    printItems(link, from, stream.end());
 }
 
-void TraceOutput::datagram(int connection, Side from, const QByteArray& bytes)
+void TraceOutput::datagram(TracedLink& link, Side from, const QByteArray& bytes)
 {
     now = microsecondsNow();
     FrameStream stream(keptBytes());
-    printItems(connection, from, stream.feed(bytes));
-    printItems(connection, from, stream.end());
+    printItems(link, from, stream.feed(bytes));
+    printItems(link, from, stream.end());
 }
 
 QString TraceOutput::summary() const

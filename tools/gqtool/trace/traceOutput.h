@@ -7,9 +7,17 @@
 #include <QJsonObject>
 #include <QString>
 
+#include <optional>
+
 enum class Side { client, station };
 
 QString sideText(Side side); // "client" or "station", for JSON
+
+// A connection, or the client of datagrams, as it appears in the lines.
+struct TracedLink {
+    int number;
+    std::optional<Frame> request = std::nullopt; // the latest one, without its payload
+};
 
 // The lines of a trace: one per frame and event, on standard output, and as JSON in a file.
 class TraceOutput {
@@ -17,8 +25,9 @@ public:
     // Shows commands by the names of `map`, if it is not null, and their payloads in its forms.
     TraceOutput(bool json, bool datagrams, const CommandMap* map);
 
-    // Also writes each line to a file, with payloads of up to 4 MiB. Returns false and the reason in `error` on failure.
-    bool record(const QString& path, QString& error);
+    // Also writes each line to a file, with up to `mostBytes` of each payload. Returns false and the reason in `error` on
+    // failure.
+    bool record(const QString& path, int mostBytes, QString& error);
 
     // Number of bytes that a stream must keep of each payload.
     int keptBytes() const;
@@ -29,16 +38,17 @@ public:
     void listening(const QString& endpoint, const QString& station);
     void connected(int connection, const QString& client);
 
-    // Prints any other event; `name` is for JSON, `text` for people.
-    void event(int connection, const QString& name, const QString& text);
+    // Prints any other event; `name` is for JSON, `text` for people. `error`, a number of the system, is its reason and
+    // replaces the last placeholder of `text`; 0 means that there is none.
+    void event(int connection, const QString& name, const Text& text, int error = 0);
 
     // Print the frames that a piece completes in `stream`, and the one that the end of the stream cuts off. piece
     // returns the number of lines.
-    size_t piece(int connection, Side from, const QByteArray& bytes, FrameStream& stream);
-    void end(int connection, Side from, FrameStream& stream);
+    size_t piece(TracedLink& link, Side from, const QByteArray& bytes, FrameStream& stream);
+    void end(TracedLink& link, Side from, FrameStream& stream);
 
     // Prints the frames of a datagram, which is a stream of its own.
-    void datagram(int connection, Side from, const QByteArray& bytes);
+    void datagram(TracedLink& link, Side from, const QByteArray& bytes);
 
     // Returns the counts so far, on one line.
     QString summary() const;
@@ -46,13 +56,15 @@ public:
 private:
     void print(int connection, const QString& text, QJsonObject json);
     void addContent(const Frame& frame, const MappedCommand& command, QJsonObject& json) const;
-    void printItems(int connection, Side from, const std::vector<StreamItem>& items);
+    QString addMismatch(const Frame& reply, const TracedLink& link, QJsonObject& json) const;
+    void printItems(TracedLink& link, Side from, const std::vector<StreamItem>& items);
 
     void writeRecord(const QJsonObject& json);
 
     bool isJson;
     FrameSource source;
     QFile recording;
+    int recordedBytes = 0;  // of each payload
     bool hasFailed = false; // to write it
     long long now = 0;      // time of the current line, in microseconds since 1970
     int connections = 0;

@@ -60,7 +60,7 @@ private:
     void fail(Side side, int error);
     void reportFailure();
 
-    const int number;
+    TracedLink link;
     const int client;
     const int station;
     TraceOutput& output;
@@ -75,7 +75,7 @@ private:
 RelayedConnection::RelayedConnection(int connectionNumber, int clientSocket, int stationSocket,
                                      const sockaddr_in& stationAddress, TraceOutput& traceOutput,
                                      const CapturedConnection& capturedConnection)
-    : number(connectionNumber), client(clientSocket), station(stationSocket), output(traceOutput),
+    : link{connectionNumber}, client(clientSocket), station(stationSocket), output(traceOutput),
       captured(capturedConnection), flows{{{Side::client, client, station}, {Side::station, station, client}}}
 {
     captured.begun();
@@ -94,7 +94,7 @@ RelayedConnection::~RelayedConnection()
 {
     for (Flow& flow : flows) {
         if (!flow.hasEnded)
-            output.end(number, flow.from, flow.frames);
+            output.end(link, flow.from, flow.frames);
     }
     if (hasFailed)
         reportFailure();
@@ -171,12 +171,12 @@ void RelayedConnection::read(Flow& flow)
     passOn(flow);
     if (count > 0) {
         captured.piece(flow.from, bytes);
-        const size_t lines = output.piece(number, flow.from, bytes, flow.frames);
+        const size_t lines = output.piece(link, flow.from, bytes, flow.frames);
         flow.readSize = lines > mostLines ? smallestRead : std::min(2 * flow.readSize, largestRead);
     } else {
         captured.ended(flow.from);
-        output.end(number, flow.from, flow.frames);
-        output.event(number, sideText(flow.from) + "Ended",
+        output.end(link, flow.from, flow.frames);
+        output.event(link.number, sideText(flow.from) + "Ended",
                      flow.from == Side::client ? Text::tr("the client ended its stream")
                                                : Text::tr("the station ended its stream"));
     }
@@ -216,11 +216,15 @@ void RelayedConnection::reportFailure()
         captured.broken(failedSide);
     else if (failure == ECONNREFUSED || failure == ECONNRESET)
         captured.refused();
-    const Text text = isUnreachable                ? Text::tr("the station is unreachable: %1")
-                      : failedSide == Side::client ? Text::tr("the client broke the connection: %1")
-                                                   : Text::tr("the station broke the connection: %1");
-    output.event(number, sideText(failedSide) + (isUnreachable ? "Unreachable" : "Reset"),
-                 text.arg(errorText(failure)));
+    const bool isClient = failedSide == Side::client;
+    // A client of the library closes with a reset. Where its bytes were still unread, sending fails with EPIPE.
+    const bool isClosed = isClient && (failure == ECONNRESET || failure == EPIPE);
+    const Text text = isUnreachable ? Text::tr("the station is unreachable: %1")
+                      : isClosed    ? Text::tr("the client closed the connection (reset)")
+                      : isClient    ? Text::tr("the client broke the connection: %1")
+                                    : Text::tr("the station broke the connection: %1");
+    output.event(link.number, sideText(failedSide) + (isUnreachable ? "Unreachable" : "Reset"), text,
+                 isClosed ? 0 : failure);
 }
 
 // --- The relay ----------------------------------------------------------------------------------------------------
