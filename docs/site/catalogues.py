@@ -107,6 +107,11 @@ def literals(text):
     return sorted(re.findall(r"(`+[^`]+`+)", text) + re.findall(r"\]\(([^)\s]+)\)", text) + macros)
 
 
+def shownMarks(text):
+    """Returns the bold texts that end in punctuation and precede a letter: Markdown shows their ** as it is."""
+    return [bold for bold, after in re.findall(r"\*\*(.+?)\*\*(\w?)", text) if after and re.search(r"\W$", bold)]
+
+
 def entryFaults(name, catalogue):
     """Returns a line for each entry of a catalogue that is not a complete translation."""
     faults = []
@@ -119,6 +124,8 @@ def entryFaults(name, catalogue):
             problem = "must be translated"
         elif literals(entry.msgid) != literals(entry.msgstr):
             problem = f"must keep codes and links: found {literals(entry.msgstr)}, expected {literals(entry.msgid)}"
+        elif shownMarks(entry.msgstr):
+            problem = f"must have a blank after the second ** of {shownMarks(entry.msgstr)}"
         else:
             continue
         faults.append(f"{name}: '{entry.msgid}' {problem}")
