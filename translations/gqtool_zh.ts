@@ -641,7 +641,7 @@ code is 1.
     </message>
     <message>
         <source>HOST must be a name or four numbers from 0 to 255, got &apos;%1&apos;</source>
-        <translation>HOST 必须是主机名或 0 到 255 的四个数，实际为 &apos;%1&apos;</translation>
+        <translation>HOST 必须是主机名，或由点分隔的四个 0 到 255 的数，实际为 &apos;%1&apos;</translation>
     </message>
     <message>
         <source>PORT must be an integer from 1 to 65535, got &apos;%1&apos;</source>
@@ -965,7 +965,7 @@ code is 1.
     </message>
     <message>
         <source>Check the address, that the host is on, and the cable, netmask and gateway of this machine.</source>
-        <translation>请检查地址、对方主机是否开机，以及本机的网线、子网掩码和网关。</translation>
+        <translation>请检查地址、对端主机是否开机，以及本机的网线、子网掩码和网关。</translation>
     </message>
     <message>
         <source>the connection request was not answered</source>
@@ -973,7 +973,7 @@ code is 1.
     </message>
     <message>
         <source>The host is down, a firewall drops the packets, or the server has stopped accepting connections. Try ping, then look at the firewall, then at the server.</source>
-        <translation>主机已停机，或防火墙丢弃了数据包，或服务器已不再接受连接。请先用 ping 测试，再检查防火墙，最后检查服务器。</translation>
+        <translation>主机没有开机，或防火墙丢弃了数据包，或服务器已不再接受连接。请先用 ping 测试，再检查防火墙，最后检查服务器。</translation>
     </message>
     <message>
         <source>the server accepts the connection but sends no greeting</source>
@@ -1647,7 +1647,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
     </message>
     <message>
         <source>must be a JSON object of &apos;gqtool trace --record&apos;</source>
-        <translation>必须是 &apos;gqtool trace --record&apos; 的 JSON 对象</translation>
+        <translation>必须是 &apos;gqtool trace --record&apos; 写出的 JSON 对象</translation>
     </message>
     <message>
         <source>time must be a moment such as 2026-01-31T23:59:59.000000Z</source>
@@ -1719,7 +1719,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
     </message>
     <message>
         <source>%1 closed</source>
-        <translation>%1 已关闭</translation>
+        <translation>%1 的连接已关闭</translation>
     </message>
     <message>
         <source>%1 gone</source>
@@ -1727,7 +1727,7 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
     </message>
     <message>
         <source>%1 closed after %2 bytes of its greeting</source>
-        <translation>%1 已关闭，问候帧只发送了 %2 字节</translation>
+        <translation>%1 的连接已关闭，问候帧只发送了 %2 字节</translation>
     </message>
     <message>
         <source>gone before the answer</source>
@@ -1987,7 +1987,7 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>same time N days before (code - 100)</source>
-        <translation>N 天之前的同一时刻（N = 时间码 - 100）</translation>
+        <translation>N 天之前的同一钟点（N = 时间码 - 100）</translation>
     </message>
     <message>
         <source>start of the 1st of the month</source>
@@ -2039,15 +2039,15 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>latest start of hour N up to the base (code - 435)</source>
-        <translation>基准时间之前最近一个 N 点的起点（N = 时间码 - 435）</translation>
+        <translation>不晚于基准时间的最近一个 N 点的起点（N = 时间码 - 435）</translation>
     </message>
     <message>
         <source>latest end of hour N up to the base (code - 460)</source>
-        <translation>基准时间之前最近一个 N 点的终点（N = 时间码 - 460）</translation>
+        <translation>不晚于基准时间的最近一个 N 点的终点（N = 时间码 - 460）</translation>
     </message>
     <message>
         <source>same time N days ahead (1050 - code)</source>
-        <translation>N 天之后的同一时刻（N = 1050 - 时间码）</translation>
+        <translation>N 天之后的同一钟点（N = 1050 - 时间码）</translation>
     </message>
     <message>
         <source>1 minute before</source>
@@ -2075,7 +2075,7 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>same time N days before (code - 1050)</source>
-        <translation>N 天之前的同一时刻（N = 时间码 - 1050）</translation>
+        <translation>N 天之前的同一钟点（N = 时间码 - 1050）</translation>
     </message>
     <message>
         <source>start of month N of the year (code - 1100)</source>
@@ -2091,11 +2091,11 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>start of month N of the year before (code - 1140)</source>
-        <translation>去年 N 月起点（N = 时间码 - 1140）</translation>
+        <translation>上一年 N 月起点（N = 时间码 - 1140）</translation>
     </message>
     <message>
         <source>end of month N of the year before (code - 1152)</source>
-        <translation>去年 N 月终点（N = 时间码 - 1152）</translation>
+        <translation>上一年 N 月终点（N = 时间码 - 1152）</translation>
     </message>
     <message>
         <source>start of the year</source>
@@ -2115,7 +2115,7 @@ Modbus) in both byte orders, and the sum of the bytes modulo 256; and up to 4096
     </message>
     <message>
         <source>same time N years ahead (code - 1600)</source>
-        <translation>N 年之后的同一时刻（N = 时间码 - 1600）</translation>
+        <translation>N 年之后的同一钟点（N = 时间码 - 1600）</translation>
     </message>
     <message>
         <source>minute N of the day (code - 2001)</source>
@@ -2185,7 +2185,7 @@ moment. The ranges of codes for the texts differ in some places from those for t
     </message>
     <message>
         <source>one CODE or --list is required</source>
-        <translation>必须给出一个 CODE 或 --list</translation>
+        <translation>必须给出 CODE 或 --list，二者取其一</translation>
     </message>
     <message>
         <source>CODE must be a 4-byte integer, got &apos;%1&apos;</source>
@@ -2921,7 +2921,7 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     </message>
     <message>
         <source>%1, after %2 of %3 elements</source>
-        <translation>%1，此前已收到 %3 个元素中的 %2 个</translation>
+        <translation>%1，此前已收到 %3 项中的 %2 项</translation>
     </message>
     <message>
         <source>%1, after %2 of the %3 bytes of a header</source>
@@ -2937,7 +2937,7 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     </message>
     <message>
         <source>the request itself came back, as from an echo server</source>
-        <translation>收到的是请求本身，对方像是回显服务器</translation>
+        <translation>收到的是请求本身，对端可能是回显服务器</translation>
     </message>
     <message>
         <source>a datagram without a complete frame</source>
@@ -2961,7 +2961,7 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     </message>
     <message>
         <source> (try gqtool probe %1)</source>
-        <translation>（请试 gqtool probe %1）</translation>
+        <translation>（可用 gqtool probe %1 查明原因）</translation>
     </message>
     <message>
         <source>warnings</source>
@@ -3009,11 +3009,11 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     </message>
     <message>
         <source>The server may be hung, or serve one client at a time and have one already, or this is the port of another service. If it is only slow, use a longer --timeout.</source>
-        <translation>服务器可能已挂起，或一次只服务一个客户端且已有客户端，或该端口属于其他服务。若服务器只是缓慢，请增大 --timeout。</translation>
+        <translation>服务器可能已卡死，或一次只服务一个客户端且正忙，或该端口属于其他服务。如果服务器只是响应慢，请增大 --timeout。</translation>
     </message>
     <message>
         <source>The server may refuse this address, be at its limit of connections, or have crashed. Read its log. Or this is the port of another service, such as one with TLS.</source>
-        <translation>服务器可能拒绝本地址、连接数已满或已崩溃。请查看服务器的日志。也可能该端口属于其他服务，例如使用 TLS 的服务。</translation>
+        <translation>服务器可能拒绝来自本机地址的连接，或连接数已满，或已崩溃。请查看服务器的日志。也可能该端口属于其他服务，例如使用 TLS 的服务。</translation>
     </message>
     <message>
         <source>what comes is not a whole, correct frame, or not the reply to the request</source>
@@ -3033,11 +3033,11 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     </message>
     <message>
         <source>%1 If the server lacks this command, use --greeting-only.</source>
-        <translation>%1若服务器没有此命令，请使用 --greeting-only。</translation>
+        <translation>%1如果服务器没有此命令，请使用 --greeting-only。</translation>
     </message>
     <message>
         <source>%1 If it means an unknown command, the link itself works.</source>
-        <translation>%1若该码表示未知命令，则链路本身正常。</translation>
+        <translation>%1如果该错误码表示未知命令，则链路本身正常。</translation>
     </message>
     <message>
         <source>%1 Or a firewall drops the datagrams, or the server does not run, or it lacks this command.</source>
