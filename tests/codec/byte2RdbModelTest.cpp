@@ -13,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <ctime>
 #include <zlib.h>
 
 using namespace gqdb;
@@ -1015,17 +1014,9 @@ private:
         case 10:
             return property.value.textValue;
         case 11: {
-            const time_t seconds = time_t(uint32(property.value.intValue));
-            if (!property.formatText.empty()) {
-                const QString format = QString::fromUtf8(property.formatText.c_str());
-                const QByteArray utf8 =
-                    QDateTime::fromMSecsSinceEpoch(1000 * qint64(seconds)).toString(format).toUtf8();
-                return std::string(utf8.constData(), size_t(utf8.size()));
-            }
-            tm parts;
-            localtime_r(&seconds, &parts);
-            std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts);
-            return text;
+            const QString format =
+                property.formatText.empty() ? "yyyy-MM-dd HH:mm:ss" : QString::fromUtf8(property.formatText.c_str());
+            return QDateTime::fromSecsSinceEpoch(uint32(property.value.intValue)).toString(format).toStdString();
         }
         case 101:
             return "0";

@@ -16,7 +16,7 @@ using Seconds = std::vector<unsigned int>;
 
 static long utcOffset(unsigned int seconds)
 {
-    const std::time_t time = seconds;
+    const std::time_t time = static_cast<std::time_t>(seconds);
     std::tm local;
     return localtime_r(&time, &local) == nullptr ? 0 : local.tm_gmtoff;
 }
