@@ -213,8 +213,8 @@ TEST(GqtoolWaveRefused, withoutAHead)
 // The file has no blocks on the disk.
 TEST(GqtoolWaveRefused, aboveItsLimitInLittleMemory)
 {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "AddressSanitizer needs more address space than any limit leaves";
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "The sanitizer needs more address space than any limit leaves";
 #endif
     const QTemporaryDir folder;
     const QString path = folder.filePath("wave");
