@@ -1,4 +1,5 @@
 """Chinese catalogues of the site's pages and of the manual pages: brings them up to date, and finds faults in them."""
+import collections
 import pathlib
 import re
 import shutil
@@ -112,6 +113,12 @@ def shownMarks(text):
     return [bold for bold, after in re.findall(r"\*\*(.+?)\*\*(\w?)", text) if after and re.search(r"\W$", bold)]
 
 
+def lostNumbers(entry):
+    """Returns the numbers of a text that its translation lacks. It may have more: Chinese writes 'one' as a digit."""
+    before, after = (collections.Counter(re.findall(r"\d+(?:\.\d+)*", text)) for text in (entry.msgid, entry.msgstr))
+    return sorted((before - after).elements())
+
+
 def entryFaults(name, catalogue):
     """Returns a line for each entry of a catalogue that is not a complete translation."""
     faults = []
@@ -126,6 +133,8 @@ def entryFaults(name, catalogue):
             problem = f"must keep codes and links: found {literals(entry.msgstr)}, expected {literals(entry.msgid)}"
         elif shownMarks(entry.msgstr):
             problem = f"must have a blank after the second ** of {shownMarks(entry.msgstr)}"
+        elif lostNumbers(entry):
+            problem = f"must keep numbers: lost {', '.join(lostNumbers(entry))}"
         else:
             continue
         faults.append(f"{name}: '{entry.msgid}' {problem}")
