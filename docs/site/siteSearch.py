@@ -4,6 +4,7 @@ import pathlib
 import re
 
 import jieba
+import snowballstemmer
 from docutils import nodes
 from sphinx.search.en import SearchEnglish
 from sphinx.search.zh import SearchChinese
@@ -65,9 +66,17 @@ var splitQuery = (query) => {
         return words.length ? words : [text];
     };
     const runs = query.match(/[\\u4e00-\\u9fff]+|[^\\u4e00-\\u9fff\\W]+/g) || [];
-    return runs.flatMap((run) => /[\\u4e00-\\u9fff]/.test(run) ? cut(run) : [run]);
+    Scorer.words = runs.flatMap((run) => /[\\u4e00-\\u9fff]/.test(run) ? cut(run) : [run]);
+    return Scorer.words;
 };
 """
+
+    def init(self, options):
+        super().init(options)
+        self.stemmer = snowballstemmer.stemmer("porter")  # that of the script
+
+    def stem(self, word):
+        return self.stemmer.stemWord(word.lower())
 
     def split(self, text):
         pairs = [run[i : i + 2] for run in re.findall(f"[{chinese}]{{2,}}", text) for i in range(len(run) - 1)]
