@@ -3069,19 +3069,19 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     </message>
     <message>
         <source>--csv requires a list of records, and the replies to %1 are none</source>
-        <translation>--csv 需要记录的列表，而 %1 的应答不是</translation>
+        <translation>--csv 需要记录的列表，而对 %1 的应答不是列表</translation>
     </message>
     <message>
         <source>write a list as a table to FILE, field names in its first line; - means standard output; of frames, the lists in the replies to --command</source>
-        <translation>将列表以表格形式写入 FILE，首行为字段名；- 表示标准输出；对于帧，写入 --command 的应答中的列表</translation>
+        <translation>将列表以表格形式写入 FILE，首行为字段名；- 表示标准输出；对于帧，写入的是 --command 所指命令的应答中的列表</translation>
     </message>
     <message>
         <source>with --csv and frames, write the records of replies to COMMAND, a name or number of the map</source>
-        <translation>与 --csv 和帧一起使用：写入对 COMMAND 的应答中的记录，COMMAND 是命令表中的名称或编号</translation>
+        <translation>与 --csv 和帧同用时，写入对 COMMAND 的应答中的记录，COMMAND 是命令表中的名称或编号</translation>
     </message>
     <message>
         <source>decode frames with payloads of up to BYTES (default: 4194304), which takes memory</source>
-        <translation>解析净荷不超过 BYTES 字节的帧（默认：4194304），会占用内存</translation>
+        <translation>解析净荷不超过 BYTES 字节的帧（默认为 4194304），会占用内存</translation>
     </message>
     <message>
         <source>--udp, --request, --payload, --map and --max-payload require --as frames</source>
@@ -3133,7 +3133,7 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     </message>
     <message>
         <source>some texts are not UTF-8; --encoding NAME, such as GBK, converts them</source>
-        <translation>有些文本不是 UTF-8；--encoding NAME（例如 GBK）可以转换</translation>
+        <translation>有些文本不是 UTF-8；可用 --encoding NAME（例如 GBK）转换</translation>
     </message>
     <message>
         <source>%1: line %2: %3 replaces the ready-made command %4</source>
@@ -3232,7 +3232,7 @@ the script. The faults:
     </message>
     <message>
         <source>with --record, write up to BYTES of each payload (default: 4194304)</source>
-        <translation>与 --record 一起使用：每个净荷最多写入 BYTES 字节（默认：4194304）</translation>
+        <translation>与 --record 同用时，每个净荷最多写入 BYTES 字节（默认为 4194304）</translation>
     </message>
 </context>
 </TS>
