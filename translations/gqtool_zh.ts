@@ -2620,6 +2620,10 @@ In the picture, dashed lines show those marks that are valid sample numbers.</so
         <translation>域名解析暂时失败</translation>
     </message>
     <message>
+        <source>, </source>
+        <translation>、</translation>
+    </message>
+    <message>
         <source>Unknown error</source>
         <translation>未知错误</translation>
     </message>

@@ -174,6 +174,11 @@ TEST(GqtoolLanguage, punctuatesErrorsInFullWidth)
     const InputFile commands("[]");
     EXPECT_EQ(runInChinese({"station", "--commands", commands.path}).errors,
               "gqtool: " + commands.path + "：必须是 JSON 对象，实际为 []\n");
+    EXPECT_EQ(
+        runInChinese({"decode", "--as", "frames", "--payload", "words", "00"}).errors,
+        "gqtool: --payload 必须是 int、ints、bytes、strings 之一，实际为 'words'\ngqtool: 见 'gqtool decode --help'\n");
+    EXPECT_EQ(runInChinese({"call", "127.0.0.1:1", "--command", "5", "--hex", "0g"}).errors,
+              "gqtool: --hex：第 1 行第 2 列：'g' 不是十六进制数字\ngqtool: 见 'gqtool call --help'\n");
     const InputFile map("0x35 9values int int\n");
     EXPECT_EQ(runInChinese({"call", "--map", map.path, "127.0.0.1:1", "values"}).errors,
               "gqtool: " + map.path +

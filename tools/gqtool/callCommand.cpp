@@ -203,7 +203,7 @@ private:
         HexError wrong;
         if (readHex(text.toUtf8(), bytes, wrong))
             return true;
-        error = "--hex: " + wrong.message();
+        error = Text::tr("%1: %2").arg("--hex", wrong.message());
         return false;
     }
 

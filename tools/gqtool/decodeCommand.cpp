@@ -184,7 +184,7 @@ int runDecode(const QStringList& arguments)
                        maxPayload.number()};
     const QStringList kinds = {"int", "ints", "bytes", "strings"};
     if (payload.isSet() && !kinds.contains(source.form))
-        return usageError(Text::tr("--payload must be one of %1, got '%2'").arg(kinds.join(", "), source.form) +
+        return usageError(Text::tr("--payload must be one of %1, got '%2'").arg(listText(kinds), source.form) +
                           didYouMean(closestName(source.form, kinds)));
     if (!isFrames && (source.isUdp || source.isRequest || payload.isSet() || map.isSet() || maxPayload.isSet()))
         return usageError(Text::tr("--udp, --request, --payload, --map and --max-payload require --as frames"));

@@ -87,6 +87,16 @@ Text libraryText(const QString& english)
     return Text::tr(english.toUtf8().constData());
 }
 
+// --- Lists --------------------------------------------------------------------------------------------------------
+
+Text listText(const QStringList& names)
+{
+    Text list;
+    for (const QString& name : names)
+        list = list.isEmpty() ? Text::untranslated(name) : list + Text::tr(", ") + Text::untranslated(name);
+    return list;
+}
+
 // --- Columns ------------------------------------------------------------------------------------------------------
 
 int columnsOf(const QString& text)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QCoreApplication> // QT_TRANSLATE_NOOP
-#include <QString>
+#include <QStringList>
 
 // A text for people: in their language, and in English for JSON, which is the same in all languages. It converts to a
 // QString in their language. translations/ has the languages; lupdate finds the texts.
@@ -59,6 +59,9 @@ Text errorText(int error);
 
 // Returns the description of an error that a library gives in English.
 Text libraryText(const QString& english);
+
+// Returns names as a sentence lists them: "int, ints, bytes".
+Text listText(const QStringList& names);
 
 // Returns the number of columns that a text takes in a terminal: Chinese characters take two.
 int columnsOf(const QString& text);

@@ -21,7 +21,7 @@ bool DocumentEncoder::wants(const std::string& name)
 {
     const QString text = QString::fromStdString(name);
     if (!knownMembers.contains(text))
-        fail({Text::tr("%1 is unknown; the members are %2").arg(text, knownMembers.join(", "))});
+        fail({Text::tr("%1 is unknown; the members are %2").arg(text, listText(knownMembers))});
     else if (seen.contains(text))
         fail({Text::tr("%1 occurs twice").arg(text)});
     const bool isUsed = usedMembers.contains(text) && !seen.contains(text);

@@ -278,7 +278,7 @@ public:
     {
         for (const auto& [name, value] : part.items()) {
             if (!partMembers.contains(QString::fromStdString(name)))
-                fail(name.c_str(), Text::tr("is unknown; the members are %1").arg(partMembers.join(", ")));
+                fail(name.c_str(), Text::tr("is unknown; the members are %1").arg(listText(partMembers)));
         }
         if (part.contains("garbage"))
             bytes += takeHex("garbage");

@@ -241,7 +241,7 @@ private:
             known.append(name);
         for (const auto& [name, value] : record.value->items()) {
             if (!known.contains(QString::fromStdString(name)))
-                fail(name.c_str(), Text::tr("is unknown; the fields are %1").arg(known.join(", ")));
+                fail(name.c_str(), Text::tr("is unknown; the fields are %1").arg(listText(known)));
         }
     }
 

@@ -84,7 +84,7 @@ void CommandFileReader::checkMembers(const QJsonObject& object, const QString& p
     for (const QString& name : object.keys()) {
         if (!known.contains(name))
             fail(place.isEmpty() ? name : place + '.' + name,
-                 Text::tr("is unknown; the members are %1").arg(known.join(", ")));
+                 Text::tr("is unknown; the members are %1").arg(listText(known)));
     }
 }
 
@@ -260,9 +260,10 @@ CommandAnswers::Part CommandFileReader::readPart(const QJsonValue& value, const 
             found.append(form);
     }
     if (found.size() != 1 || (object.contains("value") && found[0] != "as")) {
-        fail(place, Text::tr("must be \"echo\" or an object with as and value, or with one of %1")
-                            .arg(forms.mid(1).join(", ")) +
-                        gotText(value));
+        fail(
+            place,
+            Text::tr("must be \"echo\" or an object with as and value, or with one of %1").arg(listText(forms.mid(1))) +
+                gotText(value));
         return {};
     }
     const QString member = place + '.' + found[0];

@@ -90,7 +90,7 @@ bool StationScript::readFault(const QStringList& words, Step& step, QString& err
         QStringList names;
         for (const FaultWord& word : faultWords)
             names.append(word.name);
-        error = Text::tr("FAULT must be one of %1, got '%2'").arg(names.join(", "), words[0]) +
+        error = Text::tr("FAULT must be one of %1, got '%2'").arg(listText(names), words[0]) +
                 didYouMean(closestName(words[0], names));
         return false;
     }
