@@ -629,6 +629,8 @@ local requestOf = {}     -- by packet with a reply: the same of its request
 local replyOf = {}       -- by packet with a request: packet number of its first reply
 local isUnasked = {}     -- by packet: frames from the server before any request
 local unanswered = {}    -- by packet with a request: packet number of the preceding request, if that got no reply
+local lastSequence = {}  -- by conversation: that of the server's previous frame
+local isMismatch = {}    -- by frame from the server: it does not match its request
 
 local tcpCompleteness = Field.new("tcp.completeness")
 
@@ -646,8 +648,15 @@ local function missedReply(pinfo, conversation)
     return request and not replyOf[request.number] and request.number < pinfo.number and request.number or nil
 end
 
+-- Servers return the sequence of the request, return 0, or count their own frames.
+local function matches(request, command, sequence, last)
+    local isOther = command ~= request.command and command ~= errorCommand
+    local isCounted = last and sequence == (last + 1) % 0x10000
+    return not isOther and (sequence == request.sequence or sequence == 0 or isCounted)
+end
+
 -- In the first pass only the fields of `pinfo` are available.
-local function pair(pinfo, direction, isDatagram, command, sequence)
+local function pair(pinfo, direction, isDatagram, command, sequence, key)
     if pinfo.visited or not direction then return end
     local client, server = ends(pinfo)
     if direction == "reply" then client, server = server, client end
@@ -658,10 +667,12 @@ local function pair(pinfo, direction, isDatagram, command, sequence)
             sequence = sequence }
         return
     end
-    local request = latestRequest[conversation]
+    local request, last = latestRequest[conversation], lastSequence[conversation]
+    lastSequence[conversation] = sequence
     if request then
         requestOf[pinfo.number] = request
         replyOf[request.number] = replyOf[request.number] or pinfo.number
+        isMismatch[key] = not matches(request, command, sequence, last)
     else
         isUnasked[pinfo.number] = true
     end
@@ -678,18 +689,14 @@ local function addUnanswered(number, tree)
         :add_proto_expert_info(note.unanswered, string.format("The request in packet %d has no reply", number))
 end
 
--- A server may return 0 in place of the sequence.
-local function addMismatch(request, command, sequence, tree)
-    local isOther = command ~= request.command and command ~= errorCommand
-    if not isOther and (sequence == request.sequence or sequence == 0) then return end
+local function addMismatch(request, tree)
     tree:add_proto_expert_info(note.mismatch, string.format(
         "Does not match its request, command 0x%02x with sequence %d: a client takes it for the reply",
         request.command, request.sequence))
-    return true
 end
 
 -- Returns true if the frame is a reply that does not match its request.
-local function addPair(pinfo, direction, command, sequence, tree)
+local function addPair(pinfo, direction, key, tree)
     local missed = direction == "request" and unanswered[pinfo.number]
     if missed then addUnanswered(missed, tree) end
     local request = direction == "reply" and requestOf[pinfo.number]
@@ -698,7 +705,8 @@ local function addPair(pinfo, direction, command, sequence, tree)
         local time = pinfo.rel_ts - request.time
         local seconds = math.floor(time)
         tree:add(field.replyTime, NSTime(seconds, math.floor((time - seconds) * 1e9 + 0.5))):set_generated()
-        return addMismatch(request, command, sequence, tree)
+        if isMismatch[key] then addMismatch(request, tree) end
+        return isMismatch[key]
     elseif direction == "request" and replyOf[pinfo.number] then
         tree:add(field.replyIn, replyOf[pinfo.number]):set_generated()
     end
@@ -802,10 +810,10 @@ local function addFrame(tvb, offset, length, pinfo, direction, isDatagram, root)
             ending:add_proto_expert_info(note.wrongEnd)
             summary = "frame with a wrong end"
         else
-            local sequence = tvb:range(offset + 5, 2):le_uint()
-            pair(pinfo, direction, isDatagram, command, sequence)
+            local key = frameKey(pinfo, tvb, offset)
+            pair(pinfo, direction, isDatagram, command, tvb:range(offset + 5, 2):le_uint(), key)
             summary = addContent(pinfo, command, payload, direction, isDatagram, tree)
-            if addPair(pinfo, direction, command, sequence, tree) then
+            if addPair(pinfo, direction, key, tree) then
                 summary = summary .. " (does not match its request)"
             end
         end

@@ -227,11 +227,11 @@ TEST(GqtoolTrace, printsFramesGarbageAndFaultsInOrder)
     EXPECT_EQ(trace.nextText(), "1 <- wrong end 0x17 instead of 0x16: command 0x20, sequence 1, 0 bytes");
 }
 
-// A reply has sequence 4 and command 6 like the request, or sequence 0, or is an error frame.
+// A reply has sequence 4 and command 6 like the request, or sequence 0, or counts on, or is an error frame.
 TEST(GqtoolTrace, marksAReplyThatDoesNotMatchTheRequest)
 {
     const QByteArray otherCommand = "68 00000000 0400 00 00 05 0000 16"_hex;
-    const QByteArray otherSequence = "68 00000000 0500 00 00 06 0000 16"_hex;
+    const QByteArray otherSequence = "68 00000000 0900 00 00 06 0000 16"_hex;
     Listener station(5);
     {
         RunningTrace trace(station.port());
@@ -246,9 +246,10 @@ TEST(GqtoolTrace, marksAReplyThatDoesNotMatchTheRequest)
         EXPECT_EQ(trace.nextText(), "1 -> setState, sequence 4, 4 bytes: 7");
         expectReply(reply, "setState, sequence 4, 4 bytes: -7");
         expectReply("68 00000000 0000 00 00 06 0000 16"_hex, "setState, sequence 0, 0 bytes");
+        expectReply("68 00000000 0100 00 00 06 0000 16"_hex, "setState, sequence 1, 0 bytes");
         expectReply("68 04000000 0400 00 00 ff ffffffff 0000 16"_hex, "error, sequence 4, 4 bytes: code -1");
         expectReply(otherCommand, "setTime, sequence 4, 0 bytes (does not match the request: setState, sequence 4)");
-        expectReply(otherSequence, "setState, sequence 5, 0 bytes (does not match the request: setState, sequence 4)");
+        expectReply(otherSequence, "setState, sequence 9, 0 bytes (does not match the request: setState, sequence 4)");
     }
     RunningTrace trace(station.port(), {"--json"});
     const Link link(station, trace);

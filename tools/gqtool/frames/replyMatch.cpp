@@ -13,13 +13,18 @@ Frame frameOf(const QByteArray& bytes)
     return items.empty() ? Frame() : items[0].content;
 }
 
+bool isSequenceOfReply(const Frame& reply, const Frame& request, int lastSequence)
+{
+    const bool isCounted = lastSequence >= 0 && reply.sequence == ((lastSequence + 1) & 0xFFFF);
+    return reply.sequence == request.sequence || reply.sequence == 0 || isCounted;
+}
+
 Text mismatchText(const Frame& reply, const Frame& request, int lastSequence)
 {
     if (reply.command != request.command)
         return Text::tr("reply of command %1, expected %2")
             .arg(commandText(reply.command), commandText(request.command));
-    const bool isCounted = lastSequence >= 0 && reply.sequence == ((lastSequence + 1) & 0xFFFF);
-    if (reply.sequence == request.sequence || reply.sequence == 0 || isCounted)
+    if (isSequenceOfReply(reply, request, lastSequence))
         return {};
     return Text::tr("reply of sequence %1, expected %2").arg(reply.sequence).arg(request.sequence);
 }

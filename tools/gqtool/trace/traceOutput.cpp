@@ -2,6 +2,7 @@
 
 #include "gqtool/frames/frameMembers.h"
 #include "gqtool/frames/frameText.h"
+#include "gqtool/frames/replyMatch.h"
 #include "shared/console.h"
 #include "shared/text.h"
 
@@ -100,7 +101,7 @@ QString TraceOutput::addMismatch(const Frame& reply, const TracedLink& link, QJs
     if (!link.request) // a greeting
         return {};
     const bool isOther = reply.command != link.request->command && reply.command != gqdb::CSocketAPI::errorCommand;
-    const bool isOutOfTurn = reply.sequence != link.request->sequence && reply.sequence != 0; // 0: not returned
+    const bool isOutOfTurn = !isSequenceOfReply(reply, *link.request, link.lastSequence);
     if (isOther)
         json["requestCommand"] = link.request->command;
     if (isOutOfTurn)
@@ -128,6 +129,7 @@ void TraceOutput::printItems(TracedLink& link, Side from, const std::vector<Stre
             ++faults;
         } else if (isReply) {
             ++replies;
+            link.lastSequence = item.content.sequence;
         } else {
             ++requests;
             link.request = item.content;

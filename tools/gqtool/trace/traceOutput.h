@@ -17,6 +17,7 @@ QString sideText(Side side); // "client" or "station", for JSON
 struct TracedLink {
     int number;
     std::optional<Frame> request = std::nullopt; // the latest one, without its payload
+    int lastSequence = -1;                       // of the station's previous frame; -1 if there is none
 };
 
 // The lines of a trace: one per frame and event, on standard output, and as JSON in a file.
