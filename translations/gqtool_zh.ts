@@ -40,6 +40,10 @@
         <translation>成功</translation>
     </message>
     <message>
+        <source>The server answers, but clients of this library wait for a greeting. Check its settings, and that it is meant for these clients.</source>
+        <translation>服务器能应答请求，但本库的客户端要等待问候帧。请检查服务器的设置，并确认它适用于这类客户端。</translation>
+    </message>
+    <message>
         <source>the server closed, or the connection broke</source>
         <translation>服务器关闭了连接，或连接中断</translation>
     </message>
@@ -2440,8 +2444,8 @@ In the picture, dashed lines show those marks that are valid sample numbers.</so
         <translation>--from 不得大于 --to，实际为 %1 和 %2</translation>
     </message>
     <message>
-        <source>refused: %1</source>
-        <translation>库拒绝该波形：%1</translation>
+        <source>%1: refused: %2</source>
+        <translation>%1：库拒绝该波形：%2</translation>
     </message>
     <message>
         <source>%1 samples</source>

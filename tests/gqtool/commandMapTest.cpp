@@ -106,15 +106,6 @@ TEST(CommandMap, listsTheErrorsOfAllLinesAndReadsTheOthers)
     EXPECT_EQ(map.all().size(), 2U);
 }
 
-TEST(CommandMap, listsTwentyErrorsAndCountsTheOthers)
-{
-    EXPECT_EQ(CommandMap().add(QByteArray("x\n").repeated(20)).size(), 20);
-    const QStringList all = CommandMap().add(QByteArray("x\n").repeated(21));
-    ASSERT_EQ(all.size(), 21);
-    EXPECT_EQ(all[20], "1 more error");
-    EXPECT_EQ(CommandMap().add(QByteArray("x\n").repeated(25)).last(), "5 more errors");
-}
-
 TEST(CommandMap, shortensALineThatIsLong)
 {
     EXPECT_EQ(errorOf(QByteArray(100, 'x')),

@@ -137,6 +137,21 @@ TEST_F(GqtoolMap, warnsOfBytesAfterTheRecords)
         << runs.output.toStdString();
 }
 
+TEST_F(GqtoolMap, listsTwentyErrorsAndCountsTheOthers)
+{
+    write(QByteArray("x\n").repeated(25));
+    const QStringList errors = call({"x"}).errors.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(errors.size(), 21);
+    EXPECT_TRUE(errors[19].contains(": line 20: ")) << errors[19].toStdString();
+    EXPECT_EQ(errors[20], "gqtool: 5 more errors");
+}
+
+TEST_F(GqtoolMap, printsNoControlCharacterOfTheFile)
+{
+    write("\x1b[2J\a\n");
+    EXPECT_TRUE(call({"x"}).errors.endsWith(", got '\uFFFD[2J\uFFFD'\n"));
+}
+
 TEST_F(GqtoolMap, failsIfTheListOfBytesIsEmpty)
 {
     write("0x21 picture int bytes:boolData\n");

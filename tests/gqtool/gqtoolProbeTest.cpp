@@ -561,6 +561,9 @@ TEST(GqtoolProbe, advisesForTheStageAndTheTransport)
     EXPECT_EQ(adviceOf(server.port()), "The server may have crashed on this request, or not accept it. Read its log.");
     EXPECT_EQ(adviceOf(server.port()), "The server answers another request, or sends more than one frame for one. A "
                                        "client takes such a frame for the reply.");
+    ScriptedServer notGreeting{{receives(frameSize), sends(state7)}};
+    EXPECT_EQ(adviceOf(notGreeting.port()), "The server answers, but clients of this library wait for a greeting. "
+                                            "Check its settings, and that it is meant for these clients.");
     ScriptedDatagramPeer peer{{errorMinus7}, {}};
     EXPECT_EQ(adviceOf(peer.port(), {"--udp"}), "Look the code up in the server's documentation. If it means an "
                                                 "unknown command, the link itself works.");

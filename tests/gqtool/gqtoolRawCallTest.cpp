@@ -152,17 +152,20 @@ TEST(GqtoolRawCall, reportsAPayloadThatIsTooShort)
 {
     for (const char* form : {"int", "ints", "bytes", "strings"})
         expectFailure(answered({"--reply", form}, threeBytesOfPayload),
-                      QString("-5: bad-frame: the payload has 3 bytes, but its form (%1) needs 4").arg(form));
+                      QString("-5: bad-frame: reply of command 0x30, expected 0x50: the payload has 3 bytes, but its "
+                              "form (%1) needs 4")
+                          .arg(form));
 }
 
 TEST(GqtoolRawCall, givesTheSizesOfAPayloadOfAnotherForm)
 {
     expectFailure(answered({"--reply", "ints"}, threeBytes),
                   "-5: bad-frame: the payload has 7 bytes, but its form (ints) needs 16");
-    expectFailure(answered({"--reply", "bytes"}, reply7),
-                  "-5: bad-frame: the payload has 4 bytes, but its form (bytes) needs 11");
-    expectFailure(answered({"--reply", "strings"}, reply7),
-                  "-5: bad-frame: the payload has 4 bytes, but its form (strings) needs 18");
+    expectFailure(
+        answered({"--reply", "bytes"}, reply7),
+        "-5: bad-frame: reply of command 0x30, expected 0x50: the payload has 4 bytes, but its form (bytes) needs 11");
+    expectFailure(answered({"--reply", "strings"}, reply7), "-5: bad-frame: reply of command 0x30, expected 0x50: the "
+                                                            "payload has 4 bytes, but its form (strings) needs 18");
     const Outcome outcome = answered({"--reply", "strings"}, overrunningText);
     EXPECT_EQ(outcome.output, "abc\n"); // the texts before the failure
     expectFailure(outcome, "0: bad-frame: text 2 of 2 needs 11 bytes, but only 2 of the payload's 13 bytes remain");
@@ -266,6 +269,23 @@ TEST(GqtoolRawCall, warnsOfAReplyThatDoesNotBelongToTheRequest)
               "reply of sequence 9, expected 0\n");
     // The greeting has 0: this server counts its own frames.
     EXPECT_EQ(warningOf(answered({}, "68 04000000 0100 00 00 50 07000000 0000 16"_hex)), "");
+}
+
+TEST(GqtoolRawCall, takesARepeatedRequestOfAWrongFormForAnEcho)
+{
+    const QByteArray request = "68 00000000 0000 00 00 50 0000 16"_hex;
+    const Outcome outcome = answered({}, request);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.endsWith("failed with -5: foreign: the request itself came back, as from an echo "
+                                        "server\n"))
+        << outcome.errors.toStdString();
+}
+
+TEST(GqtoolRawCall, findsADatagramThatIsNoFrame)
+{
+    ScriptedDatagramPeer server{{"hello"}}; // h is the start byte
+    expectLinkFailure(run({"call", "--udp", QString("127.0.0.1:%1").arg(server.port()), "--command", "0x50"}),
+                      "0: foreign: no frame, but \"hello\"", "--udp ");
 }
 
 TEST(GqtoolRawCall, warnsInJson)

@@ -204,6 +204,12 @@ TEST(GqtoolReplay, refusesABadRecordingWithItsLine)
     EXPECT_EQ(run({"station", "--replay", empty.path}).errors, "gqtool: " + empty.path + ": contains no request\n");
 }
 
+TEST(GqtoolReplay, readsAPipe)
+{
+    const Outcome outcome = runProgram("sh", {"-c", "printf '\\nx\\n' | \"$0\" station --replay /dev/stdin", GQTOOL});
+    EXPECT_EQ(outcome.errors, "gqtool: /dev/stdin: line 2: must be a JSON object of 'gqtool trace --record'\n");
+}
+
 // --- Recording ----------------------------------------------------------------------------------------------------
 
 struct RecordingTrace : RunningProgram {

@@ -378,10 +378,12 @@ TEST(GqtoolTraceUdp, passesDatagramsAndTheirRepliesToTheRightClient)
 TEST(GqtoolTraceUdp, passesEmptyAndLargestDatagrams)
 {
     DatagramSocket station;
-    const RunningTrace trace(station.port(), {"--udp"});
+    RunningTrace trace(station.port(), {"--udp"});
     DatagramSocket client;
     client.sendTo(trace.port, QByteArray());
     EXPECT_EQ(station.take(), "");
+    trace.nextLine();
+    EXPECT_EQ(trace.nextText(), "1 -> an empty datagram");
     const QByteArray largest(65507, '\5');
     client.sendTo(trace.port, largest);
     EXPECT_EQ(station.take(), hex(largest));

@@ -195,9 +195,10 @@ TEST(GqtoolWave, reportsWhatCannotBeWritten)
 
 static void expectRefusal(const QByteArray& wave, const QString& reason)
 {
-    const Outcome outcome = waveOf(wave);
+    const InputFile file(wave);
+    const Outcome outcome = run({"wave", "--raw", "--file", file.path});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors.toStdString(), ("gqtool: refused: " + reason + "\n").toStdString());
+    EXPECT_EQ(outcome.errors.toStdString(), ("gqtool: " + file.path + ": refused: " + reason + "\n").toStdString());
     const Outcome json = waveOf(wave, {"--json"});
     EXPECT_EQ(json.exitCode, 1);
     EXPECT_EQ(QJsonDocument::fromJson(json.output.toUtf8()).object()["refused"].toString().toStdString(),

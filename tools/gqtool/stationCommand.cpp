@@ -1,7 +1,7 @@
 #include "command.h"
 #include "commandLine.h"
 #include "endpoint.h"
-#include "gqtool/records/decoding.h"
+#include "errorList.h"
 #include "gqtool/station/commandAnswers.h"
 #include "gqtool/station/recordedAnswers.h"
 #include "gqtool/station/simulatedAnswers.h"
@@ -65,20 +65,11 @@ private:
 
 // --- Files --------------------------------------------------------------------------------------------------------
 
-static void printMessages(const QStringList& messages)
-{
-    for (const QString& message : messages.mid(0, FaultList::usualLimit))
-        printError(message);
-    const int others = messages.size() - FaultList::usualLimit;
-    if (others > 0)
-        printError((others == 1 ? Text::tr("%1 more error") : Text::tr("%1 more errors")).arg(others));
-}
-
 static bool readScript(StationScript& script, const QString& path)
 {
     QStringList errors;
     const bool isGood = script.read(path, errors);
-    printMessages(errors);
+    printErrors(errors);
     return isGood;
 }
 
@@ -86,7 +77,7 @@ static bool readCommands(CommandAnswers& commands)
 {
     QStringList messages;
     const bool isGood = commands.read(messages);
-    printMessages(messages);
+    printErrors(messages);
     return isGood;
 }
 

@@ -333,7 +333,7 @@ int runWave(const QStringList& arguments)
     else if (!csvOutput && !svgOutput)
         printText(wave);
     if (!wave.refusal.isEmpty()) {
-        printError(Text::tr("refused: %1").arg(wave.refusal));
+        printError(Text::tr("%1: refused: %2").arg(input.source(), wave.refusal));
         return exitFailed;
     }
     Part part;

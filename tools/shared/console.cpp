@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -66,9 +67,16 @@ void printJson(const QJsonObject& object)
     printLine(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
+static bool isTerminalControl(QChar character)
+{
+    return character.category() == QChar::Other_Control && character != '\n' && character != '\t';
+}
+
 void printError(const QString& line)
 {
     clearProgress();
-    const QByteArray bytes = QByteArray(program_invocation_short_name) + ": " + line.toUtf8() + '\n';
+    QString visible = line;
+    std::replace_if(visible.begin(), visible.end(), isTerminalControl, QChar(QChar::ReplacementCharacter));
+    const QByteArray bytes = QByteArray(program_invocation_short_name) + ": " + visible.toUtf8() + '\n';
     std::fputs(bytes.constData(), stderr);
 }

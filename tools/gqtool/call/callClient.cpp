@@ -51,6 +51,11 @@ static Text badFrameText(const std::vector<StreamItem>& items)
     return itemText(items[0]);
 }
 
+void CallReply::failForm(int code, const Text& text)
+{
+    fail(code, LinkCause::badFrame, otherCommand.isEmpty() ? text : Text::tr("%1: %2").arg(otherCommand, text));
+}
+
 static int elementsOf(const CallReply& reply)
 {
     return static_cast<int>(reply.ints.size()) + reply.bytes.size() + reply.texts.size();
@@ -154,14 +159,14 @@ private:
         }
         reply.hasFrame = true;
         const Frame& frame = items[0].content;
+        reply.otherCommand = frame.command == sent.command ? Text() : mismatchText(frame, sent, lastSequence);
         if (frame.command == CSocketAPI::errorCommand)
             takeError(frame, reply);
         else
-            takePayload(request, frame, reply);
+            takePayload(request, frame, isRepeated(frame, sent), reply);
         if (!reply.isGood() || !reply.warning.isEmpty())
             return;
-        reply.warning = isEcho(frame, sent) ? Text::tr("the request itself came back, as from an echo server")
-                                            : mismatchText(frame, sent, lastSequence);
+        reply.warning = isEcho(frame, sent) ? echoText() : mismatchText(frame, sent, lastSequence);
         lastSequence = frame.sequence;
     }
 
@@ -174,11 +179,13 @@ private:
                        Text::tr("the server's own code, from an error frame"));
     }
 
-    void takePayload(const CallRequest& request, const Frame& frame, CallReply& reply)
+    void takePayload(const CallRequest& request, const Frame& frame, bool isRequest, CallReply& reply)
     {
         const int result = parse(request.form, frame.payload, reply);
-        if (result != 1)
-            reply.fail(result, LinkCause::badFrame, formFault(formName(request.form), frame.payload));
+        if (result != 1 && isRequest)
+            reply.fail(result, LinkCause::foreign, echoText());
+        else if (result != 1)
+            reply.failForm(result, formFault(formName(request.form), frame.payload));
     }
 
     int parse(ReplyForm form, const QByteArray& payload, CallReply& reply)
@@ -344,11 +351,21 @@ protected:
         if (count > 0 && recvData(recvBuffer, count, pos))
             return true;
         if (count > 0)
-            reply.fail(0, LinkCause::badFrame, withPart(Text::tr("a datagram without a complete frame"), count));
+            explainDatagram(QByteArray::fromRawData(recvBuffer, count), reply);
         return false;
     }
 
 private:
+    void explainDatagram(const QByteArray& datagram, CallReply& reply) const
+    {
+        const ByteVerdict verdict = judgeBytes(datagram, AwaitedBytes::firstReply);
+        if (verdict.cause == LinkCause::foreign)
+            reply.fail(0, LinkCause::foreign, verdict.detail);
+        else
+            reply.fail(0, LinkCause::badFrame,
+                       withPart(Text::tr("a datagram without a complete frame"), datagram.size()));
+    }
+
     // The socket's recv returns -1 for an empty datagram too.
     void explainReadFailure(int error, CallReply& reply)
     {

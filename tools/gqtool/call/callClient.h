@@ -31,6 +31,7 @@ struct CallReply {
     QStringList texts;
     bool hasFrame = false; // the last that came is a whole frame, so that the link works
     Text warning;          // of a good reply that may not be what it seems; empty if there is none
+    Text otherCommand;     // says that the last frame is not the reply to the request; empty if it may be
 
     bool isGood() const { return cause == LinkCause::healthy; }
     void fail(int code, LinkCause why, const Text& text)
@@ -39,6 +40,9 @@ struct CallReply {
         cause = why;
         meaning = text;
     }
+
+    // Fails since the last frame has not the expected form, and gives the cause if it is known.
+    void failForm(int code, const Text& text);
 };
 
 // The client of `call`, over either transport.

@@ -22,7 +22,7 @@ struct Frame {
 struct StreamItem {
     enum Kind {
         frame,
-        garbage,   // bytes before a start byte
+        garbage,   // bytes before a start byte; an empty datagram has 0
         wrongEnd,  // a whole frame that does not end in 0x16: a client drops it
         badLength, // a start byte alone: its length exceeds the limit
         cut,       // a frame that the end of the stream cuts off

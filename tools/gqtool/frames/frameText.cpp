@@ -188,6 +188,8 @@ Text itemText(const StreamItem& item, const FrameSource& source)
     case StreamItem::frame:
         return frameText(frame, source);
     case StreamItem::garbage:
+        if (item.size == 0)
+            return Text::tr("an empty datagram");
         return (item.size == 1 ? Text::tr("garbage, %1 byte: %2") : Text::tr("garbage, %1 bytes: %2"))
             .arg(item.size)
             .arg(hexText(item.bytes));

@@ -29,11 +29,20 @@ Text mismatchText(const Frame& reply, const Frame& request, int lastSequence)
     return Text::tr("reply of sequence %1, expected %2").arg(reply.sequence).arg(request.sequence);
 }
 
+bool isRepeated(const Frame& reply, const Frame& request)
+{
+    return reply.command == request.command && reply.sequence == request.sequence && reply.payload == request.payload;
+}
+
 // The requests of these two contain the client's time, and the replies do not.
 bool isEcho(const Frame& reply, const Frame& request)
 {
     const bool wasTime =
         request.command == CSocketAPI::systemStateCommand || request.command == CSocketAPI::clearCommand;
-    return wasTime && reply.command == request.command && reply.sequence == request.sequence &&
-           reply.payload == request.payload;
+    return wasTime && isRepeated(reply, request);
+}
+
+Text echoText()
+{
+    return Text::tr("the request itself came back, as from an echo server");
 }

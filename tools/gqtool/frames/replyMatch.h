@@ -14,5 +14,11 @@ bool isSequenceOfReply(const Frame& reply, const Frame& request, int lastSequenc
 // and takes it.
 Text mismatchText(const Frame& reply, const Frame& request, int lastSequence);
 
+// Returns true if the reply repeats the request. Some servers answer some commands so.
+bool isRepeated(const Frame& reply, const Frame& request);
+
 // Returns true if the reply repeats the request, and a server that knows the command would not.
 bool isEcho(const Frame& reply, const Frame& request);
+
+// The remark on such a reply.
+Text echoText();

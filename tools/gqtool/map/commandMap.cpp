@@ -1,8 +1,8 @@
 #include "commandMap.h"
 
 #include "gqtool/closestName.h"
+#include "gqtool/errorList.h"
 #include "gqtool/records/recordFields.h"
-#include "shared/console.h"
 #include "shared/text.h"
 
 #include <QFile>
@@ -107,22 +107,15 @@ QString CommandMap::addLine(const QString& line, int number)
 QStringList CommandMap::add(const QByteArray& text)
 {
     QStringList errors;
-    int others = 0;
     int number = 0;
     for (QByteArray line : text.split('\n')) {
         ++number;
         if (number == 1 && line.startsWith("\xef\xbb\xbf"))
             line.remove(0, 3); // byte order mark
         const QString error = addLine(QString::fromUtf8(line), number);
-        if (error.isEmpty())
-            continue;
-        if (errors.size() < mostErrors)
+        if (!error.isEmpty())
             errors.append(Text::tr("line %1: %2").arg(number).arg(error));
-        else
-            ++others;
     }
-    if (others > 0)
-        errors.append((others == 1 ? Text::tr("%1 more error") : Text::tr("%1 more errors")).arg(others));
     return errors;
 }
 
@@ -139,8 +132,7 @@ bool CommandMap::read(const QString& path)
     else
         for (const QString& error : add(text))
             errors.append(Text::tr("%1: %2").arg(path, error));
-    for (const QString& error : errors)
-        printError(error);
+    printErrors(errors);
     return errors.isEmpty();
 }
 

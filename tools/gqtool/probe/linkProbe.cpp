@@ -254,6 +254,10 @@ bool LinkProbe::failWithoutGreeting()
     const bool isFrame = verdict.cause == LinkCause::healthy;
     if (isFrame && verdict.frame->command != request.command)
         return failWithLateGreeting(verdict, silence);
+    if (isFrame)
+        result.advice =
+            Text::tr("The server answers, but clients of this library wait for a greeting. Check its settings, "
+                     "and that it is meant for these clients.");
     return fail(isClosed ? LinkCause::closed : LinkCause::silent,
                 (isFrame ? Text::tr("%1; it answers a request with %2") : Text::tr("%1; after a request: %2"))
                     .arg(silence, verdict.detail));
@@ -271,7 +275,7 @@ bool LinkProbe::failWithLateGreeting(const ByteVerdict& verdict, const Text& sil
 bool LinkProbe::failAsEcho()
 {
     result.protocol = "unknown";
-    return fail(LinkCause::foreign, Text::tr("the request itself came back, as from an echo server"));
+    return fail(LinkCause::foreign, echoText());
 }
 
 bool LinkProbe::ask(unsigned char command, ByteVerdict& verdict)

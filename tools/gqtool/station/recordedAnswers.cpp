@@ -203,8 +203,10 @@ bool RecordedAnswers::read(const QString& path, QString& error)
         return false;
     }
     RecordingReader reader(*this);
-    for (int number = 1; !file.atEnd(); ++number) {
-        const QByteArray line = file.readLine().trimmed();
+    int number = 0;
+    for (QByteArray line = file.readLine(); !line.isEmpty(); line = file.readLine()) { // atEnd is wrong for pipes
+        ++number;
+        line = line.trimmed();
         if (!line.isEmpty() && !reader.readLine(line)) {
             error = Text::tr("%1: line %2: %3").arg(path).arg(number).arg(reader.error);
             return false;

@@ -178,6 +178,10 @@ void TraceOutput::end(TracedLink& link, Side from, FrameStream& stream)
 void TraceOutput::datagram(TracedLink& link, Side from, const QByteArray& bytes)
 {
     now = microsecondsNow();
+    if (bytes.isEmpty()) {
+        printItems(link, from, {StreamItem()});
+        return;
+    }
     FrameStream stream(keptBytes());
     printItems(link, from, stream.feed(bytes));
     printItems(link, from, stream.end());

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QStringList>
+
+// Prints the first 20 errors as lines of standard error, and the number of the others.
+void printErrors(const QStringList& errors);
