@@ -3132,6 +3132,10 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
         <translation>%1 是 %2 抓包文件；请用 &apos;tshark -r %3 -x -o tcp.desegment_tcp_streams:FALSE&apos; 转换</translation>
     </message>
     <message>
+        <source>%1: UTF-16 text; save it as UTF-8 or ASCII</source>
+        <translation>%1：UTF-16 文本；请另存为 UTF-8 或 ASCII</translation>
+    </message>
+    <message>
         <source>%1 looks like hex text or a hex dump, which is read without --raw</source>
         <translation>%1 看起来是十六进制文本或十六进制转储，读取时不要加 --raw</translation>
     </message>

@@ -136,6 +136,17 @@ TEST(GqtoolInput, namesCaptureFilesAndTheWayToReadThem)
     }
 }
 
+// Some shells write UTF-16 to a file.
+TEST(GqtoolInput, namesTextInUtf16)
+{
+    for (const char* text : {"fffe36003800", "feff00360038"}) { // "68" in both byte orders
+        const InputFile file(QByteArray::fromHex(text));
+        const Outcome outcome = run({"sum", "--file", file.path});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.errors, "gqtool: " + file.path + ": UTF-16 text; save it as UTF-8 or ASCII\n");
+    }
+}
+
 TEST(GqtoolInput, mentionsADumpThatIsReadAsRawBytes)
 {
     const InputFile dump("00000000: 6804 0000  h...\n00000004: 16  .\n");
@@ -173,7 +184,7 @@ TEST(GqtoolInput, reportsThatItIsEmpty)
             SCOPED_TRACE(command.join(' ').toStdString());
             const Outcome outcome = run(command + QStringList{"--file", empty.path});
             EXPECT_EQ(outcome.exitCode, 1);
-            EXPECT_TRUE(outcome.errors.endsWith("gqtool: " + empty.path + ": the input is empty\n"));
+            EXPECT_EQ(outcome.errors, "gqtool: " + empty.path + ": the input is empty\n");
             EXPECT_FALSE(outcome.output.contains("good")) << outcome.output.toStdString();
         }
     }

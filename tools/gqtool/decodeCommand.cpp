@@ -86,9 +86,10 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
     if (run.form != nullptr)
         callReader(*run.form, bytes, decoding);
     const bool isPrinted = output.finish(decoding);
-    printFaults(run.inputName, decoding.faults);
     if (bytes.size() == 0)
         printError(Text::tr("%1: the input is empty").arg(run.inputName));
+    else
+        printFaults(run.inputName, decoding.faults);
     for (const QString& hint : {source.hint(), QString(encodingHint())}) {
         if (!hint.isEmpty())
             printError(hint);

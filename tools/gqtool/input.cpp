@@ -105,6 +105,8 @@ private:
         QString advice = file == nullptr ? QString() : captureAdvice(*file, start);
         if (!advice.isEmpty())
             return advice;
+        if (isUtf16(start))
+            return Text::tr("%1: UTF-16 text; save it as UTF-8 or ASCII").arg(name);
         const HexError& error = reader.error();
         const bool isNoHex = !hasBytes && error.column == 1;
         const bool isRaw = file != nullptr && (isNoHex || isBinary(start));

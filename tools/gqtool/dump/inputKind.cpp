@@ -14,6 +14,11 @@ QString captureFormat(const QByteArray& start)
     return isPcap ? "pcap" : QString();
 }
 
+bool isUtf16(const QByteArray& start)
+{
+    return start.startsWith("\xff\xfe") || start.startsWith("\xfe\xff");
+}
+
 bool isHexText(const QByteArray& start)
 {
     const QByteArray first = start.left(inputKindBytes);
