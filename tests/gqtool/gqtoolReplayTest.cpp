@@ -107,6 +107,19 @@ TEST(GqtoolReplay, sendsAllFramesOfAReplyAsTheyWere)
                             "68 00000000 4d00 02 01 40 abcd 17 c0ffee"_hex); // not the sequence of its request
 }
 
+TEST(GqtoolReplay, changesNoBytesThatAreNotAFrame)
+{
+    const ReplayingStation station(
+        recordedGreeting + line(1, "client", 5, 64, "07000000") + line(2, "station", 5, 64, "01000000") +
+        R"({"from": "station", "sequence": 5, "command": 64, "garbage": "c0ffeec0ffeec0ff"})" + "\n" +
+        R"({"from": "station", "sequence": 5, "command": 64, "garbage": "c0"})" + "\n" +
+        R"({"from": "station", "sequence": 5, "length": 4294967295})" + "\n"); // began no frame
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting5);
+    client.send(frame("06", "40", "07000000"));
+    EXPECT_NEXT(client, frame("06", "40", "01000000") + "c0ffeec0ffeec0ff c0 68"_hex);
+}
+
 TEST(GqtoolReplay, staysSilentWhereTheServerDid)
 {
     const ReplayingStation station(recordedGreeting + line(1, "client", 0, 64, "07000000") +

@@ -43,6 +43,7 @@ public:
 
 private:
     bool isWhole();
+    bool isFrame() const { return item.contains("command") && !item.contains("garbage"); }
     int takeInteger(const char* name, int most);
     QByteArray takeHex(const char* name, int size);
     QByteArray takeBytes();
@@ -99,7 +100,7 @@ bool RecordingReader::readLine(const QByteArray& line)
     }
     RecordedAnswers::Exchange& exchange = answers.exchanges[exchangeOf(exchanges)];
     const bool returnsSequence =
-        item.value("sequence").isDouble() && item.value("sequence").toInt() == exchange.sequence;
+        isFrame() && item.value("sequence").isDouble() && item.value("sequence").toInt() == exchange.sequence;
     exchange.frames.push_back({bytes, time, returnsSequence});
     return true;
 }
