@@ -26,7 +26,6 @@ static int lineOf(const QString& error)
 static void readText(Reading& reading)
 {
     const QByteArray text(reading.buf, reading.size);
-    allocationLimit = 16 << 20; // not that of a record; runTarget() restores it
     CommandMap map;
     const QStringList errors = map.add(text);
     for (const MappedCommand& command : map.all())
@@ -57,7 +56,6 @@ static void readText(Reading& reading)
 // Each four bytes make a line. Only a number of 255 or one that occurs twice is wrong, and a name that does.
 static void readLines(Reading& reading)
 {
-    allocationLimit = 16 << 20;
     const char* const requests[] = {"-", "int", "intPair", "ints", "hex"};
     QByteArray text;
     std::set<int> numbers;
@@ -89,9 +87,7 @@ static void readLines(Reading& reading)
     require(reading.result == goodLines, "every good line must be read");
 }
 
-static void checkNothing(const Layout&, const Reading&) {} // checked while reading
-
 const std::vector<Target> commandMapTargets = {
-    {"commandMapText", readText, checkNothing, {}},
-    {"commandMapLines", readLines, checkNothing, {}},
+    toolTarget("commandMapText", readText),
+    toolTarget("commandMapLines", readLines),
 };

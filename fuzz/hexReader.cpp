@@ -10,10 +10,8 @@
 
 static const int mostBytes = 1 << 20; // that are read from one text; * may mean any number
 
-// Memory must not depend on the size of the text.
 static HexReading readText(const QByteArray& text, int pieceSize, HexReader::Content content)
 {
-    allocationLimit = size_t(4) * mostBytes; // runTarget() restores it
     return readInPieces(text, pieceSize, content, mostBytes);
 }
 
@@ -214,9 +212,7 @@ static void readAnyText(Reading& reading)
     reading.left = whole.bytes;
 }
 
-static void checkNothing(const Layout&, const Reading&) {} // checked while reading
-
 const std::vector<Target> hexReaderTargets = {
-    {"hexDump", readDump, checkNothing, {}},
-    {"hexText", readAnyText, checkNothing, {}},
+    toolTarget("hexDump", readDump),
+    toolTarget("hexText", readAnyText),
 };

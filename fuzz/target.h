@@ -5,6 +5,8 @@
 //   - the result that follows from the record's layout, computed here independently of the library (layout.h)
 //   - if reader and writer use the same form, the same bytes when the record is written again
 //   - the same outcome whatever bytes follow the input and whatever elements the list had before
+// Targets of gqtool's readers compare them with the library's, with a model, or with themselves when the input comes in
+// pieces.
 // The sanitizers check the rest. If a requirement fails, the program prints it and aborts.
 
 #include "layout.h"
@@ -31,7 +33,12 @@ struct Target {
     void (*read)(Reading& reading);
     void (*check)(const Layout& layout, const Reading& reading);
     Layout layout;
+    bool isOfTool = false; // copies its input, so that what follows it cannot matter
 };
+
+// A target of gqtool's readers, which have no counts that they trust: running out of memory is a failure. `read` checks
+// what it requires.
+Target toolTarget(const char* name, void (*read)(Reading& reading));
 
 extern const std::vector<Target> byte2ValTargets;
 extern const std::vector<Target> byte2RdbDefinitionTargets;
@@ -44,6 +51,11 @@ extern const std::vector<Target> frameTargets;
 extern const std::vector<Target> gqToolsTargets;
 extern const std::vector<Target> hexReaderTargets;
 extern const std::vector<Target> commandMapTargets;
+extern const std::vector<Target> decodeTargets;
+extern const std::vector<Target> encodeTargets;
+extern const std::vector<Target> packetTargets;
+extern const std::vector<Target> peerTargets;
+extern const std::vector<Target> stationFileTargets;
 
 std::vector<Target> allTargets();
 

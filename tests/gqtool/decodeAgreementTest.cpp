@@ -1,81 +1,28 @@
 // What gqtool decodes against the golden files and against the library's own readers and clients.
 
-#include "gqtool/frames/frameStream.h"
+#include "support/decodeAgreement.h"
 #include "support/chance.h"
-#include "support/decodedBytes.h"
 #include "support/goldenRecords.h"
 #include "support/hex.h"
 
-#include <QJsonDocument>
-
 #include <gtest/gtest.h>
-#include <tcpApi.h>
 
 // --- Records ------------------------------------------------------------------------------------------------------
 
-// What the library's reader must return if there is no fault.
-static long long expectedResult(const Form& form, const Decoded& decoded)
-{
-    if (form.onSuccess != returnsBytes)
-        return 1;
-    if (form.name == std::string("objectBlob"))
-        return decoded.restOffset - 2;
-    long long text4Bytes = 4;
-    if (form.name == std::string("commItem")) {
-        for (const DecodedField& field : decoded.fields)
-            text4Bytes = field.name == "text4" ? field.bytes.size() : text4Bytes;
-    }
-    return decoded.restOffset + text4Bytes - 4;
-}
-
-static bool losesStep(const Decoded& decoded)
-{
-    return std::any_of(decoded.faults.begin(), decoded.faults.end(), [](const Fault& fault) {
-        return fault.text.english().contains("list reader continues at byte");
-    });
-}
-
-// The record that the decoded JSON describes. A text that is not UTF-8 can be decoded, but not encoded.
-static std::unique_ptr<Content> recordIn(const Decoded& decoded, const Form& form)
-{
-    std::unique_ptr<Content> content = form.make();
-    for (const QString& error : takeJson(Json::parse(decoded.value), *content))
-        EXPECT_TRUE(error.endsWith("must be UTF-8: the library writes this text as UTF-8")) << error.toStdString();
-    return content;
-}
-
-// The pieces in which bytes arrive do not matter.
-static void expectSame(const Decoded& pieces, const Decoded& whole)
-{
-    EXPECT_TRUE(pieces.fields == whole.fields);
-    EXPECT_EQ(pieces.value, whole.value);
-    EXPECT_EQ(pieces.rest, whole.rest);
-    EXPECT_EQ(pieces.restOffset, whole.restOffset);
-    EXPECT_EQ(pieces.result, whole.result);
-    EXPECT_EQ(pieces.meaning, whole.meaning);
-    ASSERT_EQ(pieces.faults.size(), whole.faults.size());
-    for (size_t i = 0; i < whole.faults.size(); ++i) {
-        EXPECT_EQ(pieces.faults[i].offset, whole.faults[i].offset);
-        EXPECT_EQ(pieces.faults[i].text, whole.faults[i].text);
-    }
-}
-
-// The reader accepts exactly the bytes without faults, and reads the same values.
 static Decoded expectAgreement(const Form& form, const QByteArray& bytes)
 {
-    Decoded decoded = decodeBytes(form, bytes);
-    expectSame(decodePieces(form, bytes, 1), decoded);
-    if (!decoded.readerCalled)
-        return decoded;
-    const std::unique_ptr<Content> read = form.make();
-    EXPECT_EQ(read->read(bytes), decoded.result);
-    if (decoded.faults.empty()) {
-        EXPECT_EQ(decoded.result, expectedResult(form, decoded));
-        EXPECT_EQ(comparableJsonOf(*read), comparableJsonOf(*recordIn(decoded, form)));
-    } else if (!losesStep(decoded)) {
-        EXPECT_LE(decoded.result, 0) << decoded.faults[0].text.toStdString();
-    }
+    Agreement agreement;
+    Decoded decoded = decodeAgreed(form, bytes, agreement);
+    EXPECT_EQ(agreement.fault, "");
     return decoded;
+}
+
+static std::unique_ptr<Content> recordIn(const Decoded& decoded, const Form& form)
+{
+    Agreement agreement;
+    std::unique_ptr<Content> content = recordIn(decoded, form, agreement);
+    EXPECT_EQ(agreement.fault, "");
+    return content;
 }
 
 static void decodesGolden(const GoldenRecord& golden)
@@ -166,82 +113,11 @@ TEST(DecodeAgreement, holdsForRandomBytes)
 
 // --- Frames -------------------------------------------------------------------------------------------------------
 
-static QJsonArray partsOf(const Decoded& decoded)
-{
-    return QJsonDocument::fromJson(QByteArray::fromStdString(decoded.value)).array();
-}
-
-// A client finds the same ends of frames and accepts the same frames.
-static void expectFrame(const StreamItem& item, const QByteArray& stream)
-{
-    gqdb::CTcpAPI client;
-    int read = 0;
-    int length = 0;
-    const bool isWhole = item.kind == StreamItem::frame || item.kind == StreamItem::wrongEnd;
-    EXPECT_EQ(client.recvData(stream.constData() + item.offset, static_cast<int>(item.size), read), isWhole);
-    EXPECT_EQ(read, item.size);
-    if (isWhole) {
-        EXPECT_EQ(client.isRecvOk(length), item.kind == StreamItem::frame);
-    }
-}
-
-// What the library's parser finds in a payload, and whether it accepts it.
-static QJsonValue parsed(const QString& form, const QByteArray& bytes, bool& isGood)
-{
-    gqdb::CSocketAPI client;
-    if (form == "ints") {
-        std::vector<int> values;
-        isGood = client.parseInts(bytes.constData(), bytes.size(), values) == 1;
-        QJsonArray array;
-        for (const int value : values)
-            array.append(value);
-        return array;
-    }
-    if (form == "bytes") {
-        std::vector<unsigned char> values;
-        isGood = client.parseBytes(bytes.constData(), bytes.size(), values) == 1;
-        return QString(
-            QByteArray(reinterpret_cast<const char*>(values.data()), static_cast<int>(values.size())).toHex());
-    }
-    if (form == "strings") {
-        QStringList texts;
-        isGood = client.parseStrings(bytes.constData(), bytes.size(), texts) == 1;
-        return QJsonArray::fromStringList(texts);
-    }
-    int value = 0;
-    isGood = client.parseInt(bytes.constData(), bytes.size(), value) == 1;
-    return value;
-}
-
-static void expectPayload(const QJsonObject& part, const QByteArray& payload)
-{
-    const QString form = part["form"].toString();
-    if (form.isEmpty() || form == "intPair")
-        return; // a pair of integers is read by servers, not by the library
-    bool isGood = false;
-    const QJsonValue content = parsed(form, payload, isGood);
-    EXPECT_EQ(isGood, part["fault"] != "form");
-    if (part.contains("content")) {
-        EXPECT_EQ(part["content"], content);
-    }
-}
-
 static Decoded expectAgreement(const QByteArray& stream, const FrameSource& source)
 {
-    Decoded decoded = decodeFramePieces(stream, source, INT_MAX);
-    expectSame(decodeFramePieces(stream, source, 1), decoded);
-    const QJsonArray parts = partsOf(decoded);
-    FrameStream frames(INT_MAX, FrameSource::usualPayload);
-    std::vector<StreamItem> items = frames.feed(stream);
-    for (const StreamItem& item : frames.end())
-        items.push_back(item);
-    EXPECT_EQ(parts.size(), static_cast<int>(items.size()));
-    for (size_t i = 0; i < items.size(); ++i) {
-        SCOPED_TRACE(i);
-        if (items[i].kind != StreamItem::garbage && items[i].kind != StreamItem::badLength)
-            expectFrame(items[i], stream);
-        expectPayload(parts[static_cast<int>(i)].toObject(), items[i].content.payload);
-    }
+    Agreement agreement;
+    Decoded decoded = decodeFramesAgreed(stream, source, agreement);
+    EXPECT_EQ(agreement.fault, "");
     return decoded;
 }
 
@@ -293,9 +169,9 @@ TEST(DecodeAgreement, holdsForFramesWithARandomByte)
 
 static QByteArray encodedParts(const std::string& parts)
 {
-    QByteArray encoded;
-    for (const Json& part : Json::parse(parts))
-        EXPECT_EQ(encodeFrame(part, "part", encoded).join('\n').toStdString(), "");
+    Agreement agreement;
+    const QByteArray encoded = encodedParts(parts, agreement);
+    EXPECT_EQ(agreement.fault, "");
     return encoded;
 }
 

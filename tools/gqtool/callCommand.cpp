@@ -7,6 +7,7 @@
 #include "gqtool/call/callRun.h"
 #include "gqtool/call/requestPayload.h"
 #include "gqtool/dump/hexReader.h"
+#include "gqtool/integer.h"
 #include "shared/console.h"
 #include "shared/stationProtocol.h"
 #include "shared/text.h"

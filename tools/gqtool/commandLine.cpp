@@ -2,6 +2,7 @@
 
 #include "closestName.h"
 #include "command.h"
+#include "integer.h"
 #include "language.h"
 #include "shared/console.h"
 #include "shared/text.h"
@@ -304,11 +305,4 @@ int usageError(const QString& message)
     printError(message);
     printError(Text::tr("see '%1 --help'").arg(QCoreApplication::arguments().constFirst()));
     return exitUsage;
-}
-
-bool readInt(const QString& text, int least, int most, int& value)
-{
-    bool ok = false;
-    value = text.toInt(&ok, text.contains("0x") ? 16 : 10); // leading zeros do not mean octal
-    return ok && value >= least && value <= most;
 }

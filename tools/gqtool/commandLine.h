@@ -60,6 +60,3 @@ private:
 
 // Prints an error of the command line and a pointer to the help. Returns exitUsage.
 int usageError(const QString& message);
-
-// Reads an integer from `least` to `most`; 0x marks a hexadecimal one.
-bool readInt(const QString& text, int least, int most, int& value);

@@ -9,6 +9,7 @@
 #include "gqtool/records/recordDecoding.h"
 #include "gqtool/records/textEncoding.h"
 #include "input.h"
+#include "integer.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "shared/text.h"

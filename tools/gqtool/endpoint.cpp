@@ -1,6 +1,7 @@
 #include "endpoint.h"
 
 #include "commandLine.h"
+#include "integer.h"
 #include "shared/text.h"
 
 #include <QRegularExpression>

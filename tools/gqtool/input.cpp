@@ -121,27 +121,6 @@ private:
     bool hasBytes = false;
 };
 
-// Reads a source to its end. Returns false if it is too large.
-static bool collect(ByteSource& source, QByteArray& content, int most)
-{
-    content.clear();
-    while (content.size() <= most && source.read(content)) {
-    }
-    return content.size() <= most;
-}
-
-static QString tooLarge(int most)
-{
-    return Text::tr("more than %1 bytes").arg(most);
-}
-
-bool readAll(const QString& path, QByteArray& content, QString& error)
-{
-    FileSource file(path);
-    error = collect(file, content, largestInput) ? file.reason() : tooLarge(largestInput);
-    return error.isEmpty();
-}
-
 // ------------------------------------------------------------------------------------------------------------------
 
 Input::Input(CommandLine& line)
@@ -194,8 +173,9 @@ bool Input::read(QByteArray& bytes, int& exitCode, int most) const
     exitCode = opened == nullptr ? exitUsage : exitFailed;
     if (opened == nullptr)
         return false;
-    const QString error =
-        collect(*opened, bytes, most) ? opened->error() : Text::tr("cannot read %1: %2").arg(source(), tooLarge(most));
+    const QString error = readAll(*opened, bytes, most)
+                              ? opened->error()
+                              : Text::tr("cannot read %1: %2").arg(source(), tooLargeText(most));
     if (!error.isEmpty())
         printError(error);
     else if (!opened->hint().isEmpty())

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bytes/byteSource.h"
+#include "bytes/readAll.h"
 #include "commandLine.h"
 #include "gqtool/dump/hexReader.h"
 
@@ -8,11 +8,6 @@
 #include <QString>
 
 #include <memory>
-
-static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most twice as many
-
-// Reads a file, or standard input for "-". Returns false and the reason in `error`.
-bool readAll(const QString& path, QByteArray& content, QString& error);
 
 // "65536 bytes read, of 100000000", for the progress.
 QString progressText(const ByteSource& source);

@@ -1,6 +1,7 @@
 #include "closestName.h"
 #include "command.h"
 #include "commandLine.h"
+#include "integer.h"
 #include "shared/console.h"
 #include "shared/text.h"
 

@@ -1,7 +1,7 @@
 #include "requestPayload.h"
 
-#include "gqtool/commandLine.h"
 #include "gqtool/dump/hexReader.h"
+#include "gqtool/integer.h"
 #include "shared/text.h"
 
 #include <climits>

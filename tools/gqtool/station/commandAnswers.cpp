@@ -1,9 +1,9 @@
 #include "commandAnswers.h"
 
+#include "gqtool/bytes/readAll.h"
 #include "gqtool/closestName.h"
 #include "gqtool/dump/hexReader.h"
 #include "gqtool/frames/frameText.h"
-#include "gqtool/input.h"
 #include "gqtool/records/jsonText.h"
 #include "gqtool/records/recordJson.h"
 #include "shared/stationProtocol.h"

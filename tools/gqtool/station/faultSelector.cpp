@@ -1,6 +1,6 @@
 #include "faultSelector.h"
 
-#include "gqtool/commandLine.h"
+#include "gqtool/integer.h"
 
 #include <QStringList>
 

@@ -1,7 +1,7 @@
 #include "stationScript.h"
 
 #include "gqtool/closestName.h"
-#include "gqtool/commandLine.h"
+#include "gqtool/integer.h"
 #include "shared/text.h"
 
 #include <QFile>
@@ -111,7 +111,8 @@ bool StationScript::readFault(const QStringList& words, Step& step, QString& err
 bool StationScript::add(const QString& line, QString& error)
 {
     error.clear();
-    QStringList words = line.split(QRegularExpression("\\s+"), Qt::SkipEmptyParts);
+    static const QRegularExpression blanks("\\s+");
+    QStringList words = line.split(blanks, Qt::SkipEmptyParts);
     Step step;
     if (words.size() < 3) {
         error = Text::tr(lineForm);

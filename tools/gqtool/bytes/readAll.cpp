@@ -1,0 +1,23 @@
+#include "readAll.h"
+
+#include "shared/text.h"
+
+bool readAll(ByteSource& source, QByteArray& content, int most)
+{
+    content.clear();
+    while (content.size() <= most && source.read(content)) {
+    }
+    return content.size() <= most;
+}
+
+QString tooLargeText(int most)
+{
+    return Text::tr("more than %1 bytes").arg(most);
+}
+
+bool readAll(const QString& path, QByteArray& content, QString& error)
+{
+    FileSource file(path);
+    error = readAll(file, content) ? file.reason() : tooLargeText(largestInput);
+    return error.isEmpty();
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "byteSource.h"
+
+static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most twice as many
+
+// Reads a file, or standard input for "-". Returns false and the reason in `error`.
+bool readAll(const QString& path, QByteArray& content, QString& error);
+
+// Reads a source to its end. Returns false if it has more than `most` bytes.
+bool readAll(ByteSource& source, QByteArray& content, int most = largestInput);
+QString tooLargeText(int most);
