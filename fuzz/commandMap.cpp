@@ -44,7 +44,6 @@ static void readText(Reading& reading)
         return;
     reading.result = lineOf(errors[0]);
     require(reading.result >= 1 && reading.result <= text.count('\n') + 1, "the line of an error must exist");
-    require(errors.size() <= CommandMap::mostErrors + 1, "the errors must be limited");
     CommandMap before;
     const QByteArray linesBefore = text.split('\n').mid(0, reading.result - 1).join('\n');
     require(before.add(linesBefore).isEmpty() && before.all().size() <= map.all().size(),

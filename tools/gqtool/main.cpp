@@ -129,8 +129,6 @@ int main(int argc, char* argv[])
 
         const QStringList words = arguments;
         const QStringList languages = takeLanguages(arguments);
-        const QStringList words = arguments;
-        const QStringList languages = takeLanguages(arguments);
         if (arguments.value(0) == "help") // 'help COMMAND' is 'COMMAND --help'
             arguments = arguments.mid(1, 1) + QStringList{"--help"};
 
