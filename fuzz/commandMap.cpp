@@ -1,7 +1,6 @@
 #include "gqtool/map/commandMap.h"
 
 #include "gqtool/records/recordFields.h"
-#include "support/allocationLimit.h"
 #include "target.h"
 
 #include <QByteArrayList>
@@ -52,7 +51,8 @@ static void readText(Reading& reading)
 
 // --- Good lines ---------------------------------------------------------------------------------------------------
 
-// Each four bytes make a line. Only a number of 255 or one that occurs twice is wrong, and a name that does.
+// Each four bytes make a line. It is wrong only if its number is 255, or if an earlier good line has its number or
+// name.
 static void readLines(Reading& reading)
 {
     const char* const requests[] = {"-", "int", "intPair", "ints", "hex"};

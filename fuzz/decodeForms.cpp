@@ -10,7 +10,7 @@ static const Form& formOf(InputBytes& input)
     return forms[static_cast<size_t>(input.number()) % forms.size()];
 }
 
-// The samples of a wave are packed again, to other bytes, and the head of another wave may contradict its samples.
+// Leaves out waves: their samples are packed to other bytes, and a head may contradict its samples.
 static void requireEncodedAgain(const Form& form, const Decoded& decoded, const QByteArray& bytes)
 {
     if (form.name == std::string("wave"))

@@ -1,4 +1,3 @@
-#include "support/allocationLimit.h"
 #include "support/hexReading.h"
 #include "target.h"
 

@@ -35,7 +35,7 @@ static QByteArray recordingOf(const QByteArray& frame)
     return '\1' + text;
 }
 
-// The same for gqtool: the JSON, the bytes after what selects their form, and the frames as they are recorded.
+// Adds seeds for gqtool: JSON, a recording, and bytes of a record. The first bytes select form, piece size or timing.
 static void addForTools(const std::string& name, const QByteArray& bytes, std::vector<QByteArray>& seeds)
 {
     const QByteArray json = contentOf(GQLIB_GOLDEN "/" + name.substr(0, name.size() - 4) + ".json");

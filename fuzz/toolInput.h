@@ -6,7 +6,7 @@
 
 // What the targets of gqtool's readers share.
 
-// Takes numbers from the start of the input.
+// Takes numbers and bytes from the start of the input. After its end, numbers are 0.
 class InputBytes {
 public:
     explicit InputBytes(const Reading& reading) : bytes(reading.buf, reading.size) {}
@@ -22,15 +22,15 @@ private:
     int pos = 0;
 };
 
-// Writes the file that gqtool is to read, in place of the last one. Returns its path.
+// Writes a file for gqtool to read and replaces the previous one. Returns its path.
 QString inputFile(const QByteArray& content);
 
-// The line in an error "PATH: line LINE: ...", which the text must have.
+// Returns LINE of an error "PATH: line LINE: ..."; fails if the text has no such line.
 int lineOfError(const QString& error, const QString& path, const QByteArray& text);
 
 void requireNoFault(const std::string& fault); // "" if there is none
 
-// Without any code of gqtool: the end of the frame that begins there, if all of it is there; otherwise 0.
+// Independent of gqtool's code. frameEndAt returns the end of the frame at `start`, or 0 if it is incomplete.
 int frameEndAt(const QByteArray& stream, int start);
 QByteArray frameOf(int command, int sequence, const QByteArray& payload);
 QByteArray word4(int value);

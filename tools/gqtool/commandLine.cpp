@@ -18,7 +18,7 @@
 
 static const int helpWidth = 79;
 static const int nameWidth = 22;    // of an option and its value in the help, with the blanks around them
-static const int leastColumns = 10; // of the last line of several, if that is possible
+static const int leastColumns = 10; // that the last of several lines takes, if possible
 
 // --- Values -------------------------------------------------------------------------------------------------------
 
@@ -88,7 +88,8 @@ static QStringList wrapped(const QString& text, int columns)
     return lines << text.mid(start);
 }
 
-// Returns the text with line feeds, so that its lines fit next to the names. No line is left for a few characters.
+// Returns the text with line feeds, so that its lines fit next to the names. Avoids a last line of a few
+// characters.
 static QString wrapped(const QString& text)
 {
     const int widest = helpWidth - nameWidth;

@@ -22,7 +22,7 @@ QString moreErrorsText(long long count)
 
 // --- Sources ------------------------------------------------------------------------------------------------------
 
-// Returns an advice if a file is a capture, else an empty text.
+// Says how to convert a capture file; empty for any other file.
 static QString captureAdvice(const FileSource& file, const QByteArray& start)
 {
     const QString format = captureFormat(start);

@@ -46,7 +46,7 @@ static QString overview()
         .arg(list);
 }
 
-// Prints Qt's warnings like the program's own messages. A file that it appends to may be a pipe or a device.
+// Prints Qt's warnings like the program's own messages. One is no fault: a file opened for appending may be a pipe.
 static void printWarning(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
 {
     if (!message.contains("Cannot call seek on a sequential device"))

@@ -19,7 +19,7 @@ public:
     virtual bool read(QByteArray& bytes) = 0;
     virtual QString error() const { return QString(); }
 
-    // What the bytes may be in place of what the user says; empty if nothing is suspected.
+    // Returns a hint if the bytes look like another kind of input than the options say; otherwise empty.
     virtual QString hint() const { return QString(); }
 
     // Called before each read of a file: `isReady` is false if it may have to wait.

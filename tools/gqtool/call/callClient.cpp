@@ -53,7 +53,7 @@ static Text badFrameText(const std::vector<StreamItem>& items)
 
 void CallReply::failForm(int code, const Text& text)
 {
-    fail(code, LinkCause::badFrame, otherCommand.isEmpty() ? text : Text::tr("%1: %2").arg(otherCommand, text));
+    fail(code, LinkCause::badFrame, commandMismatch.isEmpty() ? text : Text::tr("%1: %2").arg(commandMismatch, text));
 }
 
 static int elementsOf(const CallReply& reply)
@@ -103,7 +103,7 @@ protected:
         const Frame sent = frameOf(frame);
         errno = 0;
         if (Client::sendDatas(frame) != 1) {
-            explainSendFailure(reply);
+            failToSend(reply);
             return;
         }
         do {
@@ -114,7 +114,7 @@ protected:
         Client::connected = Client::connected && reply.isGood();
     }
 
-    virtual void explainSendFailure(CallReply& reply) = 0;
+    virtual void failToSend(CallReply& reply) = 0;
 
     // Receives until recvFrame is complete. Returns false with the failure in `reply`.
     virtual bool receiveFrame(CallReply& reply) = 0;
@@ -159,7 +159,7 @@ private:
         }
         reply.hasFrame = true;
         const Frame& frame = items[0].content;
-        reply.otherCommand = frame.command == sent.command ? Text() : mismatchText(frame, sent, lastSequence);
+        reply.commandMismatch = frame.command == sent.command ? Text() : mismatchText(frame, sent, lastSequence);
         if (frame.command == CSocketAPI::errorCommand)
             takeError(frame, reply);
         else
@@ -246,7 +246,7 @@ protected:
         return connected;
     }
 
-    void explainSendFailure(CallReply& reply) override
+    void failToSend(CallReply& reply) override
     {
         reply.fail(-1, LinkCause::closed, Text::tr("the server closed, or the connection broke"));
     }
@@ -259,7 +259,7 @@ protected:
             if (count <= 0) {
                 connected = false;
                 socket->close(); // as the library does
-                explainEnd(count, came, reply);
+                failAtEnd(count, came, reply);
                 return false;
             }
             came += count;
@@ -275,7 +275,7 @@ private:
         reply.fail(verdict.cause == LinkCause::errorFrame ? verdict.value : 0, verdict.cause, verdict.detail);
     }
 
-    void explainEnd(int count, long long came, CallReply& reply) const
+    void failAtEnd(int count, long long came, CallReply& reply) const
     {
         const bool isClosed = count < 0;
         const LinkCause without = isClosed ? LinkCause::closed : LinkCause::noReply;
@@ -332,7 +332,7 @@ protected:
         return false;
     }
 
-    void explainSendFailure(CallReply& reply) override { failWithError(reply, -1, errno); }
+    void failToSend(CallReply& reply) override { failWithError(reply, -1, errno); }
 
     bool receiveFrame(CallReply& reply) override
     {
@@ -346,17 +346,17 @@ protected:
         errno = 0;
         const int count = socket->recv(recvBuffer, rawBufferSize);
         if (count <= 0)
-            explainReadFailure(errno, reply);
+            closeAndFail(errno, reply);
         int pos = 0;
         if (count > 0 && recvData(recvBuffer, count, pos))
             return true;
         if (count > 0)
-            explainDatagram(QByteArray::fromRawData(recvBuffer, count), reply);
+            failOnDatagram(QByteArray::fromRawData(recvBuffer, count), reply);
         return false;
     }
 
 private:
-    void explainDatagram(const QByteArray& datagram, CallReply& reply) const
+    void failOnDatagram(const QByteArray& datagram, CallReply& reply) const
     {
         const ByteVerdict verdict = judgeBytes(datagram, AwaitedBytes::firstReply);
         if (verdict.cause == LinkCause::foreign)
@@ -367,7 +367,7 @@ private:
     }
 
     // The socket's recv returns -1 for an empty datagram too.
-    void explainReadFailure(int error, CallReply& reply)
+    void closeAndFail(int error, CallReply& reply)
     {
         connected = false;
         socket->close();

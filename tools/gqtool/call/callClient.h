@@ -22,16 +22,16 @@ struct CallRequest {
 };
 
 struct CallReply {
-    int result = 0; // what the library's client returns: 1 on success; an error frame can contain it, too
+    int result = 0; // as from the library's client: 1 on success, unless an error frame has code 1
     LinkCause cause = LinkCause::healthy;
     Text meaning;            // of the result, in words
     double milliseconds = 0; // from the request to the end of its reply, without connecting
     std::vector<int> ints;   // for replyInt, one; a failed list holds the elements before the failure
     QByteArray bytes;
     QStringList texts;
-    bool hasFrame = false; // the last that came is a whole frame, so that the link works
+    bool hasFrame = false; // the last frame arrived whole: the link works
     Text warning;          // of a good reply that may not be what it seems; empty if there is none
-    Text otherCommand;     // says that the last frame is not the reply to the request; empty if it may be
+    Text commandMismatch;  // why the last frame is not the reply to the request; empty if it may be
 
     bool isGood() const { return cause == LinkCause::healthy; }
     void fail(int code, LinkCause why, const Text& text)
@@ -41,7 +41,8 @@ struct CallReply {
         meaning = text;
     }
 
-    // Fails since the last frame has not the expected form, and gives the cause if it is known.
+    // Fails because the payload does not have the requested form. The text begins with commandMismatch, if there is
+    // one.
     void failForm(int code, const Text& text);
 };
 

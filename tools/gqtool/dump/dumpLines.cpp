@@ -98,7 +98,7 @@ DumpLines::Verdict DumpLines::recognise(const QByteArray& first, const QByteArra
     return isOctal || nextOffset.value == row.bytes.size() ? isDump : isNoDump;
 }
 
-// Returns true if the line has the form of od's and hexdump's lines, whose groups can be words or other than hexadecimal.
+// Returns true if the line may come from od or hexdump, whose groups can be words, octal or characters.
 bool DumpLines::isOfOd(const Offset& offset)
 {
     const int digits = offset.digits.size();

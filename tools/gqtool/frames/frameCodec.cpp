@@ -73,7 +73,8 @@ private:
         if (!isHidden())
             listener.member(name, value);
     }
-    bool isHidden() const { return isCounting || source.table != nullptr; } // all but records
+    // Everything is hidden after too many faults, and everything except records if only those are wanted.
+    bool isHidden() const { return isCounting || source.table != nullptr; }
     void fault(long long offset, const Text& text) { isCounting = !result.faults.add(offset, text) || isCounting; }
     void reject(int code, const Text& reason) // by the library; the first reason counts
     {

@@ -10,7 +10,8 @@
 #include <string>
 #include <vector>
 
-// What cannot be seen from the bytes of frames. tests/golden/README.md lists the forms of payloads.
+// What cannot be seen from the bytes of frames, and what is wanted of them. tests/golden/README.md lists the forms of
+// payloads.
 struct FrameSource {
     static constexpr int usualPayload = 4 << 20;  // bytes
     static constexpr int mostPayload = 128 << 20; // its hex text must fit a QString
@@ -19,10 +20,10 @@ struct FrameSource {
     bool isRequest = false;
     QString form; // of the payloads of commands that neither the library nor the map defines; empty if unknown
     const CommandMap* map = nullptr; // takes precedence over the ready-made commands
-    // Payloads that are decoded. Clients accept more, but a larger length is most likely not that of a frame, and memory
-    // for it is limited.
+    // Payloads that are decoded. Clients accept more, but a larger length is most likely not that of a frame, and
+    // memory for it is limited.
     int largestPayload = usualPayload;
-    const MappedCommand* table = nullptr; // of which the records alone are passed on, a list for each reply
+    const MappedCommand* table = nullptr; // if set, only the records in its replies are decoded, a list per reply
 
     // Returns the command in the map, or null.
     const MappedCommand* mapped(unsigned char command) const { return map == nullptr ? nullptr : map->find(command); }
@@ -41,7 +42,7 @@ const Form* recordsOf(unsigned char command, const FrameSource& source);
 
 Payload payloadOf(unsigned char command, const QByteArray& bytes, const FrameSource& source);
 
-// Says why a payload does not have one of the forms "int", "ints", "bytes" and "strings", with the sizes; empty if it has.
+// Says why a payload does not have the form "int", "ints", "bytes" or "strings", with the sizes; empty if it has.
 Text formFault(const QString& form, const QByteArray& bytes);
 
 // Returns the result of the library's parser of that form for these bytes: 1 on success.

@@ -14,7 +14,7 @@ bool isSequenceOfReply(const Frame& reply, const Frame& request, int lastSequenc
 // and takes it.
 Text mismatchText(const Frame& reply, const Frame& request, int lastSequence);
 
-// Returns true if the reply repeats the request. Some servers answer some commands so.
+// Returns true if the reply is equal to the request, as some servers reply to some commands.
 bool isRepeated(const Frame& reply, const Frame& request);
 
 // Returns true if the reply repeats the request, and a server that knows the command would not.

@@ -21,11 +21,12 @@ struct MappedCommand {
 // A server's commands, read from a text table with one command per line.
 class CommandMap {
 public:
-    // Adds the commands of the file at `path`. Returns false and prints the errors if it cannot be read or has wrong lines:
-    // "plant.map: line 3: COMMAND must be ...".
+    // Adds the commands of the file at `path`. Returns false and prints the errors if it cannot be read or has wrong
+    // lines: "plant.map: line 3: COMMAND must be ...".
     bool read(const QString& path);
 
-    // Adds the commands of a text, except those of wrong lines. Returns the errors, such as "line 3: COMMAND must be ...".
+    // Adds the commands of a text, except those of wrong lines. Returns the errors, such as
+    // "line 3: COMMAND must be ...".
     QStringList add(const QByteArray& text);
 
     // Return null if there is no such command.

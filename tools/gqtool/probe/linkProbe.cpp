@@ -151,7 +151,7 @@ bool LinkProbe::connect()
 
 // --- Frames -------------------------------------------------------------------------------------------------------
 
-// From one request to the next: a server that counts its own frames does not make the same steps.
+// Difference between consecutive requests. A server that counts its own frames counts by 1, so its sequences differ.
 static const int sequenceStep = 2;
 
 // Sends the request of a ready-made command as the library's clients do.
@@ -182,8 +182,8 @@ bool LinkProbe::receivePiece(QByteArray& came)
     return count > 0;
 }
 
-// Receives until further bytes cannot change the verdict, the peer ends the connection or the time is over. Returns
-// false with the cause if receiving fails.
+// Receives until further bytes cannot change the verdict, the peer ends the connection or `ms`, which may be a part of
+// --timeout, are over. Returns false with the cause if receiving fails.
 bool LinkProbe::receive(AwaitedBytes awaited, int ms, ByteVerdict& verdict)
 {
     static const int mostBytes = 1 << 20; // in case the peer never stops sending
@@ -229,9 +229,9 @@ bool LinkProbe::awaitGreeting()
     return finish(verdict);
 }
 
-// Most servers of other protocols wait for the client to send first. They reject a frame with an error message, or
-// close; those that wait for the end of a line send their message at the end of the stream. `closed` is for a server that
-// closes although the stream has not ended.
+// Most servers of other protocols wait for the client to send first. They reject a frame with an error message or close
+// the connection. Those that wait for the end of a line send their message only at the end of the stream. The cause is
+// `closed` only if the server closes before this client has ended its stream.
 bool LinkProbe::failWithoutGreeting()
 {
     const Text silence = Text::tr("no greeting within %1 ms").arg(options.timeoutMs);

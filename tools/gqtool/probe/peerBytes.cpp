@@ -121,7 +121,8 @@ static ByteVerdict foreignVerdict(const QString& protocol, bool isFinal, const Q
     return verdict;
 }
 
-// Describes the first item that a client takes for a frame, or that no frame can be: what follows it is lost.
+// Describes the first header with an impossible length, whose payload a client waits for. Without one, describes the
+// last item.
 static Text incompleteText(const std::vector<StreamItem>& items)
 {
     for (const StreamItem& item : items) {

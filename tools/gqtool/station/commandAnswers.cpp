@@ -36,7 +36,7 @@ public:
     QStringList warnings;
 
 private:
-    void warn(int command, const QString& place);
+    void warnOfReplacement(int command, const QString& place);
     void fail(const QString& place, const QString& message);
     void failIn(const QString& place, const QString& reason);
     void checkMembers(const QJsonObject& object, const QString& place, const QStringList& known);
@@ -61,8 +61,8 @@ void CommandFileReader::fail(const QString& place, const QString& message)
     errors.append(Text::tr("%1: line %2: %3 %4").arg(path).arg(json.lineOf(place)).arg(place, message));
 }
 
-// Reports the first entry for a ready-made command.
-void CommandFileReader::warn(int command, const QString& place)
+// Adds a warning if this is the file's first entry for a ready-made command.
+void CommandFileReader::warnOfReplacement(int command, const QString& place)
 {
     const bool isReadyMade = command == CSocketAPI::systemStateCommand || command == CSocketAPI::systemTimeCommand ||
                              command == CSocketAPI::clearCommand || command == CSocketAPI::setTimeCommand ||
@@ -113,7 +113,7 @@ CommandAnswers::Entry CommandFileReader::readEntry(const QJsonObject& object, co
     checkMembers(object, place, {"command", "payload", "reply", "error"});
     CommandAnswers::Entry entry;
     entry.command = readCommand(object["command"], place + ".command");
-    warn(entry.command, place + ".command");
+    warnOfReplacement(entry.command, place + ".command");
     if (object.contains("payload"))
         entry.payload = readHex(object["payload"], place + ".payload");
     if (object.contains("reply") == object.contains("error"))

@@ -36,8 +36,8 @@ public:
     // Selectors by chance repeat their choices with the same seed.
     explicit StationScript(unsigned int chanceSeed) : seed(chanceSeed) {}
 
-    // Adds the lines of a file, with comments from # to the end of a line. Returns false with a message for each wrong line
-    // in `errors`.
+    // Adds the lines of a file, with comments from # to the end of a line. Returns false with a message for each wrong
+    // line in `errors`.
     bool read(const QString& path, QStringList& errors);
 
     // Adds a line. Returns false with the reason in `error`.

@@ -94,8 +94,7 @@ void TraceOutput::addContent(const Frame& frame, const MappedCommand& command, Q
         json["fault"] = "form";
 }
 
-// Compares a reply with the request, and returns the remark for its line. A client compares neither command nor
-// sequence, so it takes such a reply for the right one.
+// Compares a reply with the latest request. Adds what differs to `json`, and returns the remark for the line.
 QString TraceOutput::addMismatch(const Frame& reply, const TracedLink& link, QJsonObject& json) const
 {
     if (!link.request) // a greeting
@@ -179,7 +178,7 @@ void TraceOutput::datagram(TracedLink& link, Side from, const QByteArray& bytes)
 {
     now = microsecondsNow();
     if (bytes.isEmpty()) {
-        printItems(link, from, {StreamItem()});
+        printItems(link, from, {StreamItem()}); // garbage of 0 bytes
         return;
     }
     FrameStream stream(keptBytes());

@@ -26,8 +26,8 @@ public:
     // Shows commands by the names of `map`, if it is not null, and their payloads in its forms.
     TraceOutput(bool json, bool datagrams, const CommandMap* map);
 
-    // Also writes each line to a file, with up to `mostBytes` of each payload. Returns false and the reason in `error` on
-    // failure.
+    // Also writes each line to a file, with up to `mostBytes` of each payload. Returns false and the reason in `error`
+    // on failure.
     bool record(const QString& path, int mostBytes, QString& error);
 
     // Number of bytes that a stream must keep of each payload.
@@ -39,8 +39,8 @@ public:
     void listening(const QString& endpoint, const QString& station);
     void connected(int connection, const QString& client);
 
-    // Prints any other event; `name` is for JSON, `text` for people. `error`, a number of the system, is its reason and
-    // replaces the last placeholder of `text`; 0 means that there is none.
+    // Prints any other event; `name` is for JSON, `text` for people. If `error`, an errno, is not 0, its description
+    // replaces the next placeholder of `text` and is the reason in JSON.
     void event(int connection, const QString& name, const Text& text, int error = 0);
 
     // Print the frames that a piece completes in `stream`, and the one that the end of the stream cuts off. piece
