@@ -263,7 +263,7 @@ TEST(GqtoolLanguage, isThatOfAProbe)
         << probe.output.toStdString();
     EXPECT_TRUE(probe.output.contains("失败    200 毫秒内没有问候帧；对请求的应答为 1\n"))
         << probe.output.toStdString();
-    EXPECT_TRUE(probe.output.contains("silent：服务器接受连接，但不发送问候帧\n服务器可能已卡死"));
+    EXPECT_TRUE(probe.output.contains("silent：服务器接受连接，但不发送问候帧\n服务器能应答请求，"));
 }
 
 TEST(GqtoolLanguage, isThatOfTheStationAndItsLog)
