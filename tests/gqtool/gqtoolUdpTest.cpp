@@ -1,8 +1,16 @@
 // gqtool station --udp and gqtool call --udp, which meet on loopback.
 
 #include "support/gqtoolProgram.h"
+#include "support/plainSockets.h"
 
+#include <cstdlib>
 #include <ctime>
+#include <thread>
+#include <vector>
+
+#include <netinet/in.h>
+#include <sched.h>
+#include <sys/socket.h>
 
 TEST(GqtoolUdp, readsAndSetsTheState)
 {
@@ -80,4 +88,32 @@ TEST(GqtoolUdp, isNotServedUnlessAsked)
 {
     RunningStation station;
     EXPECT_EQ(run({"call", "--udp", "--timeout", "300", station.endpoint, "systemState"}).exitCode, 1);
+}
+
+// The system chooses among eight ports of TCP, six of which others have for UDP.
+TEST(GqtoolUdp, findsAPortThatIsFreeForBothTransports)
+{
+    bool isAllowed = false;
+    std::thread([&] { // in a network namespace
+        isAllowed = ::unshare(CLONE_NEWNET) == 0 &&
+                    std::system("ip link set lo up && "
+                                "echo 40000 40007 >/proc/sys/net/ipv4/ip_local_port_range") == 0;
+        if (!isAllowed)
+            return;
+        std::vector<Descriptor> others;
+        for (const uint16_t port : {40000, 40001, 40004, 40005, 40006, 40007}) {
+            others.emplace_back(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+            sockaddr_in address = {};
+            address.sin_family = AF_INET;
+            address.sin_port = htons(port);
+            EXPECT_EQ(::bind(others.back(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        }
+        for (int i = 0; i < 5; ++i) {
+            const int port = RunningStation({"--udp"}).port();
+            EXPECT_TRUE(port == 40002 || port == 40003) << port;
+        }
+    })
+        .join();
+    if (!isAllowed)
+        GTEST_SKIP() << "needs the right to make a network namespace, and the program ip";
 }

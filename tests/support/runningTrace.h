@@ -13,6 +13,7 @@
 #include <string>
 
 #include <arpa/inet.h>
+#include <poll.h>
 
 // A trace between the test's own client and station.
 class RunningTrace : public RunningProgram {
@@ -103,6 +104,8 @@ public:
                            reinterpret_cast<const sockaddr*>(&address), sizeof address),
                   bytes.size());
     }
+
+    bool isReadable(int ms) const { return becomes(descriptor, POLLIN, ms); }
 
     // The next datagram, and where it comes from.
     std::string take(int* fromPort = nullptr)

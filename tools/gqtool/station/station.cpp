@@ -15,6 +15,7 @@
 #include <utility>
 
 static const int retryMs = 100;           // until the next attempt to accept without a free descriptor, or to listen
+static const int mostFreePorts = 100;     // of TCP that are tried until one is free for UDP too
 static const int mostAccepted = 64;       // connections one after the other, before other links have their turn again
 static const size_t mostAddresses = 1000; // whose datagrams are being answered; those of others are lost
 static const long long mostWaiting = 16 << 20; // bytes of datagrams that wait until earlier ones are answered
@@ -32,11 +33,21 @@ Station::~Station()
 
 bool Station::bind(const QString& host, int port, bool withDatagrams)
 {
-    address = addressOf(host, port);
-    listener = openBound(SOCK_STREAM, address);
-    if (listener >= 0 && withDatagrams)
-        datagrams = openBound(SOCK_DGRAM, address);
-    return listener >= 0 && (!withDatagrams || datagrams >= 0) && listen(listener, SOMAXCONN) == 0;
+    for (int attempt = 0; attempt < mostFreePorts; ++attempt) {
+        address = addressOf(host, port);
+        listener = openBound(SOCK_STREAM, address);
+        if (listener < 0)
+            return false;
+        if (withDatagrams)
+            datagrams = openBound(SOCK_DGRAM, address);
+        if (!withDatagrams || datagrams >= 0)
+            return listen(listener, SOMAXCONN) == 0;
+        if (port != 0 || errno != EADDRINUSE)
+            return false;
+        close(listener);
+    }
+    listener = -1;
+    return false;
 }
 
 void Station::serve()
