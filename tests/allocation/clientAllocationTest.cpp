@@ -131,7 +131,7 @@ TEST(TcpClientAllocation, leavesALinkThatWorksOnceTheReplyIsRead)
 {
     for (const auto& request : requests<CTcpAPI>()) {
         const QByteArray frame = request.reply();
-        for (const int size : {frame.size(), (frame.size() + 1) / 2, 9}) {
+        for (const int size : {int(frame.size()), int(frame.size() + 1) / 2, 9}) {
             const testing::ScopedTrace trace(__FILE__, __LINE__, request.name);
             Received whole;
             failEachAllocation([&] {
@@ -218,7 +218,7 @@ TEST(FrameAllocation, leavesThePartOfTheFrameThatWasAssembled)
     for (const QString& name : names) {
         const testing::ScopedTrace trace(__FILE__, __LINE__, name.toStdString());
         const QByteArray bytes = goldenFile("frames/" + name.toStdString());
-        for (const int size : {bytes.size(), 1}) {
+        for (const int size : {int(bytes.size()), 1}) {
             const auto feed = [&](OpenUdpClient& client) {
                 bool complete = false;
                 for (const QByteArray& piece : pieces(bytes, size)) {
