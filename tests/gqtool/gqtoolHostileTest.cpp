@@ -172,6 +172,15 @@ TEST_P(GqtoolHostile, keepsNoMoreThanAMebibyteOfARequest)
     EXPECT_TRUE(target.hasItsDescriptorsBack());
 }
 
+TEST_P(GqtoolHostile, endsALinkAtARequestOfMoreThanAMebibyte)
+{
+    Target target(GetParam());
+    const HostilePeer peer(target.port);
+    peer.push("68 01001000 0000 00 00 06"_hex);
+    EXPECT_TRUE(peer.isClosed());
+    EXPECT_TRUE(target.hasItsDescriptorsBack());
+}
+
 // --- Rates --------------------------------------------------------------------------------------------------------
 
 TEST_P(GqtoolHostile, servesOthersWhilePeersFloodItAndNeverRead)
@@ -221,6 +230,9 @@ TEST_P(GqtoolHostile, reportsThousandsOfLinksOnceAndServesWhenTheyAreGone)
     {
         const std::list<HostilePeer> peers = peersOf(target.port, 2000);
         EXPECT_EQ(target.attacked().nextError(), "gqtool: cannot accept another client now: Too many open files");
+        const int busy = processorMs(target.attacked().pid());
+        std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+        EXPECT_LE(processorMs(target.attacked().pid()), busy + 50);
     }
     EXPECT_TRUE(target.serves());
     EXPECT_TRUE(target.hasItsDescriptorsBack());
@@ -249,6 +261,23 @@ TEST(GqtoolHostileUdp, theStationKeeps16MiBOfDatagramsThatWait)
 #ifndef __SANITIZE_ADDRESS__
     EXPECT_LE(memoryOf(station.pid()), before + 20000);
 #endif
+}
+
+// Each datagram sets the state to its number. The first one waits, and 1000 wait for it.
+TEST(GqtoolHostileUdp, theStationKeeps1000DatagramsOfAnAddress)
+{
+    ScriptedStation station("command 6 1 late 3000", {"--quiet"});
+    DatagramClient other(station);
+    DatagramClient hostile(station);
+    const auto state = [&] {
+        other.send(askState);
+        return other.next().substr(30, 11);
+    };
+    for (int i = 0; i < 1200; ++i) {
+        hostile.send("68 04000000 0000 00 00 06"_hex + char(i % 256) + char(i / 256) + "0000 0000 16"_hex);
+        ASSERT_EQ(state(), "01 00 00 00") << i; // all before it have been taken, none is answered
+    }
+    EXPECT_TRUE(comesTrue([&] { return state() == "e8 03 00 00"; })); // 1000
 }
 
 TEST(GqtoolHostileUdp, theStationAnswersUpTo1000AddressesAtATime)
@@ -307,6 +336,19 @@ TEST(GqtoolHostileUdp, servesOthersAmongRandomDatagrams)
     }
 }
 
+TEST(GqtoolHostileUdp, traceKeeps256Addresses)
+{
+    RunningStation station({"--udp", "--quiet"});
+    FiledTrace trace(station.endpoint, {"--udp"});
+    const int before = descriptorsOf(trace.pid());
+    std::list<DatagramSocket> clients(300);
+    for (DatagramSocket& client : clients) {
+        client.sendTo(trace.port, askState);
+        EXPECT_EQ(client.take().substr(0, 2), "68");
+    }
+    EXPECT_EQ(descriptorsOf(trace.pid()), before + 256);
+}
+
 // --- trace alone --------------------------------------------------------------------------------------------------
 
 // Passes 64 MiB of a frame that announces 2 GiB, and returns the growth of the trace's peak memory in kB.
@@ -351,4 +393,30 @@ TEST(GqtoolHostileTrace, records4MiBOfAPayload)
     QFile file(recording);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_TRUE(file.readAll().contains('"' + QByteArray("78").repeated(4 << 20) + '"'));
+}
+
+// Sends until nothing more is accepted for a while, or until 64 MiB are.
+static void fill(int descriptor)
+{
+    const QByteArray piece(1 << 16, 'x');
+    for (int i = 0; i < 1024 && becomes(descriptor, POLLOUT, 300); ++i)
+        ::send(descriptor, piece.constData(), size_t(piece.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
+}
+
+TEST(GqtoolHostileTrace, stopsReadingASideWhoseOtherSideDoesNotRead)
+{
+    for (const bool isOfClient : {true, false}) {
+        SCOPED_TRACE(isOfClient);
+        Listener server(5);
+        FiledTrace trace(QString("127.0.0.1:%1").arg(server.port()));
+        const Descriptor client = connected("127.0.0.1", trace.port);
+        const Descriptor sink = server.accept();
+        [[maybe_unused]] const int before = memoryOf(trace.pid());
+        give(isOfClient ? client : sink, hugeHeader);
+        fill(isOfClient ? client : sink);
+        EXPECT_FALSE(becomes(isOfClient ? client : sink, POLLOUT, 0));
+#ifndef __SANITIZE_ADDRESS__
+        EXPECT_LE(memoryOf(trace.pid()), before + 2000);
+#endif
+    }
 }

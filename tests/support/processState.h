@@ -11,6 +11,7 @@
 #include <thread>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 // What a process uses.
 
@@ -30,6 +31,15 @@ inline int memoryOf(pid_t process, const QByteArray& name = "VmRSS")
             return line.mid(name.size() + 1).replace("kB", "").trimmed().toInt();
     }
     return 0;
+}
+
+// The processor time that it has used.
+inline int processorMs(pid_t process)
+{
+    QFile file(QString("/proc/%1/stat").arg(process));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    const QList<QByteArray> fields = file.readAll().split(')').last().simplified().split(' '); // from the third on
+    return int((fields.value(11).toLong() + fields.value(12).toLong()) * 1000 / ::sysconf(_SC_CLK_TCK));
 }
 
 inline void limitDescriptors(pid_t process, rlim_t most)
