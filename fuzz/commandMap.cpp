@@ -15,7 +15,7 @@ static QByteArray lineOf(const MappedCommand& command)
     return QString("%1 %2 %3 %4\n").arg(command.number).arg(command.name, command.request, reply).toUtf8();
 }
 
-static int lineOf(const QString& error)
+static int lineNumberIn(const QString& error)
 {
     return error.section(':', 0, 0).section(' ', 1).toInt(); // "line 3: ..."
 }
@@ -41,7 +41,7 @@ static void readText(Reading& reading)
     }
     if (errors.isEmpty())
         return;
-    reading.result = lineOf(errors[0]);
+    reading.result = lineNumberIn(errors[0]);
     require(reading.result >= 1 && reading.result <= text.count('\n') + 1, "the line of an error must exist");
     CommandMap before;
     const QByteArray linesBefore = text.split('\n').mid(0, reading.result - 1).join('\n');
@@ -81,7 +81,7 @@ static void readLines(Reading& reading)
     }
     CommandMap map;
     const QStringList errors = map.add(text);
-    require((errors.isEmpty() ? 0 : lineOf(errors[0])) == wrongLine, "the first wrong line must be reported");
+    require((errors.isEmpty() ? 0 : lineNumberIn(errors[0])) == wrongLine, "the first wrong line must be reported");
     reading.result = static_cast<int>(map.all().size());
     require(reading.result == goodLines, "every good line must be read");
 }

@@ -27,16 +27,16 @@ public:
 };
 
 // A frame in a stream. A size of 0 means that the stream does not contain all of it.
-struct Frame {
+struct FrameInStream {
     int begin;
     int size;
     int announced; // by its length field, in 32 bits: wraps near either end of the field's range
 };
 
-static Frame frameBehind(const Reading& stream, int from)
+static FrameInStream frameBehind(const Reading& stream, int from)
 {
     const char* start = std::find(stream.buf + from, stream.buf + stream.size, CSocketAPI::frameStart);
-    Frame frame = {static_cast<int>(start - stream.buf), 0, 0};
+    FrameInStream frame = {static_cast<int>(start - stream.buf), 0, 0};
     const int left = stream.size - frame.begin;
     if (left < CSocketAPI::headerSize)
         return frame;
@@ -55,7 +55,7 @@ struct Client {
     std::function<bool(int& len)> isRecvOk;
 };
 
-static void requireFrame(const Reading& stream, const Frame& expected, const Client& client)
+static void requireFrame(const Reading& stream, const FrameInStream& expected, const Client& client)
 {
     require(expected.size > 0, "found a frame, must find none");
     require(client.frame == QByteArray::fromRawData(stream.buf + expected.begin, expected.size),
@@ -75,7 +75,7 @@ static void feed(const Reading& stream, const Client& client, const std::functio
 {
     client.frame.resize(0);
     client.frameSize = 0;
-    Frame expected = frameBehind(stream, 0);
+    FrameInStream expected = frameBehind(stream, 0);
     for (int at = 0; at < stream.size;) {
         const int size = std::min(pieceSize(), stream.size - at);
         int pos = 0;
@@ -263,7 +263,7 @@ public:
     int receive(QByteArray& payload)
     {
         QByteArray stream;
-        Frame frame = {0, 0, 0};
+        FrameInStream frame = {0, 0, 0};
         while (frame.size == 0) {
             if (next == reads.size())
                 return -1;

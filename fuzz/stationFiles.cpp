@@ -80,56 +80,67 @@ static void readScript(Reading& reading)
     }
 }
 
+enum class Subject { greeting, reply, command };
+
+enum class Selector { every, everyNth, number, range };
+
+enum class Fault { late, split, pieces, together, wrongEnd, silent, closeAfter, error, down, none };
+
+static const struct {
+    const char* name;
+    bool takesValue;
+} faultWords[] = {
+    {"late", true},    {"split", true},       {"pieces", true}, {"together", false}, {"wrong-end", false},
+    {"silent", false}, {"close-after", true}, {"error", true},  {"down", true},      {"none", false},
+};
+
 struct ExpectedStep {
-    int subject; // 0 greeting, 1 reply, 2 command
+    Subject subject;
     int command;
     int first;
     int last;
     int step;
-    int fault;
+    Fault fault;
     int value;
 
-    bool applies(int atSubject, int atCommand, int number) const
+    bool applies(Subject atSubject, int atCommand, int number) const
     {
-        return subject == atSubject && (subject != 2 || command == atCommand) && number >= first && number <= last &&
-               number % step == 0;
+        return subject == atSubject && (subject != Subject::command || command == atCommand) && number >= first &&
+               number <= last && number % step == 0;
     }
 };
-
-static const char* const faultNames[] = {"late",   "split",       "pieces", "together", "wrong-end",
-                                         "silent", "close-after", "error",  "down",     "none"};
 
 static void apply(const ExpectedStep& step, SendFaults& faults)
 {
     switch (step.fault) {
-    case 0:
+    case Fault::late:
         faults.lateMs = step.value;
         break;
-    case 1:
+    case Fault::split:
         faults.splitAfter = step.value;
         break;
-    case 2:
+    case Fault::pieces:
         faults.pieceSize = step.value;
         break;
-    case 3:
+    case Fault::together:
         faults.together = true;
         break;
-    case 4:
+    case Fault::wrongEnd:
         faults.wrongEnd = true;
         break;
-    case 5:
+    case Fault::silent:
         faults.silent = true;
         break;
-    case 6:
+    case Fault::closeAfter:
         faults.closeAfter = step.value;
         break;
-    case 7:
+    case Fault::error:
         faults.error = step.value;
         break;
-    case 8:
+    case Fault::down:
         faults.downMs = step.value;
         break;
-    default:
+    case Fault::none:
         faults = SendFaults();
     }
 }
@@ -144,28 +155,37 @@ static bool areSame(const SendFaults& one, const SendFaults& other)
 // Makes a line of the next bytes, and what it means.
 static ExpectedStep takeStep(InputBytes& input, QByteArray& text)
 {
-    ExpectedStep step = {input.number(3), input.number(3), 1, INT_MAX, 1, 0, 0};
-    text += QByteArray(step.subject == 0 ? " greeting\t" : step.subject == 1 ? "reply " : "command ");
-    if (step.subject == 2)
+    static const char* const subjects[] = {" greeting\t", "reply ", "command "};
+    ExpectedStep step = {Subject(input.number(3)), input.number(3), 1, INT_MAX, 1, Fault::none, 0};
+    text += subjects[static_cast<int>(step.subject)];
+    if (step.subject == Subject::command)
         text += "0x" + QByteArray::number(step.command, 16) + "  ";
-    const int selector = input.number(4);
+    const auto selector = Selector(input.number(4));
     const int number = input.number(9) + 1;
     const int more = input.number(9);
-    if (selector == 0) {
+    if (selector == Selector::every) {
         text += "every";
-    } else if (selector == 1) {
+    } else if (selector == Selector::everyNth) {
         step.step = number;
         text += "every/" + QByteArray::number(number);
     } else {
         step.first = number;
-        step.last = selector == 2 ? number : number + more;
-        text += QByteArray::number(number) + (selector == 2 ? QByteArray() : '-' + QByteArray::number(step.last));
+        step.last = selector == Selector::number ? number : number + more;
+        text += QByteArray::number(number);
+        if (selector == Selector::range)
+            text += '-' + QByteArray::number(step.last);
     }
-    step.fault = input.number(10);
-    step.value = input.number() + (step.fault == 1 || step.fault == 8 ? 1 : 0) - (step.fault == 7 ? 128 : 0);
-    text += ' ' + QByteArray(faultNames[step.fault]);
-    const bool takesValue = (step.fault < 3) || (step.fault >= 6 && step.fault <= 8);
-    text += (takesValue ? ' ' + QByteArray::number(step.value) : QByteArray()) + (more < 4 ? " # late 5\r\n" : "\n\n");
+    step.fault = Fault(input.number(10));
+    step.value = input.number();
+    if (step.fault == Fault::split || step.fault == Fault::down)
+        step.value += 1; // at least 1
+    if (step.fault == Fault::error)
+        step.value -= 128;
+    const auto& word = faultWords[static_cast<int>(step.fault)];
+    text += ' ' + QByteArray(word.name);
+    if (word.takesValue)
+        text += ' ' + QByteArray::number(step.value);
+    text += more < 4 ? " # late 5\r\n" : "\n\n";
     return step;
 }
 
@@ -183,13 +203,13 @@ static void readGoodScript(Reading& reading)
     int replies[3] = {};
     for (int i = 1; i <= 20; ++i) {
         const int command = i % 3;
-        const int ofCommand = ++replies[command];
+        const int numberOfCommand = ++replies[command];
         SendFaults greeting;
         SendFaults reply;
         for (const ExpectedStep& step : steps) {
-            if (step.applies(0, command, i))
+            if (step.applies(Subject::greeting, command, i))
                 apply(step, greeting);
-            if (step.applies(1, command, i) || step.applies(2, command, ofCommand))
+            if (step.applies(Subject::reply, command, i) || step.applies(Subject::command, command, numberOfCommand))
                 apply(step, reply);
         }
         int number = 0;

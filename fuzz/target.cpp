@@ -17,7 +17,7 @@ std::vector<Target> allTargets()
     for (const std::vector<Target>& family :
          {byte2ValTargets, byte2RdbDefinitionTargets, byte2RdbValueTargets, byte2RdbQueryTargets, byte2RdbObjectTargets,
           byte2RdbWaveTargets, byte2FepTargets, frameTargets, gqToolsTargets, hexReaderTargets, commandMapTargets,
-          decodeTargets, encodeTargets, packetTargets, peerTargets, stationFileTargets})
+          decodeTargets, documentEncoderTargets, packetPayloadTargets, peerTargets, stationFileTargets})
         all.insert(all.end(), family.begin(), family.end());
     return all;
 }
@@ -95,11 +95,9 @@ static QByteArray withoutAhead(const Target& target, const Reading& reading)
                               : reading.left.mid(4 + static_cast<int>(reading.ahead) * shortestSize(target.layout));
 }
 
-static void checkNothing(const Layout&, const Reading&) {} // checked while reading
-
 Target toolTarget(const char* name, void (*read)(Reading& reading))
 {
-    return {name, read, checkNothing, {}, true};
+    return {name, read, nullptr, {}, true};
 }
 
 void runTarget(const Target& target, const char* data, int size)

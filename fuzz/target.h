@@ -31,7 +31,7 @@ const int tooMuch = 1 << 30;
 struct Target {
     const char* name;
     void (*read)(Reading& reading);
-    void (*check)(const Layout& layout, const Reading& reading);
+    void (*check)(const Layout& layout, const Reading& reading); // not for gqtool's readers
     Layout layout;
     bool isOfTool = false; // copies its input, so that what follows it cannot matter
 };
@@ -52,8 +52,8 @@ extern const std::vector<Target> gqToolsTargets;
 extern const std::vector<Target> hexReaderTargets;
 extern const std::vector<Target> commandMapTargets;
 extern const std::vector<Target> decodeTargets;
-extern const std::vector<Target> encodeTargets;
-extern const std::vector<Target> packetTargets;
+extern const std::vector<Target> documentEncoderTargets;
+extern const std::vector<Target> packetPayloadTargets;
 extern const std::vector<Target> peerTargets;
 extern const std::vector<Target> stationFileTargets;
 

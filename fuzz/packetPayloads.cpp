@@ -4,16 +4,16 @@
 
 // Payloads of the packets in a dump.
 
-struct Payload {
+struct ExtractedPayload {
     QByteArray bytes;
     QString error;
 };
 
-static Payload payloadOf(const QByteArray& packet, bool isKnown, int pieceSize)
+static ExtractedPayload payloadOf(const QByteArray& packet, bool isKnown, int pieceSize)
 {
     PacketPayloads packets;
     packets.begin(isKnown);
-    Payload payload;
+    ExtractedPayload payload;
     for (int pos = 0; pos < packet.size(); pos += pieceSize) {
         if (!packets.add(packet.mid(pos, pieceSize), payload.bytes))
             return {payload.bytes, packets.error()};
@@ -29,8 +29,8 @@ static void readAny(Reading& reading)
     const bool isKnown = input.number(2) == 0;
     const int pieceSize = input.number() + 1;
     const QByteArray packet = input.rest();
-    const Payload whole = payloadOf(packet, isKnown, std::max<int>(packet.size(), 1));
-    const Payload pieces = payloadOf(packet, isKnown, pieceSize);
+    const ExtractedPayload whole = payloadOf(packet, isKnown, std::max<int>(packet.size(), 1));
+    const ExtractedPayload pieces = payloadOf(packet, isKnown, pieceSize);
     require(pieces.error == whole.error && pieces.bytes == whole.bytes, "the pieces of a packet must not matter");
     require(isKnown || whole.error.isEmpty(), "bytes that are no packet must pass");
     require(packet.contains(whole.bytes), "the payload must be bytes of the packet");
@@ -88,7 +88,7 @@ static void readMade(Reading& reading)
     else
         packet.chop(1);
 
-    const Payload payload = payloadOf(packet, isKnown, pieceSize);
+    const ExtractedPayload payload = payloadOf(packet, isKnown, pieceSize);
     const bool isFaulty = fragment == 0x2000 || missing > 0;
     require(payload.error.isEmpty() != (isFaulty && isKnown), "exactly a fragment and a cut packet must be errors");
     const QByteArray expected = !isFaulty ? content : isKnown ? QByteArray() : packet;
@@ -97,7 +97,7 @@ static void readMade(Reading& reading)
              expected.toHex(' ').toStdString());
 }
 
-const std::vector<Target> packetTargets = {
+const std::vector<Target> packetPayloadTargets = {
     toolTarget("packetBytes", readAny),
     toolTarget("packetPayload", readMade),
 };

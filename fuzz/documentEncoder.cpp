@@ -98,6 +98,6 @@ static void readText(Reading& reading)
     requireDecodedAgain(document, encoded.bytes);
 }
 
-const std::vector<Target> encodeTargets = {
+const std::vector<Target> documentEncoderTargets = {
     toolTarget("encodeText", readText),
 };
