@@ -100,7 +100,7 @@ protected:
         Client::addHeader(request.command, request.arg1, request.arg2, frame);
         frame += request.payload;
         Client::addEnd(frame);
-        const Frame sent = frameOf(frame);
+        const Frame sent = firstFrame(frame);
         errno = 0;
         if (Client::sendDatas(frame) != 1) {
             failToSend(reply);
@@ -118,6 +118,12 @@ protected:
 
     // Receives until recvFrame is complete. Returns false with the failure in `reply`.
     virtual bool receiveFrame(CallReply& reply) = 0;
+
+    void dropFrame()
+    {
+        Client::recvFrame.clear();
+        Client::recvFrameSize = 0;
+    }
 
     // Adds how much of a frame has arrived to the reason why no more of it does. `came` counts the bytes since the
     // previous frame.
@@ -151,8 +157,7 @@ private:
         const bool isOk = Client::isRecvOk(length);
         FrameStream stream;
         const std::vector<StreamItem> items = stream.feed(Client::recvFrame);
-        Client::recvFrame.clear();
-        Client::recvFrameSize = 0;
+        dropFrame();
         if (!isOk || items.empty() || items[0].kind != StreamItem::frame) {
             reply.fail(0, LinkCause::badFrame, badFrameText(items));
             return;
@@ -163,7 +168,7 @@ private:
         if (frame.command == CSocketAPI::errorCommand)
             takeError(frame, reply);
         else
-            takePayload(request, frame, isRepeated(frame, sent), reply);
+            takePayload(request, frame, sent, reply);
         if (!reply.isGood() || !reply.warning.isEmpty())
             return;
         reply.warning = isEcho(frame, sent) ? echoText() : mismatchText(frame, sent, lastSequence);
@@ -179,10 +184,10 @@ private:
                        Text::tr("the server's own code, from an error frame"));
     }
 
-    void takePayload(const CallRequest& request, const Frame& frame, bool isRequest, CallReply& reply)
+    void takePayload(const CallRequest& request, const Frame& frame, const Frame& sent, CallReply& reply)
     {
         const int result = parse(request.form, frame.payload, reply);
-        if (result != 1 && isRequest)
+        if (result != 1 && isRepeated(frame, sent))
             reply.fail(result, LinkCause::foreign, echoText());
         else if (result != 1)
             reply.failForm(result, formFault(formName(request.form), frame.payload));
@@ -270,11 +275,6 @@ protected:
     }
 
 private:
-    static void takeGreeting(const ByteVerdict& verdict, CallReply& reply)
-    {
-        reply.fail(verdict.cause == LinkCause::errorFrame ? verdict.value : 0, verdict.cause, verdict.detail);
-    }
-
     void failAtEnd(int count, long long came, CallReply& reply) const
     {
         const bool isClosed = count < 0;
@@ -297,20 +297,19 @@ private:
             isWhole = recvData(recvBuffer, count, pos);
         }
         const ByteVerdict verdict = judgeBytes(isWhole ? recvFrame : received, AwaitedBytes::greeting);
-        recvFrame.clear();
-        recvFrameSize = 0;
+        dropFrame();
         lastSequence = verdict.frame ? verdict.frame->sequence : -1;
-        const bool isClosed = count < 0;
-        if (received.isEmpty())
-            reply.fail(0, isClosed ? LinkCause::closed : LinkCause::silent,
-                       isClosed ? Text::tr("the server closed before its greeting") : Text::tr("no greeting in time"));
-        else if (verdict.cause != LinkCause::healthy)
-            takeGreeting(verdict, reply);
-        // The library's client takes an error frame with such a code for a greeting.
-        const bool isConsent = verdict.cause == LinkCause::errorFrame && verdict.value > 1;
-        if (isConsent)
-            reply = CallReply();
-        return isConsent || verdict.cause == LinkCause::healthy;
+        const bool isError = verdict.cause == LinkCause::errorFrame;
+        // The library's client takes an error frame with a code above 1 for a greeting.
+        if (verdict.cause == LinkCause::healthy || (isError && verdict.value > 1))
+            return true;
+        if (!received.isEmpty())
+            reply.fail(isError ? verdict.value : 0, verdict.cause, verdict.detail);
+        else if (count < 0)
+            reply.fail(0, LinkCause::closed, Text::tr("the server closed before its greeting"));
+        else
+            reply.fail(0, LinkCause::silent, Text::tr("no greeting in time"));
+        return false;
     }
 };
 
@@ -324,8 +323,7 @@ protected:
     bool makeReady(CallReply& reply) override
     {
         lastSequence = -1;
-        recvFrame.clear();
-        recvFrameSize = 0;
+        dropFrame();
         if (ready() == 1)
             return true;
         failWithError(reply, -1, errno);

@@ -106,3 +106,10 @@ std::vector<StreamItem> FrameStream::end()
     offset = 0;
     return std::exchange(items, {});
 }
+
+Frame firstFrame(const QByteArray& bytes)
+{
+    FrameStream stream;
+    const std::vector<StreamItem> items = stream.feed(bytes);
+    return items.empty() ? Frame() : items[0].content;
+}

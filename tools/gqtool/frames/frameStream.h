@@ -67,3 +67,6 @@ private:
     QByteArray header;    // the bytes of an incomplete header
     std::vector<StreamItem> items;
 };
+
+// Reads the frame at the start of `bytes`, which must be whole.
+Frame firstFrame(const QByteArray& bytes);

@@ -6,13 +6,6 @@
 
 using gqdb::CSocketAPI;
 
-Frame frameOf(const QByteArray& bytes)
-{
-    FrameStream stream;
-    const std::vector<StreamItem> items = stream.feed(bytes);
-    return items.empty() ? Frame() : items[0].content;
-}
-
 bool isSequenceOfReply(const Frame& reply, const Frame& request, int lastSequence)
 {
     const bool isCounted = lastSequence >= 0 && reply.sequence == ((lastSequence + 1) & 0xFFFF);

@@ -3,9 +3,6 @@
 #include "frameStream.h"
 #include "shared/text.h"
 
-// Reads a frame that was built here.
-Frame frameOf(const QByteArray& bytes);
-
 // Returns true if the sequence of a reply belongs to the request. Servers return the sequence of the request, return 0,
 // or count their own frames: `lastSequence` is that of the server's previous frame, or -1 if there is none.
 bool isSequenceOfReply(const Frame& reply, const Frame& request, int lastSequence);

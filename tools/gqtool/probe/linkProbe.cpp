@@ -162,7 +162,7 @@ bool LinkProbe::send(unsigned char command)
     sequence += sequenceStep;
     CSocketAPI::int2Byte(static_cast<int>(QDateTime::currentSecsSinceEpoch()), frame);
     options.isUdp ? CUdpAPI::addEnd(frame) : CSocketAPI::addEnd(frame);
-    request = frameOf(frame);
+    request = firstFrame(frame);
     if (::send(descriptor, frame.constData(), static_cast<size_t>(frame.size()), MSG_NOSIGNAL) == frame.size())
         return true;
     return failWithError(Text::tr("cannot send the request"), errno);
