@@ -5,6 +5,7 @@
 #include "decode/decodeJson.h"
 #include "decode/decodeTable.h"
 #include "encodingOption.h"
+#include "errorList.h"
 #include "gqtool/frames/frameCodec.h"
 #include "gqtool/records/recordDecoding.h"
 #include "gqtool/records/textEncoding.h"
@@ -98,20 +99,90 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
     return isPrinted && decoding.faults.listed().empty() ? exitGood : exitFailed;
 }
 
-// ------------------------------------------------------------------------------------------------------------------
+// --- Options ------------------------------------------------------------------------------------------------------
 
-static const char* const description = QT_TRANSLATE_NOOP(
-    "Text",
-    "Prints the fields of a record, list, wave or frames, and the result of the library's own reader. Errors are\n"
-    "listed with their byte offset, after the fields that could be read; the exit code is then 1. Lists and frames\n"
-    "are printed while their bytes arrive, so they can be of any length.\n"
-    "\n"
-    "  gqtool decode --as boolData 01 10270000 fa000000 02\n"
-    "  gqtool decode --as floatRealDatas --file values.hex --json\n"
-    "  gqtool decode --as floatRealDatas --raw --file values.bin --csv values.csv\n"
-    "  gqtool decode --as frames --payload ints 68 08000000 0700 00 00 20 01000000 64000000 0000 16\n"
-    "\n"
-    "%1");
+static const QStringList payloadKinds = {"int", "ints", "bytes", "strings"};
+
+struct DecodeOptions {
+    explicit DecodeOptions(CommandLine& line);
+
+    bool isFrames() const { return as.text() == "frames"; }
+
+    // Returns what is wrong with the options, of which `form` is that of --as or null; empty if nothing is.
+    QString mistake(const Form* form) const;
+
+    Option as;
+    Option json;
+    Option list;
+    Option udp;
+    Option request;
+    Option payload;
+    Option map;
+    Option csv;
+    Option fields;
+    Option library;
+    Option maxErrors;
+    Option command;
+    Option maxPayload;
+    EncodingOption encoding;
+    Input input;
+};
+
+DecodeOptions::DecodeOptions(CommandLine& line)
+    : as(line.text("as", Text::tr("decode the bytes as FORM, one of the forms above"), "FORM")),
+      json(line.flag("json", Text::tr("print a JSON object, which gqtool encode accepts; with --list one per form"))),
+      list(line.flag("list", Text::tr("print the forms and exit"))),
+      udp(line.flag("udp", Text::tr("decode frames as datagrams, not as a TCP stream"))),
+      request(line.flag("request", Text::tr("decode frames as requests of a client, not as replies"))),
+      payload(line.text(
+          "payload",
+          Text::tr("decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings"),
+          "KIND")),
+      map(line.text("map", Text::tr("show commands and payloads of frames by the map of commands in FILE"), "FILE")),
+      csv(line.text(
+          "csv",
+          Text::tr("write a list as a table to FILE, field names in its first line; - means standard output; of "
+                   "frames, the lists in the replies to --command"),
+          "FILE")),
+      fields(line.flag("fields", Text::tr("with --json, print the fields even if the input exceeds 1 MiB"))),
+      library(
+          line.flag("library",
+                    Text::tr("call the library's reader even if the input exceeds 1 MiB; takes memory for all of it"))),
+      maxErrors(line.integer("max-errors", Text::tr("list at most N errors, and leave out what follows them"), "N", 1,
+                             INT_MAX, FaultList::usualLimit)),
+      command(line.text(
+          "command",
+          Text::tr("with --csv and frames, write the records of replies to COMMAND, a name or number of the map"),
+          "COMMAND")),
+      maxPayload(line.integer(
+          "max-payload", Text::tr("decode frames with payloads of up to BYTES (default: 4194304), which takes memory"),
+          "BYTES", 1, FrameSource::mostPayload, FrameSource::usualPayload)),
+      encoding(line), input(line)
+{
+    csv.excludes(json);
+    command.needs(csv);
+}
+
+QString DecodeOptions::mistake(const Form* form) const
+{
+    if (!as.isSet())
+        return Text::tr("--as FORM is required; --list prints the forms");
+    if (payload.isSet() && !payloadKinds.contains(payload.text()))
+        return Text::tr("--payload must be one of %1, got '%2'").arg(listText(payloadKinds), payload.text()) +
+               didYouMean(closestName(payload.text(), payloadKinds));
+    if (!isFrames() && (udp.isSet() || request.isSet() || payload.isSet() || map.isSet() || maxPayload.isSet()))
+        return Text::tr("--udp, --request, --payload, --map and --max-payload require --as frames");
+    if (form == nullptr && !isFrames())
+        return Text::tr("--as must be a form of --list, got '%1'").arg(as.text()) +
+               didYouMean(closestName(as.text(), formNames() + QStringList{"frames"}));
+    if (isFrames() && csv.isSet() && (!map.isSet() || !command.isSet() || request.isSet()))
+        return Text::tr("with --as frames, --csv requires --map FILE and --command COMMAND, and no --request");
+    if (!isFrames() && command.isSet())
+        return Text::tr("--command requires --as frames");
+    if (!isFrames() && csv.isSet() && !isList(*form))
+        return Text::tr("--csv requires a list, and --as %1 is none").arg(as.text());
+    return {};
+}
 
 // Finds the command of the map whose replies --csv writes. Returns null and prints the error if there is none.
 static const MappedCommand* findTable(const CommandMap& commands, const QString& word)
@@ -133,97 +204,70 @@ static const MappedCommand* findTable(const CommandMap& commands, const QString&
     return nullptr;
 }
 
+static std::unique_ptr<DecodeOutput> makeOutput(const DecodeOptions& options, const Form* form,
+                                                const FrameSource& source, const ByteWindow& bytes, OutputFile& csvFile)
+{
+    if (options.csv.isSet())
+        return std::make_unique<DecodeCsv>(form == nullptr ? *source.table->records : *form, bytes,
+                                           options.input.source(), csvFile);
+    if (options.json.isSet())
+        return std::make_unique<DecodeJson>(options.as.text(), form == nullptr ? &source : nullptr, bytes,
+                                            DecodeJson::Members{options.fields.isSet(), options.library.isSet()});
+    return std::make_unique<DecodeTable>(bytes);
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
+static const char* const description = QT_TRANSLATE_NOOP(
+    "Text",
+    "Prints the fields of a record, list, wave or frames, and the result of the library's own reader. Errors are\n"
+    "listed with their byte offset, after the fields that could be read; the exit code is then 1. Lists and frames\n"
+    "are printed while their bytes arrive, so they can be of any length.\n"
+    "\n"
+    "  gqtool decode --as boolData 01 10270000 fa000000 02\n"
+    "  gqtool decode --as floatRealDatas --file values.hex --json\n"
+    "  gqtool decode --as floatRealDatas --raw --file values.bin --csv values.csv\n"
+    "  gqtool decode --as frames --payload ints 68 08000000 0700 00 00 20 01000000 64000000 0000 16\n"
+    "\n"
+    "%1");
+
 int runDecode(const QStringList& arguments)
 {
     CommandLine line(Text::tr(description).arg(formsText()));
-    const Option as = line.text("as", Text::tr("decode the bytes as FORM, one of the forms above"), "FORM");
-    const Option json =
-        line.flag("json", Text::tr("print a JSON object, which gqtool encode accepts; with --list one per form"));
-    const Option list = line.flag("list", Text::tr("print the forms and exit"));
-    const Option udp = line.flag("udp", Text::tr("decode frames as datagrams, not as a TCP stream"));
-    const Option request = line.flag("request", Text::tr("decode frames as requests of a client, not as replies"));
-    const Option payload = line.text(
-        "payload",
-        Text::tr("decode payloads of other than the ready-made commands as KIND: int, ints, bytes or strings"), "KIND");
-    const Option map =
-        line.text("map", Text::tr("show commands and payloads of frames by the map of commands in FILE"), "FILE");
-    const Option csv = line.text(
-        "csv",
-        Text::tr("write a list as a table to FILE, field names in its first line; - means standard output; of "
-                 "frames, the lists in the replies to --command"),
-        "FILE");
-    const Option fields =
-        line.flag("fields", Text::tr("with --json, print the fields even if the input exceeds 1 MiB"));
-    const Option library = line.flag(
-        "library", Text::tr("call the library's reader even if the input exceeds 1 MiB; takes memory for all of it"));
-    const Option maxErrors =
-        line.integer("max-errors", Text::tr("list at most N errors, and leave out what follows them"), "N", 1, INT_MAX,
-                     FaultList::usualLimit);
-    const Option command = line.text(
-        "command",
-        Text::tr("with --csv and frames, write the records of replies to COMMAND, a name or number of the map"),
-        "COMMAND");
-    const Option maxPayload = line.integer(
-        "max-payload", Text::tr("decode frames with payloads of up to BYTES (default: 4194304), which takes memory"),
-        "BYTES", 1, FrameSource::mostPayload, FrameSource::usualPayload);
-    csv.excludes(json);
-    command.needs(csv);
-    const EncodingOption encoding(line);
-    const Input input(line);
+    const DecodeOptions options(line);
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
-    if (list.isSet()) {
-        json.isSet() ? printFormsAsJson() : printLine(formsText());
+    if (options.list.isSet()) {
+        options.json.isSet() ? printFormsAsJson() : printLine(formsText());
         return exitGood;
     }
-    if (!as.isSet())
-        return usageError(Text::tr("--as FORM is required; --list prints the forms"));
-    const Form* form = findForm(as.text());
-    const bool isFrames = as.text() == "frames";
-    CommandMap commands;
-    FrameSource source{udp.isSet(), request.isSet(), payload.text(), map.isSet() ? &commands : nullptr,
-                       maxPayload.number()};
-    const QStringList kinds = {"int", "ints", "bytes", "strings"};
-    if (payload.isSet() && !kinds.contains(source.form))
-        return usageError(Text::tr("--payload must be one of %1, got '%2'").arg(listText(kinds), source.form) +
-                          didYouMean(closestName(source.form, kinds)));
-    if (!isFrames && (source.isUdp || source.isRequest || payload.isSet() || map.isSet() || maxPayload.isSet()))
-        return usageError(Text::tr("--udp, --request, --payload, --map and --max-payload require --as frames"));
-    if (form == nullptr && !isFrames)
-        return usageError(Text::tr("--as must be a form of --list, got '%1'").arg(as.text()) +
-                          didYouMean(closestName(as.text(), formNames() + QStringList{"frames"})));
-    if (isFrames && csv.isSet() && (!map.isSet() || !command.isSet() || request.isSet()))
-        return usageError(
-            Text::tr("with --as frames, --csv requires --map FILE and --command COMMAND, and no --request"));
-    if (!isFrames && command.isSet())
-        return usageError(Text::tr("--command requires --as frames"));
-    if (!isFrames && csv.isSet() && !isList(*form))
-        return usageError(Text::tr("--csv requires a list, and --as %1 is none").arg(as.text()));
-    if (!encoding.apply())
+    const Form* form = findForm(options.as.text());
+    const QString mistake = options.mistake(form);
+    if (!mistake.isEmpty())
+        return usageError(mistake);
+    if (!options.encoding.apply())
         return exitUsage;
-    if (map.isSet() && !commands.read(map.text()))
+    CommandMap commands;
+    FrameSource source{options.udp.isSet(), options.request.isSet(), options.payload.text(),
+                       options.map.isSet() ? &commands : nullptr, options.maxPayload.number()};
+    if (options.map.isSet() && !commands.read(options.map.text()))
         return exitFailed;
-    if (command.isSet()) {
-        source.table = findTable(commands, command.text());
+    if (options.command.isSet()) {
+        source.table = findTable(commands, options.command.text());
         if (source.table == nullptr)
             return exitUsage;
     }
-    const std::unique_ptr<ByteSource> opened = input.open(isFrames ? HexReader::payloads : HexReader::everyByte);
+    const std::unique_ptr<ByteSource> opened =
+        options.input.open(options.isFrames() ? HexReader::payloads : HexReader::everyByte);
     if (opened == nullptr)
         return exitUsage;
 
-    ByteWindow bytes(*opened, library.isSet());
-    OutputFile csvFile(csv.text());
-    std::unique_ptr<DecodeOutput> output;
-    if (csv.isSet())
-        output = std::make_unique<DecodeCsv>(isFrames ? *source.table->records : *form, bytes, input.source(), csvFile);
-    else if (json.isSet())
-        output = std::make_unique<DecodeJson>(as.text(), isFrames ? &source : nullptr, bytes,
-                                              DecodeJson::Members{fields.isSet(), library.isSet()});
-    else
-        output = std::make_unique<DecodeTable>(bytes);
-    if (csv.isSet() && !csvFile.open())
+    ByteWindow bytes(*opened, options.library.isSet());
+    OutputFile csvFile(options.csv.text());
+    if (options.csv.isSet() && !csvFile.open())
         return exitFailed;
-    return decode({form, source, static_cast<size_t>(maxErrors.number()), input.source()}, *opened, bytes, *output);
+    const std::unique_ptr<DecodeOutput> output = makeOutput(options, form, source, bytes, csvFile);
+    return decode({form, source, static_cast<size_t>(options.maxErrors.number()), options.input.source()}, *opened,
+                  bytes, *output);
 }

@@ -2,6 +2,7 @@
 #include "commandLine.h"
 #include "encode/documentEncoder.h"
 #include "encodingOption.h"
+#include "errorList.h"
 #include "gqtool/records/decoding.h"
 #include "input.h"
 #include "shared/console.h"

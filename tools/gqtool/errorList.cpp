@@ -12,3 +12,10 @@ void printErrors(const QStringList& errors)
     if (others > 0)
         printError((others == 1 ? Text::tr("%1 more error") : Text::tr("%1 more errors")).arg(others));
 }
+
+QString moreErrorsText(long long count)
+{
+    return (count == 1 ? Text::tr("%1 more error; --max-errors N lists N")
+                       : Text::tr("%1 more errors; --max-errors N lists N"))
+        .arg(count);
+}

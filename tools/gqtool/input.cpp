@@ -13,13 +13,6 @@ QString progressText(const ByteSource& source)
                               : Text::tr("%1 bytes read").arg(source.done());
 }
 
-QString moreErrorsText(long long count)
-{
-    return (count == 1 ? Text::tr("%1 more error; --max-errors N lists N")
-                       : Text::tr("%1 more errors; --max-errors N lists N"))
-        .arg(count);
-}
-
 // --- Sources ------------------------------------------------------------------------------------------------------
 
 // Says how to convert a capture file; empty for any other file.

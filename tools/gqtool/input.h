@@ -12,9 +12,6 @@
 // "65536 bytes read, of 100000000", for the progress.
 QString progressText(const ByteSource& source);
 
-// The line that follows the listed errors if there are more than --max-errors.
-QString moreErrorsText(long long count);
-
 // The bytes that a sub-command works on: hex text or a hex dump on the command line, in a file or on standard input, or
 // the raw bytes of a file or of standard input.
 class Input {

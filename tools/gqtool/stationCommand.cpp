@@ -63,6 +63,51 @@ private:
     Option closes;
 };
 
+struct StationOptions {
+    explicit StationOptions(CommandLine& line);
+
+    Option address;
+    Option port;
+    Option udp;
+    Option greeting;
+    Option gap;
+    FaultOptions everyFault;
+    Option commands;
+    Option replay;
+    Option asTimed;
+    Option script;
+    Option seed;
+    Option json;
+    Option quiet;
+    Option logFile;
+};
+
+StationOptions::StationOptions(CommandLine& line)
+    : address(line.text("address", Text::tr("listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)"),
+                        "ADDRESS", "127.0.0.1")),
+      port(line.integer("port", Text::tr("listen on PORT (default: 0, a free port)"), "PORT", 0, 65535)),
+      udp(line.flag("udp", Text::tr("also answer datagrams on the same port, without a greeting"))),
+      greeting(line.integer("greeting", Text::tr("greet with NUMBER (default: 1)"), "NUMBER", INT_MIN, INT_MAX, 1)),
+      gap(line.integer(
+          "gap",
+          Text::tr("wait MS between the frames of a reply, as clients lose frames that arrive together (default: 100)"),
+          "MS", 0, INT_MAX, 100)),
+      everyFault(line),
+      commands(line.text("commands", Text::tr("answer as FILE says, see above; SIGHUP reads it again"), "FILE")),
+      replay(line.text("replay", Text::tr("answer as the server did in FILE, which 'trace --record' wrote"), "FILE")),
+      asTimed(line.flag("as-timed", Text::tr("replay with the recorded delays"))),
+      script(line.text("script", Text::tr("read faults from FILE, see above"), "FILE")),
+      seed(line.integer("seed", Text::tr("select faults by chance; the same NUMBER selects the same (default: 1)"),
+                        "NUMBER", 0, INT_MAX, 1)),
+      json(line.flag("json", Text::tr("print each line as a JSON object; the log stays text"))),
+      quiet(line.flag("quiet", Text::tr("print only the first line; the log still gets all of them"))),
+      logFile(line.text("log", Text::tr("also write the lines, with their time, to FILE"), "FILE"))
+{
+    replay.excludes(commands);
+    replay.excludes(greeting); // the greeting is the recorded one
+    asTimed.needs(replay);
+}
+
 // --- Files --------------------------------------------------------------------------------------------------------
 
 static bool readScript(StationScript& script, const QString& path)
@@ -104,6 +149,22 @@ static void awaitHangup(int hangups, Station& station, CommandAnswers& commands)
         }
         awaitHangup(hangups, station, commands);
     });
+}
+
+// --- Answers ------------------------------------------------------------------------------------------------------
+
+// The answers of --replay, or those of the simulated station. Returns null and prints the error if the recording is
+// wrong.
+static std::unique_ptr<StationAnswers> makeAnswers(const StationOptions& options)
+{
+    if (!options.replay.isSet())
+        return std::make_unique<SimulatedAnswers>(options.greeting.number(), options.gap.number());
+    auto recorded = std::make_unique<RecordedAnswers>(options.asTimed.isSet(), options.gap.number());
+    QString error;
+    if (recorded->read(options.replay.text(), error))
+        return recorded;
+    printError(error);
+    return nullptr;
 }
 
 // ------------------------------------------------------------------------------------------------------------------
@@ -152,75 +213,43 @@ static const char* const description = QT_TRANSLATE_NOOP(
 int runStation(const QStringList& arguments)
 {
     CommandLine line(Text::tr(description).arg(StationScript::faultList()));
-    const Option address =
-        line.text("address", Text::tr("listen on ADDRESS; 0.0.0.0 means all interfaces (default: 127.0.0.1)"),
-                  "ADDRESS", "127.0.0.1");
-    const Option port = line.integer("port", Text::tr("listen on PORT (default: 0, a free port)"), "PORT", 0, 65535);
-    const Option udp = line.flag("udp", Text::tr("also answer datagrams on the same port, without a greeting"));
-    const Option greeting =
-        line.integer("greeting", Text::tr("greet with NUMBER (default: 1)"), "NUMBER", INT_MIN, INT_MAX, 1);
-    const Option gap = line.integer(
-        "gap",
-        Text::tr("wait MS between the frames of a reply, as clients lose frames that arrive together (default: 100)"),
-        "MS", 0, INT_MAX, 100);
-    const FaultOptions everyFault(line);
-    const Option commands =
-        line.text("commands", Text::tr("answer as FILE says, see above; SIGHUP reads it again"), "FILE");
-    const Option replay =
-        line.text("replay", Text::tr("answer as the server did in FILE, which 'trace --record' wrote"), "FILE");
-    const Option asTimed = line.flag("as-timed", Text::tr("replay with the recorded delays"));
-    replay.excludes(commands);
-    replay.excludes(greeting); // the greeting is the recorded one
-    asTimed.needs(replay);
-    const Option script = line.text("script", Text::tr("read faults from FILE, see above"), "FILE");
-    const Option seed =
-        line.integer("seed", Text::tr("select faults by chance; the same NUMBER selects the same (default: 1)"),
-                     "NUMBER", 0, INT_MAX, 1);
-    const Option json = line.flag("json", Text::tr("print each line as a JSON object; the log stays text"));
-    const Option quiet = line.flag("quiet", Text::tr("print only the first line; the log still gets all of them"));
-    const Option logFile = line.text("log", Text::tr("also write the lines, with their time, to FILE"), "FILE");
+    const StationOptions options(line);
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
 
-    if (!addressError(address.text()).isEmpty())
-        return usageError(addressError(address.text()));
+    const QString address = options.address.text();
+    if (!addressError(address).isEmpty())
+        return usageError(addressError(address));
 
-    StationScript faults(static_cast<unsigned int>(seed.number()));
+    StationScript faults(static_cast<unsigned int>(options.seed.number()));
     QString error;
-    if (!everyFault.addTo(faults, error))
+    if (!options.everyFault.addTo(faults, error))
         return usageError(error);
-    if (script.isSet() && !readScript(faults, script.text()))
+    if (options.script.isSet() && !readScript(faults, options.script.text()))
         return exitFailed;
 
-    const int hangups = commands.isSet() ? openHangups() : -1;
+    const int hangups = options.commands.isSet() ? openHangups() : -1;
     // Never destroyed: its thread runs until the process ends.
     static StationLog& log = *new StationLog;
-    if (logFile.isSet() && !log.open(logFile.text(), error)) {
-        printError(Text::tr("cannot write to %1: %2").arg(logFile.text(), error));
+    if (options.logFile.isSet() && !log.open(options.logFile.text(), error)) {
+        printError(Text::tr("cannot write to %1: %2").arg(options.logFile.text(), error));
         return exitFailed;
     }
     std::unique_ptr<StationAnswers> answers;
     CommandAnswers* commandFile = nullptr;
-    if (commands.isSet()) {
-        commandFile = new CommandAnswers(commands.text(), greeting.number(), gap.number());
+    if (options.commands.isSet()) {
+        commandFile = new CommandAnswers(options.commands.text(), options.greeting.number(), options.gap.number());
         answers.reset(commandFile);
-        if (!readCommands(*commandFile))
-            return exitFailed;
-    } else if (replay.isSet()) {
-        auto recorded = std::make_unique<RecordedAnswers>(asTimed.isSet(), gap.number());
-        if (!recorded->read(replay.text(), error)) {
-            printError(error);
-            return exitFailed;
-        }
-        answers = std::move(recorded);
     } else {
-        answers = std::make_unique<SimulatedAnswers>(greeting.number(), gap.number());
+        answers = makeAnswers(options);
     }
-    Station station(*answers, faults, log, {json.isSet(), quiet.isSet()});
-    if (!station.bind(address.text(), port.number(), udp.isSet())) {
-        const QString reason = errorText(errno); // reading a number clears errno
-        printError(Text::tr("cannot listen on %1:%2: %3").arg(address.text()).arg(port.number()).arg(reason));
+    if (answers == nullptr || (commandFile != nullptr && !readCommands(*commandFile)))
+        return exitFailed;
+    Station station(*answers, faults, log, {options.json.isSet(), options.quiet.isSet()});
+    const int port = options.port.number();
+    if (!station.bind(address, port, options.udp.isSet())) {
+        printError(Text::tr("cannot listen on %1:%2: %3").arg(address).arg(port).arg(errorText(errno)));
         return exitFailed;
     }
     if (commandFile != nullptr)

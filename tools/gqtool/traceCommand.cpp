@@ -30,6 +30,71 @@ static int openStopper()
     return signalfd(-1, &ends, SFD_NONBLOCK | SFD_CLOEXEC);
 }
 
+// --- Options ------------------------------------------------------------------------------------------------------
+
+struct TraceOptions {
+    explicit TraceOptions(CommandLine& line);
+
+    // Returns what is wrong with the options; empty if nothing is. Else fills `endpoint`, the station's.
+    QString mistake(Endpoint& endpoint) const;
+
+    Option listen;
+    Option address;
+    Option udp;
+    Option pcap;
+    Option record;
+    Option maxPayload;
+    Option map;
+    EncodingOption encoding;
+    Option json;
+    Option server;
+};
+
+TraceOptions::TraceOptions(CommandLine& line)
+    : listen(line.integer("listen", Text::tr("listen on PORT; 0 means a free port"), "PORT", 0, 65535)),
+      address(line.text("address", Text::tr("listen on ADDRESS (default: 127.0.0.1)"), "ADDRESS", "127.0.0.1")),
+      udp(line.flag("udp", Text::tr("relay datagrams instead of connections"))),
+      pcap(line.text("pcap", Text::tr("also write all packets to FILE, for Wireshark"), "FILE")),
+      record(line.text("record", Text::tr("also write the lines of --json to FILE, with up to 4 MiB of each payload"),
+                       "FILE")),
+      maxPayload(line.integer("max-payload",
+                              Text::tr("with --record, write up to BYTES of each payload (default: 4194304)"), "BYTES",
+                              1, FrameSource::mostPayload, FrameSource::usualPayload)),
+      map(line.text("map", Text::tr("show commands and payloads by the map of commands in FILE"), "FILE")),
+      encoding(line),
+      json(line.flag("json", Text::tr("print each line as a JSON object, with up to 65536 bytes of a payload in hex"))),
+      server(line.requiredArgument("HOST:PORT", Text::tr("the station: a name or a dotted IPv4 address, and a port")))
+{
+    maxPayload.needs(record);
+    encoding.needs(map);
+}
+
+QString TraceOptions::mistake(Endpoint& endpoint) const
+{
+    if (!listen.isSet())
+        return Text::tr("%1 is required").arg("--listen PORT");
+    const QString endpointError = readEndpoint(server.text(), endpoint);
+    return endpointError.isEmpty() ? addressError(address.text()) : endpointError;
+}
+
+// --- Files --------------------------------------------------------------------------------------------------------
+
+// Opens the files of --pcap and --record. On failure, returns false and prints the error.
+static bool openFiles(const TraceOptions& options, CaptureFile& capture, TraceOutput& output)
+{
+    QString error;
+    QString failed;
+    if (options.pcap.isSet() && !capture.open(options.pcap.text(), error))
+        failed = options.pcap.text();
+    else if (options.record.isSet() && !output.record(options.record.text(), options.maxPayload.number(), error))
+        failed = options.record.text();
+    if (!failed.isEmpty())
+        printError(Text::tr("cannot write to %1: %2").arg(failed, error));
+    return failed.isEmpty();
+}
+
+// ------------------------------------------------------------------------------------------------------------------
+
 static const char* const description = QT_TRANSLATE_NOOP(
     "Text",
     "Relays between clients and a station and prints a line for each frame: time, number of the connection, -> for\n"
@@ -49,67 +114,39 @@ static const char* const description = QT_TRANSLATE_NOOP(
 int runTrace(const QStringList& arguments)
 {
     CommandLine line(Text::tr(description));
-    const Option listen = line.integer("listen", Text::tr("listen on PORT; 0 means a free port"), "PORT", 0, 65535);
-    const Option address =
-        line.text("address", Text::tr("listen on ADDRESS (default: 127.0.0.1)"), "ADDRESS", "127.0.0.1");
-    const Option udp = line.flag("udp", Text::tr("relay datagrams instead of connections"));
-    const Option pcap = line.text("pcap", Text::tr("also write all packets to FILE, for Wireshark"), "FILE");
-    const Option record = line.text(
-        "record", Text::tr("also write the lines of --json to FILE, with up to 4 MiB of each payload"), "FILE");
-    const Option maxPayload =
-        line.integer("max-payload", Text::tr("with --record, write up to BYTES of each payload (default: 4194304)"),
-                     "BYTES", 1, FrameSource::mostPayload, FrameSource::usualPayload);
-    maxPayload.needs(record);
-    const Option map = line.text("map", Text::tr("show commands and payloads by the map of commands in FILE"), "FILE");
-    EncodingOption encoding(line);
-    encoding.needs(map);
-    const Option json =
-        line.flag("json", Text::tr("print each line as a JSON object, with up to 65536 bytes of a payload in hex"));
-    const Option server =
-        line.requiredArgument("HOST:PORT", Text::tr("the station: a name or a dotted IPv4 address, and a port"));
+    const TraceOptions options(line);
     int exitCode = exitGood;
     if (!line.parse(arguments, exitCode))
         return exitCode;
 
-    if (!listen.isSet())
-        return usageError(Text::tr("%1 is required").arg("--listen PORT"));
     Endpoint endpoint;
-    const QString endpointError = readEndpoint(server.text(), endpoint);
-    if (!endpointError.isEmpty())
-        return usageError(endpointError);
-    if (!addressError(address.text()).isEmpty())
-        return usageError(addressError(address.text()));
-    if (!encoding.apply())
+    const QString mistake = options.mistake(endpoint);
+    if (!mistake.isEmpty())
+        return usageError(mistake);
+    if (!options.encoding.apply())
         return exitUsage;
 
-    const bool isUdp = udp.isSet();
-    QStringList stationAddresses;
-    QString error;
+    const bool isUdp = options.udp.isSet();
     CommandMap commands;
-    if (map.isSet() && !commands.read(map.text()))
+    if (options.map.isSet() && !commands.read(options.map.text()))
         return exitFailed;
+    QStringList stationAddresses;
     Text unresolved;
     if (!resolveHost(endpoint.host, resolveMs, stationAddresses, unresolved)) {
         printError(unresolved);
         return exitFailed;
     }
     const sockaddr_in station = addressOf(stationAddresses[0], endpoint.port);
-    sockaddr_in local = addressOf(address.text(), listen.number());
+    sockaddr_in local = addressOf(options.address.text(), options.listen.number());
     const int listener = openBound(isUdp ? SOCK_DGRAM : SOCK_STREAM, local);
     if (listener < 0 || (!isUdp && ::listen(listener, SOMAXCONN) != 0)) {
         printError(Text::tr("cannot listen on %1: %2").arg(endpointText(local), errorText(errno)));
         return exitFailed;
     }
     CaptureFile capture;
-    if (pcap.isSet() && !capture.open(pcap.text(), error)) {
-        printError(Text::tr("cannot write to %1: %2").arg(pcap.text(), error));
+    TraceOutput output(options.json.isSet(), isUdp, options.map.isSet() ? &commands : nullptr);
+    if (!openFiles(options, capture, output))
         return exitFailed;
-    }
-    TraceOutput output(json.isSet(), isUdp, map.isSet() ? &commands : nullptr);
-    if (record.isSet() && !output.record(record.text(), maxPayload.number(), error)) {
-        printError(Text::tr("cannot write to %1: %2").arg(record.text(), error));
-        return exitFailed;
-    }
     const int stopper = openStopper();
     output.listening(endpointText(local), endpointText(station));
     const auto relay = isUdp ? relayDatagrams : relayStreams;
