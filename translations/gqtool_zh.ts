@@ -940,10 +940,6 @@ code is 1.
         <translation>NAME %1 在第 %2 行已有</translation>
     </message>
     <message>
-        <source>%1: a map must have at most %2 bytes</source>
-        <translation>%1：命令表最多 %2 字节</translation>
-    </message>
-    <message>
         <source>the server works</source>
         <translation>服务器工作正常</translation>
     </message>

@@ -237,5 +237,5 @@ TEST_F(GqtoolMap, reportsAWrongLineOrAMissingFile)
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot read /nowhere/plant.map: No such file or directory\n");
     outcome = run({"call", "--map", "/dev/zero", station.endpoint, "systemState"});
-    EXPECT_EQ(outcome.errors, "gqtool: /dev/zero: a map must have at most 1048576 bytes\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot read /dev/zero: more than 1048576 bytes\n");
 }

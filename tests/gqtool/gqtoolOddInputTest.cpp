@@ -42,6 +42,25 @@ TEST(GqtoolStation, reportsThatItsScriptCannotBeRead)
         << outcome.errors.toStdString();
 }
 
+TEST(GqtoolStation, refusesFilesWithoutAnEnd)
+{
+    const struct {
+        const char* option;
+        const char* error;
+    } cases[] = {
+        {"--script", "gqtool: cannot read /dev/zero: more than 1048576 bytes\n"},
+        {"--commands", "gqtool: cannot read /dev/zero: more than 16777216 bytes\n"},
+        {"--replay", "gqtool: /dev/zero: line 1: must be a JSON object of 'gqtool trace --record'\n"},
+    };
+    for (const auto& example : cases) {
+        SCOPED_TRACE(example.option);
+        const Outcome outcome = run({"station", example.option, "/dev/zero"});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors.toStdString(), example.error);
+    }
+}
+
 TEST(GqtoolStation, readsItsScriptAfterAZeroByte)
 {
     const InputFile script(QByteArray("# \0\nnonsense\n", 13));

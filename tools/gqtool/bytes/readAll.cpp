@@ -15,9 +15,9 @@ QString tooLargeText(int most)
     return Text::tr("more than %1 bytes").arg(most);
 }
 
-bool readAll(const QString& path, QByteArray& content, QString& error)
+bool readAll(const QString& path, QByteArray& content, QString& error, int most)
 {
     FileSource file(path);
-    error = readAll(file, content) ? file.reason() : tooLargeText(largestInput);
+    error = readAll(file, content, most) ? file.reason() : tooLargeText(most);
     return error.isEmpty();
 }

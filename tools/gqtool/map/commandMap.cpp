@@ -1,11 +1,11 @@
 #include "commandMap.h"
 
+#include "gqtool/bytes/readAll.h"
 #include "gqtool/closestName.h"
 #include "gqtool/errorList.h"
 #include "gqtool/records/recordFields.h"
 #include "shared/text.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -121,14 +121,11 @@ QStringList CommandMap::add(const QByteArray& text)
 
 bool CommandMap::read(const QString& path)
 {
-    QFile file(path);
+    QByteArray text;
+    QString unreadable;
     QStringList errors;
-    const bool isOpen = file.open(QIODevice::ReadOnly);
-    const QByteArray text = isOpen ? file.read(largestFile + 1) : QByteArray();
-    if (!isOpen || file.error() != QFileDevice::NoError)
-        errors.append(Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString())));
-    else if (text.size() > largestFile)
-        errors.append(Text::tr("%1: a map must have at most %2 bytes").arg(path).arg(largestFile));
+    if (!readAll(path, text, unreadable, largestFile))
+        errors.append(Text::tr("cannot read %1: %2").arg(path, unreadable));
     else
         for (const QString& error : add(text))
             errors.append(Text::tr("%1: %2").arg(path, error));

@@ -24,6 +24,8 @@
 using gqdb::CByte2Val;
 using gqdb::CSocketAPI;
 
+static const int largestFile = 16 << 20; // bytes of JSON, whose values take many times as many in memory
+
 // --- The file -----------------------------------------------------------------------------------------------------
 
 class CommandFileReader {
@@ -293,7 +295,7 @@ bool CommandAnswers::read(QStringList& messages)
 {
     QByteArray text;
     QString error;
-    if (!readAll(path, text, error)) {
+    if (!readAll(path, text, error, largestFile)) {
         messages = QStringList{Text::tr("cannot read %1: %2").arg(path, error)};
         return false;
     }

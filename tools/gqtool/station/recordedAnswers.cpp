@@ -1,5 +1,6 @@
 #include "recordedAnswers.h"
 
+#include "gqtool/bytes/readAll.h"
 #include "gqtool/records/jsonText.h"
 #include "shared/stationProtocol.h"
 #include "shared/text.h"
@@ -196,6 +197,21 @@ QByteArray RecordingReader::takeBytes()
 
 // ------------------------------------------------------------------------------------------------------------------
 
+// Reads a line. Of one that is no object or too long for a QByteArray, reads only the start.
+static QByteArray readLine(QFile& file)
+{
+    static const int pieceSize = 1 << 16;
+    QByteArray line = file.readLine(pieceSize);
+    if (!line.trimmed().startsWith('{'))
+        return line;
+    QByteArray piece = line;
+    while (!piece.isEmpty() && !piece.endsWith('\n') && line.size() <= largestInput) {
+        piece = file.readLine(pieceSize);
+        line += piece;
+    }
+    return line;
+}
+
 bool RecordedAnswers::read(const QString& path, QString& error)
 {
     QFile file(path);
@@ -205,11 +221,15 @@ bool RecordedAnswers::read(const QString& path, QString& error)
     }
     RecordingReader reader(*this);
     int number = 0;
-    for (QByteArray line = file.readLine(); !line.isEmpty(); line = file.readLine()) { // atEnd is wrong for pipes
+    for (QByteArray line = readLine(file); !line.isEmpty(); line = readLine(file)) { // atEnd is wrong for pipes
         ++number;
         line = line.trimmed();
-        if (!line.isEmpty() && !reader.readLine(line)) {
-            error = Text::tr("%1: line %2: %3").arg(path).arg(number).arg(reader.error);
+        const bool isTooLong = line.size() > largestInput;
+        if (isTooLong || (!line.isEmpty() && !reader.readLine(line))) {
+            error = Text::tr("%1: line %2: %3")
+                        .arg(path)
+                        .arg(number)
+                        .arg(isTooLong ? tooLargeText(largestInput) : reader.error);
             return false;
         }
     }

@@ -1,15 +1,17 @@
 #include "stationScript.h"
 
+#include "gqtool/bytes/readAll.h"
 #include "gqtool/closestName.h"
 #include "gqtool/integer.h"
 #include "shared/text.h"
 
-#include <QFile>
 #include <QRegularExpression>
 
 #include <algorithm>
 #include <climits>
 #include <socketApi.h>
+
+static const int largestScript = 1 << 20; // bytes
 
 // --- The faults ---------------------------------------------------------------------------------------------------
 
@@ -139,10 +141,10 @@ bool StationScript::add(const QString& line, QString& error)
 
 bool StationScript::read(const QString& path, QStringList& errors)
 {
-    QFile file(path);
-    const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    if (file.error() != QFileDevice::NoError) {
-        errors = QStringList{Text::tr("cannot read %1: %2").arg(path, libraryText(file.errorString()))};
+    QByteArray content;
+    QString unreadable;
+    if (!readAll(path, content, unreadable, largestScript)) {
+        errors = QStringList{Text::tr("cannot read %1: %2").arg(path, unreadable)};
         return false;
     }
     errors.clear();
