@@ -3242,5 +3242,33 @@ the script. The faults:
         <source>with --record, write up to BYTES of each payload (default: 4194304)</source>
         <translation>与 --record 同用时，每个净荷最多写入 BYTES 字节（默认为 4194304）</translation>
     </message>
+    <message>
+        <source>%1 takes only %2, got &apos;%3&apos;</source>
+        <translation>%1 只带 %2，实际为 &apos;%3&apos;</translation>
+    </message>
+    <message>
+        <source>length in the wrong byte order, %1 instead of %2; a client would wait for the rest of it</source>
+        <translation>长度的字节序错误，%1 应为 %2；客户端会等待其余字节</translation>
+    </message>
+    <message>
+        <source>the payload has %1 bytes, and the count of its form (%2) is %3</source>
+        <translation>净荷有 %1 字节，而其格式（%2）的项数为 %3</translation>
+    </message>
+    <message>
+        <source>the payload has %1 bytes, but its form (%2) with a count of %3 needs %4</source>
+        <translation>净荷有 %1 字节，但其格式（%2）的项数为 %3，需要 %4 字节</translation>
+    </message>
+    <message>
+        <source>The error frame has no code that says why. Read the server&apos;s log.</source>
+        <translation>错误帧中没有说明原因的错误码。请查看服务器的日志。</translation>
+    </message>
+    <message>
+        <source>The server sends frames that were not requested. A client drops such a frame if it comes together with a reply, and otherwise takes it for the next reply.</source>
+        <translation>服务器发送了未经请求的帧。若这样的帧与应答同时到达，客户端会将其丢弃；否则会把它当作下一个应答。</translation>
+    </message>
+    <message>
+        <source>%1; then another frame: %2</source>
+        <translation>%1；随后又有一帧：%2</translation>
+    </message>
 </context>
 </TS>

@@ -185,3 +185,51 @@ TEST(FrameStream, keepsAtMostTheGivenBytesOfAPayload)
         EXPECT_EQ(items[1].kind, StreamItem::frame);
     }
 }
+
+// --- The length in the wrong byte order ---------------------------------------------------------------------------
+
+static const QByteArray bigEndianFrame = "68"       //  0 start
+                                         "00000004" //  1 length 4, big-endian
+                                         "0007"     //  5 sequence
+                                         "00"       //  7 arg2
+                                         "00"       //  8 arg1
+                                         "01"       //  9 command 1
+                                         "00000003" // 10 value
+                                         "0000"     // 14 checksum
+                                         "16"_hex;  // 16 end
+
+TEST(FrameStream, recognisesALengthInTheWrongByteOrder)
+{
+    for (int pieceSize = 1; pieceSize <= bigEndianFrame.size(); ++pieceSize) {
+        const std::vector<StreamItem> items = itemsOf(bigEndianFrame, pieceSize);
+        ASSERT_EQ(items.size(), 1u);
+        EXPECT_EQ(items[0].kind, StreamItem::cut);
+        EXPECT_EQ(items[0].content.length, 67108864u);
+        EXPECT_EQ(items[0].swappedLength, 4);
+    }
+    EXPECT_EQ(itemsOf(bigEndianFrame + bigEndianFrame)[0].swappedLength, 4);
+}
+
+TEST(FrameStream, recognisesALengthInTheWrongByteOrderThatNoFrameHas)
+{
+    const QByteArray frame = "68 00000080 0000 00 00 01"_hex + QByteArray(128, '\0') + "0000 16"_hex; // 0x80000000
+    for (const QByteArray& stream : {frame, frame + frame, noise + frame + intFrame}) {
+        const std::vector<StreamItem> items = itemsOf(stream);
+        const StreamItem& item = items[items[0].kind == StreamItem::badLength ? 0 : 1];
+        EXPECT_EQ(item.kind, StreamItem::badLength);
+        EXPECT_EQ(item.swappedLength, 128);
+    }
+}
+
+TEST(FrameStream, assumesNoOtherByteOrderIfThatDoesNotFitEither)
+{
+    QByteArray otherEnd = bigEndianFrame;
+    otherEnd[16] = '\x17';
+    for (const QByteArray& stream : {bigEndianFrame.left(16), bigEndianFrame + "00"_hex, otherEnd, intFrame.left(16),
+                                     "68 00000400"_hex + bigEndianFrame.mid(5)})
+        EXPECT_EQ(itemsOf(stream)[0].swappedLength, -1) << hex(stream);
+    EXPECT_EQ(itemsOf(intFrame)[0].swappedLength, -1);
+    EXPECT_EQ(itemsOf("68 ffffffff"_hex)[0].swappedLength, -1);
+    // Only the first 3 bytes of the payload are kept.
+    EXPECT_EQ(itemsOf(bigEndianFrame, 17, FrameStream(3))[0].swappedLength, -1);
+}

@@ -104,6 +104,8 @@ TEST(FrameText, printsFaultsAndGarbageInWords)
     EXPECT_EQ(textOf("68 0400"_hex), "cut, 3 of the 10 bytes of a header: 68 04 00");
     EXPECT_EQ(textOf("68 04000000 0100 00 00 01 0300"_hex),
               "cut, 12 of 17 bytes: systemState, sequence 1, 4 bytes: 03 00");
+    EXPECT_EQ(textOf("68 00000004 0001 00 00 01 00000003 0000 16"_hex),
+              "length in the wrong byte order, 67108864 instead of 4; a client would wait for the rest of it");
 }
 
 // Compares the parts of a golden stream, without the keys that need transport, direction and form.

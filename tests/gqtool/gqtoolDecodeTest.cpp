@@ -127,6 +127,13 @@ TEST(GqtoolDecode, reportsFaultsWithTheirOffset)
              Faulty{"frames", "68 02000000 0000 00 00 01 0700 0000 16",
                     "byte 10: the payload has 2 bytes, but its form (int) needs 4\n",
                     "library: -5, the payload of [0] is shorter than its form"},
+             Faulty{"frames", "68 00000004 0000 00 00 01 00000007 0000 16", // up to 4 MiB are decoded
+                    "byte 0: length in the wrong byte order, 67108864 instead of 4; a client would wait for the rest "
+                    "of it\n",
+                    "library: 0, a client does not accept [0]"},
+             Faulty{"frames", "68 00000400 0000 00 00 01", // 0x40000
+                    "byte 10: the frame at byte 0 needs 262157 bytes, got 10\n",
+                    "library: 0, a client does not accept [0]"},
              Faulty{"frames", "00 01", "byte 0: no frame found\n", "library: 0, no frame found"},
              Faulty{"wave", "00 04", "byte 2: headFill1 needs 30 bytes, but only 0 bytes remain\n",
                     "library: 0, refused: head, marks or samples are incomplete"},
@@ -237,5 +244,21 @@ TEST(GqtoolDecode, exitsWith2OnWrongUsage)
         EXPECT_EQ(outcome.output, "");
         EXPECT_EQ(outcome.errors.toStdString(),
                   std::string("gqtool: ") + usage.message + "\ngqtool: see 'gqtool decode --help'\n");
+    }
+}
+
+TEST(GqtoolDecode, namesTheCountThatAPayloadIsTooShortFor)
+{
+    const struct {
+        const char* count;
+        const char* error;
+    } cases[] = {
+        {"ffffffff", "and the count of its form (ints) is -1"},
+        {"02000000", "but its form (ints) with a count of 2 needs 12"},
+    };
+    for (const auto& example : cases) {
+        const QString frame = QString("68 04000000 0000 00 00 20 %1 0000 16").arg(example.count);
+        EXPECT_EQ(run({"decode", "--as", "frames", "--payload", "ints", frame}).errors,
+                  QString("gqtool: BYTES: byte 10: the payload has 4 bytes, %1\n").arg(example.error));
     }
 }

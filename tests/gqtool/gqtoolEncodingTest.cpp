@@ -115,6 +115,10 @@ TEST(GqtoolEncoding, printsTextsOfRepliesByAMap)
     const Outcome records = station.call(QStringList{"boiler"} + options);
     EXPECT_EQ(records.exitCode, 0) << records.errors.toStdString();
     EXPECT_TRUE(records.output.contains("\ntext1 \"锅炉\"\n")) << records.output.toStdString();
+    EXPECT_EQ(records.errors, "");
+    const Outcome utf8 = station.call({"boiler", "--map", map.path});
+    EXPECT_EQ(utf8.exitCode, 0);
+    EXPECT_EQ(utf8.errors, "gqtool: some texts are not UTF-8; --encoding NAME, such as GBK, converts them\n");
     const Outcome json = station.call(QStringList{"boiler", "--json"} + options);
     EXPECT_TRUE(json.output.contains(R"("text1":"锅炉")")) << json.output.toStdString();
 

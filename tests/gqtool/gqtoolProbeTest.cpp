@@ -439,6 +439,28 @@ TEST(GqtoolProbe, findsAServerWhoseSequencesAreOffByOne)
     EXPECT_EQ(detailOf(server.port(), {}, 4), "reply of sequence 3, expected 2");
 }
 
+TEST(GqtoolProbe, findsASecondFrameThatComesTogetherWithTheFirst)
+{
+    const ScriptedServer::Step request = receives(frameSize);
+    ScriptedServer server{{sends(greeting + state7)},
+                          {sends(greeting), request, sends(state7 + state7)},
+                          {sends(greeting), request, sends(state7), request, sends(time1000000000 + reply54)}};
+    EXPECT_EQ(detailOf(server.port(), {}, 2),
+              "a greeting of 1; then another frame: systemState, sequence 0, 4 bytes: 7");
+    EXPECT_EQ(detailOf(server.port(), {}, 3), "7; then another frame: systemState, sequence 0, 4 bytes: 7");
+    const Outcome outcome = run({"probe", endpointOf(server.port())});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.output.contains("1000000000; then another frame: command 0x36, sequence 0, 4 bytes: 7\n"))
+        << outcome.output.toStdString();
+    EXPECT_TRUE(outcome.output.contains("\nbad-frame: ")) << outcome.output.toStdString();
+    EXPECT_TRUE(
+        outcome.output.endsWith("\nThe server sends frames that were not requested. A client drops such a frame "
+                                "if it comes together with a reply, and otherwise takes it for the next reply.\n"))
+        << outcome.output.toStdString();
+    ScriptedDatagramPeer peer{{state7 + state7}};
+    EXPECT_EQ(probe(peer.port(), {"--udp"}), "resolve connect systemState! bad-frame");
+}
+
 TEST(GqtoolProbe, takesAnEchoServerForAForeignOne)
 {
     Listener listener(1);
@@ -552,7 +574,9 @@ TEST(GqtoolProbe, advisesForTheStageAndTheTransport)
                           {sends(greeting), request, sends(errorMinus7)},
                           {sends(greeting), request},
                           {sends(greeting), request, closes()},
-                          {sends(greeting), request, sends(reply54)}};
+                          {sends(greeting), request, sends(reply54)},
+                          {sends(errorOfTwoBytes)},
+                          {sends(greeting), request, sends(errorOfNoBytes)}};
     EXPECT_EQ(adviceOf(server.port()), "Look the code up in the server's documentation.");
     EXPECT_EQ(adviceOf(server.port()), "Look the code up in the server's documentation. If the server lacks this "
                                        "command, use --greeting-only.");
@@ -561,15 +585,22 @@ TEST(GqtoolProbe, advisesForTheStageAndTheTransport)
     EXPECT_EQ(adviceOf(server.port()), "The server may have crashed on this request, or not accept it. Read its log.");
     EXPECT_EQ(adviceOf(server.port()), "The server answers another request, or sends more than one frame for one. A "
                                        "client takes such a frame for the reply.");
+    EXPECT_EQ(adviceOf(server.port()), "The error frame has no code that says why. Read the server's log.");
+    EXPECT_EQ(adviceOf(server.port()),
+              "The error frame has no code that says why. Read the server's log. If the server "
+              "lacks this command, use --greeting-only.");
     ScriptedServer notGreeting{{receives(frameSize), sends(state7)}};
     EXPECT_EQ(adviceOf(notGreeting.port()), "The server answers, but clients of this library wait for a greeting. "
                                             "Check its settings, and that it is meant for these clients.");
-    ScriptedDatagramPeer peer{{errorMinus7}, {}};
+    ScriptedDatagramPeer peer{{errorMinus7}, {}, {errorOfNoBytes}};
     EXPECT_EQ(adviceOf(peer.port(), {"--udp"}), "Look the code up in the server's documentation. If it means an "
                                                 "unknown command, the link itself works.");
     EXPECT_EQ(adviceOf(peer.port(), {"--udp"}),
               "The server may be busy: try a longer --timeout. Or a firewall drops the datagrams, or the server does "
               "not run, or it lacks this command.");
+    EXPECT_EQ(adviceOf(peer.port(), {"--udp"}),
+              "The error frame has no code that says why. Read the server's log. If it "
+              "means an unknown command, the link itself works.");
 }
 
 // --- The same in call and probe -----------------------------------------------------------------------------------

@@ -160,12 +160,15 @@ TEST(GqtoolRawCall, reportsAPayloadThatIsTooShort)
 TEST(GqtoolRawCall, givesTheSizesOfAPayloadOfAnotherForm)
 {
     expectFailure(answered({"--reply", "ints"}, threeBytes),
-                  "-5: bad-frame: the payload has 7 bytes, but its form (ints) needs 16");
-    expectFailure(
-        answered({"--reply", "bytes"}, reply7),
-        "-5: bad-frame: reply of command 0x30, expected 0x50: the payload has 4 bytes, but its form (bytes) needs 11");
-    expectFailure(answered({"--reply", "strings"}, reply7), "-5: bad-frame: reply of command 0x30, expected 0x50: the "
-                                                            "payload has 4 bytes, but its form (strings) needs 18");
+                  "-5: bad-frame: the payload has 7 bytes, but its form (ints) with a count of 3 needs 16");
+    const QString other = "-5: bad-frame: reply of command 0x30, expected 0x50: the payload has 4 bytes, ";
+    expectFailure(answered({"--reply", "bytes"}, reply7), other + "but its form (bytes) with a count of 7 needs 11");
+    expectFailure(answered({"--reply", "strings"}, reply7),
+                  other + "but its form (strings) with a count of 7 needs 18");
+    for (const char* form : {"ints", "bytes", "strings"})
+        expectFailure(
+            answered({"--reply", form}, "68 04000000 0000 00 00 50 ffffffff 0000 16"_hex),
+            QString("-5: bad-frame: the payload has 4 bytes, and the count of its form (%1) is -1").arg(form));
     const Outcome outcome = answered({"--reply", "strings"}, overrunningText);
     EXPECT_EQ(outcome.output, "abc\n"); // the texts before the failure
     expectFailure(outcome, "0: bad-frame: text 2 of 2 needs 11 bytes, but only 2 of the payload's 13 bytes remain");
@@ -194,6 +197,13 @@ TEST(GqtoolRawCall, namesALengthThatNoFrameHas)
     expectLinkFailure(answered({"--timeout", "300"}, "68 f3ffff7f 0000 00 00 30 07000000 0000 16"_hex),
                       "0: bad-frame: no complete reply in time: the header has a length of 2147483635, and a client "
                       "takes at most 2147483634");
+}
+
+TEST(GqtoolRawCall, namesALengthInTheWrongByteOrder)
+{
+    expectLinkFailure(answered({"--timeout", "300"}, "68 00000004 0000 00 00 30 00000007 0000 16"_hex),
+                      "0: bad-frame: no complete reply in time: length in the wrong byte order, 67108864 instead of 4; "
+                      "a client would wait for the rest of it");
 }
 
 TEST(GqtoolRawCall, saysHowManyElementsCame)

@@ -76,6 +76,23 @@ static std::string usageMessage(const QStringList& arguments)
     return outcome.errors.toStdString();
 }
 
+TEST(GqtoolCall, namesTheArgumentsOfItsCommand)
+{
+    const struct {
+        QStringList words;
+        const char* message;
+    } cases[] = {
+        {{"setState"}, "setState requires VALUE"},
+        {{"setState", "1", "2"}, "setState takes only VALUE, got '1 2'"},
+        {{"setTime", "1"}, "setTime requires FIRST SECOND"},
+        {{"setTime", "1", "2", "3"}, "setTime takes only FIRST SECOND, got '1 2 3'"},
+        {{"clear", "1"}, "clear takes no arguments"},
+    };
+    for (const auto& example : cases)
+        EXPECT_EQ(usageMessage(QStringList{"call", "127.0.0.1:1"} + example.words),
+                  std::string("gqtool: ") + example.message + "\ngqtool: see 'gqtool call --help'\n");
+}
+
 TEST(Gqtool, suggestsACommand)
 {
     EXPECT_EQ(usageMessage({"staton"}), "gqtool: unknown command 'staton'; did you mean 'station'?\n"

@@ -103,6 +103,19 @@ TEST(GqtoolTrace, passesTheEndOfTheStation)
     EXPECT_TRUE(isAtEnd(link.server));
 }
 
+TEST(GqtoolTrace, namesALengthInTheWrongByteOrder)
+{
+    Listener station(5);
+    RunningTrace trace(station.port());
+    Link link(station, trace);
+    trace.nextLine();
+    give(link.server, "68 00000004 0000 00 00 00 00000001 0000 16"_hex);
+    EXPECT_EQ(taken(link.client, 17), "68 00 00 00 04 00 00 00 00 00 00 00 00 01 00 00 16");
+    ::shutdown(link.server, SHUT_WR);
+    EXPECT_EQ(trace.nextText(), "1 <- length in the wrong byte order, 67108864 instead of 4; a client would wait for "
+                                "the rest of it");
+}
+
 TEST(GqtoolTrace, passesAResetToEitherSide)
 {
     Listener station(5);

@@ -99,6 +99,31 @@ TEST(JudgeBytes, namesALengthThatNoFrameHas)
               "no frame: its header has a length of 2147483635, and a client takes at most 2147483634");
 }
 
+TEST(JudgeBytes, namesALengthInTheWrongByteOrder)
+{
+    const QByteArray payload128 = "0000 00 00 00"_hex + QByteArray(128, '\0') + "0000 16"_hex;
+    for (const AwaitedBytes awaited : everyAwaited) {
+        const ByteVerdict verdict = judgeBytes("68 00000004 0000 00 00 00 00000001 0000 16"_hex, awaited);
+        EXPECT_EQ(wordOf(verdict), "bad-frame?");
+        EXPECT_EQ(verdict.detail.english(), "no complete frame: length in the wrong byte order, 67108864 instead of 4; "
+                                            "a client would wait for the rest of it");
+        EXPECT_EQ(judgeBytes("68 00000080"_hex + payload128, awaited).detail.english(),
+                  "no complete frame: length in the wrong byte order, 2147483648 instead of 128; a client would wait "
+                  "for the rest of it");
+    }
+}
+
+TEST(JudgeBytes, keepsAFrameAfterTheFirst)
+{
+    const ByteVerdict two = judgeBytes(greeting + "00ff"_hex + errorMinus7 + error5, AwaitedBytes::greeting);
+    ASSERT_TRUE(two.next);
+    EXPECT_EQ(two.next->command, 0xff);
+    EXPECT_EQ(hex(two.next->payload), "f9 ff ff ff");
+    EXPECT_FALSE(judgeBytes(greeting, AwaitedBytes::greeting).next);
+    EXPECT_FALSE(judgeBytes(greeting + greeting.left(16), AwaitedBytes::greeting).next);
+    EXPECT_FALSE(judgeBytes(greeting + wrongEnd, AwaitedBytes::greeting).next);
+}
+
 TEST(JudgeBytes, recognisesOtherProtocolsByTheirFirstBytes)
 {
     const struct {

@@ -108,8 +108,12 @@ static bool readNamed(const CallCommand* command, const QStringList& words, bool
 {
     const QStringList names = QString(command->arguments).split(' ', Qt::SkipEmptyParts);
     if (words.size() != names.size()) {
-        error = names.isEmpty() ? Text::tr("%1 takes no arguments").arg(command->name)
-                                : Text::tr("%1 requires %2").arg(command->name, command->arguments);
+        if (names.isEmpty())
+            error = Text::tr("%1 takes no arguments").arg(command->name);
+        else if (words.size() < names.size())
+            error = Text::tr("%1 requires %2").arg(command->name, command->arguments);
+        else
+            error = Text::tr("%1 takes only %2, got '%3'").arg(command->name, command->arguments, words.join(' '));
         return false;
     }
     std::vector<int> values;
@@ -302,5 +306,7 @@ int runCall(const QStringList& arguments)
     if (!resolveHost(endpoint.host, timeout.number(), addresses, unresolved))
         return failUnresolved(run, unresolved);
     const std::unique_ptr<CallClient> client = makeClient(addresses[0].toStdString(), endpoint.port, timeout.number());
-    return repeat.isSet() ? callRepeatedly(*client, run) : callOnce(*client, run);
+    exitCode = repeat.isSet() ? callRepeatedly(*client, run) : callOnce(*client, run);
+    EncodingOption::printHint();
+    return exitCode;
 }

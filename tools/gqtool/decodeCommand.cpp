@@ -8,7 +8,6 @@
 #include "errorList.h"
 #include "gqtool/frames/frameCodec.h"
 #include "gqtool/records/recordDecoding.h"
-#include "gqtool/records/textEncoding.h"
 #include "input.h"
 #include "integer.h"
 #include "shared/console.h"
@@ -92,10 +91,9 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
         printError(Text::tr("%1: the input is empty").arg(run.inputName));
     else
         printFaults(run.inputName, decoding.faults);
-    for (const QString& hint : {source.hint(), QString(encodingHint())}) {
-        if (!hint.isEmpty())
-            printError(hint);
-    }
+    if (!source.hint().isEmpty())
+        printError(source.hint());
+    EncodingOption::printHint();
     return isPrinted && decoding.faults.listed().empty() ? exitGood : exitFailed;
 }
 

@@ -20,6 +20,9 @@ public:
     // Sets the encoding of records. Returns false and prints an error if it is unknown.
     bool apply() const;
 
+    // Prints a hint at the option if a text needs it.
+    static void printHint();
+
 private:
     Option option;
 };

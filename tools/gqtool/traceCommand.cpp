@@ -3,7 +3,6 @@
 #include "encodingOption.h"
 #include "endpoint.h"
 #include "gqtool/listener.h"
-#include "gqtool/records/textEncoding.h"
 #include "gqtool/trace/traceOutput.h"
 #include "gqtool/trace/traceRelay.h"
 #include "shared/console.h"
@@ -153,8 +152,7 @@ int runTrace(const QStringList& arguments)
     const bool isGood = relay(listener, station, stopper, output, capture);
     if (!isGood)
         printError(Text::tr("cannot relay: %1").arg(errorText(errno)));
-    if (!encodingHint().isEmpty())
-        printError(encodingHint());
+    EncodingOption::printHint();
     if (isatty(STDERR_FILENO) != 0)
         printError(output.summary());
     return isGood && capture.isGood() && output.isGood() ? exitGood : exitFailed;

@@ -138,6 +138,11 @@ protected:
                 .arg(part.size())
                 .arg(CSocketAPI::headerSize);
         const unsigned int length = CSocketAPI::byte2UInt(part.constData() + 1);
+        StreamItem item;
+        item.content.length = length;
+        item.swappedLength = fittingSwappedLength(length, part.mid(CSocketAPI::headerSize));
+        if (item.swappedLength >= 0)
+            return Text::tr("%1: %2").arg(reason, swappedText(item));
         if (length > FrameStream::clientLimit)
             return Text::tr("%1: the header has a length of %2, and a client takes at most %3")
                 .arg(reason)

@@ -1,6 +1,7 @@
 #include "frameCodec.h"
 
 #include "frameMembers.h"
+#include "frameText.h"
 #include "gqtool/records/recordDecoding.h"
 #include "shared/text.h"
 
@@ -8,6 +9,7 @@
 #include <climits>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <socketApi.h>
 #include <utility>
 
@@ -88,11 +90,12 @@ private:
     const FrameSource& source;
     DecodeListener& listener;
     Decoding& result;
-    StreamItem garbage;      // that may continue
-    bool hasFrames = false;  // or parts of them
-    bool isCounting = false; // faults alone, after too many of them
-    long long index = 0;     // of the item
-    std::string path;        // of the item
+    std::optional<StreamItem> falseStart; // with a bad length, until the bytes after it are known
+    StreamItem garbage;                   // that may continue
+    bool hasFrames = false;               // or parts of them
+    bool isCounting = false;              // faults alone, after too many of them
+    long long index = 0;                  // of the item
+    std::string path;                     // of the item
     long long pos = 0;
 };
 
@@ -136,6 +139,11 @@ void FrameDecoder::addFault(const StreamItem& item)
     const long long start = item.offset;
     const long long end = start + item.size;
     const Frame& frame = item.content;
+    if (item.swappedLength >= 0) {
+        fault(start, swappedText(item));
+        reject(0, Text::tr("a client does not accept [%1]"));
+        return;
+    }
     switch (item.kind) {
     case StreamItem::cut:
         fault(end, Text::tr("the frame at byte %1 needs %2 bytes, got %3")
@@ -208,7 +216,10 @@ void FrameDecoder::take(const std::vector<StreamItem>& items)
         if (item.kind != StreamItem::garbage) {
             endGarbage();
             hasFrames = true;
-            decodeItem(item);
+            if (item.kind == StreamItem::badLength)
+                falseStart = item;
+            else
+                decodeItem(item);
             continue;
         }
         for (int at = 0; at < item.bytes.size();) {
@@ -225,6 +236,11 @@ void FrameDecoder::take(const std::vector<StreamItem>& items)
 
 void FrameDecoder::endGarbage()
 {
+    if (falseStart) {
+        falseStart->swappedLength =
+            fittingSwappedLength(falseStart->content.length, garbage.bytes.mid(CSocketAPI::headerSize - 1));
+        decodeItem(*std::exchange(falseStart, std::nullopt));
+    }
     if (garbage.size > 0)
         decodeItem(std::exchange(garbage, StreamItem()));
 }

@@ -1,5 +1,7 @@
 #include "frameStream.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <socketApi.h>
 #include <utility>
@@ -10,12 +12,27 @@ using gqdb::CSocketAPI;
 static const int lengthEnd = 5; // of the length field within a header
 static const int checkSize = 2;
 
+long long fittingSwappedLength(unsigned int length, const QByteArray& afterHeader)
+{
+    const unsigned int swapped = qbswap(length);
+    const long long size = static_cast<long long>(swapped) + checkSize + 1;
+    if (afterHeader.size() < size || afterHeader[static_cast<int>(size) - 1] != CSocketAPI::frameEnd)
+        return -1;
+    const bool isExact = afterHeader.size() == size || afterHeader[static_cast<int>(size)] == CSocketAPI::frameStart;
+    return isExact ? static_cast<long long>(swapped) : -1;
+}
+
 FrameStream::FrameStream(int kept, unsigned int largest) : keptBytes(kept), largestLength(largest) {}
 
 void FrameStream::add(StreamItem item)
 {
     item.offset = offset;
     offset += item.size;
+    if (item.kind == StreamItem::garbage && !items.empty() && items.back().kind == StreamItem::badLength)
+        items.back().swappedLength =
+            fittingSwappedLength(items.back().content.length, item.bytes.mid(CSocketAPI::headerSize - 1));
+    if (item.kind == StreamItem::cut && item.size == CSocketAPI::headerSize + item.content.payload.size())
+        item.swappedLength = fittingSwappedLength(item.content.length, item.content.payload);
     items.push_back(std::move(item));
 }
 

@@ -34,7 +34,14 @@ struct StreamItem {
     long long size = 0;   // in bytes
     Frame content;        // empty for garbage and cutHeader; for badLength, only the length
     QByteArray bytes;     // of garbage and cutHeader
+
+    // Of cut and badLength: the length in the wrong byte order, if it fits the bytes that came; otherwise -1.
+    long long swappedLength = -1;
 };
+
+// Returns the length in the other byte order if a frame of that length ends exactly where the bytes do that follow
+// the header, or before a start byte; otherwise -1.
+long long fittingSwappedLength(unsigned int length, const QByteArray& afterHeader);
 
 // Splits a stream of bytes into frames as a client does, except that it continues after a frame's end in the same piece
 // and right after a start byte with a bad length. Keeps only the frame that is incomplete.

@@ -181,9 +181,18 @@ Text frameText(const Frame& frame, const FrameSource& source)
     return frame.payload.isEmpty() ? text : Text::tr("%1: %2").arg(text, payloadText(frame, source));
 }
 
+Text swappedText(const StreamItem& item)
+{
+    return Text::tr("length in the wrong byte order, %1 instead of %2; a client would wait for the rest of it")
+        .arg(item.content.length)
+        .arg(item.swappedLength);
+}
+
 Text itemText(const StreamItem& item, const FrameSource& source)
 {
     const Frame& frame = item.content;
+    if (item.swappedLength >= 0)
+        return swappedText(item);
     switch (item.kind) {
     case StreamItem::frame:
         return frameText(frame, source);

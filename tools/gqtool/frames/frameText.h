@@ -14,5 +14,8 @@ Text frameText(const Frame& frame, const FrameSource& source = {});
 // "systemTime", the name in the map of `source`, or "command 0x35".
 Text commandLabel(unsigned char command, const FrameSource& source);
 
+// Says that the length of an item is in the wrong byte order, if it has a swappedLength.
+Text swappedText(const StreamItem& item);
+
 // Any item of a stream on one line: a frame as above, garbage as hex, faults in words.
 Text itemText(const StreamItem& item, const FrameSource& source = {});

@@ -105,6 +105,23 @@ static void takeTexts(const QByteArray& bytes, unsigned int count, Payload& payl
                         .arg(bytes.size());
 }
 
+static Text sizeFault(const QString& form, int size, int count, long long needed)
+{
+    const bool hasCount = size >= 4 && (form == "ints" || form == "bytes" || form == "strings");
+    if (!hasCount)
+        return Text::tr("the payload has %1 bytes, but its form (%2) needs %3").arg(size).arg(form).arg(needed);
+    if (count < 0)
+        return Text::tr("the payload has %1 bytes, and the count of its form (%2) is %3")
+            .arg(size)
+            .arg(form)
+            .arg(count);
+    return Text::tr("the payload has %1 bytes, but its form (%2) with a count of %3 needs %4")
+        .arg(size)
+        .arg(form)
+        .arg(count)
+        .arg(needed);
+}
+
 static Payload payloadOf(const QString& form, const QByteArray& bytes, const Form* records)
 {
     Payload payload;
@@ -121,10 +138,7 @@ static Payload payloadOf(const QString& form, const QByteArray& bytes, const For
     else if (form == "strings")
         payload.used += 2LL * count;
     if (bytes.size() < payload.used)
-        payload.fault = Text::tr("the payload has %1 bytes, but its form (%2) needs %3")
-                            .arg(bytes.size())
-                            .arg(form)
-                            .arg(payload.used);
+        payload.fault = sizeFault(form, bytes.size(), static_cast<int>(count), payload.used);
     else if (form == "strings")
         takeTexts(bytes, count, payload);
     else if (form == "ints")

@@ -65,6 +65,8 @@ Text causeMeaning(LinkCause cause)
 QString causeAdvice(LinkCause cause, const CauseContext& context)
 {
     const char* advice = textOf(cause).advice;
+    if (cause == LinkCause::errorFrame && !context.hasCode)
+        advice = QT_TRANSLATE_NOOP("Text", "The error frame has no code that says why. Read the server's log.");
     if (*advice == '\0')
         return {};
     if (cause == LinkCause::closed && context.isReply)

@@ -26,6 +26,7 @@ QString causeWord(LinkCause cause);
 struct CauseContext {
     bool isReply = false; // of a request; otherwise of an earlier stage
     bool isUdp = false;
+    bool hasCode = true; // of an error frame
 };
 
 // Return what a cause means, and what to do about it; empty if there is nothing to do.

@@ -1,5 +1,6 @@
 #include "linkProbe.h"
 
+#include "gqtool/frames/frameText.h"
 #include "gqtool/frames/replyMatch.h"
 #include "peerBytes.h"
 #include "shared/text.h"
@@ -38,6 +39,7 @@ public:
 
     ProbeStage stage;
     ProbeResult result;
+    bool hasCode = true; // of an error frame
 
 private:
     bool fail(LinkCause cause, const Text& detail);
@@ -47,6 +49,7 @@ private:
     bool send(unsigned char command);
     bool receivePiece(QByteArray& came);
     bool receive(AwaitedBytes awaited, int ms, ByteVerdict& verdict);
+    bool hasSurplus(const ByteVerdict& verdict);
     bool ask(unsigned char command, ByteVerdict& verdict);
     bool failWithoutGreeting();
     bool failWithLateGreeting(const ByteVerdict& verdict, const Text& silence);
@@ -86,6 +89,7 @@ bool LinkProbe::finish(const ByteVerdict& verdict)
     result.cause = verdict.cause;
     result.protocol = verdict.protocol;
     result.code = verdict.value;
+    hasCode = verdict.frame && verdict.frame->payload.size() >= 4;
     return verdict.cause == LinkCause::healthy;
 }
 
@@ -226,7 +230,7 @@ bool LinkProbe::awaitGreeting()
         return failWithoutGreeting();
     if (verdict.frame)
         lastSequence = verdict.frame->sequence;
-    return finish(verdict);
+    return finish(verdict) && !hasSurplus(verdict);
 }
 
 // Most servers of other protocols wait for the client to send first. They reject a frame with an error message or close
@@ -278,6 +282,17 @@ bool LinkProbe::failAsEcho()
     return fail(LinkCause::foreign, echoText());
 }
 
+// Returns true with the cause if the peer sends two frames at once.
+bool LinkProbe::hasSurplus(const ByteVerdict& verdict)
+{
+    if (!verdict.next)
+        return false;
+    result.advice = Text::tr("The server sends frames that were not requested. A client drops such a frame if it comes "
+                             "together with a reply, and otherwise takes it for the next reply.");
+    return !fail(LinkCause::badFrame,
+                 Text::tr("%1; then another frame: %2").arg(stage.detail, frameText(*verdict.next)));
+}
+
 bool LinkProbe::ask(unsigned char command, ByteVerdict& verdict)
 {
     const bool isFirstFrame = lastSequence < 0;
@@ -293,7 +308,7 @@ bool LinkProbe::ask(unsigned char command, ByteVerdict& verdict)
     lastSequence = verdict.frame->sequence;
     const Text mismatch = mismatchText(*verdict.frame, request, last);
     if (mismatch.isEmpty())
-        return true;
+        return !hasSurplus(verdict);
     result.advice = Text::tr("The server answers another request, or sends more than one frame for one. A client takes "
                              "such a frame for the reply.");
     return fail(LinkCause::badFrame, mismatch);
@@ -347,7 +362,7 @@ ProbeResult probeLink(const Endpoint& endpoint, const ProbeOptions& options,
         if (probe.stage.isGood)
             continue;
         if (probe.result.advice.isEmpty())
-            probe.result.advice = causeAdvice(probe.result.cause, {step.isAfterGreeting, options.isUdp});
+            probe.result.advice = causeAdvice(probe.result.cause, {step.isAfterGreeting, options.isUdp, probe.hasCode});
         break;
     }
     return probe.result;

@@ -126,6 +126,8 @@ static ByteVerdict foreignVerdict(const QString& protocol, bool isFinal, const Q
 static Text incompleteText(const std::vector<StreamItem>& items)
 {
     for (const StreamItem& item : items) {
+        if (item.swappedLength >= 0)
+            return Text::tr("no complete frame: %1").arg(swappedText(item));
         if (item.kind == StreamItem::badLength)
             return Text::tr("no frame: its header has a length of %1, and a client takes at most %2")
                 .arg(item.content.length)
@@ -148,6 +150,10 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
     for (const StreamItem& item : items) {
         if (item.kind == StreamItem::frame) {
             ByteVerdict verdict = judgeFrame(item.content, awaited);
+            for (const StreamItem* next = &item + 1; next <= &items.back() && !verdict.next; ++next) {
+                if (next->kind == StreamItem::frame)
+                    verdict.next = next->content;
+            }
             if (item.offset > 0)
                 verdict.detail = Text::tr("%1, after %2 bytes that are no frame").arg(verdict.detail).arg(item.offset);
             return verdict;

@@ -12,6 +12,7 @@ struct ByteVerdict {
     LinkCause cause = LinkCause::healthy; // `silent` or `noReply` if there are no bytes
     bool isFinal = false;                 // no further bytes can change it
     std::optional<Frame> frame;           // the valid frame
+    std::optional<Frame> next;            // a frame after it in the same bytes, which a client drops
     int value = 0;                        // its integer, or the code of an error frame
     QString protocol;                     // if foreign: "ssh", "http", "tls" or "unknown"
     Text detail;
