@@ -177,7 +177,7 @@ QString DecodeOptions::mistake(const Form* form) const
         return Text::tr("with --as frames, --csv requires --map FILE and --command COMMAND, and no --request");
     if (!isFrames() && command.isSet())
         return Text::tr("--command requires --as frames");
-    if (!isFrames() && csv.isSet() && !isList(*form))
+    if (form != nullptr && csv.isSet() && !isList(*form))
         return Text::tr("--csv requires a list, and --as %1 is none").arg(as.text());
     return {};
 }
