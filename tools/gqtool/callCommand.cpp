@@ -7,7 +7,6 @@
 #include "gqtool/call/callRun.h"
 #include "gqtool/call/requestPayload.h"
 #include "gqtool/dump/hexReader.h"
-#include "gqtool/integer.h"
 #include "shared/console.h"
 #include "shared/stationProtocol.h"
 #include "shared/text.h"
@@ -41,36 +40,16 @@ static const CallCommand commands[] = {
     {"error", "CODE", QT_TRANSLATE_NOOP("Text", "get an error frame"), commandError, replyInt},
 };
 
-struct FormName {
-    const char* name;
-    const char* meaning;
-    ReplyForm form;
-};
-
-static const FormName forms[] = {
-    {"int", QT_TRANSLATE_NOOP("Text", "an integer"), replyInt},
-    {"ints", QT_TRANSLATE_NOOP("Text", "a list of integers"), replyInts},
-    {"bytes", QT_TRANSLATE_NOOP("Text", "a list of bytes"), replyBytes},
-    {"strings", QT_TRANSLATE_NOOP("Text", "a list of texts"), replyStrings},
-};
-
 static QString formList()
 {
+    static const char* const meanings[] = {
+        QT_TRANSLATE_NOOP("Text", "an integer"), QT_TRANSLATE_NOOP("Text", "a list of integers"),
+        QT_TRANSLATE_NOOP("Text", "a list of bytes"), QT_TRANSLATE_NOOP("Text", "a list of texts")};
     QString text;
-    for (const FormName& form : forms)
-        text += QString("  %1  %2\n").arg(form.name, -7).arg(Text::tr(form.meaning));
+    const char* const* meaning = meanings;
+    for (const QString& name : replyForms())
+        text += QString("  %1  %2\n").arg(name, -7).arg(Text::tr(*meaning++));
     return text;
-}
-
-static bool readForm(const QString& name, ReplyForm& form)
-{
-    for (const FormName& known : forms) {
-        if (name == known.name) {
-            form = known.form;
-            return true;
-        }
-    }
-    return false;
 }
 
 static QString commandList()
@@ -94,9 +73,7 @@ static const CallCommand* findCommand(const QString& name)
 
 static QString unknownCommand(const QString& name, const CommandMap& map)
 {
-    QStringList names;
-    for (const MappedCommand& command : map.all())
-        names.append(command.name);
+    QStringList names = map.names();
     for (const CallCommand& command : commands)
         names.append(command.name);
     return Text::tr("unknown COMMAND '%1'").arg(name) + didYouMean(closestName(name, names));
@@ -132,15 +109,6 @@ static bool readNamed(const CallCommand* command, const QStringList& words, bool
     return true;
 }
 
-// Finds a command of the map by its name or its number.
-static const MappedCommand* findMapped(const CommandMap& map, const QString& word)
-{
-    int number = 0;
-    const MappedCommand* named = map.find(word);
-    return named == nullptr && readInt(word, 0, UCHAR_MAX, number) ? map.find(static_cast<unsigned char>(number))
-                                                                   : named;
-}
-
 // Reads a command of the map, which takes precedence, or one of the commands above. Returns false and the reason in
 // `error`.
 static bool readCommand(const QStringList& words, const CommandMap& map, bool byUdp, CallRun& run, QString& error)
@@ -150,7 +118,7 @@ static bool readCommand(const QStringList& words, const CommandMap& map, bool by
         return false;
     }
     run.name = QString("'%1'").arg(words[0]);
-    if (const MappedCommand* mapped = findMapped(map, words[0])) {
+    if (const MappedCommand* mapped = map.findWord(words[0])) {
         run.name = QString("'%1'").arg(mapped->name);
         run.records = mapped->records;
         return readMapped(*mapped, words.mid(1), run.request, error);
@@ -184,11 +152,12 @@ public:
         request.command = static_cast<unsigned char>(command.number());
         request.arg1 = static_cast<unsigned char>(arg1.number());
         request.arg2 = static_cast<unsigned char>(arg2.number());
-        if (!readForm(reply.text(), request.form)) {
+        if (!replyForms().contains(reply.text())) {
             error = Text::tr("--reply must be int, ints, bytes or strings, got '%1'").arg(reply.text()) +
-                    didYouMean(closestName(reply.text(), {"int", "ints", "bytes", "strings"}));
+                    didYouMean(closestName(reply.text(), replyForms()));
             return false;
         }
+        request.form = replyFormOf(reply.text());
         if (hex.isSet() && !words.isEmpty()) {
             error = Text::tr("--hex and INTEGER exclude each other");
             return false;

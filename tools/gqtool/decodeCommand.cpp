@@ -9,7 +9,6 @@
 #include "gqtool/frames/frameCodec.h"
 #include "gqtool/records/recordDecoding.h"
 #include "input.h"
-#include "integer.h"
 #include "shared/console.h"
 #include "shared/progress.h"
 #include "shared/text.h"
@@ -99,8 +98,6 @@ static int decode(const DecodeRun& run, ByteSource& source, ByteWindow& bytes, D
 
 // --- Options ------------------------------------------------------------------------------------------------------
 
-static const QStringList payloadKinds = {"int", "ints", "bytes", "strings"};
-
 struct DecodeOptions {
     explicit DecodeOptions(CommandLine& line);
 
@@ -165,9 +162,9 @@ QString DecodeOptions::mistake(const Form* form) const
 {
     if (!as.isSet())
         return Text::tr("--as FORM is required; --list prints the forms");
-    if (payload.isSet() && !payloadKinds.contains(payload.text()))
-        return Text::tr("--payload must be one of %1, got '%2'").arg(listText(payloadKinds), payload.text()) +
-               didYouMean(closestName(payload.text(), payloadKinds));
+    if (payload.isSet() && !replyForms().contains(payload.text()))
+        return Text::tr("--payload must be one of %1, got '%2'").arg(listText(replyForms()), payload.text()) +
+               didYouMean(closestName(payload.text(), replyForms()));
     if (!isFrames() && (udp.isSet() || request.isSet() || payload.isSet() || map.isSet() || maxPayload.isSet()))
         return Text::tr("--udp, --request, --payload, --map and --max-payload require --as frames");
     if (form == nullptr && !isFrames())
@@ -185,16 +182,10 @@ QString DecodeOptions::mistake(const Form* form) const
 // Finds the command of the map whose replies --csv writes. Returns null and prints the error if there is none.
 static const MappedCommand* findTable(const CommandMap& commands, const QString& word)
 {
-    int number = 0;
-    const MappedCommand* found = commands.find(word);
-    if (found == nullptr && readInt(word, 0, UCHAR_MAX, number))
-        found = commands.find(static_cast<unsigned char>(number));
-    QStringList names;
-    for (const MappedCommand& known : commands.all())
-        names.append(known.name);
+    const MappedCommand* found = commands.findWord(word);
     if (found == nullptr)
         usageError(Text::tr("--command must be a name or number of the map, got '%1'").arg(word) +
-                   didYouMean(closestName(word, names)));
+                   didYouMean(closestName(word, commands.names())));
     else if (found->records == nullptr || !isList(*found->records))
         usageError(Text::tr("--csv requires a list of records, and the replies to %1 are none").arg(found->name));
     else

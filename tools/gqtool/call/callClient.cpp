@@ -26,21 +26,6 @@ static void failWithError(CallReply& reply, int result, int error)
     reply.fail(result, cause, Text::tr("%1: %2").arg(causeMeaning(cause), errorText(error)));
 }
 
-static QString formName(ReplyForm form)
-{
-    switch (form) {
-    case replyInts:
-        return "ints";
-    case replyBytes:
-        return "bytes";
-    case replyStrings:
-        return "strings";
-    case replyInt:
-        break;
-    }
-    return "int";
-}
-
 // Without the content of the frame, so that --repeat can count equal failures.
 static Text badFrameText(const std::vector<StreamItem>& items)
 {
@@ -195,7 +180,7 @@ private:
         if (result != 1 && isRepeated(frame, sent))
             reply.fail(result, LinkCause::foreign, echoText());
         else if (result != 1)
-            reply.failForm(result, formFault(formName(request.form), frame.payload));
+            reply.failForm(result, formFault(replyForms()[request.form], frame.payload));
     }
 
     int parse(ReplyForm form, const QByteArray& payload, CallReply& reply)

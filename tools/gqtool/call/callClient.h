@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-enum ReplyForm { replyInt, replyInts, replyBytes, replyStrings };
+enum ReplyForm { replyInt, replyInts, replyBytes, replyStrings }; // in the order of replyForms()
 
 struct CallRequest {
     unsigned char command = 0;

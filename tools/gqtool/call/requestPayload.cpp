@@ -47,19 +47,15 @@ static QString wrongCount(const MappedCommand& command, const QStringList& words
         .arg(command.request);
 }
 
-static ReplyForm replyFormOf(const MappedCommand& command)
+ReplyForm replyFormOf(const QString& name)
 {
-    if (command.reply == "ints")
-        return replyInts;
-    if (command.reply == "bytes")
-        return replyBytes;
-    return command.reply == "strings" ? replyStrings : replyInt;
+    return static_cast<ReplyForm>(replyForms().indexOf(name));
 }
 
 bool readMapped(const MappedCommand& command, const QStringList& words, CallRequest& request, QString& error)
 {
     request.command = command.number;
-    request.form = replyFormOf(command);
+    request.form = replyFormOf(command.reply);
     if (command.request == "hex") {
         HexError wrong;
         if (readHex(words.join(' ').toUtf8(), request.payload, wrong))

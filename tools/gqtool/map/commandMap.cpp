@@ -3,6 +3,7 @@
 #include "gqtool/bytes/readAll.h"
 #include "gqtool/closestName.h"
 #include "gqtool/errorList.h"
+#include "gqtool/integer.h"
 #include "gqtool/records/recordFields.h"
 #include "shared/text.h"
 
@@ -10,6 +11,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <climits>
 
 static const int largestFile = 1 << 20;
 static const int largestCommand = 0xfe; // 0xff marks error frames
@@ -17,6 +19,11 @@ static const int largestCommand = 0xfe; // 0xff marks error frames
 QString commandText(unsigned char command)
 {
     return QString("0x%1").arg(command, 2, 16, QChar('0'));
+}
+
+QStringList replyForms()
+{
+    return {"int", "ints", "bytes", "strings"};
 }
 
 // --- Words --------------------------------------------------------------------------------------------------------
@@ -58,7 +65,7 @@ static QString readReply(const QString& word, MappedCommand& command)
 {
     const QString records = "bytes:";
     command.reply = word.startsWith(records) ? QString("bytes") : word;
-    const QStringList kinds = {"int", "ints", "bytes", "strings"};
+    const QStringList kinds = replyForms();
     if (!kinds.contains(command.reply))
         return Text::tr("REPLY must be int, ints, bytes, strings or bytes:FORM, got '%1'").arg(word) +
                didYouMean(closestName(word, kinds));
@@ -145,4 +152,20 @@ const MappedCommand* CommandMap::find(unsigned char number) const
     const auto found = std::find_if(commands.begin(), commands.end(),
                                     [&](const MappedCommand& command) { return command.number == number; });
     return found == commands.end() ? nullptr : &*found;
+}
+
+const MappedCommand* CommandMap::findWord(const QString& nameOrNumber) const
+{
+    int number = 0;
+    const MappedCommand* named = find(nameOrNumber);
+    return named == nullptr && readInt(nameOrNumber, 0, UCHAR_MAX, number) ? find(static_cast<unsigned char>(number))
+                                                                           : named;
+}
+
+QStringList CommandMap::names() const
+{
+    QStringList all;
+    for (const MappedCommand& command : commands)
+        all.append(command.name);
+    return all;
 }

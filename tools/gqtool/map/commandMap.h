@@ -32,14 +32,19 @@ public:
     // Return null if there is no such command.
     const MappedCommand* find(const QString& name) const;
     const MappedCommand* find(unsigned char number) const;
+    const MappedCommand* findWord(const QString& nameOrNumber) const;
 
     const std::vector<MappedCommand>& all() const { return commands; }
+    QStringList names() const;
 
 private:
     QString addLine(const QString& line, int number);
 
     std::vector<MappedCommand> commands;
 };
+
+// Returns "int", "ints", "bytes" and "strings", the forms of a reply.
+QStringList replyForms();
 
 // "0x35"
 QString commandText(unsigned char command);
