@@ -116,8 +116,8 @@ TEST(GqtoolStream, decodesAndEncodesALongListInLittleMemory)
     GTEST_SKIP() << "AddressSanitizer needs more address space than any limit leaves";
 #endif
     const QTemporaryDir folder;
-    const int count = 400000;
-    const InputFile bytes(boolDatas(count)); // 4 MB, and 50 MB of JSON
+    const int count = 200000;
+    const InputFile bytes(boolDatas(count)); // 2 MB, and 12 MB of JSON
     const QString json = folder.filePath("json");
     for (const char* options : {"", "--csv -", "--json"}) {
         SCOPED_TRACE(options);
