@@ -112,6 +112,7 @@ struct ExpectedStep {
 
 static void apply(const ExpectedStep& step, SendFaults& faults)
 {
+    static const SendFaults noFaults; // g++ 14 wrongly takes the `error` of a temporary for uninitialized
     switch (step.fault) {
     case Fault::late:
         faults.lateMs = step.value;
@@ -141,7 +142,7 @@ static void apply(const ExpectedStep& step, SendFaults& faults)
         faults.downMs = step.value;
         break;
     case Fault::none:
-        faults = SendFaults();
+        faults = noFaults;
     }
 }
 

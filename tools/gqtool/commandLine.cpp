@@ -133,7 +133,8 @@ public:
 
     std::string make_option_name(const CLI::Option* option, bool isPositional) const override
     {
-        return CLI::detail::find_and_replace(Formatter::make_option_name(option, isPositional), ",", ", ");
+        return isPositional ? option->get_option_text()
+                            : CLI::detail::find_and_replace(Formatter::make_option_name(option, false), ",", ", ");
     }
 
     std::string make_option_opts(const CLI::Option* option) const override
@@ -203,8 +204,9 @@ Option CommandLine::requiredArgument(const char* name, const QString& meaning)
 
 Option CommandLine::optionalArgument(const char* name, const QString& meaning)
 {
-    CLI::Option* option = app->add_option(name, CLI::callback_t(), meaning.toStdString());
-    option->type_name("");
+    const QString key = QString(name).replace(':', '_'); // CLI11 accepts no colon since version 2.4
+    CLI::Option* option = app->add_option(key.toStdString(), CLI::callback_t(), meaning.toStdString());
+    option->type_name("")->option_text(name);
     return {option, {}};
 }
 
@@ -258,8 +260,10 @@ static QString errorText(const CLI::App& app, const QStringList& arguments, cons
         return Text::tr("%1 requires %2").arg(text.section(' ', 0, 0), text.section(' ', 2));
     if (kind == CLI::ExitCodes::ExcludesError)
         return Text::tr("%1 excludes %2").arg(text.section(' ', 0, 0), text.section(' ', 2));
-    if (kind == CLI::ExitCodes::RequiredError)
-        return Text::tr("%1 is required").arg(text.section(' ', 0, 0));
+    if (kind == CLI::ExitCodes::RequiredError) {
+        const CLI::Option* argument = app.get_option(text.section(' ', 0, 0).toStdString());
+        return Text::tr("%1 is required").arg(QString::fromStdString(argument->get_option_text()));
+    }
     return text;
 }
 

@@ -71,7 +71,10 @@ Text jsonErrorText(const char* exceptionText)
         "(?<expected>.*)$",
         QRegularExpression::DotMatchesEverythingOption);
     static const QRegularExpression overflow("^number overflow parsing '(.*)'$");
-    const QString text = QString::fromUtf8(exceptionText).section("] ", 1); // "[json.exception.parse_error.101] ..."
+    QString text = QString::fromUtf8(exceptionText).section("] ", 1); // "[json.exception.parse_error.101] ..."
+    // Some versions of the parser name an empty input, others the end of input like any other.
+    text.replace(QRegularExpression("attempting to parse an empty input;.*"),
+                 "syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal");
     const QRegularExpressionMatch place = syntax.match(text);
     if (place.hasMatch())
         return syntaxError(place);
