@@ -47,7 +47,7 @@ int CByte2Val::byte2List(const char* buf, int len, std::vector<int>& out)
     if (len < 4 || len < wrappedNeed(load32(buf), 4))
         return 0;
     const size_t first = out.size();
-    out.resize(first + load32(buf));
+    out.resize(fullSize(first, load32(buf)));
     if (!holdsItems(len, load32(buf), 4))
         return 0;
     const char* at = buf + 4;
@@ -61,7 +61,7 @@ int CByte2Val::byte2List(const char* buf, int len, std::vector<float>& out)
     if (len < 4 || len < wrappedNeed(load32(buf), 4))
         return 0;
     const size_t first = out.size();
-    out.resize(first + load32(buf));
+    out.resize(fullSize(first, load32(buf)));
     if (!holdsItems(len, load32(buf), 4))
         return 0;
     const char* at = buf + 4;
@@ -75,7 +75,7 @@ int CByte2Val::byte2List(const char* buf, int len, std::vector<double>& out)
     if (len < 4 || len < wrappedNeed(load32(buf), 4))
         return 0;
     const size_t first = out.size();
-    out.resize(first + load32(buf));
+    out.resize(fullSize(first, load32(buf)));
     if (!holdsItems(len, load32(buf), 4))
         return 0;
     const char* at = buf + 4;
@@ -90,7 +90,7 @@ int CByte2Val::byte2List(const char* buf, int len, std::vector<unsigned char>& o
         return 0;
     const size_t first = out.size();
     const size_t count = load32(buf);
-    out.resize(first + count);
+    out.resize(fullSize(first, load32(buf)));
     if (!holdsItems(len, load32(buf), 1))
         return 0;
     if (count > 0)

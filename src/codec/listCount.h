@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 // What the count of a list means: for the bytes that follow it, and for the vector that it fills. Internal.
 namespace gqdb {
@@ -25,6 +26,13 @@ inline bool holdsItems(int size, unsigned int count, unsigned int itemSize)
 inline size_t appendedSize(size_t size, unsigned int count)
 {
     return static_cast<unsigned int>(size + count);
+}
+
+// The same for a list whose size is not cut to 32 bits. Where size_t has no more, a larger sum becomes the largest size_t,
+// at which the vector raises std::length_error.
+inline size_t fullSize(size_t size, unsigned int count)
+{
+    return count <= SIZE_MAX - size ? size + count : SIZE_MAX;
 }
 
 // Capacity to reserve for a list that grows from `size` to `wanted` elements; 0 if `capacity` is enough. It is at
