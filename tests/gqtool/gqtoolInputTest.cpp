@@ -1,3 +1,4 @@
+#include "gqtool/bytes/byteSource.h"
 #include "support/gqtoolProgram.h"
 #include "support/inputFile.h"
 
@@ -42,6 +43,19 @@ TEST(GqtoolInput, readsFilesAndStandardInput)
     EXPECT_EQ(runWithInput({"sum", "-"}, nineDigits.toLatin1()).output, nineDigitsSums);
     EXPECT_EQ(runWithInput({"sum", "--raw", "-"}, "123456789").output, nineDigitsSums);
     EXPECT_EQ(runWithInput({"sum", "--raw", "--file", "-"}, "123456789").output, nineDigitsSums);
+}
+
+TEST(GqtoolInput, readsFilesOf2GiBAndMore)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("large"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(3000000000)); // sparse
+    FileSource source(file.fileName());
+    EXPECT_EQ(source.total(), 3000000000);
+    QByteArray bytes;
+    EXPECT_TRUE(source.read(bytes));
+    EXPECT_EQ(bytes, QByteArray(65536, '\0'));
 }
 
 TEST(GqtoolInput, readsAGoldenFile)
