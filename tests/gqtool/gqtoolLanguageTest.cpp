@@ -336,6 +336,8 @@ public:
         QDir(folder.path()).mkpath("bin");
         QDir(folder.path()).mkpath("share/gqLib/translations");
         EXPECT_TRUE(QFile::copy(GQTOOL, program()));
+        const QString emulated = GQTOOL ".elf"; // which GQTOOL runs if it is a script of scripts/emulated
+        EXPECT_TRUE(!QFile::exists(emulated) || QFile::copy(emulated, program() + ".elf"));
     }
 
     QString program() const { return folder.filePath("bin/gqtool"); }

@@ -157,10 +157,11 @@ protected:
 TEST_F(ReadWriteLock, keepsTheOrderOfItsFields)
 {
     const char* base = reinterpret_cast<const char*>(&lock);
+    const size_t guard = sizeof(void*); // a mutex is aligned as a pointer is
     EXPECT_EQ(reinterpret_cast<const char*>(&lock.readerCount), base);
-    EXPECT_EQ(reinterpret_cast<const char*>(&lock.readerGuard), base + 8);
-    EXPECT_EQ(reinterpret_cast<const char*>(&lock.writeMutex), base + 8 + sizeof(pthread_mutex_t));
-    EXPECT_EQ(sizeof(gqdb::CReadWriteLock), 8 + 2 * sizeof(pthread_mutex_t));
+    EXPECT_EQ(reinterpret_cast<const char*>(&lock.readerGuard), base + guard);
+    EXPECT_EQ(reinterpret_cast<const char*>(&lock.writeMutex), base + guard + sizeof(pthread_mutex_t));
+    EXPECT_EQ(sizeof(gqdb::CReadWriteLock), guard + 2 * sizeof(pthread_mutex_t));
 }
 
 TEST_F(ReadWriteLock, startsUnlocked)

@@ -58,9 +58,9 @@ static_assert(std::is_trivially_copyable_v<SocketOwner> && std::is_trivially_des
 
 static_assert(std::is_same_v<decltype(TcpSocketStatus::socket), CTcpSocket*>);
 static_assert(offsetof(TcpSocketStatus, socket) == 0);
-static_assert(offsetof(TcpSocketStatus, readable) == 8);
-static_assert(offsetof(TcpSocketStatus, writable) == 12);
-static_assert(offsetof(TcpSocketStatus, exceptional) == 16);
+static_assert(offsetof(TcpSocketStatus, readable) == sizeof(void*));
+static_assert(offsetof(TcpSocketStatus, writable) == sizeof(void*) + 4);
+static_assert(offsetof(TcpSocketStatus, exceptional) == sizeof(void*) + 8);
 
 // --- Creating a socket ---
 

@@ -76,9 +76,9 @@ TEST(ThreadClass, keepsTheOrderOfItsFieldsAfterTheTable)
 {
     const TestThread thread;
     const char* base = reinterpret_cast<const char*>(static_cast<const gqdb::CThread*>(&thread));
-    EXPECT_EQ(reinterpret_cast<const char*>(&thread.threadId) - base, 8);
-    EXPECT_EQ(reinterpret_cast<const char*>(&thread.threadHandle) - base, 16);
-    EXPECT_EQ(sizeof(gqdb::CThread), 24u);
+    EXPECT_EQ(reinterpret_cast<const char*>(&thread.threadId) - base, ptrdiff_t(sizeof(void*)));
+    EXPECT_EQ(reinterpret_cast<const char*>(&thread.threadHandle) - base, ptrdiff_t(2 * sizeof(void*)));
+    EXPECT_EQ(sizeof(gqdb::CThread), 3 * sizeof(void*));
 }
 
 // The table of virtual operations: complete destructor, deleting destructor, run.

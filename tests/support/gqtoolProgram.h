@@ -1,17 +1,18 @@
 #pragma once
 
+#include "support/slowness.h"
+
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
 
 // Runs gqtool and other programs as separate processes.
 
-static const int waitMs = 40000 * std::max(1, qEnvironmentVariableIntValue("GQLIB_TEST_SLOWNESS")); // emulators
+static const int waitMs = 40000 * slowness();
 
 struct Outcome {
     int exitCode;

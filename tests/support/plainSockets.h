@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/slowness.h"
+
 #include <chrono>
 #include <set>
 #include <string>
@@ -10,7 +12,7 @@
 // The other side of an endpoint under test, with plain system calls on the loopback address, and queries about the
 // test's own process. If a system call fails unexpectedly, the running test fails.
 
-static constexpr int limitMs = 5000; // of waits, which normally end much earlier
+static const int limitMs = 5000 * slowness(); // of waits, which normally end much earlier
 
 // --- Descriptors ---
 

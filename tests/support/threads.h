@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/slowness.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -105,10 +107,10 @@ inline bool isFreeForOthers(pthread_mutex_t& mutex)
     return result;
 }
 
-// Polls until the condition is true. Returns false after five seconds.
+// Polls until the condition is true. Returns false after five seconds, later if this machine is slow.
 inline bool comesTrue(const std::function<bool()>& condition)
 {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5 * slowness());
     while (!condition()) {
         if (std::chrono::steady_clock::now() > limit)
             return false;
