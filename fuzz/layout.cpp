@@ -59,7 +59,8 @@ bool hasPlainTexts(const Layout& layout, const char* buf)
 {
     for (const int field : layout.fields) {
         const int size = static_cast<int>(fieldSize(field, buf, 65537));
-        if (field == textField && !std::all_of(buf + 2, buf + size, [](char letter) { return letter > 0; }))
+        if (field == textField &&
+            !std::all_of(buf + 2, buf + size, [](char letter) { return static_cast<signed char>(letter) > 0; }))
             return false;
         buf += size;
     }
