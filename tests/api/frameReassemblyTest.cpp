@@ -393,6 +393,15 @@ TEST(TcpApiRecvData, growsToTheFrameSizeOnceHalfOfTheFrameHasArrived)
     EXPECT_EQ(client.recvFrame.capacity(), (1 << 20) + 13);
 }
 
+TEST(TcpApiRecvData, growsToTwiceItsSizeAtMostBeforeHalfOfTheFrameHasArrived)
+{
+    FedClient client;
+    EXPECT_FALSE(client.feed(frameWith("00001800"_hex, QByteArray(655300, '\0')))); // of 1.5 MiB + 13 bytes
+    EXPECT_EQ(client.recvFrame.capacity(), 655350);
+    EXPECT_FALSE(client.feed(QByteArray(41, '\0')));
+    EXPECT_LE(client.recvFrame.capacity(), 2 * 655351);
+}
+
 TEST(TcpApiRecvData, assemblesAFrameLargerThanTheReadBuffer)
 {
     const int length = 1024 * 1024; // 0x00100000

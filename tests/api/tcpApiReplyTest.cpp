@@ -1,7 +1,10 @@
 #include "support/frames.h"
 #include "support/openTcpClient.h"
+#include "support/scriptedServer.h"
 
 #include <climits>
+
+#include <malloc.h>
 
 // How a derived client handles a frame that recvDatas() kept.
 static void dropFrame(OpenTcpClient& client)
@@ -309,6 +312,19 @@ TEST(TcpApiRecvDatas, requestsAsManyBytesAsTheReadBufferHolds)
 }
 
 // --- recvInt ---
+
+// The memory of such a frame is freed with it.
+TEST(TcpApiRecvInt, readsTheIntegerOfALargeFrame)
+{
+    mallopt(M_PERTURB, 0x55); // freed memory changes
+    const QByteArray frame = "68 00001000 0000 00 00 10 07000000"_hex + QByteArray((1 << 20) - 4, '\0') + "0000 16"_hex;
+    ScriptedServer server{{sendsApart({greeting, frame})}};
+    OpenTcpClient client;
+    ASSERT_EQ(client.connect("127.0.0.1", server.port()), 1);
+    EXPECT_EQ(client.recvInt(), 7);
+    EXPECT_TRUE(client.holdsNoFrame());
+    mallopt(M_PERTURB, 0);
+}
 
 TEST(TcpApiRecvInt, returnsTheIntegerOfTheReplyWithTheLinkUp)
 {
