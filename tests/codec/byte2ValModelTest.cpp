@@ -134,7 +134,7 @@ static void comparePlainLists(int (*reader)(const char*, int, std::vector<Value>
             if (bytes.size() < 4 || int(bytes.size()) < need)
                 return;
             expectedResult = INT_MIN;
-            expected.resize(before.size() + count);
+            expected.insert(expected.end(), count, Value());
             expectedResult = 0;
             if (4 + 1ull * width * count > bytes.size())
                 return;

@@ -96,7 +96,7 @@ static const std::string makesCanSocket = "socket(AF_CAN, SOCK_RAW, 1)\n"; // CA
 static const std::string ignoresItsOwnFrames = "setsockopt(#, SOL_CAN_RAW, CAN_RAW_RECV_OWN_MSGS, [00 00 00 00], 4)\n";
 static const std::string binds = "bind(#, {AF_CAN, 5}, 16)\n";
 static const std::string asksForASecond =
-    "setsockopt(#, SOL_CAN_RAW, 20, [01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n";
+    "setsockopt(#, SOL_CAN_RAW, 20, " + timeOption("01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") + ")\n";
 
 using CanOpen = CanCalls;
 
@@ -108,7 +108,8 @@ TEST_F(CanOpen, bindsToTheInterface)
                             "ioctl(7, SIOCGIFINDEX, can0)\n"
                             "setsockopt(7, SOL_CAN_RAW, CAN_RAW_RECV_OWN_MSGS, [00 00 00 00], 4)\n"
                             "bind(7, {AF_CAN, 5}, 16)\n"
-                            "setsockopt(7, SOL_CAN_RAW, 20, [01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n");
+                            "setsockopt(7, SOL_CAN_RAW, 20, " +
+                                timeOption("01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") + ")\n");
     EXPECT_EQ(prints.take(), "can0 can_ifindex = 5\ncan ret:0");
     EXPECT_EQ(*can.handle, 7);
     EXPECT_TRUE(can.isValid());
@@ -126,7 +127,8 @@ TEST_F(CanOpen, doesNotBlockIfAsync)
                             "bind(7, {AF_CAN, 5}, 16)\n"
                             "fcntl(7, F_GETFL, 0)\n"
                             "fcntl(7, F_SETFL, 2050)\n" // 2048 O_NONBLOCK
-                            "setsockopt(7, SOL_CAN_RAW, 20, [01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n");
+                            "setsockopt(7, SOL_CAN_RAW, 20, " +
+                                timeOption("01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") + ")\n");
     EXPECT_EQ(prints.take(), "can0 can_ifindex = 5\ncan ret:0");
 }
 
@@ -603,7 +605,7 @@ TEST_F(CanSetRecvOverTm, setsOption20AndPrintsTheResult)
     setDescriptor(7);
     for (const auto& [ms, bytes] : optionTimes) {
         EXPECT_EQ(setRecvOverTm(ms), 1);
-        EXPECT_EQ(calls.take(), std::string("setsockopt(7, SOL_CAN_RAW, 20, [") + bytes + "], 16)\n");
+        EXPECT_EQ(calls.take(), "setsockopt(7, SOL_CAN_RAW, 20, " + timeOption(bytes) + ")\n");
         EXPECT_EQ(prints.take(), "ret:0\n");
     }
 }
@@ -647,7 +649,7 @@ TEST_F(CanSetSendOverTm, setsOption21AndPrintsNothing)
     setDescriptor(7);
     for (const auto& [ms, bytes] : optionTimes) {
         EXPECT_EQ(setSendOverTm(ms), 1);
-        EXPECT_EQ(calls.take(), std::string("setsockopt(7, SOL_CAN_RAW, 21, [") + bytes + "], 16)\n");
+        EXPECT_EQ(calls.take(), "setsockopt(7, SOL_CAN_RAW, 21, " + timeOption(bytes) + ")\n");
     }
     calls.refuse("setsockopt", ENOPROTOOPT);
     EXPECT_EQ(setSendOverTm(1000), 1);
@@ -673,8 +675,11 @@ TEST_F(CanTimeSetters, acceptDescriptorOne)
     setDescriptor(1);
     EXPECT_EQ(setRecvOverTm(0), 1);
     EXPECT_EQ(setSendOverTm(0), 1);
-    EXPECT_EQ(calls.take(), "setsockopt(1, SOL_CAN_RAW, 20, [00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n"
-                            "setsockopt(1, SOL_CAN_RAW, 21, [00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n");
+    EXPECT_EQ(calls.take(), "setsockopt(1, SOL_CAN_RAW, 20, " +
+                                timeOption("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") +
+                                ")\n"
+                                "setsockopt(1, SOL_CAN_RAW, 21, " +
+                                timeOption("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") + ")\n");
     prints.take();
 }
 
@@ -685,9 +690,13 @@ TEST_F(CanTimeSetters, overrideTheVirtualOperationsOfTheBase)
     EXPECT_EQ(prints.of([&] { return base.setRecvOverTm(0); }), 1);
     EXPECT_EQ(base.setSendOverTm(0), 1);
     base.close();
-    EXPECT_EQ(calls.take(), "setsockopt(7, SOL_CAN_RAW, 20, [00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n"
-                            "setsockopt(7, SOL_CAN_RAW, 21, [00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n"
-                            "close(7)\n");
+    EXPECT_EQ(calls.take(), "setsockopt(7, SOL_CAN_RAW, 20, " +
+                                timeOption("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") +
+                                ")\n"
+                                "setsockopt(7, SOL_CAN_RAW, 21, " +
+                                timeOption("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") +
+                                ")\n"
+                                "close(7)\n");
     EXPECT_EQ(*can.handle, 0);
     prints.take();
 }

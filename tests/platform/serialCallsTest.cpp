@@ -113,8 +113,8 @@ TEST(SerialClass, keepsTheOrderOfItsFields)
     const OpenSerial serial;
     const char* object = reinterpret_cast<const char*>(&serial);
     EXPECT_EQ(reinterpret_cast<const char*>(&serial.opened) - object, 0);
-    EXPECT_EQ(reinterpret_cast<const char*>(&serial.handle) - object, 8);
-    EXPECT_EQ(sizeof(CSerial), 16u);
+    EXPECT_EQ(reinterpret_cast<const char*>(&serial.handle) - object, ptrdiff_t(sizeof(void*)));
+    EXPECT_EQ(sizeof(CSerial), 2 * sizeof(void*));
 }
 
 using SerialConstruct = SerialCalls;

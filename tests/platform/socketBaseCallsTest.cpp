@@ -152,7 +152,7 @@ TEST_F(SocketBaseSetRecvOverTm, passesTheTimeToTheSystem)
     setDescriptor(7);
     for (const auto& [ms, bytes] : optionTimes) {
         EXPECT_EQ(endpoint.setRecvOverTm(ms), 1);
-        EXPECT_EQ(calls.take(), std::string("setsockopt(7, SOL_SOCKET, SO_RCVTIMEO, [") + bytes + "], 16)\n");
+        EXPECT_EQ(calls.take(), "setsockopt(7, SOL_SOCKET, SO_RCVTIMEO, " + timeOption(bytes) + ")\n");
         EXPECT_EQ(takeOutput(), "setRecvOverTm:0, " + std::to_string(ms) + "\n");
     }
 }
@@ -204,8 +204,8 @@ TEST_F(SocketBaseSetRecvOverTm, acceptsDescriptorOne)
 {
     setDescriptor(1);
     EXPECT_EQ(endpoint.setRecvOverTm(1000), 1);
-    EXPECT_EQ(calls.take(),
-              "setsockopt(1, SOL_SOCKET, SO_RCVTIMEO, [01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n");
+    EXPECT_EQ(calls.take(), "setsockopt(1, SOL_SOCKET, SO_RCVTIMEO, " +
+                                timeOption("01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") + ")\n");
     EXPECT_EQ(takeOutput(), "setRecvOverTm:0, 1000\n");
 }
 
@@ -216,7 +216,7 @@ TEST_F(SocketBaseSetSendOverTm, passesTheTimeToTheSystemAndPrintsNothing)
     setDescriptor(7);
     for (const auto& [ms, bytes] : optionTimes) {
         EXPECT_EQ(endpoint.setSendOverTm(ms), 1);
-        EXPECT_EQ(calls.take(), std::string("setsockopt(7, SOL_SOCKET, SO_SNDTIMEO, [") + bytes + "], 16)\n");
+        EXPECT_EQ(calls.take(), "setsockopt(7, SOL_SOCKET, SO_SNDTIMEO, " + timeOption(bytes) + ")\n");
     }
 }
 
@@ -289,10 +289,11 @@ TEST_F(SocketBaseSilentSetters, acceptDescriptorOne)
     setDescriptor(1);
     for (const auto setter : silentSetters)
         EXPECT_EQ((endpoint.*setter)(1000), 1);
-    EXPECT_EQ(calls.take(),
-              "setsockopt(1, SOL_SOCKET, SO_SNDTIMEO, [01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00], 16)\n"
-              "setsockopt(1, SOL_SOCKET, SO_RCVBUF, [e8 03 00 00], 4)\n"
-              "setsockopt(1, SOL_SOCKET, SO_SNDBUF, [e8 03 00 00], 4)\n");
+    EXPECT_EQ(calls.take(), "setsockopt(1, SOL_SOCKET, SO_SNDTIMEO, " +
+                                timeOption("01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00") +
+                                ")\n"
+                                "setsockopt(1, SOL_SOCKET, SO_RCVBUF, [e8 03 00 00], 4)\n"
+                                "setsockopt(1, SOL_SOCKET, SO_SNDBUF, [e8 03 00 00], 4)\n");
 }
 
 // --- Non-blocking mode ---

@@ -92,10 +92,11 @@ TEST(UdpServerClass, addsItsFieldsInOrderAfterThoseOfTheBase)
     const auto offset = [&server](const void* field) {
         return static_cast<const char*>(field) - reinterpret_cast<const char*>(&server);
     };
-    EXPECT_EQ(offset(&server.multicastGroup), 64);     // after the 64 bytes of the base
-    EXPECT_EQ(offset(&server.multicastInterface), 96); // after the 32 bytes of a std::string
-    EXPECT_EQ(offset(&server.multicastJoined), 128);
-    EXPECT_EQ(sizeof(CUdpServer), 136u);
+    const bool isWide = sizeof(void*) == 8;
+    EXPECT_EQ(offset(&server.multicastGroup), isWide ? 64 : 40);     // after the base
+    EXPECT_EQ(offset(&server.multicastInterface), isWide ? 96 : 64); // after the 32 or 24 bytes of a std::string
+    EXPECT_EQ(offset(&server.multicastJoined), isWide ? 128 : 88);
+    EXPECT_EQ(sizeof(CUdpServer), isWide ? 136u : 92u);
 }
 
 // --- The endpoints under test ---

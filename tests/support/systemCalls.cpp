@@ -132,6 +132,13 @@ std::string SystemCalls::take()
 
 // --- Text of a call ---
 
+std::string timeOption(const std::string& wide)
+{
+    if (sizeof(timeval) == 16)
+        return "[" + wide + "], 16";
+    return "[" + wide.substr(0, 12) + wide.substr(24, 11) + "], 8";
+}
+
 #define NAME(constant)                                                                                                 \
     {                                                                                                                  \
         constant, #constant                                                                                            \
@@ -224,7 +231,8 @@ static void writeSet(fd_set* set, int count, const std::vector<int>& ready)
     if (set == nullptr)
         return;
     auto* octets = reinterpret_cast<unsigned char*>(set);
-    std::fill_n(octets, (count + 63) / 64 * 8, '\0');
+    const int wordSize = int(sizeof(unsigned long));
+    std::fill_n(octets, (count + 8 * wordSize - 1) / (8 * wordSize) * wordSize, '\0');
     for (const int descriptor : ready)
         octets[descriptor / 8] |= static_cast<unsigned char>(1 << descriptor % 8);
 }

@@ -11,6 +11,10 @@
 
 class SystemCallScript;
 
+// The last arguments of a setsockopt(2) that sets a time: its bytes and their number. `wide` has seconds and microseconds
+// of 8 bytes each; where time_t has 4, so has each of them.
+std::string timeOption(const std::string& wide);
+
 // Replaces the system. The test program defines the libc functions that the library calls (systemCalls.cpp), and the
 // dynamic linker binds the library to them. While an object of this class exists, such calls of its thread are recorded
 // and answered from a script, and none reaches the system. Otherwise they are forwarded to libc.
@@ -39,7 +43,7 @@ public:
     void refuse(const std::string& function, int error); // -1 and this errno
 
     // Sets the descriptors that a select leaves in its sets. A select without an answer times out. As in the system,
-    // sets are written in whole 64-bit words up to the count, and not at all if the result is negative.
+    // sets are written in whole words up to the count, and not at all if the result is negative.
     using Descriptors = std::vector<int>;
     void answerSelect(int result, const Descriptors& readable, const Descriptors& writable,
                       const Descriptors& exceptional);
