@@ -46,10 +46,11 @@ static QString overview()
         .arg(list);
 }
 
-// Prints Qt's warnings like the program's own messages. One is no fault: a file opened for appending may be a pipe.
+// Prints Qt's warnings like the program's own messages. Two are no faults: a file opened for appending may be a pipe,
+// and Qt 6.8 replaces a locale without UTF-8, such as C.
 static void printWarning(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
 {
-    if (!message.contains("Cannot call seek on a sequential device"))
+    if (!message.contains("Cannot call seek on a sequential device") && !message.startsWith("Detected locale "))
         printError(message);
 }
 
