@@ -8,31 +8,44 @@
 
 extern "C" void __gcov_dump(); // NOLINT(bugprone-reserved-identifier): part of gcc
 
+// Another signal must not interrupt the writing: files that are written twice at a time are damaged.
+[[gnu::destructor]] static void ignoreSignals()
+{
+    std::signal(SIGTERM, SIG_IGN);
+    std::signal(SIGINT, SIG_IGN);
+}
+
+static void writeCounters()
+{
+    ignoreSignals();
+    __gcov_dump();
+}
+
 static void endBySignal(int signal)
 {
-    __gcov_dump();
+    writeCounters();
+    std::signal(signal, SIG_DFL);
     raise(signal); // takes effect once the handler returns
 }
 
 [[gnu::constructor]] static void handleSignals()
 {
-    struct sigaction action = {};
-    action.sa_handler = endBySignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
+    std::signal(SIGTERM, endBySignal);
+    std::signal(SIGINT, endBySignal);
 }
 
 extern "C" int kill(pid_t process, int signal) noexcept
 {
-    if (process == getpid())
-        __gcov_dump();
+    if (process == getpid()) {
+        writeCounters();
+        std::signal(signal, SIG_DFL);
+    }
     return static_cast<int>(syscall(SYS_kill, process, signal));
 }
 
 extern "C" void _exit(int code)
 {
-    __gcov_dump();
+    writeCounters();
     syscall(SYS_exit_group, code);
     __builtin_unreachable();
 }
