@@ -46,14 +46,6 @@ static QString overview()
         .arg(list);
 }
 
-// Prints Qt's warnings like the program's own messages. Two are no faults: a file opened for appending may be a pipe,
-// and Qt 6.8 replaces a locale without UTF-8, such as C.
-static void printWarning(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
-{
-    if (!message.contains("Cannot call seek on a sequential device") && !message.startsWith("Detected locale "))
-        printError(message);
-}
-
 static int fail(const QString& message)
 {
     printError(message);
@@ -118,7 +110,7 @@ static int runIn(const QStringList& languages, const QStringList& arguments)
 
 int main(int argc, char* argv[])
 {
-    qInstallMessageHandler(printWarning);
+    qInstallMessageHandler(printQtWarning);
     signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends at the write that fails, with a message
     takeStandardOutput();
 

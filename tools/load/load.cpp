@@ -207,6 +207,7 @@ static bool load(const Plan& plan, const StationProcess& station)
 
 int main(int argc, char* argv[])
 {
+    qInstallMessageHandler(printQtWarning);
     const QCoreApplication application(argc, argv);
     CommandLine line("Loads a simulated station with clients and checks every reply.");
     const Option clients =

@@ -80,3 +80,9 @@ void printError(const QString& line)
     const QByteArray bytes = QByteArray(program_invocation_short_name) + ": " + visible.toUtf8() + '\n';
     std::fputs(bytes.constData(), stderr);
 }
+
+void printQtWarning(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
+{
+    if (!message.contains("Cannot call seek on a sequential device") && !message.startsWith("Detected locale "))
+        printError(message);
+}

@@ -2,6 +2,7 @@
 
 #include <QJsonObject>
 #include <QString>
+#include <QtGlobal>
 
 // The program prints its data to a separate descriptor: the library prints a line to standard output whenever a receive
 // time-out is set, and scripts must not receive that line.
@@ -21,3 +22,7 @@ void printJson(const QJsonObject& object);
 
 // Prints a line to standard error, after the program's name.
 void printError(const QString& line);
+
+// Prints a warning of Qt in the same way, if qInstallMessageHandler() has it. Leaves out two that are no faults: a file
+// opened for appending may be a pipe, and Qt 6.8 replaces a locale without UTF-8, such as C.
+void printQtWarning(QtMsgType type, const QMessageLogContext& context, const QString& message);

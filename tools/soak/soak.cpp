@@ -160,6 +160,7 @@ static bool soak(double minutes, const StationProcess& station)
 
 int main(int argc, char* argv[])
 {
+    qInstallMessageHandler(printQtWarning);
     const QCoreApplication application(argc, argv);
     CommandLine line("Runs returning clients against a simulated station with random faults.");
     const Option seed = line.integer("seed", "choose the faults from NUMBER (default: 1)", "NUMBER", 0, INT_MAX, 1);
