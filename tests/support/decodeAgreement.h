@@ -154,6 +154,15 @@ inline QJsonValue parsed(const QString& form, const QByteArray& bytes, bool& isG
     return value;
 }
 
+// Of a list of texts that is cut off the library also wants the lengths of all later texts, so it may find fewer.
+inline bool startsWith(const QJsonArray& whole, const QJsonArray& start)
+{
+    int same = 0;
+    while (same < start.size() && same < whole.size() && whole[same] == start[same])
+        ++same;
+    return same == start.size();
+}
+
 inline void requirePayload(const QJsonObject& part, const QByteArray& payload, Agreement& agreement)
 {
     const QString form = part["form"].toString();
@@ -163,7 +172,8 @@ inline void requirePayload(const QJsonObject& part, const QByteArray& payload, A
     const QJsonValue content = parsed(form, payload, isGood);
     agreement.require(isGood == (part["fault"] != "form"), "the library's parser differs on the payload");
     if (part.contains("content"))
-        agreement.require(part["content"] == content, "the library's parser finds another content");
+        agreement.require(isGood ? part["content"] == content : startsWith(part["content"].toArray(), content.toArray()),
+                          "the library's parser finds another content");
 }
 
 inline Decoded decodeFramesAgreed(const QByteArray& stream, const FrameSource& source, Agreement& agreement,
