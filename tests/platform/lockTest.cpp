@@ -323,26 +323,39 @@ TEST_F(ReadWriteLock, allowsTheFirstReaderToWriteDespiteOtherReaders)
 TEST_F(ReadWriteLock, excludesReadersAndWriters)
 {
     int value = 0;
-    OtherThread reader;
-    reader.begin([&] {
-        for (int round = 0; round < 2000; ++round) {
-            lock.lockForRead();
-            const int before = value;
+    std::atomic<bool> arrives = false;
+    const auto letArrive = [&] {
+        while (!arrives.exchange(false))
             std::this_thread::yield();
-            EXPECT_EQ(value, before);
-            lock.unlockForRead();
-        }
-    });
-    other.begin([&] {
-        for (int round = 0; round < 2000; ++round) {
+        std::this_thread::yield(); // to its lock, and past it if it does not wait
+    };
+    for (int round = 0; round < 25; ++round) {
+        lock.lockForRead();
+        other.begin([&] {
+            arrives = true;
             lock.lockForWrite();
             ++value;
             lock.unlockForWrite();
-        }
-    });
-    other.finish();
-    reader.finish();
-    EXPECT_EQ(value, 2000);
+        });
+        letArrive();
+        EXPECT_EQ(value, 2 * round);
+        lock.unlockForRead();
+        other.finish();
+
+        int seen = -1;
+        lock.lockForWrite();
+        other.begin([&] {
+            arrives = true;
+            lock.lockForRead();
+            seen = value;
+            lock.unlockForRead();
+        });
+        letArrive();
+        ++value;
+        lock.unlockForWrite();
+        other.finish();
+        EXPECT_EQ(seen, value);
+    }
 }
 
 // --- Unlocks by a thread that does not hold the lock: they fail silently ---
