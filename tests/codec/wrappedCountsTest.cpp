@@ -43,10 +43,10 @@ TEST(WrappedCount, growsAListOfFloatsAndReadsNone)
 TEST(WrappedCount, growsAListOfDoublesAndReadsNone)
 {
     const RepeatedMemory memory;
-    const std::vector<char> bytes = heapBytes("00000040 01020304"_hex);
+    const std::vector<char> bytes = heapBytes("ffffff1f 01020304"_hex); // 4 + 4 * 0x1fffffff is negative
     std::vector<double> out;
     EXPECT_EQ(CByte2Val::byte2List(bytes.data(), 8, out), 0);
-    ASSERT_EQ(out.size(), 0x40000000u);
+    ASSERT_EQ(out.size(), 0x1fffffffu);
     EXPECT_EQ(out[0], 0);
 }
 
