@@ -1,5 +1,7 @@
 #pragma once
 
+#include "gqLibExport.h"
+
 #include <QString>
 
 // Records of the front-end processors: plain data, which CByte2Fep converts without interpreting it. Fields are

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "gqLibExport.h"
+
 #include <string>
 #include <vector>
 
