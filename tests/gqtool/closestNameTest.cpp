@@ -36,6 +36,13 @@ TEST(ClosestName, prefersTheNameWithFewerEdits)
     EXPECT_EQ(closestName("reques", {"request", "repeats"}), "request");
 }
 
+TEST(ClosestName, prefersTheNameOfTheSameLengthAmongEquallyCloseOnes)
+{
+    EXPECT_EQ(closestName("intz", {"int", "ints"}), "ints");
+    EXPECT_EQ(closestName("intz", {"ints", "int"}), "ints");
+    EXPECT_EQ(closestName("intz", {"inXX", "int"}), "int"); // fewer edits count for more
+}
+
 TEST(ClosestName, returnsTheFirstOfEquallyCloseNames)
 {
     EXPECT_EQ(closestName("arg", {"arg1", "arg2"}), "arg1");

@@ -121,7 +121,7 @@ TEST(Gqtool, suggestsAValueOfAnOption)
         QStringList arguments;
         const char* end;
     } cases[] = {
-        {{"decode", "--as", "pointRealData_", "00"}, "got 'pointRealData_'; did you mean 'pointRealData'?\n"},
+        {{"decode", "--as", "pointRealData_", "00"}, "got 'pointRealData_'; did you mean 'pointRealDatas'?\n"},
         {{"decode", "--as", "frame", "00"}, "got 'frame'; did you mean 'frames'?\n"},
         {{"decode", "--as", "frames", "--payload", "string", "00"}, "got 'string'; did you mean 'strings'?\n"},
         {{"call", "127.0.0.1:1", "--command", "1", "--reply", "byte"}, "got 'byte'; did you mean 'bytes'?\n"},

@@ -30,15 +30,16 @@ static int editDistance(const QString& from, const QString& to)
 QString closestName(const QString& word, const QStringList& names)
 {
     QString closest;
-    int least = 0;
+    int least = 0; // edits, and then whether the lengths differ
     for (const QString& name : names) {
         const int most = (std::max(word.size(), name.size()) + 2) / 3;
         if (std::abs(word.size() - name.size()) > most)
             continue;
         const int distance = editDistance(word.toLower(), name.toLower());
-        if (distance <= most && (closest.isEmpty() || distance < least)) {
+        const int rank = 2 * distance + (name.size() == word.size() ? 0 : 1);
+        if (distance <= most && (closest.isEmpty() || rank < least)) {
             closest = name;
-            least = distance;
+            least = rank;
         }
     }
     return closest;
