@@ -172,7 +172,8 @@ inline void requirePayload(const QJsonObject& part, const QByteArray& payload, A
     const QJsonValue content = parsed(form, payload, isGood);
     agreement.require(isGood == (part["fault"] != "form"), "the library's parser differs on the payload");
     if (part.contains("content"))
-        agreement.require(isGood ? part["content"] == content : startsWith(part["content"].toArray(), content.toArray()),
+        agreement.require(isGood ? part["content"] == content
+                                 : startsWith(part["content"].toArray(), content.toArray()),
                           "the library's parser finds another content");
 }
 
