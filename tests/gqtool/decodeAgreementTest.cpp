@@ -149,7 +149,7 @@ TEST(DecodeAgreement, showsTextsThatTheLibraryLeavesOut)
     const QByteArray threeTextsOfWhichOneIsThere =
         QByteArray::fromHex("68 0b000000 0100 0000 30  03000000 0500 0300 616263  0000 16");
     const Decoded decoded = expectAgreement(threeTextsOfWhichOneIsThere, {false, false, "strings"});
-    EXPECT_EQ(partsOf(decoded)[0].toObject()["content"], QJsonArray{"abc"}) << decoded.value;
+    EXPECT_EQ(partsOf(decoded)[0].toObject()["content"].toArray(), QJsonArray{"abc"}) << decoded.value;
     ASSERT_EQ(decoded.faults.size(), 1U);
     EXPECT_EQ(decoded.faults[0].text.toStdString(),
               "text 2 of 3 needs 2 bytes, but only 0 of the payload's 11 bytes remain");
