@@ -258,7 +258,7 @@ TEST_F(GqtoolTraceCapture, replacesAFileOnlyOnceItCanStart)
 
     // No byte can be written.
     const Outcome outcome =
-        runProgram("bash", {"-c", "trap '' XFSZ; ulimit -f 0; exec " GQTOOL " trace --listen 0 --pcap " + path +
+        runProgram("bash", {"-c", "trap '' XFSZ; ulimit -S -f 0; exec " GQTOOL " trace --listen 0 --pcap " + path +
                                       " 127.0.0.1:5000"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot write to " + path + ": File too large\n");
@@ -283,7 +283,7 @@ TEST_F(GqtoolTraceCapture, replacesTheFileThatALinkPointsTo)
 TEST_F(GqtoolTraceCapture, endsWithAWholePacketWhenTheDiskIsFull)
 {
     Listener station(5);
-    RunningProgram trace("bash", {"-c", QString("trap '' XFSZ; ulimit -f 1; exec %1 trace --listen 0 --pcap %2 "
+    RunningProgram trace("bash", {"-c", QString("trap '' XFSZ; ulimit -S -f 1; exec %1 trace --listen 0 --pcap %2 "
                                                 "127.0.0.1:%3") // at most 1024 bytes
                                             .arg(GQTOOL, path)
                                             .arg(station.port())});

@@ -3,21 +3,27 @@
 
 #include <csignal>
 
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 extern "C" void __gcov_dump(); // NOLINT(bugprone-reserved-identifier): part of gcc
 
-// Another signal must not interrupt the writing: files that are written twice at a time are damaged.
-[[gnu::destructor]] static void ignoreSignals()
+// Another signal must not interrupt the writing: files that are written twice at a time are damaged. Files that a test's
+// soft limit cuts are damaged, too.
+[[gnu::destructor]] static void protectWriting()
 {
     std::signal(SIGTERM, SIG_IGN);
     std::signal(SIGINT, SIG_IGN);
+    rlimit size = {};
+    getrlimit(RLIMIT_FSIZE, &size);
+    size.rlim_cur = size.rlim_max;
+    setrlimit(RLIMIT_FSIZE, &size);
 }
 
 static void writeCounters()
 {
-    ignoreSignals();
+    protectWriting();
     __gcov_dump();
 }
 
