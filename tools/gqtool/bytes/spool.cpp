@@ -14,14 +14,6 @@ void Spool::add(std::string_view bytes)
     memory.resize(0);
 }
 
-void Spool::clear()
-{
-    memory.clear();
-    size = 0;
-    if (file.isOpen())
-        isBroken = !file.resize(0) || !file.seek(0) || isBroken;
-}
-
 bool Spool::printAll(const std::function<void(const QByteArray& bytes)>& print, QString& error)
 {
     if (file.isOpen()) {

@@ -10,9 +10,6 @@
 class Spool {
 public:
     void add(std::string_view bytes);
-    void clear();
-
-    bool isEmpty() const { return size == 0; }
 
     // Passes all bytes to `print`, in order. Returns false and the reason if they could not be kept.
     bool printAll(const std::function<void(const QByteArray& bytes)>& print, QString& error);
