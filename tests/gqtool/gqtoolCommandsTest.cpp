@@ -150,6 +150,33 @@ TEST(GqtoolCommands, refusesABadFileWithLineAndPathOfEachError)
             << lines[i].toStdString();
 }
 
+TEST(GqtoolCommands, refusesContentOfAnotherKind)
+{
+    const ScriptFile file("{\"commands\": [\n"
+                          "  {\"command\": 64, \"payload\": 7, \"reply\": {\"bytes\": true}},\n"
+                          "  {\"command\": 65, \"reply\": {\"ints\": 1}},\n"
+                          "  {\"command\": 66, \"reply\": {\"strings\": \"a\"}},\n"
+                          "  {\"command\": 67, \"reply\": {\"strings\": [null]}},\n"
+                          "  {\"command\": 68, \"reply\": {\"file\": 5}},\n"
+                          "  {\"command\": 69, \"reply\": []},\n"
+                          "  {\"command\": 70, \"reply\": {\"as\": \"intData\"}},\n"
+                          "  {\"command\": 71, \"reply\": {\"strings\": [\"" +
+                              QByteArray(65534, 'x') + "\"]}}\n]}\n",
+                          "commands.json");
+    const Outcome outcome = run({"station", "--commands", file.path});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(QString(outcome.errors).remove("gqtool: " + file.path + ": ").toStdString(),
+              "line 2: commands[0].payload must be a text of hex digits, two per byte, got 7\n"
+              "line 2: commands[0].reply.bytes must be a text of hex digits, two per byte, got true\n"
+              "line 3: commands[1].reply.ints must be an array of integers, got 1\n"
+              "line 4: commands[2].reply.strings must be an array of texts, got \"a\"\n"
+              "line 5: commands[3].reply.strings[0] must be a text, got null\n"
+              "line 6: commands[4].reply.file must be the name of a file, got 5\n"
+              "line 7: commands[5].reply must have at least one frame\n"
+              "line 8: commands[6].reply.value is missing\n"
+              "line 9: commands[7].reply.strings[0] must have at most 65533 bytes, got 65534\n"); // 2 length fields
+}
+
 TEST(GqtoolCommands, refusesTheCommandOfErrorFrames)
 {
     const ScriptFile file(R"({"commands": [{"command": 255, "reply": "echo"}]})", "commands.json");

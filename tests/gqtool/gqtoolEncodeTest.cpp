@@ -135,11 +135,22 @@ TEST(GqtoolEncode, reportsErrorsWithThePathOfTheField)
                       "flag1": 0, "word1": 0, "word2": 0, "flag2": 0, "word3": 0, "flag3": 0, "flag4": 0, "flag5": 0,
                       "flag6": 0, "text4": ""}})",
                   "value.text1 must be UTF-8: the library writes this text as UTF-8\n"},
+            Wrong{R"({"as": "variant", "value": {"kind": 5, "floatValue": true}})",
+                  "value.floatValue must be a number, \"inf\", \"-inf\", \"-0\" or {\"nan\": 8 DIGITS}, got true\n"},
+            Wrong{R"({"as": "variant", "value": {"kind": 6, "doubleValue": {"nan": "3ff0000000000000"}}})",
+                  "value.doubleValue.nan must be the bits of a NaN, got \"3ff0000000000000\"\n"},
             Wrong{R"({"as": "float", "value": 1})", "as must be a form of 'gqtool decode --list', got \"float\"\n"},
             Wrong{R"({"as": "wave"})", "value is missing\n"},
             Wrong{R"({"as": "variant", "value": {"kind": 1}, "rest": 1})",
                   "rest is unknown; the members are as, behind, direction, faults, fields, form, library, "
                   "moreFaults, transport, value\n"},
+            Wrong{R"({"as": "variant", "value": {"kind": 1}, "behind": 5})",
+                  "behind must be a string of valid Unicode or {\"hex\": DIGITS}, got 5\n"},
+            Wrong{R"({"as": "frames", "value": 5})", "value must be an array, got 5\n"},
+            Wrong{R"({"as": "frames", "value": [5, {"command": 256, "arg1": 0, "arg2": 0, "sequence": 0}]})",
+                  "value[0] must be an object, got 5\n"
+                  "value[1].command must be an integer from 0 to 255, got 256\n"
+                  "value[1].payload is missing\n"},
             Wrong{R"({"as": "frames", "value": [{"command": 1, "arg1": 0, "arg2": 0, "payload": "0", "content": 1}]})",
                   "value[0].sequence is missing\n"
                   "value[0].payload must be a string of hex digits, two per byte, got \"0\"\n"},
@@ -160,6 +171,32 @@ TEST(GqtoolEncode, reportsErrorsWithThePathOfTheField)
         EXPECT_EQ(outcome.output, "");
         EXPECT_EQ(QString(outcome.errors).remove("gqtool: standard input: ").toStdString(), wrong.errors);
     }
+}
+
+// Members of a fixed number of bytes or items.
+TEST(GqtoolEncode, refusesAnotherNumberOfBytesOrItems)
+{
+    const auto errorsWith = [](const char* path, const char* member, const QJsonValue& replacement) {
+        QJsonObject json = goldenJson(path);
+        QJsonObject value = json["value"].toObject();
+        value[member] = replacement;
+        json["value"] = value;
+        const Outcome outcome = encode(QJsonDocument(json).toJson());
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.output, "");
+        return outcome.errors;
+    };
+    EXPECT_EQ(errorsWith("waves/raw.json", "headFill1", "abc"),
+              "gqtool: standard input: value.headFill1 must have 30 bytes, got 3\n");
+    EXPECT_EQ(errorsWith("waves/raw.json", "marks", QJsonArray{1, 2}),
+              "gqtool: standard input: value.marks must have markCount items, 3, got 2\n");
+    EXPECT_EQ(errorsWith("records/floatPoint.json", "levels", QJsonArray{1, 2}),
+              "gqtool: standard input: value.levels must have 8 items, got 2\n");
+    QJsonArray properties;
+    for (int i = 0; i < 65536; ++i)
+        properties.append(QJsonObject());
+    EXPECT_TRUE(errorsWith("records/object.json", "properties", properties)
+                    .startsWith("gqtool: standard input: value.properties must have at most 65535 items, got 65536\n"));
 }
 
 TEST(GqtoolEncode, refusesATextThatIsTooLongForItsLength)
