@@ -1,5 +1,6 @@
 #include "support/runningTrace.h"
 
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -158,6 +159,20 @@ TEST(GqtoolTrace, resetsAClientIfTheStationIsUnreachable)
     EXPECT_TRUE(wasReset(client));
     trace.nextLine();
     EXPECT_EQ(trace.nextText(), "1 the station is unreachable: Connection refused");
+}
+
+TEST(GqtoolTrace, resetsAClientIfTheStationHasNoRoute)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("all.pcap");
+    RunningProgram trace(GQTOOL,
+                         {"trace", "--listen", "0", "--pcap", path, "255.255.255.255:5000"}); // no host's address
+    const QString first = trace.nextLine();
+    const Descriptor client = connected("127.0.0.1", first.section(' ', 3, 3).section(':', 1).toInt());
+    EXPECT_TRUE(wasReset(client));
+    trace.nextLine();
+    EXPECT_EQ(trace.nextLine().mid(13).toStdString(), "1 the station is unreachable: Network is unreachable");
+    EXPECT_EQ(QFileInfo(path).size(), 24 + 16 + 48); // the client's SYN alone, with 8 bytes of options
 }
 
 TEST(GqtoolTrace, hasTheReasonOfAnEventInItsJson)
@@ -335,6 +350,9 @@ TEST(GqtoolTrace, showsCommandsAndRecordsByAMap)
     EXPECT_EQ(line["name"], "mode");
     EXPECT_EQ(line["form"], "bytes:boolData");
     EXPECT_EQ(line["content"], QJsonObject({{"value", 1}, {"stamp1", 2}, {"stamp2", 3}, {"flag1", 4}}));
+    EXPECT_FALSE(line.contains("fault"));
+    give(link.server, reply); // 4 bytes, which are no boolData
+    EXPECT_EQ(QJsonDocument::fromJson(trace.nextLine().toUtf8()).object()["fault"], "form");
 
     writeTo(path, "6 mode int bytes:boolData\n6 state int int\n");
     const Outcome outcome = run({"trace", "--listen", "0", "--map", path, "127.0.0.1:5000"});
@@ -359,7 +377,51 @@ TEST(GqtoolTrace, printsAJsonObjectPerLine)
     EXPECT_EQ(nextObject(), R"({"connection":1,"event":"stationEnded",TIME})");
 }
 
+TEST(GqtoolTrace, printsUpTo65536BytesOfAPayloadAsJson)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("recording.json");
+    Listener station(5);
+    RunningTrace trace(station.port(), {"--json", "--record", path});
+    const Link link(station, trace);
+    trace.nextLine();
+    give(link.client, "68 01000100 0000 00 00 20"_hex + QByteArray(65537, '\x5a') + "000016"_hex);
+    const QJsonObject line = QJsonDocument::fromJson(trace.nextLine().toUtf8()).object();
+    EXPECT_EQ(line["length"], 65537);
+    EXPECT_EQ(line["payload"], QString("5a").repeated(65536));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray last = file.readAll().trimmed().split('\n').last();
+    EXPECT_EQ(QJsonDocument::fromJson(last).object()["payload"], QString("5a").repeated(65537));
+}
+
+TEST(GqtoolTrace, continuesIfTheRecordingCannotBeWritten)
+{
+    Listener station(5);
+    RunningTrace trace(station.port(), {"--record", "/dev/full"});
+    EXPECT_EQ(trace.nextError(),
+              "gqtool: cannot write to /dev/full, the trace continues without it: No space left on device");
+    const Link link(station, trace);
+    give(link.client, request);
+    EXPECT_EQ(taken(link.server, 17), hex(request));
+    EXPECT_EQ(trace.end(), 1);
+}
+
 // --- Datagrams ----------------------------------------------------------------------------------------------------
+
+// The system refuses a broadcast that nobody asked for; without a network, there is no route for it.
+TEST(GqtoolTraceUdp, reportsADatagramThatItCannotPassOn)
+{
+    RunningProgram trace(GQTOOL, {"trace", "--udp", "--listen", "0", "255.255.255.255:5000"});
+    const QString first = trace.nextLine();
+    DatagramSocket client;
+    client.sendTo(first.section(' ', 3, 3).section(':', 1).toInt(), request);
+    const QRegularExpression error(QString("^gqtool: datagram of 127\\.0\\.0\\.1:%1 lost: "
+                                           "(Permission denied|Network is unreachable)$")
+                                       .arg(client.port()));
+    const QString line = trace.nextError();
+    EXPECT_TRUE(error.match(line).hasMatch()) << line.toStdString();
+}
 
 TEST(GqtoolTraceUdp, passesDatagramsAndTheirRepliesToTheRightClient)
 {

@@ -125,6 +125,8 @@ pollfd RelayedConnection::pollEntry(Side side) const
 
 void RelayedConnection::serve(short clientEvents, short stationEvents)
 {
+    if (hasFailed) // at once, for example without a route
+        return;
     if (isConnecting) {
         if (stationEvents != 0)
             finishConnect();
