@@ -204,6 +204,10 @@ TEST_F(MappedFrameText, showsRecords)
                         "00 05000000 06000000 07 0000 16"_hex),
               "currentValues, sequence 1, 28 bytes: boolDatas, 2: {value 1, stamp1 2, stamp2 3, flag1 4}, "
               "{value 0, stamp1 5, stamp2 6, flag1 7}");
+    EXPECT_EQ(replyText("68 62000000 0100 00 00 35 5e000000 09000000"_hex +
+                        QByteArray("00 05000000 06000000 07"_hex).repeated(9) + "0000 16"_hex),
+              "currentValues, sequence 1, 98 bytes: boolDatas, 9: {value 0, stamp1 5, stamp2 6, flag1 7}" +
+                  QByteArray(", {value 0, stamp1 5, stamp2 6, flag1 7}").repeated(7).toStdString() + ", ...");
     EXPECT_EQ(replyText("68 0c000000 0100 00 00 36 08000000 01 02000000 030000 0000 16"_hex),
               "state, sequence 1, 12 bytes: boolData: value 1, stamp1 2; byte 5: stamp2 needs 4 bytes, "
               "but only 3 bytes remain");

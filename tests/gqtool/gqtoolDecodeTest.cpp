@@ -51,6 +51,15 @@ TEST(GqtoolDecode, printsJson)
               "\n");
 }
 
+// JSON has no NaN; a float's shortest digits can give the adjacent float if they are read as a double first.
+TEST(GqtoolDecode, printsNumbersThatJsonReadersKeep)
+{
+    EXPECT_TRUE(run({"decode", "--json", "--as", "variant", "06 010000000000f87f"})
+                    .output.contains(R"({"kind": 6, "doubleValue": {"nan": "7ff8000000000001"}})"));
+    EXPECT_TRUE(run({"decode", "--json", "--as", "variant", "05 fd43ae15"}) // 7.038531e-26
+                    .output.contains(R"({"kind": 5, "floatValue": 7.038530691851209e-26})"));
+}
+
 TEST(GqtoolDecode, printsValidJsonForFaultyBytes)
 {
     for (const QString bytes : {"01", "03000000 01", "03000000 01000000 0200 50", "03000000 01000000 0000 02000000"}) {

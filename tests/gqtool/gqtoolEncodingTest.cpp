@@ -78,6 +78,10 @@ TEST(GqtoolEncoding, printsBytesThatAreNoTextInTheEncoding)
         const Outcome outcome = run({"decode", "--as", "pointInfo", "--encoding", "GBK", record});
         EXPECT_TRUE(outcome.output.contains(QString(R"(text1    {"hex": "%1"})").arg(bytes)))
             << outcome.output.toStdString();
+        const Outcome table =
+            run({"decode", "--as", "pointInfos", "--encoding", "GBK", "--csv", "-", "01000000" + record});
+        EXPECT_EQ(table.output,
+                  QString("pointId,text1,code1,text2,code2\n7,\"{\"\"hex\"\": \"\"%1\"\"}\",1,,2\n").arg(bytes));
     }
 }
 

@@ -135,6 +135,10 @@ TEST_F(GqtoolMap, warnsOfBytesAfterTheRecords)
         runs.output.startsWith("requests    3\nfailures    0\nwarnings    3\n            the first: 2 of the 12 "
                                "bytes are left over after the boolData\n"))
         << runs.output.toStdString();
+    const Outcome json = run({"call", "--json", "--repeat", "3", "--map", path, station.endpoint, "picture", "12"});
+    const QJsonObject sum = QJsonDocument::fromJson(json.output.section('\n', 3, 3).toUtf8()).object();
+    EXPECT_EQ(sum["requests"], 3);
+    EXPECT_EQ(sum["warnings"], 3);
 }
 
 TEST_F(GqtoolMap, listsTwentyErrorsAndCountsTheOthers)
@@ -234,6 +238,9 @@ TEST_F(GqtoolMap, reportsAWrongLineOrAMissingFile)
     EXPECT_EQ(outcome.errors,
               "gqtool: " + path + ": line 2: REPLY has no form 'values'; gqtool decode --list prints the forms\n");
     outcome = run({"call", "--map", "/nowhere/plant.map", station.endpoint, "systemState"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: cannot read /nowhere/plant.map: No such file or directory\n");
+    outcome = run({"decode", "--as", "frames", "--map", "/nowhere/plant.map", "00"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot read /nowhere/plant.map: No such file or directory\n");
     outcome = run({"call", "--map", "/dev/zero", station.endpoint, "systemState"});

@@ -214,6 +214,19 @@ TEST_F(GqtoolProbeNamespace, saysThatANameHasOnlyAnAddressOfIpv6)
     EXPECT_TRUE(outcome.output.contains("only IPv6 addresses (2001:db8::1)")) << outcome.output.toStdString();
 }
 
+TEST_F(GqtoolProbeNamespace, triesTheFirstOfSeveralAddresses)
+{
+    ScriptedServer server{{sends(greeting)}};
+    const InputFile hosts("127.0.0.1 two\n127.0.0.2 two\n");
+    const QString mount = "mount --bind " + hosts.path + " /etc/hosts";
+    if (!isAllowed("-m", mount))
+        GTEST_SKIP() << "needs the right to make a mount namespace";
+    const Outcome outcome = runApart("-m", mount, QString("probe --greeting-only two:%1").arg(server.port()));
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(outcome.output.section('\n', 0, 0).endsWith("ok      127.0.0.1, the first of 2 addresses"))
+        << outcome.output.toStdString();
+}
+
 TEST_F(GqtoolProbeNamespace, waitsForTheResolverNoLongerThanForAnyStage)
 {
     const InputFile servers("nameserver 10.8.0.2\n"); // a wire without anybody

@@ -215,6 +215,10 @@ TEST(GqtoolReplay, refusesABadRecordingWithItsLine)
     EXPECT_TRUE(run({"station", "--as-timed", "--replay", noTime.path}).errors.contains("line 1: time must be"));
     const ScriptFile empty("", "recording");
     EXPECT_EQ(run({"station", "--replay", empty.path}).errors, "gqtool: " + empty.path + ": contains no request\n");
+    EXPECT_EQ(run({"station", "--replay", "/nowhere/recording"}).errors,
+              "gqtool: cannot read /nowhere/recording: No such file or directory\n");
+    EXPECT_EQ(run({"station", "--replay", "/proc/self/mem"}).errors, // its first page has no memory
+              "gqtool: cannot read /proc/self/mem: Input/output error\n");
 }
 
 TEST(GqtoolReplay, readsAPipe)

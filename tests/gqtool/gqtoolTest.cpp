@@ -291,6 +291,9 @@ TEST(GqtoolCall, isRefusedACountThatIsTooLarge)
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_TRUE(outcome.errors.contains(" failed with -11:")) << outcome.errors.toStdString();
     }
+    const Outcome none = station.call({"--command", "0x20"});
+    EXPECT_EQ(none.exitCode, 1);
+    EXPECT_TRUE(none.errors.contains(" failed with -11:")) << none.errors.toStdString();
 }
 
 TEST(GqtoolCall, failsWithoutAServer)

@@ -168,6 +168,15 @@ TEST(GqtoolWave, writesATable)
     EXPECT_EQ(contentOf(path), "sample,value\n0,0.1\n1,-2\n2,26214400\n");
 }
 
+TEST(GqtoolWave, writesALongTable)
+{
+    QByteArray expected = "sample,value\n";
+    for (int i = 0; i < 10000; ++i) // 78903 bytes
+        expected += QByteArray::number(i) + (i % 2 == 0 ? ",0\n" : ",0.1\n");
+    const QByteArray wave = headOf(0, "10270000"_hex, none) + QByteArray("00000000 cdcccc3d"_hex).repeated(5000);
+    EXPECT_EQ(waveOf(wave, {"--csv", "-"}).output, expected);
+}
+
 TEST(GqtoolWave, printsOnlyTheDataOnStandardOutput)
 {
     const QByteArray wave = headOf(0, none, none);
@@ -182,6 +191,9 @@ TEST(GqtoolWave, reportsWhatCannotBeWritten)
     Outcome outcome = waveOf(wave, {"--csv", "/nowhere/wave.csv"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot write to /nowhere/wave.csv: No such file or directory\n");
+    outcome = waveOf(wave, {"--svg", "/nowhere/wave.svg"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to /nowhere/wave.svg: No such file or directory\n");
     outcome = waveOf(wave, {"--svg", ""});
     EXPECT_EQ(outcome.exitCode, 1);
     for (const QString& line : outcome.errors.trimmed().split('\n')) // Qt warns too

@@ -141,6 +141,8 @@ TEST(HexText, refusesWhatIsNoArrayOfBytes)
     EXPECT_EQ(errorOf("char *hello;"), "line 1, column 2: 'h' is not a hex digit");
     EXPECT_EQ(errorOf("68 04 char a[] = { 0x16 };"), "line 1, column 8: 'h' is not a hex digit");
     EXPECT_EQ(errorOf("68/04"), "line 1, column 3: '/' is not a hex digit");
+    EXPECT_EQ(errorOf("68 /"), "line 1, column 4: '/' is not a hex digit");
+    EXPECT_EQ(errorOf("char a[] = 5, 6;"), "line 1, column 2: 'h' is not a hex digit");
 }
 
 // --- Recognition --------------------------------------------------------------------------------------------------
@@ -165,6 +167,10 @@ TEST(HexReader, takesEverythingElseAsHexText)
     EXPECT_EQ(bytesOf("0000 68 04"), "00 00 68 04");
     EXPECT_EQ(bytesOf("0000 68 04\n"), "00 00 68 04");
     EXPECT_EQ(bytesOf("0000 68 04\n0003 0a"), "00 00 68 04 00 03 0a");
+    EXPECT_EQ(bytesOf("000000 68 04\n16"), "00 00 00 68 04 16");
+    EXPECT_EQ(errorOf("000000 68 0g\n000002 0a"), "line 1, column 12: 'g' is not a hex digit");
+    EXPECT_EQ(errorOf("0000g 68 04"), "line 1, column 5: 'g' is not a hex digit");
+    EXPECT_EQ(errorOf(QByteArray("hello\n").repeated(40)), "line 1, column 1: 'h' is not a hex digit");
     EXPECT_EQ(errorOf("000 68"), "line 1, column 1: '000' must have an even number of hex digits");
 }
 
