@@ -205,3 +205,19 @@ TEST(GqtoolTime, refusesALocalTimeThatTheZoneLacks)
     EXPECT_EQ(outcome.exitCode, 2);
     EXPECT_EQ(outcome.output, "");
 }
+
+TEST(GqtoolTime, readsTheDaysOnWhichClocksChange)
+{
+    struct Moment {
+        const char* text;
+        const char* secondsSince1970; // as `date -d` prints them
+    };
+    for (const Moment& moment :
+         {Moment{"2021-03-28", "(1616886000)"}, Moment{"2021-03-28 03:00", "(1616893200)"},
+          Moment{"2021-03-28 24:00:00", "(1616968800)"}, Moment{"2021-03-28 02:30:00Z", "(1616898600)"}}) {
+        SCOPED_TRACE(moment.text);
+        const Outcome outcome = run({"time", "1", "--zone", "Europe/Berlin", "--base", moment.text});
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_TRUE(outcome.output.contains(moment.secondsSince1970)) << outcome.output.toStdString();
+    }
+}

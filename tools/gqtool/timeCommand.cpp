@@ -164,6 +164,15 @@ static void printNumberLineAsJson(unsigned int base)
 
 // --- The command --------------------------------------------------------------------------------------------------
 
+// Qt 6.7 and later move a local time that a change of clocks skips, earlier versions refuse it.
+static bool hasLocalTime(const QDateTime& moment, const QString& text)
+{
+    if (!moment.isValid() || moment.timeSpec() != Qt::LocalTime)
+        return moment.isValid();
+    const QDateTime clock = QDateTime::fromString(text + (text.contains('T') ? "Z" : "T00:00Z"), Qt::ISODate);
+    return moment.date() == clock.date() && moment.time() == clock.time();
+}
+
 // Seconds since 1970, or a local date and time.
 static bool readMoment(const QString& text, unsigned int& seconds)
 {
@@ -171,8 +180,9 @@ static bool readMoment(const QString& text, unsigned int& seconds)
     seconds = text.toUInt(&isNumber);
     if (isNumber)
         return true;
-    const QDateTime moment = QDateTime::fromString(QString(text).replace(' ', 'T'), Qt::ISODate);
-    const qint64 since1970 = moment.isValid() ? moment.toSecsSinceEpoch() : -1;
+    const QString isoText = QString(text).replace(' ', 'T');
+    const QDateTime moment = QDateTime::fromString(isoText, Qt::ISODate);
+    const qint64 since1970 = hasLocalTime(moment, isoText) ? moment.toSecsSinceEpoch() : -1;
     seconds = static_cast<unsigned int>(since1970);
     return since1970 >= 0 && since1970 <= UINT_MAX;
 }
