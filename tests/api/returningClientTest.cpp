@@ -20,7 +20,9 @@
 #include <vector>
 
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 using gqdb::CReturningTcpClient;
 using gqdb::CReturningUdpClient;
@@ -167,6 +169,24 @@ TEST_F(ReturningTcpClient, returnsMinusOneForAHostName)
     TcpClient client(80, enoughMs, "localhost");
     EXPECT_EQ(client.ready(), -1);
     EXPECT_EQ(client.ready(), -1);
+}
+
+TEST_F(ReturningTcpClient, connectsOnceADescriptorIsFree)
+{
+    ScriptedServer server{greets() + answers(1)};
+    TcpClient client(server.port());
+    client.close(); // it has a socket from the beginning
+    rlimit kept = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &kept), 0);
+    const int lowest = ::dup(STDIN_FILENO);
+    ::close(lowest);
+    const rlimit none = {rlim_t(lowest), kept.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const int result = client.ready();
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &kept), 0);
+    EXPECT_EQ(result, -1);
+    EXPECT_FALSE(client.isConnected());
+    client.gets(1);
 }
 
 TEST_F(ReturningTcpClient, connectsOnceTheServerHasStarted)

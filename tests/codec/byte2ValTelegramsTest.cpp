@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <cstdio>
+#include <new>
 #include <string>
 #include <type_traits>
 
@@ -308,6 +309,11 @@ TEST(Buf2Str, addsNoLineBreakAndNoTrailingBlank)
 TEST(Buf2Str, ignoresBytesAfterTheLength)
 {
     EXPECT_EQ(CByte2Val::buf2str("\x01\x02\x04", 2), QString("01 02"));
+}
+
+TEST(Buf2Str, failsWhereATextOf2To31CharactersWouldBeNeeded)
+{
+    EXPECT_THROW(CByte2Val::buf2str("", 715827883), std::bad_alloc); // before it reads; 3 * 715827883 - 1 == 1 << 31
 }
 
 TEST(Buf2Str, isEmptyForEmptyInput)
