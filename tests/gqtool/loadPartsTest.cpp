@@ -237,7 +237,7 @@ TEST(Gqsoak, reportsAStationThatDoesNotStart)
 TEST(Gqsoak, countsWrongValues)
 {
     const StationWith station("--commands", R"({"commands": [{"command": 6, "reply": {"int": 1000000000}}]})");
-    const Outcome outcome = runProgram(GQSOAK, {station.program, "0.005"});
+    const Outcome outcome = runProgram(GQSOAK, {station.program, "0.02"});
     EXPECT_EQ(outcome.exitCode, 1);
     const QRegularExpression report("^requests      [1-9]\\d*\n"
                                     "failures      \\d+\n"
