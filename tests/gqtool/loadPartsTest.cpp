@@ -217,7 +217,7 @@ TEST(Gqload, countsEachRefusedRequestAndEachFailedConnect)
 
 TEST(Gqsoak, refusesADurationThatIsNoPositiveNumber)
 {
-    for (const char* minutes : {"0", "-1", "x"}) {
+    for (const char* minutes : {"0", "-1", "x", "nan", "inf"}) {
         const Outcome outcome = runProgram(GQSOAK, {GQTOOL, "--", minutes});
         EXPECT_EQ(outcome.exitCode, 2);
         EXPECT_TRUE(
@@ -237,7 +237,7 @@ TEST(Gqsoak, reportsAStationThatDoesNotStart)
 TEST(Gqsoak, countsWrongValues)
 {
     const StationWith station("--commands", R"({"commands": [{"command": 6, "reply": {"int": 1000000000}}]})");
-    const Outcome outcome = runProgram(GQSOAK, {station.program, "0.02"});
+    const Outcome outcome = runProgram(GQSOAK, {station.program, "0.05"});
     EXPECT_EQ(outcome.exitCode, 1);
     const QRegularExpression report("^requests      [1-9]\\d*\n"
                                     "failures      \\d+\n"

@@ -16,6 +16,7 @@
 #include <atomic>
 #include <chrono>
 #include <climits>
+#include <cmath>
 #include <deque>
 #include <functional>
 #include <gqLibUnix.h>
@@ -170,7 +171,7 @@ int main(int argc, char* argv[])
     if (!line.parse(QCoreApplication::arguments(), exitCode))
         return exitCode;
     const double minutes = duration.text().toDouble();
-    if (minutes <= 0)
+    if (!(minutes > 0 && std::isfinite(minutes))) // also refuses nan
         return usageError(QString("MINUTES must be a number above 0, got '%1'").arg(duration.text()));
 
     takeStandardOutput(); // the library prints a line for each connect
