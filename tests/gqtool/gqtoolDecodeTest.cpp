@@ -92,6 +92,17 @@ TEST(GqtoolDecode, printsFrames)
                                             "library: 1, good\n");
 }
 
+TEST(GqtoolDecode, printsControlCharactersOfTextsAsEscapes)
+{
+    // a text of 4 bytes: A, DEL, and U+009B, which begins a command of a terminal
+    const QString frame = "68 0c000000 0700 00 00 20 01000000 0600 0400 417fc29b 0000 16";
+    for (const QStringList& options : {QStringList{}, QStringList{"--json"}}) {
+        const Outcome outcome = run(QStringList{"decode", "--as", "frames", "--payload", "strings", frame} + options);
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_TRUE(outcome.output.contains(R"(["A\u007f\u009b"])")) << outcome.output.toStdString();
+    }
+}
+
 // --- Faults -------------------------------------------------------------------------------------------------------
 
 struct Faulty {

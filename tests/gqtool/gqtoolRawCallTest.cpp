@@ -101,6 +101,14 @@ TEST(GqtoolRawCall, printsTheReplyInTheRequestedForm)
     EXPECT_EQ(answered({"--reply", "strings"}, twoTexts).output, "abc\n\n");
 }
 
+TEST(GqtoolRawCall, printsControlCharactersAsEscapesOfJson)
+{
+    // a text of 4 bytes: A, DEL, and U+009B, which begins a command of a terminal
+    const QByteArray text = "68 0c000000 0000 00 00 50 01000000 0600 0400 417fc29b 0000 16"_hex;
+    const QString output = answered({"--reply", "strings", "--json"}, text).output;
+    EXPECT_TRUE(output.contains(R"(["A\u007f\u009b"])")) << output.toStdString();
+}
+
 TEST(GqtoolRawCall, readsOneFrameUnlessCountIsGiven)
 {
     RunningStation station({"--gap", "300"});

@@ -83,11 +83,22 @@ inline void requireSame(const Decoded& pieces, const Decoded& whole, Agreement& 
         "in pieces, the faults differ");
 }
 
+// Bytes of the input must not control the terminal that shows the JSON.
+inline void requireNoControl(const Decoded& decoded, Agreement& agreement)
+{
+    const QString json = QString::fromStdString(decoded.value);
+    const bool isVisible = std::none_of(json.begin(), json.end(), [](QChar character) {
+        return character.category() == QChar::Other_Control && character != '\n';
+    });
+    agreement.require(isVisible, "the JSON has control characters: " + decoded.value);
+}
+
 // The reader accepts exactly the bytes without faults, and reads the same values.
 inline Decoded decodeAgreed(const Form& form, const QByteArray& bytes, Agreement& agreement, int pieceSize = 1)
 {
     Decoded decoded = decodeBytes(form, bytes);
     requireSame(decodePieces(form, bytes, pieceSize), decoded, agreement);
+    requireNoControl(decoded, agreement);
     if (!decoded.readerCalled)
         return decoded;
     const std::unique_ptr<Content> read = form.make();
@@ -182,6 +193,7 @@ inline Decoded decodeFramesAgreed(const QByteArray& stream, const FrameSource& s
 {
     Decoded decoded = decodeFramePieces(stream, source, INT_MAX);
     requireSame(decodeFramePieces(stream, source, pieceSize), decoded, agreement);
+    requireNoControl(decoded, agreement);
     const QJsonArray parts = partsOf(decoded);
     FrameStream frames(INT_MAX, FrameSource::usualPayload);
     std::vector<StreamItem> items = frames.feed(stream);

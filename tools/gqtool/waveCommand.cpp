@@ -11,7 +11,6 @@
 
 #include <QFileInfo>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocale>
 
@@ -224,7 +223,7 @@ static void printJson(const Wave& wave)
     } else {
         json["refused"] = wave.refusal.english();
     }
-    printLine(QJsonDocument(json).toJson(QJsonDocument::Compact));
+    printJson(json);
 }
 
 // --- Files --------------------------------------------------------------------------------------------------------

@@ -1,9 +1,8 @@
 #include "console.h"
 
+#include "compactJson.h"
 #include "progress.h"
 #include "text.h"
-
-#include <QJsonDocument>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -64,7 +63,7 @@ void printLine(const QString& line)
 
 void printJson(const QJsonObject& object)
 {
-    printLine(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    printLine(compactJson(QJsonDocument(object)));
 }
 
 static bool isTerminalControl(QChar character)

@@ -131,7 +131,7 @@ private:
     {
         --depth;
         if (open.empty()) { // the document, a skipped value, or an array whose items were passed
-            passesItems = passesItems && depth > 1;
+            passesItems = false;
             return true;
         }
         open.pop_back();

@@ -1,4 +1,5 @@
 #include "jsonText.h"
+#include "shared/compactJson.h"
 #include "shared/text.h"
 
 #include <QJsonArray>
@@ -18,8 +19,7 @@ static const int shownText = 60; // characters of a value in a message
 
 std::string jsonText(const QJsonValue& value)
 {
-    const QByteArray array =
-        QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact); // a document must be an array or object
+    const QByteArray array = compactJson(QJsonDocument(QJsonArray{value})); // a document must be an array or object
     return array.mid(1, array.size() - 2).toStdString();
 }
 

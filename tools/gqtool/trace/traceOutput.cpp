@@ -3,6 +3,7 @@
 #include "gqtool/frames/frameMembers.h"
 #include "gqtool/frames/frameText.h"
 #include "gqtool/frames/replyMatch.h"
+#include "shared/compactJson.h"
 #include "shared/console.h"
 #include "shared/text.h"
 
@@ -36,7 +37,7 @@ int TraceOutput::keptBytes() const
 
 void TraceOutput::writeRecord(const QJsonObject& json)
 {
-    const QByteArray line = QJsonDocument(json).toJson(QJsonDocument::Compact) + '\n';
+    const QByteArray line = compactJson(QJsonDocument(json)) + '\n';
     hasFailed = recording.write(line) != line.size();
     if (hasFailed)
         printError(Text::tr("cannot write to %1, the trace continues without it: %2")
@@ -72,7 +73,7 @@ void TraceOutput::print(int connection, const QString& text, QJsonObject json)
         const QString payload = json.value("payload").toString();
         if (payload.size() > 2 * shownBytes)
             json["payload"] = payload.left(2 * shownBytes);
-        printLine(QJsonDocument(json).toJson(QJsonDocument::Compact));
+        printJson(json);
         return;
     }
     const QString time = QDateTime::fromMSecsSinceEpoch(now / 1000).toString("hh:mm:ss.zzz");
