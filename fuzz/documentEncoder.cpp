@@ -103,6 +103,40 @@ static void readText(Reading& reading)
     requireDecodedAgain(document, encoded.bytes);
 }
 
+// --- Documents of decoded records ---------------------------------------------------------------------------------
+
+enum class Change { none, textBehind, unknownMember, memberTwice };
+
+// The bytes are a record. Its document must be encoded, unless a change makes it wrong.
+static void readDecoded(Reading& reading)
+{
+    InputBytes input(reading);
+    const std::vector<Form>& forms = recordForms();
+    const Form& form = forms[static_cast<size_t>(input.number()) % forms.size()];
+    const int pieceSize = input.number() + 1;
+    const auto change = Change(pieceSize % 4);
+    const Decoded decoded = decodeBytes(form, input.rest());
+    if (!decoded.faults.empty())
+        return;
+    const std::unique_ptr<Content> content = form.make();
+    QByteArray expected;
+    bool isGood = takeJson(Json::parse(decoded.value), *content).isEmpty() && content->write(expected);
+    std::string text = "{\"as\": \"" + std::string(form.name) + "\", \"value\": " + decoded.value;
+    if (change == Change::textBehind) {
+        text += ", \"behind\": \"text\"";
+        expected += "text";
+    } else if (change != Change::none) {
+        text += change == Change::unknownMember ? ", \"other\": 1" : ", \"value\": " + decoded.value;
+        isGood = false;
+    }
+    const Encoded encoded = encode(QByteArray::fromStdString(text + '}'), pieceSize);
+    if (encoded.errors.isEmpty() != isGood)
+        fail(text + (isGood ? " must be encoded: " + encoded.errors.join("; ").toStdString() : " must be an error"));
+    if (isGood && encoded.bytes != expected)
+        fail(text + " is encoded as " + encoded.bytes.toHex(' ').toStdString());
+}
+
 const std::vector<Target> documentEncoderTargets = {
     toolTarget("encodeText", readText),
+    toolTarget("encodeDocument", readDecoded),
 };

@@ -4,6 +4,7 @@
 #include <QList>
 
 #include <algorithm>
+#include <cstring>
 
 // The readers of gqtool's hex text and dumps.
 
@@ -171,29 +172,35 @@ static void readDump(Reading& reading)
 
 // --- Any text -----------------------------------------------------------------------------------------------------
 
-// Reads the plainest hex text: groups of digits, white space, colons, comments. Returns false if it is something else,
-// or if a line may begin with an offset.
-static bool readPlainText(const QByteArray& text, QByteArray& bytes)
+// Reads the plainest hex text: words of up to two letters and digits, white space, colons, comments. `isGood` becomes
+// false if a word is not a byte. Returns false if the text is something else, or if a line may begin with an offset.
+static bool readPlainText(const QByteArray& text, QByteArray& bytes, bool& isGood)
 {
+    const auto isOneOf = [](const char* characters) {
+        return
+            [characters](char character) { return character != '\0' && std::strchr(characters, character) != nullptr; };
+    };
+    const char* const letters = "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    isGood = true;
     for (QByteArray line : text.split('\n')) {
         line.truncate(line.contains('#') ? line.indexOf('#') : line.size());
         line.replace(':', ' ');
-        for (const QByteArray& group : line.simplified().split(' ')) {
-            const bool isHex = std::all_of(group.begin(), group.end(), [](char character) {
-                return QByteArray("0123456789abcdefABCDEF").contains(character) && character != '\0';
-            });
-            if (!isHex || group.size() % 2 != 0 || group.size() > 2)
+        for (const QByteArray& word : line.simplified().split(' ')) {
+            if (word.size() > 2 || !std::all_of(word.begin(), word.end(), isOneOf(letters)))
                 return false;
-            bytes += QByteArray::fromHex(group);
+            isGood = isGood && word.size() % 2 == 0 &&
+                     std::all_of(word.begin(), word.end(), isOneOf("0123456789abcdefABCDEF"));
+            bytes += QByteArray::fromHex(word);
         }
     }
     return true;
 }
 
-static void readAnyText(Reading& reading)
+// Reads a text whole and in pieces. It must have the same outcome.
+static HexReading readAgreed(const QByteArray& text)
 {
-    const QByteArray text(reading.buf, reading.size);
-    const HexReading whole = readText(text, std::max(reading.size, 1), HexReader::everyByte);
+    const int size = std::max(text.size(), 1);
+    const HexReading whole = readText(text, size, HexReader::everyByte);
     for (const int pieceSize : {1, 5}) {
         const HexReading inPieces = readText(text, pieceSize, HexReader::everyByte);
         const int common = std::min(inPieces.bytes.size(), whole.bytes.size());
@@ -205,15 +212,66 @@ static void readAnyText(Reading& reading)
             require(inPieces.bytes == whole.bytes, "the pieces must not change the number of bytes");
     }
     require(whole.error.line <= text.count('\n') + 1, "the line of an error must exist");
-    readText(text, std::max(reading.size, 1), HexReader::payloads); // must return
+    readText(text, size, HexReader::payloads); // must return
+    return whole;
+}
+
+static void readAnyText(Reading& reading)
+{
+    const QByteArray text(reading.buf, reading.size);
+    const HexReading whole = readAgreed(text);
     QByteArray plain;
-    if (readPlainText(text, plain))
-        require(whole.bytes == plain && !whole.error.isSet(), "plain hex text must have the bytes of its digits");
+    bool isGood = false;
+    if (readPlainText(text, plain, isGood)) {
+        require(whole.error.isSet() != isGood, "exactly words that are no bytes are an error");
+        require(!isGood || whole.bytes == plain, "plain hex text must have the bytes of its digits");
+    }
     reading.result = static_cast<int>(whole.error.line);
     reading.left = whole.bytes;
+}
+
+// --- Damaged dumps ------------------------------------------------------------------------------------------------
+
+static bool isHexDigit(char character)
+{
+    return character != '\0' && std::strchr("0123456789abcdef", character) != nullptr;
+}
+
+static const int mostDamaged = 300; // bytes of a dump; more rows would only take time
+
+// Returns true if the character is a digit of an offset that must be right: not in the first two lines, by which the
+// form is recognised, and not after *, which can stand for any number of equal rows.
+static bool isDigitOfOffset(const QByteArray& text, int pos)
+{
+    const int start = static_cast<int>(text.lastIndexOf('\n', pos)) + 1;
+    const QByteArray before = text.left(start);
+    const QByteArray toPos = text.mid(start, pos - start + 1);
+    return isHexDigit(text[pos]) && before.count('\n') >= 2 && !before.endsWith("*\n") &&
+           std::all_of(toPos.begin(), toPos.end(), isHexDigit);
+}
+
+// The first bytes select form and width, and the character that is replaced.
+static void readDamagedDump(Reading& reading)
+{
+    if (reading.size < 6)
+        return;
+    const auto byteAt = [&](int pos) { return static_cast<unsigned char>(reading.buf[pos]); };
+    const DumpForm& form = forms[byteAt(0) % (sizeof forms / sizeof forms[0])];
+    const QByteArray bytes(reading.buf + 5, std::min(reading.size - 5, mostDamaged));
+    QByteArray text = form.write(bytes, byteAt(1) % 64 + 1);
+    const int pos = (256 * byteAt(2) + byteAt(3)) % static_cast<int>(text.size());
+    const char character = reading.buf[4];
+    const bool hasOffsets = form.write == xxd || form.write == hexdump || form.write == od || form.write == wireshark;
+    const bool isWrong = hasOffsets && isDigitOfOffset(text, pos) && isHexDigit(character) && text[pos] != character;
+    text[pos] = character;
+    const HexReading outcome = readAgreed(text);
+    if (isWrong && !outcome.error.isSet())
+        fail("the offset must be an error:\n" + text.toStdString());
+    reading.left = outcome.bytes;
 }
 
 const std::vector<Target> hexReaderTargets = {
     toolTarget("hexDump", readDump),
     toolTarget("hexText", readAnyText),
+    toolTarget("damagedDump", readDamagedDump),
 };

@@ -3,6 +3,7 @@
 #include "gqtool/frames/frameMembers.h"
 #include "gqtool/records/recordFields.h"
 #include "support/goldenFile.h"
+#include "toolInput.h"
 
 #include <QJsonDocument>
 
@@ -43,8 +44,10 @@ static void addForTools(const std::string& name, const QByteArray& bytes, std::v
         return;
     seeds.push_back('\7' + json);
     const QString formName = QJsonDocument::fromJson(json)["as"].toString();
-    if (formName == "frames")
+    if (formName == "frames") {
         seeds.push_back(recordingOf(bytes));
+        seeds.push_back(QByteArray::fromHex("040007") + bytes);
+    }
     for (size_t i = 0; i < recordForms().size(); ++i) {
         if (formName == recordForms()[i].name)
             seeds.push_back(QByteArray(1, static_cast<char>(i)) + '\7' + bytes);
@@ -59,7 +62,18 @@ static const char* const stationFiles[] = {
     "\"error\": -3},\n{\"command\": 50, \"reply\": [{\"int\": 7}, {\"ints\": [1, -2]}]},\n{\"command\": 51, "
     "\"reply\": {\"strings\": [\"a\", \"\"]}},\n{\"command\": 52, \"reply\": {\"bytes\": \"ff00\"}},\n{\"command\": "
     "53, \"reply\": {\"as\": \"boolData\", \"value\": {\"value\": 1, \"stamp1\": 2, \"stamp2\": 3, \"flag1\": 4}}}]}",
+    "{\"commands\": [{\"command\": 254, \"error\": 1}]}",
 };
+
+// Adds frames for decodeFrames, with lists whose counts wrap their size, and a text of which one byte is missing.
+static void addCountedFrames(std::vector<QByteArray>& seeds)
+{
+    for (const char form : {'\2', '\3', '\4'}) { // ints, bytes, strings
+        for (const unsigned int count : {1U, 0x40000001U, 0x80000001U, 0xffffffffU})
+            seeds.push_back(QByteArray(1, '\0') + form + '\7' +
+                            frameOf(0x70, 1, word4(static_cast<int>(count)) + QByteArray::fromHex("050002004142")));
+    }
+}
 
 std::vector<QByteArray> allSeeds()
 {
@@ -85,5 +99,6 @@ std::vector<QByteArray> allSeeds()
         seeds.push_back(contentOf(entry.path()));
     for (const char* file : stationFiles)
         seeds.push_back(file);
+    addCountedFrames(seeds);
     return seeds;
 }
