@@ -372,6 +372,14 @@ TEST(Str2Byte, storesLengthAndBytesOfAStdString)
               "ee ee 03 00 61 62 63 ee ee ee ee ee ee ee ee ee"); // and no terminator
 }
 
+TEST(Str2Byte, storesATextOfOneByte)
+{
+    EXPECT_EQ(stored([](char* buf) { EXPECT_EQ(CByte2Val::str2Byte(std::string("a"), buf), 3); }),
+              "ee ee 01 00 61 ee ee ee ee ee ee ee ee ee ee ee");
+    EXPECT_EQ(stored([](char* buf) { EXPECT_EQ(CByte2Val::str2Byte(QString("a"), buf), 3); }),
+              "ee ee 01 00 61 ee ee ee ee ee ee ee ee ee ee ee");
+}
+
 TEST(Str2Byte, copiesAStdStringByteForByte)
 {
     const std::string bytes("\x00\xff\xe4\x00", 4); // zero bytes, not valid UTF-8
