@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -67,12 +68,12 @@ public:
     ManyDescriptors(const ManyDescriptors&) = delete;
     ManyDescriptors& operator=(const ManyDescriptors&) = delete;
 
-    // Gives the socket a descriptor above 1023 for the one it has.
-    static void raise(CTcpSocket& socket)
+    // Gives the socket another descriptor for the one it has.
+    static void raise(CTcpSocket& socket, int least = 1500)
     {
         const int low = descriptorOf(socket);
-        const int high = ::fcntl(low, F_DUPFD, 1500);
-        ASSERT_GE(high, 1500);
+        const int high = ::fcntl(low, F_DUPFD, least);
+        ASSERT_GE(high, least);
         socket.setSocket({high});
         ::close(low);
     }
@@ -109,6 +110,25 @@ TEST(EndpointAllocation, leavesTheOutputsOfAWaitUnchanged)
     });
 }
 
+TEST(EndpointAllocation, isNotNeededToWaitForADescriptorUpTo1023)
+{
+    const ManyDescriptors many;
+    CTcpSocket socket;
+    ManyDescriptors::raise(socket, 1023);
+    ASSERT_EQ(descriptorOf(socket), 1023);
+    failEachAllocation([&] {
+        EXPECT_TRUE(attempt([&] {
+            int readable = 0;
+            int writable = 0;
+            int exceptional = 0;
+            socket.select(0, readable, writable, exceptional);
+            socket.isReadable(0);
+            socket.isWritable(0);
+        }));
+        EXPECT_EQ(failedAllocations(), 0);
+    });
+}
+
 TEST(EndpointAllocation, isNotNeededToSetTimeOuts)
 {
     failEachAllocation([] {
@@ -140,7 +160,19 @@ TEST(EndpointAllocation, isNotNeededForAddresses)
     });
 }
 
-TEST(EndpointAllocation, closesAnAcceptedConnection)
+// Closes descriptor 0, so that the next one opened gets it.
+class StandardInputClosed {
+public:
+    StandardInputClosed() { ::close(STDIN_FILENO); }
+    ~StandardInputClosed() { ::dup2(kept, STDIN_FILENO); }
+    StandardInputClosed(const StandardInputClosed&) = delete;
+    StandardInputClosed& operator=(const StandardInputClosed&) = delete;
+
+private:
+    const Descriptor kept = Descriptor(::dup(STDIN_FILENO));
+};
+
+static void failToAccept(bool asDescriptor0)
 {
     CTcpServer server;
     ASSERT_EQ(server.open("127.0.0.1", 0, 5), 1);
@@ -149,6 +181,9 @@ TEST(EndpointAllocation, closesAnAcceptedConnection)
     ASSERT_EQ(server.getSockName(address, port), 1);
     failEachAllocation([&] {
         Descriptor peer = connected("127.0.0.1", port);
+        std::optional<StandardInputClosed> closed;
+        if (asDescriptor0)
+            closed.emplace();
         const std::set<int> before = openDescriptors();
         std::unique_ptr<CTcpSocket> connection;
         const bool done = attempt([&] { connection.reset(server.accept()); });
@@ -160,6 +195,14 @@ TEST(EndpointAllocation, closesAnAcceptedConnection)
             ::close(constructorsOwn);
         EXPECT_TRUE(becomes(peer, POLLIN | POLLHUP));
     });
+}
+
+TEST(EndpointAllocation, closesAnAcceptedConnection)
+{
+    for (const bool asDescriptor0 : {false, true}) {
+        SCOPED_TRACE(asDescriptor0);
+        failToAccept(asDescriptor0);
+    }
 }
 
 TEST(EndpointAllocation, leavesNoSocketOfAGroupThatIsNotJoined)

@@ -1301,6 +1301,14 @@ TYPED_TEST(Byte2Definitions, growsAReservedVectorOnlyToTheItems)
     EXPECT_EQ(list.capacity(), 4u);
 }
 
+TYPED_TEST(Byte2Definitions, keepsAVectorWithJustEnoughRoom)
+{
+    auto list = TestFixture::threeRecords();
+    list.reserve(5);
+    EXPECT_EQ(TestFixture::read(TestFixture::twoItems(), list), 1);
+    EXPECT_EQ(list.capacity(), 5u);
+}
+
 TYPED_TEST(Byte2Definitions, doublesTheVectorThatItAppendsTo)
 {
     auto list = TestFixture::threeRecords();

@@ -807,6 +807,15 @@ TYPED_TEST(Values2Byte, reservesMemoryForTheItems)
     EXPECT_GE(data.capacity(), 1000 + 100 * TypeParam::itemSize + 4);
 }
 
+TEST(IntDatas2Byte, reservesJustTheList)
+{
+    QByteArray data(1000, 'a');
+    CByte2Rdb::intDatas2Byte(std::vector<IntData>(100), data);
+    QByteArray reserved(1000, 'a');
+    reserved.reserve(1000 + 4 + 100 * 14);
+    EXPECT_EQ(data.capacity(), reserved.capacity()); // growing later would have doubled it
+}
+
 template <typename Codec>
 class Byte2Values : public testing::Test {
 protected:

@@ -79,6 +79,13 @@ TEST(Byte2Str, reservesTheLengthOfTheField)
     EXPECT_EQ(CByte2Val::byte2Str(field.constData(), field.size(), text), 1002);
     EXPECT_GE(text.capacity(), 1000u);
 
+    std::string longer = "ab";
+    std::string expected = longer;
+    expected.reserve(1000); // not 1002
+    expected.append(1000, 'x');
+    EXPECT_EQ(CByte2Val::byte2Str(field.constData(), field.size(), longer), 1002);
+    EXPECT_EQ(longer.capacity(), expected.capacity());
+
     std::string roomy = "ab";
     roomy.reserve(5000);
     const char* first = roomy.data();

@@ -254,9 +254,14 @@ protected:
         ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &raised), 0);
 
         connection = std::make_unique<Connection>();
-        const Descriptor low(connection->descriptor());
-        connection->socket.setSocket({::fcntl(low, F_DUPFD, 1500)});
-        ASSERT_GE(connection->descriptor(), 1500);
+        move(1500);
+    }
+
+    void move(int least)
+    {
+        const Descriptor former(connection->descriptor());
+        connection->socket.setSocket({::fcntl(former, F_DUPFD, least)});
+        ASSERT_GE(connection->descriptor(), least);
     }
 
     void TearDown() override
@@ -307,12 +312,16 @@ TEST_F(HighDescriptor, isWatchedInAListWithOthers)
     rows[2].socket = &low.socket;
     ::send(connection->peer, "x", 1, 0);
     ASSERT_TRUE(becomes(connection->descriptor(), POLLIN));
-    EXPECT_EQ(CGqSocket::select(rows, limitMs), 3);
-    EXPECT_EQ(rows[0].readable, 1);
-    EXPECT_EQ(rows[1].readable, 1);
-    EXPECT_EQ(rows[2].readable, 0);
-    EXPECT_EQ(rows[1].writable, 1);
-    EXPECT_EQ(rows[2].writable, 1);
-    EXPECT_EQ(rows[1].exceptional, 0);
-    EXPECT_EQ(rows[2].exceptional, 0);
+    for (const int descriptor : {1500, 1025}) { // a set for 1025 has one word more than an fd_set
+        SCOPED_TRACE(descriptor);
+        move(descriptor);
+        EXPECT_EQ(CGqSocket::select(rows, limitMs), 3);
+        EXPECT_EQ(rows[0].readable, 1);
+        EXPECT_EQ(rows[1].readable, 1);
+        EXPECT_EQ(rows[2].readable, 0);
+        EXPECT_EQ(rows[1].writable, 1);
+        EXPECT_EQ(rows[2].writable, 1);
+        EXPECT_EQ(rows[1].exceptional, 0);
+        EXPECT_EQ(rows[2].exceptional, 0);
+    }
 }

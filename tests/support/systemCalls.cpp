@@ -278,7 +278,12 @@ static std::string attributesText(const pthread_mutexattr_t* attributes)
         return "null";
     int type = 0;
     ::pthread_mutexattr_gettype(attributes, &type);
-    return named(type, {NAME(PTHREAD_MUTEX_NORMAL), NAME(PTHREAD_MUTEX_RECURSIVE), NAME(PTHREAD_MUTEX_ERRORCHECK)});
+    pthread_mutexattr_t same;
+    ::pthread_mutexattr_init(&same);
+    ::pthread_mutexattr_settype(&same, type);
+    const bool more = std::memcmp(&same, attributes, sizeof same) != 0;
+    return named(type, {NAME(PTHREAD_MUTEX_NORMAL), NAME(PTHREAD_MUTEX_RECURSIVE), NAME(PTHREAD_MUTEX_ERRORCHECK)}) +
+           (more ? ", and more" : "");
 }
 
 // --- The functions ---
