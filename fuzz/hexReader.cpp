@@ -200,7 +200,7 @@ static bool readPlainText(const QByteArray& text, QByteArray& bytes, bool& isGoo
 static HexReading readAgreed(const QByteArray& text)
 {
     const int size = std::max(text.size(), 1);
-    const HexReading whole = readText(text, size, HexReader::everyByte);
+    HexReading whole = readText(text, size, HexReader::everyByte);
     for (const int pieceSize : {1, 5}) {
         const HexReading inPieces = readText(text, pieceSize, HexReader::everyByte);
         const int common = std::min(inPieces.bytes.size(), whole.bytes.size());
