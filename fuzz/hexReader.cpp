@@ -65,6 +65,7 @@ static QByteArray rows(const QByteArray& bytes, int width, const char* skipped,
 struct DumpForm {
     QByteArray (*write)(const QByteArray& bytes, int width); // width: 1 to 64
     HexReader::Content content;
+    bool hasOffsets; // from 0 on
 };
 
 static QByteArray hexText(const QByteArray& bytes, int width)
@@ -148,9 +149,10 @@ static QByteArray tcpdump(const QByteArray& bytes, int width)
 }
 
 static const DumpForm forms[] = {
-    {hexText, HexReader::everyByte},   {escapes, HexReader::everyByte}, {array, HexReader::everyByte},
-    {xxd, HexReader::everyByte},       {hexdump, HexReader::everyByte}, {od, HexReader::everyByte},
-    {wireshark, HexReader::everyByte}, {tcpdump, HexReader::payloads},
+    {hexText, HexReader::everyByte, false},  {escapes, HexReader::everyByte, false},
+    {array, HexReader::everyByte, false},    {xxd, HexReader::everyByte, true},
+    {hexdump, HexReader::everyByte, true},   {od, HexReader::everyByte, true},
+    {wireshark, HexReader::everyByte, true}, {tcpdump, HexReader::payloads, false},
 };
 
 // The first two bytes select the form and its width, the others are dumped.
@@ -172,34 +174,39 @@ static void readDump(Reading& reading)
 
 // --- Any text -----------------------------------------------------------------------------------------------------
 
+static bool isOneOf(const char* characters, char character)
+{
+    return character != '\0' && std::strchr(characters, character) != nullptr;
+}
+
+static bool consistsOf(const QByteArray& text, const char* characters)
+{
+    return std::all_of(text.begin(), text.end(), [=](char character) { return isOneOf(characters, character); });
+}
+
 // Reads the plainest hex text: words of up to two letters and digits, white space, colons, comments. `isGood` becomes
 // false if a word is not a byte. Returns false if the text is something else, or if a line may begin with an offset.
 static bool readPlainText(const QByteArray& text, QByteArray& bytes, bool& isGood)
 {
-    const auto isOneOf = [](const char* characters) {
-        return
-            [characters](char character) { return character != '\0' && std::strchr(characters, character) != nullptr; };
-    };
     const char* const letters = "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
     isGood = true;
     for (QByteArray line : text.split('\n')) {
         line.truncate(line.contains('#') ? line.indexOf('#') : line.size());
         line.replace(':', ' ');
         for (const QByteArray& word : line.simplified().split(' ')) {
-            if (word.size() > 2 || !std::all_of(word.begin(), word.end(), isOneOf(letters)))
+            if (word.size() > 2 || !consistsOf(word, letters))
                 return false;
-            isGood = isGood && word.size() % 2 == 0 &&
-                     std::all_of(word.begin(), word.end(), isOneOf("0123456789abcdefABCDEF"));
+            isGood = isGood && word.size() % 2 == 0 && consistsOf(word, "0123456789abcdefABCDEF");
             bytes += QByteArray::fromHex(word);
         }
     }
     return true;
 }
 
-// Reads a text whole and in pieces. It must have the same outcome.
+// Reads a text whole and in pieces. Both must have the same outcome, which is returned.
 static HexReading readAgreed(const QByteArray& text)
 {
-    const int size = std::max(text.size(), 1);
+    const int size = std::max<int>(text.size(), 1);
     HexReading whole = readText(text, size, HexReader::everyByte);
     for (const int pieceSize : {1, 5}) {
         const HexReading inPieces = readText(text, pieceSize, HexReader::everyByte);
@@ -223,7 +230,7 @@ static void readAnyText(Reading& reading)
     QByteArray plain;
     bool isGood = false;
     if (readPlainText(text, plain, isGood)) {
-        require(whole.error.isSet() != isGood, "exactly words that are no bytes are an error");
+        require(whole.error.isSet() != isGood, "a text must be refused if and only if a word is no byte");
         require(!isGood || whole.bytes == plain, "plain hex text must have the bytes of its digits");
     }
     reading.result = static_cast<int>(whole.error.line);
@@ -232,12 +239,8 @@ static void readAnyText(Reading& reading)
 
 // --- Damaged dumps ------------------------------------------------------------------------------------------------
 
-static bool isHexDigit(char character)
-{
-    return character != '\0' && std::strchr("0123456789abcdef", character) != nullptr;
-}
-
 static const int mostDamaged = 300; // bytes of a dump; more rows would only take time
+static const char* const offsetDigits = "0123456789abcdef";
 
 // Returns true if the character is a digit of an offset that must be right: not in the first two lines, by which the
 // form is recognised, and not after *, which can stand for any number of equal rows.
@@ -245,12 +248,11 @@ static bool isDigitOfOffset(const QByteArray& text, int pos)
 {
     const int start = static_cast<int>(text.lastIndexOf('\n', pos)) + 1;
     const QByteArray before = text.left(start);
-    const QByteArray toPos = text.mid(start, pos - start + 1);
-    return isHexDigit(text[pos]) && before.count('\n') >= 2 && !before.endsWith("*\n") &&
-           std::all_of(toPos.begin(), toPos.end(), isHexDigit);
+    return isOneOf(offsetDigits, text[pos]) && before.count('\n') >= 2 && !before.endsWith("*\n") &&
+           consistsOf(text.mid(start, pos - start), offsetDigits);
 }
 
-// The first bytes select form and width, and the character that is replaced.
+// The first five bytes are form, width, position (2 bytes) and the new character there. The others are dumped.
 static void readDamagedDump(Reading& reading)
 {
     if (reading.size < 6)
@@ -261,12 +263,12 @@ static void readDamagedDump(Reading& reading)
     QByteArray text = form.write(bytes, byteAt(1) % 64 + 1);
     const int pos = (256 * byteAt(2) + byteAt(3)) % static_cast<int>(text.size());
     const char character = reading.buf[4];
-    const bool hasOffsets = form.write == xxd || form.write == hexdump || form.write == od || form.write == wireshark;
-    const bool isWrong = hasOffsets && isDigitOfOffset(text, pos) && isHexDigit(character) && text[pos] != character;
+    const bool isWrong =
+        form.hasOffsets && isDigitOfOffset(text, pos) && isOneOf(offsetDigits, character) && text[pos] != character;
     text[pos] = character;
     const HexReading outcome = readAgreed(text);
     if (isWrong && !outcome.error.isSet())
-        fail("the offset must be an error:\n" + text.toStdString());
+        fail("a wrong offset must be an error:\n" + text.toStdString());
     reading.left = outcome.bytes;
 }
 

@@ -46,7 +46,7 @@ static void addForTools(const std::string& name, const QByteArray& bytes, std::v
     const QString formName = QJsonDocument::fromJson(json)["as"].toString();
     if (formName == "frames") {
         seeds.push_back(recordingOf(bytes));
-        seeds.push_back(QByteArray::fromHex("040007") + bytes);
+        seeds.push_back(QByteArray::fromHex("040007") + bytes); // decodeFrames with its map, in pieces of 8 bytes
     }
     for (size_t i = 0; i < recordForms().size(); ++i) {
         if (formName == recordForms()[i].name)
@@ -65,7 +65,7 @@ static const char* const stationFiles[] = {
     "{\"commands\": [{\"command\": 254, \"error\": 1}]}",
 };
 
-// Adds frames for decodeFrames, with lists whose counts wrap their size, and a text of which one byte is missing.
+// Adds frames for decodeFrames, with lists whose counts wrap their size, and a text without its last byte.
 static void addCountedFrames(std::vector<QByteArray>& seeds)
 {
     for (const char form : {'\2', '\3', '\4'}) { // ints, bytes, strings

@@ -88,6 +88,20 @@ TEST(TcpApiRecvData, computesTheSizeAtTheTenthByte)
     EXPECT_EQ(hex(client.recvFrame), "68 02 00 00 00 34 12 00 00 10");
 }
 
+TEST(TcpApiRecvData, takesShortPiecesWithoutTheByteAfterThem)
+{
+    for (const int size : {1, 2, 3}) {
+        SCOPED_TRACE(size);
+        FedClient client;
+        client.feed(goodFrame.left(1));
+        int pos = 0;
+        EXPECT_FALSE(client.recvData(goodFrame.constData() + 1, size, pos));
+        EXPECT_EQ(hex(client.recvFrame), hex(goodFrame.left(1 + size)));
+        EXPECT_EQ(client.recvFrame.constData()[1 + size], '\0'); // ends the array
+        EXPECT_FALSE(client.feed(goodFrame.mid(1 + size, size)));
+    }
+}
+
 TEST(TcpApiRecvData, readsTheLengthLowByteFirst)
 {
     FedClient client;

@@ -59,6 +59,7 @@ TEST(TcpApiConstructor, startsDisconnectedWithAnOpenSocket)
     EXPECT_TRUE(client.isOpen());
     EXPECT_FALSE(client.isConnected());
     EXPECT_EQ(client.serverHost, "");
+    EXPECT_EQ(client.serverPort, 0);
     EXPECT_EQ(client.recvBuffer, nullptr);
     EXPECT_TRUE(client.holdsNoFrame());
     EXPECT_EQ(client.sendSeq, 0);

@@ -40,6 +40,16 @@ TEST(WrappedText, leavesItsLengthIfNoArrayHoldsIt)
     EXPECT_EQ(hex(data), "61 62 f1 ff");
 }
 
+TEST(WrappedText, ofRecordsThatNoArrayHoldsFailTheirAllocation)
+{
+    const RepeatedMemory memory;
+    PointInfo point; // of 2^32 + 14 bytes
+    point.text1.resize(0x7FFFFFFF, 'a');
+    point.text2.resize(0x7FFFFFFF, 'a');
+    QByteArray data = "ab";
+    EXPECT_THROW(CByte2Rdb::pointInfo2Byte(point, data), std::bad_alloc);
+}
+
 TEST(WrappedText, isOmittedAfterItsLength)
 {
     const RepeatedMemory memory;

@@ -254,14 +254,7 @@ protected:
         ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &raised), 0);
 
         connection = std::make_unique<Connection>();
-        move(1500);
-    }
-
-    void move(int least)
-    {
-        const Descriptor former(connection->descriptor());
-        connection->socket.setSocket({::fcntl(former, F_DUPFD, least)});
-        ASSERT_GE(connection->descriptor(), least);
+        moveTo(socket(), 1500);
     }
 
     void TearDown() override
@@ -312,9 +305,9 @@ TEST_F(HighDescriptor, isWatchedInAListWithOthers)
     rows[2].socket = &low.socket;
     ::send(connection->peer, "x", 1, 0);
     ASSERT_TRUE(becomes(connection->descriptor(), POLLIN));
-    for (const int descriptor : {1500, 1025}) { // a set for 1025 has one word more than an fd_set
+    for (const int descriptor : {1500, 1025}) { // 1025 needs the smallest set that is allocated
         SCOPED_TRACE(descriptor);
-        move(descriptor);
+        moveTo(socket(), descriptor);
         EXPECT_EQ(CGqSocket::select(rows, limitMs), 3);
         EXPECT_EQ(rows[0].readable, 1);
         EXPECT_EQ(rows[1].readable, 1);

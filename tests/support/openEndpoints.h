@@ -2,6 +2,11 @@
 
 #include "gqSocketUnix.h"
 
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
 // An endpoint with public access to its state.
 template <typename Endpoint>
 class Open : public Endpoint {
@@ -19,4 +24,14 @@ inline int descriptorOf(const CAbstractSocket& endpoint)
         static int* CAbstractSocket::*place() { return &Cell::handle; }
     };
     return *(endpoint.*Cell::place());
+}
+
+// Gives the socket the lowest free descriptor from `least` on.
+inline void moveTo(CTcpSocket& socket, int least)
+{
+    const int former = descriptorOf(socket);
+    const int moved = ::fcntl(former, F_DUPFD, least);
+    ASSERT_GE(moved, least);
+    socket.setSocket({moved});
+    ::close(former);
 }

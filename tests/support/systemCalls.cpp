@@ -282,6 +282,7 @@ static std::string attributesText(const pthread_mutexattr_t* attributes)
     ::pthread_mutexattr_init(&same);
     ::pthread_mutexattr_settype(&same, type);
     const bool more = std::memcmp(&same, attributes, sizeof same) != 0;
+    ::pthread_mutexattr_destroy(&same);
     return named(type, {NAME(PTHREAD_MUTEX_NORMAL), NAME(PTHREAD_MUTEX_RECURSIVE), NAME(PTHREAD_MUTEX_ERRORCHECK)}) +
            (more ? ", and more" : "");
 }

@@ -49,8 +49,8 @@ public:
                       const Descriptors& exceptional);
 
     // The arguments of the latest pthread_create apart from the attributes. It creates no thread; its answer outputs
-    // the handle. Attributes are shown as {detach state, inheritance of scheduling}, followed by "and more" if more was
-    // set.
+    // the handle. Attributes are shown as {detach state, inheritance of scheduling}, those of a mutex as its type,
+    // followed by "and more" if more was set.
     struct NewThread {
         pthread_t* handle = nullptr;
         void* (*entry)(void*) = nullptr;
