@@ -48,6 +48,7 @@ TEST(WrappedText, ofRecordsThatNoArrayHoldsFailTheirAllocation)
     point.text2.resize(0x7FFFFFFF, 'a');
     QByteArray data = "ab";
     EXPECT_THROW(CByte2Rdb::pointInfo2Byte(point, data), std::bad_alloc);
+    EXPECT_EQ(hex(data), "61 62");
 }
 
 TEST(WrappedText, isOmittedAfterItsLength)

@@ -169,6 +169,14 @@ TEST_F(ThreadDestructorCalls, leavesTheThreadRunning)
 
 // --- Mutexes ---
 
+// Leaves other bytes than 0 where the next call has its variables.
+[[gnu::noinline]] static void dirtyStack()
+{
+    volatile char bytes[1024];
+    for (volatile char& byte : bytes)
+        byte = '\xff';
+}
+
 class OpenMutex : public gqdb::CMutex {
 public:
     using CMutex::handle;
@@ -179,6 +187,7 @@ using MutexCalls = ThreadCalls;
 TEST_F(MutexCalls, createsARecursiveMutexAndDestroysIt)
 {
     {
+        dirtyStack();
         const gqdb::CMutex mutex;
         EXPECT_EQ(calls.take(), "pthread_mutex_init(mutex 1, PTHREAD_MUTEX_RECURSIVE)\n");
     }
