@@ -4,7 +4,6 @@
 
 bool readAll(ByteSource& source, QByteArray& content, int most)
 {
-    content.clear();
     while (content.size() <= most && source.read(content)) {
     }
     return content.size() <= most;

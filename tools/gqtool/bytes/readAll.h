@@ -4,7 +4,8 @@
 
 static const int largestInput = 1 << 30; // bytes; a QByteArray holds at most twice as many
 
-// Reads a file, or standard input for "-". Returns false and the reason in `error`, also if it has more than `most` bytes.
+// Reads a file, or standard input for "-", into `content`, which must be empty. Returns false and the reason in `error`,
+// also if it has more than `most` bytes.
 bool readAll(const QString& path, QByteArray& content, QString& error, int most = largestInput);
 
 // Reads a source to its end. Returns false if it has more than `most` bytes.

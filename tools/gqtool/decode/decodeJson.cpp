@@ -71,16 +71,8 @@ void DecodeJson::row(const DecodedRow& row)
     field.text.clear();
 }
 
-void DecodeJson::endValue()
-{
-    if (!hasValue)
-        json.add("value", JsonText{"null"});
-    hasValue = true;
-}
-
 void DecodeJson::rest(const QByteArray& bytes)
 {
-    endValue();
     behind += bytes;
     if (!isBehindHex && behind.size() > ByteWindow::smallInput) {
         json.begin("behind", '{');
@@ -133,7 +125,8 @@ void DecodeJson::addFaults(const FaultList& faults)
 
 bool DecodeJson::finish(const Decoding& decoding)
 {
-    endValue();
+    if (!hasValue) // a list whose count is incomplete
+        json.add("value", JsonText{"null"});
     endRest();
     if ((wants.fields || !input.isLarge()) && !addFields())
         return false;

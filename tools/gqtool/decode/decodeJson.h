@@ -27,7 +27,6 @@ public:
 
 private:
     void flushFull();
-    void endValue();
     void endRest();
     bool addFields();
     void addFaults(const FaultList& faults);

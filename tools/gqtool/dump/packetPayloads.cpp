@@ -10,7 +10,7 @@ static const int smallestIp = 20;     // header
 
 static int byteAt(const QByteArray& bytes, int pos)
 {
-    return pos >= 0 && pos < bytes.size() ? static_cast<unsigned char>(bytes[pos]) : 0;
+    return pos < bytes.size() ? static_cast<unsigned char>(bytes[pos]) : 0;
 }
 
 static int wordAt(const QByteArray& bytes, int pos) // in network order
