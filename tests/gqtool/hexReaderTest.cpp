@@ -143,6 +143,9 @@ TEST(HexText, refusesWhatIsNoArrayOfBytes)
     EXPECT_EQ(errorOf("68/04"), "line 1, column 3: '/' is not a hex digit");
     EXPECT_EQ(errorOf("68 /"), "line 1, column 4: '/' is not a hex digit");
     EXPECT_EQ(errorOf("char a[] = 5, 6;"), "line 1, column 2: 'h' is not a hex digit");
+    EXPECT_EQ(errorOf("char a[2]"), "line 1, column 2: 'h' is not a hex digit");
+    EXPECT_EQ(errorOf("char a[] ="), "line 1, column 2: 'h' is not a hex digit");
+    EXPECT_EQ(errorOf("unsigned int a_len = 2"), "line 1, column 1: 'u' is not a hex digit");
 }
 
 // --- Recognition --------------------------------------------------------------------------------------------------
@@ -160,6 +163,12 @@ TEST(HexReader, recognisesADumpByTheOffsetOfItsSecondLine)
     EXPECT_EQ(bytesOf("0000 68 04\n0002 0a"), "68 04 0a");
     EXPECT_EQ(bytesOf("000000 68 04\n\n000002\n"), "68 04");
     EXPECT_EQ(bytesOf("000000 68\n*\n000003 16\n000004\n"), "68 68 68 16");
+}
+
+TEST(HexReader, recognisesADumpAfterComments)
+{
+    EXPECT_EQ(bytesOf("# a pump\n\n0000  68 04"), "68 04");
+    EXPECT_EQ(bytesOf("0000 68 04\n# its end\n0002 0a"), "68 04 0a");
 }
 
 TEST(HexReader, takesEverythingElseAsHexText)
@@ -379,6 +388,37 @@ TEST(HexReader, takesASummaryWithANumberForNoOffset)
               "68 04 16 68 04 16");
 }
 
+static QByteArray dumpOf(const QByteArray& bytes)
+{
+    QByteArray text;
+    for (int pos = 0; pos < bytes.size(); pos += 16)
+        text += QByteArray::number(pos, 16).rightJustified(4, '0') + "  " + bytes.mid(pos, 16).toHex(' ') + '\n';
+    return text;
+}
+
+// IPv4 and UDP headers, and the bytes 68 04 16.
+static const QByteArray bytesOfUdp = "4500 001f 0000 0000 4011 0000 7f000001 7f000001 1388 9c40 000b 0000 680416"_hex;
+
+TEST(HexReader, skipsTheHeaderOfEachLink)
+{
+    for (const char* header : {
+             "",
+             "010203040506 010203040506 0800",           // Ethernet
+             "010203040506 010203040506 8100 0005 0800", // with a VLAN
+             "0000 0001 0006 0102030405060000 0800",     // Linux cooked capture
+             "0800 0000 00000002 0001 00 06 0102030405060000",
+             "02000000", // loopback
+         })
+        EXPECT_EQ(bytesOf(dumpOf(QByteArray::fromHex(header) + bytesOfUdp), HexReader::payloads), "68 04 16") << header;
+}
+
+TEST(HexReader, skipsTheOptionsOfIp)
+{
+    const QByteArray options = QByteArray(40, '\1');
+    const QByteArray packet = "4f00 0047"_hex + bytesOfUdp.mid(4, 16) + options + bytesOfUdp.mid(20);
+    EXPECT_EQ(bytesOf(dumpOf(packet), HexReader::payloads), "68 04 16");
+}
+
 TEST(HexReader, skipsThePaddingOfEthernet)
 {
     const QByteArray text = "0000  01 02 03 04 05 06 01 02 03 04 05 06 08 00 45 00\n"
@@ -424,4 +464,6 @@ TEST(HexReader, keepsTheBytesOfADumpWithoutPackets)
 {
     EXPECT_EQ(bytesOf("0000  68 04 00 16", HexReader::payloads), "68 04 00 16");
     EXPECT_EQ(bytesOf("0000  45 00 00 1f 16", HexReader::payloads), "45 00 00 1f 16");
+    const QByteArray shortHeader = "44"_hex + bytesOfUdp.mid(1); // of 16 bytes, where IPv4 has 20
+    EXPECT_EQ(bytesOf(dumpOf(shortHeader), HexReader::payloads), hex(shortHeader));
 }
