@@ -92,6 +92,25 @@ TEST(GqtoolDecode, printsFrames)
                                             "library: 1, good\n");
 }
 
+TEST(GqtoolDecode, printsHowFramesAreReadAsJson)
+{
+    const struct {
+        QStringList options;
+        const char* members;
+    } cases[] = {
+        {{}, R"("transport": "tcp", "direction": "reply", )"},
+        {{"--request"}, R"("transport": "tcp", "direction": "request", )"},
+        {{"--udp"}, R"("transport": "udp", "direction": "reply", )"},
+        {{"--payload", "ints"}, R"("transport": "tcp", "direction": "reply", "form": "ints", )"},
+    };
+    for (const auto& example : cases) {
+        const QStringList words = {"decode", "--as", "frames", "--json", "68 00000000 0700 00 00 20 0000 16"};
+        const QString json = run(words + example.options).output;
+        EXPECT_TRUE(json.startsWith(QString(R"({"as": "frames", %1"value": [)").arg(example.members)))
+            << json.toStdString();
+    }
+}
+
 TEST(GqtoolDecode, printsControlCharactersOfTextsAsEscapes)
 {
     // a text of 4 bytes: A, DEL, and U+009B, which begins a command of a terminal
@@ -231,7 +250,11 @@ TEST(GqtoolDecode, listsTheForms)
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output.count('\n'), static_cast<int>(recordForms().size()) + 2); // a title, frames
     EXPECT_TRUE(outcome.output.startsWith("Forms:\n  pointInfo          a point, short form\n"));
-    EXPECT_TRUE(run({"decode", "--help"}).output.contains("\n  wave               a stored wave\n"));
+    EXPECT_TRUE(outcome.output.endsWith("\n  wave               a stored wave\n"
+                                        "  frames             frames of one direction, as a client or server receives "
+                                        "them\n"))
+        << outcome.output.right(200).toStdString();
+    EXPECT_TRUE(run({"decode", "--help"}).output.contains('\n' + outcome.output + '\n'));
 }
 
 TEST(GqtoolDecode, listsTheFormsAsJson)
@@ -241,6 +264,9 @@ TEST(GqtoolDecode, listsTheFormsAsJson)
     EXPECT_EQ(outcome.output.count('\n'), static_cast<int>(recordForms().size()) + 1); // frames
     EXPECT_TRUE(outcome.output.startsWith(R"({"content":"a point, short form","form":"pointInfo"})"
                                           "\n"));
+    EXPECT_EQ(outcome.output.section('\n', -2).toStdString(),
+              R"({"content":"frames of one direction, as a client or server receives them","form":"frames"})"
+              "\n");
 }
 
 TEST(GqtoolDecode, exitsWith2OnWrongUsage)

@@ -144,6 +144,14 @@ TEST(GqtoolLanguage, breaksLinesOfHelpWhereReadersExpectIt)
     }
 }
 
+TEST(GqtoolLanguage, breaksLinesOfHelpBetweenChineseAndLatin)
+{
+    const QString help = runInChinese({"decode", "--help"}).output;
+    EXPECT_TRUE(help.contains("\n  --command COMMAND   与 --csv 和帧同用时，写入对 COMMAND 的应答中的记录，\n"
+                              "                      COMMAND 是命令表中的名称或编号\n"))
+        << help.toStdString();
+}
+
 TEST(GqtoolLanguage, isThatOfErrors)
 {
     EXPECT_EQ(runInChinese({}).errors, "gqtool: 没有给出命令\ngqtool: 见 'gqtool --help'\n");

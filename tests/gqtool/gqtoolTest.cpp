@@ -219,6 +219,30 @@ TEST(Gqtool, wrapsTheOptionsOfTheHelp)
         EXPECT_LE(line.size(), 79) << line.toStdString();
 }
 
+TEST(GqtoolCall, listsItsCommandsAndForms)
+{
+    const QString help = run({"call", "--help"}).output;
+    EXPECT_TRUE(help.contains("\n\nCommands:\n"
+                              "  systemState             get the station's state\n"
+                              "  systemTime              get its clock, in seconds since 1970\n"
+                              "  clear                   reset it\n"
+                              "  setTime FIRST SECOND    set its clock to FIRST; SECOND is not used\n"
+                              "  setState VALUE          set its state\n"
+                              "  ints COUNT              get integers, one per line\n"
+                              "  bytes COUNT             get bytes, in hexadecimal\n"
+                              "  strings COUNT           get texts, one per line\n"
+                              "  error CODE              get an error frame\n"
+                              "\n"))
+        << help.toStdString();
+    EXPECT_TRUE(help.contains("\n\nForms:\n"
+                              "  int      an integer\n"
+                              "  ints     a list of integers\n"
+                              "  bytes    a list of bytes\n"
+                              "  strings  a list of texts\n"
+                              "\n"))
+        << help.toStdString();
+}
+
 // --- Calls to a station that behaves ------------------------------------------------------------------------------
 
 TEST(GqtoolCall, printsOnlyTheReplyOnStandardOutput)
