@@ -1,4 +1,5 @@
 #include "gqtool/bytes/byteSource.h"
+#include "gqtool/bytes/byteWindow.h"
 #include "support/gqtoolProgram.h"
 #include "support/inputFile.h"
 
@@ -56,6 +57,39 @@ TEST(GqtoolInput, readsFilesOf2GiBAndMore)
     QByteArray bytes;
     EXPECT_TRUE(source.read(bytes));
     EXPECT_EQ(bytes, QByteArray(65536, '\0'));
+}
+
+// Bytes of any content, of which the first piece is large.
+class LargeSource : public ByteSource {
+public:
+    explicit LargeSource(int firstPiece) : pieceSize(firstPiece) {}
+
+    bool read(QByteArray& bytes) override
+    {
+        const int size = bytes.size() + pieceSize;
+        bytes.reserve(size);
+        bytes.resize(size); // touches no memory
+        pieceSize = 1;
+        return true;
+    }
+
+private:
+    int pieceSize;
+};
+
+TEST(GqtoolInput, keepsARecordOfUpTo1GiB)
+{
+    {
+        LargeSource bytes(1 << 29);
+        ByteWindow window(bytes);
+        EXPECT_TRUE(window.holds((1 << 29) + 1));
+        EXPECT_EQ(window.error(), "");
+    }
+    LargeSource bytes(1 << 30);
+    ByteWindow window(bytes);
+    EXPECT_TRUE(window.holds(1 << 30));
+    EXPECT_FALSE(window.holds((1 << 30) + 1));
+    EXPECT_EQ(window.error().toStdString(), "a field or wave has more than 1073741824 bytes");
 }
 
 TEST(GqtoolInput, readsAGoldenFile)
@@ -169,6 +203,12 @@ TEST(GqtoolInput, mentionsADumpThatIsReadAsRawBytes)
     const Outcome sum = run({"sum", "--raw", "--file", dump.path});
     EXPECT_EQ(sum.exitCode, 0); // the sum of the text may be wanted
     EXPECT_EQ(sum.errors, hint);
+    const InputFile tilde("00000000: 7e  ~\n");
+    EXPECT_TRUE(run({"sum", "--raw", "--file", tilde.path}).errors.endsWith("which is read without --raw\n"));
+    for (const char* binary : {"3132 # \x7f", "3132 # \x01"}) {
+        const InputFile raw(binary);
+        EXPECT_EQ(run({"sum", "--raw", "--file", raw.path}).errors, "");
+    }
     const InputFile raw(QByteArray("\x31\x32\x00\x33", 4));
     EXPECT_EQ(run({"sum", "--raw", "--file", raw.path}).errors, "");
 }

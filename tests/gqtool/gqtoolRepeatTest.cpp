@@ -2,14 +2,12 @@
 
 #include "support/gqtoolProgram.h"
 #include "support/plainSockets.h"
+#include "support/terminal.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
-#include <cstdlib>
-
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 static bool matches(const QString& text, const QString& pattern)
@@ -156,18 +154,34 @@ TEST(GqtoolRepeat, doesNotCountTheInterruptedRequest)
 
 TEST(GqtoolRepeat, showsItsProgressOnATerminal)
 {
-    const Descriptor terminal(posix_openpt(O_RDWR | O_NOCTTY));
-    ASSERT_EQ(grantpt(terminal), 0);
-    ASSERT_EQ(unlockpt(terminal), 0);
+    Terminal terminal;
     RunningStation station;
     QProcess process;
-    process.setStandardErrorFile(ptsname(terminal));
+    process.setStandardErrorFile(terminal.name());
     process.start(GQTOOL, {"call", "--repeat", "3", station.endpoint, "systemState"});
     ASSERT_TRUE(process.waitForFinished(waitMs));
-    std::string shown;
-    for (char byte = 0; becomes(terminal, POLLIN) && read(terminal, &byte, 1) == 1;)
-        shown += byte;
-    EXPECT_EQ(shown.substr(0, 4 + 16), "\r\033[K1 of 3, 0 failed");
-    EXPECT_EQ(shown.substr(shown.size() - 4), "\r\033[K");
+    const std::string shown = terminal.shown();
+    EXPECT_EQ(shown.substr(0, 4 + 16), clearLine + "1 of 3, 0 failed");
+    EXPECT_EQ(shown.substr(shown.size() - 4), clearLine);
     EXPECT_TRUE(process.readAllStandardOutput().startsWith("requests    3\n"));
+}
+
+// The reader of the totals may print them on the same terminal, as in 'gqtool call ... | tee FILE'.
+TEST(GqtoolRepeat, clearsItsProgressBeforeTheTotals)
+{
+    Terminal terminal;
+    Pipe output; // which is full, so that the totals are not printed yet
+    fcntl(output.writeEnd, F_SETFL, O_NONBLOCK);
+    while (write(output.writeEnd, "x", 1) == 1) {
+    }
+    RunningStation station;
+    QProcess process;
+    process.setStandardErrorFile(terminal.name());
+    process.setStandardOutputFile(QString("/proc/self/fd/%1").arg(output.writeEnd));
+    process.start(GQTOOL, {"call", "--repeat", "1", station.endpoint, "systemState"});
+    const std::string expected = clearLine + "1 of 1, 0 failed" + clearLine;
+    EXPECT_EQ(terminal.read(expected.size()), expected);
+    std::string filling(1 << 20, '\0');
+    EXPECT_GT(read(output.readEnd, filling.data(), filling.size()), 0);
+    EXPECT_TRUE(process.waitForFinished(waitMs));
 }

@@ -1,8 +1,10 @@
 // gqtool decode and encode with long lists: they are read, decoded and printed in parts.
 
+#include "gqtool/bytes/spool.h"
 #include "support/gqtoolProgram.h"
 #include "support/hex.h"
 #include "support/inputFile.h"
+#include "support/terminal.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -108,6 +110,17 @@ TEST(GqtoolStream, printsTheFirstLineWhenItArrives)
     frames.write(QByteArray::fromHex("68000000000700000020000016"));
     const QByteArray row = "     0  68                           [0].start";
     EXPECT_EQ(frames.read(row.size()).toStdString(), row.toStdString());
+}
+
+TEST(GqtoolStream, showsItsProgressOnATerminal)
+{
+    Terminal terminal;
+    const InputFile bytes(boolDatas(1)); // 14 bytes
+    QProcess process;
+    process.setStandardErrorFile(terminal.name());
+    process.start(GQTOOL, {"decode", "--as", "boolDatas", "--raw", "--file", bytes.path});
+    ASSERT_TRUE(process.waitForFinished(waitMs));
+    EXPECT_EQ(terminal.shown().substr(0, 4 + 19), clearLine + "0 bytes read, of 14");
 }
 
 TEST(GqtoolStream, decodesAndEncodesALongListInLittleMemory)
@@ -233,6 +246,24 @@ TEST(GqtoolStream, printsManyBytesAfterTheListAsHex)
                     .output.contains("\n    14  78 78 78 78 78 78 78 78 ...  (rest), 2000000 bytes\n"));
 }
 
+TEST(Spool, needsAFileFrom16MiBOn)
+{
+    const InputFile noFolder("");
+    const QByteArray before = qgetenv("TMPDIR");
+    qputenv("TMPDIR", QFile::encodeName(noFolder.path));
+    Spool spool;
+    QString error;
+    int size = 0;
+    const auto print = [&size](const QByteArray& bytes) { size += bytes.size(); };
+    spool.add(std::string(16777215, 'x'));
+    EXPECT_TRUE(spool.printAll(print, error)) << error.toStdString();
+    EXPECT_EQ(size, 16777215);
+    spool.add("x");
+    EXPECT_FALSE(spool.printAll(print, error));
+    EXPECT_EQ(error.toStdString(), "cannot keep 16777216 bytes in a temporary file: Not a directory");
+    before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
+}
+
 // --- Many errors --------------------------------------------------------------------------------------------------
 
 // An object with `count` properties, whose format texts are longer than their slots.
@@ -331,11 +362,11 @@ TEST(GqtoolCsv, replacesTheFileOnlyIfTheListIsWhole)
     const QString table = "value,stamp1,stamp2,flag1\n1,10000,250,2\n1,10000,250,2\n";
     EXPECT_EQ(contentOf(path), table);
 
-    outcome = run({"decode", "--as", "boolDatas", "--csv", path, boolDatas(3).chopped(1).toHex()});
+    outcome = run({"decode", "--as", "boolDatas", "--csv", path, boolDatas(4).chopped(1).toHex()});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: " + path +
                                   " is not written\n"
-                                  "gqtool: BYTES: byte 33: [2].flag1 needs 1 byte, but only 0 bytes remain\n");
+                                  "gqtool: BYTES: byte 43: [3].flag1 needs 1 byte, but only 0 bytes remain\n");
     EXPECT_EQ(contentOf(path), table);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"table.csv"});
 }

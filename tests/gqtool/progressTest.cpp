@@ -2,43 +2,12 @@
 
 #include "shared/progress.h"
 #include "support/plainSockets.h"
+#include "support/terminal.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
-
-// The other side of a terminal, `width` columns wide; 0 if unknown.
-struct Terminal {
-    explicit Terminal(unsigned short width = 0) : peer(posix_openpt(O_RDWR | O_NOCTTY))
-    {
-        EXPECT_EQ(grantpt(peer), 0);
-        EXPECT_EQ(unlockpt(peer), 0);
-        device = Descriptor(open(ptsname(peer), O_RDWR | O_NOCTTY));
-        const winsize size = {24, width, 0, 0};
-        EXPECT_EQ(ioctl(device, TIOCSWINSZ, &size), 0);
-    }
-
-    // What has been written to it since the last call.
-    std::string shown()
-    {
-        EXPECT_EQ(write(device, "|", 1), 1); // a terminal passes bytes on in its own time
-        std::string text;
-        char byte = 0;
-        while (becomes(peer, POLLIN) && read(peer, &byte, 1) == 1 && byte != '|')
-            text += byte;
-        return text;
-    }
-
-    Descriptor peer;
-    Descriptor device;
-};
-
-static const std::string clearLine = "\r\033[K";
 
 TEST(Progress, showsALineAndClearsItAtItsEnd)
 {
