@@ -1,7 +1,9 @@
 // gqtool as a program: command lines, what it prints, exit codes. Station and call meet on loopback.
 
+#include "stationClients.h"
 #include "support/gqtoolProgram.h"
 #include "support/inputFile.h"
+#include "support/terminal.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -295,6 +297,22 @@ TEST(GqtoolCall, gathersListsFromSeveralFrames)
     EXPECT_EQ(texts.size(), 14);
     EXPECT_EQ(texts[0], "unit 1 temperature 1");
     EXPECT_EQ(texts[12], "unit 2 temperature 1");
+}
+
+TEST(GqtoolCall, printsTextsWithoutWhatATerminalObeys)
+{
+    // ESC [ 2 J clears the screen, and so does U+009B 2 J.
+    const ScriptFile file(R"({"commands": [{"command": 34, "reply": {"strings": ["\u001b[2J\ta\u009b2J\u007f"]}}]})",
+                          "commands.json");
+    RunningStation station({"--commands", file.path});
+    EXPECT_EQ(station.call({"strings", "1"}).output, QString("\x1b[2J\ta") + QChar(0x9b) + "2J\x7f\n");
+
+    Terminal terminal;
+    QProcess process;
+    process.setStandardOutputFile(terminal.name());
+    process.start(GQTOOL, {"call", station.endpoint, "strings", "1"});
+    ASSERT_TRUE(process.waitForFinished(waitMs));
+    EXPECT_EQ(terminal.shown(), "\ufffd[2J\ta\ufffd2J\ufffd\r\n");
 }
 
 TEST(GqtoolCall, printsTheCodeOfAnErrorFrame)

@@ -36,12 +36,29 @@ void takeStandardOutput()
     close(devNull);
 }
 
+static bool isDataOnTerminal()
+{
+    static const bool is = isatty(dataOutput) == 1;
+    return is;
+}
+
+static bool isTerminalControl(QChar character)
+{
+    return character.category() == QChar::Other_Control && character != '\n' && character != '\t';
+}
+
+// Returns the text with the control characters replaced that a terminal would obey.
+static QString harmless(QString text)
+{
+    std::replace_if(text.begin(), text.end(), isTerminalControl, QChar(QChar::ReplacementCharacter));
+    return text;
+}
+
 void printBytes(const QByteArray& bytes)
 {
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
-    static const bool isTerminal = isatty(dataOutput) == 1;
-    if (isTerminal)
+    if (isDataOnTerminal())
         clearProgress();
     for (int done = 0; done < bytes.size();) {
         const ssize_t count = write(dataOutput, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
@@ -58,7 +75,7 @@ void printBytes(const QByteArray& bytes)
 
 void printLine(const QString& line)
 {
-    printBytes(line.toUtf8() + '\n');
+    printBytes((isDataOnTerminal() ? harmless(line) : line).toUtf8() + '\n');
 }
 
 void printJson(const QJsonObject& object)
@@ -66,17 +83,10 @@ void printJson(const QJsonObject& object)
     printLine(compactJson(QJsonDocument(object)));
 }
 
-static bool isTerminalControl(QChar character)
-{
-    return character.category() == QChar::Other_Control && character != '\n' && character != '\t';
-}
-
 void printError(const QString& line)
 {
     clearProgress();
-    QString visible = line;
-    std::replace_if(visible.begin(), visible.end(), isTerminalControl, QChar(QChar::ReplacementCharacter));
-    const QByteArray bytes = QByteArray(program_invocation_short_name) + ": " + visible.toUtf8() + '\n';
+    const QByteArray bytes = QByteArray(program_invocation_short_name) + ": " + harmless(line).toUtf8() + '\n';
     std::fputs(bytes.constData(), stderr);
 }
 
