@@ -30,6 +30,7 @@ static void decodesGolden(const GoldenRecord& golden)
     const Decoded decoded = expectAgreement(*golden.form, golden.bytes + golden.behind);
     EXPECT_TRUE(decoded.faults.empty());
     EXPECT_EQ(hex(decoded.rest), hex(golden.behind));
+    EXPECT_EQ(decoded.value, jsonOf(*golden.content()));
     EXPECT_EQ(jsonOf(*recordIn(decoded, *golden.form)), jsonOf(*golden.content()));
 
     QByteArray fields;

@@ -166,6 +166,9 @@ TEST(GqtoolDecode, reportsFaultsWithTheirOffset)
              Faulty{"frames", "68 02000000 0000 00 00 01 0700 0000 16",
                     "byte 10: the payload has 2 bytes, but its form (int) needs 4\n",
                     "library: -5, the payload of [0] is shorter than its form"},
+             Faulty{"frames", "68 02000000 0000 00 00 ff 0700 0000 16",
+                    "byte 10: the payload has 2 bytes, but its form (error) needs 4\n",
+                    "library: -5, the payload of [0] is shorter than its form"},
              Faulty{"frames", "68 00000004 0000 00 00 01 00000007 0000 16", // up to 4 MiB are decoded
                     "byte 0: length in the wrong byte order, 67108864 instead of 4; a client would wait for the rest "
                     "of it\n",

@@ -146,6 +146,22 @@ TEST(GqtoolStream, decodesAndEncodesALongListInLittleMemory)
     EXPECT_EQ(outcome.output, "");
 }
 
+TEST(GqtoolStream, readsWhatFollowsARecordInLittleMemory)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "AddressSanitizer needs more address space than any limit leaves";
+#endif
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("large"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(200000000)); // sparse; a list of no items, and the bytes after it
+    const Outcome outcome =
+        runProgram("sh", {"-c", "ulimit -v 160000; exec \"$0\" decode --as boolDatas --raw --file \"$1\"", GQTOOL,
+                          file.fileName()});
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_TRUE(outcome.output.contains("(rest), 199999996 bytes\n")) << outcome.output.toStdString();
+}
+
 // The first byte looks like the start of a frame of 1 GiB.
 TEST(GqtoolStream, findsAFrameAfterAFalseStartInLittleMemory)
 {
@@ -295,6 +311,10 @@ TEST(GqtoolStream, listsAsManyErrorsAsAskedFor)
     EXPECT_EQ(decodeFile(faultyObject(50), {"--as", "objectBlob", "--max-errors", "50"}).errors.count('\n'), 50);
     EXPECT_EQ(decodeFile(faultyObject(50), {"--as", "objectBlob", "--max-errors", "1"}).errors.count('\n'), 2);
     EXPECT_EQ(decodeFile(faultyObject(20), {"--as", "objectBlob"}).errors.count('\n'), 20);
+    EXPECT_TRUE(decodeFile(faultyObject(21), {"--as", "objectBlob"})
+                    .errors.endsWith("\ngqtool: 1 more error; --max-errors N lists N\n"));
+    EXPECT_TRUE(decodeFile(faultyObject(22), {"--as", "objectBlob"})
+                    .errors.endsWith("\ngqtool: 2 more errors; --max-errors N lists N\n"));
     EXPECT_EQ(run({"decode", "--as", "wave", "--max-errors", "0", "00"}).exitCode, 2);
 }
 

@@ -6,6 +6,7 @@
 #include "support/terminal.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <ctime>
@@ -103,6 +104,8 @@ TEST(Gqtool, suggestsACommand)
                                           "gqtool: see 'gqtool --help'\n");
     EXPECT_EQ(usageMessage({"--versoin"}), "gqtool: unknown option '--versoin'; did you mean '--version'?\n"
                                            "gqtool: see 'gqtool --help'\n");
+    EXPECT_EQ(usageMessage({"--hlp"}), "gqtool: unknown option '--hlp'; did you mean '--help'?\n"
+                                       "gqtool: see 'gqtool --help'\n");
     EXPECT_EQ(usageMessage({"call", "127.0.0.1:1", "setStat", "-5"}),
               "gqtool: unknown COMMAND 'setStat'; did you mean 'setState'?\n"
               "gqtool: see 'gqtool call --help'\n");
@@ -243,6 +246,25 @@ TEST(GqtoolCall, listsItsCommandsAndForms)
                               "  strings  a list of texts\n"
                               "\n"))
         << help.toStdString();
+}
+
+// Completion finds the options and the kinds of their values there.
+TEST(Gqtool, namesTheValuesOfOptionsInCapitals)
+{
+    const int descriptionColumn = 22;
+    const QRegularExpression option("^  (-[a-z], )?--[a-z0-9-]+( [A-Z]+)? *$");
+    for (const char* command : {"station", "call", "probe", "decode", "encode", "sum", "time", "trace", "wave"}) {
+        SCOPED_TRACE(command);
+        int options = 0;
+        for (const QString& line : run({command, "--help"}).output.section("\nOptions:\n", 1).split('\n')) {
+            if (!line.startsWith("  -"))
+                continue;
+            EXPECT_TRUE(option.match(line.left(descriptionColumn)).hasMatch()) << line.toStdString();
+            ++options;
+        }
+        EXPECT_GE(options, 4);
+    }
+    EXPECT_TRUE(run({"sum", "--help"}).output.contains("\n  --file FILE         read the bytes from FILE; "));
 }
 
 // --- Calls to a station that behaves ------------------------------------------------------------------------------

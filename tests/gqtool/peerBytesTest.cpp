@@ -54,6 +54,9 @@ TEST(JudgeBytes, takesTheFirstFrameAndSkipsWhatPrecedesIt)
     EXPECT_EQ(judged("ready\r\n" + greeting + errorMinus7, AwaitedBytes::greeting), "healthy");
     EXPECT_EQ(judged("ready\r\n" + wrongEnd + greeting, AwaitedBytes::greeting), "bad-frame");
     EXPECT_EQ(judged(errorMinus7 + greeting, AwaitedBytes::greeting), "error-frame");
+    EXPECT_EQ(judgeBytes("ok" + greeting, AwaitedBytes::greeting).detail.english(),
+              "a greeting of 1, after 2 bytes that are no frame");
+    EXPECT_TRUE(judgeBytes("x" + greeting, AwaitedBytes::greeting).detail.english().contains(" that are no frame"));
 }
 
 TEST(JudgeBytes, readsTheCodeOfAnErrorFrame)
@@ -137,6 +140,12 @@ TEST(JudgeBytes, recognisesOtherProtocolsByTheirFirstBytes)
         {"<html><head>", "foreign http"},
         {"15 0301 0002 0246"_hex, "foreign tls"},
         {"16 0303 0100 02"_hex, "foreign tls"},
+        {"14 0304 0001 01"_hex, "foreign tls"}, // the first kind of record and the highest version
+        {"18 0300 0003 01"_hex, "foreign tls"}, // the last kind and the lowest version
+        {"13 0303 0001 01"_hex, "foreign unknown?"},
+        {"19 0303 0001 01"_hex, "foreign unknown?"},
+        {"16 0305 0001 01"_hex, "foreign unknown?"},
+        {"16 0203 0001 01"_hex, "foreign unknown?"},
         {"220 mail ready\r\n", "foreign unknown?"},
         {"hello\r\n", "foreign unknown?"}, // h is the start byte
         {"\xff\xfd\x18\xff\xfd\x20", "foreign unknown?"},

@@ -45,9 +45,10 @@ static void appendNumber(std::string& json, Number value)
     json.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
-static void appendImage(std::string& json, unsigned long long image, int digits)
+// The image of a NaN has no leading zeros.
+static void appendImage(std::string& json, unsigned long long image)
 {
-    json += QString("{\"nan\": \"%1\"}").arg(image, digits, 16, QChar('0')).toStdString();
+    json += "{\"nan\": \"" + QString::number(image, 16).toStdString() + "\"}";
 }
 
 static void append(std::string& json, long long value)
@@ -60,7 +61,7 @@ static void append(std::string& json, double value)
     if (std::isnan(value)) {
         unsigned long long image = 0;
         std::memcpy(&image, &value, sizeof value);
-        appendImage(json, image, 16);
+        appendImage(json, image);
     } else if (std::isinf(value)) { // JSON numbers lack it
         json += value > 0 ? "\"inf\"" : "\"-inf\"";
     } else if (value == 0 && std::signbit(value)) { // parsers lose the sign
@@ -75,7 +76,7 @@ static void append(std::string& json, float value)
     if (std::isnan(value)) {
         unsigned int image = 0;
         std::memcpy(&image, &value, sizeof value);
-        return appendImage(json, image, 8);
+        return appendImage(json, image);
     }
     if (std::isinf(value) || value == 0)
         return append(json, static_cast<double>(value));
