@@ -125,7 +125,7 @@ TEST(GqtoolCommands, refusesABadFileWithLineAndPathOfEachError)
                           "  {\"command\": 66, \"reply\": {\"as\": \"intData\", \"value\": {\"value\": \"x\",\n"
                           "      \"stamp1\": 0, \"stamp2\": 0, \"flag1\": 0, \"flag2\": 0}}},\n"
                           "  {\"command\": 67, \"reply\": {\"int\": 1}, \"error\": 3},\n"
-                          "  {\"command\": 68, \"reply\": {\"file\": \"missing\"}},\n"
+                          "  {\"command\": 68, \"reply\": {\"file\": \"missing\"}, \"delay\": 5},\n"
                           "  5\n"
                           "]}\n",
                           "commands.json");
@@ -141,11 +141,12 @@ TEST(GqtoolCommands, refusesABadFileWithLineAndPathOfEachError)
         "line 6: commands[2].reply[1].more is unknown; the members are ",
         "line 7: commands[3].reply.value.value must be an integer from -2147483648 to 2147483647, got \"x\"",
         "line 9: commands[4] must have either reply or error",
+        "line 10: commands[5].delay is unknown; the members are command, payload, reply, error",
         "line 10: commands[5].reply.file: cannot read ",
         "line 11: commands[6] must be an object, got 5"};
     const QStringList lines = outcome.errors.split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 10) << outcome.errors.toStdString();
-    for (int i = 0; i < 10; ++i)
+    ASSERT_EQ(lines.size(), 11) << outcome.errors.toStdString();
+    for (int i = 0; i < 11; ++i)
         EXPECT_TRUE(lines[i].startsWith(QString("gqtool: %1: %2").arg(file.path, beginnings[i])))
             << lines[i].toStdString();
 }

@@ -108,7 +108,7 @@ TEST(GqtoolJson, holdsTheEventsOfAStation)
     const QTemporaryDir folder;
     QFile script(folder.filePath("faults.txt"));
     ASSERT_TRUE(script.open(QIODevice::WriteOnly));
-    script.write("reply 2 silent\nreply 3 close-after 12\ngreeting 3 close-after 5");
+    script.write("reply 2 silent\nreply 3 close-after 12\ngreeting 3 close-after 5\nreply 4 down 1");
     script.close();
     RunningProgram station(GQTOOL, {"station", "--json", "--udp", "--script", script.fileName()});
     const QJsonObject listening = object(station.nextLine());
@@ -134,6 +134,11 @@ TEST(GqtoolJson, holdsTheEventsOfAStation)
     run({"call", endpoint, "systemState"});
     expectNext(R"({"event":"connected"})");
     expectNext(R"({"event":"closed","sent":5})");
+    run({"call", endpoint, "systemState"});
+    expectNext(R"({"event":"connected"})");
+    expectNext(R"({"bytes":17,"command":1,"event":"request","outcome":"closed","reply":4,"sent":0,"transport":"TCP"})");
+    EXPECT_EQ(text(object(station.nextLine()), {}), R"({"event":"down","ms":1})");
+    EXPECT_EQ(text(object(station.nextLine()), {}), R"({"event":"up"})");
 }
 
 // --- time ---------------------------------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 
 #include "support/gqtoolProgram.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -19,18 +20,24 @@ TEST(GqtoolLog, holdsTheLinesOfTheConsoleWithTheirTime)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath("station.log");
+    const QDateTime before = QDateTime::currentDateTime();
     RunningStation station({"--log", path});
     station.call({"systemState"});
     QStringList console = {"listening on " + station.endpoint};
     for (int i = 0; i < 3; ++i) // connected, answered, gone
         console.append(station.nextLine());
+    const QDateTime after = QDateTime::currentDateTime();
     station.end();
 
     QStringList logged;
     for (const QString& line : linesOf(path)) {
-        const auto match = QRegularExpression("^<\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d> (.*)$").match(line);
+        const auto match = QRegularExpression("^<(\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d)> (.*)$").match(line);
         EXPECT_TRUE(match.hasMatch()) << line.toStdString();
-        logged.append(match.captured(1));
+        QDateTime time(before.date(), QTime::fromString(match.captured(1), "hh:mm:ss.zzz"));
+        if (time < before) // logged after midnight
+            time = time.addDays(1);
+        EXPECT_LE(time, after) << line.toStdString();
+        logged.append(match.captured(2));
     }
     EXPECT_EQ(logged, console);
 }

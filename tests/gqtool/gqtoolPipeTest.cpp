@@ -4,6 +4,8 @@
 #include "support/gqtoolProgram.h"
 #include "support/inputFile.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 class Pipeline {
@@ -113,4 +115,22 @@ TEST(GqtoolStreams, reportThatStandardInputIsClosed)
     const Outcome outcome = runInShell("$gqtool sum - <&-");
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot read standard input: Bad file descriptor\n");
+}
+
+TEST(GqtoolStreams, keepMessagesOutOfTheDataIfInputAndErrorsAreClosed)
+{
+    const Outcome outcome = runInShell("$gqtool sum zz <&- 2>&-");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+}
+
+// Only the places of closed streams are held by "/".
+TEST(GqtoolStreams, holdNoOtherDescriptors)
+{
+    RunningStation station;
+    const QDir descriptors(QString("/proc/%1/fd").arg(station.pid()));
+    const QFileInfoList all = descriptors.entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+    EXPECT_GE(all.size(), 3);
+    for (const QFileInfo& descriptor : all)
+        EXPECT_NE(descriptor.symLinkTarget(), "/") << descriptor.fileName().toStdString();
 }

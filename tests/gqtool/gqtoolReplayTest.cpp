@@ -120,6 +120,18 @@ TEST(GqtoolReplay, changesNoBytesThatAreNotAFrame)
     EXPECT_NEXT(client, frame("06", "40", "01000000") + "c0ffeec0ffeec0ff c0 68"_hex);
 }
 
+TEST(GqtoolReplay, takesOnlyWholeFramesOfTheClientForRequests)
+{
+    const ReplayingStation station(recordedGreeting + line(1, "client", 5, 64, "07000000") +
+                                   R"({"from": "client", "garbage": "c0"})" + "\n" +
+                                   R"({"from": "client", "command": 0, "payload": "", "end": "17", "fault": "end"})" +
+                                   "\n" + R"({"from": "station", "garbage": "c0ffee"})" + "\n");
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting5);
+    client.send(frame("06", "40", "07000000"));
+    EXPECT_NEXT(client, "c0ffee"_hex);
+}
+
 TEST(GqtoolReplay, staysSilentWhereTheServerDid)
 {
     const ReplayingStation station(recordedGreeting + line(1, "client", 0, 64, "07000000") +
@@ -213,6 +225,8 @@ TEST(GqtoolReplay, refusesABadRecordingWithItsLine)
     }
     const ScriptFile noTime(R"({"from": "client", "command": 64, "payload": ""})", "recording");
     EXPECT_TRUE(run({"station", "--as-timed", "--replay", noTime.path}).errors.contains("line 1: time must be"));
+    const ScriptFile two(R"({"event": 5, "time": "noon"})", "recording"); // of two mistakes, the last is reported
+    EXPECT_TRUE(run({"station", "--as-timed", "--replay", two.path}).errors.contains("line 1: event must be a string"));
     const ScriptFile empty("", "recording");
     EXPECT_EQ(run({"station", "--replay", empty.path}).errors, "gqtool: " + empty.path + ": contains no request\n");
     EXPECT_EQ(run({"station", "--replay", "/nowhere/recording"}).errors,

@@ -1,5 +1,7 @@
 // gqtool station with many links, and with slow ones.
 
+#include "gqtool/station/stationAnswers.h"
+
 #include "stationClients.h"
 #include "support/processState.h"
 
@@ -46,6 +48,31 @@ TEST(GqtoolStation, reportsThatDescriptorsRunOutAndGoesOn)
     clients.clear();
     for (const auto& client : waiting)
         EXPECT_EQ(client->next(greeting), hex(greeting));
+}
+
+// --- Requests -----------------------------------------------------------------------------------------------------
+
+TEST(GqtoolStation, refusesAPayloadThatIsTooShort)
+{
+    RunningStation station;
+    PlainClient client(station);
+    EXPECT_NEXT(client, greeting);
+    const QByteArray errorMinus11 = "68 04000000 0000 00 00 ff f5ffffff 0000 16"_hex;
+    client.send("68 03000000 0000 00 00 06 070000 0000 16"_hex); // a state of 4 bytes
+    EXPECT_NEXT(client, errorMinus11);
+    client.send("68 07000000 0000 00 00 05 00ca9a3b 000000 0000 16"_hex); // a time of 8 bytes
+    EXPECT_NEXT(client, errorMinus11);
+    client.send(askState);
+    EXPECT_NEXT(client, state1);
+}
+
+TEST(StationAnswers, pausesBetweenTheFramesOfAReply)
+{
+    const std::vector<TimedFrame> reply = spaced({"a", "b", "c"}, 100);
+    ASSERT_EQ(reply.size(), 3u);
+    EXPECT_EQ(reply[0].pauseMs, 0);
+    EXPECT_EQ(reply[1].pauseMs, 100);
+    EXPECT_EQ(reply[2].pauseMs, 100);
 }
 
 // --- Slow links ---------------------------------------------------------------------------------------------------

@@ -1,5 +1,7 @@
+#include "support/processState.h"
 #include "support/runningTrace.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -9,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <thread>
 
 #include <poll.h>
@@ -377,6 +380,31 @@ TEST(GqtoolTrace, printsAJsonObjectPerLine)
     EXPECT_EQ(nextObject(), R"({"connection":1,"event":"stationEnded",TIME})");
 }
 
+static qint64 microsecondsNow()
+{
+    using namespace std::chrono;
+    return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+TEST(GqtoolTrace, hasTheMicrosecondOfEachEventInItsJson)
+{
+    Listener station(5);
+    RunningTrace trace(station.port(), {"--json"});
+    const Link link(station, trace);
+    trace.nextLine();
+    for (int i = 0; i < 20; ++i) {
+        const qint64 before = microsecondsNow();
+        give(link.client, request);
+        const QString line = trace.nextLine();
+        const qint64 after = microsecondsNow();
+        const QString text = QJsonDocument::fromJson(line.toUtf8()).object()["time"].toString(); // ends with .123456Z
+        const QDateTime second = QDateTime::fromString(text.left(19) + 'Z', Qt::ISODate);
+        const qint64 time = second.toSecsSinceEpoch() * 1000000 + text.mid(20, 6).toInt();
+        EXPECT_GE(time, before) << text.toStdString();
+        EXPECT_LE(time, after) << text.toStdString();
+    }
+}
+
 TEST(GqtoolTrace, printsUpTo65536BytesOfAPayloadAsJson)
 {
     const QTemporaryDir folder;
@@ -415,12 +443,17 @@ TEST(GqtoolTraceUdp, reportsADatagramThatItCannotPassOn)
     RunningProgram trace(GQTOOL, {"trace", "--udp", "--listen", "0", "255.255.255.255:5000"});
     const QString first = trace.nextLine();
     DatagramSocket client;
-    client.sendTo(first.section(' ', 3, 3).section(':', 1).toInt(), request);
     const QRegularExpression error(QString("^gqtool: datagram of 127\\.0\\.0\\.1:%1 lost: "
                                            "(Permission denied|Network is unreachable)$")
                                        .arg(client.port()));
-    const QString line = trace.nextError();
-    EXPECT_TRUE(error.match(line).hasMatch()) << line.toStdString();
+    const int port = first.section(' ', 3, 3).section(':', 1).toInt();
+    const int before = descriptorsOf(trace.pid());
+    for (int i = 0; i < 3; ++i) {
+        client.sendTo(port, request);
+        const QString line = trace.nextError();
+        EXPECT_TRUE(error.match(line).hasMatch()) << line.toStdString();
+    }
+    EXPECT_TRUE(comesTrue([&] { return descriptorsOf(trace.pid()) == before; }));
 }
 
 TEST(GqtoolTraceUdp, passesDatagramsAndTheirRepliesToTheRightClient)
@@ -477,6 +510,28 @@ TEST(GqtoolTraceUdp, reportsThatTheStationIsUnreachable)
     trace.nextLine();
     trace.nextLine();
     EXPECT_EQ(trace.nextText(), "1 the station is unreachable: Connection refused");
+}
+
+// The way to the station is closed between two datagrams of a client.
+TEST(GqtoolTraceUdp, printsADatagramBeforeItsLoss)
+{
+    const QString network = "ip link set lo up && ip route add 198.51.100.9 dev lo && "
+                            "close() { ip route replace prohibit 198.51.100.9; }";
+    if (runProgram("unshare", {"-n", "bash", "-c", network + " && close"}).exitCode != 0)
+        GTEST_SKIP() << "needs the right to make network namespaces, and the program ip";
+    const QTemporaryDir folder;
+    const QString lines = folder.filePath("lines");
+    const QString commands = " && { \"$0\" trace --udp --listen 5000 198.51.100.9:5000 >\"$1\" & } && "
+                             "until grep -q listening \"$1\"; do sleep 0.01; done; "
+                             "exec 3<>/dev/udp/127.0.0.1/5000; printf a >&3; "
+                             "until grep -q '1 byte' \"$1\"; do sleep 0.01; done; "
+                             "close; printf ab >&3; "
+                             "until grep -q lost \"$1\"; do sleep 0.01; done; kill $!; wait $!; cut -c14- \"$1\"";
+    const Outcome outcome = runProgram("unshare", {"-n", "bash", "-c", network + commands, GQTOOL, lines});
+    EXPECT_TRUE(outcome.output.endsWith("1 -> garbage, 1 byte: 61\n"
+                                        "1 -> garbage, 2 bytes: 61 62\n"
+                                        "1 datagram of 2 bytes lost: Permission denied\n"))
+        << outcome.output.toStdString() << outcome.errors.toStdString();
 }
 
 // A router on the way, in another namespace, prohibits the datagram.

@@ -401,6 +401,13 @@ TEST(WaveSvg, hasAValueAxisBetweenRoundNumbers)
     EXPECT_EQ(labels(waveSvg({-3e38F, 3e38F}), "left"), "-4e+38@320.0 -2e+38@250.0 0@180.0 2e+38@110.0 4e+38@40.0");
 }
 
+TEST(WaveSvg, hasADarkerLineAtZero)
+{
+    const QByteArray svg = waveSvg({-1, 1});
+    EXPECT_EQ(svg.count(" stroke=\"lightgray\"/>"), 4);
+    EXPECT_TRUE(svg.contains("y1=\"180.0\" x2=\"1085\" y2=\"180.0\" stroke=\"gray\"/>"));
+}
+
 TEST(WaveSvg, labelsEqualSamplesOnce)
 {
     EXPECT_EQ(labels(waveSvg({0.1F, 0.1F, 0.1F}), "left"), "0.1@180.0");

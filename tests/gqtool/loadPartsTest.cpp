@@ -126,8 +126,8 @@ TEST(Gqload, printsWhatItFound)
                                     "wraps       0, of the sequence from 65535 to 0\n"
                                     "\n"
                                     "memory      once warm    at the end\n"
-                                    "clients                0 kB +\\d{4,7} kB  TOO SHORT TO COMPARE\n"
-                                    "station                0 kB +\\d{4,7} kB  TOO SHORT TO COMPARE\n$");
+                                    "clients                0 kB (?=.{10} kB) *\\d{4,7} kB  TOO SHORT TO COMPARE\n"
+                                    "station                0 kB (?=.{10} kB) *\\d{4,7} kB  TOO SHORT TO COMPARE\n$");
     EXPECT_TRUE(report.match(outcome.output).hasMatch()) << outcome.output.toStdString();
 }
 

@@ -26,7 +26,7 @@ static int openStopper()
     sigaddset(&ends, SIGINT);
     sigaddset(&ends, SIGTERM);
     sigprocmask(SIG_BLOCK, &ends, nullptr);
-    return signalfd(-1, &ends, SFD_NONBLOCK | SFD_CLOEXEC);
+    return signalfd(-1, &ends, SFD_CLOEXEC);
 }
 
 // --- Options ------------------------------------------------------------------------------------------------------

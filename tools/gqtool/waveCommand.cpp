@@ -21,6 +21,7 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 using gqdb::BlobWaveHead;
@@ -69,8 +70,7 @@ static Text refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
         .arg(unpackBlock(block).fault);
 }
 
-// Empties `bytes`.
-static Wave readWave(QByteArray& bytes)
+static Wave readWave(QByteArray bytes)
 {
     Wave wave;
     wave.size = bytes.size();
@@ -80,7 +80,6 @@ static Wave readWave(QByteArray& bytes)
     std::vector<unsigned char> work(CByte2Rdb::waveBlockSize);
     if (CByte2Rdb::byte2Wave(stored, work.data(), wave.head, wave.samples, wave.marks) != 1)
         wave.refusal = refusalOf(bytes, wave.head);
-    bytes.clear();
     return wave;
 }
 
@@ -326,7 +325,7 @@ int runWave(const QStringList& arguments)
     if (!input.read(bytes, exitCode, largestWave))
         return exitCode;
 
-    Wave wave = readWave(bytes);
+    Wave wave = readWave(std::move(bytes));
     if (json.isSet())
         printJson(wave);
     else if (!csvOutput && !svgOutput)

@@ -203,8 +203,9 @@ QByteArray CommandFileReader::readRecord(const QJsonObject& object, const QStrin
                                 didYouMean(closestName(object["as"].toString(), formNames())));
         return {};
     }
+    const QString valuePlace = place + ".value";
     if (!object.contains("value")) {
-        fail(place + ".value", Text::tr("is missing"));
+        fail(valuePlace, Text::tr("is missing"));
         return {};
     }
     const std::unique_ptr<Content> content = form->make();
@@ -215,7 +216,7 @@ QByteArray CommandFileReader::readRecord(const QJsonObject& object, const QStrin
     }
     QByteArray bytes;
     if (faults.isEmpty() && !content->write(bytes))
-        fail(place + ".value", Text::tr("cannot be written: the samples do not pack into 5000000 bytes"));
+        fail(valuePlace, Text::tr("cannot be written: the samples do not pack into 5000000 bytes"));
     return intPayload(bytes.size()) + bytes;
 }
 

@@ -8,10 +8,6 @@
 
 bool FaultSelector::read(const QString& text, unsigned int seed)
 {
-    first = 1;
-    last = INT_MAX;
-    step = 1;
-    percent = 100;
     generator.seed(seed);
     if (text == "every")
         return true;

@@ -25,8 +25,8 @@ static std::vector<gqdb::FloatPoint> floatPoints()
         point.pointId = firstFloatPoint + static_cast<unsigned int>(list.size());
         point.text1 = texts[0];
         point.text2 = texts[1];
-        point.text3 = texts[2];
         point.code2 = 0;
+        point.text3 = texts[2];
         list.push_back(point);
     }
     return list;
