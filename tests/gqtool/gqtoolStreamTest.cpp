@@ -270,8 +270,10 @@ TEST(Spool, needsAFileFrom16MiBOn)
     Spool spool;
     QString error;
     int size = 0;
-    const auto print = [&size](const QByteArray& bytes) { size += bytes.size(); };
-    spool.add(std::string(16777215, 'x'));
+    const auto print = [&size](const QByteArray& piece) { size += piece.size(); };
+    std::string bytes;
+    bytes.resize(16777215);
+    spool.add(bytes);
     EXPECT_TRUE(spool.printAll(print, error)) << error.toStdString();
     EXPECT_EQ(size, 16777215);
     spool.add("x");
