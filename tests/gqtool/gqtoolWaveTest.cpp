@@ -73,6 +73,13 @@ TEST(GqtoolWave, printsHeadMarksAndStatistics)
               "mean         -714.75\n");
 }
 
+TEST(GqtoolWave, explainsTheLimitsOfRawSamplesOnly)
+{
+    const QString output = waveOf(headOf(0, "01000000"_hex, none) + "0000803f"_hex).output;
+    EXPECT_TRUE(output.contains("\nwaveFlags    0x00: plain\n")) << output.toStdString();
+    EXPECT_TRUE(output.contains("\nlimitHigh    0\nlimitLow     0\n")) << output.toStdString();
+}
+
 // The statistics of the golden waves were worked out by a script that reads them without the library.
 TEST(GqtoolWave, readsEveryForm)
 {
