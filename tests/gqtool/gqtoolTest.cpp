@@ -202,12 +202,9 @@ TEST(Gqtool, reportsThatMemoryIsShort)
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "AddressSanitizer needs more address space than any limit leaves";
 #endif
-    const QTemporaryDir folder;
-    QFile file(folder.filePath("large"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_TRUE(file.resize(1000000000)); // sparse
+    const InputFile bytes(1000000000);
     const Outcome outcome =
-        runProgram("sh", {"-c", "ulimit -v 500000; exec \"$0\" sum --raw --file \"$1\"", GQTOOL, file.fileName()});
+        runProgram("sh", {"-c", "ulimit -v 500000; exec \"$0\" sum --raw --file \"$1\"", GQTOOL, bytes.path});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
     EXPECT_EQ(outcome.errors.toStdString(), "gqtool: not enough memory\n");

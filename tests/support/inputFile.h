@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-// A file with this content, removed with the object.
+// A file, removed with the object.
 class InputFile {
 public:
     explicit InputFile(const QByteArray& content) : path(folder.filePath("input"))
@@ -14,6 +14,9 @@ public:
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         EXPECT_EQ(file.write(content), content.size());
     }
+
+    // Zeros that take no room on the disk.
+    explicit InputFile(qint64 size) : InputFile("") { EXPECT_TRUE(QFile::resize(path, size)); }
 
 private:
     QTemporaryDir folder;
