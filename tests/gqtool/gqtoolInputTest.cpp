@@ -56,7 +56,7 @@ TEST(GqtoolInput, readsFilesOf2GiBAndMore)
     EXPECT_EQ(bytes, QByteArray(65536, '\0'));
 }
 
-// Bytes of any content, of which the first piece is large.
+// Its first piece has as many bytes as chosen, every later one has 1. Their values are undefined.
 class LargeSource : public ByteSource {
 public:
     explicit LargeSource(int firstPiece) : pieceSize(firstPiece) {}
@@ -65,7 +65,7 @@ public:
     {
         const int size = bytes.size() + pieceSize;
         bytes.reserve(size);
-        bytes.resize(size); // touches no memory
+        bytes.resize(size); // does not write to the memory
         pieceSize = 1;
         return true;
     }

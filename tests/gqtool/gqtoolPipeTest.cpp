@@ -124,8 +124,8 @@ TEST(GqtoolStreams, keepMessagesOutOfTheDataIfInputAndErrorsAreClosed)
     EXPECT_EQ(outcome.output, "");
 }
 
-// Only the places of closed streams are held by "/".
-TEST(GqtoolStreams, holdNoOtherDescriptors)
+// gqtool opens "/" in place of each closed stream, and nowhere else.
+TEST(GqtoolStreams, areLeftAloneIfAllAreOpen)
 {
     RunningStation station;
     const QDir descriptors(QString("/proc/%1/fd").arg(station.pid()));

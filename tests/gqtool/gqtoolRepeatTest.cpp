@@ -157,6 +157,7 @@ TEST(GqtoolRepeat, showsItsProgressOnATerminal)
     Terminal terminal;
     RunningStation station;
     QProcess process;
+    process.setProcessEnvironment(englishEnvironment());
     process.setStandardErrorFile(terminal.name());
     process.start(GQTOOL, {"call", "--repeat", "3", station.endpoint, "systemState"});
     ASSERT_TRUE(process.waitForFinished(waitMs));
@@ -176,6 +177,7 @@ TEST(GqtoolRepeat, clearsItsProgressBeforeTheTotals)
     }
     RunningStation station;
     QProcess process;
+    process.setProcessEnvironment(englishEnvironment());
     process.setStandardErrorFile(terminal.name());
     process.setStandardOutputFile(QString("/proc/self/fd/%1").arg(output.writeEnd));
     process.start(GQTOOL, {"call", "--repeat", "1", station.endpoint, "systemState"});

@@ -1,4 +1,4 @@
-// gqtool station with many links, and with slow ones.
+// gqtool station: many links, slow links, short payloads.
 
 #include "gqtool/station/stationAnswers.h"
 
@@ -58,9 +58,9 @@ TEST(GqtoolStation, refusesAPayloadThatIsTooShort)
     PlainClient client(station);
     EXPECT_NEXT(client, greeting);
     const QByteArray errorMinus11 = "68 04000000 0000 00 00 ff f5ffffff 0000 16"_hex;
-    client.send("68 03000000 0000 00 00 06 070000 0000 16"_hex); // a state of 4 bytes
+    client.send("68 03000000 0000 00 00 06 070000 0000 16"_hex); // setState with 3 of 4 bytes
     EXPECT_NEXT(client, errorMinus11);
-    client.send("68 07000000 0000 00 00 05 00ca9a3b 000000 0000 16"_hex); // a time of 8 bytes
+    client.send("68 07000000 0000 00 00 05 00ca9a3b 000000 0000 16"_hex); // setTime with 7 of 8 bytes
     EXPECT_NEXT(client, errorMinus11);
     client.send(askState);
     EXPECT_NEXT(client, state1);

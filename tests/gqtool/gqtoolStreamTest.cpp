@@ -117,6 +117,7 @@ TEST(GqtoolStream, showsItsProgressOnATerminal)
     Terminal terminal;
     const InputFile bytes(boolDatas(1)); // 14 bytes
     QProcess process;
+    process.setProcessEnvironment(englishEnvironment());
     process.setStandardErrorFile(terminal.name());
     process.start(GQTOOL, {"decode", "--as", "boolDatas", "--raw", "--file", bytes.path});
     ASSERT_TRUE(process.waitForFinished(waitMs));
@@ -275,7 +276,10 @@ TEST(Spool, needsAFileFrom16MiBOn)
     spool.add("x");
     EXPECT_FALSE(spool.printAll(print, error));
     EXPECT_EQ(error.toStdString(), "cannot keep 16777216 bytes in a temporary file: Not a directory");
-    before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
+    if (before.isNull())
+        qunsetenv("TMPDIR");
+    else
+        qputenv("TMPDIR", before);
 }
 
 // --- Many errors --------------------------------------------------------------------------------------------------

@@ -245,7 +245,7 @@ TEST(GqtoolCall, listsItsCommandsAndForms)
         << help.toStdString();
 }
 
-// Completion finds the options and the kinds of their values there.
+// The completion for bash reads the options and the names of their values from the help.
 TEST(Gqtool, namesTheValuesOfOptionsInCapitals)
 {
     const int descriptionColumn = 22;
@@ -318,7 +318,7 @@ TEST(GqtoolCall, gathersListsFromSeveralFrames)
     EXPECT_EQ(texts[12], "unit 2 temperature 1");
 }
 
-TEST(GqtoolCall, printsTextsWithoutWhatATerminalObeys)
+TEST(GqtoolCall, replacesControlCharactersOnATerminalOnly)
 {
     // ESC [ 2 J clears the screen, and so does U+009B 2 J.
     const ScriptFile file(R"({"commands": [{"command": 34, "reply": {"strings": ["\u001b[2J\ta\u009b2J\u007f"]}}]})",
@@ -328,6 +328,7 @@ TEST(GqtoolCall, printsTextsWithoutWhatATerminalObeys)
 
     Terminal terminal;
     QProcess process;
+    process.setProcessEnvironment(englishEnvironment());
     process.setStandardOutputFile(terminal.name());
     process.start(GQTOOL, {"call", station.endpoint, "strings", "1"});
     ASSERT_TRUE(process.waitForFinished(waitMs));

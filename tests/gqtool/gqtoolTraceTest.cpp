@@ -386,7 +386,7 @@ static qint64 microsecondsNow()
     return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-TEST(GqtoolTrace, hasTheMicrosecondOfEachEventInItsJson)
+TEST(GqtoolTrace, printsTheTimeOfEachEventInMicrosecondsAsJson)
 {
     Listener station(5);
     RunningTrace trace(station.port(), {"--json"});
@@ -512,7 +512,7 @@ TEST(GqtoolTraceUdp, reportsThatTheStationIsUnreachable)
     EXPECT_EQ(trace.nextText(), "1 the station is unreachable: Connection refused");
 }
 
-// The way to the station is closed between two datagrams of a client.
+// The route to the station is prohibited between two datagrams of a client.
 TEST(GqtoolTraceUdp, printsADatagramBeforeItsLoss)
 {
     const QString network = "ip link set lo up && ip route add 198.51.100.9 dev lo && "

@@ -399,15 +399,15 @@ static QByteArray dumpOf(const QByteArray& bytes)
 // IPv4 and UDP headers, and the bytes 68 04 16.
 static const QByteArray bytesOfUdp = "4500 001f 0000 0000 4011 0000 7f000001 7f000001 1388 9c40 000b 0000 680416"_hex;
 
-TEST(HexReader, skipsTheHeaderOfEachLink)
+TEST(HexReader, skipsTheHeaderOfEachLinkType)
 {
     for (const char* header : {
              "",
-             "010203040506 010203040506 0800",           // Ethernet
-             "010203040506 010203040506 8100 0005 0800", // with a VLAN
-             "0000 0001 0006 0102030405060000 0800",     // Linux cooked capture
-             "0800 0000 00000002 0001 00 06 0102030405060000",
-             "02000000", // loopback
+             "010203040506 010203040506 0800",                 // Ethernet
+             "010203040506 010203040506 8100 0005 0800",       // with a VLAN
+             "0000 0001 0006 0102030405060000 0800",           // Linux cooked capture
+             "0800 0000 00000002 0001 00 06 0102030405060000", // Linux cooked capture, version 2
+             "02000000",                                       // loopback
          })
         EXPECT_EQ(bytesOf(dumpOf(QByteArray::fromHex(header) + bytesOfUdp), HexReader::payloads), "68 04 16") << header;
 }
@@ -464,6 +464,6 @@ TEST(HexReader, keepsTheBytesOfADumpWithoutPackets)
 {
     EXPECT_EQ(bytesOf("0000  68 04 00 16", HexReader::payloads), "68 04 00 16");
     EXPECT_EQ(bytesOf("0000  45 00 00 1f 16", HexReader::payloads), "45 00 00 1f 16");
-    const QByteArray shortHeader = "44"_hex + bytesOfUdp.mid(1); // of 16 bytes, where IPv4 has 20
+    const QByteArray shortHeader = "44"_hex + bytesOfUdp.mid(1); // of 16 bytes; IPv4 has at least 20
     EXPECT_EQ(bytesOf(dumpOf(shortHeader), HexReader::payloads), hex(shortHeader));
 }

@@ -12,7 +12,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-static const std::string clearLine = "\r\033[K"; // what removes a line of progress
+static const std::string clearLine = "\r\033[K"; // clears the line of progress
 
 // The other side of a terminal, `width` columns wide; 0 if unknown.
 struct Terminal {
@@ -27,7 +27,7 @@ struct Terminal {
 
     const char* name() const { return ptsname(peer); } // of the device
 
-    // Waits until that much has been written to it.
+    // Returns the next `size` bytes written to the terminal, fewer if they do not arrive in time.
     std::string read(size_t size)
     {
         std::string text;

@@ -25,7 +25,7 @@ static std::vector<gqdb::FloatPoint> floatPoints()
         point.pointId = firstFloatPoint + static_cast<unsigned int>(list.size());
         point.text1 = texts[0];
         point.text2 = texts[1];
-        point.code2 = 0;
+        point.code2 = 0; // the constructor leaves it unset
         point.text3 = texts[2];
         list.push_back(point);
     }
