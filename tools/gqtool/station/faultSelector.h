@@ -9,7 +9,8 @@
 //     3  3-7  every  every/10 (the 10th, 20th ...)  2% (by chance)
 class FaultSelector {
 public:
-    // Reads a selector. Call it at most once. Its choices by chance depend only on `seed`. Returns false if the text is not a selector.
+    // Reads a selector. Call it at most once. Its choices by chance depend only on `seed`. Returns false if the text is not
+    // a selector.
     bool read(const QString& text, unsigned int seed);
 
     // Returns true if it chooses this number. Must be called for each number in order.
