@@ -3,6 +3,7 @@
 #include "support/failingAllocations.h"
 #include "support/goldenRecords.h"
 #include "support/hex.h"
+#include "support/recordJsonWriter.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 
 #include "support/goldenRecords.h"
 #include "support/hex.h"
+#include "support/recordJsonWriter.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>

@@ -4,6 +4,7 @@
 #include "gqtool/frames/frameStream.h"
 #include "gqtool/records/recordJson.h"
 #include "support/decodedBytes.h"
+#include "support/recordJsonWriter.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

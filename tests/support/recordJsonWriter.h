@@ -1,0 +1,91 @@
+#pragma once
+
+#include "gqtool/records/jsonText.h"
+#include "gqtool/records/recordFields.h"
+#include "gqtool/records/textEncoding.h"
+
+#include <string_view>
+
+// Records as JSON, as gqtool prints them, with the fields in the order of the bytes. tests/golden/README.md describes it.
+
+class RecordJsonWriter : public Fields {
+public:
+    explicit RecordJsonWriter(bool comparesOnly) : isComparable(comparesOnly) {}
+
+    using Fields::field;
+    void field(const char* name, unsigned char& value) override { json.add(name, value); }
+    void field(const char* name, unsigned int& value) override { json.add(name, value); }
+    void field(const char* name, int& value) override { json.add(name, value); }
+    void field(const char* name, float& value) override { json.add(name, value); }
+    void field(const char* name, double& value) override { json.add(name, value); }
+    void field(const char* name, std::string& text) override { json.add(name, RecordText(text).value()); }
+    void field(const char* name, QString& text) override { json.add(name, text.toStdString()); }
+    void slot(const char* name, std::string& text) override { field(name, text); }
+    void bytes(const char* name, unsigned char* first, int size) override
+    {
+        json.add(name, viewOf(first, static_cast<size_t>(size)));
+    }
+    void bytes(const char* name, std::vector<unsigned char>& value) override
+    {
+        json.add(name, viewOf(value.data(), value.size()));
+    }
+    void skip() override {}
+    void samples(StoredWave& wave) override
+    {
+        add("marks", wave.marks);
+        if (!isComparable && (wave.isRaw() || wave.isQuantised()))
+            add("stored", wave.stored);
+        add("samples", wave.samples);
+    }
+    void lostText(const char* name, std::string& text) override
+    {
+        if (!isComparable)
+            field(name, text);
+    }
+    void lostSlot(const char* name, std::string& text) override { lostText(name, text); }
+
+    void beginRecord(const char* name) override { json.begin(name, '{'); }
+    void endRecord() override { json.end('}'); }
+    unsigned int beginList(const char* name, int, size_t size) override
+    {
+        json.begin(name, '[');
+        return static_cast<unsigned int>(size);
+    }
+    bool beginItem(unsigned int) override { return true; }
+    void endItem() override {}
+    void endList() override { json.end(']'); }
+
+    JsonBuilder json;
+
+private:
+    static std::string_view viewOf(const unsigned char* bytes, size_t size)
+    {
+        return {reinterpret_cast<const char*>(bytes), size};
+    }
+
+    template <typename Item>
+    void add(const char* name, const std::vector<Item>& items)
+    {
+        json.begin(name, '[');
+        for (const Item item : items)
+            json.add(nullptr, item);
+        json.end(']');
+    }
+
+    bool isComparable;
+};
+
+inline std::string jsonOf(Content& content)
+{
+    RecordJsonWriter writer(false);
+    content.walk(writer);
+    return writer.json.text;
+}
+
+// Without the texts that the library's readers do not return.
+inline std::string comparableJsonOf(Content& content)
+{
+    RecordJsonWriter writer(true);
+    content.walk(writer);
+    return writer.json.text;
+}
