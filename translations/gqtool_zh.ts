@@ -340,12 +340,12 @@ bytes、strings；字节为记录时用 bytes:FORM，各种格式见 &apos;gqtoo
         <translation>见 &apos;%1 --help&apos;</translation>
     </message>
     <message>
-        <source>(rest), %1 bytes</source>
-        <translation>（剩余部分），%1 字节</translation>
+        <source>(rest), %1</source>
+        <translation>（剩余部分），%1</translation>
     </message>
     <message>
-        <source>(not read), %1 bytes</source>
-        <translation>（未读取），%1 字节</translation>
+        <source>(not read), %1</source>
+        <translation>（未读取），%1</translation>
     </message>
     <message>
         <source>library: %1, %2</source>
@@ -457,8 +457,8 @@ are printed while their bytes arrive, so they can be of any length.
         <translation>转储的每一行必须以偏移开头，实际为 &apos;%1&apos;</translation>
     </message>
     <message>
-        <source>offset after * must be %1 and a multiple of %2 bytes, got %3</source>
-        <translation>* 之后的偏移必须是 %1 加 %2 字节的倍数，实际为 %3</translation>
+        <source>offset after * must be %1 and a multiple of %2, got %3</source>
+        <translation>* 之后的偏移必须是 %1 加 %2的倍数，实际为 %3</translation>
     </message>
     <message>
         <source>; 1 byte is missing</source>
@@ -537,8 +537,8 @@ are printed while their bytes arrive, so they can be of any length.
         <translation>&apos;%1&apos; 必须有十六进制数字</translation>
     </message>
     <message>
-        <source>the array has %1 bytes, but its size is %2</source>
-        <translation>数组有 %1 字节，但其大小为 %2</translation>
+        <source>the array has %1, but its size is %2</source>
+        <translation>数组有 %1，但其大小为 %2</translation>
     </message>
     <message>
         <source>a packet is a fragment; gqtool does not reassemble it</source>
@@ -716,12 +716,8 @@ code is 1.
         <translation>必须是十六进制数字字符串，每字节两位</translation>
     </message>
     <message>
-        <source>must have %1 byte, got %2</source>
-        <translation>必须有 %1 字节，实际为 %2</translation>
-    </message>
-    <message>
-        <source>must have %1 bytes, got %2</source>
-        <translation>必须有 %1 字节，实际为 %2</translation>
+        <source>must have %1, got %2</source>
+        <translation>必须有 %1，实际为 %2</translation>
     </message>
     <message>
         <source>must be the size of the payload, %1, got %2</source>
@@ -730,14 +726,6 @@ code is 1.
     <message>
         <source>must be an object</source>
         <translation>必须是对象</translation>
-    </message>
-    <message>
-        <source>%1 byte: %2</source>
-        <translation>%1 字节：%2</translation>
-    </message>
-    <message>
-        <source>%1 bytes: %2</source>
-        <translation>%1 字节：%2</translation>
     </message>
     <message>
         <source>%1 integer: %2</source>
@@ -764,12 +752,8 @@ code is 1.
         <translation>%1（不是 %2）</translation>
     </message>
     <message>
-        <source>%1, sequence %2, %3 byte</source>
-        <translation>%1，序号 %2，%3 字节</translation>
-    </message>
-    <message>
-        <source>%1, sequence %2, %3 bytes</source>
-        <translation>%1，序号 %2，%3 字节</translation>
+        <source>%1, sequence %2, %3</source>
+        <translation>%1，序号 %2，%3</translation>
     </message>
     <message>
         <source>%1: no code</source>
@@ -780,12 +764,8 @@ code is 1.
         <translation>%1：错误码 %2</translation>
     </message>
     <message>
-        <source>garbage, %1 byte: %2</source>
-        <translation>无效字节，%1 字节：%2</translation>
-    </message>
-    <message>
-        <source>garbage, %1 bytes: %2</source>
-        <translation>无效字节，%1 字节：%2</translation>
+        <source>garbage, %1: %2</source>
+        <translation>无效字节，%1：%2</translation>
     </message>
     <message>
         <source>wrong end 0x%1 instead of 0x16: %2</source>
@@ -808,16 +788,16 @@ code is 1.
         <translation>在记录中，%1</translation>
     </message>
     <message>
-        <source>the payload has %1 bytes, but its form (%2) needs %3</source>
-        <translation>净荷有 %1 字节，但其格式（%2）需要 %3 字节</translation>
+        <source>the payload has %1, but its form (%2) needs %3</source>
+        <translation>净荷有 %1，但其格式（%2）需要 %3 字节</translation>
     </message>
     <message>
-        <source>%1 bytes read, of %2</source>
-        <translation>已读取 %1 字节，共 %2 字节</translation>
+        <source>%1 read, of %2</source>
+        <translation>已读取 %1，共 %2 字节</translation>
     </message>
     <message>
-        <source>%1 bytes read</source>
-        <translation>已读取 %1 字节</translation>
+        <source>%1 read</source>
+        <translation>已读取 %1</translation>
     </message>
     <message>
         <source>%1 more error; --max-errors N lists N</source>
@@ -1076,8 +1056,8 @@ code is 1.
         <translation>错误帧，错误码 %1</translation>
     </message>
     <message>
-        <source>a frame with a payload of %1 bytes, at least 4 are needed</source>
-        <translation>净荷为 %1 字节的帧，至少需要 4 字节</translation>
+        <source>a frame with a payload of %1, at least 4 are needed</source>
+        <translation>净荷为 %1的帧，至少需要 4 字节</translation>
     </message>
     <message>
         <source>a greeting of %1</source>
@@ -1088,8 +1068,8 @@ code is 1.
         <translation>不是帧，而是 %1</translation>
     </message>
     <message>
-        <source>%1, after %2 bytes that are no frame</source>
-        <translation>%1，之前有 %2 字节不属于任何帧</translation>
+        <source>%1, after %2 without a frame</source>
+        <translation>%1，之前有 %2不属于任何帧</translation>
     </message>
     <message>
         <source>no complete frame: %1</source>
@@ -1182,12 +1162,8 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>剩 %1 字节</translation>
     </message>
     <message>
-        <source>%1 needs %2 byte, but only %3</source>
-        <translation>%1 需要 %2 字节，但只%3</translation>
-    </message>
-    <message>
-        <source>%1 needs %2 bytes, but only %3</source>
-        <translation>%1 需要 %2 字节，但只%3</translation>
+        <source>%1 needs %2, but only %3</source>
+        <translation>%1 需要 %2，但只%3</translation>
     </message>
     <message>
         <source>count</source>
@@ -1202,8 +1178,8 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>%1为 %2，但只%3</translation>
     </message>
     <message>
-        <source>good, %1 bytes</source>
-        <translation>正常，%1 字节</translation>
+        <source>good, %1</source>
+        <translation>正常，%1</translation>
     </message>
     <message>
         <source>not called: the library writes this form and has no reader for it</source>
@@ -1726,32 +1702,32 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>%1 已断开</translation>
     </message>
     <message>
-        <source>%1 closed after %2 bytes of its greeting</source>
-        <translation>%1 的连接已关闭，问候帧只发送了 %2 字节</translation>
+        <source>%1 closed after %2 of its greeting</source>
+        <translation>%1 的连接已关闭，问候帧只发送了 %2</translation>
     </message>
     <message>
         <source>gone before the answer</source>
         <translation>客户端在应答前已断开</translation>
     </message>
     <message>
-        <source>closed after %1 bytes</source>
-        <translation>发送 %1 字节后已关闭连接</translation>
+        <source>closed after %1</source>
+        <translation>发送 %1后已关闭连接</translation>
     </message>
     <message>
-        <source>answered with %1 bytes</source>
-        <translation>已应答 %1 字节</translation>
+        <source>answered with %1</source>
+        <translation>已应答 %1</translation>
     </message>
     <message>
         <source>not answered</source>
         <translation>未应答</translation>
     </message>
     <message>
-        <source>%1 by UDP command 0x%2, %3 bytes: %4</source>
-        <translation>%1 经 UDP，命令 0x%2，%3 字节：%4</translation>
+        <source>%1 by UDP command 0x%2, %3: %4</source>
+        <translation>%1 经 UDP，命令 0x%2，%3：%4</translation>
     </message>
     <message>
-        <source>%1 command 0x%2, %3 bytes: %4</source>
-        <translation>%1 命令 0x%2，%3 字节：%4</translation>
+        <source>%1 command 0x%2, %3: %4</source>
+        <translation>%1 命令 0x%2，%3：%4</translation>
     </message>
     <message>
         <source>cannot start a thread</source>
@@ -2208,10 +2184,6 @@ moment. The ranges of codes for the texts differ in some places from those for t
         <translation>来自 %1 的数据报丢失：%2</translation>
     </message>
     <message>
-        <source>datagram of %1 bytes lost: %2</source>
-        <translation>%1 字节的数据报丢失：%2</translation>
-    </message>
-    <message>
         <source>the station is unreachable: %1</source>
         <translation>站不可达：%1</translation>
     </message>
@@ -2327,8 +2299,8 @@ Wireshark 打开：
         <translation>波形头需要 %1 字节，实际为 %2</translation>
     </message>
     <message>
-        <source>the compressed block of %1 bytes cannot be unpacked: %2</source>
-        <translation>%1 字节的压缩块无法解压：%2</translation>
+        <source>the compressed block of %1 cannot be unpacked: %2</source>
+        <translation>%1的压缩块无法解压：%2</translation>
     </message>
     <message>
         <source>0x%1: %2, compressed</source>
@@ -2349,6 +2321,10 @@ Wireshark 打开：
     <message>
         <source>size</source>
         <translation>大小</translation>
+    </message>
+    <message>
+        <source>1 byte</source>
+        <translation>1 字节</translation>
     </message>
     <message>
         <source>%1 bytes</source>
@@ -2744,8 +2720,8 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
         <translation>（任意字节）</translation>
     </message>
     <message>
-        <source>%1 bytes unpacked</source>
-        <translation>解压出 %1 字节</translation>
+        <source>%1 unpacked</source>
+        <translation>解压出 %1</translation>
     </message>
     <message>
         <source>(zlib stream)</source>
@@ -2772,8 +2748,8 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
         <translation>&apos;%1&apos; 的字节次序可能相反，例如 xxd -e 的输出；请用 xxd -g 1</translation>
     </message>
     <message>
-        <source>%1: byte %2: %3 bytes after the list are not in the table</source>
-        <translation>%1：字节 %2：列表之后的 %3 字节不在表中</translation>
+        <source>%1: byte %2: the table leaves out %3 after the list</source>
+        <translation>%1：字节 %2：列表之后的 %3不在表中</translation>
     </message>
     <message>
         <source>%1: byte %2: %3</source>
@@ -2948,8 +2924,8 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
         <translation>数据报中没有完整的帧</translation>
     </message>
     <message>
-        <source>%1 bytes that are no %2</source>
-        <translation>这 %1 字节不是 %2</translation>
+        <source>no %1 in %2</source>
+        <translation>%2中没有 %1</translation>
     </message>
     <message>
         <source>%1 of the %2 bytes are left over after the %3</source>

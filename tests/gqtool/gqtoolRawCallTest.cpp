@@ -197,7 +197,7 @@ TEST(GqtoolRawCall, reportsATimeout)
     expectLinkFailure(answered({"--timeout", "300"}, reply7.left(9)),
                       "0: bad-frame: no complete reply in time, after 9 of the 10 bytes of a header");
     expectLinkFailure(answered({"--timeout", "300"}, "no"),
-                      "0: bad-frame: no complete reply in time, after 2 bytes that are no frame");
+                      "0: bad-frame: no complete reply in time, after 2 bytes without a frame");
 }
 
 TEST(GqtoolRawCall, namesALengthThatNoFrameHas)

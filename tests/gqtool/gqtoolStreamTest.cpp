@@ -404,7 +404,7 @@ TEST(GqtoolCsv, mentionsBytesAfterTheList)
 {
     const Outcome outcome = run({"decode", "--as", "boolDatas", "--csv", "-", boolDatas(2).toHex() + "0a0b"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.errors, "gqtool: BYTES: byte 24: 2 bytes after the list are not in the table\n");
+    EXPECT_EQ(outcome.errors, "gqtool: BYTES: byte 24: the table leaves out 2 bytes after the list\n");
 }
 
 // A frame with a byte list as payload.

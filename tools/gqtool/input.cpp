@@ -9,8 +9,8 @@
 
 QString progressText(const ByteSource& source)
 {
-    return source.total() > 0 ? Text::tr("%1 bytes read, of %2").arg(source.done()).arg(source.total())
-                              : Text::tr("%1 bytes read").arg(source.done());
+    return source.total() > 0 ? Text::tr("%1 read, of %2").arg(bytesText(source.done())).arg(source.total())
+                              : Text::tr("%1 read").arg(bytesText(source.done()));
 }
 
 // --- Sources ------------------------------------------------------------------------------------------------------

@@ -54,8 +54,7 @@ static void printSums(const QByteArray& bytes, bool asJson)
     const Sums sums = sumsOf(bytes);
     if (!asJson) {
         const QString shown = CByte2Val::buf2str(bytes.left(shownBytes)) + (bytes.size() > shownBytes ? " ..." : "");
-        printLine(
-            (bytes.size() == 1 ? Text::tr("%1 byte: %2") : Text::tr("%1 bytes: %2")).arg(bytes.size()).arg(shown));
+        printLine(Text::tr("%1: %2").arg(bytesText(bytes.size()), shown));
         for (const Tail& tail : tails)
             printLine(padded(Text::tr(tail.meaning), 24) + ' ' + CByte2Val::buf2str(tail.bytes(sums)));
         return;

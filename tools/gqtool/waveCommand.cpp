@@ -65,8 +65,8 @@ static Text refusalOf(const QByteArray& bytes, const BlobWaveHead& head)
         return tooFew;
     const int blockStart = headSize + 4 * static_cast<int>(head.markCount);
     const QByteArray block = QByteArray::fromRawData(bytes.constData() + blockStart, bytes.size() - blockStart);
-    return Text::tr("the compressed block of %1 bytes cannot be unpacked: %2")
-        .arg(block.size())
+    return Text::tr("the compressed block of %1 cannot be unpacked: %2")
+        .arg(bytesText(block.size()))
         .arg(unpackBlock(block).fault);
 }
 
@@ -159,7 +159,7 @@ static void printHead(const BlobWaveHead& head)
 
 static void printText(const Wave& wave)
 {
-    printField(Text::tr("size"), Text::tr("%1 bytes").arg(wave.size));
+    printField(Text::tr("size"), bytesText(wave.size));
     if (wave.hasHead)
         printHead(wave.head);
     if (!wave.refusal.isEmpty())

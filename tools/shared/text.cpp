@@ -87,7 +87,12 @@ Text libraryText(const QString& english)
     return Text::tr(english.toUtf8().constData());
 }
 
-// --- Lists --------------------------------------------------------------------------------------------------------
+// --- Counts, lists --------------------------------------------------------------------------------------------------------
+
+Text bytesText(long long count)
+{
+    return count == 1 ? Text::tr("1 byte") : Text::tr("%1 bytes").arg(count);
+}
 
 Text listText(const QStringList& names)
 {

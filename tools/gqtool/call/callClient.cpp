@@ -116,7 +116,7 @@ protected:
     {
         const QByteArray& part = Client::recvFrame;
         if (part.isEmpty())
-            return came == 0 ? reason : Text::tr("%1, after %2 bytes that are no frame").arg(reason).arg(came);
+            return came == 0 ? reason : Text::tr("%1, after %2 without a frame").arg(reason, bytesText(came));
         if (part.size() < CSocketAPI::headerSize)
             return Text::tr("%1, after %2 of the %3 bytes of a header")
                 .arg(reason)

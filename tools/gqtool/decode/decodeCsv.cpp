@@ -113,9 +113,9 @@ bool DecodeCsv::finish(const Decoding& decoding)
     const long long rest = input.size() - decoding.restOffset;
     const bool isWhole = decoding.faults.listed().empty();
     if (isWhole && rest > 0)
-        printError(Text::tr("%1: byte %2: %3 bytes after the list are not in the table")
+        printError(Text::tr("%1: byte %2: the table leaves out %3 after the list")
                        .arg(inputName)
                        .arg(decoding.restOffset)
-                       .arg(rest));
+                       .arg(bytesText(rest)));
     return isWhole ? file.end() : file.discard();
 }

@@ -103,8 +103,8 @@ bool DecodeTable::finish(const Decoding& decoding)
         appendOffset(text, decoding.restOffset);
         appendBytes(text, {decoding.restStart.constData(), static_cast<size_t>(decoding.restStart.size())});
         printLine(QString::fromStdString(text) +
-                  (decoding.faults.listed().empty() ? Text::tr("(rest), %1 bytes") : Text::tr("(not read), %1 bytes"))
-                      .arg(input.size() - decoding.restOffset));
+                  (decoding.faults.listed().empty() ? Text::tr("(rest), %1") : Text::tr("(not read), %1"))
+                      .arg(bytesText(input.size() - decoding.restOffset)));
     }
     printLine(decoding.readerCalled ? Text::tr("library: %1, %2").arg(decoding.result).arg(decoding.meaning)
                                     : Text::tr("library: %1").arg(decoding.meaning));

@@ -284,9 +284,9 @@ bool DumpLines::checkOffset(const Offset& offset, Line& line)
     const QString found = QString::fromLatin1(offset.digits);
     const QString right = QString("%1").arg(expected, digits, 16, QChar('0'));
     if (isRepeating)
-        return fail(Text::tr("offset after * must be %1 and a multiple of %2 bytes, got %3")
+        return fail(Text::tr("offset after * must be %1 and a multiple of %2, got %3")
                         .arg(right)
-                        .arg(previous.size())
+                        .arg(bytesText(previous.size()))
                         .arg(found));
     QString hint;
     if (offset.digits.toLongLong(nullptr, 8) == expected || offset.digits.toLongLong(nullptr, 10) == expected)

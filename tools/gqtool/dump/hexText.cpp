@@ -328,7 +328,7 @@ bool HexText::takeArraySize(char character)
     }
     const QByteArray name = declared.trimmed();
     if (name.endsWith("_len") && size != arrayBytes)
-        return fail(line, 0, Text::tr("the array has %1 bytes, but its size is %2").arg(arrayBytes).arg(size));
+        return fail(line, 0, Text::tr("the array has %1, but its size is %2").arg(bytesText(arrayBytes)).arg(size));
     state = between;
     return true;
 }

@@ -334,9 +334,7 @@ private:
         else if (!::takeHex(*value, taken))
             fail(name, Text::tr("must be a string of hex digits, two per byte") + gotText(*value));
         else if (size >= 0 && taken.size() != size)
-            fail(name, (size == 1 ? Text::tr("must have %1 byte, got %2") : Text::tr("must have %1 bytes, got %2"))
-                           .arg(size)
-                           .arg(taken.size()));
+            fail(name, Text::tr("must have %1, got %2").arg(bytesText(size)).arg(taken.size()));
         return taken;
     }
 

@@ -110,9 +110,7 @@ static Text formText(const QString& form, const QByteArray& payload)
     if (form == "intPair")
         return Text::untranslated(intsText(payload, 0, 2));
     if (form == "bytes")
-        return (count == 1 ? Text::tr("%1 byte: %2") : Text::tr("%1 bytes: %2"))
-            .arg(count)
-            .arg(hexText(bytesOf(payload)));
+        return Text::tr("%1: %2").arg(bytesText(count), hexText(bytesOf(payload)));
     if (form == "ints")
         return (count == 1 ? Text::tr("%1 integer: %2") : Text::tr("%1 integers: %2"))
             .arg(count)
@@ -170,10 +168,10 @@ Text commandLabel(unsigned char command, const FrameSource& source)
 
 Text frameText(const Frame& frame, const FrameSource& source)
 {
-    const Text text = (frame.length == 1 ? Text::tr("%1, sequence %2, %3 byte") : Text::tr("%1, sequence %2, %3 bytes"))
+    const Text text = Text::tr("%1, sequence %2, %3")
                           .arg(commandLabel(frame.command, source))
                           .arg(frame.sequence)
-                          .arg(frame.length);
+                          .arg(bytesText(frame.length));
     if (frame.command == CSocketAPI::errorCommand && frame.payload.size() < 4)
         return Text::tr("%1: no code").arg(text);
     if (frame.command == CSocketAPI::errorCommand)
@@ -199,9 +197,7 @@ Text itemText(const StreamItem& item, const FrameSource& source)
     case StreamItem::garbage:
         if (item.size == 0)
             return Text::tr("an empty datagram");
-        return (item.size == 1 ? Text::tr("garbage, %1 byte: %2") : Text::tr("garbage, %1 bytes: %2"))
-            .arg(item.size)
-            .arg(hexText(item.bytes));
+        return Text::tr("garbage, %1: %2").arg(bytesText(item.size), hexText(item.bytes));
     case StreamItem::wrongEnd:
         return Text::tr("wrong end 0x%1 instead of 0x16: %2")
             .arg(frame.end, 2, 16, QChar('0'))

@@ -109,7 +109,7 @@ static Text sizeFault(const QString& form, int size, int count, long long needed
 {
     const bool hasCount = size >= 4 && (form == "ints" || form == "bytes" || form == "strings");
     if (!hasCount)
-        return Text::tr("the payload has %1 bytes, but its form (%2) needs %3").arg(size).arg(form).arg(needed);
+        return Text::tr("the payload has %1, but its form (%2) needs %3").arg(bytesText(size)).arg(form).arg(needed);
     if (count < 0)
         return Text::tr("the payload has %1 bytes, and the count of its form (%2) is %3")
             .arg(size)

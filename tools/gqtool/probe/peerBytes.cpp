@@ -95,7 +95,7 @@ static ByteVerdict judgeFrame(const Frame& frame, AwaitedBytes awaited)
     } else if (!hasInteger) {
         verdict.cause = LinkCause::badFrame;
         verdict.detail =
-            Text::tr("a frame with a payload of %1 bytes, at least 4 are needed").arg(frame.payload.size());
+            Text::tr("a frame with a payload of %1, at least 4 are needed").arg(bytesText(frame.payload.size()));
     } else if (awaited == AwaitedBytes::greeting) {
         verdict.cause = verdict.value > 0 ? LinkCause::healthy : LinkCause::notGreeted;
         verdict.detail = Text::tr("a greeting of %1").arg(verdict.value);
@@ -155,7 +155,7 @@ ByteVerdict judgeBytes(const QByteArray& bytes, AwaitedBytes awaited)
                     verdict.next = next->content;
             }
             if (item.offset > 0)
-                verdict.detail = Text::tr("%1, after %2 bytes that are no frame").arg(verdict.detail).arg(item.offset);
+                verdict.detail = Text::tr("%1, after %2 without a frame").arg(verdict.detail, bytesText(item.offset));
             return verdict;
         }
         if (item.kind == StreamItem::wrongEnd)

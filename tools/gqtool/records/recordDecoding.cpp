@@ -233,10 +233,7 @@ private:
 
     void stopAtMissing(const Text& name, int size)
     {
-        fault((size == 1 ? Text::tr("%1 needs %2 byte, but only %3") : Text::tr("%1 needs %2 bytes, but only %3"))
-                  .arg(name)
-                  .arg(size)
-                  .arg(remainText(bytesLeft.left())));
+        fault(Text::tr("%1 needs %2, but only %3").arg(name, bytesText(size), remainText(bytesLeft.left())));
         isStopped = true;
     }
 
@@ -365,7 +362,7 @@ void RecordDecoder::samples(StoredWave& wave)
         block = unpacked.bytes;
         if (!unpacked.fault.isEmpty())
             fault(unpacked.fault);
-        const Text remark = Text::tr("%1 bytes unpacked").arg(block.size());
+        const Text remark = Text::tr("%1 unpacked").arg(bytesText(block.size()));
         addRow(QT_TRANSLATE_NOOP("Text", "(zlib stream)"), unpacked.used, remark.english().toStdString(), &remark);
         bytesLeft.skip(unpacked.used);
     }
@@ -461,7 +458,7 @@ static Text meaningOf(const Form& form, int result)
         if (failure.result == result)
             return Text::tr(failure.meaning);
     }
-    return form.onSuccess == returnsBytes ? Text::tr("good, %1 bytes").arg(result) : Text::tr("good");
+    return form.onSuccess == returnsBytes ? Text::tr("good, %1").arg(bytesText(result)) : Text::tr("good");
 }
 
 void callReader(const Form& form, const ByteWindow& bytes, Decoding& decoding)

@@ -58,7 +58,7 @@ public:
         if (bytes.size() == size)
             std::memcpy(first, bytes.constData(), static_cast<size_t>(size));
         else
-            fail(name, Text::tr("must have %1 bytes, got %2").arg(size).arg(bytes.size()));
+            fail(name, Text::tr("must have %1, got %2").arg(bytesText(size)).arg(bytes.size()));
     }
     void bytes(const char* name, std::vector<unsigned char>& value) override
     {

@@ -190,15 +190,15 @@ void StationLink::finish()
     const bool isEnd = (ended.isLost || closes) && !isOfDatagrams;
     const int downMs = ended.faults.downMs;
     if (!ended.request && closes && !ended.isLost)
-        station.report(Text::tr("%1 closed after %2 bytes of its greeting").arg(peer).arg(ended.sent),
+        station.report(Text::tr("%1 closed after %2 of its greeting").arg(peer, bytesText(ended.sent)),
                        {{"event", "closed"}, {"peer", peer}, {"sent", ended.sent}});
     else if (ended.request && ended.isLost)
         report("gone before the answer", Text::tr("gone before the answer"));
     else if (ended.request && closes)
-        report("closed", ended.sent > 0 ? Text::tr("closed after %1 bytes").arg(ended.sent) : Text::tr("closed"));
+        report("closed", ended.sent > 0 ? Text::tr("closed after %1").arg(bytesText(ended.sent)) : Text::tr("closed"));
     else if (ended.request && downMs == 0)
         report(ended.sent > 0 ? "answered" : "not answered",
-               ended.sent > 0 ? Text::tr("answered with %1 bytes").arg(ended.sent) : Text::tr("not answered"));
+               ended.sent > 0 ? Text::tr("answered with %1").arg(bytesText(ended.sent)) : Text::tr("not answered"));
     if (downMs > 0) {
         station.goDown(downMs);
         return;
@@ -211,9 +211,8 @@ void StationLink::finish()
 void StationLink::report(const QString& outcome, const QString& words) const
 {
     const StationRequest& request = *current->request;
-    const Text line =
-        isOfDatagrams ? Text::tr("%1 by UDP command 0x%2, %3 bytes: %4") : Text::tr("%1 command 0x%2, %3 bytes: %4");
-    station.report(line.arg(peer).arg(request.frame.command, 2, 16, QChar('0')).arg(request.size).arg(words),
+    const Text line = isOfDatagrams ? Text::tr("%1 by UDP command 0x%2, %3: %4") : Text::tr("%1 command 0x%2, %3: %4");
+    station.report(line.arg(peer).arg(request.frame.command, 2, 16, QChar('0')).arg(bytesText(request.size)).arg(words),
                    {{"event", "request"},
                     {"peer", peer},
                     {"transport", isOfDatagrams ? "UDP" : "TCP"},

@@ -111,7 +111,7 @@ static bool isIcmpError(int error)
 
 void DatagramRelay::lose(const DatagramClient& client, int size, int error)
 {
-    output.event(client.link.number, "lost", Text::tr("datagram of %1 bytes lost: %2").arg(size), error);
+    output.event(client.link.number, "lost", Text::tr("datagram of %1 lost: %2").arg(bytesText(size)), error);
 }
 
 void DatagramRelay::takeFromClients()
