@@ -87,6 +87,12 @@ TEST(HexText, acceptsGroupsWithSeparators)
     EXPECT_EQ(bytesOf("# nothing\n\n"), "");
 }
 
+TEST(HexText, refusesASecondByteOrderMark)
+{
+    const QByteArray mark = "\xef\xbb\xbf";
+    EXPECT_EQ(errorOf(mark + mark + "\n\n68 04\n"), "line 1, column 1: byte 0xef is not a hex digit");
+}
+
 TEST(HexText, acceptsGroupsOfAnyLength)
 {
     const QByteArray digits = QByteArray("0123456789abcdef").repeated(8192);

@@ -32,6 +32,7 @@ void HexReader::readPiece(QByteArray& bytes)
     if (form == unknown && (isAtEnd || piece.contains('\n') || unread.size() > longestLine)) {
         next = unread.startsWith("\xef\xbb\xbf") ? 3 : 0; // byte order mark of UTF-8
         form = formOfUnread();
+        next = form == unknown ? 0 : next; // the mark stays unread, so that a second one is not taken for it
     }
     if (form == text) {
         hexText.feed(unread.constData() + next, unread.size() - next, bytes);
