@@ -6,7 +6,7 @@
 using namespace gqdb;
 using Fep = CByte2Fep;
 
-// --- Records but CommItem ----------------------------------------------------------
+// --- Records except CommItem -------------------------------------------------------
 
 static void checkRecord(const Layout& layout, const Reading& reading)
 {
@@ -27,43 +27,11 @@ static void checkList(const Layout& layout, const Reading& reading)
 
 static const Layout nodeHead = {{4, textField, textField, textField, textField, 24, textField, textField}};
 
-static void readNodeHeads(Reading& reading)
-{
-    std::vector<NodeHead> list(elementsAhead(reading));
-    reading.result = CByte2Fep::byte2NodeHeads(reading.buf, reading.size, list);
-    list.resize(std::min(list.size(), mostElements(nodeHead, reading)));
-    CByte2Fep::nodeHeads2Byte(list, reading.left);
-}
-
 static const Layout ycItem = {{5, textField, textField, textField, textField, 32, textField}};
-
-static void readYcItems(Reading& reading)
-{
-    std::vector<YcItem> list(elementsAhead(reading));
-    reading.result = CByte2Fep::byte2YcItems(reading.buf, reading.size, list);
-    list.resize(std::min(list.size(), mostElements(ycItem, reading)));
-    CByte2Fep::ycItems2Byte(list, reading.left);
-}
 
 static const Layout yxItem = {{4, textField, textField, textField, 18, textField}};
 
-static void readYxItems(Reading& reading)
-{
-    std::vector<YxItem> list(elementsAhead(reading));
-    reading.result = CByte2Fep::byte2YxItems(reading.buf, reading.size, list);
-    list.resize(std::min(list.size(), mostElements(yxItem, reading)));
-    CByte2Fep::yxItems2Byte(list, reading.left);
-}
-
 static const Layout ydItem = {{5, textField, textField, textField, textField, 42, textField}};
-
-static void readYdItems(Reading& reading)
-{
-    std::vector<YdItem> list(elementsAhead(reading));
-    reading.result = CByte2Fep::byte2YdItems(reading.buf, reading.size, list);
-    list.resize(std::min(list.size(), mostElements(ydItem, reading)));
-    CByte2Fep::ydItems2Byte(list, reading.left);
-}
 
 static const Layout ybItem = {{4, textField, textField, textField, 9, textField}};
 
@@ -77,21 +45,11 @@ static void appendReadable(const YbItem& item, QByteArray& data)
     data.append(record);
 }
 
-static void readYbItem(Reading& reading)
+static void appendReadableList(const std::vector<YbItem>& list, QByteArray& data)
 {
-    YbItem item;
-    reading.result = CByte2Fep::byte2YbItem(reading.buf, reading.size, item);
-    appendReadable(item, reading.left);
-}
-
-static void readYbItems(Reading& reading)
-{
-    std::vector<YbItem> list(elementsAhead(reading));
-    reading.result = CByte2Fep::byte2YbItems(reading.buf, reading.size, list);
-    list.resize(std::min(list.size(), mostElements(ybItem, reading)));
-    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), reading.left);
+    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), data);
     for (const YbItem& item : list)
-        appendReadable(item, reading.left);
+        appendReadable(item, data);
 }
 
 // --- CommItem: the result is the record's size only where text4 has 2 bytes --------
@@ -121,11 +79,11 @@ static void checkCommItem(const Layout& layout, const Reading& reading)
 
 static void readCommItems(Reading& reading)
 {
-    std::vector<CommItem> list(elementsAhead(reading));
+    std::vector<CommItem> list(setElementsBefore(reading));
     reading.result = CByte2Fep::byte2CommItems(reading.buf, reading.size, list);
     const size_t leastResult = 18; // for a record of 20 bytes: the next one begins in it
-    list.resize(std::min(list.size(), reading.ahead + static_cast<size_t>(reading.size) / leastResult + 1));
-    CByte2Fep::commItems2Byte(list, reading.left);
+    list.resize(std::min(list.size(), reading.elementsBefore + static_cast<size_t>(reading.size) / leastResult + 1));
+    CByte2Fep::commItems2Byte(list, reading.written);
 }
 
 static void checkCommItems(const Layout& layout, const Reading& reading)
@@ -147,20 +105,20 @@ static void checkCommItems(const Layout& layout, const Reading& reading)
         at += more;
     }
     requireResult(reading, 1);
-    require(!isPlain || reading.left == again, "the records are not the same when written again");
+    require(!isPlain || reading.written == again, "the records must be the same when written again");
 }
 
 const std::vector<Target> byte2FepTargets = {
     {"byte2NodeHead", readRecord<Fep::byte2NodeHead, Fep::nodeHead2Byte>, checkRecord, nodeHead},
-    {"byte2NodeHeads", readNodeHeads, checkList, nodeHead},
+    {"byte2NodeHeads", readResizedList<Fep::byte2NodeHeads, Fep::nodeHeads2Byte, nodeHead>, checkList, nodeHead},
     {"byte2CommItem", readRecord<Fep::byte2CommItem, Fep::commItem2Byte>, checkCommItem, commItem},
     {"byte2CommItems", readCommItems, checkCommItems, commItem},
     {"byte2YcItem", readRecord<Fep::byte2YcItem, Fep::ycItem2Byte>, checkRecord, ycItem},
-    {"byte2YcItems", readYcItems, checkList, ycItem},
+    {"byte2YcItems", readResizedList<Fep::byte2YcItems, Fep::ycItems2Byte, ycItem>, checkList, ycItem},
     {"byte2YxItem", readRecord<Fep::byte2YxItem, Fep::yxItem2Byte>, checkRecord, yxItem},
-    {"byte2YxItems", readYxItems, checkList, yxItem},
+    {"byte2YxItems", readResizedList<Fep::byte2YxItems, Fep::yxItems2Byte, yxItem>, checkList, yxItem},
     {"byte2YdItem", readRecord<Fep::byte2YdItem, Fep::ydItem2Byte>, checkRecord, ydItem},
-    {"byte2YdItems", readYdItems, checkList, ydItem},
-    {"byte2YbItem", readYbItem, checkRecord, ybItem},
-    {"byte2YbItems", readYbItems, checkList, ybItem},
+    {"byte2YdItems", readResizedList<Fep::byte2YdItems, Fep::ydItems2Byte, ydItem>, checkList, ydItem},
+    {"byte2YbItem", readRecord<Fep::byte2YbItem, appendReadable>, checkRecord, ybItem},
+    {"byte2YbItems", readResizedList<Fep::byte2YbItems, appendReadableList, ybItem>, checkList, ybItem},
 };

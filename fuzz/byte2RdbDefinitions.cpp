@@ -24,7 +24,7 @@ static void checkList(const Layout& layout, const Reading& reading)
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left == QByteArray(4, '\0'), "a failed list must be empty");
+        require(reading.written == QByteArray(4, '\0'), "a failed list must be empty");
 }
 
 static const Layout pointInfo = {{4, textField, 4, textField, 4}};
@@ -36,7 +36,7 @@ static void readFloatPoint(Reading& reading)
     FloatPoint point;
     point.code2 = 0; // unset by the constructor
     reading.result = CByte2Rdb::byte2FloatPoint(reading.buf, reading.size, point);
-    CByte2Rdb::floatPoint2Byte(point, reading.left);
+    CByte2Rdb::floatPoint2Byte(point, reading.written);
 }
 
 static const Layout intPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 50}, 81};
@@ -56,16 +56,16 @@ static void readIntPoint(Reading& reading)
     IntPoint point;
     point.code2 = 0; // unset by the constructor
     reading.result = CByte2Rdb::byte2IntPoint(reading.buf, reading.size, point);
-    appendReadable(point, reading.left);
+    appendReadable(point, reading.written);
 }
 
 static void readIntPoints(Reading& reading)
 {
-    std::vector<IntPoint> list(elementsAhead(reading));
+    std::vector<IntPoint> list(setElementsBefore(reading));
     reading.result = CByte2Rdb::byte2IntPoints(reading.buf, reading.size, list);
-    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), reading.left);
+    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), reading.written);
     for (const IntPoint& point : list)
-        appendReadable(point, reading.left);
+        appendReadable(point, reading.written);
 }
 
 static const Layout boolPoint = {{4, textField, 4, textField, textField, 12, textField, 11}};
@@ -75,7 +75,7 @@ static void readBoolPoint(Reading& reading)
     BoolPoint point;
     point.code4 = 0; // unset by the constructor
     reading.result = CByte2Rdb::byte2BoolPoint(reading.buf, reading.size, point);
-    CByte2Rdb::boolPoint2Byte(point, reading.left);
+    CByte2Rdb::boolPoint2Byte(point, reading.written);
 }
 
 static const Layout blobPoint = {{4, textField, 4, textField, textField, textField, 12, textField, 10}};
@@ -85,7 +85,7 @@ static void readBlobPoint(Reading& reading)
     BlobPoint point;
     point.code4 = 0; // unset by the constructor
     reading.result = CByte2Rdb::byte2BlobPoint(reading.buf, reading.size, point);
-    CByte2Rdb::blobPoint2Byte(point, reading.left);
+    CByte2Rdb::blobPoint2Byte(point, reading.written);
 }
 
 static const Layout eventInfo = {{55, textField, textField}};
@@ -94,7 +94,7 @@ static void readEventInfos(Reading& reading)
 {
     std::vector<EventInfo> list; // none to be reused: texts would be appended to
     reading.result = CByte2Rdb::byte2EventInfos(reading.buf, reading.size, list);
-    CByte2Rdb::eventInfos2Byte(list, reading.left);
+    CByte2Rdb::eventInfos2Byte(list, reading.written);
 }
 
 static const Layout eventState = {{17}};
@@ -103,7 +103,7 @@ static void readEventStates(Reading& reading)
 {
     std::vector<EventState> list(3); // to be replaced
     reading.result = CByte2Rdb::byte2EventStates(reading.buf, reading.size, list);
-    CByte2Rdb::eventStates2Byte(list, reading.left);
+    CByte2Rdb::eventStates2Byte(list, reading.written);
 }
 
 const std::vector<Target> byte2RdbDefinitionTargets = {

@@ -5,7 +5,7 @@ using namespace gqdb;
 using Rdb = CByte2Rdb;
 
 const int slotSize = 258; // of a text in the blob form
-const char notTheSame[] = "written again, the record must have the same bytes";
+const char sameAgain[] = "written again, the record must have the same bytes";
 
 // Size of the value that follows a kind other than text.
 static int numberSize(char kind)
@@ -78,14 +78,14 @@ static void checkVariant(const Layout&, const Reading& reading)
 {
     requireResult(reading, variantResult(reading.buf, reading.size));
     if (reading.result > 0)
-        require(reading.left == variantAgain(reading.buf, reading.result), notTheSame);
+        require(reading.written == variantAgain(reading.buf, reading.result), sameAgain);
 }
 
 static void checkProperty(const Layout&, const Reading& reading)
 {
     requireResult(reading, propertyResult(reading.buf, reading.size));
     if (reading.result > 0)
-        require(reading.left == propertyAgain(reading.buf, reading.result), notTheSame);
+        require(reading.written == propertyAgain(reading.buf, reading.result), sameAgain);
 }
 
 static void checkObject(const Layout& head, const Reading& reading)
@@ -108,7 +108,7 @@ static void checkObject(const Layout& head, const Reading& reading)
         used += more;
     }
     requireResult(reading, used);
-    require(reading.left == again, notTheSame);
+    require(reading.written == again, sameAgain);
 }
 
 // --- Blob form: texts in slots -----------------------------------------------------
@@ -121,7 +121,7 @@ static bool isSlotGood(const char* buf, int size)
 }
 
 // Bytes after the text in a slot are ignored.
-static void clearBehindText(QByteArray& bytes, int slot)
+static void clearAfterText(QByteArray& bytes, int slot)
 {
     const int textSize = static_cast<int>(numberOf2(bytes.constData() + slot));
     bytes.replace(slot + 2 + textSize, slotSize - 2 - textSize, QByteArray(slotSize - 2 - textSize, '\0'));
@@ -148,13 +148,13 @@ static int blobPropertyResult(const char* buf, int size)
 static void tidyVariant(QByteArray& bytes, int at)
 {
     if (bytes.at(at) == 10)
-        clearBehindText(bytes, at + 1);
+        clearAfterText(bytes, at + 1);
 }
 
 static void tidyProperty(QByteArray& bytes, int at)
 {
-    clearBehindText(bytes, at + 8);
-    clearBehindText(bytes, at + 266);
+    clearAfterText(bytes, at + 8);
+    clearAfterText(bytes, at + 266);
     tidyVariant(bytes, at + 524);
 }
 
@@ -165,7 +165,7 @@ static void checkBlobVariant(const Layout&, const Reading& reading)
         return;
     QByteArray tidy(reading.buf, reading.result);
     tidyVariant(tidy, 0);
-    require(reading.left == tidy, notTheSame);
+    require(reading.written == tidy, sameAgain);
 }
 
 static void checkBlobProperty(const Layout&, const Reading& reading)
@@ -175,7 +175,7 @@ static void checkBlobProperty(const Layout&, const Reading& reading)
         return;
     QByteArray tidy(reading.buf, reading.result);
     tidyProperty(tidy, 0);
-    require(reading.left == tidy, notTheSame);
+    require(reading.written == tidy, sameAgain);
 }
 
 static void readBlobObject(Reading& reading)
@@ -187,8 +187,8 @@ static void readBlobObject(Reading& reading)
         CByte2Val::str2Byte(property.valueText, shown);
         property.valueText.clear();
     }
-    CByte2Rdb::object2Blob(object, reading.left);
-    reading.left.append(shown);
+    CByte2Rdb::object2Blob(object, reading.written);
+    reading.written.append(shown);
 }
 
 static void checkBlobObject(const Layout&, const Reading& reading)
@@ -199,7 +199,7 @@ static void checkBlobObject(const Layout&, const Reading& reading)
     QByteArray tidy(reading.buf, reading.size);
     tidy[0] = 0;
     for (const int slot : {17, 275, 533})
-        clearBehindText(tidy, slot);
+        clearAfterText(tidy, slot);
     int used = 793;
     for (unsigned int left = numberOf2(reading.buf + 791); left > 0; --left) {
         const int more = blobPropertyResult(reading.buf + used, reading.size - used);
@@ -210,7 +210,7 @@ static void checkBlobObject(const Layout&, const Reading& reading)
         used += more;
     }
     requireResult(reading, used - 2);
-    require(reading.left.left(used) == tidy.left(used), notTheSame);
+    require(reading.written.left(used) == tidy.left(used), sameAgain);
 }
 
 const std::vector<Target> byte2RdbObjectTargets = {

@@ -12,7 +12,7 @@ static void readHisQuery(Reading& reading)
     reading.result = CByte2Rdb::byte2HisQuery(reading.buf, reading.size, query);
     for (const unsigned int word :
          {query.pointId, query.word1, query.word2, query.word3, query.word4, query.word5, query.word6})
-        CByte2Val::int2Byte(word, reading.left); // there is no writer
+        CByte2Val::int2Byte(word, reading.written); // there is no writer
 }
 
 static void checkHisQuery(const Layout& layout, const Reading& reading)
@@ -22,7 +22,7 @@ static void checkHisQuery(const Layout& layout, const Reading& reading)
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left == QByteArray(28, '\0'), "a failed reader must not touch the record");
+        require(reading.written == QByteArray(28, '\0'), "a failed reader must not touch the record");
 }
 
 // A buffer that ends with the record is refused.

@@ -15,7 +15,7 @@ static void checkRecord(const Layout& layout, const Reading& reading)
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left.count('\0') == reading.left.size(), "a failed reader must not touch the record");
+        require(reading.written.count('\0') == reading.written.size(), "a failed reader must not touch the record");
 }
 
 // `least` of the layout is that of the list, not of a record.
@@ -28,7 +28,7 @@ static void checkList(const Layout& layout, const Reading& reading)
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left == QByteArray(4, '\0'), "a failed reader must not touch the list");
+        require(reading.written == QByteArray(4, '\0'), "a failed reader must not touch the list");
 }
 
 // --- Blobs: a length of 2^31 and more fails to allocate ----------------------------
@@ -48,14 +48,6 @@ static void checkBlobRealData(const Layout& layout, const Reading& reading)
     requireResult(reading, used > 0 ? used : -5);
     if (used > 0)
         requireWrittenAgain(reading, used);
-}
-
-static void readBlobRealDatas(Reading& reading)
-{
-    std::vector<BlobRealData> list(elementsAhead(reading));
-    reading.result = CByte2Rdb::byte2BlobRealDatas(reading.buf, reading.size, list);
-    list.resize(std::min(list.size(), mostElements(blobRealData, reading)));
-    CByte2Rdb::blobRealDatas2Byte(list, reading.left);
 }
 
 // Returns true if the first item that does not fit has a length of 2^31 or more, at offset `lengthAt` of the item.
@@ -92,13 +84,13 @@ static void readBlobList(Reading& reading)
     reading.result = CByte2Rdb::blob2List(reading.buf, reading.size, list);
     if (reading.result < 0)
         return;
-    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), reading.left);
+    CByte2Val::int2Byte(static_cast<unsigned int>(list.size()), reading.written);
     for (const BlobData& item : list) {
-        CByte2Val::int2Byte(item.stamp1, reading.left);
-        CByte2Val::int2Byte(item.stamp2, reading.left);
-        reading.left.append(item.flag1);
-        reading.left.append(item.flag2);
-        CByte2Val::list2Byte(item.bytes, reading.left);
+        CByte2Val::int2Byte(item.stamp1, reading.written);
+        CByte2Val::int2Byte(item.stamp2, reading.written);
+        reading.written.append(item.flag1);
+        reading.written.append(item.flag2);
+        CByte2Val::list2Byte(item.bytes, reading.written);
     }
 }
 
@@ -131,6 +123,7 @@ const std::vector<Target> byte2RdbValueTargets = {
     {"byte2BlobDataInfo", readRecord<Rdb::byte2BlobDataInfo, Rdb::blobDataInfo2Byte>, checkRecord, {{18}}},
     {"byte2BlobDataInfos", readList<Rdb::byte2BlobDataInfos, Rdb::blobDataInfos2Byte>, checkList, {{18}, 4}},
     {"byte2BlobRealData", readRecord<Rdb::byte2BlobRealData, Rdb::blobRealData2Byte>, checkBlobRealData, blobRealData},
-    {"byte2BlobRealDatas", readBlobRealDatas, checkBlobRealDatas, blobRealData},
+    {"byte2BlobRealDatas", readResizedList<Rdb::byte2BlobRealDatas, Rdb::blobRealDatas2Byte, blobRealData>,
+     checkBlobRealDatas, blobRealData},
     {"blob2List", readBlobList, checkBlobList, blobData},
 };

@@ -18,11 +18,11 @@ static void readWave(Reading& reading)
     std::vector<int> marks;
     reading.result = CByte2Rdb::byte2Wave(stored, workBuffer, head, samples, marks);
 
-    reading.left = QByteArray(reinterpret_cast<const char*>(&head), headSize);
+    reading.written = QByteArray(reinterpret_cast<const char*>(&head), headSize);
     for (const int mark : marks)
-        CByte2Val::int2Byte(mark, reading.left);
+        CByte2Val::int2Byte(mark, reading.written);
     for (const float sample : samples)
-        CByte2Val::float2Byte(sample, reading.left);
+        CByte2Val::float2Byte(sample, reading.written);
 }
 
 // Unpacks `samples` with zlib alone. Returns false if zlib refuses them.
@@ -53,12 +53,14 @@ static void checkWave(const Layout&, const Reading& reading)
     if (isCompressed && !unpack(samples))
         return requireResult(reading, 0);
     requireResult(reading, 1);
-    require(reading.left.left(samplesAt) == QByteArray(reading.buf, samplesAt), "head or marks are not the same");
+    require(reading.written.left(samplesAt) == QByteArray(reading.buf, samplesAt),
+            "head and marks must be the same when written again");
     if (reading.buf[1] & 3) // 2 bytes each
-        require(reading.left.size() == samplesAt + 4 * (samples.size() / 2),
+        require(reading.written.size() == samplesAt + 4 * (samples.size() / 2),
                 "the samples are not as many as their bytes");
     else
-        require(reading.left.mid(samplesAt) == samples.left(samples.size() / 4 * 4), "the samples are not the same");
+        require(reading.written.mid(samplesAt) == samples.left(samples.size() / 4 * 4),
+                "the samples must be the same when written again");
 }
 
 const std::vector<Target> byte2RdbWaveTargets = {

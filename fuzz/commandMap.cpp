@@ -28,10 +28,10 @@ static void readText(Reading& reading)
     CommandMap map;
     const QStringList errors = map.add(text);
     for (const MappedCommand& command : map.all())
-        reading.left += lineOf(command);
+        reading.written += lineOf(command);
 
     CommandMap again;
-    require(again.add(reading.left).isEmpty(), "what was read must be a map");
+    require(again.add(reading.written).isEmpty(), "what was read must be a map");
     require(again.all().size() == map.all().size(), "what was read must be as many commands again");
     for (const MappedCommand& command : map.all()) {
         require(map.find(command.number) == &command, "a command must be found by its number");

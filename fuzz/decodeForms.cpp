@@ -3,13 +3,6 @@
 
 // gqtool decode: records and frames while their bytes arrive, against the library's readers.
 
-// Returns the form that the first bytes of the input select.
-static const Form& formOf(InputBytes& input)
-{
-    const std::vector<Form>& forms = recordForms();
-    return forms[static_cast<size_t>(input.number()) % forms.size()];
-}
-
 // Leaves out waves: their samples are packed to other bytes, and a head may contradict its samples.
 static void requireEncodedAgain(const Form& form, const Decoded& decoded, const QByteArray& bytes)
 {
@@ -32,7 +25,7 @@ static void requireEncodedAgain(const Form& form, const Decoded& decoded, const 
 static void readRecord(Reading& reading)
 {
     InputBytes input(reading);
-    const Form& form = formOf(input);
+    const Form& form = takeForm(input);
     const int pieceSize = input.number() + 1;
     const QByteArray bytes = input.rest();
     Agreement agreement;

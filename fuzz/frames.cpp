@@ -33,7 +33,7 @@ struct FrameInStream {
     int announced; // by its length field, in 32 bits: wraps near either end of the field's range
 };
 
-static FrameInStream frameBehind(const Reading& stream, int from)
+static FrameInStream firstFrameFrom(const Reading& stream, int from)
 {
     const char* start = std::find(stream.buf + from, stream.buf + stream.size, CSocketAPI::frameStart);
     FrameInStream frame = {static_cast<int>(start - stream.buf), 0, 0};
@@ -57,7 +57,7 @@ struct Client {
 
 static void requireFrame(const Reading& stream, const FrameInStream& expected, const Client& client)
 {
-    require(expected.size > 0, "found a frame, must find none");
+    require(expected.size > 0, "no frame must be found");
     require(client.frame == QByteArray::fromRawData(stream.buf + expected.begin, expected.size),
             "the frame must have the stream's bytes");
     require(client.frameSize == expected.announced, "the frame must have the announced size");
@@ -75,7 +75,7 @@ static void feed(const Reading& stream, const Client& client, const std::functio
 {
     client.frame.resize(0);
     client.frameSize = 0;
-    FrameInStream expected = frameBehind(stream, 0);
+    FrameInStream expected = firstFrameFrom(stream, 0);
     for (int at = 0; at < stream.size;) {
         const int size = std::min(pieceSize(), stream.size - at);
         int pos = 0;
@@ -84,7 +84,7 @@ static void feed(const Reading& stream, const Client& client, const std::functio
             require(at + pos == expected.begin + expected.size, "reading must go on after the frame's end");
             client.frame.resize(0);
             client.frameSize = 0;
-            expected = frameBehind(stream, at + pos);
+            expected = firstFrameFrom(stream, at + pos);
         }
         require(pos == size, "a piece must be read to its end");
         at += size;
@@ -139,7 +139,7 @@ static void parseInt(Reading& reading)
 {
     int value = 0;
     reading.result = parser().parseInt(reading.buf, reading.size, value);
-    CByte2Val::int2Byte(value, reading.left);
+    CByte2Val::int2Byte(value, reading.written);
 }
 
 static void checkInt(const Layout&, const Reading& reading)
@@ -148,21 +148,21 @@ static void checkInt(const Layout&, const Reading& reading)
     if (reading.result == 1)
         requireWrittenAgain(reading, 4);
     else
-        require(reading.left == QByteArray(4, '\0'), "a failed parse has touched the value");
+        require(reading.written == QByteArray(4, '\0'), "a failed parse must not change the value");
 }
 
 static void parseInts(Reading& reading)
 {
-    std::vector<int> list(elementsAhead(reading));
+    std::vector<int> list(setElementsBefore(reading));
     reading.result = parser().parseInts(reading.buf, reading.size, list);
-    CByte2Val::list2Byte(list, reading.left);
+    CByte2Val::list2Byte(list, reading.written);
 }
 
 static void parseBytes(Reading& reading)
 {
-    std::vector<unsigned char> list(elementsAhead(reading));
+    std::vector<unsigned char> list(setElementsBefore(reading));
     reading.result = parser().parseBytes(reading.buf, reading.size, list);
-    CByte2Val::list2Byte(list, reading.left);
+    CByte2Val::list2Byte(list, reading.written);
 }
 
 static void checkList(const Layout& layout, const Reading& reading)
@@ -172,7 +172,7 @@ static void checkList(const Layout& layout, const Reading& reading)
     if (used > 0)
         requireWrittenAgain(reading, used);
     else
-        require(reading.left == QByteArray(4, '\0'), "a failed parse has touched the list");
+        require(reading.written == QByteArray(4, '\0'), "a failed parse must not change the list");
 }
 
 static void writeStrings(const QStringList& texts, QByteArray& data)
@@ -185,17 +185,17 @@ static void writeStrings(const QStringList& texts, QByteArray& data)
 static void parseStrings(Reading& reading)
 {
     QStringList texts;
-    for (size_t left = elementsAhead(reading); left > 0; --left)
+    for (size_t left = setElementsBefore(reading); left > 0; --left)
         texts.append(QString());
     reading.result = parser().parseStrings(reading.buf, reading.size, texts);
-    writeStrings(texts, reading.left);
+    writeStrings(texts, reading.written);
 }
 
 static void checkStrings(const Layout&, const Reading& reading)
 {
     const unsigned int count = reading.size < 4 ? 0 : numberOf4(reading.buf);
     if (count >= 0x3ffffffe) // its need overflows, so that only reading the first missing item fails
-        return require(reading.result == 0 || reading.result == -5, "the result is neither 0 nor -5");
+        return require(reading.result == 0 || reading.result == -5, "the result must be 0 or -5");
     long long need = 4 + 2LL * count;
     if (reading.size < need)
         return requireResult(reading, -5);
@@ -217,7 +217,7 @@ static void checkStrings(const Layout&, const Reading& reading)
     requireResult(reading, expected);
     QByteArray written;
     writeStrings(texts, written);
-    require(reading.left == written, "the texts are others");
+    require(reading.written == written, "the texts must be those of the payload");
 }
 
 // --- Whole replies: read by read, through one end of a socket pair that keeps their borders ---
@@ -268,7 +268,7 @@ public:
             if (next == reads.size())
                 return -1;
             stream += reads[next++]; // bytes after the frame in the same read are lost
-            frame = frameBehind({stream.constData(), static_cast<int>(stream.size()), false}, 0);
+            frame = firstFrameFrom({stream.constData(), static_cast<int>(stream.size()), false}, 0);
         }
         const QByteArray bytes = stream.mid(frame.begin, frame.size);
         if (frame.announced != frame.size || bytes.back() != CSocketAPI::frameEnd)
@@ -333,8 +333,8 @@ static void readReplies(Reading& reading)
                     model.receiveList(
                         [&](const char* payload, int len) { return parser().parseInts(payload, len, expected); },
                         [&] { return expected.size() >= count; }),
-                "recvInts gives another result");
-        require(ints == expected, "recvInts gives other integers");
+                "recvInts must return what the model does");
+        require(ints == expected, "recvInts must give the integers of the model");
         break;
     }
     case 2: {
@@ -344,8 +344,8 @@ static void readReplies(Reading& reading)
                     model.receiveList(
                         [&](const char* payload, int len) { return parser().parseBytes(payload, len, expected); },
                         [&] { return expected.size() >= count; }),
-                "recvBytes gives another result");
-        require(bytes == expected, "recvBytes gives other bytes");
+                "recvBytes must return what the model does");
+        require(bytes == expected, "recvBytes must give the bytes of the model");
         break;
     }
     default: {
@@ -355,8 +355,8 @@ static void readReplies(Reading& reading)
                     model.receiveList(
                         [&](const char* payload, int len) { return parser().parseStrings(payload, len, expected); },
                         [&] { return expected.size() >= count; }),
-                "recvStrings gives another result");
-        require(texts == expected, "recvStrings gives other texts");
+                "recvStrings must return what the model does");
+        require(texts == expected, "recvStrings must give the texts of the model");
     }
     }
 }

@@ -45,7 +45,7 @@ static void readMoment(Reading& reading)
         require(moment == 0, "a code without a family must have no moment");
     if (isAmong({{354, 374}}, code))
         require(moment == base - 3600u * static_cast<unsigned int>(code - 360),
-                "must be that many hours before the base");
+                "a code from 354 to 374 must be (code - 360) hours before the base");
     if (isAmong({{1113, 1120}}, code))
         require(moment == 0xFFFFFFFE, "a month that does not exist must have no end");
 
@@ -65,7 +65,7 @@ static void readWords(Reading& reading)
     require(words.isEmpty() == (code > 2000), "codes up to 2000 must have words, others none");
     if (code <= 0)
         require(words == CGqTools::relTime2Str(0), "a code below 0 must have the words of 0");
-    reading.left = words.toUtf8();
+    reading.written = words.toUtf8();
 }
 
 static void checkNothing(const Layout&, const Reading&) {} // checked while reading

@@ -1,5 +1,5 @@
 #include "support/hexReading.h"
-#include "target.h"
+#include "toolInput.h"
 
 #include <QList>
 
@@ -17,11 +17,6 @@ static HexReading readText(const QByteArray& text, int pieceSize, HexReader::Con
 
 // --- Dumps of bytes, as the tools print them ----------------------------------------------------------------------
 
-static QByteArray digits(const QByteArray& bytes, char separator = '\0')
-{
-    return separator == '\0' ? bytes.toHex() : bytes.toHex(separator);
-}
-
 static QByteArray padded(qint64 offset, int count)
 {
     return QByteArray::number(offset, 16).rightJustified(count, '0');
@@ -38,7 +33,7 @@ static QByteArray groups(const QByteArray& bytes, int size)
 {
     QByteArray text;
     for (int i = 0; i < bytes.size(); i += size)
-        text += (i == 0 ? "" : " ") + digits(bytes.mid(i, size));
+        text += (i == 0 ? "" : " ") + bytes.mid(i, size).toHex();
     return text;
 }
 
@@ -71,7 +66,7 @@ struct DumpForm {
 static QByteArray hexText(const QByteArray& bytes, int width)
 {
     const char separators[] = {' ', '\t', '\n', ':', '-', ','};
-    return width > 6 ? bytes.toHex() : digits(bytes, separators[width - 1]);
+    return width > 6 ? bytes.toHex() : bytes.toHex(separators[width - 1]);
 }
 
 static QByteArray escapes(const QByteArray& bytes, int width)
@@ -158,18 +153,17 @@ static const DumpForm forms[] = {
 // The first two bytes select the form and its width, the others are dumped.
 static void readDump(Reading& reading)
 {
-    if (reading.size < 2)
-        return;
-    const DumpForm& form = forms[static_cast<unsigned char>(reading.buf[0]) % (sizeof forms / sizeof forms[0])];
-    const int width = static_cast<unsigned char>(reading.buf[1]) % 64 + 1;
-    const QByteArray bytes(reading.buf + 2, reading.size - 2);
+    InputBytes input(reading);
+    const DumpForm& form = forms[input.number(std::size(forms))];
+    const int width = input.number(64) + 1;
+    const QByteArray bytes = input.rest();
     const QByteArray text = form.write(bytes, width);
     const HexReading outcome = readText(text, 4096, form.content);
     if (outcome.error.isSet())
         fail(outcome.error.message().toStdString() + "\n" + text.toStdString());
     if (outcome.bytes != bytes)
         fail("the dump has other bytes: " + outcome.bytes.toHex().toStdString() + "\n" + text.toStdString());
-    reading.left = outcome.bytes;
+    reading.written = outcome.bytes;
 }
 
 // --- Any text -----------------------------------------------------------------------------------------------------
@@ -234,7 +228,7 @@ static void readAnyText(Reading& reading)
         require(!isGood || whole.bytes == plain, "plain hex text must have the bytes of its digits");
     }
     reading.result = static_cast<int>(whole.error.line);
-    reading.left = whole.bytes;
+    reading.written = whole.bytes;
 }
 
 // --- Damaged dumps ------------------------------------------------------------------------------------------------
@@ -243,7 +237,7 @@ static const int mostDamaged = 300; // bytes of a dump; more rows would only tak
 static const char* const offsetDigits = "0123456789abcdef";
 
 // Returns true if the character is a digit of an offset that must be right: not in the first two lines, by which the
-// form is recognised, and not after *, which can stand for any number of equal rows.
+// form is recognised, and not after *, which can mean any number of equal rows.
 static bool isDigitOfOffset(const QByteArray& text, int pos)
 {
     const int start = static_cast<int>(text.lastIndexOf('\n', pos)) + 1;
@@ -255,21 +249,23 @@ static bool isDigitOfOffset(const QByteArray& text, int pos)
 // The first five bytes are form, width, position (2 bytes) and the new character there. The others are dumped.
 static void readDamagedDump(Reading& reading)
 {
-    if (reading.size < 6)
+    InputBytes input(reading);
+    const DumpForm& form = forms[input.number(std::size(forms))];
+    const int width = input.number(64) + 1;
+    const int high = input.number();
+    const int low = input.number();
+    const auto character = static_cast<char>(input.number());
+    QByteArray text = form.write(input.take(mostDamaged), width);
+    if (text.isEmpty())
         return;
-    const auto byteAt = [&](int pos) { return static_cast<unsigned char>(reading.buf[pos]); };
-    const DumpForm& form = forms[byteAt(0) % (sizeof forms / sizeof forms[0])];
-    const QByteArray bytes(reading.buf + 5, std::min(reading.size - 5, mostDamaged));
-    QByteArray text = form.write(bytes, byteAt(1) % 64 + 1);
-    const int pos = (256 * byteAt(2) + byteAt(3)) % static_cast<int>(text.size());
-    const char character = reading.buf[4];
+    const int pos = (256 * high + low) % static_cast<int>(text.size());
     const bool isWrong =
         form.hasOffsets && isDigitOfOffset(text, pos) && isOneOf(offsetDigits, character) && text[pos] != character;
     text[pos] = character;
     const HexReading outcome = readAgreed(text);
     if (isWrong && !outcome.error.isSet())
         fail("a wrong offset must be an error:\n" + text.toStdString());
-    reading.left = outcome.bytes;
+    reading.written = outcome.bytes;
 }
 
 const std::vector<Target> hexReaderTargets = {

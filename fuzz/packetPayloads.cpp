@@ -90,7 +90,8 @@ static void readMade(Reading& reading)
 
     const ExtractedPayload payload = payloadOf(packet, isKnown, pieceSize);
     const bool isFaulty = fragment == 0x2000 || missing > 0;
-    require(payload.error.isEmpty() != (isFaulty && isKnown), "exactly a fragment and a cut packet must be errors");
+    require(payload.error.isEmpty() != (isFaulty && isKnown),
+            "a known packet must be refused if and only if it is a fragment or cut");
     const QByteArray expected = !isFaulty ? content : isKnown ? QByteArray() : packet;
     if (payload.bytes != expected)
         fail("the payload is " + payload.bytes.toHex(' ').toStdString() + ", must be " +

@@ -56,6 +56,12 @@ static void add(const std::vector<StreamItem>& more, std::vector<StreamItem>& it
     }
 }
 
+static std::string described(const StreamItem& item)
+{
+    return "kind " + std::to_string(item.kind) + " at " + std::to_string(item.offset) + " with " +
+           std::to_string(item.size) + " bytes";
+}
+
 static void requireContent(const StreamItem& item, const QByteArray& stream, int kept)
 {
     const QByteArray bytes = stream.mid(static_cast<int>(item.offset), static_cast<int>(item.size));
@@ -63,16 +69,18 @@ static void requireContent(const StreamItem& item, const QByteArray& stream, int
         return require(item.bytes == bytes, "the bytes of an item must be those of the stream");
     const Frame& frame = item.content;
     if (item.kind == StreamItem::badLength)
-        return require(frame.length == numberOf4(stream.constData() + item.offset + 1), "wrong length");
+        return require(frame.length == numberOf4(stream.constData() + item.offset + 1),
+                       "the length must be that of the bytes");
     const auto byteAt = [&](int pos) { return static_cast<unsigned char>(bytes[pos]); };
-    require(frame.length == numberOf4(bytes.constData() + 1), "wrong length of a payload");
-    require(frame.sequence == byteAt(5) + 256 * byteAt(6), "wrong sequence");
-    require(frame.arg2 == byteAt(7) && frame.arg1 == byteAt(8) && frame.command == byteAt(9), "wrong header");
+    require(frame.length == numberOf4(bytes.constData() + 1), "the length of a payload must be that of the bytes");
+    require(frame.sequence == byteAt(5) + 256 * byteAt(6), "the sequence must be that of the bytes");
+    require(frame.arg2 == byteAt(7) && frame.arg1 == byteAt(8) && frame.command == byteAt(9),
+            "arguments and command must be those of the bytes");
     const auto length = static_cast<int>(std::min<long long>(frame.length, bytes.size() - 10));
-    require(frame.payload == bytes.mid(10, std::min(length, kept)), "wrong payload");
-    require(frame.check == bytes.mid(10 + length, 2), "wrong check");
+    require(frame.payload == bytes.mid(10, std::min(length, kept)), "the payload must be that of the bytes");
+    require(frame.check == bytes.mid(10 + length, 2), "the checksum must be that of the bytes");
     if (item.kind != StreamItem::cut)
-        require(frame.end == byteAt(bytes.size() - 1), "wrong end");
+        require(frame.end == byteAt(bytes.size() - 1), "the end must be that of the bytes");
 }
 
 static void readStream(Reading& reading)
@@ -90,11 +98,12 @@ static void readStream(Reading& reading)
     const unsigned int announced = frames.announcedLength();
     add(frames.end(), items);
     const std::vector<StreamItem> expected = expectedItems(stream, largest);
-    require(items.size() == expected.size(), "wrong number of items");
+    if (items.size() != expected.size())
+        fail("found " + std::to_string(items.size()) + " items, must find " + std::to_string(expected.size()));
     for (size_t i = 0; i < items.size(); ++i) {
-        require(items[i].kind == expected[i].kind && items[i].offset == expected[i].offset &&
-                    items[i].size == expected[i].size,
-                "wrong item");
+        if (items[i].kind != expected[i].kind || items[i].offset != expected[i].offset ||
+            items[i].size != expected[i].size)
+            fail("found " + described(items[i]) + ", must find " + described(expected[i]));
         requireContent(items[i], stream, kept);
     }
     const bool isCut = !items.empty() && items.back().kind == StreamItem::cut;
@@ -190,7 +199,8 @@ static void readRequests(Reading& reading)
     StationLog log;
     Station station(answers, script, log, {false, true});
     int sockets[2];
-    require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, sockets) == 0, "no sockets");
+    require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, sockets) == 0,
+            "socketpair() must succeed");
     LinkClient client(station.loop(), sockets[1], stream, pieceSize, closes);
     client.awaitReply();
     const auto link = std::make_shared<StationLink>(station, sockets[0], false, sockaddr_in());
@@ -253,18 +263,19 @@ static void readPeer(Reading& reading)
         if (item.kind == StreamItem::garbage)
             continue;
         const bool isFinal = item.kind == StreamItem::frame || item.kind == StreamItem::wrongEnd;
-        require(verdict.isFinal == isFinal, "exactly a whole frame must be final");
+        require(verdict.isFinal == isFinal, "a verdict must be final if and only if the frame is complete");
         int value = 0;
         const LinkCause cause =
             item.kind == StreamItem::frame
                 ? causeOf(bytes.mid(static_cast<int>(item.offset), static_cast<int>(item.size)), awaited, value)
                 : LinkCause::badFrame;
         if (isFinal)
-            require(verdict.cause == cause && verdict.value == value, "wrong verdict on a frame");
+            require(verdict.cause == cause && verdict.value == value, "the verdict must be that on the frame");
         break;
     }
     if (!verdict.isFinal)
-        require(verdict.cause == LinkCause::badFrame || verdict.cause == LinkCause::foreign, "wrong verdict");
+        require(verdict.cause == LinkCause::badFrame || verdict.cause == LinkCause::foreign,
+                "without a whole frame the verdict must be bad-frame or foreign");
 }
 
 const std::vector<Target> peerTargets = {

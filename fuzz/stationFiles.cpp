@@ -44,7 +44,8 @@ static void requirePieces(const SendFaults& faults)
     require(sent == expected, "the pieces must be the frames");
 }
 
-// Each listed line is wrong alone, and the other lines are good. A byte order mark counts only at the start of a file.
+// Each line with an error must be refused alone, and the file must be accepted without these lines. A byte order mark
+// counts only at the start of a file.
 static void requireWrongLines(const QString& path, const QByteArray& text, const QStringList& errors)
 {
     QList<QByteArray> lines = text.split('\n');
@@ -69,7 +70,7 @@ static void readScript(Reading& reading)
     StationScript script(7);
     QStringList errors;
     const bool isGood = script.read(path, errors);
-    require(isGood == errors.isEmpty(), "exactly a failure must have errors");
+    require(isGood == errors.isEmpty(), "there must be errors if and only if the script is refused");
     if (!isGood)
         return requireWrongLines(path, text, errors);
     for (int i = 0; i < 12; ++i) {
@@ -214,9 +215,9 @@ static void readGoodScript(Reading& reading)
                 apply(step, reply);
         }
         int number = 0;
-        require(areSame(script.nextGreeting(), greeting), "wrong faults of a greeting");
+        require(areSame(script.nextGreeting(), greeting), "a greeting must have the faults of the lines that apply");
         require(areSame(script.nextReply(static_cast<unsigned char>(command), number), reply),
-                "wrong faults of a reply");
+                "a reply must have the faults of the lines that apply");
     }
 }
 
@@ -270,14 +271,14 @@ static void requireAnswer(CommandAnswers& answers, const Json& entry)
     if (entry.contains("error"))
         return require(frames.size() == 1 &&
                            frames[0].bytes == frameOf(0xff, 513, word4(static_cast<int>(entry["error"].get<double>()))),
-                       "wrong error frame");
+                       "an error must be answered by its error frame");
     const Json replies = entry["reply"].is_array() ? entry["reply"] : Json::array({entry["reply"]});
     require(frames.size() == replies.size(), "every frame of the reply must be sent");
     for (size_t i = 0; i < frames.size(); ++i) {
         QByteArray payload;
         if (simplePayload(replies[i], request, payload))
-            require(frames[i].bytes == frameOf(command, 513, payload), "wrong payload of a reply");
-        require(frames[i].pauseMs == (i == 0 ? 0 : 9), "wrong pause");
+            require(frames[i].bytes == frameOf(command, 513, payload), "a reply must have the payload of its line");
+        require(frames[i].pauseMs == (i == 0 ? 0 : 9), "only later frames must have a pause");
     }
 }
 
@@ -285,7 +286,7 @@ static void readCommands(Reading& reading)
 {
     InputBytes input(reading);
     const QByteArray text = input.rest();
-    if (text.contains('/') || text.contains("\\u002")) // no files elsewhere
+    if (text.contains('/') || text.contains("\\u002")) // the names of other files
         return;
     const QString path = inputFile(text);
     CommandAnswers answers(path, 1, 9);
@@ -298,7 +299,7 @@ static void readCommands(Reading& reading)
         require(message.startsWith(path + ": "), "a message must name the file");
     if (!messages.isEmpty() && document.is_object())
         lineOfError(messages[0], path, text);
-    require(answers.count() == (isGood ? document["commands"].size() : 0), "wrong number of commands");
+    require(answers.count() == (isGood ? document["commands"].size() : 0), "every command must be counted");
     if (!isGood)
         return;
     std::vector<int> seen;
@@ -382,7 +383,7 @@ static void readGoodRecording(Reading& reading)
     QString error;
     if (!answers.read(inputFile(text), error))
         return require(requests.empty(), "a good recording must be read");
-    require(answers.greeting()[0].bytes == frameOf(0, 0, word4(1)), "wrong greeting");
+    require(answers.greeting()[0].bytes == frameOf(0, 0, word4(1)), "the greeting must be that of the recording");
     std::map<QByteArray, size_t> used;
     for (size_t i = 0; i < 2 * requests.size(); ++i) {
         const QByteArray& key = requests[i % requests.size()];
@@ -390,7 +391,7 @@ static void readGoodRecording(Reading& reading)
         const std::vector<RecordedExchange>& exchanges = recorded[key];
         const size_t at = std::min(used[key]++, exchanges.size() - 1);
         const std::vector<TimedFrame> frames = answers.answer(requestOf(command, 4000, key.mid(1)));
-        require(frames.size() == exchanges[at].frames.size(), "wrong number of recorded frames");
+        require(frames.size() == exchanges[at].frames.size(), "every recorded frame must be sent");
         for (size_t frame = 0; frame < frames.size(); ++frame) {
             if (frames[frame].bytes != frameOf(command, 4000, exchanges[at].frames[frame]))
                 fail("the reply is " + frames[frame].bytes.toHex(' ').toStdString() + "\n" + text.toStdString());

@@ -44,8 +44,8 @@ void requireResult(const Reading& reading, int expected)
 
 void requireWrittenAgain(const Reading& reading, long long count)
 {
-    if (reading.left != QByteArray::fromRawData(reading.buf, static_cast<int>(count)))
-        fail("written again it is " + reading.left.toHex(' ').toStdString());
+    if (reading.written != QByteArray::fromRawData(reading.buf, static_cast<int>(count)))
+        fail("written again it is " + reading.written.toHex(' ').toStdString());
 }
 
 bool countsTooMuch(const Layout& layout, const Reading& reading)
@@ -56,7 +56,7 @@ bool countsTooMuch(const Layout& layout, const Reading& reading)
 
 size_t mostElements(const Layout& layout, const Reading& reading)
 {
-    return reading.ahead + static_cast<size_t>(reading.size / shortestSize(layout)) + 1;
+    return reading.elementsBefore + static_cast<size_t>(reading.size / shortestSize(layout)) + 1;
 }
 
 // --- One input --------------------------------------------------------------------
@@ -68,10 +68,10 @@ static size_t memoryFor(const Reading& reading)
     return 4096 + 24 * static_cast<size_t>(reading.size);
 }
 
-size_t elementsAhead(Reading& reading)
+size_t setElementsBefore(Reading& reading)
 {
-    reading.ahead = reading.isAmid ? 3 : 0;
-    return reading.ahead;
+    reading.elementsBefore = reading.hasNeighbours ? 3 : 0;
+    return reading.elementsBefore;
 }
 
 static void read(const Target& target, Reading& reading)
@@ -89,10 +89,11 @@ static void read(const Target& target, Reading& reading)
 }
 
 // What follows the elements that the list had before.
-static QByteArray withoutAhead(const Target& target, const Reading& reading)
+static QByteArray withoutElementsBefore(const Target& target, const Reading& reading)
 {
-    return reading.ahead == 0 ? reading.left
-                              : reading.left.mid(4 + static_cast<int>(reading.ahead) * shortestSize(target.layout));
+    return reading.elementsBefore == 0
+               ? reading.written
+               : reading.written.mid(4 + static_cast<int>(reading.elementsBefore) * shortestSize(target.layout));
 }
 
 Target toolTarget(const char* name, void (*read)(Reading& reading))
@@ -116,9 +117,9 @@ void runTarget(const Target& target, const char* data, int size)
     std::memset(place.data() + size, 0x2a, noise);
     Reading amid = {place.data(), size, true};
     read(target, amid);
-    if (alone.result == tooMuch && amid.result != tooMuch) { // the sum of the elements ahead and the count has wrapped
-        const unsigned int sum = static_cast<unsigned int>(amid.ahead) + numberOf4(data);
-        require(amid.left.size() == 4 + static_cast<int>(sum) * shortestSize(target.layout),
+    if (alone.result == tooMuch && amid.result != tooMuch) { // the sum of the elements before and the count has wrapped
+        const unsigned int sum = static_cast<unsigned int>(amid.elementsBefore) + numberOf4(data);
+        require(amid.written.size() == 4 + static_cast<int>(sum) * shortestSize(target.layout),
                 "a count that wraps must leave the wrapped number of elements");
         return;
     }
@@ -126,8 +127,8 @@ void runTarget(const Target& target, const char* data, int size)
         return require(alone.result == tooMuch || countsTooMuch(target.layout, amid),
                        "what fits in an empty list must fit after other elements");
     require(amid.result == alone.result, "the result must not depend on bytes after the input or elements before");
-    if (amid.ahead > 0)
-        alone.left.remove(0, 4);
-    require(withoutAhead(target, amid) == alone.left,
+    if (amid.elementsBefore > 0)
+        alone.written.remove(0, 4);
+    require(withoutElementsBefore(target, amid) == alone.written,
             "what was read must not depend on bytes after the input or elements before");
 }

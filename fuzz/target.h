@@ -13,16 +13,17 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 struct Reading {
     const char* buf;
     int size;
-    bool isAmid;          // other bytes follow these, and the list has elements already
-    size_t ahead = 0;     // elements that the list held before
-    int result = 0;       // of the reader, or `tooMuch`
-    QByteArray left = {}; // what record or list hold afterwards, as bytes
+    bool hasNeighbours;        // other bytes follow these, and the list has elements already
+    size_t elementsBefore = 0; // in the list, before it is read
+    int result = 0;            // of the reader, or `tooMuch`
+    QByteArray written = {};   // the record or list after reading, as its writer writes it
 };
 
 // In place of a result: the reader tried to allocate more than the limit, because it trusts counts and lengths.
@@ -62,9 +63,9 @@ std::vector<Target> allTargets();
 // Runs one input. `data` ends where its allocation ends, so that AddressSanitizer reports a read past the end.
 void runTarget(const Target& target, const char* data, int size);
 
-// Number of elements that a list must have before it is read, if its reader appends. They have default values, which are
-// written as the shortest record of the target's layout.
-size_t elementsAhead(Reading& reading);
+// Sets `reading.elementsBefore`, the number of elements that a list must have before its reader appends to it, and
+// returns it. They have default values, which are written as the shortest record of the target's layout.
+size_t setElementsBefore(Reading& reading);
 
 // --- Reading ----------------------------------------------------------------------
 
@@ -72,22 +73,36 @@ size_t elementsAhead(Reading& reading);
 template <typename Record>
 Record writtenBy(void (*writer)(const Record&, QByteArray&));
 
-// Reads a record and writes it to `left`.
+// Reads a record and writes it again.
 template <auto reader, auto writer>
 void readRecord(Reading& reading)
 {
     decltype(writtenBy(writer)) record;
     reading.result = reader(reading.buf, reading.size, record);
-    writer(record, reading.left);
+    writer(record, reading.written);
 }
 
-// Reads a list, to which the reader appends, and writes it to `left`.
+// Reads a list, to which the reader appends, and writes it again.
 template <auto reader, auto writer>
 void readList(Reading& reading)
 {
-    decltype(writtenBy(writer)) list(elementsAhead(reading));
+    decltype(writtenBy(writer)) list(setElementsBefore(reading));
     reading.result = reader(reading.buf, reading.size, list);
-    writer(list, reading.left);
+    writer(list, reading.written);
+}
+
+// Number of elements that the bytes can begin. A list that was resized for more is cut to it before it is written: the
+// rest have default values, and writing them takes long.
+size_t mostElements(const Layout& layout, const Reading& reading);
+
+// As readList, for a reader that resizes the list to the count.
+template <auto reader, auto writer, const Layout& layout>
+void readResizedList(Reading& reading)
+{
+    decltype(writtenBy(writer)) list(setElementsBefore(reading));
+    reading.result = reader(reading.buf, reading.size, list);
+    list.resize(std::min(list.size(), mostElements(layout, reading)));
+    writer(list, reading.written);
 }
 
 // --- Requirements ----------------------------------------------------------------------
@@ -98,12 +113,8 @@ void require(bool isMet, const char* requirement);
 
 void requireResult(const Reading& reading, int expected);
 
-// `left` must have the first `count` bytes of the input.
+// `reading.written` must be the first `count` bytes of the input.
 void requireWrittenAgain(const Reading& reading, long long count);
 
 // Returns true if the bytes begin with a count of more records than they can hold: the only valid reason for `tooMuch`.
 bool countsTooMuch(const Layout& layout, const Reading& reading);
-
-// Number of elements that the bytes can begin. A list that was resized for more is cut to it before it is written: the
-// rest have default values, and writing them takes long.
-size_t mostElements(const Layout& layout, const Reading& reading);

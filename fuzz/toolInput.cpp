@@ -12,6 +12,12 @@ QByteArray InputBytes::take(int count)
     return taken;
 }
 
+const Form& takeForm(InputBytes& input)
+{
+    const std::vector<Form>& forms = recordForms();
+    return forms[static_cast<size_t>(input.number()) % forms.size()];
+}
+
 QString inputFile(const QByteArray& content)
 {
     static const int file = memfd_create("input", MFD_CLOEXEC);

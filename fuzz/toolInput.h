@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gqtool/records/recordFields.h"
 #include "target.h"
 
 #include <QString>
@@ -21,6 +22,9 @@ private:
     QByteArray bytes;
     int pos = 0;
 };
+
+// Returns the form of records that the next number selects.
+const Form& takeForm(InputBytes& input);
 
 // Writes a file for gqtool to read and replaces the previous one. Returns its path.
 QString inputFile(const QByteArray& content);
