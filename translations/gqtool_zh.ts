@@ -2180,8 +2180,12 @@ moment. The ranges of codes for the texts differ in some places from those for t
         <translation>无法写入 %1，继续跟踪但不再写入该文件：%2</translation>
     </message>
     <message>
-        <source>datagram of %1 lost: %2</source>
+        <source>datagram from %1 lost: %2</source>
         <translation>来自 %1 的数据报丢失：%2</translation>
+    </message>
+    <message>
+        <source>datagram of %1 lost: %2</source>
+        <translation>%1的数据报丢失：%2</translation>
     </message>
     <message>
         <source>the station is unreachable: %1</source>
@@ -2924,8 +2928,8 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
         <translation>数据报中没有完整的帧</translation>
     </message>
     <message>
-        <source>no %1 in %2</source>
-        <translation>%2中没有 %1</translation>
+        <source>invalid %1 in %2</source>
+        <translation>%2不是有效的 %1</translation>
     </message>
     <message>
         <source>%1 of the %2 bytes are left over after the %3</source>

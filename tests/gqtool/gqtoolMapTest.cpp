@@ -101,7 +101,7 @@ TEST_F(GqtoolMap, reportsAReplyThatHasAnotherForm)
     const Outcome outcome = call({"currentValues", "0"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_TRUE(outcome.errors.contains(
-        QRegularExpression("^gqtool: request 'currentValues' to \\S+ failed with -5: bad-frame: no pointInfos in "
+        QRegularExpression("^gqtool: request 'currentValues' to \\S+ failed with -5: bad-frame: invalid pointInfos in "
                            "139 bytes: byte \\d+: \\[0\\]\\.")))
         << outcome.errors.toStdString();
 
@@ -111,12 +111,12 @@ TEST_F(GqtoolMap, reportsAReplyThatHasAnotherForm)
     EXPECT_EQ(object["result"], "failed");
     EXPECT_EQ(object["code"], -5);
     EXPECT_EQ(object["cause"], "bad-frame");
-    EXPECT_TRUE(object["meaning"].toString().startsWith("no pointInfos in 139 bytes: byte "));
+    EXPECT_TRUE(object["meaning"].toString().startsWith("invalid pointInfos in 139 bytes: byte "));
 
     const Outcome run3 = run({"call", "--repeat", "3", "--map", path, station.endpoint, "currentValues", "0"});
     EXPECT_EQ(run3.exitCode, 1);
     EXPECT_TRUE(run3.output.startsWith(
-        "requests    3\nfailures    3\n            3 failed with -5: bad-frame: no pointInfos in 139 bytes\n"))
+        "requests    3\nfailures    3\n            3 failed with -5: bad-frame: invalid pointInfos in 139 bytes\n"))
         << run3.output.toStdString();
 }
 
@@ -162,7 +162,7 @@ TEST_F(GqtoolMap, failsIfTheListOfBytesIsEmpty)
     const Outcome outcome = run({"call", "--map", path, QString("127.0.0.1:%1").arg(server.port()), "picture", "0"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
-    EXPECT_TRUE(outcome.errors.contains(" failed with -5: bad-frame: no boolData in 0 bytes: byte 0: "))
+    EXPECT_TRUE(outcome.errors.contains(" failed with -5: bad-frame: invalid boolData in 0 bytes: byte 0: "))
         << outcome.errors.toStdString();
 }
 

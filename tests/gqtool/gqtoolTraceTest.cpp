@@ -443,7 +443,7 @@ TEST(GqtoolTraceUdp, reportsADatagramThatItCannotPassOn)
     RunningProgram trace(GQTOOL, {"trace", "--udp", "--listen", "0", "255.255.255.255:5000"});
     const QString first = trace.nextLine();
     DatagramSocket client;
-    const QRegularExpression error(QString("^gqtool: datagram of 127\\.0\\.0\\.1:%1 lost: "
+    const QRegularExpression error(QString("^gqtool: datagram from 127\\.0\\.0\\.1:%1 lost: "
                                            "(Permission denied|Network is unreachable)$")
                                        .arg(client.port()));
     const int port = first.section(' ', 3, 3).section(':', 1).toInt();

@@ -31,7 +31,8 @@ public:
 
 // --- Records ------------------------------------------------------------------------------------------------------
 
-// What the library's reader must return if there is no fault.
+// Returns what the library's reader must return if there is no fault: the bytes that it used. That of objectBlob
+// returns 2 less, that of commItem adds the size of text4 minus 4.
 inline long long expectedResult(const Form& form, const Decoded& decoded)
 {
     if (form.onSuccess != returnsBytes)
@@ -46,7 +47,8 @@ inline long long expectedResult(const Form& form, const Decoded& decoded)
     return decoded.restOffset + text4Bytes - 4;
 }
 
-inline bool losesStep(const Decoded& decoded)
+// Returns true if the list reader continues at a wrong byte: it may then return anything.
+inline bool continuesAtWrongByte(const Decoded& decoded)
 {
     return std::any_of(decoded.faults.begin(), decoded.faults.end(), [](const Fault& fault) {
         return fault.text.english().contains("list reader continues at byte");
@@ -111,7 +113,7 @@ inline Decoded decodeAgreed(const Form& form, const QByteArray& bytes, Agreement
         const std::string own = comparableJsonOf(*recordIn(decoded, form, agreement));
         const std::string library = comparableJsonOf(*read);
         agreement.require(own == library, "decoded " + own + ", the library reads " + library);
-    } else if (!losesStep(decoded)) {
+    } else if (!continuesAtWrongByte(decoded)) {
         agreement.require(decoded.result <= 0,
                           "the reader accepts the bytes despite: " + decoded.faults[0].text.toStdString());
     }
@@ -138,7 +140,7 @@ inline void requireFrame(const StreamItem& item, const QByteArray& stream, Agree
         agreement.require(client.isRecvOk(length) == (item.kind == StreamItem::frame), "a client differs on the frame");
 }
 
-// What the library's parser finds in a payload, and whether it accepts it.
+// Returns what the library's parser reads from a payload; `isGood` becomes true if the parser accepts it.
 inline QJsonValue parsed(const QString& form, const QByteArray& bytes, bool& isGood)
 {
     gqdb::CSocketAPI client;
@@ -166,7 +168,8 @@ inline QJsonValue parsed(const QString& form, const QByteArray& bytes, bool& isG
     return value;
 }
 
-// Of a list of texts that is cut off the library also wants the lengths of all later texts, so it may find fewer.
+// Returns true if `whole` begins with `start`. From a cut list the library may read fewer texts than gqtool, because it
+// also needs room for the lengths of all later texts.
 inline bool startsWith(const QJsonArray& whole, const QJsonArray& start)
 {
     int same = 0;

@@ -6,11 +6,12 @@
 
 #include <string_view>
 
-// Records as JSON, as gqtool prints them, with the fields in the order of the bytes. tests/golden/README.md describes it.
+// Records as JSON, as gqtool prints them, with the fields in the order of the bytes. tests/golden/README.md describes the
+// JSON.
 
 class RecordJsonWriter : public Fields {
 public:
-    explicit RecordJsonWriter(bool comparesOnly) : isComparable(comparesOnly) {}
+    explicit RecordJsonWriter(bool leavesOutUnread) : omitsUnread(leavesOutUnread) {}
 
     using Fields::field;
     void field(const char* name, unsigned char& value) override { json.add(name, value); }
@@ -33,13 +34,13 @@ public:
     void samples(StoredWave& wave) override
     {
         add("marks", wave.marks);
-        if (!isComparable && (wave.isRaw() || wave.isQuantised()))
+        if (!omitsUnread && (wave.isRaw() || wave.isQuantised()))
             add("stored", wave.stored);
         add("samples", wave.samples);
     }
     void lostText(const char* name, std::string& text) override
     {
-        if (!isComparable)
+        if (!omitsUnread)
             field(name, text);
     }
     void lostSlot(const char* name, std::string& text) override { lostText(name, text); }
@@ -72,7 +73,7 @@ private:
         json.end(']');
     }
 
-    bool isComparable;
+    bool omitsUnread;
 };
 
 inline std::string jsonOf(Content& content)
@@ -82,7 +83,7 @@ inline std::string jsonOf(Content& content)
     return writer.json.text;
 }
 
-// Without the texts that the library's readers do not return.
+// Leaves out what the library's readers do not return: some texts, and the stored integers of a wave.
 inline std::string comparableJsonOf(Content& content)
 {
     RecordJsonWriter writer(true);

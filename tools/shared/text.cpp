@@ -87,7 +87,7 @@ Text libraryText(const QString& english)
     return Text::tr(english.toUtf8().constData());
 }
 
-// --- Counts, lists --------------------------------------------------------------------------------------------------------
+// --- Counts, lists ------------------------------------------------------------------------------------------------
 
 Text bytesText(long long count)
 {

@@ -60,7 +60,7 @@ Text errorText(int error);
 // Returns the description of an error that a library gives in English.
 Text libraryText(const QString& english);
 
-// Returns "1 byte" or "2 bytes".
+// Returns a number of bytes: "1 byte", "2 bytes".
 Text bytesText(long long count);
 
 // Returns names as a sentence lists them: "int, ints, bytes".

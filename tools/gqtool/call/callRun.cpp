@@ -38,7 +38,7 @@ static Answer ask(CallClient& client, const CallRun& run)
         return answer;
     const RecordTexts& records = answer.records = recordTexts(*run.records, reply.bytes);
     if (!records.fault.isEmpty())
-        reply.failForm(-5, Text::tr("no %1 in %2").arg(run.records->name, bytesText(reply.bytes.size())));
+        reply.failForm(-5, Text::tr("invalid %1 in %2").arg(run.records->name, bytesText(reply.bytes.size())));
     else if (records.rest > 0 && reply.warning.isEmpty())
         reply.warning = Text::tr("%1 of the %2 bytes are left over after the %3")
                             .arg(records.rest)

@@ -94,7 +94,7 @@ DatagramClient* DatagramRelay::clientAt(const sockaddr_in& address)
         socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     }
     if (socket < 0 || connect(socket, reinterpret_cast<const sockaddr*>(&station), sizeof station) != 0) {
-        printError(Text::tr("datagram of %1 lost: %2").arg(endpointText(address), errorText(errno)));
+        printError(Text::tr("datagram from %1 lost: %2").arg(endpointText(address), errorText(errno)));
         close(socket);
         return nullptr;
     }
