@@ -1020,6 +1020,14 @@ code is 1.
         <translation>%1 毫秒内没有收到任何数据</translation>
     </message>
     <message>
+        <source>the time-out of %1 ms ended</source>
+        <translation>%1 毫秒的超时已到</translation>
+    </message>
+    <message>
+        <source>more bytes came</source>
+        <translation>又收到更多字节</translation>
+    </message>
+    <message>
         <source>an empty datagram</source>
         <translation>空数据报</translation>
     </message>
@@ -1642,16 +1650,16 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>帧不完整，无法回放；请删除该行</translation>
     </message>
     <message>
-        <source>the payload is cut: it has %1 of %2 bytes; record with &apos;gqtool trace --record&apos;</source>
-        <translation>净荷被截断：只有 %2 字节中的 %1 字节；请用 &apos;gqtool trace --record&apos; 录制</translation>
+        <source>the payload is cut: it has %1 of %2; record with &apos;gqtool trace --record&apos;</source>
+        <translation>净荷被截断：%2中只有 %1；请用 &apos;gqtool trace --record&apos; 录制</translation>
     </message>
     <message>
         <source>%1 must be an integer from 0 to %2</source>
         <translation>%1 必须是 0 到 %2 的整数</translation>
     </message>
     <message>
-        <source>%1 must be hex digits, two for each of %2 bytes</source>
-        <translation>%1 必须是十六进制数字，%2 字节，每字节两位</translation>
+        <source>%1 must be hex digits for %2</source>
+        <translation>%1 必须是 %2的十六进制数字</translation>
     </message>
     <message>
         <source>command is missing</source>
@@ -1688,6 +1696,10 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
     <message>
         <source>%1 connected</source>
         <translation>%1 已连接</translation>
+    </message>
+    <message>
+        <source>%1: no memory for more requests and replies</source>
+        <translation>%1：没有内存用于更多请求和应答</translation>
     </message>
     <message>
         <source>closed</source>
@@ -2281,6 +2293,10 @@ Wireshark 打开：
     <message>
         <source>cannot listen on %1: %2</source>
         <translation>无法监听 %1：%2</translation>
+    </message>
+    <message>
+        <source>%1 is the address of the trace itself</source>
+        <translation>%1 是本工具自己的地址</translation>
     </message>
     <message>
         <source>cannot relay: %1</source>
@@ -2886,6 +2902,10 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
     <message>
         <source>number overflow parsing &apos;%1&apos;</source>
         <translation>数值 &apos;%1&apos; 超出范围</translation>
+    </message>
+    <message>
+        <source>must be UTF-8 text, got a byte 0</source>
+        <translation>必须是 UTF-8 文本，却含有字节 0</translation>
     </message>
     <message>
         <source>write the samples as a table to FILE, &apos;sample,value&apos; in its first line; - means standard output</source>

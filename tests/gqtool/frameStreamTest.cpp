@@ -233,3 +233,37 @@ TEST(FrameStream, assumesNoOtherByteOrderIfThatDoesNotFitEither)
     // Only the first 3 bytes of the payload are kept.
     EXPECT_EQ(itemsOf(bigEndianFrame, 17, FrameStream(3))[0].swappedLength, -1);
 }
+
+// The garbage after a bad length belongs to it, whatever the number of items.
+TEST(FrameStream, returnsTheItemsOfAPieceInParts)
+{
+    const QByteArray swapped = "68 00000004 0000 00 00 06 03000000 0000 16"_hex;
+    const QByteArray stream = noise + intFrame + emptyFrame + swapped + "68 68 68 ff ff ff ff"_hex + intFrame;
+    const std::vector<StreamItem> whole = FrameStream().feed(stream);
+    for (size_t most = 1; most <= whole.size(); ++most) {
+        FrameStream frames;
+        std::vector<StreamItem> items = frames.feed(stream, most);
+        while (frames.hasMore()) {
+            const std::vector<StreamItem> more = frames.more(most);
+            EXPECT_LE(more.size(), most + 1);
+            items.insert(items.end(), more.begin(), more.end());
+        }
+        ASSERT_EQ(items.size(), whole.size()) << most;
+        for (size_t i = 0; i < items.size(); ++i) {
+            EXPECT_EQ(items[i].kind, whole[i].kind) << most << ' ' << i;
+            EXPECT_EQ(items[i].offset, whole[i].offset) << most << ' ' << i;
+            EXPECT_EQ(items[i].size, whole[i].size) << most << ' ' << i;
+            EXPECT_EQ(items[i].swappedLength, whole[i].swappedLength) << most << ' ' << i;
+        }
+    }
+}
+
+TEST(FrameStream, returnsFewItemsOfAPieceThatHasMany)
+{
+    FrameStream frames;
+    EXPECT_EQ(frames.feed(emptyFrame.repeated(1000), 64).size(), 64u);
+    EXPECT_TRUE(frames.hasMore());
+    EXPECT_EQ(frames.more(900).size(), 900u);
+    EXPECT_EQ(frames.more(900).size(), 36u);
+    EXPECT_FALSE(frames.hasMore());
+}

@@ -243,6 +243,77 @@ TEST_P(GqtoolHostile, reportsThousandsOfLinksOnceAndServesWhenTheyAreGone)
     EXPECT_EQ(target.attacked().outcome().errors, "");
 }
 
+// 270 peers send all but the end of a request of 1 MiB; 256 MiB are kept, and the other peers are disconnected.
+TEST(GqtoolHostileStation, keeps256MiBOfTheRequestsOfAllLinks)
+{
+    Target target(false);
+    {
+        const QByteArray bytes = "68 00001000 0000 00 00 06"_hex + QByteArray(1 << 20, 'x');
+        std::vector<Descriptor> peers;
+        const auto closed = [&peers] {
+            return std::count_if(peers.begin(), peers.end(), [](const Descriptor& peer) {
+                return becomes(peer, POLLRDHUP | POLLHUP | POLLERR, 0);
+            });
+        };
+        for (int i = 0; i < 270; ++i) {
+            peers.push_back(connected("127.0.0.1", target.port));
+            EXPECT_EQ(taken(peers.back(), greeting.size()), hex(greeting));
+            for (int sent = 0; sent < bytes.size();) {
+                const ssize_t count =
+                    ::send(peers.back(), bytes.constData() + sent, size_t(bytes.size() - sent), MSG_NOSIGNAL);
+                if (count <= 0)
+                    break;
+                sent += int(count);
+            }
+            ASSERT_TRUE(target.serves()) << i;
+        }
+        EXPECT_TRUE(comesTrue([&] { return closed() >= 13; })) << closed();
+        EXPECT_TRUE(target.serves());
+        EXPECT_LE(closed(), 16);
+        EXPECT_GROWTH(target, 2 * 270 * 1100);
+    }
+    EXPECT_TRUE(target.serves());
+    EXPECT_TRUE(target.hasItsDescriptorsBack());
+}
+
+// Requests that have arrived together are answered in turns.
+TEST(GqtoolHostileStation, answersOthersAmongTheRequestsOfALink)
+{
+    RunningStation station;
+    const Descriptor many = connected("127.0.0.1", station.port());
+    const Descriptor other = connected("127.0.0.1", station.port());
+    for (const int link : {int(many), int(other)})
+        EXPECT_EQ(taken(link, greeting.size()), hex(greeting));
+    ::kill(station.pid(), SIGSTOP);
+    give(many, setState7.repeated(200));
+    give(other, askState);
+    ::kill(station.pid(), SIGCONT);
+    EXPECT_EQ(taken(many, 200 * state7.size()), hex(state7.repeated(200)));
+    EXPECT_EQ(taken(other, state1.size()).substr(27, 2), "01"); // the command
+    int before = 0;                                             // requests of the first link
+    for (QString line = station.nextLine(); !line.contains(" command 0x01, "); line = station.nextLine()) {
+        ASSERT_NE(line, "no line");
+        before += line.contains(" command ") ? 1 : 0;
+    }
+    EXPECT_LE(before, 32);
+}
+
+// Eight bytes make five lines.
+TEST(GqtoolHostileTrace, printsAllLinesOfAPieceAfterItsLinkIsBroken)
+{
+    RunningStation station({"--quiet"});
+    FiledTrace trace(station.endpoint);
+    {
+        const Descriptor client = connected("127.0.0.1", trace.port);
+        EXPECT_EQ(taken(client, greeting.size()), hex(greeting));
+        give(client, "68 68 68 68 ff ff ff ff"_hex.repeated(1000));
+        const linger reset = {1, 0};
+        ::setsockopt(client, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+    }
+    EXPECT_TRUE(comesTrue([&] { return trace.text().count("bad length") == 4000; }))
+        << trace.text().count("bad length");
+}
+
 // --- Datagrams ----------------------------------------------------------------------------------------------------
 
 static const QByteArray longRequest = "68 60ea0000 0000 00 00 06"_hex + QByteArray(60000, 'x') + "0000 16"_hex;
@@ -280,6 +351,17 @@ TEST(GqtoolHostileUdp, theStationKeeps1000DatagramsOfAnAddress)
         ASSERT_EQ(state(), "01 00 00 00") << i; // all before it have been taken, none is answered
     }
     EXPECT_TRUE(comesTrue([&] { return state() == "e8 03 00 00"; })); // 1000
+}
+
+// The sender of a datagram can be forged, so that two stations would send each other errors without end.
+TEST(GqtoolHostileUdp, theStationAnswersNoError)
+{
+    ScriptedStation station("");
+    DatagramClient client(station);
+    client.send("68 04000000 0000 00 00 ff feffffff 0000 16"_hex);
+    client.send(setState7);
+    EXPECT_EQ(client.next().substr(27, 2), "06"); // the command of the reply
+    EXPECT_FALSE(becomes(client.socket, POLLIN, 100));
 }
 
 TEST(GqtoolHostileUdp, theStationAnswersUpTo1000AddressesAtATime)

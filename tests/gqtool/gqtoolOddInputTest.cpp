@@ -3,6 +3,8 @@
 #include "support/gqtoolProgram.h"
 #include "support/inputFile.h"
 
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 TEST(GqtoolCall, readsLeadingZerosAsDecimal)
@@ -67,4 +69,55 @@ TEST(GqtoolStation, readsItsScriptAfterAZeroByte)
     const Outcome outcome = run({"station", "--script", script.path});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_TRUE(outcome.errors.contains(": line 2: ")) << outcome.errors.toStdString();
+}
+
+// A name is not a format.
+TEST(GqtoolOddInput, namesAFileWithPlaceholdersInItsName)
+{
+    const QTemporaryDir folder;
+    const auto errorsOf = [&](const QString& option, const QByteArray& text) {
+        QFile file(folder.filePath("%1%2%3"));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        file.close();
+        return run({"station", option, file.fileName()}).errors.remove(folder.path()).toStdString();
+    };
+    EXPECT_EQ(errorsOf("--replay", "{\"x\": 1}\n"),
+              "gqtool: /%1%2%3: line 1: from must be client or station, got null\n");
+    EXPECT_EQ(errorsOf("--script", "nonsense\n").substr(0, 25), "gqtool: /%1%2%3: line 1: ");
+    EXPECT_EQ(errorsOf("--commands", "{\"x\": 1}").substr(0, 25), "gqtool: /%1%2%3: line 1: ");
+}
+
+// For the JSON parser, a byte 0 ends the text.
+TEST(GqtoolOddInput, refusesAByte0InJson)
+{
+    const QByteArray document = run({"decode", "--as", "boolData", "--json", "0110270000fa00000002"}).output.toUtf8();
+    const InputFile good(document);
+    EXPECT_EQ(run({"encode", good.path}).errors.toStdString(), "");
+    for (const QByteArray& text : {document + '\0', document + QByteArray("\0rest", 5), '\0' + document}) {
+        const InputFile file(text);
+        const Outcome outcome = run({"encode", file.path});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors.toStdString(),
+                  ("gqtool: " + file.path + ": must be UTF-8 text, got a byte 0\n").toStdString());
+    }
+    const InputFile commands(QByteArray(R"({"commands": []})") + QByteArray("\0rest", 5));
+    const Outcome outcome = run({"station", "--commands", commands.path});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.contains("must be UTF-8 text, got a byte 0")) << outcome.errors.toStdString();
+}
+
+// Other programs end by SIGXFSZ there.
+TEST(GqtoolOddInput, saysThatAFileReachesTheLimitOfItsSize)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("table.csv");
+    const QByteArray list = "a0860100" + QByteArray("0110270000fa00000002").repeated(100000);
+    const InputFile input(list);
+    const Outcome outcome =
+        runProgram("sh", {"-c", "ulimit -f 1; exec \"$0\" decode --as boolDatas --csv \"$1\" --file \"$2\"", GQTOOL,
+                          path, input.path});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors.toStdString(), ("gqtool: cannot write to " + path + ": File too large\n").toStdString());
 }

@@ -658,3 +658,38 @@ TEST(GqtoolProbe, endsWithTwoOnWrongUsage)
         EXPECT_EQ(outcome.output, "");
     }
 }
+
+// A peer that sends a frame that no client takes, and then a byte now and again, must not keep probe.
+TEST(GqtoolProbe, endsAtTheTimeOutWhileBytesArrive)
+{
+    Listener listener(5);
+    std::thread server([&] {
+        const Descriptor peer = listener.accept();
+        const QByteArray start = "68 ff ff ff ff"_hex;
+        EXPECT_EQ(::send(peer, start.constData(), size_t(start.size()), 0), start.size());
+        while (::send(peer, "x", 1, MSG_NOSIGNAL) == 1)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    });
+    const QJsonObject object = objectOf(run({"probe", "--json", "--timeout", "300", endpointOf(listener.port())}));
+    server.join();
+    EXPECT_EQ(object["cause"], "bad-frame");
+    const QJsonArray stages = object["stages"].toArray();
+    EXPECT_TRUE(stages.last().toObject()["detail"].toString().endsWith("; then the time-out of 300 ms ended"))
+        << stages.last().toObject()["detail"].toString().toStdString();
+}
+
+TEST(GqtoolProbe, saysThatAPeerSendsMoreThanItExamines)
+{
+    Listener listener(5);
+    std::thread server([&] {
+        const Descriptor peer = listener.accept();
+        const QByteArray line = QByteArray("no frame\r\n").repeated(1000);
+        while (::send(peer, line.constData(), size_t(line.size()), MSG_NOSIGNAL) > 0) {
+        }
+    });
+    const QJsonObject object = objectOf(run({"probe", "--json", "--timeout", "20000", endpointOf(listener.port())}));
+    server.join();
+    EXPECT_EQ(object["cause"], "foreign");
+    const QString detail = object["stages"].toArray().last().toObject()["detail"].toString();
+    EXPECT_TRUE(detail.endsWith("; then more bytes came")) << detail.toStdString();
+}

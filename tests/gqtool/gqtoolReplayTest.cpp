@@ -212,6 +212,10 @@ TEST(GqtoolReplay, refusesABadRecordingWithItsLine)
         {R"({"event": 5})", "event must be a string, got 5"},
         {R"({"from": "client", "command": 64, "payload": "0"})",
          "payload must be hex digits, two for each of its bytes, got \"0\""},
+        {R"({"from": "client", "command": 64, "payload": "", "end": "zz"})",
+         "end must be hex digits for 1 byte, got \"zz\""},
+        {R"({"from": "client", "command": 64, "length": 1, "payload": ""})",
+         "the payload is cut: it has 0 of 1 byte; record with 'gqtool trace --record'"},
         {"68 04", "must be a JSON object of 'gqtool trace --record'"},
     };
     for (const auto& bad : lines) {

@@ -586,3 +586,24 @@ TEST(GqtoolTrace, reportsWhyItCannotStart)
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "gqtool: cannot write to /nowhere/file.pcap: No such file or directory\n");
 }
+
+TEST(GqtoolTrace, refusesToRelayToItself)
+{
+    const QString port = "5877";
+    for (const QStringList& kind : {QStringList(), QStringList{"--udp"}}) {
+        const Outcome outcome = run(QStringList{"trace", "--listen", port} + kind + QStringList{"127.0.0.1:" + port});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors, "gqtool: 127.0.0.1:" + port + " is the address of the trace itself\n");
+    }
+}
+
+TEST(GqtoolTrace, refusesFilesWithoutAName)
+{
+    for (const char* option : {"--pcap", "--record"}) {
+        const Outcome outcome = run({"trace", "--listen", "0", option, "", "127.0.0.1:5000"});
+        EXPECT_EQ(outcome.exitCode, 1) << option;
+        EXPECT_EQ(outcome.output, "") << option;
+        EXPECT_TRUE(outcome.errors.contains("cannot write to : ")) << outcome.errors.toStdString();
+    }
+}

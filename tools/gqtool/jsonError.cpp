@@ -82,3 +82,8 @@ Text jsonErrorText(const char* exceptionText)
     return number.hasMatch() ? Text::tr("number overflow parsing '%1'").arg(number.captured(1))
                              : Text::untranslated(QString(text).remove("parse error at "));
 }
+
+Text nulText()
+{
+    return Text::tr("must be UTF-8 text, got a byte 0");
+}

@@ -5,3 +5,6 @@
 // Returns the text of an exception of the JSON parser without the exception's name. That of a syntax error begins with
 // its place: "line 2, column 3: syntax error while parsing array - unexpected number literal; expected ']'".
 Text jsonErrorText(const char* exceptionText);
+
+// Returns the error of a text with a byte 0, at which the parser would end.
+Text nulText();

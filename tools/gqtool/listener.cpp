@@ -23,17 +23,33 @@ QString endpointText(const sockaddr_in& address)
 int openBound(int type, sockaddr_in& address)
 {
     const int bound = socket(AF_INET, type | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (bound < 0)
+        return -1;
     const int on = 1;
     if (type == SOCK_STREAM)
         setsockopt(bound, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     auto* where = reinterpret_cast<sockaddr*>(&address);
     socklen_t size = sizeof address;
-    if (bound >= 0 && bind(bound, where, size) == 0 && getsockname(bound, where, &size) == 0)
+    if (bind(bound, where, size) == 0 && getsockname(bound, where, &size) == 0)
         return bound;
     const int error = errno;
     close(bound);
     errno = error;
     return -1;
+}
+
+bool isSocketAt(const sockaddr_in& address, const sockaddr_in& bound)
+{
+    if (address.sin_port != bound.sin_port)
+        return false;
+    if (bound.sin_addr.s_addr != htonl(INADDR_ANY))
+        return address.sin_addr.s_addr == bound.sin_addr.s_addr;
+    sockaddr_in own = address; // of this machine if a socket can be bound to it
+    own.sin_port = 0;
+    const int trial = openBound(SOCK_DGRAM, own);
+    if (trial >= 0)
+        close(trial);
+    return trial >= 0;
 }
 
 bool isOutOfResources(int error)

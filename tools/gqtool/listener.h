@@ -16,5 +16,8 @@ QString endpointText(const sockaddr_in& address);
 // `address` is replaced by the one that the system chose. A stream socket does not listen yet.
 int openBound(int type, sockaddr_in& address);
 
+// Returns true if `address` is that of a socket bound to `bound`, which may be bound to all addresses of this machine.
+bool isSocketAt(const sockaddr_in& address, const sockaddr_in& bound);
+
 // Returns true if accept(2) failed for lack of descriptors or memory, which may be available later.
 bool isOutOfResources(int error);

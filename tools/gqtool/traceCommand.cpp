@@ -82,14 +82,12 @@ QString TraceOptions::mistake(Endpoint& endpoint) const
 static bool openFiles(const TraceOptions& options, CaptureFile& capture, TraceOutput& output)
 {
     QString error;
-    QString failed;
-    if (options.pcap.isSet() && !capture.open(options.pcap.text(), error))
-        failed = options.pcap.text();
-    else if (options.record.isSet() && !output.record(options.record.text(), options.maxPayload.number(), error))
-        failed = options.record.text();
-    if (!failed.isEmpty())
-        printError(Text::tr("cannot write to %1: %2").arg(failed, error));
-    return failed.isEmpty();
+    const bool isCaptured = !options.pcap.isSet() || capture.open(options.pcap.text(), error);
+    const bool isRecorded = !isCaptured || !options.record.isSet() ||
+                            output.record(options.record.text(), options.maxPayload.number(), error);
+    if (!isCaptured || !isRecorded)
+        printError(Text::tr("cannot write to %1: %2").arg((isCaptured ? options.record : options.pcap).text(), error));
+    return isCaptured && isRecorded;
 }
 
 // ------------------------------------------------------------------------------------------------------------------
@@ -140,6 +138,10 @@ int runTrace(const QStringList& arguments)
     const int listener = openBound(isUdp ? SOCK_DGRAM : SOCK_STREAM, local);
     if (listener < 0 || (!isUdp && ::listen(listener, SOMAXCONN) != 0)) {
         printError(Text::tr("cannot listen on %1: %2").arg(endpointText(local), errorText(errno)));
+        return exitFailed;
+    }
+    if (isSocketAt(station, local)) {
+        printError(Text::tr("%1 is the address of the trace itself").arg(endpointText(station)));
         return exitFailed;
     }
     CaptureFile capture;

@@ -1,4 +1,5 @@
 #include "outputFile.h"
+#include "writeError.h"
 
 #include "shared/console.h"
 #include "shared/text.h"
@@ -6,6 +7,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+
+#include <cerrno>
 
 OutputFile::OutputFile(const QString& name) : path(name)
 {
@@ -20,15 +23,18 @@ OutputFile::OutputFile(const QString& name) : path(name)
 
 bool OutputFile::open()
 {
-    return file == nullptr || check(file->open(QIODevice::WriteOnly));
+    errno = 0;
+    return file == nullptr || keep(file->open(QIODevice::WriteOnly)) || fail();
 }
 
 void OutputFile::add(const QByteArray& bytes)
 {
     if (file == nullptr)
         printBytes(bytes);
-    else
-        isGood = isGood && file->write(bytes) == bytes.size();
+    else if (isGood) {
+        errno = 0;
+        keep(file->write(bytes) == bytes.size());
+    }
 }
 
 bool OutputFile::end()
@@ -36,7 +42,8 @@ bool OutputFile::end()
     if (file == nullptr)
         return true;
     auto* saved = qobject_cast<QSaveFile*>(file.get());
-    return check(isGood && (saved == nullptr ? file->flush() : saved->commit()));
+    errno = 0;
+    return (isGood && keep(saved == nullptr ? file->flush() : saved->commit())) || fail();
 }
 
 bool OutputFile::discard()
@@ -46,10 +53,17 @@ bool OutputFile::discard()
     return false;
 }
 
-bool OutputFile::check(bool isDone)
+// Keeps the reason of the first failure: what the file does next replaces it.
+bool OutputFile::keep(bool isDone)
 {
-    isGood = isGood && isDone;
+    isGood = isDone;
     if (!isGood)
-        printError(Text::tr("cannot write to %1: %2").arg(path, libraryText(file->errorString())));
+        error = writeErrorText(*file);
     return isGood;
+}
+
+bool OutputFile::fail() const
+{
+    printError(Text::tr("cannot write to %1: %2").arg(path, error));
+    return false;
 }

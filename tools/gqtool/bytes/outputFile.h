@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shared/text.h"
+
 #include <QByteArray>
 #include <QFileDevice>
 #include <QString>
@@ -23,9 +25,11 @@ public:
     bool discard();
 
 private:
-    bool check(bool isGood);
+    bool keep(bool isDone);
+    bool fail() const;
 
     QString path;
     std::unique_ptr<QFileDevice> file; // null for standard output
     bool isGood = true;
+    QString error; // the first
 };

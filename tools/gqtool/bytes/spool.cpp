@@ -1,5 +1,8 @@
 #include "spool.h"
 #include "shared/text.h"
+#include "writeError.h"
+
+#include <cerrno>
 
 static const int mostInMemory = 1 << 24;
 static const int pieceBytes = 1 << 16;
@@ -10,21 +13,33 @@ void Spool::add(std::string_view bytes)
     size += static_cast<long long>(bytes.size());
     if (memory.size() < mostInMemory)
         return;
-    isBroken = isBroken || !(file.isOpen() || file.open()) || file.write(memory) != memory.size();
+    errno = 0;
+    if (!isBroken)
+        check((file.isOpen() || file.open()) && file.write(memory) == memory.size());
     memory.resize(0);
 }
 
 bool Spool::printAll(const std::function<void(const QByteArray& bytes)>& print, QString& error)
 {
     if (file.isOpen()) {
-        isBroken = isBroken || !file.seek(0);
+        if (!isBroken)
+            check(file.seek(0));
         for (QByteArray piece = file.read(pieceBytes); !isBroken && !piece.isEmpty(); piece = file.read(pieceBytes))
             print(piece);
-        isBroken = isBroken || file.error() != QFileDevice::NoError;
+        if (!isBroken)
+            check(file.error() == QFileDevice::NoError);
     }
     if (isBroken)
-        error = Text::tr("cannot keep %1 bytes in a temporary file: %2").arg(size).arg(libraryText(file.errorString()));
+        error = Text::tr("cannot keep %1 bytes in a temporary file: %2").arg(size).arg(fileError);
     else
         print(memory);
     return !isBroken;
+}
+
+// Keeps the reason of the first failure: what the file does next replaces it.
+void Spool::check(bool isDone)
+{
+    isBroken = !isDone;
+    if (isBroken)
+        fileError = writeErrorText(file);
 }

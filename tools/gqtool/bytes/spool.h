@@ -15,8 +15,11 @@ public:
     bool printAll(const std::function<void(const QByteArray& bytes)>& print, QString& error);
 
 private:
+    void check(bool isDone);
+
     long long size = 0;
     QByteArray memory; // the last bytes
     QTemporaryFile file;
     bool isBroken = false;
+    QString fileError; // the first
 };

@@ -12,16 +12,27 @@ static const size_t usualMembers = 16; // of an object
 
 // --- Text ---------------------------------------------------------------------------------------------------------
 
+// The text up to the first byte 0, at which the parser would end in any case.
 class SourceBuffer : public std::streambuf {
 public:
     explicit SourceBuffer(ByteSource& text) : source(text) {}
+
+    // Returns true if the parser has reached a byte 0.
+    bool isAtNul() const { return hasEnded; }
 
 protected:
     int_type underflow() override
     {
         piece.resize(0);
-        if (!source.read(piece))
+        hasEnded = isNulNext;
+        if (hasEnded || !source.read(piece))
             return traits_type::eof();
+        const int nul = piece.indexOf('\0');
+        isNulNext = nul >= 0;
+        if (isNulNext)
+            piece.truncate(nul);
+        if (piece.isEmpty())
+            return underflow();
         setg(piece.data(), piece.data(), piece.data() + piece.size());
         return traits_type::to_int_type(*gptr());
     }
@@ -29,6 +40,8 @@ protected:
 private:
     ByteSource& source;
     QByteArray piece;
+    bool isNulNext = false;
+    bool hasEnded = false;
 };
 
 // --- Events -------------------------------------------------------------------------------------------------------
@@ -171,5 +184,5 @@ QString readDocument(ByteSource& text, DocumentListener& listener)
     std::istream stream(&buffer);
     DocumentReader reader(listener);
     Json::sax_parse(stream, &reader);
-    return reader.error;
+    return buffer.isAtNul() ? QString(nulText()) : reader.error;
 }

@@ -36,12 +36,12 @@ void FrameStream::add(StreamItem item)
     items.push_back(std::move(item));
 }
 
-// Reads the header at `pos` and returns the position after it. An incomplete header is kept for the next piece. If the
-// length is too large, the byte at `pos` is not a start byte: a frame may begin at any byte after it.
-int FrameStream::begin(const QByteArray& input, int pos)
+// Reads the header. An incomplete one is kept for the next piece. If the length is too large, its first byte is not a
+// start byte: a frame may begin at any byte after it.
+void FrameStream::begin()
 {
-    const char* start = input.constData() + pos;
-    const int left = input.size() - pos;
+    const char* start = input.constData() + position;
+    const int left = input.size() - position;
     const unsigned int length = left < lengthEnd ? 0 : CByte2Val::byte2UInt(start + 1);
     if (length > largestLength) {
         StreamItem falseStart;
@@ -49,11 +49,13 @@ int FrameStream::begin(const QByteArray& input, int pos)
         falseStart.size = 1;
         falseStart.content.length = length;
         add(falseStart);
-        return pos + 1;
+        ++position;
+        return;
     }
     if (left < CSocketAPI::headerSize) {
-        header = input.mid(pos);
-        return input.size();
+        header = input.mid(position);
+        position = input.size();
+        return;
     }
     current.kind = StreamItem::cut;
     current.size = CSocketAPI::headerSize;
@@ -63,51 +65,66 @@ int FrameStream::begin(const QByteArray& input, int pos)
     frame.arg2 = static_cast<unsigned char>(start[7]);
     frame.arg1 = static_cast<unsigned char>(start[8]);
     frame.command = static_cast<unsigned char>(start[9]);
-    return pos + CSocketAPI::headerSize;
+    position += CSocketAPI::headerSize;
 }
 
-// Reads the available bytes of the next part of the current frame (payload, check or end) and returns the position
-// after them.
-int FrameStream::take(const QByteArray& input, int pos)
+// Reads the available bytes of the next part of the current frame: payload, check or end.
+void FrameStream::take()
 {
     Frame& frame = current.content;
-    const int left = input.size() - pos;
+    const int left = input.size() - position;
     const long long payloadLeft = CSocketAPI::headerSize + static_cast<long long>(frame.length) - current.size;
     int count = 1;
     if (payloadLeft > 0) {
         count = static_cast<int>(std::min<long long>(payloadLeft, left));
         const int room = keptBytes - static_cast<int>(frame.payload.size());
-        frame.payload.append(input.constData() + pos, std::min(count, room));
+        frame.payload.append(input.constData() + position, std::min(count, room));
     } else if (frame.check.size() < checkSize) {
-        frame.check.append(input.at(pos));
+        frame.check.append(input.at(position));
     } else {
-        frame.end = static_cast<unsigned char>(input.at(pos));
+        frame.end = static_cast<unsigned char>(input.at(position));
         current.kind = frame.end == CSocketAPI::frameEnd ? StreamItem::frame : StreamItem::wrongEnd;
     }
+    position += count;
     current.size += count;
     if (current.kind != StreamItem::cut)
         add(std::exchange(current, StreamItem()));
-    return pos + count;
 }
 
-std::vector<StreamItem> FrameStream::feed(const QByteArray& piece)
+std::vector<StreamItem> FrameStream::feed(const QByteArray& piece, size_t mostItems)
 {
-    const QByteArray input = std::exchange(header, QByteArray()) + piece;
-    for (int pos = 0; pos < input.size();) {
+    input = header.isEmpty() ? piece : std::exchange(header, QByteArray()) + piece;
+    position = 0;
+    return more(mostItems);
+}
+
+// The garbage after a bad length belongs to it: it shows whether the bytes of the length are in the wrong order.
+bool FrameStream::isBetweenItems() const
+{
+    return items.back().kind != StreamItem::badLength || input.at(position) == CSocketAPI::frameStart;
+}
+
+std::vector<StreamItem> FrameStream::more(size_t mostItems)
+{
+    while (hasMore() && (items.size() < mostItems || !isBetweenItems())) {
         if (current.size > 0) {
-            pos = take(input, pos);
+            take();
             continue;
         }
-        const int found = input.indexOf(CSocketAPI::frameStart, pos);
+        const int found = input.indexOf(CSocketAPI::frameStart, position);
         const int start = found < 0 ? input.size() : found;
-        if (start > pos) {
+        if (start > position) {
             StreamItem garbage;
-            garbage.size = start - pos;
-            garbage.bytes = input.mid(pos, start - pos);
+            garbage.size = start - position;
+            garbage.bytes = input.mid(position, start - position);
+            position = start;
             add(garbage);
+        } else {
+            begin();
         }
-        pos = start < input.size() ? begin(input, start) : start;
     }
+    if (!hasMore())
+        input.clear();
     return std::exchange(items, {});
 }
 

@@ -53,8 +53,12 @@ public:
     // Keeps the first `keptBytes` of each payload. A start byte with a length above `largestLength` begins no frame.
     explicit FrameStream(int keptBytes = INT_MAX, unsigned int largestLength = clientLimit);
 
-    // Returns the items that this piece completes. Garbage is complete at the end of each piece.
-    std::vector<StreamItem> feed(const QByteArray& piece);
+    // Returns the items that this piece completes, about `mostItems` at most. Garbage is complete at the end of each piece.
+    std::vector<StreamItem> feed(const QByteArray& piece, size_t mostItems = SIZE_MAX);
+
+    // Returns true if the piece has further items. more() must return them before the next piece is fed.
+    bool hasMore() const { return position < input.size(); }
+    std::vector<StreamItem> more(size_t mostItems);
 
     // Ends the stream. Returns the incomplete frame, if any. The next piece begins a new stream.
     std::vector<StreamItem> end();
@@ -62,16 +66,22 @@ public:
     // Payload length in the header of the incomplete frame; 0 if there is none.
     unsigned int announcedLength() const { return current.content.length; }
 
+    // Number of bytes that are kept of the incomplete frame.
+    int keptSize() const { return header.size() + current.content.payload.size(); }
+
 private:
     void add(StreamItem item);
-    int begin(const QByteArray& input, int pos);
-    int take(const QByteArray& input, int pos);
+    bool isBetweenItems() const;
+    void begin();
+    void take();
 
     int keptBytes;
     unsigned int largestLength;
     long long offset = 0; // of the incomplete item
     StreamItem current;   // the incomplete frame, once its header is complete; `size` counts the bytes so far
     QByteArray header;    // the bytes of an incomplete header
+    QByteArray input;     // an incomplete header and the piece after it
+    int position = 0;     // in `input`
     std::vector<StreamItem> items;
 };
 

@@ -194,10 +194,15 @@ bool LinkProbe::receive(AwaitedBytes awaited, int ms, ByteVerdict& verdict)
     QElapsedTimer timer;
     timer.start();
     QByteArray came;
-    Text end = Text::tr("nothing came within %1 ms").arg(options.timeoutMs);
+    Text end;
     verdict = judgeBytes(came, awaited);
-    while (came.size() < mostBytes && waitFor(POLLIN, ms - timer.elapsed())) {
-        if (receivePiece(came)) {
+    while (end.isEmpty()) {
+        if (!waitFor(POLLIN, ms - timer.elapsed()) || (!came.isEmpty() && timer.elapsed() >= ms)) {
+            end = (came.isEmpty() ? Text::tr("nothing came within %1 ms") : Text::tr("the time-out of %1 ms ended"))
+                      .arg(options.timeoutMs);
+        } else if (came.size() >= mostBytes) {
+            end = Text::tr("more bytes came");
+        } else if (receivePiece(came)) {
             verdict = judgeBytes(came, awaited);
             if (verdict.isFinal)
                 return true;
@@ -210,7 +215,6 @@ bool LinkProbe::receive(AwaitedBytes awaited, int ms, ByteVerdict& verdict)
                 errno == 0 ? Text::tr("the server closed the connection") : Text::tr("the server reset the connection");
             if (came.isEmpty())
                 verdict.cause = LinkCause::closed;
-            break;
         } else if (errno != EAGAIN && errno != EINTR) {
             return failWithError(Text::tr("cannot receive"), errno);
         }

@@ -60,7 +60,7 @@ private:
 
 void CommandFileReader::fail(const QString& place, const QString& message)
 {
-    errors.append(Text::tr("%1: line %2: %3 %4").arg(path).arg(json.lineOf(place)).arg(place, message));
+    errors.append(Text::tr("%1: line %2: %3 %4").arg(path, QString::number(json.lineOf(place)), place, message));
 }
 
 // Adds a warning if this is the file's first entry for a ready-made command.
@@ -71,14 +71,13 @@ void CommandFileReader::warnOfReplacement(int command, const QString& place)
                              command == CSocketAPI::setStateCommand;
     if (isReadyMade && replaced.insert(command).second)
         warnings.append(Text::tr("%1: line %2: %3 replaces the ready-made command %4")
-                            .arg(path)
-                            .arg(json.lineOf(place))
-                            .arg(place, commandLabel(static_cast<unsigned char>(command), FrameSource())));
+                            .arg(path, QString::number(json.lineOf(place)), place,
+                                 commandLabel(static_cast<unsigned char>(command), FrameSource())));
 }
 
 void CommandFileReader::failIn(const QString& place, const QString& reason)
 {
-    errors.append(Text::tr("%1: line %2: %3: %4").arg(path).arg(json.lineOf(place)).arg(place, reason));
+    errors.append(Text::tr("%1: line %2: %3: %4").arg(path, QString::number(json.lineOf(place)), place, reason));
 }
 
 void CommandFileReader::checkMembers(const QJsonObject& object, const QString& place, const QStringList& known)

@@ -163,8 +163,12 @@ private:
 
 bool LocatedJson::parse(const QByteArray& text, QString& error)
 {
-    Position position;
     lines.clear();
+    if (text.contains('\0')) { // which would end the text for the parser
+        error = nulText();
+        return false;
+    }
+    Position position;
     LocatedJsonBuilder builder(position, lines);
     const CountingIterator first(text.constData(), &position);
     const CountingIterator last(text.constData() + text.size(), &position);

@@ -143,9 +143,9 @@ bool RecordingReader::isWhole()
         error = Text::tr("the frame is incomplete and cannot be replayed; remove the line");
     else if (item.value("payload").isString() && item.value("length").isDouble() &&
              item.value("length").toDouble() > payloadSize)
-        error = Text::tr("the payload is cut: it has %1 of %2 bytes; record with 'gqtool trace --record'")
+        error = Text::tr("the payload is cut: it has %1 of %2; record with 'gqtool trace --record'")
                     .arg(payloadSize)
-                    .arg(item.value("length").toDouble(), 0, 'f', 0);
+                    .arg(bytesText(static_cast<long long>(item.value("length").toDouble())));
     return error.isEmpty();
 }
 
@@ -166,7 +166,7 @@ QByteArray RecordingReader::takeHex(const char* name, int size)
     QByteArray bytes = QByteArray::fromHex(digits);
     if (!value.isString() || bytes.toHex() != digits.toLower() || (size >= 0 && bytes.size() != size))
         error = (size < 0 ? Text::tr("%1 must be hex digits, two for each of its bytes").arg(name)
-                          : Text::tr("%1 must be hex digits, two for each of %2 bytes").arg(name).arg(size)) +
+                          : Text::tr("%1 must be hex digits for %2").arg(name, bytesText(size))) +
                 gotText(value);
     return bytes;
 }
@@ -226,10 +226,9 @@ bool RecordedAnswers::read(const QString& path, QString& error)
         line = line.trimmed();
         const bool isTooLong = line.size() > largestInput;
         if (isTooLong || (!line.isEmpty() && !reader.readLine(line))) {
-            error = Text::tr("%1: line %2: %3")
-                        .arg(path)
-                        .arg(number)
-                        .arg(isTooLong ? tooLargeText(largestInput) : reader.error);
+            error =
+                Text::tr("%1: line %2: %3")
+                    .arg(path, QString::number(number), isTooLong ? QString(tooLargeText(largestInput)) : reader.error);
             return false;
         }
     }

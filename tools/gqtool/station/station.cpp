@@ -18,10 +18,12 @@ static const int retryMs = 100;           // until the next attempt to accept wi
 static const int mostFreePorts = 100;     // of TCP that are tried until one is free for UDP too
 static const int mostAccepted = 64;       // connections one after the other, before other links have their turn again
 static const size_t mostAddresses = 1000; // whose datagrams are being answered; those of others are lost
-static const long long mostWaiting = 16 << 20; // bytes of datagrams that wait until earlier ones are answered
+static const long long mostWaitingBytes = 16 << 20;   // of datagrams, until earlier ones are answered
+static const long long mostExchangeBytes = 256 << 20; // of requests and replies of connections
 
 Station::Station(StationAnswers& stationAnswers, StationScript& script, StationLog& stationLog, Output stationOutput)
-    : ownAnswers(stationAnswers), faults(script), log(stationLog), output(stationOutput)
+    : ownAnswers(stationAnswers), faults(script), log(stationLog), output(stationOutput),
+      datagramBytes(mostWaitingBytes), exchangeBytes(mostExchangeBytes)
 {
 }
 
@@ -140,6 +142,9 @@ void Station::takeDatagram()
     std::vector<StreamItem> items = FrameStream().feed(QByteArray(datagram, static_cast<int>(count)));
     if (items.empty() || items[0].kind != StreamItem::frame)
         return;
+    // The sender can be forged. The answers to an error or to its own datagram would go back and forth without end.
+    if (items[0].content.command == gqdb::CSocketAPI::errorCommand || isSocketAt(peer, address))
+        return;
     const std::shared_ptr<StationLink> link = datagramLink(peer);
     if (link != nullptr)
         link->take({std::move(items[0].content), items[0].size, true});
@@ -157,14 +162,6 @@ std::shared_ptr<StationLink> Station::datagramLink(const sockaddr_in& peer)
     datagramLinks[{peer.sin_addr.s_addr, peer.sin_port}] = link.get();
     links[link.get()] = link;
     return link;
-}
-
-bool Station::hold(long long bytes)
-{
-    if (heldBytes + bytes > mostWaiting)
-        return false;
-    heldBytes += bytes;
-    return true;
 }
 
 // --- Being down ---------------------------------------------------------------------------------------------------

@@ -16,6 +16,25 @@
 
 class StationLink;
 
+// Counts bytes that are kept for peers, up to a limit.
+class ByteBudget {
+public:
+    explicit ByteBudget(long long mostBytes) : most(mostBytes) {}
+
+    // Returns false, and takes none, if that would be too many.
+    bool take(long long bytes)
+    {
+        const bool fits = taken + bytes <= most;
+        taken += fits ? bytes : 0;
+        return fits;
+    }
+    void giveBack(long long bytes) { taken -= bytes; }
+
+private:
+    const long long most;
+    long long taken = 0;
+};
+
 // A simulated station: a frame server in one thread, which serves any number of connections and, if wanted, datagrams.
 // Its answers, its faults and its log belong to the caller.
 class Station {
@@ -50,9 +69,11 @@ public:
     // Closes all links, refuses connections and drops datagrams for that time.
     void goDown(int ms);
 
-    // Account for the bytes of a datagram that waits. Returns false if too much is waiting already.
-    bool hold(long long bytes);
-    void release(long long bytes) { heldBytes -= bytes; }
+    // The bytes of datagrams that wait until earlier ones are answered; further ones are lost.
+    ByteBudget& waitingDatagrams() { return datagramBytes; }
+
+    // The bytes of requests and replies of connections.
+    ByteBudget& exchanges() { return exchangeBytes; }
 
     // Drops a link that is closed.
     void forget(StationLink& link);
@@ -79,5 +100,6 @@ private:
     bool isFull = false;      // no connection can be accepted until something is free
     std::unordered_map<StationLink*, std::shared_ptr<StationLink>> links;
     std::map<std::pair<in_addr_t, in_port_t>, StationLink*> datagramLinks;
-    long long heldBytes = 0;
+    ByteBudget datagramBytes;
+    ByteBudget exchangeBytes;
 };

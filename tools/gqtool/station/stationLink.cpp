@@ -12,6 +12,9 @@
 #include <utility>
 
 static const unsigned int largestRequest = 1 << 20; // payload bytes
+static const int freeBytes = 4096;                  // of requests and replies of a connection, without a limit for all
+static const int pieceOverhead = 64;                // bytes of memory, at least
+static const int mostInTurn = 16;                   // requests of one link, before other links have their turn
 static const size_t mostWaiting = 1000;             // datagrams of one address; further ones are lost
 
 StationLink::StationLink(Station& ownStation, int linkSocket, bool datagrams, const sockaddr_in& peerAddress)
@@ -35,7 +38,7 @@ void StationLink::begin()
 void StationLink::take(const StationRequest& request)
 {
     if (isWaiting) {
-        if (requests.size() < mostWaiting && station.hold(request.size))
+        if (requests.size() < mostWaiting && station.waitingDatagrams().take(request.size))
             requests.push_back(request);
         return;
     }
@@ -59,16 +62,26 @@ void StationLink::breakOff()
 void StationLink::proceed()
 {
     isWaiting = false;
-    while (isOpen && !isWaiting) {
+    for (int finished = 0; isOpen && !isWaiting;) {
         if (!current)
             startNext();
         else if (!current->isAnswered)
             answer();
         else if (!current->pieces.empty())
             sendPiece();
-        else
+        else {
             finish();
+            if (++finished == mostInTurn && isOpen && !isWaiting)
+                yield();
+        }
     }
+}
+
+// Lets other links have their turn.
+void StationLink::yield()
+{
+    isWaiting = true;
+    station.loop().after(0, [self = shared_from_this()] { self->proceed(); });
 }
 
 void StationLink::wait(int ms)
@@ -84,9 +97,10 @@ void StationLink::close()
     isOpen = false;
     if (isOfDatagrams) {
         for (const StationRequest& request : requests)
-            station.release(request.size);
+            station.waitingDatagrams().giveBack(request.size);
         requests.clear();
     } else {
+        station.exchanges().giveBack(takenBytes);
         station.loop().forget(socket);
         ::close(socket);
     }
@@ -99,7 +113,7 @@ void StationLink::startNext()
         StationRequest next = std::move(requests.front());
         requests.pop_front();
         if (isOfDatagrams)
-            station.release(next.size);
+            station.waitingDatagrams().giveBack(next.size);
         start(std::move(next));
     } else if (isOfDatagrams) {
         close();
@@ -132,10 +146,31 @@ void StationLink::receive()
     isOver = count <= 0;
     for (StreamItem& item : stream.feed(QByteArray(piece, static_cast<int>(std::max<ssize_t>(count, 0))))) {
         isOver = isOver || item.kind != StreamItem::frame;
-        if (!isOver)
+        if (!isOver) {
+            exchangeBytes += item.size;
             requests.push_back({std::move(item.content), item.size, false});
+        }
     }
-    isOver = isOver || stream.announcedLength() > largestRequest;
+    isOver = isOver || stream.announcedLength() > largestRequest || !account(0);
+}
+
+// Adds bytes to those that are kept for this connection. Returns false if all connections take too much memory. A few
+// bytes are always allowed: peers that need many must not lock out others.
+bool StationLink::account(long long bytes)
+{
+    if (isOfDatagrams)
+        return true;
+    exchangeBytes += bytes;
+    const long long needed = std::max(0LL, exchangeBytes + stream.keptSize() - freeBytes);
+    if (needed > takenBytes && !station.exchanges().take(needed - takenBytes)) {
+        station.report(Text::tr("%1: no memory for more requests and replies").arg(peer),
+                       {{"event", "full"}, {"peer", peer}});
+        return false;
+    }
+    if (needed < takenBytes)
+        station.exchanges().giveBack(takenBytes - needed);
+    takenBytes = needed;
+    return true;
 }
 
 // If nothing is to be sent, the request is not carried out.
@@ -154,6 +189,10 @@ void StationLink::answer()
         frames = station.answers().answer(*current->request);
     const std::vector<TimedFrame> pieces = piecesOf(std::move(frames), faults);
     current->pieces.assign(pieces.begin(), pieces.end());
+    for (const TimedFrame& piece : pieces)
+        current->bytes += piece.bytes.size() + pieceOverhead;
+    if (!account(current->bytes))
+        breakOff();
 }
 
 void StationLink::sendPiece()
@@ -203,6 +242,7 @@ void StationLink::finish()
         station.goDown(downMs);
         return;
     }
+    account(-ended.bytes - (ended.request ? ended.request->size : 0));
     current.reset();
     if (isEnd)
         close();

@@ -21,8 +21,9 @@ struct LinkExchange {
     SendFaults faults;
     bool isAnswered = false; // `pieces` has what is still to be sent
     std::deque<TimedFrame> pieces;
-    int done = 0; // bytes of the first piece that are sent
-    int sent = 0; // bytes of all
+    int done = 0;        // bytes of the first piece that are sent
+    int sent = 0;        // bytes of all
+    long long bytes = 0; // of all pieces
     bool isLost = false;
 };
 
@@ -49,9 +50,11 @@ public:
 
 private:
     void proceed();
+    void yield();
     void startNext();
     void start(StationRequest request);
     void receive();
+    bool account(long long bytes);
     void answer();
     void sendPiece();
     void finish();
@@ -68,5 +71,7 @@ private:
     bool isOver = false;    // nothing more will be received
     FrameStream stream;
     std::deque<StationRequest> requests;
+    long long exchangeBytes = 0; // of requests that are complete, and of the reply
+    long long takenBytes = 0;    // from the station's budget
     std::optional<LinkExchange> current;
 };

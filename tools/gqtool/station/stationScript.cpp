@@ -153,7 +153,7 @@ bool StationScript::read(const QString& path, QStringList& errors)
         const QString line = lines[index].section('#', 0, 0).trimmed();
         QString reason;
         if (!line.isEmpty() && !add(line, reason))
-            errors.append(Text::tr("%1: line %2: %3").arg(path).arg(index + 1).arg(reason));
+            errors.append(Text::tr("%1: line %2: %3").arg(path, QString::number(index + 1), reason));
     }
     return errors.isEmpty();
 }

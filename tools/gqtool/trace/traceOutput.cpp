@@ -15,6 +15,7 @@
 #include <chrono>
 
 static const int shownBytes = 65536; // of each payload, on standard output
+static const size_t mostLines = 64;  // of a piece, at once
 
 TraceOutput::TraceOutput(bool json, bool datagrams, const CommandMap* map)
     : isJson(json), source{datagrams, false, {}, map}
@@ -161,12 +162,16 @@ void TraceOutput::event(int connection, const QString& name, const Text& text, i
     print(connection, error == 0 ? text : text.arg(errorText(error)), json);
 }
 
-size_t TraceOutput::piece(TracedLink& link, Side from, const QByteArray& bytes, FrameStream& stream)
+void TraceOutput::piece(TracedLink& link, Side from, const QByteArray& bytes, FrameStream& stream)
 {
     now = microsecondsNow();
-    const std::vector<StreamItem> items = stream.feed(bytes);
-    printItems(link, from, items);
-    return items.size();
+    printItems(link, from, stream.feed(bytes, mostLines));
+}
+
+void TraceOutput::more(TracedLink& link, Side from, FrameStream& stream)
+{
+    now = microsecondsNow();
+    printItems(link, from, stream.more(mostLines));
 }
 
 void TraceOutput::end(TracedLink& link, Side from, FrameStream& stream)

@@ -19,9 +19,6 @@
 #include <vector>
 
 static const int largestRead = CapturedConnection::largestPiece;
-// A direction that makes more than mostLines of a read reads less next time: printing must not keep others waiting.
-static const int smallestRead = 1024;
-static const size_t mostLines = 64;
 static const int largestWaiting = 1 << 18; // bytes that one side has sent and the other has not yet accepted
 static const int mostAccepted = 64;        // clients one after the other, before the others have their turn again
 static const int retryMs = 100;            // until the next attempt to accept a client without free descriptors
@@ -35,7 +32,6 @@ struct Flow {
     bool hasEnded = false; // the source has ended its stream
     bool isPassed = false; // the end was passed on to the sink
     FrameStream frames = FrameStream();
-    int readSize = 4 * smallestRead; // of the next read
 };
 
 class RelayedConnection {
@@ -51,7 +47,8 @@ public:
     pollfd pollEntry(Side side) const;
     void serve(short clientEvents, short stationEvents);
 
-    bool isOver() const { return hasFailed || (flows[0].isPassed && flows[1].isPassed); }
+    bool hasUnprinted() const { return flows[0].frames.hasMore() || flows[1].frames.hasMore(); }
+    bool isOver() const { return (hasFailed || (flows[0].isPassed && flows[1].isPassed)) && !hasUnprinted(); }
 
 private:
     void finishConnect();
@@ -89,10 +86,12 @@ RelayedConnection::RelayedConnection(int connectionNumber, int clientSocket, int
         fail(Side::station, errno);
 }
 
-// Prints incomplete frames and the failure.
+// Prints what is left, incomplete frames and the failure.
 RelayedConnection::~RelayedConnection()
 {
     for (Flow& flow : flows) {
+        while (flow.frames.hasMore())
+            output.more(link, flow.from, flow.frames);
         if (!flow.hasEnded)
             output.end(link, flow.from, flow.frames);
     }
@@ -112,7 +111,7 @@ pollfd RelayedConnection::pollEntry(Side side) const
     }
     bool isDone = true;
     for (const Flow& flow : flows) {
-        if (flow.source == socket && !flow.hasEnded && flow.waiting.size() < largestWaiting)
+        if (flow.source == socket && !flow.hasEnded && !flow.frames.hasMore() && flow.waiting.size() < largestWaiting)
             entry.events |= POLLIN;
         if (flow.sink == socket && !flow.waiting.isEmpty())
             entry.events |= POLLOUT;
@@ -125,6 +124,8 @@ pollfd RelayedConnection::pollEntry(Side side) const
 
 void RelayedConnection::serve(short clientEvents, short stationEvents)
 {
+    for (Flow& flow : flows)
+        output.more(link, flow.from, flow.frames);
     if (hasFailed) // at once, for example without a route
         return;
     if (isConnecting) {
@@ -136,7 +137,7 @@ void RelayedConnection::serve(short clientEvents, short stationEvents)
     }
     for (Flow& flow : flows) {
         const int events = flow.source == client ? clientEvents : stationEvents;
-        if (!hasFailed && !flow.hasEnded && (events & (POLLIN | POLLERR | POLLHUP)) != 0)
+        if (!hasFailed && !flow.hasEnded && !flow.frames.hasMore() && (events & (POLLIN | POLLERR | POLLHUP)) != 0)
             read(flow);
         else if (!hasFailed && flow.hasEnded && (events & POLLERR) != 0)
             fail(flow.from, ECONNRESET);
@@ -160,21 +161,20 @@ void RelayedConnection::finishConnect()
 
 void RelayedConnection::read(Flow& flow)
 {
-    QByteArray bytes(flow.readSize, Qt::Uninitialized);
-    const ssize_t count = recv(flow.source, bytes.data(), static_cast<size_t>(bytes.size()), 0);
+    static char buffer[largestRead];
+    const ssize_t count = recv(flow.source, buffer, sizeof buffer, 0);
     if (count < 0) {
         if (errno != EAGAIN && errno != EINTR)
             fail(flow.from, errno);
         return;
     }
-    bytes.truncate(static_cast<int>(count));
+    const QByteArray bytes(buffer, static_cast<int>(count));
     flow.waiting += bytes;
     flow.hasEnded = count == 0;
     passOn(flow);
     if (count > 0) {
         captured.piece(flow.from, bytes);
-        const size_t lines = output.piece(link, flow.from, bytes, flow.frames);
-        flow.readSize = lines > mostLines ? smallestRead : std::min(2 * flow.readSize, largestRead);
+        output.piece(link, flow.from, bytes, flow.frames);
     } else {
         captured.ended(flow.from);
         output.end(link, flow.from, flow.frames);
@@ -240,7 +240,8 @@ public:
     }
 
     std::vector<pollfd> entries(int stopper) const;
-    int msToRetry() const { return isFull ? retryMs : -1; }
+    int msToWait() const;
+    bool isWaitingForDescriptors() const { return isFull; }
     void serve(const std::vector<pollfd>& entries);
     void acceptClients();
 
@@ -255,6 +256,14 @@ private:
     int accepted = 0;
     bool isFull = false; // clients wait for free descriptors; reported once
 };
+
+// Returns how long poll(2) may wait for events.
+int StreamRelay::msToWait() const
+{
+    const bool hasUnprinted = std::any_of(connections.begin(), connections.end(),
+                                          [](const auto& connection) { return connection->hasUnprinted(); });
+    return hasUnprinted ? 0 : isFull ? retryMs : -1;
+}
 
 std::vector<pollfd> StreamRelay::entries(int stopper) const
 {
@@ -314,7 +323,7 @@ bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOu
     for (;;) {
         std::vector<pollfd> entries = relay.entries(stopper);
         progress.show(output.summary());
-        const int count = poll(entries.data(), entries.size(), relay.msToRetry());
+        const int count = poll(entries.data(), entries.size(), relay.msToWait());
         if (count < 0) {
             if (errno == EINTR)
                 continue;
@@ -323,7 +332,7 @@ bool relayStreams(int listener, const sockaddr_in& station, int stopper, TraceOu
         if (entries[0].revents != 0)
             return true;
         relay.serve(entries);
-        if (entries[1].revents != 0 || relay.msToRetry() >= 0)
+        if (entries[1].revents != 0 || relay.isWaitingForDescriptors())
             relay.acceptClients();
     }
 }
