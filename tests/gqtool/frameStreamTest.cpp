@@ -237,9 +237,10 @@ TEST(FrameStream, assumesNoOtherByteOrderIfThatDoesNotFitEither)
 // The garbage after a bad length belongs to it, whatever the number of items.
 TEST(FrameStream, returnsTheItemsOfAPieceInParts)
 {
-    const QByteArray swapped = "68 00000004 0000 00 00 06 03000000 0000 16"_hex;
-    const QByteArray stream = noise + intFrame + emptyFrame + swapped + "68 68 68 ff ff ff ff"_hex + intFrame;
+    const QByteArray swapped = "68 000000f0 0000 00 00 06"_hex + QByteArray(240, 'x') + "0000 16"_hex;
+    const QByteArray stream = noise + swapped + intFrame + emptyFrame + "68 68 68 ff ff ff ff"_hex + intFrame;
     const std::vector<StreamItem> whole = FrameStream().feed(stream);
+    ASSERT_EQ(whole[1].swappedLength, 240);
     for (size_t most = 1; most <= whole.size(); ++most) {
         FrameStream frames;
         std::vector<StreamItem> items = frames.feed(stream, most);

@@ -272,8 +272,27 @@ TEST(GqtoolHostileStation, keeps256MiBOfTheRequestsOfAllLinks)
         EXPECT_LE(closed(), 16);
         EXPECT_GROWTH(target, 2 * 270 * 1100);
     }
-    EXPECT_TRUE(target.serves());
     EXPECT_TRUE(target.hasItsDescriptorsBack());
+    const Descriptor client = connected("127.0.0.1", target.port);
+    give(client, "68 00001000 0000 00 00 06 07000000"_hex + QByteArray((1 << 20) - 4, 'x') + "0000 16"_hex);
+    EXPECT_EQ(taken(client, greeting.size() + state7.size()), hex(greeting + state7));
+}
+
+// Each byte of a reply in pieces of a byte takes 65 bytes, so that 41 replies of 25 frames fit into 256 MiB.
+TEST(GqtoolHostileStation, keeps256MiBOfTheRepliesOfAllLinks)
+{
+    Target target(false, {}, {"--pieces", "1", "--gap", "600000"});
+    std::vector<Descriptor> peers;
+    for (int i = 0; i < 50; ++i) {
+        peers.push_back(connected("127.0.0.1", target.port));
+        give(peers.back(), askBytes);
+    }
+    EXPECT_TRUE(comesTrue([&] {
+        return std::count_if(peers.begin(), peers.end(), [](const Descriptor& peer) {
+                   return becomes(peer, POLLRDHUP | POLLHUP | POLLERR, 0);
+               }) >= 9;
+    }));
+    EXPECT_TRUE(target.serves());
 }
 
 // Requests that have arrived together are answered in turns.
