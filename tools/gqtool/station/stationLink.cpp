@@ -163,8 +163,9 @@ bool StationLink::account(long long bytes)
     exchangeBytes += bytes;
     const long long needed = std::max(0LL, exchangeBytes + stream.keptSize() - freeBytes);
     if (needed > takenBytes && !station.exchanges().take(needed - takenBytes)) {
-        station.report(Text::tr("%1: no memory for more requests and replies").arg(peer),
-                       {{"event", "full"}, {"peer", peer}});
+        if (!std::exchange(isFull, true))
+            station.report(Text::tr("%1: no memory for more requests and replies").arg(peer),
+                           {{"event", "full"}, {"peer", peer}});
         return false;
     }
     if (needed < takenBytes)
