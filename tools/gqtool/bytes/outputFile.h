@@ -1,7 +1,5 @@
 #pragma once
 
-#include "shared/text.h"
-
 #include <QByteArray>
 #include <QFileDevice>
 #include <QString>

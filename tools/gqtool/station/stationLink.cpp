@@ -12,7 +12,7 @@
 #include <utility>
 
 static const unsigned int largestRequest = 1 << 20; // payload bytes
-static const int freeBytes = 4096;                  // of requests and replies of a connection, without a limit for all
+static const int freeBytes = 4096;                  // of each connection, which count towards no limit
 static const int pieceOverhead = 64;                // bytes of memory, at least
 static const int mostInTurn = 16;                   // requests of one link, before other links have their turn
 static const size_t mostWaiting = 1000;             // datagrams of one address; further ones are lost
