@@ -164,8 +164,9 @@ private:
 bool LocatedJson::parse(const QByteArray& text, QString& error)
 {
     lines.clear();
-    if (text.contains('\0')) { // which would end the text for the parser
-        error = nulText();
+    const auto nul = text.indexOf('\0'); // which would end the text for the parser
+    if (nul >= 0) {
+        error = Text::tr("line %1: %2").arg(text.left(nul).count('\n') + 1).arg(nulText());
         return false;
     }
     Position position;
