@@ -320,19 +320,22 @@ TEST(GqtoolCall, gathersListsFromSeveralFrames)
 
 TEST(GqtoolCall, replacesControlCharactersOnATerminalOnly)
 {
-    // ESC [ 2 J clears the screen, and so does U+009B 2 J.
-    const ScriptFile file(R"({"commands": [{"command": 34, "reply": {"strings": ["\u001b[2J\ta\u009b2J\u007f"]}}]})",
+    // ESC [ 2 J clears the screen, and so does U+009B 2 J. From U+202E on, text runs from right to left.
+    const ScriptFile file(R"({"commands": [{"command": 34, "reply": {"strings": [)"
+                          R"("\u001b[2J\ta\u009b2J\u007f", "\u2029\u202a\u202e\u202f\u2065\u2066\u2069\u206a"]}}]})",
                           "commands.json");
     RunningStation station({"--commands", file.path});
-    EXPECT_EQ(station.call({"strings", "1"}).output, QString("\x1b[2J\ta") + QChar(0x9b) + "2J\x7f\n");
+    EXPECT_EQ(station.call({"strings", "2"}).output,
+              QString("\x1b[2J\ta") + QChar(0x9b) + "2J\x7f\n\u2029\u202a\u202e\u202f\u2065\u2066\u2069\u206a\n");
 
     Terminal terminal;
     QProcess process;
     process.setProcessEnvironment(englishEnvironment());
     process.setStandardOutputFile(terminal.name());
-    process.start(GQTOOL, {"call", station.endpoint, "strings", "1"});
+    process.start(GQTOOL, {"call", station.endpoint, "strings", "2"});
     ASSERT_TRUE(process.waitForFinished(waitMs));
-    EXPECT_EQ(terminal.shown(), "\ufffd[2J\ta\ufffd2J\ufffd\r\n");
+    EXPECT_EQ(terminal.shown(), "\ufffd[2J\ta\ufffd2J\ufffd\r\n"
+                                "\u2029\ufffd\ufffd\u202f\u2065\ufffd\ufffd\u206a\r\n");
 }
 
 TEST(GqtoolCall, printsTheCodeOfAnErrorFrame)

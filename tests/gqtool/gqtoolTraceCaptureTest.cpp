@@ -287,6 +287,18 @@ TEST_F(GqtoolTraceCapture, replacesAFileOnlyOnceItCanStart)
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"all.pcap"});
 }
 
+// A capture begins as all.pcap.part.
+TEST_F(GqtoolTraceCapture, keepsAFileThatHasTheNameOfItsBeginning)
+{
+    writeTo(path, "an older capture");
+    writeTo(path + ".part", "something else");
+    const Outcome outcome = run({"trace", "--listen", "0", "--pcap", path, "127.0.0.1:5000"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to " + path + ": " + path + ".part: File exists\n");
+    EXPECT_EQ(contentOf(path), "an older capture");
+    EXPECT_EQ(contentOf(path + ".part"), "something else");
+}
+
 TEST_F(GqtoolTraceCapture, replacesTheFileThatALinkPointsTo)
 {
     const QString link = folder.filePath("link.pcap");

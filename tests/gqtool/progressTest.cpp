@@ -53,6 +53,16 @@ TEST(Progress, cutsALineThatWouldWrap)
     }
 }
 
+// A Chinese character takes two columns.
+TEST(Progress, cutsALineByItsColumns)
+{
+    Terminal terminal(10);
+    const Replacement standardError(STDERR_FILENO, terminal.device);
+    Progress progress;
+    progress.show("1 \u4e2d\u6587\u4e2d\u6587");
+    EXPECT_EQ(terminal.shown(), clearLine + "1 \u4e2d\u6587\u4e2d");
+}
+
 TEST(Progress, isClearedOnceBeforeOtherLines)
 {
     Terminal terminal;

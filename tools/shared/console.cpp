@@ -47,10 +47,18 @@ static bool isTerminalControl(QChar character)
     return character.category() == QChar::Other_Control && character != '\n' && character != '\t';
 }
 
-// Returns the text with the control characters replaced that a terminal would obey.
+// The embeddings, overrides and isolates of Unicode Standard Annex 9, which make a text look like another.
+static bool isDirectionControl(QChar character)
+{
+    return (character >= QChar(0x202a) && character <= QChar(0x202e)) ||
+           (character >= QChar(0x2066) && character <= QChar(0x2069));
+}
+
+// Returns the text with the characters replaced that a terminal would obey.
 static QString harmless(QString text)
 {
-    std::replace_if(text.begin(), text.end(), isTerminalControl, QChar(QChar::ReplacementCharacter));
+    const auto isObeyed = [](QChar one) { return isTerminalControl(one) || isDirectionControl(one); };
+    std::replace_if(text.begin(), text.end(), isObeyed, QChar(QChar::ReplacementCharacter));
     return text;
 }
 

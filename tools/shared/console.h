@@ -12,7 +12,8 @@ void takeStandardOutput();
 
 // Prints a line of data unbuffered, so that the reader of a pipe receives it immediately. Any thread may call it. If
 // writing fails, also because the reader of the pipe is gone, the program ends with a message and exit code 1. On a
-// terminal U+FFFD replaces control characters other than tab and line feed, which the terminal would obey.
+// terminal U+FFFD replaces what the terminal would obey: control characters other than tab and line feed, and those that
+// change the direction of text.
 void printLine(const QString& line);
 
 // Prints bytes of data unchanged, in the same way.

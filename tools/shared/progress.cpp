@@ -1,5 +1,7 @@
 #include "progress.h"
 
+#include "text.h"
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -30,8 +32,10 @@ void Progress::show(const QString& text)
     if (now - lastShown < shortestPause || isatty(STDERR_FILENO) == 0)
         return;
     const std::lock_guard<std::mutex> lock(mutex);
-    const QByteArray line = text.left(terminalWidth() - 1).toUtf8(); // a full row would wrap
-    std::fputs((eraseLine + line).constData(), stderr);
+    QString line = text;
+    while (columnsOf(line) >= terminalWidth()) // a full row would wrap
+        line.chop(1);
+    std::fputs((eraseLine + line.toUtf8()).constData(), stderr);
     lastShown = now;
     isShown = true;
 }

@@ -22,10 +22,10 @@ CaptureFile::~CaptureFile()
         pcap_dump_close(dumper);
 }
 
-// Returns a capture without packets on `path`, or null, with errno.
-static pcap_dumper_t* begin(const QByteArray& path)
+// Returns a capture without packets on `path`, opened in a mode of fopen(), or null, with errno.
+static pcap_dumper_t* begin(const QByteArray& path, const char* mode)
 {
-    std::FILE* stream = std::fopen(path.constData(), "wbe");
+    std::FILE* stream = std::fopen(path.constData(), mode);
     if (stream == nullptr)
         return nullptr;
     pcap_t* format = pcap_open_dead(DLT_RAW, largestPacket);
@@ -47,13 +47,16 @@ bool CaptureFile::open(const QString& path, QString& error)
     name = path;
     const QByteArray target = QFile::encodeName(existing.exists() ? existing.canonicalFilePath() : path);
     const QByteArray begun = isPipeOrDevice ? target : target + ".part"; // until it can take the place of the old file
-    dumper = begin(begun);
+    dumper = begin(begun, isPipeOrDevice ? "wbe" : "wbex");
     if (dumper != nullptr && (isPipeOrDevice || std::rename(begun.constData(), target.constData()) == 0)) {
         size = pcap_dump_ftell64(dumper);
         return true;
     }
-    error = errorText(errno);
-    if (!isPipeOrDevice)
+    const int failure = errno;
+    error = errorText(failure);
+    if (failure == EEXIST)
+        error = Text::tr("%1: %2").arg(QFile::decodeName(begun), error);
+    else if (!isPipeOrDevice)
         unlink(begun.constData());
     return false;
 }
