@@ -383,6 +383,26 @@ TEST(GqtoolHostileUdp, theStationAnswersNoError)
     EXPECT_FALSE(becomes(client.socket, POLLIN, 100));
 }
 
+// With the station's own address as the sender, it would answer itself without end.
+TEST(GqtoolHostileUdp, theStationTakesNoRequestFromItself)
+{
+    const Descriptor raw(::socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_UDP));
+    if (raw < 0)
+        GTEST_SKIP() << "needs the right to open a raw socket";
+    ScriptedStation station("");
+    const QByteArray port = QByteArray(1, char(station.port() >> 8)) + char(station.port());
+    const QByteArray datagram = port + port + QByteArray(1, '\0') + char(8 + setState7.size()) + "0000"_hex + setState7;
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_EQ(::sendto(raw, datagram.constData(), size_t(datagram.size()), 0,
+                       reinterpret_cast<const sockaddr*>(&address), sizeof address),
+              datagram.size());
+    DatagramClient client(station);
+    client.send(askState);
+    EXPECT_EQ(client.next().substr(30, 11), "01 00 00 00");
+}
+
 TEST(GqtoolHostileUdp, theStationAnswersUpTo1000AddressesAtATime)
 {
     ScriptedStation station("command 6 every late 3000", {"--quiet"});
