@@ -79,6 +79,20 @@ TEST(DecodeAgreement, holdsForWavesOfEveryLength)
     forEachGoldenRecord("waves", 10, agreesOnEveryLength);
 }
 
+// A calculation with two different NaNs may result in either.
+TEST(DecodeAgreement, holdsForWavesWhoseLimitsAreNaN)
+{
+    const QByteArray limits = "0100000000 00f87f 0200000000 00f8ff"_hex;
+    for (const char flags : {'\1', '\2'}) {
+        const QByteArray head = QByteArray(1, '\0') + flags + QByteArray(30, '\0') + limits + QByteArray(48, '\0');
+        for (int count = 1; count < 20; ++count) {
+            const Decoded decoded = expectAgreement(*findForm("wave"), head + "0180"_hex.repeated(count));
+            EXPECT_TRUE(decoded.faults.empty());
+            EXPECT_EQ(QString::fromStdString(decoded.value).count("\"nan\""), 2 + count); // the limits, the samples
+        }
+    }
+}
+
 TEST(DecodeAgreement, holdsForFilesWithARandomByte)
 {
     Chance chance(1);

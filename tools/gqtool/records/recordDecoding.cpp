@@ -18,15 +18,24 @@ static const unsigned int safeCount = 100000; // items that the library may allo
 
 // --- Waves --------------------------------------------------------------------------------------------------------
 
-// Returns the sample that the library computes from a stored integer.
-static float sampleOf(const StoredWave& wave, int stored)
+// Reads the stored integers, if there are any, and the samples of a block.
+static void readSamples(const QByteArray& block, StoredWave& wave)
 {
     const double high = wave.head.limitHigh;
     const double low = wave.head.limitLow;
+    const bool isStored = wave.isRaw() || wave.isQuantised();
+    const int size = isStored ? 2 : 4;
+    for (int at = 0; at + size <= block.size(); at += size) {
+        const char* bytes = block.constData() + at;
+        if (isStored)
+            wave.stored.push_back(wave.isRaw() ? CByte2Val::byte2Short(bytes) : CByte2Val::byte2UShort(bytes));
+        else
+            wave.samples.push_back(CByte2Val::byte2Float(bytes));
+    }
     if (wave.isRaw())
-        return static_cast<float>(static_cast<double>(static_cast<float>(stored * high)) + low);
-    const float share = static_cast<float>(stored / 65535.0);
-    return share * (static_cast<float>(high) - static_cast<float>(low)) + static_cast<float>(low);
+        CByte2Val::ad2float(wave.stored, high, low, wave.samples);
+    else if (isStored)
+        CByte2Val::short2float(wave.stored, static_cast<float>(high), static_cast<float>(low), wave.samples);
 }
 
 // --- Fields -----------------------------------------------------------------------------------------------------
@@ -366,29 +375,26 @@ void RecordDecoder::samples(StoredWave& wave)
         addRow(QT_TRANSLATE_NOOP("Text", "(zlib stream)"), unpacked.used, remark.english().toStdString(), &remark);
         bytesLeft.skip(unpacked.used);
     }
+    readSamples(block, wave);
     const bool isStored = wave.isRaw() || wave.isQuantised();
-    const int size = isStored ? 2 : 4;
-    for (int at = 0; at + size <= block.size(); at += size) {
-        const char* bytes = block.constData() + at;
+    const size_t size = isStored ? 2 : 4;
+    for (size_t i = 0; i < wave.samples.size() && !isCounting; ++i) {
         JsonBuilder json;
         if (isStored) {
-            wave.stored.push_back(wave.isRaw() ? CByte2Val::byte2Short(bytes) : CByte2Val::byte2UShort(bytes));
-            wave.samples.push_back(sampleOf(wave, wave.stored.back()));
             json.begin(nullptr, '{');
-            json.add("stored", wave.stored.back());
-            json.add("sample", wave.samples.back());
+            json.add("stored", wave.stored[i]);
+            json.add("sample", wave.samples[i]);
             json.end('}');
         } else {
-            wave.samples.push_back(CByte2Val::byte2Float(bytes));
-            json.add(nullptr, wave.samples.back());
+            json.add(nullptr, wave.samples[i]);
         }
-        const std::string name = "samples[" + std::to_string(at / size) + ']';
-        const long long offset = wave.isCompressed() ? -1 : blockStart + at;
-        if (!isCounting)
-            listener.row({offset, {bytes, static_cast<size_t>(size)}, name, nullptr, JsonText{json.text}});
+        const std::string name = "samples[" + std::to_string(i) + ']';
+        const size_t at = i * size;
+        const long long offset = wave.isCompressed() ? -1 : blockStart + static_cast<long long>(at);
+        listener.row({offset, {block.constData() + at, size}, name, nullptr, JsonText{json.text}});
     }
     if (!wave.isCompressed())
-        bytesLeft.skip(block.size() - block.size() % size);
+        bytesLeft.skip(static_cast<int>(wave.samples.size() * size));
     if (isStored)
         addArray("stored", wave.stored);
     addArray("samples", wave.samples);
