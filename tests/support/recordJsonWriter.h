@@ -38,11 +38,10 @@ public:
     void samples(StoredWave& wave) override
     {
         add("marks", wave.marks);
-        const bool isComputed = wave.isRaw() || wave.isQuantised();
-        if (isComputed && !omitsUnread)
+        if (wave.hasIntegers() && !omitsUnread)
             add("stored", wave.stored);
         std::vector<float> samples = wave.samples;
-        if (isComputed && omitsUnread)
+        if (wave.hasIntegers() && omitsUnread)
             std::replace_if(
                 samples.begin(), samples.end(), [](float sample) { return std::isnan(sample); },
                 std::numeric_limits<float>::quiet_NaN());

@@ -23,18 +23,17 @@ static void readSamples(const QByteArray& block, StoredWave& wave)
 {
     const double high = wave.head.limitHigh;
     const double low = wave.head.limitLow;
-    const bool isStored = wave.isRaw() || wave.isQuantised();
-    const int size = isStored ? 2 : 4;
+    const int size = wave.hasIntegers() ? 2 : 4;
     for (int at = 0; at + size <= block.size(); at += size) {
         const char* bytes = block.constData() + at;
-        if (isStored)
+        if (wave.hasIntegers())
             wave.stored.push_back(wave.isRaw() ? CByte2Val::byte2Short(bytes) : CByte2Val::byte2UShort(bytes));
         else
             wave.samples.push_back(CByte2Val::byte2Float(bytes));
     }
     if (wave.isRaw())
         CByte2Val::ad2float(wave.stored, high, low, wave.samples);
-    else if (isStored)
+    else if (wave.hasIntegers())
         CByte2Val::short2float(wave.stored, static_cast<float>(high), static_cast<float>(low), wave.samples);
 }
 
@@ -376,11 +375,10 @@ void RecordDecoder::samples(StoredWave& wave)
         bytesLeft.skip(unpacked.used);
     }
     readSamples(block, wave);
-    const bool isStored = wave.isRaw() || wave.isQuantised();
-    const size_t size = isStored ? 2 : 4;
+    const size_t size = wave.hasIntegers() ? 2 : 4;
     for (size_t i = 0; i < wave.samples.size() && !isCounting; ++i) {
         JsonBuilder json;
-        if (isStored) {
+        if (wave.hasIntegers()) {
             json.begin(nullptr, '{');
             json.add("stored", wave.stored[i]);
             json.add("sample", wave.samples[i]);
@@ -395,7 +393,7 @@ void RecordDecoder::samples(StoredWave& wave)
     }
     if (!wave.isCompressed())
         bytesLeft.skip(static_cast<int>(wave.samples.size() * size));
-    if (isStored)
+    if (wave.hasIntegers())
         addArray("stored", wave.stored);
     addArray("samples", wave.samples);
 }

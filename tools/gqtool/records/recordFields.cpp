@@ -190,7 +190,7 @@ public:
         std::vector<unsigned char> packedBuffer(wave.isCompressed() ? CByte2Rdb::waveBlockSize : 0);
         std::vector<unsigned char> bytes;
         const int result =
-            wave.isRaw() || wave.isQuantised()
+            wave.hasIntegers()
                 ? CByte2Rdb::wave2Byte(head, wave.stored, wave.marks, rawBuffer.data(), packedBuffer.data(), bytes)
                 : CByte2Rdb::wave2Byte(head, wave.samples, wave.marks, rawBuffer.data(), packedBuffer.data(), bytes);
         if (result != 1)

@@ -25,6 +25,7 @@ struct StoredWave {
 
     bool isRaw() const { return (head.waveFlags & rawSamples) != 0; }
     bool isQuantised() const { return !isRaw() && (head.waveFlags & quantisedSamples) != 0; }
+    bool hasIntegers() const { return isRaw() || isQuantised(); }
     bool isCompressed() const { return (head.waveFlags & compressedSamples) != 0; }
 };
 

@@ -262,8 +262,7 @@ void RecordJsonReader::samples(StoredWave& wave)
         takeIntegers("stored", SHRT_MIN, SHRT_MAX, wave.stored);
     else if (wave.isQuantised())
         takeIntegers("stored", 0, USHRT_MAX, wave.stored);
-    const bool isNeeded = !wave.isRaw() && !wave.isQuantised();
-    if (!isNeeded && open.back().value != nullptr && !open.back().value->contains("samples"))
+    if (wave.hasIntegers() && open.back().value != nullptr && !open.back().value->contains("samples"))
         return; // the stored integers determine them
     const unsigned int count = beginList("samples", 4, 0);
     for (unsigned int i = 0; i < count && beginItem(i); ++i) {
