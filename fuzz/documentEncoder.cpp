@@ -94,7 +94,7 @@ static void readText(Reading& reading)
         return;
     require(document.is_object() && document.contains("as") && document.contains("value"),
             "only a JSON object with as and value must be encoded");
-    require(!text.contains('\0'), "a text with a byte 0 must be refused");
+    require(!text.contains('\0'), "a text with a zero byte must be refused");
     Json valueFirst = {{"value", document["value"]}};
     valueFirst.update(document);
     require(encode(QByteArray::fromStdString(valueFirst.dump()), 4096) == encoded,

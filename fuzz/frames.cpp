@@ -334,7 +334,7 @@ static void readReplies(Reading& reading)
                         [&](const char* payload, int len) { return parser().parseInts(payload, len, expected); },
                         [&] { return expected.size() >= count; }),
                 "recvInts must return what the model does");
-        require(ints == expected, "recvInts must give the integers of the model");
+        require(ints == expected, "recvInts must return the integers of the model");
         break;
     }
     case 2: {
@@ -345,7 +345,7 @@ static void readReplies(Reading& reading)
                         [&](const char* payload, int len) { return parser().parseBytes(payload, len, expected); },
                         [&] { return expected.size() >= count; }),
                 "recvBytes must return what the model does");
-        require(bytes == expected, "recvBytes must give the bytes of the model");
+        require(bytes == expected, "recvBytes must return the bytes of the model");
         break;
     }
     default: {
@@ -356,7 +356,7 @@ static void readReplies(Reading& reading)
                         [&](const char* payload, int len) { return parser().parseStrings(payload, len, expected); },
                         [&] { return expected.size() >= count; }),
                 "recvStrings must return what the model does");
-        require(texts == expected, "recvStrings must give the texts of the model");
+        require(texts == expected, "recvStrings must return the texts of the model");
     }
     }
 }

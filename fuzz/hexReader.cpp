@@ -8,7 +8,7 @@
 
 // The readers of gqtool's hex text and dumps.
 
-static const int mostBytes = 1 << 17; // that are read from one text; * may mean any number
+static const int mostBytes = 1 << 17; // read from one text: a line * can stand for any number
 
 static HexReading readText(const QByteArray& text, int pieceSize, HexReader::Content content)
 {

@@ -141,7 +141,7 @@ static QByteArray expectedReplies(const QByteArray& stream, bool& closes)
     return replies;
 }
 
-// A client of a link. EventLoop::run() never returns, so that the end of the link is thrown.
+// A client of a link. EventLoop::run() does not return when a link ends, so the client throws Gone.
 class LinkClient {
 public:
     struct Gone {};

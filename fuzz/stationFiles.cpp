@@ -154,7 +154,7 @@ static bool areSame(const SendFaults& one, const SendFaults& other)
            one.closeAfter == other.closeAfter && one.downMs == other.downMs && one.error == other.error;
 }
 
-// Makes a line of the next bytes, and what it means.
+// Appends a line of a script made from the next bytes. Returns the effect that it must have.
 static ExpectedStep takeStep(InputBytes& input, QByteArray& text)
 {
     static const char* const subjects[] = {" greeting\t", "reply ", "command "};

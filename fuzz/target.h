@@ -34,11 +34,11 @@ struct Target {
     void (*read)(Reading& reading);
     void (*check)(const Layout& layout, const Reading& reading); // not for gqtool's readers
     Layout layout;
-    bool isOfTool = false; // copies its input, so that what follows it cannot matter
+    bool isOfTool = false; // a reader of gqtool: run once, since it copies its input and cannot read past it
 };
 
-// A target of gqtool's readers, which have no counts that they trust: running out of memory is a failure. `read` checks
-// what it requires.
+// Returns a target for a reader of gqtool. Such a reader trusts no count, so a failed allocation is a failure. `read`
+// makes all checks.
 Target toolTarget(const char* name, void (*read)(Reading& reading));
 
 extern const std::vector<Target> byte2ValTargets;

@@ -1698,8 +1698,8 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>%1 已连接</translation>
     </message>
     <message>
-        <source>%1: no memory for more requests and replies</source>
-        <translation>%1：没有内存用于更多请求和应答</translation>
+        <source>%1: the requests and replies of all links exceed 256 MiB</source>
+        <translation>%1：所有连接的请求和应答超过 256 MiB</translation>
     </message>
     <message>
         <source>closed</source>
@@ -2904,8 +2904,8 @@ Exit codes: 0 success, 1 the request failed or the data is invalid, 2 wrong usag
         <translation>数值 &apos;%1&apos; 超出范围</translation>
     </message>
     <message>
-        <source>must be UTF-8 text, got a byte 0</source>
-        <translation>必须是 UTF-8 文本，却含有字节 0</translation>
+        <source>must not contain a zero byte</source>
+        <translation>不得含有零字节</translation>
     </message>
     <message>
         <source>write the samples as a table to FILE, &apos;sample,value&apos; in its first line; - means standard output</source>

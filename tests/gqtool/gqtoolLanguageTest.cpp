@@ -285,9 +285,7 @@ TEST(GqtoolLanguage, isThatOfTheStationAndItsLog)
     EXPECT_TRUE(station.nextLine().endsWith(" 已连接"));
     EXPECT_TRUE(station.nextLine().endsWith(" 命令 0x01，17 字节：已应答 17 字节"));
     station.end();
-    QFile file(log);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(QString::fromUtf8(file.readAll()).contains(" 命令 0x01，17 字节：已应答 17 字节"));
+    EXPECT_TRUE(QString::fromUtf8(contentOf(log)).contains(" 命令 0x01，17 字节：已应答 17 字节"));
 }
 
 TEST(GqtoolLanguage, alignsTheLabelsOfTablesByColumns)
@@ -371,15 +369,13 @@ TEST(GqtoolLanguage, isEnglishWithoutTheInstalledTranslations)
 static void writeWithoutLetters(const QString& path)
 {
     static const QRegularExpression letter("[A-Za-z]");
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     QByteArray xml = "<!DOCTYPE TS>\n<TS version=\"2.1\" language=\"zh_CN\"><context><name>Text</name>\n";
     for (const CatalogueText& text : readCatalogue(GQTOOL_CATALOGUES "/gqtool_zh.ts"))
         xml += QString("<message><source>%1</source><translation>%2</translation></message>\n")
                    .arg(text.source.toHtmlEscaped(),
                         QString(text.source).replace(letter, QString::fromUtf8("文")).toHtmlEscaped())
                    .toUtf8();
-    file.write(xml + "</context></TS>\n");
+    writeTo(path, xml + "</context></TS>\n");
 }
 
 // Whatever is still in English was not marked for translation, or is a name.

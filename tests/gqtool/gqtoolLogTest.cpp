@@ -1,9 +1,9 @@
 // gqtool station --log FILE.
 
 #include "support/gqtoolProgram.h"
+#include "support/inputFile.h"
 
 #include <QDateTime>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -11,9 +11,7 @@
 
 static QStringList linesOf(const QString& path)
 {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+    return QString::fromUtf8(contentOf(path)).split('\n', Qt::SkipEmptyParts);
 }
 
 TEST(GqtoolLog, holdsTheLinesOfTheConsoleWithTheirTime)

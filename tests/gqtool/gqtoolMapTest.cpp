@@ -1,8 +1,8 @@
 #include "support/frames.h"
 #include "support/gqtoolProgram.h"
+#include "support/inputFile.h"
 #include "support/scriptedServer.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -15,12 +15,7 @@
 
 class GqtoolMap : public ::testing::Test {
 protected:
-    void write(const QByteArray& text)
-    {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-    }
+    void write(const QByteArray& text) { writeTo(path, text); }
 
     Outcome call(const QStringList& words) { return run(QStringList{"call", "--map", path, station.endpoint} + words); }
 
@@ -193,11 +188,8 @@ TEST_F(GqtoolMap, decodesTheRecordsOfFrames)
     EXPECT_EQ(frame["name"], "states");
     EXPECT_EQ(frame["form"], "bytes:boolDatas");
     EXPECT_EQ(frame["content"].toArray()[0].toObject()["stamp2"], 3);
-    QFile file(folder.filePath("frames.json"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(outcome.output.toUtf8());
-    file.close();
-    EXPECT_EQ(run({"encode", file.fileName()}).output.remove(QRegularExpression("\\s")), QString(list).remove(' '));
+    const InputFile frames(outcome.output.toUtf8());
+    EXPECT_EQ(run({"encode", frames.path}).output.remove(QRegularExpression("\\s")), QString(list).remove(' '));
 
     outcome = run(decode + QStringList{"68 0d000000 0100 00 00 36 09000000 01 02000000 03000000 0000 16"});
     EXPECT_EQ(outcome.exitCode, 1);

@@ -659,7 +659,7 @@ TEST(GqtoolProbe, endsWithTwoOnWrongUsage)
     }
 }
 
-// Judging these bytes takes longer than the peer needs for the next one, so that there is always one more.
+// Judging these 400,000 bytes takes longer than the peer waits before its next byte, so each read finds a byte.
 TEST(GqtoolProbe, endsAtTheTimeOutWhileBytesArrive)
 {
     Listener listener(5);

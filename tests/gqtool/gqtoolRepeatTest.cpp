@@ -1,6 +1,7 @@
 // gqtool call --repeat: a run of requests and its output.
 
 #include "support/gqtoolProgram.h"
+#include "support/inputFile.h"
 #include "support/plainSockets.h"
 #include "support/terminal.h"
 
@@ -18,9 +19,7 @@ static bool matches(const QString& text, const QString& pattern)
 static QString scriptIn(const QTemporaryDir& folder, const QByteArray& text)
 {
     const QString path = folder.filePath("faults.txt");
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text);
+    writeTo(path, text);
     return path;
 }
 

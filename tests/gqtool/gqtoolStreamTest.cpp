@@ -40,13 +40,6 @@ static Outcome decodeFile(const QByteArray& bytes, const QStringList& options)
     return run(QStringList{"decode", "--raw", "--file", file.path} + options);
 }
 
-static QString contentOf(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
-}
-
 // --- Parts --------------------------------------------------------------------------------------------------------
 
 class Conversation {

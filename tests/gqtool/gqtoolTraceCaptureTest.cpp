@@ -1,3 +1,4 @@
+#include "support/inputFile.h"
 #include "support/runningTrace.h"
 
 #include <QDateTime>
@@ -14,13 +15,6 @@
 #include <sys/stat.h>
 
 // The capture of `gqtool trace --pcap`, read by tshark.
-
-static QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
-}
 
 class GqtoolTraceCapture : public ::testing::Test {
 protected:
@@ -288,7 +282,7 @@ TEST_F(GqtoolTraceCapture, replacesAFileOnlyOnceItCanStart)
 }
 
 // A capture begins as all.pcap.part.
-TEST_F(GqtoolTraceCapture, keepsAFileThatHasTheNameOfItsBeginning)
+TEST_F(GqtoolTraceCapture, keepsAnExistingPartFile)
 {
     writeTo(path, "an older capture");
     writeTo(path + ".part", "something else");

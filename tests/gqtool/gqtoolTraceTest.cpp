@@ -1,3 +1,4 @@
+#include "support/inputFile.h"
 #include "support/processState.h"
 #include "support/runningTrace.h"
 
@@ -320,9 +321,7 @@ TEST(GqtoolTrace, recordsLongerPayloadsOnDemand)
         sender.join();
         trace.nextLine();
         EXPECT_EQ(trace.end(SIGTERM), 0);
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        const QByteArray last = file.readAll().trimmed().split('\n').last();
+        const QByteArray last = contentOf(path).trimmed().split('\n').last();
         EXPECT_EQ(QJsonDocument::fromJson(last).object()["payload"].toString().size(), 2 * limit);
     }
     EXPECT_EQ(run({"trace", "--listen", "0", "--max-payload", "5", "127.0.0.1:5000"}).exitCode, 2);
@@ -417,9 +416,7 @@ TEST(GqtoolTrace, printsUpTo65536BytesOfAPayloadAsJson)
     const QJsonObject line = QJsonDocument::fromJson(trace.nextLine().toUtf8()).object();
     EXPECT_EQ(line["length"], 65537);
     EXPECT_EQ(line["payload"], QString("5a").repeated(65536));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray last = file.readAll().trimmed().split('\n').last();
+    const QByteArray last = contentOf(path).trimmed().split('\n').last();
     EXPECT_EQ(QJsonDocument::fromJson(last).object()["payload"], QString("5a").repeated(65537));
 }
 
@@ -589,7 +586,8 @@ TEST(GqtoolTrace, reportsWhyItCannotStart)
 
 TEST(GqtoolTrace, refusesToRelayToItself)
 {
-    const QString port = "5877";
+    const Listener reserved; // keeps the port free for trace
+    const QString port = QString::number(reserved.port());
     for (const QStringList& kind : {QStringList(), QStringList{"--udp"}}) {
         const Outcome outcome = run(QStringList{"trace", "--listen", port} + kind + QStringList{"127.0.0.1:" + port});
         EXPECT_EQ(outcome.exitCode, 1);

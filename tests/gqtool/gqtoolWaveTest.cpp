@@ -26,13 +26,6 @@ static Outcome goldenWave(const QString& name, const QStringList& options = {})
     return run(QStringList{"wave", "--file", GQLIB_GOLDEN "/waves/" + name + ".hex"} + options);
 }
 
-static QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
-}
-
 // A head with the limits 0, 0 and nothing of the program's own.
 static QByteArray headOf(unsigned char flags, const QByteArray& sampleCount, const QByteArray& markCount)
 {

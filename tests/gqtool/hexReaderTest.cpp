@@ -2,9 +2,9 @@
 
 #include "support/hex.h"
 #include "support/hexReading.h"
+#include "support/inputFile.h"
 
 #include <QDir>
-#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -43,9 +43,7 @@ static std::string errorOf(const QByteArray& text, HexReader::Content content = 
 
 static QByteArray fileContent(const QString& name)
 {
-    QFile file(GQLIB_GOLDEN "/dumps/" + name);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
-    return file.readAll();
+    return contentOf(GQLIB_GOLDEN "/dumps/" + name);
 }
 
 // --- Files of the real tools --------------------------------------------------------------------------------------

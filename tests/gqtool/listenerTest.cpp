@@ -61,5 +61,5 @@ TEST(Listener, knowsTheAddressesOfASocket)
     EXPECT_TRUE(isSocketAt(addressOf("127.0.0.1", 5000), all));
     EXPECT_TRUE(isSocketAt(addressOf("127.0.0.2", 5000), all));
     EXPECT_FALSE(isSocketAt(addressOf("127.0.0.1", 5001), all));
-    EXPECT_FALSE(isSocketAt(addressOf("192.0.2.1", 5000), all)); // RFC 5737: for documentation, nobody's
+    EXPECT_FALSE(isSocketAt(addressOf("192.0.2.1", 5000), all)); // no machine has this address
 }

@@ -2,11 +2,10 @@
 
 #include "support/frames.h"
 #include "support/gqtoolProgram.h"
+#include "support/inputFile.h"
 #include "support/plainSockets.h"
 
 #include <QTemporaryDir>
-
-#include <QFile>
 
 #include <netinet/in.h>
 #include <poll.h>
@@ -21,12 +20,7 @@ struct ScriptFile {
         write(text);
     }
 
-    void write(const QByteArray& text) const
-    {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-    }
+    void write(const QByteArray& text) const { writeTo(path, text); }
 
     QTemporaryDir folder;
     QString path;

@@ -31,8 +31,8 @@ public:
 
 // --- Records ------------------------------------------------------------------------------------------------------
 
-// Returns what the library's reader must return if there is no fault: the bytes that it used. That of objectBlob
-// returns 2 less, that of commItem adds the size of text4 minus 4.
+// Returns the result that the library's reader must have if there is no fault: the number of bytes used. For objectBlob
+// it is 2 less; for commItem, the size of text4 minus 4 is added.
 inline long long expectedResult(const Form& form, const Decoded& decoded)
 {
     if (form.onSuccess != returnsBytes)

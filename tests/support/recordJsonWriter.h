@@ -15,7 +15,7 @@
 
 class RecordJsonWriter : public Fields {
 public:
-    explicit RecordJsonWriter(bool leavesOutUnread) : omitsUnread(leavesOutUnread) {}
+    explicit RecordJsonWriter(bool omitUnread) : omitsUnread(omitUnread) {}
 
     using Fields::field;
     void field(const char* name, unsigned char& value) override { json.add(name, value); }
@@ -92,8 +92,8 @@ inline std::string jsonOf(Content& content)
     return writer.json.text;
 }
 
-// Leaves out what the library's readers do not return: some texts, and the stored integers of a wave. All samples that
-// are computed from these as NaN are the same: IEEE 754 leaves their bits open.
+// Leaves out what the library's readers do not return: some texts, and the stored integers of a wave. Each
+// sample that is calculated from these and is NaN becomes the same NaN: processors differ in its bits.
 inline std::string comparableJsonOf(Content& content)
 {
     RecordJsonWriter writer(true);

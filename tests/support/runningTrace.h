@@ -4,7 +4,6 @@
 #include "support/hex.h"
 #include "support/plainSockets.h"
 
-#include <QFile>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -39,13 +38,6 @@ public:
 
     int port = 0;
 };
-
-inline void writeTo(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
 
 // A client and the station, connected through a trace.
 struct Link {

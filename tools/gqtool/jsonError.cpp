@@ -85,5 +85,5 @@ Text jsonErrorText(const char* exceptionText)
 
 Text nulText()
 {
-    return Text::tr("must be UTF-8 text, got a byte 0");
+    return Text::tr("must not contain a zero byte");
 }

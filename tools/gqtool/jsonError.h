@@ -6,5 +6,5 @@
 // its place: "line 2, column 3: syntax error while parsing array - unexpected number literal; expected ']'".
 Text jsonErrorText(const char* exceptionText);
 
-// Returns the error of a text with a byte 0, at which the parser would end.
+// Returns the error of a text with a zero byte, at which the parser would end.
 Text nulText();

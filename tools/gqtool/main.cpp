@@ -112,7 +112,7 @@ int main(int argc, char* argv[])
 {
     qInstallMessageHandler(printQtWarning);
     signal(SIGPIPE, SIG_IGN); // 'gqtool ... | head' ends at the write that fails, with a message
-    signal(SIGXFSZ, SIG_IGN); // so does a file that reaches `ulimit -f`
+    signal(SIGXFSZ, SIG_IGN); // a write beyond `ulimit -f` fails with a message, too
     takeStandardOutput();
 
     QByteArray memoryError = "not enough memory";

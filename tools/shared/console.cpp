@@ -47,7 +47,7 @@ static bool isTerminalControl(QChar character)
     return character.category() == QChar::Other_Control && character != '\n' && character != '\t';
 }
 
-// The embeddings, overrides and isolates of Unicode Standard Annex 9, which make a text look like another.
+// Embeddings, overrides and isolates, which change the direction of text: one text can look like another.
 static bool isDirectionControl(QChar character)
 {
     return (character >= QChar(0x202a) && character <= QChar(0x202e)) ||

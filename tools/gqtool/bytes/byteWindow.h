@@ -23,7 +23,7 @@ public:
     // Number of bytes of the input that have been read.
     long long size() const { return start + data.size(); }
 
-    bool isEnded() const { return hasEnded; } // there are no more bytes than left() and size() say
+    bool isEnded() const { return hasEnded; } // no more bytes will be read: see error()
     bool isLarge() const { return size() > smallInput; }
 
     // All bytes up to here, if the input is small or all are kept.

@@ -22,6 +22,7 @@ void Spool::add(std::string_view bytes)
 bool Spool::printAll(const std::function<void(const QByteArray& bytes)>& print, QString& error)
 {
     if (file.isOpen()) {
+        errno = 0;
         if (!isBroken)
             check(file.seek(0));
         for (QByteArray piece = file.read(pieceBytes); !isBroken && !piece.isEmpty(); piece = file.read(pieceBytes))

@@ -4,6 +4,6 @@
 
 #include <QFileDevice>
 
-// Returns the reason why writing to a file failed just now. Qt has none if the system has taken a part of the bytes: then
-// it is errno, which must be 0 before the write.
+// Returns the reason why the last operation on a file failed. If only some bytes were written, Qt has none and errno is
+// used: set errno to 0 before the operation.
 Text writeErrorText(const QFileDevice& file);

@@ -22,7 +22,7 @@ struct CallRequest {
 };
 
 struct CallReply {
-    int result = 0; // as from the library's client: 1 on success, unless an error frame has code 1
+    int result = 0; // as from the library's client; 1 is success, or an error frame with code 1
     LinkCause cause = LinkCause::healthy;
     Text meaning;            // of the result, in words
     double milliseconds = 0; // from the request to the end of its reply, without connecting

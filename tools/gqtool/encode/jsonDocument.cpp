@@ -12,12 +12,12 @@ static const size_t usualMembers = 16; // of an object
 
 // --- Text ---------------------------------------------------------------------------------------------------------
 
-// The text up to the first byte 0, at which the parser would end in any case.
+// The text up to the first zero byte, at which the parser would end in any case.
 class SourceBuffer : public std::streambuf {
 public:
     explicit SourceBuffer(ByteSource& text) : source(text) {}
 
-    // Returns true if the parser has reached a byte 0.
+    // Returns true if the parser has reached a zero byte.
     bool isAtNul() const { return hasEnded; }
 
 protected:

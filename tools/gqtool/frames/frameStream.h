@@ -44,7 +44,8 @@ struct StreamItem {
 long long fittingSwappedLength(unsigned int length, const QByteArray& afterHeader);
 
 // Splits a stream of bytes into frames as a client does, except that it continues after a frame's end in the same piece
-// and right after a start byte with a bad length. Keeps only the frame that is incomplete.
+// and right after a start byte with a bad length. Keeps only the incomplete
+// frame, and the rest of a piece while hasMore().
 class FrameStream {
 public:
     // A client accepts payloads up to this length; with one more byte, the frame would have 2 GiB.
@@ -53,7 +54,8 @@ public:
     // Keeps the first `keptBytes` of each payload. A start byte with a length above `largestLength` begins no frame.
     explicit FrameStream(int keptBytes = INT_MAX, unsigned int largestLength = clientLimit);
 
-    // Returns the items that this piece completes, about `mostItems` at most. Garbage is complete at the end of each piece.
+    // Returns the items that this piece completes: at most `mostItems`, or one more, since garbage and the bad length
+    // after it belong together. Garbage is complete at the end of each piece.
     std::vector<StreamItem> feed(const QByteArray& piece, size_t mostItems = SIZE_MAX);
 
     // Returns true if the piece has further items. more() must return them before the next piece is fed.

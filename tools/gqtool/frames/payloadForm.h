@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-// What cannot be seen from the bytes of frames, and what is wanted of them. tests/golden/README.md lists the forms of
+// What a decoder of frames needs besides their bytes, and what it is to decode. tests/golden/README.md lists the forms of
 // payloads.
 struct FrameSource {
     static constexpr int usualPayload = 4 << 20;  // bytes
@@ -20,7 +20,7 @@ struct FrameSource {
     bool isRequest = false;
     QString form; // of the payloads of commands that neither the library nor the map defines; empty if unknown
     const CommandMap* map = nullptr; // takes precedence over the ready-made commands
-    // Payloads that are decoded. Clients accept more, but a larger length is most likely not that of a frame, and
+    // Size of the largest payload that is decoded. Clients accept more, but a larger length is most likely not that of a frame, and
     // memory for it is limited.
     int largestPayload = usualPayload;
     const MappedCommand* table = nullptr; // if set, only the records in its replies are decoded, a list per reply

@@ -9,7 +9,7 @@
 #include <functional>
 
 struct ProbeOptions {
-    int timeoutMs = 0; // for each stage; if no greeting comes, twice
+    int timeoutMs = 0; // limits each stage; a missing greeting takes twice as long
     bool isUdp = false;
     bool greetingOnly = false;
 };

@@ -48,7 +48,7 @@ private:
     int takeInteger(const char* name, int most);
     QByteArray takeHex(const char* name, int size);
     QByteArray takeBytes();
-    size_t addExchange(RecordedAnswers::Sequel& sequel, int command, int sequence);
+    size_t addExchange(RecordedAnswers::ExchangeQueue& queue, int command, int sequence);
     size_t exchangeOf(const std::vector<size_t>& candidates) const;
 
     RecordedAnswers& answers;
@@ -106,9 +106,9 @@ bool RecordingReader::readLine(const QByteArray& line)
     return true;
 }
 
-size_t RecordingReader::addExchange(RecordedAnswers::Sequel& sequel, int command, int sequence)
+size_t RecordingReader::addExchange(RecordedAnswers::ExchangeQueue& queue, int command, int sequence)
 {
-    sequel.exchanges.push_back(answers.exchanges.size());
+    queue.exchanges.push_back(answers.exchanges.size());
     answers.exchanges.push_back({time, command, sequence, {}});
     return answers.exchanges.size() - 1;
 }
@@ -245,12 +245,12 @@ bool RecordedAnswers::read(const QString& path, QString& error)
     return error.isEmpty();
 }
 
-const RecordedAnswers::Exchange* RecordedAnswers::nextOf(Sequel& sequel) const
+const RecordedAnswers::Exchange* RecordedAnswers::nextOf(ExchangeQueue& queue) const
 {
-    if (sequel.exchanges.empty())
+    if (queue.exchanges.empty())
         return nullptr;
-    const Exchange* exchange = &exchanges[sequel.exchanges[sequel.next]];
-    sequel.next = std::min(sequel.next + 1, sequel.exchanges.size() - 1);
+    const Exchange* exchange = &exchanges[queue.exchanges[queue.next]];
+    queue.next = std::min(queue.next + 1, queue.exchanges.size() - 1);
     return exchange;
 }
 

@@ -37,19 +37,19 @@ private:
     };
 
     // The recorded exchanges with the same request, and the next to be used.
-    struct Sequel {
+    struct ExchangeQueue {
         std::vector<size_t> exchanges;
         size_t next = 0;
     };
 
     friend class RecordingReader;
 
-    const Exchange* nextOf(Sequel& sequel) const;
+    const Exchange* nextOf(ExchangeQueue& queue) const;
     std::vector<TimedFrame> framesOf(const Exchange& exchange, int sequence) const;
 
     const bool isTimed;
     const int gap;
     std::vector<Exchange> exchanges;
-    Sequel greetings;
-    QHash<QByteArray, Sequel> replies; // by command and payload
+    ExchangeQueue greetings;
+    QHash<QByteArray, ExchangeQueue> replies; // by command and payload
 };

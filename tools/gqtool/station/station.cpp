@@ -23,7 +23,7 @@ static const long long mostExchangeBytes = 256 << 20; // of requests and replies
 
 Station::Station(StationAnswers& stationAnswers, StationScript& script, StationLog& stationLog, Output stationOutput)
     : ownAnswers(stationAnswers), faults(script), log(stationLog), output(stationOutput),
-      datagramBytes(mostWaitingBytes), exchangeBytes(mostExchangeBytes)
+      ownDatagramBudget(mostWaitingBytes), ownExchangeBudget(mostExchangeBytes)
 {
 }
 
@@ -91,12 +91,12 @@ void Station::accept()
             greet(socket, peer);
             continue;
         }
-        const bool wasFull = std::exchange(isFull, isOutOfResources(errno));
-        if (!isFull) {
+        const bool didLack = std::exchange(lacksResources, isOutOfResources(errno));
+        if (!lacksResources) {
             awaitConnection();
             return;
         }
-        if (!wasFull) {
+        if (!didLack) {
             const QString line = Text::tr("cannot accept another client now: %1").arg(errorText(errno));
             printError(line);
             log.add(line);

@@ -70,10 +70,10 @@ public:
     void goDown(int ms);
 
     // The bytes of datagrams that wait until earlier ones are answered; further ones are lost.
-    ByteBudget& waitingDatagrams() { return datagramBytes; }
+    ByteBudget& datagramBudget() { return ownDatagramBudget; }
 
     // The bytes of requests and replies of connections.
-    ByteBudget& exchanges() { return exchangeBytes; }
+    ByteBudget& exchangeBudget() { return ownExchangeBudget; }
 
     // Drops a link that is closed.
     void forget(StationLink& link);
@@ -96,10 +96,10 @@ private:
     int listener = -1;
     int datagrams = -1;
     bool isDown = false;
-    bool isPortTaken = false; // when the station comes back
-    bool isFull = false;      // no connection can be accepted until something is free
+    bool isPortTaken = false;    // by another program while the station was down; reported once
+    bool lacksResources = false; // clients wait, for example for descriptors; reported once
     std::unordered_map<StationLink*, std::shared_ptr<StationLink>> links;
     std::map<std::pair<in_addr_t, in_port_t>, StationLink*> datagramLinks;
-    ByteBudget datagramBytes;
-    ByteBudget exchangeBytes;
+    ByteBudget ownDatagramBudget;
+    ByteBudget ownExchangeBudget;
 };

@@ -12,7 +12,7 @@
 #include <utility>
 
 static const unsigned int largestRequest = 1 << 20; // payload bytes
-static const int freeBytes = 4096;                  // of each connection, which count towards no limit
+static const int freeBytes = 4096;                  // of each connection that the station's budget leaves out
 static const int pieceOverhead = 64;                // bytes of memory, at least
 static const int mostInTurn = 16;                   // requests of one link, before other links have their turn
 static const size_t mostWaiting = 1000;             // datagrams of one address; further ones are lost
@@ -38,7 +38,7 @@ void StationLink::begin()
 void StationLink::take(const StationRequest& request)
 {
     if (isWaiting) {
-        if (requests.size() < mostWaiting && station.waitingDatagrams().take(request.size))
+        if (requests.size() < mostWaiting && station.datagramBudget().take(request.size))
             requests.push_back(request);
         return;
     }
@@ -97,10 +97,10 @@ void StationLink::close()
     isOpen = false;
     if (isOfDatagrams) {
         for (const StationRequest& request : requests)
-            station.waitingDatagrams().giveBack(request.size);
+            station.datagramBudget().giveBack(request.size);
         requests.clear();
     } else {
-        station.exchanges().giveBack(takenBytes);
+        station.exchangeBudget().giveBack(takenBytes);
         station.loop().forget(socket);
         ::close(socket);
     }
@@ -113,7 +113,7 @@ void StationLink::startNext()
         StationRequest next = std::move(requests.front());
         requests.pop_front();
         if (isOfDatagrams)
-            station.waitingDatagrams().giveBack(next.size);
+            station.datagramBudget().giveBack(next.size);
         start(std::move(next));
     } else if (isOfDatagrams) {
         close();
@@ -162,14 +162,14 @@ bool StationLink::account(long long bytes)
         return true;
     exchangeBytes += bytes;
     const long long needed = std::max(0LL, exchangeBytes + stream.keptSize() - freeBytes);
-    if (needed > takenBytes && !station.exchanges().take(needed - takenBytes)) {
-        if (!std::exchange(isFull, true))
-            station.report(Text::tr("%1: no memory for more requests and replies").arg(peer),
+    if (needed > takenBytes && !station.exchangeBudget().take(needed - takenBytes)) {
+        if (!std::exchange(isOverBudget, true))
+            station.report(Text::tr("%1: the requests and replies of all links exceed 256 MiB").arg(peer),
                            {{"event", "full"}, {"peer", peer}});
         return false;
     }
     if (needed < takenBytes)
-        station.exchanges().giveBack(takenBytes - needed);
+        station.exchangeBudget().giveBack(takenBytes - needed);
     takenBytes = needed;
     return true;
 }

@@ -73,6 +73,6 @@ private:
     std::deque<StationRequest> requests;
     long long exchangeBytes = 0; // of requests that are complete, and of the reply
     long long takenBytes = 0;    // from the station's budget
-    bool isFull = false;         // the budget was too small; reported once
+    bool isOverBudget = false;   // the budget was too small; reported once
     std::optional<LinkExchange> current;
 };

@@ -15,7 +15,7 @@
 #include <list>
 #include <vector>
 
-// A new client then replaces the one that has been silent longest, also if fewer descriptors are free.
+// At this number, or without a free descriptor, a new client replaces the one that has been silent longest.
 static const size_t mostClients = 256;
 
 // A client that has sent a datagram.

@@ -43,8 +43,9 @@ public:
     // replaces the next placeholder of `text` and is the reason in JSON.
     void event(int connection, const QString& name, const Text& text, int error = 0);
 
-    // Print the frames that a piece completes in `stream`, and the one that the end of the stream cuts off. If the piece
-    // makes many lines, `stream` has more of them: printing them all at once would keep other connections waiting.
+    // piece() prints the frames that a piece completes in `stream`, end() the one that the end of the stream cuts off.
+    // Of many frames piece() prints some, so that other connections need not wait: while stream.hasMore(), call more()
+    // before the next piece.
     void piece(TracedLink& link, Side from, const QByteArray& bytes, FrameStream& stream);
     void more(TracedLink& link, Side from, FrameStream& stream);
     void end(TracedLink& link, Side from, FrameStream& stream);

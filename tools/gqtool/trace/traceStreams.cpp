@@ -241,7 +241,7 @@ public:
 
     std::vector<pollfd> entries(int stopper) const;
     int msToWait() const;
-    bool isWaitingForDescriptors() const { return isFull; }
+    bool isWaitingForDescriptors() const { return lacksResources; }
     void serve(const std::vector<pollfd>& entries);
     void acceptClients();
 
@@ -254,7 +254,7 @@ private:
     CaptureFile& capture;
     std::vector<std::unique_ptr<RelayedConnection>> connections;
     int accepted = 0;
-    bool isFull = false; // clients wait for free descriptors; reported once
+    bool lacksResources = false; // clients wait, for example for descriptors; reported once
 };
 
 // Returns how long poll(2) may wait for events.
@@ -262,12 +262,12 @@ int StreamRelay::msToWait() const
 {
     const bool hasUnprinted = std::any_of(connections.begin(), connections.end(),
                                           [](const auto& connection) { return connection->hasUnprinted(); });
-    return hasUnprinted ? 0 : isFull ? retryMs : -1;
+    return hasUnprinted ? 0 : lacksResources ? retryMs : -1;
 }
 
 std::vector<pollfd> StreamRelay::entries(int stopper) const
 {
-    std::vector<pollfd> entries = {{stopper, POLLIN, 0}, {isFull ? -1 : listener, POLLIN, 0}};
+    std::vector<pollfd> entries = {{stopper, POLLIN, 0}, {lacksResources ? -1 : listener, POLLIN, 0}};
     for (const auto& connection : connections) {
         entries.push_back(connection->pollEntry(Side::client));
         entries.push_back(connection->pollEntry(Side::station));
@@ -304,8 +304,8 @@ bool StreamRelay::acceptOne()
         const int error = errno;
         if (toStation >= 0)
             close(toStation);
-        const bool wasFull = std::exchange(isFull, isOutOfResources(error));
-        if (isFull && !wasFull)
+        const bool didLack = std::exchange(lacksResources, isOutOfResources(error));
+        if (lacksResources && !didLack)
             printError(Text::tr("cannot accept another client now: %1").arg(errorText(error)));
         return false;
     }
