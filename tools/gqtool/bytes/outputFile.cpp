@@ -24,7 +24,7 @@ OutputFile::OutputFile(const QString& name) : path(name)
 bool OutputFile::open()
 {
     errno = 0;
-    return file == nullptr || keep(file->open(QIODevice::WriteOnly)) || fail();
+    return file == nullptr || check(file->open(QIODevice::WriteOnly)) || fail();
 }
 
 void OutputFile::add(const QByteArray& bytes)
@@ -33,7 +33,7 @@ void OutputFile::add(const QByteArray& bytes)
         printBytes(bytes);
     else if (isGood) {
         errno = 0;
-        keep(file->write(bytes) == bytes.size());
+        check(file->write(bytes) == bytes.size());
     }
 }
 
@@ -43,7 +43,7 @@ bool OutputFile::end()
         return true;
     auto* saved = qobject_cast<QSaveFile*>(file.get());
     errno = 0;
-    return (isGood && keep(saved == nullptr ? file->flush() : saved->commit())) || fail();
+    return (isGood && check(saved == nullptr ? file->flush() : saved->commit())) || fail();
 }
 
 bool OutputFile::discard()
@@ -54,7 +54,7 @@ bool OutputFile::discard()
 }
 
 // Keeps the reason of the first failure: what the file does next replaces it.
-bool OutputFile::keep(bool isDone)
+bool OutputFile::check(bool isDone)
 {
     isGood = isDone;
     if (!isGood)

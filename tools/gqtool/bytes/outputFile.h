@@ -23,7 +23,7 @@ public:
     bool discard();
 
 private:
-    bool keep(bool isDone);
+    bool check(bool isDone);
     bool fail() const;
 
     QString path;
