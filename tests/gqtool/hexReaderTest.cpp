@@ -220,6 +220,8 @@ TEST(HexReader, readsTheGapInTheMiddleOfALine)
 // Bytes in a form that no tool prints must not be lost as text.
 TEST(HexReader, refusesATextColumnWithTooManyCharacters)
 {
+    EXPECT_EQ(errorOf(QByteArray("0000  68 69  hi\0 04 05 06", 24)).substr(0, 47),
+              "line 1, column 14: the text column must have at");
     EXPECT_EQ(errorOf("0000  00 01 02 03  04 05 06 07"),
               "line 1, column 20: the text column must have at most 4 characters, one per byte, got '04 05 06 07'");
 }
@@ -364,6 +366,59 @@ TEST(HexReader, refusesALineOfADumpThatIsTooLong)
                   .error.message()
                   .toStdString(),
               "line 2: a line of a dump must have at most 65536 characters");
+}
+
+static const int pieceSizes[] = {1, 100, 4096, 1 << 16, INT_MAX};
+
+// How the text arrives makes no difference, and the digits of an offset never become bytes.
+TEST(HexReader, refusesADumpWhoseFirstLineIsTooLong)
+{
+    const QByteArray bytes = QByteArray("68 ").repeated(22000) + '\n'; // 66000 characters
+    for (const QByteArray& text : {"00000000: " + bytes, "0000  " + bytes + bytes, "# a note\n\n0000: " + bytes}) {
+        for (const int size : pieceSizes) {
+            const HexReading reading = readInPieces(text, size, HexReader::everyByte);
+            EXPECT_EQ(reading.bytes.size(), 0);
+            EXPECT_EQ(errorText(reading), (text[0] == '#' ? "line 3: " : "line 1: ") +
+                                              std::string("a line of a dump must have at most 65536 characters"));
+        }
+    }
+}
+
+// od -A x -t x1 -w22000 prints such lines; as hex text they begin with a group of three bytes.
+TEST(HexReader, refusesALongFirstLineThatMayBeginWithAnOffset)
+{
+    const QByteArray bytes = QByteArray("68 ").repeated(22000) + '\n';
+    for (const int size : pieceSizes)
+        EXPECT_EQ(errorText(readInPieces("# a note\n000000 " + bytes + "0055f0 " + bytes, size, HexReader::everyByte)),
+                  "line 2: a first line that may begin with an offset must have at most 65536 characters");
+}
+
+TEST(HexReader, readsALongFirstLineOfHexText)
+{
+    for (const int size : pieceSizes) {
+        const HexReading reading = readInPieces(QByteArray("6804 ").repeated(20000), size, HexReader::everyByte);
+        EXPECT_EQ(errorText(reading), "");
+        EXPECT_EQ(reading.bytes.size(), 40000);
+    }
+}
+
+TEST(HexReader, skipsCommentsOfAnyLengthBeforeADump)
+{
+    const QByteArray many = QByteArray("# a note\n").repeated(20000);
+    const QByteArray longest = '#' + QByteArray(200000, 'a') + "\r\n";
+    for (const QByteArray& comments : {many, longest, "\xef\xbb\xbf" + longest + '\n' + many}) {
+        for (const int size : pieceSizes) {
+            const HexReading dump = readInPieces(comments + "0000 68 04\n0002 16", size, HexReader::everyByte);
+            EXPECT_EQ(errorText(dump), "");
+            EXPECT_EQ(hex(dump.bytes), "68 04 16");
+            const HexReading text = readInPieces(comments + "6804 16", size, HexReader::everyByte);
+            EXPECT_EQ(errorText(text), "");
+            EXPECT_EQ(hex(text.bytes), "68 04 16");
+        }
+    }
+    EXPECT_EQ(errorText(readInPieces(many + "0000: 68\n0002: 04", 4096, HexReader::everyByte)).substr(0, 12),
+              "line 20002: ");
+    EXPECT_EQ(errorText(readInPieces(many + "68 0g", 4096, HexReader::everyByte)).substr(0, 12), "line 20001, ");
 }
 
 // --- Packets ------------------------------------------------------------------------------------------------------

@@ -121,7 +121,7 @@ bool DumpLines::isEndOfOd(const QByteArray& text, const Offset& first, const Row
 // no text column: bytes were written in an unknown way.
 static bool isTextColumn(const QByteArray& text, int byteCount)
 {
-    QString column = QString::fromUtf8(text).trimmed();
+    QString column = QString::fromUtf8(text.constData(), text.size()).trimmed();
     if (column.startsWith('|') || column.startsWith('>'))
         column = column.mid(1);
     if (column.endsWith('|') || column.endsWith('<'))

@@ -4,9 +4,10 @@
 #include <algorithm>
 #include <utility>
 
-static const int pieceSize = 1 << 16;   // of the bytes of a dump
-static const int longestLine = 1 << 16; // of a dump
-static const int mostSummaryLines = 32; // before the first packet of a dump
+static const int pieceSize = 1 << 16;             // of the bytes of a dump
+static const int longestLine = 1 << 16;           // of a dump
+static const int mostSummaryLines = 32;           // before the first packet of a dump
+static const int mostUndecided = 4 * longestLine; // characters that are kept until the form is known
 
 HexReader::HexReader(Source source, Content wanted) : nextPiece(std::move(source)), content(wanted) {}
 
@@ -30,11 +31,13 @@ void HexReader::readPiece(QByteArray& bytes)
     isAtEnd = piece.isEmpty();
     unread += piece;
     if (form == unknown && (isAtEnd || piece.contains('\n') || unread.size() > longestLine)) {
-        next = unread.startsWith("\xef\xbb\xbf") ? 3 : 0; // byte order mark of UTF-8
+        if (!hasBegun)
+            next = unread.startsWith("\xef\xbb\xbf") ? 3 : 0; // byte order mark of UTF-8
+        hasBegun = true;
+        skipComments();
         form = formOfUnread();
-        next = form == unknown ? 0 : next; // the mark stays unread, so that a second one is not taken for it
     }
-    if (form == text) {
+    if (form == text && !firstError.isSet()) {
         hexText.feed(unread.constData() + next, unread.size() - next, bytes);
         next = unread.size();
         firstError = hexText.error();
@@ -56,32 +59,57 @@ void HexReader::end(QByteArray& bytes)
 
 // --- Recognition --------------------------------------------------------------------------------------------------
 
-// Returns the unread line at `pos` and moves `pos` to the one after it. Returns false if the line is not complete.
+// Returns the unread line at `pos` and moves `pos` to the one after it. Returns false if the line is not complete. Of a
+// line that is too long for a dump, complete or not, it returns longestLine + 1 characters.
 bool HexReader::takeLine(int& pos, QByteArray& found) const
 {
     int end = unread.indexOf('\n', pos);
-    if (end < 0 && (!isAtEnd || pos == unread.size()))
+    const int left = unread.size() - pos;
+    if (end < 0 && left <= longestLine && (!isAtEnd || left == 0))
         return false;
     end = end < 0 ? unread.size() : end;
-    found = unread.mid(pos, end - pos);
+    found = unread.mid(pos, std::min(end - pos, longestLine + 1));
     pos = std::min(end + 1, static_cast<int>(unread.size()));
     return true;
+}
+
+static bool isComment(const QByteArray& line)
+{
+    const QByteArray trimmed = line.trimmed();
+    return trimmed.isEmpty() || trimmed.startsWith('#');
+}
+
+// Skips empty lines and comments of any length. Both readers count them.
+void HexReader::skipComments()
+{
+    QByteArray none;
+    QByteArray found;
+    for (int end = next; isInComment || (takeLine(end, found) && isComment(found)); end = next) {
+        const int newLine = unread.indexOf('\n', next);
+        end = newLine < 0 ? unread.size() : newLine + 1;
+        hexText.feed(unread.constData() + next, end - next, none);
+        next = end;
+        isInComment = newLine < 0;
+        if (isInComment)
+            return;
+        lines.read("", line);
+    }
 }
 
 // The same for a line that is neither empty nor a comment.
 bool HexReader::takeContent(int& pos, QByteArray& found) const
 {
     while (takeLine(pos, found)) {
-        const QByteArray trimmed = found.trimmed();
-        if (!trimmed.isEmpty() && !trimmed.startsWith('#'))
+        if (!isComment(found))
             return true;
     }
     return false;
 }
 
-HexReader::Form HexReader::formOfUnread() const
+HexReader::Form HexReader::formOfUnread()
 {
-    const Form undecided = isAtEnd || unread.size() > longestLine ? text : unknown;
+    const bool isFull = unread.size() - next > mostUndecided;
+    const Form undecided = isAtEnd || isFull ? text : unknown;
     int pos = next;
     QByteArray first;
     QByteArray other;
@@ -89,8 +117,14 @@ HexReader::Form HexReader::formOfUnread() const
         return undecided;
     DumpLines::Verdict verdict = DumpLines::recognise(first);
     if (verdict == DumpLines::needsNextLine) {
-        if (!takeContent(pos, other))
+        const bool isLong = first.size() > longestLine;
+        if (isLong || !takeContent(pos, other)) {
+            if (isLong || (isFull && !isAtEnd))
+                firstError = {lines.lineNumber() + 1, 0,
+                              Text::tr("a first line that may begin with an offset must have at most %1 characters")
+                                  .arg(longestLine)};
             return undecided;
+        }
         verdict = DumpLines::recognise(first, &other);
     }
     if (verdict == DumpLines::isDump)
@@ -119,10 +153,11 @@ void HexReader::readLines(QByteArray& bytes)
             continue;
         }
         QByteArray found;
-        if (!takeLine(next, found)) {
-            if (unread.size() - next > longestLine)
-                firstError = {lines.lineNumber() + 1, 0,
-                              Text::tr("a line of a dump must have at most %1 characters").arg(longestLine)};
+        if (!takeLine(next, found))
+            return;
+        if (found.size() > longestLine) {
+            firstError = {lines.lineNumber() + 1, 0,
+                          Text::tr("a line of a dump must have at most %1 characters").arg(longestLine)};
             return;
         }
         line = DumpLines::Line();

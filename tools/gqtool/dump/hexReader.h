@@ -35,7 +35,8 @@ private:
     void end(QByteArray& bytes);
     bool takeLine(int& pos, QByteArray& found) const;
     bool takeContent(int& pos, QByteArray& found) const;
-    Form formOfUnread() const;
+    void skipComments();
+    Form formOfUnread();
     void readLines(QByteArray& bytes);
     void repeatLine(QByteArray& bytes);
     void add(const QByteArray& part, QByteArray& bytes);
@@ -45,8 +46,10 @@ private:
     Content content;
     Form form = unknown;
     QByteArray unread;
-    int next = 0;         // position in `unread`
-    bool isAtEnd = false; // of the source
+    int next = 0;             // position in `unread`
+    bool isAtEnd = false;     // of the source
+    bool hasBegun = false;    // a byte order mark has been skipped
+    bool isInComment = false; // before the first line of bytes
     bool hasEnded = false;
     HexError firstError;
 
