@@ -7,6 +7,7 @@
 #include "support/inputFile.h"
 
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -23,6 +24,18 @@ TEST(GqtoolDecode, printsEachFieldWithItsOffsetAndBytes)
                                             "    14  02 00 c2 b0                  text2    \"°\"\n"
                                             "    18  02 00 00 00                  code2    2\n"
                                             "library: 22, good, 22 bytes\n");
+}
+
+// From U+202E on, a terminal would print from right to left.
+TEST(GqtoolDecode, escapesDirectionControls)
+{
+    const QStringList words = {"decode", "--as", "pointInfo", "07000000 0800 41e280ae42e281a6 01000000 0000 02000000"};
+    for (const QStringList& form : {QStringList(), QStringList{"--json"}}) {
+        const Outcome outcome = run(words + form);
+        EXPECT_TRUE(outcome.output.contains(R"("A\u202eB\u2066")")) << outcome.output.toStdString();
+    }
+    const InputFile json(run(words + QStringList{"--json"}).output.toUtf8());
+    EXPECT_EQ(run({"encode", json.path}).output.remove(QRegularExpression("\\s")), QString(words[3]).remove(' '));
 }
 
 TEST(GqtoolDecode, printsListsAndTheBytesAfterThem)

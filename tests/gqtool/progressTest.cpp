@@ -63,6 +63,25 @@ TEST(Progress, cutsALineByItsColumns)
     EXPECT_EQ(terminal.shown(), clearLine + "1 \u4e2d\u6587\u4e2d");
 }
 
+// 😀 is two units of UTF-16.
+TEST(Progress, cutsWholeCharacters)
+{
+    Terminal terminal(4);
+    const Replacement standardError(STDERR_FILENO, terminal.device);
+    Progress progress;
+    progress.show("12\U0001f600");
+    EXPECT_EQ(terminal.shown(), clearLine + "12");
+}
+
+TEST(Progress, replacesWhatATerminalObeys)
+{
+    Terminal terminal(40);
+    const Replacement standardError(STDERR_FILENO, terminal.device);
+    Progress progress;
+    progress.show("a\x1b]0;b\a\u202ec");
+    EXPECT_EQ(terminal.shown(), clearLine + "a\ufffd]0;b\ufffd\ufffdc");
+}
+
 TEST(Progress, isClearedOnceBeforeOtherLines)
 {
     Terminal terminal;

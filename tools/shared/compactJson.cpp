@@ -1,4 +1,5 @@
 #include "compactJson.h"
+#include "text.h"
 
 #include <QString>
 
@@ -6,7 +7,7 @@ QByteArray compactJson(const QJsonDocument& document)
 {
     QString escaped;
     for (const QChar character : QString::fromUtf8(document.toJson(QJsonDocument::Compact))) {
-        if (character.category() == QChar::Other_Control)
+        if (character.category() == QChar::Other_Control || isDirectionControl(character))
             escaped += QString("\\u%1").arg(character.unicode(), 4, 16, QChar('0'));
         else
             escaped += character;

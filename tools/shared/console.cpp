@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -42,26 +41,6 @@ static bool isDataOnTerminal()
     return is;
 }
 
-static bool isTerminalControl(QChar character)
-{
-    return character.category() == QChar::Other_Control && character != '\n' && character != '\t';
-}
-
-// Embeddings, overrides and isolates, which change the direction of text: one text can look like another.
-static bool isDirectionControl(QChar character)
-{
-    return (character >= QChar(0x202a) && character <= QChar(0x202e)) ||
-           (character >= QChar(0x2066) && character <= QChar(0x2069));
-}
-
-// Returns the text with the characters replaced that a terminal would obey.
-static QString harmless(QString text)
-{
-    const auto isObeyed = [](QChar one) { return isTerminalControl(one) || isDirectionControl(one); };
-    std::replace_if(text.begin(), text.end(), isObeyed, QChar(QChar::ReplacementCharacter));
-    return text;
-}
-
 void printBytes(const QByteArray& bytes)
 {
     static std::mutex mutex;
@@ -83,7 +62,7 @@ void printBytes(const QByteArray& bytes)
 
 void printLine(const QString& line)
 {
-    printBytes((isDataOnTerminal() ? harmless(line) : line).toUtf8() + '\n');
+    printBytes((isDataOnTerminal() ? harmlessText(line) : line).toUtf8() + '\n');
 }
 
 void printJson(const QJsonObject& object)
@@ -94,7 +73,7 @@ void printJson(const QJsonObject& object)
 void printError(const QString& line)
 {
     clearProgress();
-    const QByteArray bytes = QByteArray(program_invocation_short_name) + ": " + harmless(line).toUtf8() + '\n';
+    const QByteArray bytes = QByteArray(program_invocation_short_name) + ": " + harmlessText(line).toUtf8() + '\n';
     std::fputs(bytes.constData(), stderr);
 }
 

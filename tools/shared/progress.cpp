@@ -32,9 +32,9 @@ void Progress::show(const QString& text)
     if (now - lastShown < shortestPause || isatty(STDERR_FILENO) == 0)
         return;
     const std::lock_guard<std::mutex> lock(mutex);
-    QString line = text;
+    QString line = harmlessText(text);
     while (columnsOf(line) >= terminalWidth()) // a full row would wrap
-        line.chop(1);
+        line.chop(line.at(line.size() - 1).isLowSurrogate() ? 2 : 1);
     std::fputs((eraseLine + line.toUtf8()).constData(), stderr);
     lastShown = now;
     isShown = true;

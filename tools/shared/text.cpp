@@ -1,5 +1,6 @@
 #include "text.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cstring>
 #include <cwchar>
@@ -120,4 +121,27 @@ int columnsOf(const QString& text)
 QString padded(const QString& text, int columns)
 {
     return text + QString(qMax(0, columns - columnsOf(text)), ' ');
+}
+
+static bool isTerminalControl(QChar character)
+{
+    return character.category() == QChar::Other_Control && character != '\n' && character != '\t';
+}
+
+bool isDirectionControl(QChar character)
+{
+    return (character >= QChar(0x202a) && character <= QChar(0x202e)) ||
+           (character >= QChar(0x2066) && character <= QChar(0x2069));
+}
+
+QString harmlessText(QString text)
+{
+    const auto isReplaced = [](QChar one) { return isTerminalControl(one) || isDirectionControl(one); };
+    std::replace_if(text.begin(), text.end(), isReplaced, QChar(QChar::ReplacementCharacter));
+    return text;
+}
+
+Text zeroByteText(int line)
+{
+    return Text::tr("line %1: %2").arg(line).arg(Text::tr("must not contain a zero byte"));
 }

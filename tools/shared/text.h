@@ -54,6 +54,15 @@ private:
     QString source;
 };
 
+// True for embeddings, overrides and isolates, which change the direction of text: one text can look like another.
+bool isDirectionControl(QChar character);
+
+// Returns the text with the characters replaced that a terminal obeys, and with direction controls replaced.
+QString harmlessText(QString text);
+
+// Returns the error of a zero byte in line `line` of a text: parsers would end there.
+Text zeroByteText(int line);
+
 // Returns the system's description of an error number.
 Text errorText(int error);
 
