@@ -111,3 +111,13 @@ TEST(CommandMap, shortensALineThatIsLong)
     EXPECT_EQ(errorOf(QByteArray(100, 'x')),
               "line 1: a line must be 'COMMAND NAME REQUEST REPLY', got '" + std::string(60, 'x') + "...'");
 }
+
+// QString would end there.
+TEST(CommandMap, refusesAZeroByte)
+{
+    EXPECT_EQ(errorOf(QByteArray("\0\n", 2)), "line 1: must not contain a zero byte");
+    EXPECT_EQ(errorOf(QByteArray("0x20 levels int ints\n0x21 more int ints\0 and", 46)),
+              "line 2: must not contain a zero byte");
+    const char utf16[] = "\0#\0 \0a\0\n"; // most significant byte first
+    EXPECT_EQ(errorOf(QByteArray(utf16, sizeof utf16 - 1)), "line 1: must not contain a zero byte");
+}

@@ -50,6 +50,7 @@ TEST(GqtoolEncoding, isUtf8UnlessSet)
 
 TEST(GqtoolEncoding, isSuggestedOnceForTextsThatAreNotUtf8)
 {
+    EXPECT_EQ(run({"decode", "--as", "pointInfo", "07000000 0400 c3a90041 01000000 0000 02000000"}).errors, "");
     const QString hint = "gqtool: some texts are not UTF-8; --encoding NAME, such as GBK, converts them\n";
     EXPECT_EQ(run({"decode", "--as", "pointInfo", boilerInGbk}).errors, hint);
     EXPECT_EQ(run({"decode", "--json", "--as", "pointInfos", "02000000" + boilerInGbk + boilerInGbk}).errors, hint);
@@ -68,6 +69,7 @@ TEST(GqtoolEncoding, encodesTextsOfRecords)
     EXPECT_EQ(encoded("\"锅炉\"", {"--encoding", "GBK"}), "04 00 b9 f8 c2 af");
     EXPECT_EQ(encoded("\"é+++\"", {"--encoding", "ISO-8859-1"}), "04 00 e9 2b 2b 2b");
     EXPECT_EQ(encoded("\"锅炉\"", {"--encoding", "UTF-16LE"}), "04 00 05 95 89 70") << "without a byte order mark";
+    EXPECT_EQ(encoded(R"("a\u0000锅")", {"--encoding", "GBK"}), "04 00 61 00 b9 f8");
     EXPECT_EQ(encoded(R"({"hex": "ff00fe01"})", {"--encoding", "GBK"}), "04 00 ff 00 fe 01");
 }
 

@@ -88,6 +88,7 @@ TEST(GqtoolOddInput, printsFileNamesWithPlaceholdersUnchanged)
 TEST(GqtoolOddInput, refusesAZeroByteInJson)
 {
     const QByteArray document = run({"decode", "--as", "boolData", "--json", "0110270000fa00000002"}).output.toUtf8();
+    const auto lastLine = document.count('\n') + 1;
     const InputFile good(document);
     EXPECT_EQ(run({"encode", good.path}).errors.toStdString(), "");
     for (const QByteArray& text : {document + '\0', document + QByteArray("\0rest", 5), '\0' + document}) {
@@ -96,7 +97,9 @@ TEST(GqtoolOddInput, refusesAZeroByteInJson)
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_EQ(outcome.output, "");
         EXPECT_EQ(outcome.errors.toStdString(),
-                  ("gqtool: " + file.path + ": must not contain a zero byte\n").toStdString());
+                  ("gqtool: " + file.path + ": line " + QString::number(text.startsWith(document) ? lastLine : 1) +
+                   ": must not contain a zero byte\n")
+                      .toStdString());
     }
     const InputFile commands(QByteArray("{\"commands\":\n []}") + QByteArray("\0\n\0", 3));
     const Outcome outcome = run({"station", "--commands", commands.path});

@@ -82,8 +82,3 @@ Text jsonErrorText(const char* exceptionText)
     return number.hasMatch() ? Text::tr("number overflow parsing '%1'").arg(number.captured(1))
                              : Text::untranslated(QString(text).remove("parse error at "));
 }
-
-Text nulText()
-{
-    return Text::tr("must not contain a zero byte");
-}

@@ -5,6 +5,3 @@
 // Returns the text of an exception of the JSON parser without the exception's name. That of a syntax error begins with
 // its place: "line 2, column 3: syntax error while parsing array - unexpected number literal; expected ']'".
 Text jsonErrorText(const char* exceptionText);
-
-// Returns the error of a text with a zero byte, at which the parser would end.
-Text nulText();

@@ -17,8 +17,8 @@ class SourceBuffer : public std::streambuf {
 public:
     explicit SourceBuffer(ByteSource& text) : source(text) {}
 
-    // Returns true if the parser has reached a zero byte.
-    bool isAtNul() const { return hasEnded; }
+    // Returns the line of the zero byte that the parser has reached; 0 if there is none.
+    int lineOfZero() const { return hasEnded ? line : 0; }
 
 protected:
     int_type underflow() override
@@ -31,6 +31,7 @@ protected:
         isNulNext = nul >= 0;
         if (isNulNext)
             piece.truncate(nul);
+        line += piece.count('\n');
         if (piece.isEmpty())
             return underflow();
         setg(piece.data(), piece.data(), piece.data() + piece.size());
@@ -40,6 +41,7 @@ protected:
 private:
     ByteSource& source;
     QByteArray piece;
+    int line = 1; // of the end of the piece
     bool isNulNext = false;
     bool hasEnded = false;
 };
@@ -184,5 +186,5 @@ QString readDocument(ByteSource& text, DocumentListener& listener)
     std::istream stream(&buffer);
     DocumentReader reader(listener);
     Json::sax_parse(stream, &reader);
-    return buffer.isAtNul() ? QString(nulText()) : reader.error;
+    return buffer.lineOfZero() > 0 ? QString(zeroByteText(buffer.lineOfZero())) : reader.error;
 }

@@ -119,6 +119,10 @@ QStringList CommandMap::add(const QByteArray& text)
         ++number;
         if (number == 1 && line.startsWith("\xef\xbb\xbf"))
             line.remove(0, 3); // byte order mark
+        if (line.contains('\0')) {
+            errors.append(zeroByteText(number));
+            continue;
+        }
         const QString error = addLine(QString::fromUtf8(line), number);
         if (!error.isEmpty())
             errors.append(Text::tr("line %1: %2").arg(number).arg(error));

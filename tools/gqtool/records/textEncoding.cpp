@@ -64,7 +64,7 @@ static bool isUtf8(std::string_view bytes)
     if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }))
         return true;
     const auto raw = QByteArray::fromRawData(bytes.data(), static_cast<int>(bytes.size()));
-    return QString::fromUtf8(raw).toUtf8() == raw;
+    return QString::fromUtf8(raw.constData(), raw.size()).toUtf8() == raw;
 }
 
 Text encodingHint()
@@ -105,7 +105,7 @@ QString takeRecordText(const Json& value, QByteArray& bytes)
     QString fault = takeUtf8(value, bytes);
     if (!fault.isEmpty())
         return fault;
-    if (codec != nullptr && value.is_string() && !encodeText(QString::fromUtf8(bytes), bytes))
+    if (codec != nullptr && value.is_string() && !encodeText(QString::fromUtf8(bytes.constData(), bytes.size()), bytes))
         return Text::tr("must be a text that can be written in %1, or {\"hex\": DIGITS}").arg(codecName) +
                gotText(value);
     return {};

@@ -166,7 +166,7 @@ bool LocatedJson::parse(const QByteArray& text, QString& error)
     lines.clear();
     const auto nul = text.indexOf('\0'); // which would end the text for the parser
     if (nul >= 0) {
-        error = Text::tr("line %1: %2").arg(text.left(nul).count('\n') + 1).arg(nulText());
+        error = zeroByteText(text.left(nul).count('\n') + 1);
         return false;
     }
     Position position;
