@@ -493,6 +493,10 @@ are printed while their bytes arrive, so they can be of any length.
         <translation>转储的一行最多 %1 个字符</translation>
     </message>
     <message>
+        <source>a first line that may begin with an offset must have at most %1 characters</source>
+        <translation>首行可能以偏移开头时，不得超过 %1 个字符</translation>
+    </message>
+    <message>
         <source>/* must be closed by */</source>
         <translation>/* 必须以 */ 结束</translation>
     </message>
@@ -1614,6 +1618,10 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>必须是文件名</translation>
     </message>
     <message>
+        <source>it is a pipe or a device</source>
+        <translation>它是管道或设备</translation>
+    </message>
+    <message>
         <source>must have at least one frame</source>
         <translation>必须至少有一帧</translation>
     </message>
@@ -1846,11 +1854,11 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>收到请求后关闭连接，不应答</translation>
     </message>
     <message>
-        <source>read %1 commands</source>
+        <source>commands read: %1</source>
         <translation>已读取 %1 个命令</translation>
     </message>
     <message>
-        <source>kept %1 commands</source>
+        <source>commands kept: %1</source>
         <translation>保留原有的 %1 个命令</translation>
     </message>
     <message>
@@ -2192,6 +2200,10 @@ moment. The ranges of codes for the texts differ in some places from those for t
         <translation>无法写入 %1，继续跟踪但不再写入该文件：%2</translation>
     </message>
     <message>
+        <source>%1 exists; if no other trace is writing it, remove it</source>
+        <translation>%1 已存在；如果没有其他 trace 正在写入，请删除它</translation>
+    </message>
+    <message>
         <source>datagram from %1 lost: %2</source>
         <translation>来自 %1 的数据报丢失：%2</translation>
     </message>
@@ -2212,7 +2224,7 @@ moment. The ranges of codes for the texts differ in some places from those for t
         <translation>客户端 %1 已连接</translation>
     </message>
     <message>
-        <source>%1 connections, %2 frames to the station, %3 back, %4 faults</source>
+        <source>connections: %1, frames to the station: %2, back: %3, faults: %4</source>
         <translation>%1 个连接，发往站 %2 帧，来自站 %3 帧，%4 处错误</translation>
     </message>
     <message>

@@ -2,6 +2,8 @@
 
 #include "stationClients.h"
 
+#include <sys/stat.h>
+
 struct CommandsStation : ScriptFile, RunningStation {
     explicit CommandsStation(const QByteArray& text, const QStringList& options = {"--gap", "0"})
         : ScriptFile(text, "commands.json"), RunningStation(QStringList{"--commands", path} + options)
@@ -219,6 +221,23 @@ TEST(GqtoolCommands, acceptsTheExample)
     EXPECT_TRUE(values.output.startsWith("01 00 00 00")) << values.output.toStdString(); // the count
 }
 
+// Reading a pipe or device might never end.
+TEST(GqtoolCommands, repliesWithRegularFilesOnly)
+{
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath("pipe");
+    ASSERT_EQ(mkfifo(pipe.toUtf8().constData(), 0600), 0);
+    const auto errorsOf = [](const QString& name) {
+        const ScriptFile file(R"({"commands": [{"command": 70, "reply": {"file": ")" + name.toUtf8() + R"("}}]})",
+                              "commands.json");
+        return run({"station", "--commands", file.path}).errors.section(": ", 2).toStdString();
+    };
+    for (const QString& name : {pipe, QString("/dev/zero")})
+        EXPECT_EQ(errorsOf(name), ("line 1: commands[0].reply.file: cannot read " + name + ": it is a pipe or a device\n").toStdString());
+    EXPECT_EQ(errorsOf("commands\\u0000.json"),
+              "line 1: commands[0].reply.file must be the name of a file, got \"commands\\u0000.json\"\n");
+}
+
 TEST(GqtoolCommands, refusesDeepNestingWithItsLine)
 {
     const ScriptFile file("{\"commands\":\n" + QByteArray(100000, '['), "commands.json");
@@ -260,9 +279,9 @@ TEST(GqtoolCommands, readsTheFileAgainOnHangupAndKeepsTheOldOneIfItIsBad)
     };
     EXPECT_EQ(answerOf64(), "1\n");
     EXPECT_EQ(hangUp(R"({"commands": [{"command": 64, "reply": {"int": 2}}, {"command": 65, "error": 1}]})"),
-              "read 2 commands");
+              "commands read: 2");
     EXPECT_EQ(answerOf64(), "2\n");
-    EXPECT_EQ(hangUp(R"({"commands": [{"command": 64, "reply": {"int": "3"}}]})"), "kept 2 commands");
+    EXPECT_EQ(hangUp(R"({"commands": [{"command": 64, "reply": {"int": "3"}}]})"), "commands kept: 2");
     EXPECT_TRUE(station.nextError().contains("line 1: commands[0].reply.int must be an integer"));
     EXPECT_EQ(answerOf64(), "2\n");
 }

@@ -288,7 +288,8 @@ TEST_F(GqtoolTraceCapture, keepsAnExistingPartFile)
     writeTo(path + ".part", "something else");
     const Outcome outcome = run({"trace", "--listen", "0", "--pcap", path, "127.0.0.1:5000"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "gqtool: cannot write to " + path + ": " + path + ".part: File exists\n");
+    EXPECT_EQ(outcome.errors, "gqtool: cannot write to " + path + ": " + path +
+                                  ".part exists; if no other trace is writing it, remove it\n");
     EXPECT_EQ(contentOf(path), "an older capture");
     EXPECT_EQ(contentOf(path + ".part"), "something else");
 }

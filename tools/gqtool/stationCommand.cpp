@@ -143,9 +143,10 @@ static void awaitHangup(int hangups, Station& station, CommandAnswers& commands)
         signalfd_siginfo signal;
         if (read(hangups, &signal, sizeof signal) == sizeof signal) {
             const bool isRead = readCommands(commands);
-            station.report((isRead ? Text::tr("read %1 commands") : Text::tr("kept %1 commands")).arg(commands.count()),
-                           {{"event", isRead ? "commandsRead" : "commandsKept"},
-                            {"commands", static_cast<qint64>(commands.count())}});
+            station.report(
+                (isRead ? Text::tr("commands read: %1") : Text::tr("commands kept: %1")).arg(commands.count()),
+                {{"event", isRead ? "commandsRead" : "commandsKept"},
+                 {"commands", static_cast<qint64>(commands.count())}});
         }
         awaitHangup(hangups, station, commands);
     });

@@ -221,14 +221,17 @@ QByteArray CommandFileReader::readRecord(const QJsonObject& object, const QStrin
 
 QByteArray CommandFileReader::readFile(const QJsonValue& value, const QString& place)
 {
-    if (!value.isString()) {
+    if (!value.isString() || value.toString().contains(QChar(0))) {
         fail(place, Text::tr("must be the name of a file") + gotText(value));
         return {};
     }
     const QString file = QFileInfo(path).dir().filePath(value.toString());
     QByteArray bytes;
     QString error;
-    if (!readAll(file, bytes, error))
+    const QFileInfo found(file);
+    if (found.exists() && !found.isFile() && !found.isDir()) // reading a pipe or device might never end
+        failIn(place, Text::tr("cannot read %1: %2").arg(file, Text::tr("it is a pipe or a device")));
+    else if (!readAll(file, bytes, error))
         failIn(place, Text::tr("cannot read %1: %2").arg(file, error));
     return bytes;
 }

@@ -55,7 +55,7 @@ bool CaptureFile::open(const QString& path, QString& error)
     const int failure = errno;
     error = errorText(failure);
     if (failure == EEXIST)
-        error = Text::tr("%1: %2").arg(QFile::decodeName(begun), error);
+        error = Text::tr("%1 exists; if no other trace is writing it, remove it").arg(QFile::decodeName(begun));
     else if (!isPipeOrDevice)
         unlink(begun.constData());
     return false;

@@ -194,7 +194,7 @@ void TraceOutput::datagram(TracedLink& link, Side from, const QByteArray& bytes)
 
 QString TraceOutput::summary() const
 {
-    return Text::tr("%1 connections, %2 frames to the station, %3 back, %4 faults")
+    return Text::tr("connections: %1, frames to the station: %2, back: %3, faults: %4")
         .arg(connections)
         .arg(requests)
         .arg(replies)
