@@ -388,9 +388,12 @@ TEST(HexReader, refusesADumpWhoseFirstLineIsTooLong)
 TEST(HexReader, refusesALongFirstLineThatMayBeginWithAnOffset)
 {
     const QByteArray bytes = QByteArray("68 ").repeated(22000) + '\n';
-    for (const int size : pieceSizes)
-        EXPECT_EQ(errorText(readInPieces("# a note\n000000 " + bytes + "0055f0 " + bytes, size, HexReader::everyByte)),
-                  "line 2: a first line that may begin with an offset must have at most 65536 characters");
+    const QByteArray blanks(70000, ' ');
+    for (const QByteArray& text : {"000000 " + bytes + "0055f0 " + bytes, blanks + "0000: 68\n", blanks}) {
+        for (const int size : pieceSizes)
+            EXPECT_EQ(errorText(readInPieces("# a note\n" + text, size, HexReader::everyByte)),
+                      "line 2: a first line that may begin with an offset must have at most 65536 characters");
+    }
 }
 
 TEST(HexReader, readsALongFirstLineOfHexText)

@@ -73,10 +73,21 @@ bool HexReader::takeLine(int& pos, QByteArray& found) const
     return true;
 }
 
+// Returns true for a comment or an empty line. More blanks than a line may have are neither: anything can follow.
 static bool isComment(const QByteArray& line)
 {
     const QByteArray trimmed = line.trimmed();
-    return trimmed.isEmpty() || trimmed.startsWith('#');
+    return trimmed.isEmpty() ? line.size() <= longestLine : trimmed.startsWith('#');
+}
+
+// As takeLine(), for a line that is neither empty nor a comment.
+bool HexReader::takeContent(int& pos, QByteArray& found) const
+{
+    while (takeLine(pos, found)) {
+        if (!isComment(found))
+            return true;
+    }
+    return false;
 }
 
 // Skips empty lines and comments of any length. Both readers count them.
@@ -96,16 +107,6 @@ void HexReader::skipComments()
     }
 }
 
-// The same for a line that is neither empty nor a comment.
-bool HexReader::takeContent(int& pos, QByteArray& found) const
-{
-    while (takeLine(pos, found)) {
-        if (!isComment(found))
-            return true;
-    }
-    return false;
-}
-
 HexReader::Form HexReader::formOfUnread()
 {
     const bool isFull = unread.size() - next > mostUndecided;
@@ -116,17 +117,17 @@ HexReader::Form HexReader::formOfUnread()
     if (!takeContent(pos, first))
         return undecided;
     DumpLines::Verdict verdict = DumpLines::recognise(first);
-    if (verdict == DumpLines::needsNextLine) {
-        const bool isLong = first.size() > longestLine;
-        if (isLong || !takeContent(pos, other)) {
-            if (isLong || (isFull && !isAtEnd))
-                firstError = {lines.lineNumber() + 1, 0,
-                              Text::tr("a first line that may begin with an offset must have at most %1 characters")
-                                  .arg(longestLine)};
-            return undecided;
-        }
-        verdict = DumpLines::recognise(first, &other);
+    const bool isOpen = verdict == DumpLines::needsNextLine || first.trimmed().isEmpty();
+    const bool isLong = first.size() > longestLine;
+    if (isOpen && (isLong || !takeContent(pos, other))) {
+        if (isLong || (isFull && !isAtEnd))
+            firstError = {lines.lineNumber() + 1, 0,
+                          Text::tr("a first line that may begin with an offset must have at most %1 characters")
+                              .arg(longestLine)};
+        return undecided;
     }
+    if (isOpen)
+        verdict = DumpLines::recognise(first, &other);
     if (verdict == DumpLines::isDump)
         return dump;
     HexText trial;
