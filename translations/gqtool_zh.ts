@@ -497,6 +497,10 @@ are printed while their bytes arrive, so they can be of any length.
         <translation>首行可能以偏移开头时，不得超过 %1 个字符</translation>
     </message>
     <message>
+        <source>the first line may begin with an offset: the second must be complete within %1 characters</source>
+        <translation>首行可能以偏移开头：第二行必须在 %1 个字符之内结束</translation>
+    </message>
+    <message>
         <source>/* must be closed by */</source>
         <translation>/* 必须以 */ 结束</translation>
     </message>
@@ -1618,8 +1622,8 @@ closed、foreign、bad-frame、not-greeted、error-frame 和 no-reply。只有�
         <translation>必须是文件名</translation>
     </message>
     <message>
-        <source>it is a pipe or a device</source>
-        <translation>它是管道或设备</translation>
+        <source>not a regular file</source>
+        <translation>不是普通文件</translation>
     </message>
     <message>
         <source>must have at least one frame</source>

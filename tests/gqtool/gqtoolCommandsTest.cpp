@@ -233,9 +233,8 @@ TEST(GqtoolCommands, repliesWithRegularFilesOnly)
         return run({"station", "--commands", file.path}).errors.section(": ", 2).toStdString();
     };
     for (const QString& name : {pipe, QString("/dev/zero")})
-        EXPECT_EQ(
-            errorsOf(name),
-            ("line 1: commands[0].reply.file: cannot read " + name + ": it is a pipe or a device\n").toStdString());
+        EXPECT_EQ(errorsOf(name),
+                  ("line 1: commands[0].reply.file: cannot read " + name + ": not a regular file\n").toStdString());
     EXPECT_EQ(errorsOf("commands\\u0000.json"),
               "line 1: commands[0].reply.file must be the name of a file, got \"commands\\u0000.json\"\n");
 }

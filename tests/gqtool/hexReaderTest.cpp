@@ -384,15 +384,37 @@ TEST(HexReader, refusesADumpWhoseFirstLineIsTooLong)
     }
 }
 
-// od -A x -t x1 -w22000 prints such lines; as hex text they begin with a group of three bytes.
+// As hex text, the first line would begin with the bytes of the offset.
 TEST(HexReader, refusesALongFirstLineThatMayBeginWithAnOffset)
 {
     const QByteArray bytes = QByteArray("68 ").repeated(22000) + '\n';
     const QByteArray blanks(70000, ' ');
-    for (const QByteArray& text : {"000000 " + bytes + "0055f0 " + bytes, blanks + "0000: 68\n", blanks}) {
+    for (const QByteArray& text :
+         {"000000 " + bytes + "0055f0 " + bytes, // od -A x -t x1 -w22000
+          blanks, blanks + "0000: 68\n", QByteArray(65531, ' ') + "000000: 68 04\n", "00000000" + blanks + "68\n",
+          "0000:" + blanks + "68\n", "0x0000:" + blanks + "68\n", "0000 68 04\n" + blanks + "\n0002 16\n",
+          "0000 68 04\n" + QByteArray(65534, ' ') + "0002 16\n"}) {
+        SCOPED_TRACE(text.left(20).toStdString());
         for (const int size : pieceSizes)
             EXPECT_EQ(errorText(readInPieces("# a note\n" + text, size, HexReader::everyByte)),
                       "line 2: a first line that may begin with an offset must have at most 65536 characters");
+    }
+}
+
+TEST(HexReader, decidesByTheFirst262144Characters)
+{
+    const QByteArray note = "# 34567\n"; // 8 characters
+    const QByteArray summary = QByteArray(29999, '.') + '\n';
+    for (const int size : pieceSizes) {
+        SCOPED_TRACE(size);
+        const auto read = [size](const QByteArray& text) { return readInPieces(text, size, HexReader::everyByte); };
+        EXPECT_EQ(hex(read("0000 68 04\n" + note.repeated(32764) + "0002 16\n").bytes), "68 04 16"); // 262131 + 8
+        EXPECT_EQ(
+            errorText(read("0000 68 04\n" + note.repeated(32766) + "0002 16\n")),
+            "line 1: the first line may begin with an offset: the second must be complete within 262144 characters");
+        EXPECT_EQ(hex(read(summary.repeated(8) + "\t0x0000:  6804\n").bytes), "68 04");
+        EXPECT_EQ(errorText(read(summary.repeated(9) + "\t0x0000:  6804\n")),
+                  "line 1, column 1: '.' is not a hex digit");
     }
 }
 

@@ -7,7 +7,8 @@
 static const int pieceSize = 1 << 16;             // of the bytes of a dump
 static const int longestLine = 1 << 16;           // of a dump
 static const int mostSummaryLines = 32;           // before the first packet of a dump
-static const int mostUndecided = 4 * longestLine; // characters that are kept until the form is known
+static const int mostUndecided = 4 * longestLine; // characters from the first line on that decide about the form
+static const int fewestInLong = 64;               // characters of a long line that decide about it
 
 HexReader::HexReader(Source source, Content wanted) : nextPiece(std::move(source)), content(wanted) {}
 
@@ -30,12 +31,15 @@ void HexReader::readPiece(QByteArray& bytes)
     const QByteArray piece = nextPiece();
     isAtEnd = piece.isEmpty();
     unread += piece;
-    if (form == unknown && (isAtEnd || piece.contains('\n') || unread.size() > longestLine)) {
+    // Larger by half each time, so that the time does not depend on the pieces.
+    const bool isMore = unread.size() >= examined + examined / 2;
+    if (form == unknown && (isAtEnd || (isMore && (piece.contains('\n') || unread.size() > longestLine)))) {
         if (!hasBegun)
             next = unread.startsWith("\xef\xbb\xbf") ? 3 : 0; // byte order mark of UTF-8
         hasBegun = true;
         skipComments();
         form = formOfUnread();
+        examined = unread.size() - next;
     }
     if (form == text && !firstError.isSet()) {
         hexText.feed(unread.constData() + next, unread.size() - next, bytes);
@@ -59,31 +63,36 @@ void HexReader::end(QByteArray& bytes)
 
 // --- Recognition --------------------------------------------------------------------------------------------------
 
-// Returns the unread line at `pos` and moves `pos` to the one after it. Returns false if the line is not complete. Of a
-// line that is too long for a dump, complete or not, it returns longestLine + 1 characters.
-bool HexReader::takeLine(int& pos, QByteArray& found) const
+// Takes the line at `pos` of a text and moves `pos` to the one after it. Returns false if the line is not complete. Of a
+// line that is too long for a dump, complete or not, it takes longestLine + 1 characters.
+static bool takeLine(const QByteArray& text, bool isWhole, int& pos, QByteArray& found)
 {
-    int end = unread.indexOf('\n', pos);
-    const int left = unread.size() - pos;
-    if (end < 0 && left <= longestLine && (!isAtEnd || left == 0))
+    int end = text.indexOf('\n', pos);
+    const int left = text.size() - pos;
+    if (end < 0 && left <= longestLine && (!isWhole || left == 0))
         return false;
-    end = end < 0 ? unread.size() : end;
-    found = unread.mid(pos, std::min(end - pos, longestLine + 1));
-    pos = std::min(end + 1, static_cast<int>(unread.size()));
+    end = end < 0 ? text.size() : end;
+    found = text.mid(pos, std::min(end - pos, longestLine + 1));
+    pos = std::min(end + 1, static_cast<int>(text.size()));
     return true;
+}
+
+static bool isLong(const QByteArray& line)
+{
+    return line.size() > longestLine;
 }
 
 // Returns true for a comment or an empty line. More blanks than a line may have are neither: anything can follow.
 static bool isComment(const QByteArray& line)
 {
     const QByteArray trimmed = line.trimmed();
-    return trimmed.isEmpty() ? line.size() <= longestLine : trimmed.startsWith('#');
+    return trimmed.isEmpty() ? !isLong(line) : trimmed.startsWith('#');
 }
 
 // As takeLine(), for a line that is neither empty nor a comment.
-bool HexReader::takeContent(int& pos, QByteArray& found) const
+static bool takeContent(const QByteArray& text, bool isWhole, int& pos, QByteArray& found)
 {
-    while (takeLine(pos, found)) {
+    while (takeLine(text, isWhole, pos, found)) {
         if (!isComment(found))
             return true;
     }
@@ -95,7 +104,7 @@ void HexReader::skipComments()
 {
     QByteArray none;
     QByteArray found;
-    for (int end = next; isInComment || (takeLine(end, found) && isComment(found)); end = next) {
+    for (int end = next; isInComment || (takeLine(unread, isAtEnd, end, found) && isComment(found)); end = next) {
         const int newLine = unread.indexOf('\n', next);
         end = newLine < 0 ? unread.size() : newLine + 1;
         hexText.feed(unread.constData() + next, end - next, none);
@@ -107,27 +116,43 @@ void HexReader::skipComments()
     }
 }
 
+// Returns true if a long line has so many blanks that its bytes, or its whole offset, may come after them.
+static bool isMostlyBlank(const QByteArray& line)
+{
+    return isLong(line) && std::count_if(line.begin(), line.end(), isBlank) > line.size() - fewestInLong;
+}
+
+// The result must not depend on how much of the text has arrived: what decides is always the same part of it.
 HexReader::Form HexReader::formOfUnread()
 {
-    const bool isFull = unread.size() - next > mostUndecided;
-    const Form undecided = isAtEnd || isFull ? text : unknown;
-    int pos = next;
+    const QByteArray start = unread.mid(next, mostUndecided);
+    const bool isWhole = isAtEnd && unread.size() - next == start.size();
+    const bool isFull = start.size() == mostUndecided && !isWhole;
+    const Form undecided = isWhole || isFull ? text : unknown;
+    const auto refuse = [this](const Text& reason) {
+        firstError = {lines.lineNumber() + 1, 0, reason};
+        return unknown;
+    };
+    const Text tooLong =
+        Text::tr("a first line that may begin with an offset must have at most %1 characters").arg(longestLine);
+    int pos = 0;
     QByteArray first;
     QByteArray other;
-    if (!takeContent(pos, first))
+    if (!takeContent(start, isWhole, pos, first))
         return undecided;
     DumpLines::Verdict verdict = DumpLines::recognise(first);
-    const bool isOpen = verdict == DumpLines::needsNextLine || first.trimmed().isEmpty();
-    const bool isLong = first.size() > longestLine;
-    if (isOpen && (isLong || !takeContent(pos, other))) {
-        if (isLong || (isFull && !isAtEnd))
-            firstError = {lines.lineNumber() + 1, 0,
-                          Text::tr("a first line that may begin with an offset must have at most %1 characters")
-                              .arg(longestLine)};
-        return undecided;
-    }
-    if (isOpen)
+    if (isMostlyBlank(first) || (isLong(first) && verdict == DumpLines::needsNextLine))
+        return refuse(tooLong);
+    if (verdict == DumpLines::needsNextLine) {
+        if (!takeContent(start, isWhole, pos, other))
+            return isFull ? refuse(Text::tr("the first line may begin with an offset: the second must be complete "
+                                            "within %1 characters")
+                                       .arg(mostUndecided))
+                          : undecided;
+        if (isMostlyBlank(other))
+            return refuse(tooLong);
         verdict = DumpLines::recognise(first, &other);
+    }
     if (verdict == DumpLines::isDump)
         return dump;
     HexText trial;
@@ -135,7 +160,7 @@ HexReader::Form HexReader::formOfUnread()
     if (trial.feed(first.constData(), first.size(), bytes) && !trial.isInDeclaration())
         return text;
     for (int i = 0; i < mostSummaryLines; ++i) {
-        if (!takeContent(pos, other))
+        if (!takeContent(start, isWhole, pos, other))
             return undecided;
         if (DumpLines::beginsPacketOfTcpdump(other))
             return dump;
@@ -154,9 +179,9 @@ void HexReader::readLines(QByteArray& bytes)
             continue;
         }
         QByteArray found;
-        if (!takeLine(next, found))
+        if (!takeLine(unread, isAtEnd, next, found))
             return;
-        if (found.size() > longestLine) {
+        if (isLong(found)) {
             firstError = {lines.lineNumber() + 1, 0,
                           Text::tr("a line of a dump must have at most %1 characters").arg(longestLine)};
             return;

@@ -33,8 +33,6 @@ private:
 
     void readPiece(QByteArray& bytes);
     void end(QByteArray& bytes);
-    bool takeLine(int& pos, QByteArray& found) const;
-    bool takeContent(int& pos, QByteArray& found) const;
     void skipComments();
     Form formOfUnread();
     void readLines(QByteArray& bytes);
@@ -47,6 +45,7 @@ private:
     Form form = unknown;
     QByteArray unread;
     int next = 0;             // position in `unread`
+    int examined = 0;         // characters that did not suffice to know the form
     bool isAtEnd = false;     // of the source
     bool hasBegun = false;    // a byte order mark has been skipped
     bool isInComment = false; // before the first line of bytes

@@ -230,7 +230,7 @@ QByteArray CommandFileReader::readFile(const QJsonValue& value, const QString& p
     QString error;
     const QFileInfo found(file);
     if (found.exists() && !found.isFile() && !found.isDir()) // reading a pipe or device might never end
-        failIn(place, Text::tr("cannot read %1: %2").arg(file, Text::tr("it is a pipe or a device")));
+        failIn(place, Text::tr("cannot read %1: %2").arg(file, Text::tr("not a regular file")));
     else if (!readAll(file, bytes, error))
         failIn(place, Text::tr("cannot read %1: %2").arg(file, error));
     return bytes;
