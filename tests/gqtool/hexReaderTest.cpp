@@ -392,8 +392,8 @@ TEST(HexReader, refusesALongFirstLineThatMayBeginWithAnOffset)
     for (const QByteArray& text :
          {"000000 " + bytes + "0055f0 " + bytes, // od -A x -t x1 -w22000
           blanks, blanks + "0000: 68\n", QByteArray(65531, ' ') + "000000: 68 04\n", "00000000" + blanks + "68\n",
-          "0000:" + blanks + "68\n", "0x0000:" + blanks + "68\n", "0000 68 04\n" + blanks + "\n0002 16\n",
-          "0000 68 04\n" + QByteArray(65534, ' ') + "0002 16\n"}) {
+          QByteArray(62, '6') + ',' + blanks, "0000:" + blanks + "68\n", "0x0000:" + blanks + "68\n",
+          "0000 68 04\n" + blanks + "\n0002 16\n", "0000 68 04\n" + QByteArray(65534, ' ') + "0002 16\n"}) {
         SCOPED_TRACE(text.left(20).toStdString());
         for (const int size : pieceSizes)
             EXPECT_EQ(errorText(readInPieces("# a note\n" + text, size, HexReader::everyByte)),
@@ -424,6 +424,9 @@ TEST(HexReader, readsALongFirstLineOfHexText)
         const HexReading reading = readInPieces(QByteArray("6804 ").repeated(20000), size, HexReader::everyByte);
         EXPECT_EQ(errorText(reading), "");
         EXPECT_EQ(reading.bytes.size(), 40000);
+        const HexReading blank = readInPieces(QByteArray(64, '6') + QByteArray(70000, ' '), size, HexReader::everyByte);
+        EXPECT_EQ(errorText(blank), "");
+        EXPECT_EQ(blank.bytes.size(), 32);
     }
 }
 
