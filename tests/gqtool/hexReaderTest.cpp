@@ -384,6 +384,17 @@ TEST(HexReader, refusesADumpWhoseFirstLineIsTooLong)
     }
 }
 
+TEST(HexReader, acceptsALineOfADumpThatIsAsLongAsAllowed)
+{
+    const QByteArray longest = "0001: 04" + QByteArray(65528, ' ');
+    for (const int size : {8, 9 + 65536, INT_MAX}) { // the second ends before the end of the line
+        EXPECT_EQ(hex(readInPieces("0000: 68\n" + longest + "\n0002: 16", size, HexReader::everyByte).bytes),
+                  "68 04 16");
+        EXPECT_EQ(errorText(readInPieces("0000: 68\n" + longest + " \n0002: 16", size, HexReader::everyByte)),
+                  "line 2: a line of a dump must have at most 65536 characters");
+    }
+}
+
 // As hex text, the first line would begin with the bytes of the offset.
 TEST(HexReader, refusesALongFirstLineThatMayBeginWithAnOffset)
 {

@@ -204,7 +204,7 @@ void HexReader::readLines(QByteArray& bytes)
 void HexReader::repeatLine(QByteArray& bytes)
 {
     const int size = line.pattern.size();
-    const qint64 times = std::min<qint64>(line.repeated / size, std::max(pieceSize / size, 1));
+    const qint64 times = std::min<qint64>(line.repeated / size, pieceSize / size);
     add(line.pattern.repeated(static_cast<int>(times)), bytes);
     line.repeated -= times * size;
     if (line.repeated == 0)
