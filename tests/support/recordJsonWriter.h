@@ -92,8 +92,8 @@ inline std::string jsonOf(Content& content)
     return writer.json.text;
 }
 
-// Leaves out what the library's readers do not return: some texts, and the stored integers of a wave. Each
-// sample that is calculated from these and is NaN becomes the same NaN: processors differ in its bits.
+// Leaves out what the library's readers do not return: some texts, and the stored integers of a wave. Each sample
+// that is calculated from these and is NaN becomes the same NaN: processors differ in its bits.
 inline std::string comparableJsonOf(Content& content)
 {
     RecordJsonWriter writer(true);

@@ -3,8 +3,8 @@
 #include "wordOrder.h"
 
 // Reads the lines of a hex dump: an offset, bytes, and a text column, which shows the order of bytes in words but adds
-// no bytes. A line * repeats the preceding line up to the next offset. Each packet of a dump begins with offset 0, after
-// an empty line or, in a dump of tcpdump, after the line that summarises it.
+// no bytes. A line * repeats the preceding line up to the next offset. Each packet of a dump begins with offset 0,
+// after an empty line or, in a dump of tcpdump, after the line that summarises it.
 class DumpLines {
 public:
     enum Verdict {

@@ -63,8 +63,8 @@ void HexReader::end(QByteArray& bytes)
 
 // --- Recognition --------------------------------------------------------------------------------------------------
 
-// Takes the line at `pos` of a text and moves `pos` to the one after it. Returns false if the line is not complete. Of a
-// line that is too long for a dump, complete or not, it takes longestLine + 1 characters.
+// Takes the line at `pos` of a text and moves `pos` to the one after it. Returns false if the line is not complete. Of
+// a line that is too long for a dump, complete or not, it takes longestLine + 1 characters.
 static bool takeLine(const QByteArray& text, bool isWhole, int& pos, QByteArray& found)
 {
     int end = text.indexOf('\n', pos);

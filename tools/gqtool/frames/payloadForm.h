@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// What a decoder of frames needs besides their bytes, and what it is to decode. tests/golden/README.md lists the forms of
-// payloads.
+// What a decoder of frames needs besides their bytes, and what it is to decode. tests/golden/README.md lists the forms
+// of payloads.
 struct FrameSource {
     static constexpr int usualPayload = 4 << 20;  // bytes
     static constexpr int mostPayload = 128 << 20; // its hex text must fit a QString
@@ -20,8 +20,8 @@ struct FrameSource {
     bool isRequest = false;
     QString form; // of the payloads of commands that neither the library nor the map defines; empty if unknown
     const CommandMap* map = nullptr; // takes precedence over the ready-made commands
-    // Size of the largest payload that is decoded. Clients accept more, but a larger length is most likely not that of a frame, and
-    // memory for it is limited.
+    // Size of the largest payload that is decoded. Clients accept more, but a larger length is most likely not that of
+    // a frame, and memory for it is limited.
     int largestPayload = usualPayload;
     const MappedCommand* table = nullptr; // if set, only the records in its replies are decoded, a list per reply
 

@@ -12,7 +12,7 @@
 #include <utility>
 
 static const unsigned int largestRequest = 1 << 20; // payload bytes
-static const int freeBytes = 4096;                  // of each connection that the station's budget leaves out
+static const int freeBytes = 4096;                  // of each connection, which the budget does not count
 static const int pieceOverhead = 64;                // bytes of memory, at least
 static const int mostInTurn = 16;                   // requests of one link, before other links have their turn
 static const size_t mostWaiting = 1000;             // datagrams of one address; further ones are lost
